@@ -1,0 +1,110 @@
+#include "shared/libcxxutil/paths.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+std::string below_home(const char* variable, const char* fallback) {
+    const std::string base = environment(variable);
+    if (!base.empty() && base.front() == '/') return path_join(base, "chronoweave");
+    const std::string home = environment("HOME");
+    return path_join(path_join(home.empty() ? "." : home, fallback), "chronoweave");
+}
+
+bool holds_installation(const fs::path& directory) {
+    std::error_code none;
+    return fs::is_directory(directory / "defaults", none) && fs::is_directory(directory / "icons", none);
+}
+
+std::string find_installation() {
+    const std::string named = environment("CHRONOWEAVE_HOME");
+    if (!named.empty()) return named;
+    std::error_code error;
+    for (fs::path at = fs::read_symlink("/proc/self/exe", error).parent_path(); !at.empty(); at = at.parent_path()) {
+        if (holds_installation(at)) return at.string();
+        if (holds_installation(at / "share" / "chronoweave")) return (at / "share" / "chronoweave").string();
+        if (at == at.root_path()) break;
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string_view path_file(std::string_view path) {
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::string path_directory(std::string_view path) {
+    const size_t slash = path.find_last_of('/');
+    if (slash == std::string_view::npos) return ".";
+    return std::string(slash == 0 ? "/" : path.substr(0, slash));
+}
+
+std::string_view path_extension(std::string_view path) {
+    const std::string_view file = path_file(path);
+    const size_t point = file.find_last_of('.');
+    return point == std::string_view::npos ? std::string_view{} : file.substr(point + 1);
+}
+
+std::string path_without_extension(std::string_view path) {
+    const size_t point = path_file(path).find_last_of('.');
+    if (point == std::string_view::npos) return std::string(path);
+    return std::string(path.substr(0, path.size() - path_file(path).size() + point));
+}
+
+std::string path_join(std::string_view directory, std::string_view name) {
+    std::string joined(directory);
+    if (!joined.empty() && joined.back() != '/') joined.push_back('/');
+    return joined.append(name);
+}
+
+bool path_is_readable_file(const std::string& path) {
+    return ::access(path.c_str(), R_OK) == 0 && !path_is_directory(path);
+}
+
+bool path_is_directory(const std::string& path) {
+    std::error_code none;
+    return fs::is_directory(path, none);
+}
+
+bool path_directory_is_writable(const std::string& directory) {
+    std::string probe = path_join(directory, ".chronoweave_XXXXXX");
+    const int file = ::mkstemp(probe.data());
+    if (file < 0) return false;
+    ::close(file);
+    ::unlink(probe.c_str());
+    return true;
+}
+
+bool path_make_directory(const std::string& directory) {
+    std::error_code none;
+    fs::create_directories(directory, none);
+    return path_is_directory(directory);
+}
+
+std::string path_temporary_directory() {
+    for (const char* name : {"TMP", "TEMP"})
+        if (std::string value = environment(name); !value.empty()) return value;
+    std::error_code none;
+    return fs::temp_directory_path(none).string();
+}
+
+std::string path_cache_directory() { return below_home("XDG_CACHE_HOME", ".cache"); }
+std::string path_user_config_directory() { return below_home("XDG_CONFIG_HOME", ".config"); }
+
+const std::string& path_installation_directory() {
+    static const std::string found = find_installation();
+    return found;
+}

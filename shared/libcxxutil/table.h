@@ -1,0 +1,51 @@
+// Table: an ordered container that grows by chunks, so that an element never moves once it is in, growing costs no
+// copy, and dropping everything is one step per chunk. Indexes count from 0 and are stable until a middle insertion.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+constexpr uint32_t Table_End = 0x7fffffff;  // the end of a walk
+
+template <class T>
+class Table {
+  public:
+    Table() = default;
+    Table(Table&&) noexcept = default;
+    Table& operator=(Table&&) noexcept = default;
+
+    uint32_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    T& operator[](uint32_t index) { return chunks_[index >> shift][index & mask]; }
+    const T& operator[](uint32_t index) const { return chunks_[index >> shift][index & mask]; }
+    T& back() { return (*this)[size_ - 1]; }
+    const T& back() const { return (*this)[size_ - 1]; }
+
+    // Appends and returns the index of the new element.
+    uint32_t push_back(T value) {
+        if ((size_ >> shift) == chunks_.size()) chunks_.push_back(std::make_unique<T[]>(mask + 1));
+        (*this)[size_] = std::move(value);
+        return size_++;
+    }
+    // Puts a value before the element at index (at the end for index == size()). Moves all behind it.
+    void insert(uint32_t index, T value) {
+        push_back(std::move(value));
+        for (uint32_t i = size_ - 1; i > index; --i) std::swap((*this)[i], (*this)[i - 1]);
+    }
+    void pop_back() { --size_; }
+    void clear() {
+        chunks_.clear();
+        size_ = 0;
+    }
+    // Bytes held by the elements' chunks.
+    size_t bytes() const { return chunks_.size() * (mask + 1) * sizeof(T); }
+
+  private:
+    // Small elements in large chunks: about 64 elements at least keep short tables small.
+    static constexpr uint32_t shift = 8;
+    static constexpr uint32_t mask = (1u << shift) - 1;
+    std::vector<std::unique_ptr<T[]>> chunks_;
+    uint32_t size_ = 0;
+};
