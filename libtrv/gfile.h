@@ -1,0 +1,93 @@
+// GFile: the binary file layer under the store. A 20-byte header says what the file is; behind it stand big-endian
+// fields with no alignment. Reading goes through one large buffer; writing of store files is the writer's own matter
+// (store_writer.h), which uses only the header and the device from here.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "libtrv/byte_order.h"
+
+// Where the bytes are: a file of the operating system, or something else in a test. Offsets are 64 bits.
+class FileDevice {
+  public:
+    virtual ~FileDevice() = default;
+    // Bytes read, fewer only at the end of the file; -1 on an error.
+    virtual int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) = 0;
+    // Bytes written, fewer or -1 when the device took no more.
+    virtual int64_t write_at(uint64_t offset, std::span<const uint8_t> bytes) = 0;
+    virtual bool truncate(uint64_t size) = 0;
+    virtual uint64_t size() = 0;
+    // Asks the disk to keep what was written.
+    virtual bool sync() = 0;
+};
+
+// Opens a file of the operating system; null when it can't be opened. create also empties it.
+std::unique_ptr<FileDevice> gf_OpenDevice(const std::string& name, bool create);
+
+struct GFileHeader {
+    uint32_t version = 1;
+    uint32_t kind = 0;
+    uint32_t kindVersion = 0;
+    int mode = 2;  // gadr_Mode
+};
+
+// The 20 bytes of a header.
+std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header);
+// Checks and decodes a header; false with the reason in why when a reader must refuse the file. A descriptor flag is
+// also reported at level error, as is an unknown address size code, which reads as 32bit.
+[[nodiscard]] bool gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header, std::string& why);
+
+// A file open for reading. Positions are absolute. A read past the end gives 0 and sets the end mark.
+class GFile {
+  public:
+    // Opens and checks the header; null with the reason in why otherwise. The position is behind the header.
+    static std::unique_ptr<GFile> OpenForRead(const std::string& name, std::string& why);
+
+    const std::string& name() const { return name_; }
+    const GFileHeader& header() const { return header_; }
+    FileDevice& device() { return *device_; }
+
+    uint64_t tell() const { return base_ + at_; }
+    // Drops what is buffered, so that bytes another handle wrote since are seen.
+    void seek(uint64_t offset);
+    bool at_end() const { return end_; }
+
+    uint8_t u8() { return fill(1) ? buffer_[at_++] : static_cast<uint8_t>(0); }
+    uint16_t u16() { return fill(2) ? load_be16(step(2)) : static_cast<uint16_t>(0); }
+    uint32_t u32() { return fill(4) ? load_be32(step(4)) : 0u; }
+    uint64_t u64() { return fill(8) ? load_be64(step(8)) : 0u; }
+    // Up to size bytes; fewer at the end of the file.
+    std::string block(uint32_t size);
+
+    // Makes count bytes stand contiguously at the position; false at the end of the file, and the end mark is set.
+    bool fill(size_t count) { return buffered_ - at_ >= count || refill(count); }
+    // The bytes at the position, as many as fill promised; step takes them.
+    const uint8_t* here() const { return buffer_.data() + at_; }
+    const uint8_t* step(size_t count) {
+        at_ += count;
+        return buffer_.data() + at_ - count;
+    }
+    size_t buffered() const { return buffered_ - at_; }
+    // Moves on without reading what lies between.
+    void skip(uint64_t count);
+
+  private:
+    GFile() = default;
+    bool refill(size_t count);
+
+    std::string name_;
+    std::unique_ptr<FileDevice> device_;
+    GFileHeader header_;
+    std::vector<uint8_t> buffer_;
+    uint64_t base_ = 0;     // file offset of buffer_[0]
+    size_t at_ = 0;         // position in the buffer
+    size_t buffered_ = 0;   // bytes in the buffer
+    bool end_ = false;
+    bool reported_ = false;
+};
