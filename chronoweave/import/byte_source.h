@@ -1,5 +1,5 @@
-// Where raw bytes come from. The decoder is fed by this interface, so that a file that is read once, a file that still
-// grows and bytes in memory all go through the same code.
+// Where raw bytes come from. The decoder is fed by this interface, so that a file that is read once, a file
+// that still grows and bytes in memory all go through the same code.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,13 @@ class ByteSource {
     virtual uint64_t size() = 0;
 };
 
-// A file. growing: its present end is NothingYet and not End. Null, with the reason in why, when it can't be opened.
+// A file. growing: its present end is NothingYet and not End. Null, with the reason in why, when it can't be
+// opened; only regular files can.
 std::unique_ptr<ByteSource> source_OpenFile(const std::string& name, bool growing, std::string& why);
 // Bytes in memory.
 std::unique_ptr<ByteSource> source_FromBytes(std::vector<uint8_t> bytes);
+
+// Everything from an offset to the present end, at most limit bytes. False when it can't be read or held in
+// memory.
+[[nodiscard]] bool source_ReadRest(ByteSource& source, uint64_t offset, uint64_t limit,
+                                   std::vector<uint8_t>& bytes);

@@ -11,13 +11,13 @@
 
 // What an import counted. Nothing is lost without a number here.
 struct ImportCounts {
-    uint64_t events = 0;       // taken into the store
-    uint64_t tooShort = 0;     // records dropped: below 16 bytes
-    uint64_t tooLong = 0;      // records dropped: above 164 bytes
-    uint64_t badBytes = 0;     // bytes where a record length was expected and none stood
-    uint64_t refused = 0;      // events that the store could not take (disk full, four gigabytes)
-    uint64_t unread = 0;       // bytes of a cut record at the end
-    bool stopped = false;      // the user ended it
+    uint64_t events = 0;    // taken into the store
+    uint64_t tooShort = 0;  // records dropped: below 16 bytes
+    uint64_t tooLong = 0;   // records dropped: above 164 bytes
+    uint64_t badBytes = 0;  // bytes where a record length was expected and none stood
+    uint64_t refused = 0;   // events that the store could not take (disk full, four gigabytes)
+    uint64_t unread = 0;    // bytes of a cut record at the end
+    bool stopped = false;   // the user ended it
     uint64_t dropped() const { return tooShort + tooLong + refused; }
 };
 
@@ -28,17 +28,17 @@ struct ImportOptions {
 
 // The result of opening any source.
 struct OpenedSource {
-    TraceStorePtr store;       // null when there is nothing to show
-    std::string base;          // base name of the store
-    bool imported = false;     // a store was made; counts tell of it
-    bool inCache = false;      // the source's folder can't be written, so the store is in the cache directory
+    TraceStorePtr store;    // null when there is nothing to show
+    std::string base;       // base name of the store
+    bool imported = false;  // a store was made; counts tell of it
+    bool inCache = false;   // the source's folder can't be written, so the store is in the cache directory
     ImportCounts counts;
-    // Empty when all went well; else what failed, in the system's own words, one sentence a line. A store may be there
-    // all the same, holding what could be read.
+    // Empty when all went well; else what failed, in the system's own words, one sentence a line. A store may
+    // be there all the same, holding what could be read.
     std::string error;
 };
 
-// Opens a .trr (stream or log image), a .core, a .trs, or a store by its base name (no extension). A .trr or .core is
-// imported first, beside the source or where options say; a folder that can't be written falls back on the user's
-// cache directory. Extensions are compared exactly: ".TRR" is refused with "Cannot open file.".
+// Opens a .trr (stream or log image), a .core, a .trs, or a store by its base name (no extension). A .trr or
+// .core is imported first, beside the source or where options say; a folder that can't be written falls back
+// on the user's cache directory. Extensions are compared exactly: ".TRR" is refused with "Cannot open file.".
 OpenedSource import_OpenSource(const std::string& name, const ImportOptions& options);

@@ -1,0 +1,193 @@
+#include <utility>
+
+#include "chronoweave/import/core_file.h"
+#include "chronoweave/import/import.h"
+#include "chronoweave/import/import_words.h"
+#include "chronoweave/import/log_image.h"
+#include "chronoweave/import/raw_decoder.h"
+#include "chronoweave/import/store_place.h"
+#include "libtrv/task_tracker.h"
+#include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+// One call of import_OpenSource.
+class Opening {
+  public:
+    Opening(const std::string& name, const ImportOptions& options) : name_(name), options_(options) {
+        session_.progress = options.progress;
+    }
+
+    OpenedSource run() {
+        if (name_.empty()) {
+            say(words_InvalidName);
+            return std::move(result_);
+        }
+        dispatch();
+        if (!result_.store && !fatal_) say(gen_format(words_NoSource, name_.c_str()));
+        return std::move(result_);
+    }
+
+  private:
+    void dispatch() {
+        const std::string_view extension = path_extension(name_);
+        if (extension.empty())
+            open_store(name_);
+        else if (extension == "trs")
+            open_data_file();
+        else if (extension == "core")
+            import_core();
+        else if (extension == "trr")
+            import_raw();
+        else if (path_is_readable_file(name_ + ".trv"))  // a base name with a "." of its own
+            open_store(name_);
+        else
+            say(words_CannotOpen);
+    }
+
+    void say(std::string_view sentence) {
+        if (!result_.error.empty()) result_.error += '\n';
+        result_.error += sentence;
+    }
+
+    void open_store(const std::string& base) {
+        keep_store([&](std::string& why) { return mt_OpenForRead(base, &why); });
+    }
+    void open_data_file() {
+        keep_store([&](std::string& why) { return mt_OpenForReadByDataFile(name_, &why); });
+    }
+    template <class Open>
+    void keep_store(Open open) {
+        std::string why;
+        result_.store = open(why);
+        if (result_.store)
+            result_.base = mt_GetBaseName(*result_.store);
+        else if (!why.empty())
+            say(why);
+    }
+
+    // Chooses the store's place and makes the writer there.
+    std::unique_ptr<StoreWriter> make_writer(uint32_t rate, const char* osName, bool bigEndian,
+                                             std::string& why) {
+        const StorePlace place = store_ChoosePlace(name_, options_.outputBase);
+        if (path_file(place.base).empty()) {
+            why = words_InvalidName;
+            return nullptr;
+        }
+        const std::string taken = store_FileThatIsSource(name_, place.base);
+        if (!taken.empty()) {
+            why = gen_format(words_SourceIsStore, taken.c_str());
+            return nullptr;
+        }
+        result_.base = place.base;
+        result_.inCache = place.inCache;
+        return StoreWriter::OpenForWrite(place.base, rate, osName, bigEndian, TaskTracker, &why);
+    }
+    WriterMaker maker() {
+        return [this](uint32_t rate, const char* osName, bool bigEndian, std::string& why) {
+            return make_writer(rate, osName, bigEndian, why);
+        };
+    }
+
+    void import_raw() {
+        std::string why;
+        session_.source = source_OpenFile(name_, false, why);
+        if (!session_.source) {
+            say(words_CannotOpenTrr);
+            say(name_ + ": " + why);
+            return;
+        }
+        switch (session_ReadHeader(session_)) {
+            case RawKind::Stream:
+                import_stream();
+                break;
+            case RawKind::LogImage:
+                import_image();
+                break;
+            case RawKind::Core:
+                import_core();
+                break;
+            case RawKind::Unsupported:
+                say(words_Unsupported);
+                break;
+            case RawKind::Nothing:
+            case RawKind::BadFormat:
+                say(words_BadFormatTrr);
+                break;
+        }
+    }
+
+    bool open_writer() {
+        std::string why;
+        if (session_OpenWriter(session_, maker(), why)) return true;
+        say(why);
+        return false;
+    }
+
+    void import_stream() {
+        if (!open_writer()) return;
+        if (session_ReadOn(session_, 0) == ReadOnEnd::Failed)
+            say(name_ + ": " + gen_format(words_Seek, static_cast<unsigned long long>(session_.offset)));
+        finish_import();
+    }
+
+    void import_image() {
+        // Addresses have 32 bits, so nothing behind the first 4 gigabytes can be asked for.
+        std::vector<uint8_t> bytes;
+        RawLogImage image;
+        if (!source_ReadRest(*session_.source, raw_LongHeaderSize, uint64_t{1} << 32, bytes) ||
+            !log_Read(std::move(bytes), session_.header.bigEndian, image)) {
+            say(words_BadFormatTrr);
+            return;
+        }
+        if (!open_writer()) return;
+        session_.writer->SetGrouping(1 << 20);
+        log_ReadThrough(session_, image);
+        if (!image.damage.empty()) say(image.damage);
+        finish_import();
+    }
+
+    void import_core() {
+        std::string why;
+        if (!session_.source) session_.source = source_OpenFile(name_, false, why);
+        if (!session_.source) {
+            say(words_CoreOpen);
+            say(name_ + ": " + why);
+            return;
+        }
+        std::vector<uint8_t> bytes;
+        if (!source_ReadRest(*session_.source, 0, UINT64_MAX, bytes)) {
+            say(words_CoreRead);
+            return;
+        }
+        std::string error;
+        const bool made = core_Import(session_, bytes, name_, maker(), error, fatal_);
+        if (!error.empty()) say(error);
+        if (made) finish_import();
+    }
+
+    // Closes the writer and opens what it wrote.
+    void finish_import() {
+        if (session_.counts.refused > 0)
+            say(gen_format(words_Refused, static_cast<unsigned long long>(session_.counts.refused),
+                           session_.writer->lastError().c_str()));
+        session_.writer.reset();
+        session_.source.reset();
+        result_.imported = true;
+        result_.counts = session_.counts;
+        open_store(std::string(result_.base));
+    }
+
+    const std::string& name_;
+    const ImportOptions& options_;
+    RawSession session_;
+    OpenedSource result_;
+    bool fatal_ = false;  // the error stands alone
+};
+
+}  // namespace
+
+OpenedSource import_OpenSource(const std::string& name, const ImportOptions& options) {
+    return Opening(name, options).run();
+}
