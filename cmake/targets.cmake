@@ -19,6 +19,9 @@ find_package(GTest REQUIRED)
 include(GoogleTest)
 
 set(CW_WARNINGS -Wall -Wextra -Wpedantic -Wconversion -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  list(APPEND CW_WARNINGS -Wno-restrict) # false alarms on std::string concatenation in GCC 12
+endif()
 
 # What every target of ours gets.
 function(cw_settings target)

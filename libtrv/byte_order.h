@@ -29,8 +29,12 @@ inline uint16_t load_le16(const uint8_t* p) {
     std::memcpy(&v, p, 2);
     return v;
 }
-inline uint32_t load_32(const uint8_t* p, bool big_endian) { return big_endian ? load_be32(p) : load_le32(p); }
-inline uint16_t load_16(const uint8_t* p, bool big_endian) { return big_endian ? load_be16(p) : load_le16(p); }
+inline uint32_t load_32(const uint8_t* p, bool big_endian) {
+    return big_endian ? load_be32(p) : load_le32(p);
+}
+inline uint16_t load_16(const uint8_t* p, bool big_endian) {
+    return big_endian ? load_be16(p) : load_le16(p);
+}
 
 inline void store_be16(uint8_t* p, uint16_t v) {
     v = __builtin_bswap16(v);

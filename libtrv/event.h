@@ -1,4 +1,5 @@
-// An event as queries hand it out: a view for walks, a record for lists, and the changes that it made to state.
+// An event as queries hand it out: a view for walks, a record for lists, and the changes that it made to
+// state.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,8 @@
 #include "libtrv/state_table.h"
 #include "libtrv/store_format.h"
 
-// One change of object state. bytes is the block of a create, the overwriting bytes of a modify, empty for a delete.
+// One change of object state. bytes is the block of a create, the overwriting bytes of a modify, empty for a
+// delete.
 struct StateChange {
     uint8_t kind = mt_ChangeEnd;
     uint16_t objectType = 0;
@@ -26,7 +28,8 @@ struct StateChange {
 class ChangeList {
   public:
     ChangeList() = default;
-    explicit ChangeList(std::span<const uint8_t> bytes) : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+    explicit ChangeList(std::span<const uint8_t> bytes)
+        : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
     bool empty() const { return at_ == end_; }
     std::span<const uint8_t> bytes() const { return {at_, end_}; }
     bool next(StateChange& change) {
@@ -54,8 +57,8 @@ class ChangeList {
     const uint8_t* end_ = nullptr;
 };
 
-// One event. In a walk the spans point into the walk's buffer and last until its next step; in an EventList they last
-// as long as the list. extra is in the target's byte order. sequence counts from 1.
+// One event. In a walk the spans point into the walk's buffer and last until its next step; in an EventList
+// they last as long as the list. extra is in the target's byte order. sequence counts from 1.
 struct EventRecord {
     mt_Time time = 0;
     uint32_t sequence = 0;
@@ -84,6 +87,6 @@ class EventList {
     size_t used_ = 0, room_ = 0;
 };
 
-// Applies the event's changes to the table, in order. A create does nothing when the key is in already; a modify does
-// nothing when the key is not in or the block is too short.
+// Applies the event's changes to the table, in order. A create does nothing when the key is in already; a
+// modify does nothing when the key is not in or the block is too short.
 void mt_ApplyEventToState(StateTable& table, const EventRecord& event);

@@ -1,5 +1,5 @@
-// The store's own names: of event types and kernel calls, of object types, attributes and status codes. Names on
-// screen come from the configure file; these serve where there is none.
+// The store's own names: of event types and kernel calls, of object types, attributes and status codes. Names
+// on screen come from the configure file; these serve where there is none.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ const char* mt_ObjectTypeName(uint16_t objectType);
 
 struct mt_Attribute {
     const char* name;
-    int kind;  // 1 number, 2 string
-    int width; // bytes
+    int kind;   // 1 number, 2 string
+    int width;  // bytes
     bool isStatus;
 };
 // The attributes of an object type, empty for any but the task.

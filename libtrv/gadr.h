@@ -25,13 +25,13 @@ gadr_Mode gadr_get_mode_for_adr_byte_size(int bytes, int segment_bytes);
 uint8_t gadr_encoding_from_mode(int mode);
 gadr_Mode gadr_mode_from_encoding(uint8_t encoding);
 
-// A 32-bit value as an address. The high word becomes all ones in mode 3 when the top bit is set, and in any mode for
-// 0xFFFFFFFF, which stays invalid at every width; otherwise it is 0.
+// A 32-bit value as an address. The high word becomes all ones in mode 3 when the top bit is set, and in any
+// mode for 0xFFFFFFFF, which stays invalid at every width; otherwise it is 0.
 gadr gadr_from_32(uint32_t value);
 
-// Text to address: blanks, an optional 0x, up to 8 hexadecimal digits, and behind 8 of them an optional "_" and up to
-// 8 more, the low word. The value is divided by scale (not 0). False when there is no digit, or when mode 3 meets a
-// scale other than 1, which is reported.
+// Text to address: blanks, an optional 0x, up to 8 hexadecimal digits, and behind 8 of them an optional "_"
+// and up to 8 more, the low word. The value is divided by scale (not 0). False when there is no digit, or
+// when mode 3 meets a scale other than 1, which is reported.
 [[nodiscard]] bool gadr_scan(std::string_view text, uint32_t scale, gadr& address);
 // Address to text in the current mode, in fixed or free width.
 std::string gadr_text(gadr address, bool fixed_width);

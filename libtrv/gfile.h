@@ -1,6 +1,6 @@
-// GFile: the binary file layer under the store. A 20-byte header says what the file is; behind it stand big-endian
-// fields with no alignment. Reading goes through one large buffer; writing of store files is the writer's own matter
-// (store_writer.h), which uses only the header and the device from here.
+// GFile: the binary file layer under the store. A 20-byte header says what the file is; behind it stand
+// big-endian fields with no alignment. Reading goes through one large buffer; writing of store files is the
+// writer's own matter (store_writer.h), which uses only the header and the device from here.
 #pragma once
 
 #include <cstddef>
@@ -39,8 +39,8 @@ struct GFileHeader {
 
 // The 20 bytes of a header.
 std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header);
-// Checks and decodes a header; false with the reason in why when a reader must refuse the file. A descriptor flag is
-// also reported at level error, as is an unknown address size code, which reads as 32bit.
+// Checks and decodes a header; false with the reason in why when a reader must refuse the file. A descriptor
+// flag is also reported at level error, as is an unknown address size code, which reads as 32bit.
 [[nodiscard]] bool gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header, std::string& why);
 
 // A file open for reading. Positions are absolute. A read past the end gives 0 and sets the end mark.
@@ -48,6 +48,8 @@ class GFile {
   public:
     // Opens and checks the header; null with the reason in why otherwise. The position is behind the header.
     static std::unique_ptr<GFile> OpenForRead(const std::string& name, std::string& why);
+    // The same on a device that stays the caller's and must outlive the file; its header is not looked at.
+    static std::unique_ptr<GFile> OnDevice(FileDevice& device, const std::string& name);
 
     const std::string& name() const { return name_; }
     const GFileHeader& header() const { return header_; }
@@ -65,7 +67,8 @@ class GFile {
     // Up to size bytes; fewer at the end of the file.
     std::string block(uint32_t size);
 
-    // Makes count bytes stand contiguously at the position; false at the end of the file, and the end mark is set.
+    // Makes count bytes stand contiguously at the position; false at the end of the file, and the end mark is
+    // set.
     bool fill(size_t count) { return buffered_ - at_ >= count || refill(count); }
     // The bytes at the position, as many as fill promised; step takes them.
     const uint8_t* here() const { return buffer_.data() + at_; }
@@ -82,12 +85,14 @@ class GFile {
     bool refill(size_t count);
 
     std::string name_;
-    std::unique_ptr<FileDevice> device_;
+    std::unique_ptr<FileDevice> owned_;
+    FileDevice* device_ = nullptr;
     GFileHeader header_;
     std::vector<uint8_t> buffer_;
-    uint64_t base_ = 0;     // file offset of buffer_[0]
-    size_t at_ = 0;         // position in the buffer
-    size_t buffered_ = 0;   // bytes in the buffer
+    uint64_t base_ = 0;    // file offset of buffer_[0]
+    size_t at_ = 0;        // position in the buffer
+    size_t buffered_ = 0;  // bytes in the buffer
+    size_t window_ = 0;    // bytes the next read asks for: grows while reading on, falls back at a seek
     bool end_ = false;
     bool reported_ = false;
 };

@@ -1,8 +1,9 @@
-// StateTable: the state of every object at one instant, each object a block of bytes under (object type, object id).
+// StateTable: the state of every object at one instant, each object a block of bytes under (object type,
+// object id).
 //
-// The entries stand one behind the other in the very form of a state table packet (type, id, length, block), so that
-// writing a checkpoint is one copy. Look-ups go through an open-addressed hash. Creation, modification and look-up
-// cost O(1); removal costs O(n), and the tracker of this system never removes.
+// The entries stand one behind the other in the very form of a state table packet (type, id, length, block),
+// so that writing a checkpoint is one copy. Look-ups go through an open-addressed hash. Creation,
+// modification and look-up cost O(1); removal costs O(n), and the tracker of this system never removes.
 #pragma once
 
 #include <cstddef>
@@ -34,10 +35,11 @@ class StateTable {
     const uint8_t* block_at(uint32_t position) const { return image_.data() + slots_[position].block; }
     uint32_t block_size(uint32_t position) const { return slots_[position].size; }
 
-    // Adds an entry with a copy of the block and returns its position; npos when the key is in already, and then
-    // nothing changes.
+    // Adds an entry with a copy of the block and returns its position; npos when the key is in already, and
+    // then nothing changes.
     uint32_t create(uint16_t type, uint32_t id, std::span<const uint8_t> block);
-    // Overwrites bytes; false, and no change, when the key is not in or its block is shorter than offset + bytes.
+    // Overwrites bytes; false, and no change, when the key is not in or its block is shorter than offset +
+    // bytes.
     bool modify(uint16_t type, uint32_t id, uint32_t offset, std::span<const uint8_t> bytes);
     bool modify_at(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes);
     // Removes the key if it is there.

@@ -1,5 +1,5 @@
-// The numbers of the store's file format that more than one place needs. Everything in the three files is big-endian;
-// docs/formats.md has the tables. Values here are on disk: never renumber.
+// The numbers of the store's file format that more than one place needs. Everything in the three files is
+// big-endian; docs/formats.md has the tables. Values here are on disk: never renumber.
 #pragma once
 
 #include <cstdint>

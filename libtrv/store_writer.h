@@ -1,9 +1,10 @@
-// The writing half of the store: events go in one by one, state is tracked by a callback, and every 100 events a
-// checkpoint is written.
+// The writing half of the store: events go in one by one, state is tracked by a callback, and every 100
+// events a checkpoint is written.
 //
-// Commit protocol: the files always end in a byte 0, at offset T. An append writes everything behind T first, hands it
-// to the operating system, and then turns the byte at T from 0 into the type of the first new packet. A reader that
-// stops at a 0 therefore sees whole events only. With grouping on, many events are one such append.
+// Commit protocol: the files always end in a byte 0, at offset T. An append writes everything behind T first,
+// hands it to the operating system, and then turns the byte at T from 0 into the type of the first new
+// packet. A reader that stops at a 0 therefore sees whole events only. With grouping on, many events are one
+// such append.
 #pragma once
 
 #include <cstdint>
@@ -33,37 +34,41 @@ using mt_EventCallback = bool (*)(StoreWriter& writer, const mt_WriteRecord& rec
 
 class StoreWriter {
   public:
-    // Deletes files of the three names that exist, makes the .trs and .tri with their terminators, and moves the
-    // complete .trv into place last. Null on failure, with what and where in why.
+    // Deletes files of the three names that exist, makes the .trs and .tri with their terminators, and moves
+    // the complete .trv into place last. Null on failure, with what and where in why.
     static std::unique_ptr<StoreWriter> OpenForWrite(const std::string& base, uint32_t ticksPerSecond,
                                                      const std::string& osName, bool bigEndianTarget,
                                                      mt_EventCallback callback, std::string* why = nullptr);
     // Commits what is pending and asks the disk to keep it.
     ~StoreWriter();
 
-    // Appends one event. Without grouping it is committed on return. False when it was refused: the store then ends
-    // where it ended before, stays valid, and lastError() says why.
-    [[nodiscard]] bool AppendEvent(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra);
+    // Appends one event. Without grouping it is committed on return. False when it was refused: the store
+    // then ends where it ended before, stays valid, and lastError() says why.
+    [[nodiscard]] bool AppendEvent(mt_Time time, uint16_t type, uint16_t subtype,
+                                   std::span<const uint8_t> extra);
 
-    // With grouping, appends are held in memory and committed together once about groupBytes are pending, at Commit,
-    // and at the end. The files are the same bytes either way. 0 turns grouping off and commits what is pending.
+    // With grouping, appends are held in memory and committed together once about groupBytes are pending, at
+    // Commit, and at the end. The files are the same bytes either way. 0 turns grouping off and commits what
+    // is pending.
     bool SetGrouping(size_t groupBytes);
-    // Commits what is pending. False when the device refused; as many whole events as it took are kept.
+    // Commits what is pending. False when the device refused something, be it an index record, which then
+    // stays pending; as many whole events as it took are kept.
     [[nodiscard]] bool Commit();
     // Flushes to the operating system and the disk.
     bool Flush();
 
-    uint32_t eventsWritten() const;   // committed and pending
-    uint64_t eventsRefused() const;   // appended, but not stored
+    uint32_t eventsWritten() const;  // committed and pending
+    uint64_t eventsRefused() const;  // appended, but not stored
     const std::string& lastError() const;
     const std::string& base() const;
     bool bigEndianTarget() const;
 
-    // For callbacks: the state of all objects now, and its changes. Each change is applied and then written. A create
-    // of a key that is in already changes nothing but is written all the same.
+    // For callbacks: the state of all objects now, and its changes. Each change is applied and then written.
+    // A create of a key that is in already changes nothing but is written all the same.
     const StateTable& state() const;
     void RecordCreated(uint16_t objectType, uint32_t objectId, std::span<const uint8_t> block);
-    void RecordModified(uint16_t objectType, uint32_t objectId, uint16_t offset, std::span<const uint8_t> bytes);
+    void RecordModified(uint16_t objectType, uint32_t objectId, uint16_t offset,
+                        std::span<const uint8_t> bytes);
     void RecordModifiedAt(uint32_t position, uint16_t offset, std::span<const uint8_t> bytes);
     void RecordDeleted(uint16_t objectType, uint32_t objectId);
     // Positions in state() of the tasks of a group: all of them, and those whose status is running.

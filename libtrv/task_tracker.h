@@ -3,6 +3,6 @@
 
 #include "libtrv/store_writer.h"
 
-// The first word of the extra data, in the target's byte order, is the task; records shorter than 4 bytes must not
-// come here. Always true.
+// The first word of the extra data, in the target's byte order, is the task; records shorter than 4 bytes
+// must not come here. Always true.
 bool TaskTracker(StoreWriter& writer, const mt_WriteRecord& record);

@@ -1,6 +1,7 @@
-// The reading half of the store: open one, learn its facts, walk and list its events with the state of all objects,
-// and ask which objects a range touches. Ranges are half open in ticks: t0 <= time < t1. One thread; queries of one
-// store share its file position and are not reentrant, but for walks, which only must not overlap on one store.
+// The reading half of the store: open one, learn its facts, walk and list its events with the state of all
+// objects, and ask which objects a range touches. Ranges are half open in ticks: t0 <= time < t1. One thread;
+// queries of one store share its file position and are not reentrant, but for walks, which only must not
+// overlap on one store.
 //
 // A reader may be open on a store that a writer still appends to: it sees whole events only.
 #pragma once
@@ -58,8 +59,8 @@ struct mt_LastBlock {
 // Reads the last block through and sets the tail. Nothing for a store with no index.
 mt_LastBlock mt_ScanLastBlock(TraceStore& store);
 
-// A walk over events: nothing is allocated per event. Fill one by a Start operation, then call mt_NextEvent until it
-// is false. The store must outlive it. An event's spans last until the next call.
+// A walk over events: nothing is allocated per event. Fill one by a Start operation, then call mt_NextEvent
+// until it is false. The store must outlive it. An event's spans last until the next call.
 struct EventWalk {
     TraceStore* store = nullptr;
     uint32_t nextSequence = 0;
@@ -69,8 +70,8 @@ struct EventWalk {
     bool hasEnd = false;
     bool done = true;
 };
-// Positions a walk at the first event not before t0 and ends it before t1. state, when given, becomes the state just
-// before t0. False when the store has no block; the walk is then empty and the state too.
+// Positions a walk at the first event not before t0 and ends it before t1. state, when given, becomes the
+// state just before t0. False when the store has no block; the walk is then empty and the state too.
 bool mt_StartWalkInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1, StateTable* state, EventWalk& walk);
 // The same from a sequence number, for at most count events (0: no limit). A number that is a multiple of the
 // checkpoint interval starts at the event behind it; 0 is the same as 1.
@@ -99,12 +100,14 @@ struct CursorPosition {
     uint32_t offset = 0;
     uint32_t sequence = 0;
 };
-// The positioning step. key is a time or a sequence number. The event at the cursor is not applied to the state.
-bool mt_GetEventListAndStateFromTimeRange(TraceStore& store, uint64_t key, bool keyIsTime, CursorPosition& cursor,
-                                          StateTable* state);
+// The positioning step. key is a time or a sequence number. The event at the cursor is not applied to the
+// state.
+bool mt_GetEventListAndStateFromTimeRange(TraceStore& store, uint64_t key, bool keyIsTime,
+                                          CursorPosition& cursor, StateTable* state);
 
-// Objects that a range touches: those known at t0, and those created from t0 to the end of the range. Blocks that lie
-// wholly inside cost one small packet each, so an object of such a block counts whatever its exact time.
+// Objects that a range touches: those known at t0, and those created from t0 to the end of the range. Blocks
+// that lie wholly inside cost one small packet each, so an object of such a block counts whatever its exact
+// time.
 struct mt_ObjectKey {
     uint16_t objectType = 0;
     uint32_t objectId = 0;
@@ -113,19 +116,21 @@ struct mt_ObjectKey {
 // Sorted by type, then id, each key once. With a type, only keys of that type.
 std::vector<mt_ObjectKey> mt_GetObjectStuffUsedInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1,
                                                            std::optional<uint16_t> objectType);
-std::vector<uint32_t> mt_GetObjectIdsUsedInTimeRange(TraceStore& store, uint16_t objectType, mt_Time t0, mt_Time t1);
+std::vector<uint32_t> mt_GetObjectIdsUsedInTimeRange(TraceStore& store, uint16_t objectType, mt_Time t0,
+                                                     mt_Time t1);
 std::vector<uint16_t> mt_GetObjectTypesUsedInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1);
 
-// The object an event belongs to: type 0 and the first word of the extra data in the target's byte order. False, with
-// a message on the standard error stream, when there are fewer than 4 bytes.
+// The object an event belongs to: type 0 and the first word of the extra data in the target's byte order.
+// False, with a message on the standard error stream, when there are fewer than 4 bytes.
 [[nodiscard]] bool mt_GetEventObject(const TraceStore& store, const EventRecord& event, uint16_t& objectType,
                                      uint32_t& objectId);
 
-// One attribute of an object. False when the object is not in the table; delivered tells whether a value was put into
-// the buffer: 2 bytes of status or 4 of priority in host order, or the name as zero-terminated text of at most size
-// bytes, its prefix before it and joined by the separator.
-bool mt_GetObjectAttribute(const TraceStore& store, const StateTable& table, uint16_t objectType, uint32_t objectId,
-                           uint32_t attribute, void* buffer, uint32_t size, char separator, bool& delivered);
+// One attribute of an object. False when the object is not in the table; delivered tells whether a value was
+// put into the buffer: 2 bytes of status or 4 of priority in host order, or the name as zero-terminated text
+// of at most size bytes, its prefix before it and joined by the separator.
+bool mt_GetObjectAttribute(const TraceStore& store, const StateTable& table, uint16_t objectType,
+                           uint32_t objectId, uint32_t attribute, void* buffer, uint32_t size, char separator,
+                           bool& delivered);
 // The same for a position of the table, as values.
 std::optional<uint16_t> mt_TaskStatusAt(const StateTable& table, uint32_t position);
 std::optional<uint32_t> mt_TaskPriorityAt(const StateTable& table, uint32_t position);

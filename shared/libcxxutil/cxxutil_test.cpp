@@ -10,10 +10,17 @@
 
 TEST(Report, ComposesTheLineOfEachLevel) {
     gen_set_short_name("/usr/bin/-tool");
-    const struct { int level; const char* line; } rows[] = {
-        {0, "tool: text\n"},          {1, "tool: disaster: text\n"}, {2, "tool: fatal: text\n"},
-        {3, "tool: error: text\n"},   {4, "tool: warning: text\n"},  {5, "tool: info: text\n"},
-        {6, "text\n"},                {7, "tool: text\n"}};
+    const struct {
+        int level;
+        const char* line;
+    } rows[] = {{0, "tool: text\n"},
+                {1, "tool: disaster: text\n"},
+                {2, "tool: fatal: text\n"},
+                {3, "tool: error: text\n"},
+                {4, "tool: warning: text\n"},
+                {5, "tool: info: text\n"},
+                {6, "text\n"},
+                {7, "tool: text\n"}};
     for (const auto& row : rows) EXPECT_EQ(gen_compose(row.level, "text"), row.line) << row.level;
     EXPECT_EQ(gen_compose(6, "ends\n"), "ends\n");
     gen_use_alternative_prefixes(true);
@@ -51,10 +58,23 @@ TEST(ReturnPoint, CatchesAFaultAndNests) {
 }
 
 TEST(Text, ScansNumbersLikeC) {
-    const struct { const char* text; std::optional<uint64_t> value; } rows[] = {
-        {"0", 0},       {"10", 10},      {"0x1F", 31},  {"010", 8},   {" 7", 7},
-        {"-1", ~0ull},  {"", {}},        {"0x", {}},    {"08", {}},   {"1 ", {}},
-        {"12a", {}},    {"+3", 3},       {"18446744073709551615", ~0ull}, {"18446744073709551616", {}}};
+    const struct {
+        const char* text;
+        std::optional<uint64_t> value;
+    } rows[] = {{"0", 0},
+                {"10", 10},
+                {"0x1F", 31},
+                {"010", 8},
+                {" 7", 7},
+                {"-1", ~0ull},
+                {"", {}},
+                {"0x", {}},
+                {"08", {}},
+                {"1 ", {}},
+                {"12a", {}},
+                {"+3", 3},
+                {"18446744073709551615", ~0ull},
+                {"18446744073709551616", {}}};
     for (const auto& row : rows) EXPECT_EQ(scan_number(row.text), row.value) << row.text;
     EXPECT_EQ(scan_double(" 1.5e-3 "), 1.5e-3);
     EXPECT_FALSE(scan_double("nan") || scan_double("1,5") || scan_double(""));

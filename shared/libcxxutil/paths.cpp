@@ -31,7 +31,8 @@ std::string find_installation() {
     const std::string named = environment("CHRONOWEAVE_HOME");
     if (!named.empty()) return named;
     std::error_code error;
-    for (fs::path at = fs::read_symlink("/proc/self/exe", error).parent_path(); !at.empty(); at = at.parent_path()) {
+    for (fs::path at = fs::read_symlink("/proc/self/exe", error).parent_path(); !at.empty();
+         at = at.parent_path()) {
         if (holds_installation(at)) return at.string();
         if (holds_installation(at / "share" / "chronoweave")) return (at / "share" / "chronoweave").string();
         if (at == at.root_path()) break;
@@ -101,8 +102,12 @@ std::string path_temporary_directory() {
     return fs::temp_directory_path(none).string();
 }
 
-std::string path_cache_directory() { return below_home("XDG_CACHE_HOME", ".cache"); }
-std::string path_user_config_directory() { return below_home("XDG_CONFIG_HOME", ".config"); }
+std::string path_cache_directory() {
+    return below_home("XDG_CACHE_HOME", ".cache");
+}
+std::string path_user_config_directory() {
+    return below_home("XDG_CONFIG_HOME", ".config");
+}
 
 const std::string& path_installation_directory() {
     static const std::string found = find_installation();

@@ -26,6 +26,6 @@ std::string path_temporary_directory();
 std::string path_cache_directory();
 // $XDG_CONFIG_HOME/chronoweave, else ~/.config/chronoweave. Not created.
 std::string path_user_config_directory();
-// The directory that holds "defaults" and "icons": CHRONOWEAVE_HOME when set, else the nearest of the program's own
-// directory, its "share/chronoweave" and its parents. Empty when there is none. Computed once.
+// The directory that holds "defaults" and "icons": CHRONOWEAVE_HOME when set, else the nearest of the
+// program's own directory, its "share/chronoweave" and its parents. Empty when there is none. Computed once.
 const std::string& path_installation_directory();

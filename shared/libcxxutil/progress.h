@@ -3,6 +3,6 @@
 
 #include <functional>
 
-// done and total are in any one unit of the work, 0 <= done <= total. False asks the work to stop with what it has.
-// An empty function means that nobody watches.
+// done and total are in any one unit of the work, 0 <= done <= total. False asks the work to stop with what
+// it has. An empty function means that nobody watches.
 using Progress = std::function<bool(double done, double total)>;

@@ -94,18 +94,30 @@ std::string gen_format(const char* format, ...) {
     return text;
 }
 
-#define CW_REPORT_AT(level)                                   \
-    va_list args;                                             \
-    va_start(args, format);                                   \
+#define CW_REPORT_AT(level)                                     \
+    va_list args;                                               \
+    va_start(args, format);                                     \
     report(static_cast<int>(level), format_list(format, args)); \
     va_end(args)
 
-void gen_disaster(const char* format, ...) { CW_REPORT_AT(ReportLevel::Disaster); }
-void gen_fatal(const char* format, ...) { CW_REPORT_AT(ReportLevel::Fatal); }
-void gen_error(const char* format, ...) { CW_REPORT_AT(ReportLevel::Error); }
-void gen_warning(const char* format, ...) { CW_REPORT_AT(ReportLevel::Warning); }
-void gen_info(const char* format, ...) { CW_REPORT_AT(ReportLevel::Info); }
-void gen_plain(const char* format, ...) { CW_REPORT_AT(ReportLevel::Plain); }
+void gen_disaster(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Disaster);
+}
+void gen_fatal(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Fatal);
+}
+void gen_error(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Error);
+}
+void gen_warning(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Warning);
+}
+void gen_info(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Info);
+}
+void gen_plain(const char* format, ...) {
+    CW_REPORT_AT(ReportLevel::Plain);
+}
 
 void gen_exit(int status, const char* format, ...) {
     CW_REPORT_AT(status != 0 ? ReportLevel::Fatal : ReportLevel::Exit);
@@ -134,11 +146,21 @@ void gen_set_short_name(std::string_view argv0) {
     reporting().short_name = std::string(argv0);
 }
 
-const std::string& gen_short_name() { return reporting().short_name; }
-void gen_use_alternative_prefixes(bool on) { reporting().alternative = on; }
-void gen_set_report_sink(ReportSink sink) { reporting().report = std::move(sink); }
-void gen_set_console_sink(ConsoleSink sink) { reporting().console = std::move(sink); }
-void gen_set_exit(ExitFunction exit_function) { reporting().exit_function = std::move(exit_function); }
+const std::string& gen_short_name() {
+    return reporting().short_name;
+}
+void gen_use_alternative_prefixes(bool on) {
+    reporting().alternative = on;
+}
+void gen_set_report_sink(ReportSink sink) {
+    reporting().report = std::move(sink);
+}
+void gen_set_console_sink(ConsoleSink sink) {
+    reporting().console = std::move(sink);
+}
+void gen_set_exit(ExitFunction exit_function) {
+    reporting().exit_function = std::move(exit_function);
+}
 
 void gen_assertion_failed(const char* expression, const char* file, int line) {
     to_standard_error(gen_format("Assertion %s failed in '%s' on line %d [%s]\n", expression, file, line,

@@ -10,8 +10,12 @@ namespace {
 
 constexpr int growth = 10;
 
+struct ReturnPoint {
+    sigjmp_buf buffer;
+};
+
 struct JumpStack {
-    std::vector<std::unique_ptr<sigjmp_buf>> points;  // kept allocated, so that a pushed buffer never moves
+    std::vector<std::unique_ptr<ReturnPoint>> points;  // kept allocated, so that a pushed buffer never moves
     int error_depth = 0;
     bool quiet = false;
 };
@@ -34,13 +38,15 @@ void handle_signal(int number) {
 
 }  // namespace
 
-int gen_return_depth() { return stack().error_depth; }
+int gen_return_depth() {
+    return stack().error_depth;
+}
 
 sigjmp_buf& gen_push_return_point() {
     JumpStack& jumps = stack();
     if (static_cast<size_t>(jumps.error_depth) == jumps.points.size())
-        for (int i = 0; i < growth; ++i) jumps.points.push_back(std::make_unique<sigjmp_buf>());
-    return *jumps.points[static_cast<size_t>(jumps.error_depth++)];
+        for (int i = 0; i < growth; ++i) jumps.points.push_back(std::make_unique<ReturnPoint>());
+    return jumps.points[static_cast<size_t>(jumps.error_depth++)]->buffer;
 }
 
 void gen_pop_return_point() {
@@ -62,6 +68,7 @@ void gen_install_signal_handlers() {
 
 void gen_return_to_point() {
     JumpStack& jumps = stack();
-    if (jumps.error_depth > 0) siglongjmp(*jumps.points[static_cast<size_t>(jumps.error_depth - 1)], 1);
+    if (jumps.error_depth > 0)
+        siglongjmp(jumps.points[static_cast<size_t>(jumps.error_depth - 1)]->buffer, 1);
     gen_exit(1, "No error handler");
 }

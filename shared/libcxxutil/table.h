@@ -1,5 +1,6 @@
-// Table: an ordered container that grows by chunks, so that an element never moves once it is in, growing costs no
-// copy, and dropping everything is one step per chunk. Indexes count from 0 and are stable until a middle insertion.
+// Table: an ordered container that grows by chunks, so that an element never moves once it is in, growing
+// costs no copy, and dropping everything is one step per chunk. Indexes count from 0 and are stable until a
+// middle insertion.
 #pragma once
 
 #include <cstdint>

@@ -5,8 +5,12 @@
 
 namespace {
 
-bool is_blank(char c) { return c == ' ' || c == '\t'; }
-bool is_space(char c) { return is_blank(c) || (c >= '\n' && c <= '\r'); }
+bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+bool is_space(char c) {
+    return is_blank(c) || (c >= '\n' && c <= '\r');
+}
 
 int digit_value(char c) {
     if (c >= '0' && c <= '9') return c - '0';
@@ -35,14 +39,22 @@ size_t utf8_length(std::string_view text) {
 char read_escape(std::string_view text, size_t& at) {
     const char c = text[at++];
     switch (c) {
-        case 'a': return '\a';
-        case 'b': return '\b';
-        case 'f': return '\f';
-        case 'n': return '\n';
-        case 'r': return '\r';
-        case 't': return '\t';
-        case 'v': return '\v';
-        default: break;
+        case 'a':
+            return '\a';
+        case 'b':
+            return '\b';
+        case 'f':
+            return '\f';
+        case 'n':
+            return '\n';
+        case 'r':
+            return '\r';
+        case 't':
+            return '\t';
+        case 'v':
+            return '\v';
+        default:
+            break;
     }
     const bool hex = c == 'x';
     if (!hex && (c < '0' || c > '7')) return c;
@@ -60,8 +72,12 @@ char read_escape(std::string_view text, size_t& at) {
 
 }  // namespace
 
-char text_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-char text_upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char text_lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+char text_upper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
 
 bool text_equal_nocase(std::string_view a, std::string_view b) {
     return a.size() == b.size() && text_starts_nocase(a, b);
@@ -115,7 +131,8 @@ std::optional<double> scan_double(std::string_view text) {
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
     return value;
 }
 

@@ -16,17 +16,18 @@ std::string_view text_trim_right(std::string_view text);
 // Cuts C white space at both ends.
 std::string_view text_trim(std::string_view text);
 
-// A number in the manner of C: white space, sign, 0x for hexadecimal, a leading 0 for octal, decimal otherwise. The
-// whole text must be consumed and hold at least one digit; a value beyond 64 bits is refused. A minus sign gives the
-// two's complement.
+// A number in the manner of C: white space, sign, 0x for hexadecimal, a leading 0 for octal, decimal
+// otherwise. The whole text must be consumed and hold at least one digit; a value beyond 64 bits is refused.
+// A minus sign gives the two's complement.
 std::optional<uint64_t> scan_number(std::string_view text);
 // A decimal floating-point number, the whole text but for white space around it; no "inf", no "nan".
 std::optional<double> scan_double(std::string_view text);
 // "1", "yes", "true" and "0", "no", "false", without regard to case.
 std::optional<bool> scan_bool(std::string_view text);
 
-// The string rules of settings and configure files: double quotes go, C escapes (\n, \t, \xHH, \ooo, \\, \", ...)
-// are replaced. Reads up to the closing unescaped double quote, or the end; consumed, if given, tells how far.
+// The string rules of settings and configure files: double quotes go, C escapes (\n, \t, \xHH, \ooo, \\, \",
+// ...) are replaced. Reads up to the closing unescaped double quote, or the end; consumed, if given, tells
+// how far.
 std::string text_unquote(std::string_view text, size_t* consumed = nullptr);
 // A backslash before every backslash, double quote and single quote.
 std::string text_escape(std::string_view text);

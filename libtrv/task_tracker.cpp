@@ -1,0 +1,176 @@
+#include "libtrv/task_tracker.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+#include "libtrv/byte_order.h"
+
+namespace {
+
+using NameBytes = std::array<uint8_t, mt_NameSize>;
+
+// What an event says of its task. Extra data that ends early reads as zeros.
+struct TaskFields {
+    std::optional<uint16_t> status;
+    std::optional<uint32_t> priority;
+    std::optional<NameBytes> name, prefix;
+};
+
+// Sizes and places within the extra data of a Refresh.
+constexpr size_t name_at = 8, prefix_at = 39, size_with_prefix = 70;
+
+// Modifies fields of one task of the writer's table, for the first time it differs.
+class TaskEditor {
+  public:
+    TaskEditor(StoreWriter& writer, uint32_t position) : writer_(writer), position_(position) {}
+
+    const uint8_t* block() const { return writer_.state().block_at(position_); }
+    void put(uint32_t offset, std::span<const uint8_t> bytes) {
+        writer_.RecordModifiedAt(position_, static_cast<uint16_t>(offset), bytes);
+    }
+    void put_valid(uint32_t offset) {
+        const uint8_t one[1] = {1};
+        if (block()[offset] == 0) put(offset, one);
+    }
+    void put_status(uint16_t status) {
+        uint8_t bytes[2];
+        store_be16(bytes, status);
+        put(mt_TaskStatus, bytes);
+    }
+    void update_status(uint16_t status) {
+        if (load_be16(block() + mt_TaskStatus) != status) put_status(status);
+        put_valid(mt_TaskStatusValid);
+    }
+    void update_priority(uint32_t priority) {
+        uint8_t bytes[4];
+        store_be32(bytes, priority);
+        if (std::memcmp(block() + mt_TaskPriority, bytes, 4) != 0) put(mt_TaskPriority, bytes);
+        put_valid(mt_TaskPriorityValid);
+    }
+    // The terminator is written with the text; a text of full length thereby clears the valid byte behind its
+    // field, which is set again at once.
+    void update_text(uint32_t offset, uint32_t valid, const NameBytes& text, bool& differs) {
+        const auto length = static_cast<size_t>(std::find(text.begin(), text.end(), 0) - text.begin());
+        for (size_t i = 0; i < length && !differs; ++i)
+            differs = int{static_cast<int8_t>(block()[offset + i])} != int{text[i]};
+        if (differs) {
+            std::array<uint8_t, mt_NameSize + 1> bytes{};
+            std::copy_n(text.begin(), length, bytes.begin());
+            put(offset, {bytes.data(), length + 1});
+        }
+        put_valid(valid);
+    }
+
+  private:
+    StoreWriter& writer_;
+    uint32_t position_;
+};
+
+std::array<uint8_t, mt_TaskBlockSize> make_block(const TaskFields& fields) {
+    std::array<uint8_t, mt_TaskBlockSize> block{};
+    store_be16(&block[mt_TaskStatus], fields.status.value_or(0));
+    block[mt_TaskStatusValid] = fields.status ? 1 : 0;
+    store_be32(&block[mt_TaskPriority], fields.priority.value_or(0xFFFFFFFF));
+    block[mt_TaskPriorityValid] = fields.priority ? 1 : 0;
+    if (fields.name) {
+        std::copy(fields.name->begin(), fields.name->end(), &block[mt_TaskName]);
+        block[mt_TaskNameValid] = 1;
+    }
+    if (fields.prefix) {
+        std::copy(fields.prefix->begin(), fields.prefix->end(), &block[mt_TaskPrefix]);
+        block[mt_TaskPrefixValid] = 1;
+    }
+    return block;
+}
+
+// Position of the task, created with the fields when it is new; existed tells which.
+uint32_t ensure(StoreWriter& writer, uint32_t id, const TaskFields& fields, bool& existed) {
+    uint32_t position = writer.state().find(mt_ObjectTask, id);
+    existed = position != StateTable::npos;
+    if (existed) return position;
+    writer.RecordCreated(mt_ObjectTask, id, make_block(fields));
+    return writer.state().size() - 1;
+}
+
+void task_change(StoreWriter& writer, uint32_t id) {
+    bool existed = false;
+    TaskFields fields;
+    fields.status = mt_Running;
+    const uint32_t position = ensure(writer, id, fields, existed);
+    // Whoever runs in the group stops, the task itself included: one that this event creates is left ready.
+    while (!writer.running(id).empty()) TaskEditor(writer, writer.running(id).front()).put_status(mt_Ready);
+    if (!existed) return;
+    TaskEditor task(writer, position);
+    task.put_status(mt_Running);
+    task.put_valid(mt_TaskStatusValid);
+}
+
+void stop_group(StoreWriter& writer, uint32_t id) {
+    for (const uint32_t position : writer.group(id)) TaskEditor(writer, position).put_status(mt_Stopped);
+}
+
+void status_change(StoreWriter& writer, uint32_t id, const TaskFields& fields) {
+    bool existed = false;
+    TaskEditor task(writer, ensure(writer, id, fields, existed));
+    if (!existed) return;
+    task.update_status(*fields.status);
+    if (fields.priority) task.update_priority(*fields.priority);
+}
+
+NameBytes text_at(std::span<const uint8_t> extra, size_t offset) {
+    NameBytes text{};
+    if (extra.size() > offset)
+        std::copy_n(extra.begin() + static_cast<ptrdiff_t>(offset),
+                    std::min(extra.size() - offset, text.size()), text.begin());
+    return text;
+}
+
+void refresh(StoreWriter& writer, uint32_t id, TaskFields fields, std::span<const uint8_t> extra) {
+    fields.name = text_at(extra, name_at);
+    if (extra.size() == size_with_prefix) fields.prefix = text_at(extra, prefix_at);
+    bool existed = false;
+    TaskEditor task(writer, ensure(writer, id, fields, existed));
+    if (!existed) return;
+    task.update_status(*fields.status);
+    task.update_priority(fields.priority.value_or(0));
+    bool differs = false;  // shared: a changed name rewrites the prefix too
+    task.update_text(mt_TaskName, mt_TaskNameValid, *fields.name, differs);
+    if (fields.prefix) task.update_text(mt_TaskPrefix, mt_TaskPrefixValid, *fields.prefix, differs);
+}
+
+}  // namespace
+
+bool TaskTracker(StoreWriter& writer, const mt_WriteRecord& record) {
+    constexpr uint16_t stop_subtype = 8;
+    const std::span<const uint8_t> extra = record.extra;
+    const uint32_t id = extra.size() >= 4 ? load_32(extra.data(), writer.bigEndianTarget()) : 0;
+    TaskFields fields;
+    bool existed = false;
+    switch (record.type) {
+        case mt_TaskChange:
+            task_change(writer, id);
+            return true;
+        case mt_KernelCall:
+            fields.status = mt_Running;
+            ensure(writer, id, fields, existed);
+            return true;
+        case mt_StatusChange:
+        case mt_Refresh:
+            if (record.type == mt_StatusChange && record.subtype == stop_subtype) {
+                stop_group(writer, id);
+                return true;
+            }
+            fields.status = record.subtype;
+            if (extra.size() >= 8) fields.priority = load_32(extra.data() + 4, writer.bigEndianTarget());
+            if (record.type == mt_Refresh)
+                refresh(writer, id, fields, extra);
+            else
+                status_change(writer, id, fields);
+            return true;
+        default:
+            ensure(writer, id, fields, existed);
+            return true;
+    }
+}

@@ -1,0 +1,105 @@
+// What the store's tests share: a device in memory that can run out of room, and stores of random events.
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "libtrv/gfile.h"
+#include "libtrv/store_writer.h"
+#include "libtrv/task_tracker.h"
+
+// A folder that goes with the test.
+class TestFolder {
+  public:
+    TestFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "cw_test_XXXXXX").string();
+        path_ = ::mkdtemp(name.data());
+    }
+    ~TestFolder() { std::filesystem::remove_all(path_); }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+  private:
+    std::string path_;
+};
+
+using Bytes = std::vector<uint8_t>;
+
+class MemoryDevice : public FileDevice {
+  public:
+    explicit MemoryDevice(std::shared_ptr<Bytes> bytes, size_t room = SIZE_MAX)
+        : bytes_(std::move(bytes)), room_(room) {}
+    int64_t read_at(uint64_t offset, std::span<uint8_t> out) override {
+        if (offset >= bytes_->size()) return 0;
+        const size_t n = std::min(out.size(), bytes_->size() - offset);
+        std::copy_n(bytes_->begin() + static_cast<ptrdiff_t>(offset), n, out.begin());
+        return static_cast<int64_t>(n);
+    }
+    int64_t write_at(uint64_t offset, std::span<const uint8_t> in) override {
+        if (offset >= room_) return 0;
+        const size_t n = std::min<size_t>(in.size(), room_ - offset);
+        if (bytes_->size() < offset + n) bytes_->resize(offset + n);
+        std::copy_n(in.begin(), n, bytes_->begin() + static_cast<ptrdiff_t>(offset));
+        return static_cast<int64_t>(n);
+    }
+    bool truncate(uint64_t size) override {
+        bytes_->resize(size);
+        return true;
+    }
+    uint64_t size() override { return bytes_->size(); }
+    bool sync() override { return true; }
+    void set_room(size_t room) { room_ = room; }
+
+  private:
+    std::shared_ptr<Bytes> bytes_;
+    size_t room_;
+};
+
+struct TestEvent {
+    mt_Time time;
+    uint16_t type, subtype;
+    Bytes extra;
+};
+
+inline Bytes words(std::initializer_list<uint32_t> values, bool big_endian = true) {
+    Bytes bytes;
+    for (const uint32_t value : values)
+        for (int i = 0; i < 4; ++i)
+            bytes.push_back(static_cast<uint8_t>(value >> (big_endian ? 24 - 8 * i : 8 * i)));
+    return bytes;
+}
+
+// Extra data of a Refresh, with a prefix when it is not null.
+inline Bytes refresh_extra(uint32_t id, uint32_t priority, const std::string& name,
+                           const char* prefix = nullptr) {
+    Bytes extra = words({id, priority});
+    std::string text = name;
+    text.resize(31);
+    if (prefix) text += prefix, text.resize(62);
+    extra.insert(extra.end(), text.begin(), text.end());
+    return extra;
+}
+
+// Events of every type over a few dozen tasks; times never go back and often stand still.
+inline std::vector<TestEvent> random_events(unsigned seed, size_t count) {
+    std::mt19937 random(seed);
+    const auto below = [&](uint32_t n) { return static_cast<uint32_t>(random() % n); };
+    std::vector<TestEvent> events;
+    mt_Time time = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (below(3) == 0) time += below(50) == 0 ? 1000 : below(9);
+        const uint32_t id = (below(20) << 10) | below(3);
+        const auto type = static_cast<uint16_t>(1 + below(7));
+        const auto subtype = static_cast<uint16_t>(below(11));
+        Bytes extra = type == mt_Refresh ? refresh_extra(id, below(99), "task" + std::to_string(below(5)),
+                                                         below(2) ? "group" : nullptr)
+                                         : words({id, below(40), below(1u << 31)});
+        if (type != mt_Refresh) extra.resize(4 + below(9));
+        events.push_back({time, type, subtype, extra});
+    }
+    return events;
+}
