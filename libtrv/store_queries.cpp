@@ -10,7 +10,59 @@
 namespace {
 constexpr size_t entry_head = 10;  // of a state table entry: type, id, length
 constexpr size_t key_size = 6;     // of an objects-used key: type, id
+
+// How an event's parse from a stretch of bytes ended.
+struct Parsed {
+    enum { Whole, NeedMore } result;
+    size_t size;  // Whole: bytes of the event; NeedMore: bytes that are certainly needed
+};
+
+inline Parsed parse_event(const uint8_t* start, size_t there, EventRecord& event) {
+    constexpr size_t head = 16;
+    if (there < head) return {Parsed::NeedMore, head};
+    event.time = load_be64(start);
+    const size_t extra = load_be32(start + 8);
+    event.type = load_be16(start + 12);
+    event.subtype = load_be16(start + 14);
+    event.extra = {start + head, extra};
+    const size_t changes = head + extra;
+    size_t at = changes;
+    for (;;) {
+        if (there <= at) return {Parsed::NeedMore, at + 1};
+        const uint8_t kind = start[at];
+        if (kind == mt_ChangeEnd) break;
+        if (kind > mt_ChangeEnd) {
+            gen_error("Unrecognized StateChange type\n");
+            break;
+        }
+        const size_t fixed = kind == mt_ChangeCreate ? 9 : kind == mt_ChangeModify ? 10 : 7;
+        if (there - at < fixed) return {Parsed::NeedMore, at + fixed};
+        const size_t length = kind == mt_ChangeCreate   ? load_be16(start + at + 7)
+                              : kind == mt_ChangeModify ? start[at + 9]
+                                                        : 0;
+        at += fixed + length;
+    }
+    event.changes = ChangeList({start + changes, at - changes});
+    return {Parsed::Whole, at + 1};
+}
+
+// In line, since it is all that a walk does per event.
+inline bool read_event(GFile& file, EventRecord& event) {
+    for (;;) {
+        const Parsed parsed = parse_event(file.here(), file.buffered(), event);
+        if (parsed.result == Parsed::Whole) {
+            file.step(parsed.size);
+            return true;
+        }
+        if (!file.fill(parsed.size)) return false;
+    }
+}
+
 }  // namespace
+
+bool mt_ReadEvent(GFile& file, EventRecord& event) {
+    return read_event(file, event);
+}
 
 bool mt_SkipStateTable(GFile& file) {
     const uint32_t count = file.u32();
@@ -111,7 +163,7 @@ bool mt_NextEvent(EventWalk& walk, EventRecord& event) {
     for (bool whole = true; whole && file.fill(1);) {
         const uint8_t type = file.u8();
         if (type == mt_PacketEvent) {
-            if (!mt_ReadEvent(file, event)) break;
+            if (!read_event(file, event)) break;
             if (walk.hasEnd && !mt_Earlier(event.time, walk.end)) break;
             event.sequence = walk.nextSequence++;
             if (walk.hasLimit && --walk.remaining == 0) walk.done = true;

@@ -52,53 +52,7 @@ TraceStorePtr refuse(std::string* why, std::string reason) {
     return nullptr;
 }
 
-// How an event's parse from a stretch of bytes ended.
-struct Parsed {
-    enum { Whole, NeedMore } result;
-    size_t size;  // Whole: bytes of the event; NeedMore: bytes that are certainly needed
-};
-
-Parsed parse_event(const uint8_t* start, size_t there, EventRecord& event) {
-    constexpr size_t head = 16;
-    if (there < head) return {Parsed::NeedMore, head};
-    event.time = load_be64(start);
-    const size_t extra = load_be32(start + 8);
-    event.type = load_be16(start + 12);
-    event.subtype = load_be16(start + 14);
-    event.extra = {start + head, extra};
-    const size_t changes = head + extra;
-    size_t at = changes;
-    for (;;) {
-        if (there <= at) return {Parsed::NeedMore, at + 1};
-        const uint8_t kind = start[at];
-        if (kind == mt_ChangeEnd) break;
-        if (kind > mt_ChangeEnd) {
-            gen_error("Unrecognized StateChange type\n");
-            break;
-        }
-        const size_t fixed = kind == mt_ChangeCreate ? 9 : kind == mt_ChangeModify ? 10 : 7;
-        if (there - at < fixed) return {Parsed::NeedMore, at + fixed};
-        const size_t length = kind == mt_ChangeCreate   ? load_be16(start + at + 7)
-                              : kind == mt_ChangeModify ? start[at + 9]
-                                                        : 0;
-        at += fixed + length;
-    }
-    event.changes = ChangeList({start + changes, at - changes});
-    return {Parsed::Whole, at + 1};
-}
-
 }  // namespace
-
-bool mt_ReadEvent(GFile& file, EventRecord& event) {
-    for (;;) {
-        const Parsed parsed = parse_event(file.here(), file.buffered(), event);
-        if (parsed.result == Parsed::Whole) {
-            file.step(parsed.size);
-            return true;
-        }
-        if (!file.fill(parsed.size)) return false;
-    }
-}
 
 void TraceStoreDeleter::operator()(TraceStore* store) const {
     mt_Close(store);
