@@ -27,6 +27,8 @@ inline constexpr char words_ImageCut[] =
     "Corrupted log image: the record at address 0x%x is cut by the end of the image.";
 inline constexpr char words_ImageOverrun[] =
     "Corrupted log image: the records run past the newest one, at address 0x%x.";
+inline constexpr char words_ImageWrap[] =
+    "Corrupted log image: no record of the ring's old part ends at the wrap address 0x%x.";
 inline constexpr char words_ImageTasks[] =
     "Corrupted log image: its table of %u tasks is cut by the end of the image.";
 

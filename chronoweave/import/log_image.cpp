@@ -16,20 +16,27 @@ uint32_t address_of(const RawLogImage& image, uint64_t position) {
     return image.base + static_cast<uint32_t>(position);
 }
 
-// Moves the position of a wrapped ring to the next record. False when the newest record was passed. The old
-// part of the ring leads from the start to the wrap, the new part from the ring's first byte to the end; each
-// is walked once.
+void tell_damage(RawLogImage& image, std::string words) {
+    if (image.damage.empty()) image.damage = std::move(words);
+}
+
+// Moves the position of a wrapped ring to the next record. False behind the newest one. The old part of the
+// ring leads from the start to the wrap, the new part from the ring's first byte to the end, and each is
+// walked once.
 bool step_wrapped(RawLogImage& image) {
-    if (image.position < image.wrap) {
-        if (image.position >= image.end && image.position < image.start) return false;
-        if (!image.wrapped || image.position < image.end) return true;
-    } else if (!image.wrapped) {
+    if (!image.wrapped) {
+        if (image.position < image.wrap) return true;
+        if (image.position > image.wrap)
+            tell_damage(image,
+                        gen_format(words_ImageWrap, image.wrap == 0 ? 0 : address_of(image, image.wrap)));
         image.wrapped = true;
         image.position = image.ring;
-        return image.position < image.end;
     }
-    image.damage = gen_format(words_ImageOverrun, address_of(image, image.position));
-    return false;
+    if (image.position >= image.bytes.size())
+        tell_damage(image, gen_format(words_ImageOutside, address_of(image, image.position)));
+    else if (image.position >= image.start)
+        tell_damage(image, gen_format(words_ImageOverrun, address_of(image, image.position)));
+    return image.position < image.end;
 }
 
 bool step_to_record(RawLogImage& image) {
@@ -59,7 +66,8 @@ bool log_Read(std::vector<uint8_t> bytes, bool bigEndian, RawLogImage& image) {
     if (image.bytes.size() < ring_at + 4) {
         const size_t whole = (image.bytes.size() - task_table_at) / task_EntrySize;
         image.taskCount = static_cast<uint32_t>(std::min<size_t>(whole, tasks));
-        image.damage = gen_format(words_ImageTasks, tasks);
+        image.ringStands = false;
+        tell_damage(image, gen_format(words_ImageTasks, tasks));
     } else {
         image.taskCount = tasks;
         image.ring = offset_at(ring_at);
@@ -72,15 +80,15 @@ uint32_t log_NextRecord(RawLogImage& image, uint8_t* record) {
     if (const uint32_t length =
             task_NextRecord(bytes + task_table_at, image.taskCount, image.taskCursor, record))
         return length;
-    if (!image.damage.empty() || !step_to_record(image)) return 0;
+    if (!image.ringStands || !step_to_record(image)) return 0;
     if (image.position >= image.bytes.size()) {
-        image.damage = gen_format(words_ImageOutside, address_of(image, image.position));
+        tell_damage(image, gen_format(words_ImageOutside, address_of(image, image.position)));
         return 0;
     }
     const uint8_t length = bytes[image.position];
     if (length == 0) return 0;
     if (image.bytes.size() - image.position <= length) {
-        image.damage = gen_format(words_ImageCut, address_of(image, image.position));
+        tell_damage(image, gen_format(words_ImageCut, address_of(image, image.position)));
         return 0;
     }
     std::memcpy(record, bytes + image.position + 1, length);

@@ -22,8 +22,9 @@ struct RawLogImage {
     int64_t taskCursor = -1;
     uint64_t position = 0;
     bool positionSet = false;
-    bool wrapped = false;  // the position has gone back to the ring's first byte
-    std::string damage;    // why reading stopped before the newest record; empty for a sound image
+    bool wrapped = false;    // the position has gone back to the ring's first byte
+    bool ringStands = true;  // the image reaches to the ring
+    std::string damage;      // what is wrong with it, the first thing met; empty for a sound image
 };
 
 // Takes the bytes behind the header. False when they don't hold the fixed fields.

@@ -1,0 +1,150 @@
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "chronoweave/import/import_testing.h"
+#include "chronoweave/import/store_place.h"
+#include "shared/libcxxutil/paths.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class OpenSourceTest : public ImportTest {
+  protected:
+    static Bytes run_of(uint32_t id) {
+        Bytes bytes = short_header(true);
+        put_record(bytes, raw_event(2, 1, 10, id, true));
+        return bytes;
+    }
+    std::string no_source(const std::string& name) const {
+        return "Can't open VOREL Chronoweave source file \"" + path(name) + "\".";
+    }
+};
+
+TEST_F(OpenSourceTest, refusalsAreInTheSystemsWords) {
+    fs::create_directory(path("folder.trr"));
+    fs::create_directory(path("dotted.d"));
+    Bytes other = short_header(true, 2), wrongOs = long_header(true, 2, 1, 7);
+    write("run.TRR", run_of(1));
+    write("run.CORE", run_of(1));
+    write("empty.trr", {});
+    write("other.trr", other);
+    write("other2.trr", wrongOs);
+    write("marker.trr", {2, 1, 0, 0});
+    const struct {
+        const char* name;
+        std::string error;
+    } cases[] = {
+        {"gone.trr", "Cannot open TRR file.\n" + path("gone.trr") + ": No such file or directory"},
+        {"folder.trr", "Cannot open TRR file.\n" + path("folder.trr") + ": Is a directory"},
+        {"gone.core",
+         "error opening core file, command failed.\n" + path("gone.core") + ": No such file or directory"},
+        {"run.TRR", "Cannot open file."},
+        {"run.CORE", "Cannot open file."},
+        {"empty.trr", "Bad format TRR file."},
+        {"marker.trr", "Bad format TRR file."},
+        {"other.trr", "Unsupported OS or Architecture."},
+        {"other2.trr", "Unsupported OS or Architecture."},
+    };
+    for (const auto& c : cases) {
+        const OpenedSource source = import_OpenSource(path(c.name), {});
+        EXPECT_FALSE(source.store) << c.name;
+        EXPECT_FALSE(source.imported) << c.name;
+        EXPECT_EQ(source.error, c.error + "\n" + no_source(c.name)) << c.name;
+    }
+    EXPECT_EQ(import_OpenSource("", {}).error, "Invalid file name.");
+    for (const char* name : {"gone", "gone.trs", "dotted.d/gone"}) {
+        const std::string error = import_OpenSource(path(name), {}).error;
+        EXPECT_NE(error.find("gone.tr"), std::string::npos) << error;
+        EXPECT_NE(error.find(no_source(name)), std::string::npos) << error;
+    }
+}
+
+TEST_F(OpenSourceTest, aSourceLeavesItsStoreBesideItAndTheStoreOpensByEveryName) {
+    OpenedSource source = import("run.v2.trr", run_of(0x11));
+    EXPECT_EQ(source.error, "");
+    EXPECT_TRUE(source.imported);
+    EXPECT_FALSE(source.inCache);
+    EXPECT_EQ(source.base, path("run.v2"));
+    EXPECT_EQ(source.counts.events, 1u);
+    for (const char* name : {"run.v2.trs", "run.v2"}) {
+        source = import_OpenSource(path(name), {});
+        ASSERT_TRUE(source.store) << name << source.error;
+        EXPECT_FALSE(source.imported);
+        EXPECT_EQ(source.base, path("run.v2")) << name;
+        EXPECT_EQ(events(*source.store), "0:2/1:11");
+    }
+    // A further import replaces it, even while a reader has it open.
+    source = import("run.v2.trr", run_of(0x22));
+    EXPECT_EQ(events(*source.store), "0:2/1:22");
+}
+
+TEST_F(OpenSourceTest, aCoreUnderARawNameGoesTheCoreWay) {
+    Bytes core{0, 2, 0, 1};
+    for (const uint32_t value : {0u, 0u, 0u, 250u}) put32(core, value, true);
+    append(core, task_entry(7, 1, "main", true, true));
+    const OpenedSource source = import("run.trr", core);
+    EXPECT_EQ(source.error, "");
+    EXPECT_STREQ(mt_GetOsName(source.store.get()), "TOLMUND");
+    EXPECT_EQ(events(*source.store), "0:6/10:7");
+}
+
+TEST_F(OpenSourceTest, aFailedImportShowsNoEarlierStore) {
+    import("run.core", run_of(1));
+    ASSERT_TRUE(import("run.trr", run_of(1)).store);
+    const OpenedSource source = import("run.core", {0, 9, 1});
+    EXPECT_FALSE(source.store);
+    EXPECT_EQ(source.error, "Unknown core file version: 9");
+    EXPECT_TRUE(import_OpenSource(path("run"), {}).store);
+}
+
+TEST_F(OpenSourceTest, aFolderThatCannotBeWrittenLeadsToTheCache) {
+    setenv("XDG_CACHE_HOME", path("cache").c_str(), 1);
+    ImportOptions options;
+    options.outputBase = path("no/such/folder/run");
+    const OpenedSource source = import_OpenSource(write("run.trr", run_of(5)), options);
+    const StorePlace other = store_ChoosePlace("x", path("no/other/folder/run"));
+    unsetenv("XDG_CACHE_HOME");
+    ASSERT_TRUE(source.store) << source.error;
+    EXPECT_TRUE(source.inCache);
+    EXPECT_EQ(path_directory(source.base), path("cache/chronoweave"));
+    EXPECT_EQ(path_file(source.base).substr(0, 3), "run");
+    EXPECT_NE(other.base, source.base);
+}
+
+TEST_F(OpenSourceTest, theSourceIsNeverOverwritten) {
+    const Bytes bytes = run_of(5);
+    write("data.trs", bytes);
+    fs::create_symlink(path("data.trs"), path("data.trr"));
+    const OpenedSource source = import_OpenSource(path("data.trr"), {});
+    EXPECT_FALSE(source.store);
+    EXPECT_EQ(source.error.substr(0, source.error.find('\n')),
+              "The store's file \"" + path("data.trs") + "\" is the source itself.");
+    EXPECT_EQ(fs::file_size(path("data.trs")), bytes.size());
+}
+
+TEST_F(OpenSourceTest, eventsThatDoNotFitTheDiskAreCountedAndTheRestIsShown) {
+    Bytes bytes = short_header(true);
+    for (uint32_t i = 0; i < 3000; ++i) put_record(bytes, raw_event(2, 1, 1 + i, 1, true));
+    const std::string name = write("run.trr", bytes);
+    // A limit on the size of files stands in for the full disk.
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit small = before;
+    small.rlim_cur = 50000;
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const OpenedSource source = import_OpenSource(name, {});
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    ASSERT_TRUE(source.store) << source.error;
+    EXPECT_GT(source.counts.events, 1000u);
+    EXPECT_EQ(source.counts.events + source.counts.refused, 3000u);
+    EXPECT_EQ(mt_GetEventCount(*source.store), source.counts.events);
+    EXPECT_NE(source.error.find(" events could not be taken into the store: "), std::string::npos)
+        << source.error;
+}
+
+}  // namespace
