@@ -1,0 +1,132 @@
+// The drawable items of a canvas: lanes with their status segments, event icons, and context switches. They
+// hold times and rows of tables only: where an item stands on screen is computed when it is drawn or hit,
+// from its time by the conversions of time.h and from its lane's y. So no item ever holds a stale pixel, a
+// zoom or a scroll touches no item, and hiding a lane hides its icons and switches with it.
+//
+// Memory: an icon, a segment and a switch take 24 bytes each, in chunks that are dropped as a whole.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "shared/libcxxutil/table.h"
+
+struct _LaCanvasData;
+struct MslObjectEntry;
+
+enum : int32_t { laItemType_Line = 0, laItemType_Bitmap = 1, laItemType_Ctx = 2 };
+
+constexpr uint32_t laNoLane = 0xFFFFFFFF;   // no lane, as a position in the lane list
+constexpr uint32_t laAgentId = 0xFFFFFFFF;  // the object id of the agent lane
+constexpr int32_t laFarFromEvent = 0x7fffffff;
+
+// A stretch of a lane in one status. t0 <= t1, in the time base.
+struct LaLnSeg {
+    double t0 = 0, t1 = 0;
+    int32_t status = -1;  // row of the legend's status table
+};
+
+// A lane: one object, its row on screen, and its segments, which never overlap and are ordered by time.
+struct laItem_Line {
+    static constexpr int32_t itype = laItemType_Line;
+    uint32_t objectId = 0;
+    int32_t priority = -1;  // -1 while not known
+    std::string name;       // bytes as in the trace; shown through text_utf8
+    bool hasName = false;
+    bool hidden = true;    // has no row on screen
+    bool isAgent = false;  // stands for all hidden objects, and has no object itself
+    int32_t y = 0;         // centre of the lane, content pixels; meaningful while not hidden
+    int32_t row = -1;      // row of the object list
+    std::vector<LaLnSeg> segments;
+    double firstTime = -100.0;  // start of the earliest segment; negative for none
+    int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
+    double openSince = -100.0;  // when it began; negative for none
+    MslObjectEntry* listEntry = nullptr;     // valid until the list is rebuilt
+    int32_t eventDistance = laFarFromEvent;  // events from a clicked event, signed
+};
+
+// An event's icon.
+struct laItem_Bitmap {
+    static constexpr int32_t itype = laItemType_Bitmap;
+    double time = 0;
+    uint32_t lane = laNoLane;        // position in the lane list
+    uint32_t sequence = 0;           // number within the fetch, from 0; see laItem_StoreSequence
+    int32_t event = -1;              // row of the legend's event table
+    uint16_t type = 0, subtype = 0;  // as logged
+};
+
+// A context switch: at one instant, from one lane to another.
+struct laItem_Ctx {
+    static constexpr int32_t itype = laItemType_Ctx;
+    double t0 = 0;
+    uint32_t fromLane = laNoLane, toLane = laNoLane;
+    int32_t status = -1;  // row of the context-switch status that gives colour and style
+    double t1() const { return t0; }
+};
+
+static_assert(sizeof(LaLnSeg) == 24 && sizeof(laItem_Bitmap) == 24 && sizeof(laItem_Ctx) == 24);
+
+struct laRect {
+    int left = 0, top = 0, right = 0, bottom = 0;  // the last two not included
+    bool meets(const laRect& other) const {
+        return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
+    }
+};
+
+// Lanes by object id, an open-addressed hash.
+class LaneIndex {
+  public:
+    // Position in the lane list; laNoLane when there is none.
+    uint32_t find(uint32_t objectId) const {
+        if (slots_.empty()) return laNoLane;
+        for (size_t at = bucket(objectId);; at = (at + 1) & (slots_.size() - 1)) {
+            if (slots_[at].lane == laNoLane) return laNoLane;
+            if (slots_[at].id == objectId) return slots_[at].lane;
+        }
+    }
+    // The id must not be in yet.
+    void add(uint32_t objectId, uint32_t lane);
+    void clear();
+
+  private:
+    struct Slot {
+        uint32_t id = 0;
+        uint32_t lane = laNoLane;
+    };
+    size_t bucket(uint32_t id) const { return (id * 0x9E3779B1u >> 7) & (slots_.size() - 1); }
+    std::vector<Slot> slots_;  // a power of two, at most half full
+    size_t used_ = 0;
+};
+
+// Makes a lane at the end of the list and returns its position. The agent has no entry in the index.
+uint32_t laLn_New(_LaCanvasData& canvas, uint32_t objectId);
+// Adds a stretch at the end of a lane; t0 must be the end of the last one. A neighbour of the same status
+// grows instead. False, with a message, when it does not join.
+bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status);
+// Adds a switch. A repetition of the last one (same target lane, within 1e-12) is dropped: false.
+bool laCtx_Append(_LaCanvasData& canvas, const laItem_Ctx& line);
+
+// The lane of an object; null when there is none.
+laItem_Line* laCanvas_FindLane(_LaCanvasData& canvas, uint32_t objectId, uint32_t* position = nullptr);
+// The lane's y; half a row when there is no such lane.
+int laCanvas_LaneY(_LaCanvasData& canvas, uint32_t objectId);
+// True when there is no lane or it is hidden.
+bool laCanvas_LaneHidden(_LaCanvasData& canvas, uint32_t objectId);
+// The name as shown in texts: the lane's own, or the object term and the id.
+std::string laCanvas_LaneName(const _LaCanvasData& canvas, const laItem_Line& lane);
+
+// Content rows (pixels) of the parts of a lane: its status line, its icons' centres.
+int laLn_LineY(const _LaCanvasData& canvas, const laItem_Line& lane);
+int laLn_IconY(const _LaCanvasData& canvas, const laItem_Line& lane);
+
+// Where items stand now: columns of the drawing area, rows of the content. Items outside the view give the
+// markers of laCanvas_TimeToPixel.
+laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Bitmap& icon);
+laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Line& lane, const LaLnSeg& segment);
+laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Ctx& line);
+// Rows of the two ends of a switch, with a hidden end moved to the agent lane. False when it is not to be
+// seen: both ends hidden, or one and no agent shown.
+bool laCtx_Ends(const _LaCanvasData& canvas, const laItem_Ctx& line, int& y0, int& y1);
+// Sequence number of an icon's event in the store, to look up its extra data when its text is asked for.
+uint32_t laItem_StoreSequence(const _LaCanvasData& canvas, const laItem_Bitmap& icon);

@@ -1,0 +1,104 @@
+#include "chronoweave/traxfunc/layout.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/axis.h"
+#include "chronoweave/traxfunc/draw.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/time.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+// The execution stretches of the hidden lanes, in order of their starts, those that join made one.
+void build_agent(_LaCanvasData& canvas, laItem_Line& agent) {
+    std::vector<LaLnSeg> stretches;
+    for (uint32_t i = 0; i < canvas.lanes.size(); ++i) {
+        const laItem_Line& lane = canvas.lanes[i];
+        if (!lane.hidden || lane.isAgent) continue;
+        for (const LaLnSeg& segment : lane.segments)
+            if (canvas.statusLooks[static_cast<size_t>(segment.status)].isExecution)
+                stretches.push_back(segment);
+    }
+    std::stable_sort(stretches.begin(), stretches.end(),
+                     [](const LaLnSeg& a, const LaLnSeg& b) { return a.t0 < b.t0; });
+    for (const LaLnSeg& segment : stretches) {
+        if (!agent.segments.empty() && agent.segments.back().t1 == segment.t0)
+            agent.segments.back().t1 = segment.t1;
+        else
+            agent.segments.push_back(segment);
+    }
+    agent.firstTime = agent.segments.empty() ? -1.0 : agent.segments.front().t0;
+}
+
+}  // namespace
+
+bool laCanvas_Layout(_LaCanvasData& canvas, bool adjustVertical) {
+    for (uint32_t i = 0; i < canvas.lanes.size(); ++i) {
+        laItem_Line& lane = canvas.lanes[i];
+        lane.hidden = lane.row < 0;
+        if (!lane.hidden) lane.y = lane.row * canvas.rowHeight + canvas.rowHeight / 2;
+    }
+    if (canvas.hiddenAgent != laNoLane) {
+        laItem_Line& agent = canvas.lanes[canvas.hiddenAgent];
+        agent.segments.clear();
+        if (!agent.hidden) build_agent(canvas, agent);
+    }
+
+    int height = canvas.rowHeight * static_cast<int>(canvas.taskList->rows().size());
+    bool scrolled = false;
+    if (height < canvas.contentHeight) {
+        const int visible = static_cast<int>(canvas.graph->vertical.visible());
+        if (!adjustVertical) {
+            height = canvas.contentHeight;
+        } else if (height - visible < canvas.verticalOffset) {
+            canvas.verticalOffset = std::max(0, height - visible);
+            scrolled = true;
+        }
+    }
+    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas, canvas.scrollExtent), height, false);
+    return scrolled;
+}
+
+void laCanvas_Resort(_LaCanvasData& canvas) {
+    canvas.taskList->Fill();
+    laCanvas_Layout(canvas, true);
+    if (canvas.graph->listChanged) canvas.graph->listChanged();
+}
+
+void laCanvas_Relayout(_LaCanvasData& canvas) {
+    laCanvas_Layout(canvas, true);
+    if (canvas.graph->listChanged) canvas.graph->listChanged();
+    laCanvas_Repaint(canvas);
+}
+
+void laCanvas_Rescale(_LaCanvasData& canvas, bool repaint) {
+    if (canvas.scrollExtent > canvas.viewLength * 1e18) {
+        gen_console("Cannot show %0.15f out of %0.15f %s.\n", canvas.viewLength, canvas.scrollExtent,
+                    laCanvas_Plural(laTime_UnitName(canvas, false)).c_str());
+        return;
+    }
+    canvas.pixelsPerUnit = std::max(1, canvas.graph->width) / canvas.viewLength;
+    const int rows = canvas.rowHeight * static_cast<int>(canvas.taskList->rows().size());
+    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas, canvas.scrollExtent),
+                       std::max(rows, canvas.contentHeight), repaint);
+}
+
+void laCanvas_SetExtent(_LaCanvasData& canvas, uint64_t virtualWidth, int contentHeight, bool repaint) {
+    LaGraph& graph = *canvas.graph;
+    canvas.virtualWidth = virtualWidth;
+    canvas.contentHeight = contentHeight;
+    canvas.laidOutWidth = graph.width;
+    const auto width = static_cast<uint64_t>(std::max(0, graph.width));
+    const uint64_t position = laCanvas_AbsolutePixel(canvas, canvas.viewLow);
+    // Rounding may leave the picture a pixel short of the view at its end; the bar's position must still be
+    // exact.
+    const uint64_t needed = position > UINT64_MAX - width ? UINT64_MAX : position + width;
+    graph.horizontal.setRange(std::max(virtualWidth, needed), width);
+    graph.horizontal.setPosition(position);
+    canvas.scrollPosition = graph.horizontal.position();
+    graph.vertical.setRange(static_cast<uint64_t>(std::max(0, contentHeight)), graph.vertical.visible());
+    graph.vertical.setPosition(static_cast<uint64_t>(std::max(0, canvas.verticalOffset)));
+    canvas.verticalOffset = static_cast<int>(graph.vertical.position());
+    if (repaint) laCanvas_Repaint(canvas);
+}

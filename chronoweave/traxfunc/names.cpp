@@ -1,0 +1,112 @@
+#include "chronoweave/traxfunc/names.h"
+
+#include <algorithm>
+
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr int margin = 4;  // pixels ahead of and behind a text
+constexpr int levelIndent = 14;
+constexpr int markSize = 9;  // the expand mark, a square
+constexpr int leastWidth = 100;
+constexpr Colour tintText = 0x202020;  // readable on every tint, whatever the palette
+
+int mark_left(const MslObjectEntry& entry) {
+    return margin + entry.depth * levelIndent;
+}
+
+// With any nesting, all rows leave room for a mark, so that names of a level stand below each other.
+int text_left(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
+    return mark_left(entry) + (canvas.taskList->depth() > 1 ? markSize + margin : 0);
+}
+
+std::string shown_text(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
+    return text_utf8(canvas.taskList->RowText(entry, 0));
+}
+
+void draw_mark(Surface& surface, int left, int middle, bool collapsed, Colour colour) {
+    const int top = middle - markSize / 2, right = left + markSize - 1, bottom = top + markSize - 1;
+    surface.drawLine(left, top, right, top, colour);
+    surface.drawLine(left, bottom, right, bottom, colour);
+    surface.drawLine(left, top, left, bottom, colour);
+    surface.drawLine(right, top, right, bottom, colour);
+    surface.drawLine(left + 2, middle, right - 2, middle, colour);
+    if (collapsed) surface.drawLine(left + markSize / 2, top + 2, left + markSize / 2, bottom - 2, colour);
+}
+
+Colour text_on(Colour ground) {
+    const uint32_t light = ((ground >> 16) & 255) * 3 + ((ground >> 8) & 255) * 6 + (ground & 255);
+    return light > 1100 ? tintText : 0xF8F8F8;
+}
+
+}  // namespace
+
+std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
+    if (surface.textExtent(text).width <= width) return std::string(text);
+    static constexpr std::string_view dots = "\xE2\x80\xA6";
+    // Byte positions at which a character begins; the longest that fits is searched by halving.
+    std::vector<size_t> ends;
+    for (size_t i = 0; i < text.size(); ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) ends.push_back(i);
+    const auto fits = [&](size_t end) {
+        return surface.textExtent(std::string(text.substr(0, end)) + std::string(dots)).width <= width;
+    };
+    const auto past = std::partition_point(ends.begin(), ends.end(), fits);
+    return past == ends.begin() ? std::string()
+                                : std::string(text.substr(0, *(past - 1))) + std::string(dots);
+}
+
+void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int height,
+                  const MslObjectEntry* selected) {
+    const auto& rows = canvas.taskList->rows();
+    const int oldFont = surface.setFont(Font_Application);
+    surface.clearRect(0, 0, width, height);
+    const FontMetrics font = surface.fontMetrics(Font_Application);
+    const int first = canvas.rowHeight > 0 ? canvas.verticalOffset / canvas.rowHeight : 0;
+    for (size_t i = static_cast<size_t>(std::max(0, first)); i < rows.size(); ++i) {
+        const MslObjectEntry& entry = *rows[i];
+        const int top = entry.row * canvas.rowHeight - canvas.verticalOffset;
+        if (top >= height) break;
+        Colour ground = canvas.taskList->RowColour(entry), ink = surface.foreground();
+        if (ground != NoColour) ink = text_on(ground);
+        if (&entry == selected) {
+            ground = surface.selectionBackground();
+            ink = surface.selectionForeground();
+        }
+        if (ground != NoColour) surface.fillRect(0, top, width, canvas.rowHeight, ground);
+        if (canvas.taskList->HasChildren(entry))
+            draw_mark(surface, mark_left(entry), top + canvas.rowHeight / 2, entry.collapsed, ink);
+        const int left = text_left(canvas, entry);
+        const std::string text = laNames_Elide(surface, shown_text(canvas, entry), width - left - margin);
+        if (!text.empty())
+            surface.drawText(left, top + (canvas.rowHeight - font.height) / 2 + font.ascent, text, ink,
+                             NoColour);
+    }
+    if (oldFont >= 0) surface.setFont(oldFont);
+}
+
+int laNames_Width(const _LaCanvasData& canvas, Surface& surface, int most) {
+    int width = leastWidth;
+    const int oldFont = surface.setFont(Font_Application);
+    for (const MslObjectEntry* entry : canvas.taskList->rows()) {
+        width = std::max(
+            width, text_left(canvas, *entry) + surface.textExtent(shown_text(canvas, *entry)).width + margin);
+        if (width >= most) break;
+    }
+    if (oldFont >= 0) surface.setFont(oldFont);
+    return std::max(leastWidth, std::min(width, most));
+}
+
+MslObjectEntry* laNames_RowAt(const _LaCanvasData& canvas, int y) {
+    const auto& rows = canvas.taskList->rows();
+    const int content = y + canvas.verticalOffset;
+    if (y < 0 || content < 0 || canvas.rowHeight <= 0) return nullptr;
+    const auto row = static_cast<size_t>(content / canvas.rowHeight);
+    return row < rows.size() ? rows[row] : nullptr;
+}
+
+bool laNames_HitsMark(const _LaCanvasData& canvas, const MslObjectEntry& entry, int x) {
+    const int left = mark_left(entry);
+    return canvas.taskList->HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
+}

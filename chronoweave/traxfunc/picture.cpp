@@ -1,0 +1,85 @@
+#include "chronoweave/traxfunc/picture.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/axis.h"
+#include "chronoweave/traxfunc/draw.h"
+#include "chronoweave/traxfunc/names.h"
+#include "chronoweave/traxfunc/view.h"
+#include "windlib/lagraph/translated_surface.h"
+
+namespace {
+
+constexpr int divider = 3;     // pixels between the names and the drawing area
+constexpr int footerGap = 12;  // between the texts of the line below it
+
+void draw_footer(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture) {
+    const FontMetrics font = surface.fontMetrics(Font_Application);
+    const int baseline = picture.graphTop + picture.graphHeight + 2 + font.ascent;
+    const int oldFont = surface.setFont(Font_Application);
+    int x = picture.graphLeft;
+    for (const std::string& text : {canvas.fields.tickPattern, canvas.fields.tickUnit}) {
+        if (text.empty()) continue;
+        surface.drawText(x, baseline, text, surface.foreground(), NoColour);
+        x += surface.textExtent(text).width + footerGap;
+    }
+    const std::string total = canvas.fields.totalLengthTitle + ": " + canvas.fields.totalLength;
+    const int left = picture.width - surface.textExtent(total).width - 4;
+    if (left >= x) surface.drawText(left, baseline, total, surface.foreground(), NoColour);
+    if (oldFont >= 0) surface.setFont(oldFont);
+}
+
+}  // namespace
+
+int laPicture_FooterHeight(const FontMetrics& font) {
+    return font.height + 4;
+}
+
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height) {
+    laPicture picture;
+    picture.width = width;
+    picture.height = height;
+    picture.nameWidth = std::min(laNames_Width(canvas, surface, width / 4), std::max(0, width - divider));
+    picture.graphLeft = picture.nameWidth + divider;
+    picture.graphWidth = std::max(0, width - picture.graphLeft);
+    picture.graphHeight = std::max(0, height - laPicture_FooterHeight(surface.fontMetrics(Font_Application)));
+    picture.dataHeight =
+        std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
+    picture.rowHeight = canvas.rowHeight;
+    Surface* const own = canvas.graph->surface;
+    canvas.graph->surface = &surface;
+    laCanvas_Resized(canvas, picture.graphWidth, picture.graphHeight);
+    canvas.graph->surface = own;
+    return picture;
+}
+
+void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors) {
+    LaGraph& graph = *canvas.graph;
+    Surface* const own = graph.surface;
+    const double cursors[2] = {canvas.cursor[0], canvas.cursor[1]};
+    if (!withCursors) canvas.cursor[0] = canvas.cursor[1] = -100.0;
+    surface.clearRect(0, 0, picture.width, picture.height);
+    {
+        TranslatedSurface area(surface, picture.graphLeft, picture.graphTop, picture.graphWidth,
+                               picture.graphHeight);
+        graph.surface = &area;
+        laCanvas_Repaint(canvas);
+        graph.surface = own;
+    }
+    {
+        TranslatedSurface column(surface, 0, picture.graphTop, picture.nameWidth, picture.dataHeight);
+        laNames_Draw(canvas, column, picture.nameWidth, picture.dataHeight);
+    }
+    const int line = picture.nameWidth + divider / 2;
+    surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,
+                     surface.foreground());
+    draw_footer(canvas, surface, picture);
+    std::copy(cursors, cursors + 2, canvas.cursor);
+}
+
+std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas) {
+    std::vector<std::optional<uint32_t>> ids;
+    for (const MslObjectEntry* entry : canvas.taskList->rows())
+        ids.push_back(canvas.taskList->PathOf(*entry).id);
+    return ids;
+}
