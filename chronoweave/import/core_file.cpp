@@ -136,6 +136,8 @@ void fill_batch(CoreLogImage& image, CoreBatch& batch) {
     }
 }
 
+constexpr uint64_t progress_records = 64 * CoreBatch::room;  // about a megabyte of them
+
 struct CoreRun {
     uint64_t records = 0;
     int end = 1;
@@ -154,7 +156,8 @@ CoreRun decode_all(RawSession& session, CoreLogImage& image) {
             session_DecodeRecord(session, {batch->records[i], static_cast<size_t>(batch->lengths[i])});
         run.records += static_cast<uint64_t>(batch->count);
         run.end = run.whole ? batch->end : -1;
-        if (run.end > 0 && session.progress && !session.progress(image.slotsRead, image.slotCount)) {
+        const bool isDue = session.progress && run.records % progress_records == 0;
+        if (run.end > 0 && isDue && !session.progress(image.slotsRead, image.slotCount)) {
             session.counts.stopped = true;
             break;
         }
