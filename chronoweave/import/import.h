@@ -35,6 +35,8 @@ struct OpenedSource {
     ImportCounts counts;
     // Empty when all went well; else what failed, in the system's own words, one sentence a line. A store may
     // be there all the same, holding what could be read.
+    // Nothing of it is printed here: the caller shows it. What is wrong with single bytes and records goes to
+    // the console as it is met.
     std::string error;
 };
 
