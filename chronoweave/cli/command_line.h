@@ -1,0 +1,44 @@
+// The command line of `chronoweave`: one table of commands and one of options, from which the parser, the
+// help, the shell completion and the man page are made.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// What the user asked for. Texts are empty, and flags false, where the option was not given.
+struct CommandLine {
+    std::string command;  // name of the command, "config check" for the nested one
+    std::string path;
+    std::string from, to, at;
+    bool ticks = false;
+    std::string config;
+    bool json = false, csv = false;
+    std::string output;
+    bool quiet = false;
+    std::string first, count, object;
+    std::string width, height;
+    bool flat = false;
+    std::string hide, sort;
+};
+
+// Exit statuses.
+enum ExitStatus : int { Exit_Done = 0, Exit_Failed = 1, Exit_Usage = 2 };
+
+// Parses; nothing when the program is done already (help, version) or the line was wrong, with the exit
+// status in status and everything said.
+std::optional<CommandLine> cli_Parse(int argc, const char* const* argv, int& status);
+
+// Made from the same tables.
+std::string cli_CompletionScript();  // for bash
+std::string cli_ManPage();           // in man(7) form
+
+// Runs one command and gives the exit status.
+using CommandFunction = int (*)(const CommandLine&);
+CommandFunction cli_FindCommand(const std::string& name);
+
+// Says what is wrong with the command line on standard error; Exit_Usage.
+int cli_UsageError(const std::string& text);
+// Says what failed, as one line on standard error; Exit_Failed.
+int cli_Failure(const std::string& text);

@@ -1,0 +1,13 @@
+// The commands. Each prints its result on standard output or into --output, everything else on standard
+// error, and gives the exit status.
+#pragma once
+
+#include "chronoweave/cli/command_line.h"
+
+int command_Info(const CommandLine& line);
+int command_Import(const CommandLine& line);
+int command_Events(const CommandLine& line);
+int command_State(const CommandLine& line);
+int command_Objects(const CommandLine& line);
+int command_Render(const CommandLine& line);
+int command_ConfigCheck(const CommandLine& line);

@@ -1,0 +1,10 @@
+// The headless program.
+#include "chronoweave/cli/command_line.h"
+#include "shared/libcxxutil/report.h"
+
+int main(int argc, char** argv) {
+    gen_set_short_name(argv[0]);
+    int status = Exit_Done;
+    const auto line = cli_Parse(argc, argv, status);
+    return line ? cli_FindCommand(line->command)(*line) : status;
+}

@@ -1,0 +1,109 @@
+#include "chronoweave/cli/opened.h"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "chronoweave/rtos/configure_reader.h"
+#include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr int bar_width = 40;
+
+// A bar on the terminal's error stream, drawn when it grows and wiped at the end.
+class ProgressBar {
+  public:
+    explicit ProgressBar(bool shown) : shown_(shown) {}
+    ~ProgressBar() {
+        if (drawn_ >= 0) std::fprintf(stderr, "\r%*s\r", bar_width + 10, "");
+    }
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+    bool show(double done, double total) {
+        const int percent = total > 0 ? static_cast<int>(100 * done / total) : 100;
+        if (!shown_ || percent == drawn_) return true;
+        drawn_ = percent;
+        const int full = percent * bar_width / 100;
+        std::fprintf(stderr, "\r[%s%s] %3d%%", std::string(static_cast<size_t>(full), '#').c_str(),
+                     std::string(static_cast<size_t>(bar_width - full), ' ').c_str(), percent);
+        return true;
+    }
+
+  private:
+    bool shown_;
+    int drawn_ = -1;
+};
+
+}  // namespace
+
+OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase) {
+    ProgressBar bar(!line.quiet && ::isatty(STDERR_FILENO));
+    ImportOptions options;
+    options.outputBase = outputBase;
+    options.progress = [&bar](double done, double total) { return bar.show(done, total); };
+    OpenedSource opened = import_OpenSource(line.path, options);
+    if (opened.inCache && !line.quiet)
+        std::fprintf(stderr, "chronoweave: %s: the folder can't be written, the store is %s\n",
+                     path_directory(line.path).c_str(), opened.base.c_str());
+    return opened;
+}
+
+int cli_Finish(const OpenedSource& opened) {
+    return opened.error.empty() ? Exit_Done : cli_Failure(opened.error);
+}
+
+bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend, bool& fatal) {
+    const char* os = mt_GetOsName(&store);
+    std::string problem;
+    ConfigureCallbacks callbacks = configure_ConsoleCallbacks();
+    callbacks.message = [&](const std::string& text) { problem = text; };
+    callbacks.errorDialog = [&](const std::string& text) { problem += (problem.empty() ? "" : " ") + text; };
+    const bool loaded = line.config.empty() ? configure_Read(legend, os, callbacks, 0)
+                                            : configure_ReadFile(legend, line.config, os, callbacks, 0);
+    fatal = !loaded && !line.config.empty();
+    if (!problem.empty()) std::fprintf(stderr, "chronoweave: %s\n", std::string(text_trim(problem)).c_str());
+    return loaded;
+}
+
+std::optional<mt_Time> cli_Time(const std::string& text, bool ticks, mt_Time first, uint64_t ticksPerSecond) {
+    if (ticks) return scan_number(text);
+    const auto seconds = scan_double(text);
+    if (!seconds) return std::nullopt;
+    if (*seconds <= 0) return first;
+    const long double exact = static_cast<long double>(*seconds) * static_cast<long double>(ticksPerSecond);
+    if (exact >= 9.0e18L) return INT64_MAX;
+    // A typed decimal stands for the tick that it was printed from, which its double may miss by a hair.
+    const long double nearest = std::round(exact);
+    const long double hair = std::max(1e-6L, exact * 4e-16L);
+    const long double tick = std::fabs(exact - nearest) <= hair ? nearest : std::ceil(exact);
+    return first + static_cast<mt_Time>(tick);
+}
+
+std::optional<mt_Range> cli_Range(const CommandLine& line, TraceStore& store) {
+    mt_Range range = mt_GetTimeRange(store);
+    const mt_Time first = range.first;
+    const uint64_t rate = mt_GetTicksPerSecond(store);
+    for (const auto& [text, option, bound] :
+         {std::tuple{&line.from, "--from", &range.first}, std::tuple{&line.to, "--to", &range.end}}) {
+        if (text->empty()) continue;
+        const auto time = cli_Time(*text, line.ticks, first, rate);
+        if (!time) {
+            cli_UsageError(std::string(option) + ": not a time: " + *text);
+            return std::nullopt;
+        }
+        *bound = *time;
+    }
+    return range;
+}
+
+std::optional<uint32_t> cli_Number(const std::string& text, const char* option, uint32_t otherwise) {
+    if (text.empty()) return otherwise;
+    const auto value = scan_number(text);
+    if (value && *value <= UINT32_MAX) return static_cast<uint32_t>(*value);
+    cli_UsageError(std::string(option) + ": not a number of 32 bits: " + text);
+    return std::nullopt;
+}

@@ -1,0 +1,123 @@
+// render: the picture of the time line, drawn by the window's own layout and drawing.
+#include <algorithm>
+
+#include "chronoweave/cli/commands.h"
+#include "chronoweave/cli/opened.h"
+#include "chronoweave/cli/rows.h"
+#include "chronoweave/traxfunc/axis.h"
+#include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/picture.h"
+#include "chronoweave/traxfunc/session.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/view.h"
+#include "shared/libcxxutil/report.h"
+#include "windlib/qt/picture_file.h"
+
+namespace {
+
+constexpr uint32_t defaultWidth = 1600, leastSide = 200, mostSide = 32000, mostDefaultHeight = 4000;
+
+struct RenderSize {
+    int width = 0, height = 0;  // height 0: as the rows need
+};
+
+std::optional<RenderSize> render_size(const CommandLine& line) {
+    const auto width = cli_Number(line.width, "--width", defaultWidth), height = cli_Number(line.height, "--height", 0);
+    if (!width || !height) return std::nullopt;
+    for (const uint32_t side : {*width, *height})
+        if ((side < leastSide && side != 0) || side > mostSide || *width == 0) {
+            cli_UsageError(gen_format("--width and --height are %u to %u pixels", leastSide, mostSide));
+            return std::nullopt;
+        }
+    return RenderSize{static_cast<int>(*width), static_cast<int>(*height)};
+}
+
+// Applies --flat, --hide and --sort to the object list.
+void arrange(_LaCanvasData& canvas, const CommandLine& line) {
+    canvas.flatView = line.flat;
+    if (!line.sort.empty()) canvas.sortField = line.sort == "id" ? 1 : 0;
+    if (!line.hide.empty()) {
+        laPath pattern;
+        pattern.components = {line.hide};
+        pattern.wildcard = true;
+        canvas.taskList->AddHiddenPath(pattern);
+    }
+}
+
+// The range in the canvas's time base; the whole trace by default.
+bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& range) {
+    const auto base = [&](mt_Time tick) {
+        return static_cast<double>(static_cast<int64_t>(tick - canvas.baseTick)) / canvas.ticksPerSecond;
+    };
+    const double low = line.from.empty() ? 0 : base(range.first);
+    const double high = line.to.empty() ? canvas.totalLength : base(range.end);
+    if (high <= low) return false;
+    return laCanvas_ShowRange(canvas, low, high, false, true);
+}
+
+nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPicture& picture, const std::string& file) {
+    nlohmann::ordered_json objects = nlohmann::ordered_json::array();
+    const auto ids = laPicture_RowIds(canvas);
+    for (const auto& id : ids) objects.push_back(id ? nlohmann::ordered_json(*id) : nlohmann::ordered_json(nullptr));
+    return {{"file", file},
+            {"low", canvas.viewLow},
+            {"high", canvas.viewHigh},
+            {"rows", ids.size()},
+            {"rowHeight", picture.rowHeight},
+            {"graphLeft", picture.graphLeft},
+            {"graphTop", picture.graphTop},
+            {"graphWidth", picture.graphWidth},
+            {"graphHeight", picture.graphHeight},
+            {"objects", objects}};
+}
+
+}  // namespace
+
+int command_Render(const CommandLine& line) {
+    if (line.output.empty()) return cli_UsageError("render: -o FILE is required, a name that ends in .png, .svg or .pdf");
+    if (!line.sort.empty() && line.sort != "name" && line.sort != "id") return cli_UsageError("--sort: name or id");
+    const auto size = render_size(line);
+    if (!size) return Exit_Usage;
+    OpenedSource opened = cli_Open(line);
+    if (!opened.store) return cli_Failure(opened.error);
+    const auto range = cli_Range(line, *opened.store);
+    if (!range) return Exit_Usage;
+    Legend legend;
+    bool fatal = false;
+    if (!cli_LoadLegend(line, *opened.store, legend, fatal)) return Exit_Failed;
+
+    picture_StartHeadless();
+    LaGraph graph;
+    std::unique_ptr<_LaCanvasData> canvas;
+    laPicture picture;
+    std::string why;
+    bool shown = false;
+    picture_Measure([&](Surface& surface) {
+        graph.font = surface.fontMetrics(Font_Application);
+        canvas = laCanvas_Create(graph, 0);
+        arrange(*canvas, line);
+        shown = laCanvas_SetUpFromStore(*canvas, std::move(opened.store), std::move(legend), line.path);
+        if (!shown) return;
+        arrange(*canvas, line);
+        shown = !canvas->storeHasEvents || show_range(*canvas, line, *range);
+        laCanvas_Resort(*canvas);
+        int height = size->height;
+        if (height == 0) {
+            const int rows = static_cast<int>(canvas->taskList->rows().size()) * canvas->rowHeight;
+            const int below = laAxis_StripHeight(surface.fontMetrics(Font_Axis)) + laPicture_FooterHeight(graph.font);
+            height = std::clamp(rows + below, static_cast<int>(leastSide), static_cast<int>(mostDefaultHeight));
+        }
+        // Laid out twice: the view snaps to pixels of the width that the first pass finds.
+        picture = laPicture_LayOut(*canvas, surface, size->width, height);
+        if (canvas->storeHasEvents) shown = show_range(*canvas, line, *range) && shown;
+        picture = laPicture_LayOut(*canvas, surface, size->width, height);
+    });
+    if (!shown) return cli_Failure(line.path + ": nothing can be shown in that range: " + canvas->fields.message);
+    const auto draw = [&](Surface& surface) { laPicture_Draw(*canvas, surface, picture, false); };
+    if (!picture_Write(line.output, picture.width, picture.height, 1, draw, why)) return cli_Failure(why);
+    CommandLine facts = line;
+    facts.output.clear();  // -o names the picture
+    RowWriter rows(facts, {});
+    rows.facts(picture_facts(*canvas, picture, line.output));
+    return rows.close() ? cli_Finish(opened) : Exit_Failed;
+}

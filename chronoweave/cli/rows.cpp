@@ -1,0 +1,91 @@
+#include "chronoweave/cli/rows.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+std::string quoted(const std::string& text) {
+    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"') result += '"';
+        result += c;
+    }
+    return result + '"';
+}
+
+std::string value_text(const nlohmann::ordered_json& value, ColumnForm form) {
+    if (value.is_string()) return value.get<std::string>();
+    if (form == ColumnForm::Id && value.is_number()) return gen_format("0x%x", value.get<uint32_t>());
+    if (form == ColumnForm::Seconds && value.is_number_float())
+        return gen_format("%.9f", value.get<double>());
+    return value.dump();
+}
+
+}  // namespace
+
+RowWriter::RowWriter(const CommandLine& line, std::vector<Column> columns)
+    : name_(line.output), columns_(std::move(columns)) {
+    form_ = line.json ? Form::Json : line.csv ? Form::Csv : Form::Text;
+    file_ = name_.empty() ? stdout : std::fopen(name_.c_str(), "w");
+    if (!file_) cli_Failure(name_ + ": " + std::strerror(errno));
+}
+
+RowWriter::~RowWriter() {
+    if (file_ && file_ != stdout) std::fclose(file_);
+}
+
+std::string RowWriter::cell(const Column& column, const nlohmann::ordered_json& values) const {
+    const auto found = values.find(column.key);
+    if (found == values.end() || found->is_null()) return form_ == Form::Csv ? "" : "-";
+    return value_text(*found, column.form);
+}
+
+void RowWriter::head() {
+    headed_ = true;
+    nlohmann::ordered_json names;
+    for (const Column& column : columns_) names[column.key] = column.key;
+    row(names);
+}
+
+void RowWriter::row(const nlohmann::ordered_json& values) {
+    if (form_ == Form::Json) {
+        std::fputs((values.dump() + '\n').c_str(), file_);
+        return;
+    }
+    if (!headed_) head();
+    std::string line;
+    for (size_t i = 0; i < columns_.size(); ++i) {
+        const std::string text = cell(columns_[i], values);
+        if (form_ == Form::Csv) {
+            line += (i > 0 ? "," : "") + quoted(text);
+        } else {
+            if (i > 0) line += "  ";
+            line += i + 1 < columns_.size() || columns_[i].width > 0
+                        ? gen_format("%*s", columns_[i].width, text.c_str())
+                        : text;
+        }
+    }
+    std::fputs((line + '\n').c_str(), file_);
+}
+
+void RowWriter::facts(const nlohmann::ordered_json& values) {
+    if (form_ == Form::Json) return row(values);
+    for (const auto& [key, value] : values.items())
+        std::fputs(
+            gen_format("%-20s %s\n", key.c_str(), value_text(value, ColumnForm::Plain).c_str()).c_str(),
+            file_);
+}
+
+bool RowWriter::close() {
+    const bool written = std::fflush(file_) == 0 && !std::ferror(file_);
+    const int reason = errno;
+    const bool closed = file_ == stdout || std::fclose(file_) == 0;
+    file_ = nullptr;
+    if (written && closed) return true;
+    cli_Failure((name_.empty() ? "standard output" : name_) + ": " + std::strerror(reason));
+    return false;
+}

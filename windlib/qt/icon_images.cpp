@@ -1,0 +1,40 @@
+#include "windlib/qt/icon_images.h"
+
+#include <QSvgRenderer>
+#include <cmath>
+#include <map>
+#include <utility>
+
+namespace {
+
+QImage drawIcon(IconHandle icon, double ratio) {
+    const IconInfo& info = icon_Table()[static_cast<size_t>(icon)];
+    QSvgRenderer renderer(QString::fromStdString(info.path));
+    if (!renderer.isValid()) return {};
+    QImage image(static_cast<int>(std::ceil(info.width * ratio)), static_cast<int>(std::ceil(info.height * ratio)),
+                 QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    renderer.render(&painter, QRectF(0, 0, info.width * ratio, info.height * ratio));
+    painter.end();
+    image.setDevicePixelRatio(ratio);
+    return image;
+}
+
+}  // namespace
+
+const QImage& iconImage(IconHandle icon, double devicePixelRatio) {
+    static std::map<std::pair<IconHandle, double>, QImage> images;
+    static const QImage none;
+    if (icon < 0 || static_cast<size_t>(icon) >= icon_Table().size()) return none;
+    const auto [at, fresh] = images.try_emplace({icon, devicePixelRatio});
+    if (fresh) at->second = drawIcon(icon, devicePixelRatio);
+    return at->second;
+}
+
+void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon) {
+    if (icon < 0 || static_cast<size_t>(icon) >= icon_Table().size()) return;
+    const IconInfo& info = icon_Table()[static_cast<size_t>(icon)];
+    QSvgRenderer(QString::fromStdString(info.path)).render(&painter, QRectF(x, y, info.width, info.height));
+}

@@ -1,0 +1,12 @@
+// Icons as pictures, drawn from their files at the resolution asked for and kept.
+#pragma once
+
+#include <QImage>
+#include <QPainter>
+
+#include "windlib/icons.h"
+
+// The icon at a device pixel ratio; a null image for NoIcon or a file that can't be drawn.
+const QImage& iconImage(IconHandle icon, double devicePixelRatio);
+// Draws the icon's own shapes, for devices that have no pixels.
+void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon);

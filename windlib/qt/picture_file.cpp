@@ -1,0 +1,96 @@
+#include "windlib/qt/picture_file.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPdfWriter>
+#include <QSvgGenerator>
+#include <cmath>
+
+#include "windlib/qt/qt_surface.h"
+
+namespace {
+
+constexpr int pixelsPerInch = 96;
+constexpr double pointsPerPixel = 72.0 / pixelsPerInch;
+
+using Draw = std::function<void(Surface&)>;
+
+bool paintOn(QPaintDevice& device, int width, int height, bool vector, const Draw& draw) {
+    QPainter painter;
+    if (!painter.begin(&device)) return false;
+    {
+        QtSurface surface(painter, width, height, surfaceColours(QGuiApplication::palette()), vector);
+        draw(surface);
+    }
+    return painter.end();
+}
+
+bool writePng(QFile& file, int width, int height, double scale, const Draw& draw) {
+    QImage image(static_cast<int>(std::lround(width * scale)), static_cast<int>(std::lround(height * scale)),
+                 QImage::Format_RGB32);
+    if (image.isNull()) return false;
+    image.setDevicePixelRatio(scale);
+    return paintOn(image, width, height, false, draw) && image.save(&file, "PNG");
+}
+
+bool writeSvg(QFile& file, int width, int height, const Draw& draw) {
+    QSvgGenerator generator;
+    generator.setOutputDevice(&file);
+    generator.setSize(QSize(width, height));
+    generator.setViewBox(QRect(0, 0, width, height));
+    generator.setResolution(pixelsPerInch);
+    generator.setTitle(QStringLiteral("Chronoweave"));
+    return paintOn(generator, width, height, true, draw);
+}
+
+bool writePdf(QFile& file, int width, int height, const Draw& draw) {
+    QPdfWriter writer(&file);
+    writer.setResolution(pixelsPerInch);
+    writer.setPageLayout(QPageLayout(QPageSize(QSizeF(width, height) * pointsPerPixel, QPageSize::Point),
+                                     QPageLayout::Portrait, QMarginsF()));
+    writer.setTitle(QStringLiteral("Chronoweave"));
+    return paintOn(writer, width, height, true, draw);
+}
+
+}  // namespace
+
+void picture_StartHeadless() {
+    if (QCoreApplication::instance()) return;
+    // With no display the offscreen plugin draws just the same; a picture never needs more.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static int count = 1;
+    static char name[] = "chronoweave";
+    static char* arguments[] = {name, nullptr};
+    static QGuiApplication application(count, arguments);
+}
+
+bool picture_Write(const std::string& name, int width, int height, double scale, const Draw& draw,
+                   std::string& why) {
+    const QString path = QString::fromStdString(name);
+    const QString kind = QFileInfo(path).suffix().toLower();
+    if (kind != QLatin1String("png") && kind != QLatin1String("svg") && kind != QLatin1String("pdf")) {
+        why = name + ": the name of a picture ends in .png, .svg or .pdf";
+        return false;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        why = name + ": " + file.errorString().toStdString();
+        return false;
+    }
+    const bool drawn = kind == QLatin1String("png")   ? writePng(file, width, height, scale, draw)
+                       : kind == QLatin1String("svg") ? writeSvg(file, width, height, draw)
+                                                      : writePdf(file, width, height, draw);
+    const bool kept = file.flush() && file.error() == QFileDevice::NoError;
+    if (drawn && kept) return true;
+    why = name + ": the picture could not be written" + (kept ? "" : ": " + file.errorString().toStdString());
+    return false;
+}
+
+void picture_Measure(const Draw& measure) {
+    QImage image(1, 1, QImage::Format_RGB32);
+    paintOn(image, 1, 1, false, measure);
+}

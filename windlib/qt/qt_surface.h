@@ -1,0 +1,64 @@
+// The drawing surface on a QPainter: of a window's backing image, a picture file or a page.
+#pragma once
+
+#include <QFont>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QPalette>
+#include <QRect>
+#include <vector>
+
+#include "windlib/lagraph/surface.h"
+
+// The fonts of the canvas and their metrics. The same in every form of the surface and on every platform plugin, so
+// that a picture file and a window show the same pixels.
+struct SurfaceFonts {
+    SurfaceFonts();
+    QFont fonts[Font_Count];
+    QFontMetrics metrics[Font_Count];
+    FontMetrics plain(int slot) const;
+};
+const SurfaceFonts& surfaceFonts();
+
+struct SurfaceColours {
+    Colour foreground = 0x000000, background = 0xFFFFFF;
+    Colour selectionForeground = 0xFFFFFF, selectionBackground = 0x308CC6;
+};
+SurfaceColours surfaceColours(const QPalette& palette);
+
+class QtSurface : public Surface {
+  public:
+    // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. vector: the device has no
+    // pixels, so that icons are drawn as shapes.
+    QtSurface(QPainter& painter, int width, int height, const SurfaceColours& colours, bool vector = false);
+    ~QtSurface() override;
+
+    int width() const override { return width_; }
+    int height() const override { return height_; }
+    void drawLine(int x0, int y0, int x1, int y1, Colour colour) override;
+    void drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style, int phase) override;
+    void fillRect(int x, int y, int w, int h, Colour colour) override;
+    void clearRect(int x, int y, int w, int h) override;
+    void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override;
+    TextExtent textExtent(std::string_view text) override;
+    void drawIcon(int x, int y, IconHandle icon) override;
+    void pushClip(int x, int y, int w, int h, bool intersect) override;
+    void popClip() override;
+    void setExclusiveOr(bool on) override;
+    int setFont(int slot) override;
+    FontMetrics fontMetrics(int slot) override { return surfaceFonts().plain(slot); }
+    Colour foreground() const override { return colours_.foreground; }
+    Colour background() const override { return colours_.background; }
+    Colour selectionBackground() const override { return colours_.selectionBackground; }
+    Colour selectionForeground() const override { return colours_.selectionForeground; }
+
+  private:
+    void drawDashes(const QRect& line, bool horizontal, Colour colour, int thickness, int style, int phase);
+
+    QPainter& painter_;
+    int width_, height_;
+    SurfaceColours colours_;
+    bool vector_;
+    int font_ = Font_Application;
+    std::vector<QRect> clips_;
+};
