@@ -158,7 +158,7 @@ void laCanvas_ClearItems(_LaCanvasData& canvas) {
 
 bool laCanvas_LoadLegend(_LaCanvasData& canvas, Legend legend) {
     if (legend.empty() || legend.unknownStatus < 0 || legend.unknownEvent < 0 ||
-        legend.contextSwitchStatus < 0)
+        legend.contextSwitchStatus < 0 || legend.events.size() > UINT16_MAX)
         return false;
     canvas.legend = std::move(legend);
     take_settings(canvas);

@@ -12,6 +12,40 @@ int dash_phase(uint64_t start, int thickness, int style) {
     return period > 0 ? static_cast<int>(start % static_cast<uint64_t>(period)) : 0;
 }
 
+// The first position from at on whose column lies right of x, size when there is none; column(i) never falls.
+// Steps grow while nothing is found, so that the cost follows the columns and not the items.
+template <class Column>
+size_t first_right_of(size_t at, size_t size, int x, const Column& column) {
+    size_t step = 1;
+    while (at < size && column(at) <= x) {
+        if (at + step >= size || column(at + step) > x) {
+            size_t low = at + 1, high = std::min(at + step, size);
+            while (low < high) {
+                const size_t middle = (low + high) / 2;
+                if (column(middle) <= x)
+                    low = middle + 1;
+                else
+                    high = middle;
+            }
+            return low;
+        }
+        at += step;
+        step *= 2;
+    }
+    return std::min(at, size);
+}
+
+// The dashes of a stretch that holds few of them, as rectangles: a dashed pen costs many times as much.
+void fill_dashes(Surface& surface, int x0, int x1, int top, const LaStatusLook& look, int phase) {
+    int x = x0 - phase;
+    for (int part = 0; x < x1; part = dashPattern[look.style][part + 1] != 0 ? part + 1 : 0) {
+        const int end = x + dashPattern[look.style][part] * look.thickness;
+        const int from = std::max(x, x0), to = std::min(end, x1);
+        if (part % 2 == 0 && from < to) surface.fillRect(from, top, to - from, look.thickness, look.colour);
+        x = end;
+    }
+}
+
 // The line of one lane. Neighbouring stretches that look the same are drawn as one.
 class LanePainter {
   public:
@@ -33,38 +67,20 @@ class LanePainter {
             const int x1 = paint_.scale.toPixel(segment.t1);
             const int x0 = paint_.scale.toPixel(segment.t0);
             if (x0 < x1) Add(canvas.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
-            at = NextEndingBehind(at, x1);
+            // What ends in the same column is shorter than a pixel and isn't drawn.
+            at = first_right_of(at + 1, segments_.size(), x1,
+                                [&](size_t i) { return paint_.scale.toPixel(segments_[i].t1); });
         }
         Flush();
     }
 
   private:
-    // The next segment that ends in a later column. All between are shorter than a pixel and are not drawn.
-    // Steps grow while nothing is found, so that the cost follows the columns and not the segments.
-    size_t NextEndingBehind(size_t at, int x) const {
-        size_t step = 1;
-        while (at + step < segments_.size() && paint_.scale.toPixel(segments_[at + step].t1) <= x) {
-            at += step;
-            step *= 2;
-        }
-        if (step == 1) return at + 1;
-        size_t low = at + 1, high = std::min(at + step, segments_.size());
-        while (low < high) {
-            const size_t middle = (low + high) / 2;
-            if (paint_.scale.toPixel(segments_[middle].t1) <= x)
-                low = middle + 1;
-            else
-                high = middle;
-        }
-        return low;
-    }
-
     void Add(const LaStatusLook& look, int x0, int x1) {
         if (!look.shown) return;
         x0 = std::max(x0, 0);
         x1 = std::min(x1, width_);
-        if (look_ != nullptr && look.style == Line_Solid && look_->style == Line_Solid && end_ == x0 &&
-            look_->colour == look.colour && look_->thickness == look.thickness) {
+        if (look_ != nullptr && end_ == x0 && look_->style == look.style && look_->colour == look.colour &&
+            look_->thickness == look.thickness) {
             end_ = x1;
             return;
         }
@@ -76,14 +92,16 @@ class LanePainter {
 
     void Flush() {
         if (look_ != nullptr && start_ < end_) {
-            const int thickness = look_->thickness;
-            if (look_->style == Line_Solid) {
-                paint_.surface.fillRect(start_, y_ - thickness / 2, end_ - start_, thickness, look_->colour);
-            } else {
-                const uint64_t start = paint_.canvas.scrollPosition + static_cast<uint64_t>(start_);
+            const int thickness = look_->thickness, top = y_ - thickness / 2;
+            const int phase = dash_phase(paint_.canvas.scrollPosition + static_cast<uint64_t>(start_),
+                                         thickness, look_->style);
+            if (look_->style == Line_Solid)
+                paint_.surface.fillRect(start_, top, end_ - start_, thickness, look_->colour);
+            else if (end_ - start_ <= thickness * dashPeriod[look_->style])
+                fill_dashes(paint_.surface, start_, end_, top, *look_, phase);
+            else
                 paint_.surface.drawStyledLine(start_, y_, end_ - 1, y_, look_->colour, thickness,
-                                              look_->style, dash_phase(start, thickness, look_->style));
-            }
+                                              look_->style, phase);
         }
         look_ = nullptr;
     }
@@ -118,32 +136,31 @@ class IconPainter {
     }
 
     void Draw() {
-        const Table<laItem_Bitmap>& icons = canvas_.bitmaps;
-        uint32_t first = 0;
-        for (uint32_t end = icons.size(); first < end;) {
-            const uint32_t middle = first + (end - first) / 2;
-            if (icons[middle].time < canvas_.viewLow)
-                first = middle + 1;
-            else
-                end = middle;
-        }
-        const double last =
-            std::min(canvas_.viewHigh, paint_.scale.toTime(paint_.rect.right + canvas_.maxIconWidth + 2));
-        for (uint32_t i = first; i < icons.size(); ++i) {
-            const laItem_Bitmap& icon = icons[i];
-            if (icon.time > last) break;
-            OverlapRow& row = rows_[icon.lane];
-            const LaEventLook& look = canvas_.eventLooks[static_cast<size_t>(icon.event)];
-            if (!row.drawn || !look.shown) continue;
-            const int x = paint_.scale.toPixel(icon.time);
-            if (canvas_.newTrv)
-                BySpace(row, look, x);
-            else
-                ByRectangles(row, look, x);
-        }
+        for (uint32_t i = 0; i < canvas_.lanes.size(); ++i)
+            if (rows_[i].drawn) DrawLane(canvas_.lanes[i], rows_[i]);
     }
 
   private:
+    void DrawLane(const laItem_Line& lane, OverlapRow& row) {
+        const std::vector<double>& times = lane.iconTimes;
+        const auto column = [&](size_t i) { return paint_.scale.toPixel(times[i]); };
+        const auto first = std::lower_bound(times.begin(), times.end(), canvas_.viewLow);
+        const double last =
+            std::min(canvas_.viewHigh, paint_.scale.toTime(paint_.rect.right + canvas_.maxIconWidth + 2));
+        for (size_t i = static_cast<size_t>(first - times.begin()); i < times.size() && times[i] <= last;) {
+            const LaEventLook& look = canvas_.eventLooks[lane.iconEvents[i]];
+            if (look.shown) {
+                if (canvas_.newTrv)
+                    BySpace(row, look, column(i));
+                else
+                    ByRectangles(row, look, column(i));
+            }
+            ++i;
+            // The rest of a cluster shows nothing.
+            if (row.overlapped && canvas_.newTrv) i = first_right_of(i, times.size(), row.nextFree, column);
+        }
+    }
+
     // A cluster of any size is its first icon and one mark about every icon width.
     void BySpace(OverlapRow& row, const LaEventLook& look, int x) {
         if (x > row.nextFree) {
@@ -198,11 +215,12 @@ class SwitchPainter {
         const bool agentShown = canvas_.hiddenAgent != laNoLane && !canvas_.lanes[canvas_.hiddenAgent].hidden;
         for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) {
             const laItem_Line& lane = canvas_.lanes[i];
-            ends_[i] = {laLn_LineY(canvas_, lane) - canvas_.verticalOffset, lane.hidden};
-            if (lane.hidden && agentShown)
-                ends_[i].y = laLn_LineY(canvas_, canvas_.lanes[canvas_.hiddenAgent]) - canvas_.verticalOffset;
+            const laItem_Line& at = lane.hidden && agentShown ? canvas_.lanes[canvas_.hiddenAgent] : lane;
+            const int y = laLn_LineY(canvas_, at) - canvas_.verticalOffset;
+            ends_[i].y = std::clamp(y, 0, paint.dataHeight);
+            ends_[i].hidden = lane.hidden ? (agentShown ? End::AtAgent : End::AtAgent | End::Nowhere) : 0;
+            ends_[i].beyond = y < 0 ? End::Above : y > paint.dataHeight ? End::Below : 0;
         }
-        agentShown_ = agentShown;
     }
 
     void Draw() {
@@ -225,11 +243,13 @@ class SwitchPainter {
 
   private:
     struct End {
-        int y = 0;
-        bool hidden = false;
+        enum : uint8_t { AtAgent = 1, Nowhere = 2, Above = 1, Below = 2 };
+        int y = 0;           // on the surface, clamped to the data area
+        uint8_t hidden = 0;  // hidden, and whether there is an agent to stand for it
+        uint8_t beyond = 0;  // outside the data area
     };
     struct Span {
-        int y0, y1;  // as it runs, on the surface, clamped
+        int y0, y1;  // on the surface, clamped
         const LaStatusLook* look;
         int top() const { return std::min(y0, y1); }
         int bottom() const { return std::max(y0, y1); }
@@ -239,19 +259,20 @@ class SwitchPainter {
         const LaStatusLook& look = canvas_.statusLooks[static_cast<size_t>(line.status)];
         if (!look.shown) return;
         const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
-        if ((from.hidden && to.hidden) || ((from.hidden || to.hidden) && !agentShown_)) return;
+        if ((from.hidden & to.hidden) != 0 || ((from.hidden | to.hidden) & End::Nowhere) != 0) return;
         const int x = paint_.scale.toPixel(line.t0);
-        const Span span{std::clamp(from.y, 0, paint_.dataHeight), std::clamp(to.y, 0, paint_.dataHeight),
-                        &look};
+        const Span span{from.y, to.y, &look};
         const bool reaches = span.top() < lastTop_ || span.bottom() > lastBottom_;
         if (x < lastX_ || (x == lastX_ && !reaches)) return;
         if (x != lastX_) Flush();
         lastX_ = x;
         lastTop_ = span.top();
         lastBottom_ = span.bottom();
-        // The picture above and below the data area holds none of it.
-        if ((from.y < 0 && to.y < 0) || (from.y > paint_.dataHeight && to.y > paint_.dataHeight)) return;
+        if ((from.beyond & to.beyond) != 0) return;
         column_.push_back(span);
+        columnTop_ = std::min(columnTop_, span.top());
+        columnBottom_ = std::max(columnBottom_, span.bottom());
+        columnThickness_ = std::max(columnThickness_, look.thickness);
     }
 
     // From the last to the first, to see what is covered; drawn in order.
@@ -259,6 +280,9 @@ class SwitchPainter {
         size_t kept = column_.size();
         int coveredTop = 0, coveredBottom = -1, coveredThickness = 0;
         for (size_t i = column_.size(); i-- > 0;) {
+            if (coveredTop == columnTop_ && coveredBottom == columnBottom_ &&
+                coveredThickness == columnThickness_)
+                break;
             const Span& span = column_[i];
             const bool plain = span.look->style == Line_Solid;
             if (span.top() >= coveredTop && span.bottom() <= coveredBottom &&
@@ -280,6 +304,9 @@ class SwitchPainter {
         }
         for (size_t i = kept; i < column_.size(); ++i) Draw(column_[i]);
         column_.clear();
+        columnTop_ = noRow;
+        columnBottom_ = -1;
+        columnThickness_ = 0;
     }
 
     void Draw(const Span& span) const {
@@ -293,9 +320,10 @@ class SwitchPainter {
     const laPaint& paint_;
     const _LaCanvasData& canvas_;
     std::vector<End> ends_;
-    bool agentShown_ = false;
     int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
-    std::vector<Span> column_;
+    static constexpr int noRow = 0x7fffffff;
+    std::vector<Span> column_;  // of the column lastX_, and what they reach together
+    int columnTop_ = noRow, columnBottom_ = -1, columnThickness_ = 0;
 };
 
 }  // namespace

@@ -35,7 +35,7 @@ class Clusters : public testing::Test {
     void ASSERT_LOAD() { EXPECT_TRUE(laCanvas_LoadLegend(*test.canvas, test_legend())); }
 
     void Icon(int x, uint32_t lane = 0, int32_t event = 0) {
-        test.canvas->bitmaps.push_back({x * unit, lane, test.canvas->bitmaps.size(), event, 1, 0});
+        laBm_Append(*test.canvas, {x * unit, lane, test.canvas->bitmaps.size(), event, 1, 0});
     }
     // Icons drawn in a lane, as pairs of column and handle.
     std::vector<std::pair<int, IconHandle>> Drawn(uint32_t lane = 0) {

@@ -96,8 +96,8 @@ class RangeFetch {
             lane = laLn_New(canvas_, objectId);
             sweep.Touch(lane);
         }
-        canvas_.bitmaps.push_back(
-            {time, lane, sequence, rows_.of(event.type, event.subtype), event.type, event.subtype});
+        const int32_t row = rows_.of(event.type, event.subtype);
+        laBm_Append(canvas_, {time, lane, sequence, row, event.type, event.subtype});
     }
 
     _LaCanvasData& canvas_;

@@ -199,6 +199,11 @@ TEST(Fetch, SequenceNumbersLeadBackToTheStore) {
         EXPECT_EQ(event.type, icon.type);
         EXPECT_EQ(event.subtype, icon.subtype);
     }
+    std::vector<size_t> seen(test.canvas->lanes.size());
+    for (uint32_t i = 0; i < test.canvas->bitmaps.size(); ++i) {
+        const uint32_t lane = test.canvas->bitmaps[i].lane;
+        EXPECT_EQ(laBm_OfLane(*test.canvas, lane, seen[lane]++), i);
+    }
 }
 
 TEST(Fetch, TakesHalfAViewOnEachSideAndKnowsIt) {
@@ -257,7 +262,8 @@ TEST(Fetch, ItemsStaySmall) {
     ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, 0, test.canvas->totalLength));
     size_t bytes = test.canvas->bitmaps.bytes() + test.canvas->ctxLines.bytes();
     for (uint32_t i = 0; i < test.canvas->lanes.size(); ++i)
-        bytes += test.canvas->lanes[i].segments.capacity() * sizeof(LaLnSeg);
+        bytes += test.canvas->lanes[i].segments.capacity() * sizeof(LaLnSeg) +
+                 test.canvas->lanes[i].iconTimes.capacity() * (sizeof(uint16_t) + sizeof(double));
     EXPECT_LT(bytes, 50000u * 100);
 }
 

@@ -54,6 +54,35 @@ bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status)
     return true;
 }
 
+void laBm_Append(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    laItem_Line& lane = canvas.lanes[icon.lane];
+    canvas.bitmaps.push_back(icon);
+    lane.iconTimes.push_back(icon.time);
+    lane.iconEvents.push_back(static_cast<uint16_t>(icon.event));
+}
+
+uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time) {
+    uint32_t first = 0;
+    for (uint32_t end = canvas.bitmaps.size(); first < end;) {
+        const uint32_t middle = first + (end - first) / 2;
+        if (canvas.bitmaps[middle].time < time)
+            first = middle + 1;
+        else
+            end = middle;
+    }
+    return first;
+}
+
+uint32_t laBm_OfLane(const _LaCanvasData& canvas, uint32_t lane, size_t number) {
+    const std::vector<double>& times = canvas.lanes[lane].iconTimes;
+    // Several of the lane's may share the time; count those ahead of it.
+    size_t ahead = 0;
+    while (ahead < number && times[number - ahead - 1] == times[number]) ++ahead;
+    uint32_t at = laBm_FirstAt(canvas, times[number]);
+    while (canvas.bitmaps[at].lane != lane || ahead-- > 0) ++at;
+    return at;
+}
+
 bool laCtx_Append(_LaCanvasData& canvas, const laItem_Ctx& line) {
     if (!canvas.ctxLines.empty()) {
         const laItem_Ctx& last = canvas.ctxLines.back();

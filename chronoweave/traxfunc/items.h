@@ -3,7 +3,7 @@
 // from its time by the conversions of time.h and from its lane's y. So no item ever holds a stale pixel, a
 // zoom or a scroll touches no item, and hiding a lane hides its icons and switches with it.
 //
-// Memory: an icon, a segment and a switch take 24 bytes each, in chunks that are dropped as a whole.
+// Memory: an icon takes 34 bytes, a segment and a switch 24 each.
 #pragma once
 
 #include <cstdint>
@@ -39,6 +39,10 @@ struct laItem_Line {
     int32_t y = 0;         // centre of the lane, content pixels; meaningful while not hidden
     int32_t row = -1;      // row of the object list
     std::vector<LaLnSeg> segments;
+    // Its events again, in time order, times and rows of the event table: what drawing and hits read lies
+    // together.
+    std::vector<double> iconTimes;
+    std::vector<uint16_t> iconEvents;
     double firstTime = -100.0;  // start of the earliest segment; negative for none
     int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
     double openSince = -100.0;  // when it began; negative for none
@@ -104,6 +108,12 @@ uint32_t laLn_New(_LaCanvasData& canvas, uint32_t objectId);
 // Adds a stretch at the end of a lane; t0 must be the end of the last one. A neighbour of the same status
 // grows instead. False, with a message, when it does not join.
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status);
+// Adds an icon at the end of the list and of its lane's.
+void laBm_Append(_LaCanvasData& canvas, const laItem_Bitmap& icon);
+// Position in the icon list of a lane's icon, given as the lane counts them.
+uint32_t laBm_OfLane(const _LaCanvasData& canvas, uint32_t lane, size_t number);
+// Position of the first icon not before a time; the list's size when there is none.
+uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time);
 // Adds a switch. A repetition of the last one (same target lane, within 1e-12) is dropped: false.
 bool laCtx_Append(_LaCanvasData& canvas, const laItem_Ctx& line);
 

@@ -13,22 +13,6 @@ namespace {
 constexpr int divider = 3;     // pixels between the names and the drawing area
 constexpr int footerGap = 12;  // between the texts of the line below it
 
-void draw_footer(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture) {
-    const FontMetrics font = surface.fontMetrics(Font_Application);
-    const int baseline = picture.graphTop + picture.graphHeight + 2 + font.ascent;
-    const int oldFont = surface.setFont(Font_Application);
-    int x = picture.graphLeft;
-    for (const std::string& text : {canvas.fields.tickPattern, canvas.fields.tickUnit}) {
-        if (text.empty()) continue;
-        surface.drawText(x, baseline, text, surface.foreground(), NoColour);
-        x += surface.textExtent(text).width + footerGap;
-    }
-    const std::string total = canvas.fields.totalLengthTitle + ": " + canvas.fields.totalLength;
-    const int left = picture.width - surface.textExtent(total).width - 4;
-    if (left >= x) surface.drawText(left, baseline, total, surface.foreground(), NoColour);
-    if (oldFont >= 0) surface.setFont(oldFont);
-}
-
 }  // namespace
 
 int laPicture_FooterHeight(const FontMetrics& font) {
@@ -53,6 +37,24 @@ laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, i
     return picture;
 }
 
+void laPicture_DrawFooter(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture) {
+    const int top = picture.graphTop + picture.graphHeight;
+    surface.clearRect(0, top, picture.width, std::max(1, picture.height - top));
+    const FontMetrics font = surface.fontMetrics(Font_Application);
+    const int baseline = picture.graphTop + picture.graphHeight + 2 + font.ascent;
+    const int oldFont = surface.setFont(Font_Application);
+    int x = picture.graphLeft;
+    for (const std::string& text : {canvas.fields.tickPattern, canvas.fields.tickUnit}) {
+        if (text.empty()) continue;
+        surface.drawText(x, baseline, text, surface.foreground(), NoColour);
+        x += surface.textExtent(text).width + footerGap;
+    }
+    const std::string total = canvas.fields.totalLengthTitle + ": " + canvas.fields.totalLength;
+    const int left = picture.width - surface.textExtent(total).width - 4;
+    if (left >= x) surface.drawText(left, baseline, total, surface.foreground(), NoColour);
+    if (oldFont >= 0) surface.setFont(oldFont);
+}
+
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors) {
     LaGraph& graph = *canvas.graph;
     Surface* const own = graph.surface;
@@ -73,7 +75,7 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
     const int line = picture.nameWidth + divider / 2;
     surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,
                      surface.foreground());
-    draw_footer(canvas, surface, picture);
+    laPicture_DrawFooter(canvas, surface, picture);
     std::copy(cursors, cursors + 2, canvas.cursor);
 }
 

@@ -25,5 +25,7 @@ int laPicture_FooterHeight(const FontMetrics& font);
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height);
 // Draws everything. The canvas keeps its own surface. Cursors and their band only when asked for.
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);
+// Clears and draws the line under the drawing area.
+void laPicture_DrawFooter(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture);
 // Ids of the rows from the top; none for a group or the agent.
 std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas);

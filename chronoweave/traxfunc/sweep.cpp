@@ -106,6 +106,7 @@ void LaneSweep::TakeProcessor(uint32_t index, double time) {
     if (!Executing(lane)) return;
     LaCpuEntry& cpu = CpuOf(lane.objectId);
     if (cpu.running == index) return;
+    settled_ = false;
     if (cpu.running != laNoLane) {
         // The colour of a switch is decided by the status of the one that leaves, as far as the sweep has
         // come.
@@ -116,6 +117,7 @@ void LaneSweep::TakeProcessor(uint32_t index, double time) {
 }
 
 void LaneSweep::All(double time, bool closing, bool trackSwitches) {
+    settled_ = trackSwitches;
     for (uint32_t lane = 0; lane < canvas_.lanes.size(); ++lane) {
         Look(lane, time, closing);
         if (trackSwitches) TakeProcessor(lane, time);
@@ -124,11 +126,9 @@ void LaneSweep::All(double time, bool closing, bool trackSwitches) {
 }
 
 void LaneSweep::Step(double time) {
-    if (touched_.empty() && executing_.size() < 2) {
-        // One that executes alone has its processor already, unless the sweep before did not track switches.
-        if (!executing_.empty()) TakeProcessor(executing_[0], time);
-        return;
-    }
+    // With nothing touched, what a step without a take-over found is what this one would find.
+    if (touched_.empty() && settled_) return;
+    settled_ = true;
     // Walks both lists at once, in list order. A look at a lane may put it into, or take it from, the
     // executing ones, so that list is searched afresh behind each lane; both are short.
     size_t nextTouched = 0;

@@ -28,7 +28,7 @@ class LaneSweep {
     void Step(double time);
 
   private:
-    // Result: whether the lane is executing afterwards.
+    // Asks for the lane's facts and status, and ends a segment when the status changed.
     void Look(uint32_t lane, double time, bool closing);
     void TakeProcessor(uint32_t lane, double time);
     void LearnFacts(laItem_Line& lane, uint32_t position);
@@ -43,6 +43,7 @@ class LaneSweep {
     const StateTable& state_;
     std::vector<uint32_t> touched_;    // in list order, each once
     std::vector<uint32_t> executing_;  // in list order
+    bool settled_ = false;             // the last step saw no lane take over a processor
     std::vector<int32_t> statusRows_;  // by code; -2 for not asked yet
     std::vector<int16_t> cpuOfKey_;    // index in canvas.cpus; -1 for none
 };
@@ -51,5 +52,6 @@ class LaneSweep {
 // does or the processor was not seen. On Korvantis the processor is the id's low 10 bits; elsewhere there is
 // one for all.
 uint32_t laCpu_Key(const _LaCanvasData& canvas, uint32_t objectId);
+// The lane that runs where an object would; laNoLane when none does or the processor was not seen yet.
 uint32_t laCpu_RunningLane(const _LaCanvasData& canvas, uint32_t objectId);
 void laCpu_Clear(_LaCanvasData& canvas);

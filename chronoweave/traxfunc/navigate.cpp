@@ -1,0 +1,50 @@
+#include "chronoweave/traxfunc/navigate.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/view.h"
+
+namespace {
+
+void scroll_by(ScrollBarModel& bar, int64_t pixels) {
+    const uint64_t from = bar.position();
+    const auto step = static_cast<uint64_t>(pixels < 0 ? -pixels : pixels);
+    bar.userMoved(pixels < 0 ? from - std::min(from, step)
+                             : from + std::min(bar.maximum() - std::min(bar.maximum(), from), step));
+}
+
+}  // namespace
+
+void laCanvas_ZoomAtColumn(_LaCanvasData& canvas, int x, double factor) {
+    if (!canvas.storeHasEvents || canvas.graph->width <= 0) return;
+    if (factor > 1 && canvas.viewLow <= 0 && canvas.viewHigh >= canvas.totalLength) {
+        laCanvas_Refuse(canvas, "The whole graph has already been shown in the window.");
+        return;
+    }
+    const double centre = laTimeScale(canvas).toTime(x);
+    const double length =
+        std::min(canvas.viewLength * factor, std::max(canvas.totalLength, canvas.viewLength));
+    const double before = static_cast<double>(x) / canvas.graph->width;
+    double low = centre - length * before;
+    // Near the ends the view is pushed back into the trace rather than left half empty.
+    if (factor > 1) low = std::min(low, std::max(canvas.totalLength, canvas.viewHigh) - length);
+    low = std::max(low, 0.0);
+    laCanvas_Zoom(canvas, low, low + length, true, Zoom_Range);
+}
+
+void laCanvas_ShowAll(_LaCanvasData& canvas) {
+    if (canvas.storeHasEvents) laCanvas_Zoom(canvas, 0, canvas.totalLength, true, Zoom_Range);
+}
+
+void laCanvas_ScrollColumns(_LaCanvasData& canvas, int64_t columns) {
+    scroll_by(canvas.graph->horizontal, columns);
+}
+void laCanvas_ScrollRows(_LaCanvasData& canvas, int64_t rows) {
+    scroll_by(canvas.graph->vertical, rows);
+}
+
+void laCanvas_ScrollToEnd(_LaCanvasData& canvas, bool last) {
+    ScrollBarModel& bar = canvas.graph->horizontal;
+    bar.userMoved(last ? bar.maximum() : 0);
+}

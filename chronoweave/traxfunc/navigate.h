@@ -1,0 +1,16 @@
+// Moving by hand: what wheels and keys do, in columns and rows of the drawing area. All end in the view
+// changes of view.h, paint, and record a zoom in the history.
+#pragma once
+
+#include "chronoweave/traxfunc/canvas.h"
+
+// Zooms by a factor about a column, whose time stays where it is; below 1 zooms in. Zooming out stops at the
+// whole trace.
+void laCanvas_ZoomAtColumn(_LaCanvasData& canvas, int x, double factor);
+// Shows the whole trace.
+void laCanvas_ShowAll(_LaCanvasData& canvas);
+// Scrolls by columns and by rows of pixels, as the scroll bars would.
+void laCanvas_ScrollColumns(_LaCanvasData& canvas, int64_t columns);
+void laCanvas_ScrollRows(_LaCanvasData& canvas, int64_t rows);
+// To the first or the last view.
+void laCanvas_ScrollToEnd(_LaCanvasData& canvas, bool last);
