@@ -2,7 +2,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
+#include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -25,11 +28,32 @@ std::string value_text(const nlohmann::ordered_json& value, ColumnForm form) {
     return value.dump();
 }
 
+// Names come from traces: no byte of theirs may break a line or reach the terminal as a control.
+std::string printable(std::string text) {
+    for (char& c : text)
+        if ((c >= 0 && c < ' ') || c == 0x7F) c = '?';
+    return text;
+}
+
+// True when the output is the command's own input: the file itself, or a file of its store.
+bool is_input(const std::string& output, const std::string& path) {
+    for (const std::string& base : {path, path_without_extension(path)})
+        for (const char* extension : {"", ".trs", ".tri", ".trv"}) {
+            std::error_code error;
+            if (std::filesystem::equivalent(output, base + extension, error)) return true;
+        }
+    return false;
+}
+
 }  // namespace
 
 RowWriter::RowWriter(const CommandLine& line, std::vector<Column> columns)
     : name_(line.output), columns_(std::move(columns)) {
     form_ = line.json ? Form::Json : line.csv ? Form::Csv : Form::Text;
+    if (!name_.empty() && is_input(name_, line.path)) {
+        cli_Failure(name_ + ": the result would overwrite what it is made of");
+        return;
+    }
     file_ = name_.empty() ? stdout : std::fopen(name_.c_str(), "w");
     if (!file_) cli_Failure(name_ + ": " + std::strerror(errno));
 }
@@ -64,9 +88,7 @@ void RowWriter::row(const nlohmann::ordered_json& values) {
             line += (i > 0 ? "," : "") + quoted(text);
         } else {
             if (i > 0) line += "  ";
-            line += i + 1 < columns_.size() || columns_[i].width > 0
-                        ? gen_format("%*s", columns_[i].width, text.c_str())
-                        : text;
+            line += gen_format("%*s", columns_[i].width, printable(text).c_str());
         }
     }
     std::fputs((line + '\n').c_str(), file_);
@@ -76,11 +98,13 @@ void RowWriter::facts(const nlohmann::ordered_json& values) {
     if (form_ == Form::Json) return row(values);
     for (const auto& [key, value] : values.items())
         std::fputs(
-            gen_format("%-20s %s\n", key.c_str(), value_text(value, ColumnForm::Plain).c_str()).c_str(),
+            gen_format("%-20s %s\n", key.c_str(), printable(value_text(value, ColumnForm::Plain)).c_str())
+                .c_str(),
             file_);
 }
 
 bool RowWriter::close() {
+    if (form_ != Form::Json && !headed_ && !columns_.empty()) head();
     const bool written = std::fflush(file_) == 0 && !std::ferror(file_);
     const int reason = errno;
     const bool closed = file_ == stdout || std::fclose(file_) == 0;

@@ -20,7 +20,8 @@ struct Column {
 
 class RowWriter {
   public:
-    // Opens the output; good() is false when that failed, which has been said.
+    // Opens the output; good() is false when that failed, which has been said. An output that is the
+    // command's input, or a file of its store, is refused.
     RowWriter(const CommandLine& line, std::vector<Column> columns);
     ~RowWriter();
     RowWriter(const RowWriter&) = delete;
@@ -31,7 +32,8 @@ class RowWriter {
     void row(const nlohmann::ordered_json& values);
     // Facts of one thing: JSON as a row, otherwise a key and its value a line.
     void facts(const nlohmann::ordered_json& values);
-    // Flushes; false, and a message, when something could not be written.
+    // Flushes, ahead of that the head of a table with no rows; false, and a message, when something could not
+    // be written.
     [[nodiscard]] bool close();
 
   private:

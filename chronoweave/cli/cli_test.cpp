@@ -1,0 +1,444 @@
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+
+#include "chronoweave/cli/command_line.h"
+#include "chronoweave/import/import_testing.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Words = std::vector<std::string>;
+
+struct Ran {
+    int status = 0;
+    std::string out, err;
+};
+
+// Runs the program in this process.
+Ran run(const Words& words) {
+    std::vector<const char*> argv{"chronoweave"};
+    for (const std::string& word : words) argv.push_back(word.c_str());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Ran ran;
+    const auto line = cli_Parse(static_cast<int>(argv.size()), argv.data(), ran.status);
+    if (line) ran.status = cli_FindCommand(line->command)(*line);
+    std::fflush(stdout);
+    ran.out = testing::internal::GetCapturedStdout();
+    ran.err = testing::internal::GetCapturedStderr();
+    return ran;
+}
+
+Words lines_of(const std::string& text) {
+    Words lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+// The objects of a command's JSON, which must succeed.
+std::vector<Json> rows_of(Words words) {
+    words.push_back("--json");
+    const Ran ran = run(words);
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    std::vector<Json> rows;
+    for (const std::string& line : lines_of(ran.out)) rows.push_back(Json::parse(line));
+    return rows;
+}
+
+std::string keys_of(const Json& row) {
+    std::string keys;
+    for (const auto& item : row.items()) keys += item.key() + ' ';
+    return keys;
+}
+
+template <class Value>
+std::vector<Value> column(const std::vector<Json>& rows, const char* key) {
+    std::vector<Value> values;
+    for (const Json& row : rows) values.push_back(row.at(key).get<Value>());
+    return values;
+}
+
+std::string content(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Bytes refresh(uint32_t id, uint32_t priority, const std::string& name) {
+    Bytes event = raw_event(6, 1, 0, id, false, 39);
+    event[16] = static_cast<uint8_t>(priority);
+    std::copy(name.begin(), name.end(), event.begin() + 20);
+    return event;
+}
+
+// Six events: task 0x401 comes with its name and runs from tick 0; task 0x402 is only ever seen in user
+// events, at ticks 250, 250 and 500; the last event is at tick 1000. A tick is a microsecond.
+Bytes small_trace(const std::string& name = "net") {
+    Bytes bytes = short_header(false, 1, 1, 1000000);
+    put_record(bytes, refresh(0x401, 20, name));
+    put_record(bytes, raw_event(1, 0, 5000000, 0x401, false));
+    for (const uint64_t time : {250, 250, 500})
+        put_record(bytes, raw_event(4, 7, 5000000 + time, 0x402, false, 8));
+    put_record(bytes, raw_event(2, 0, 5001000, 0x401, false));
+    return bytes;
+}
+
+}  // namespace
+
+class CliTest : public ImportTest {
+  protected:
+    static void SetUpTestSuite() {
+        std::string folder = (std::filesystem::temp_directory_path() / "cli_XXXXXX").string();
+        ASSERT_NE(mkdtemp(folder.data()), nullptr);
+        samples_ = folder;
+        std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", folder + "/build-2cpu.trr");
+        // The defaults of the tree, whatever the user who runs the tests has of their own.
+        ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
+        ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        ASSERT_EQ(run({"import", folder + "/build-2cpu.trr"}).status, 0);
+    }
+    static void TearDownTestSuite() { std::filesystem::remove_all(samples_); }
+    void SetUp() override {
+        ImportTest::SetUp();
+        gen_set_console_sink({});  // to standard error, where the program has it
+    }
+
+    static std::string sample() { return samples_ + "/build-2cpu"; }
+    std::string small() const { return write("small.trr", small_trace()); }
+
+    static std::string samples_;
+};
+std::string CliTest::samples_;
+
+TEST_F(CliTest, KeysAreTheContract) {
+    const struct {
+        Words words;
+        const char* keys;
+    } cases[] = {
+        {{"info"},
+         "base formatVersion ticksPerSecond os osKind bigEndian checkpointInterval blocks events firstTick "
+         "endTick duration "},
+        {{"import", "-o", path("imported")}, "base events dropped badBytes unread seconds "},
+        {{"events", "--first", "2"}, "seq tick time type subtype object objectName event extra "},
+        {{"state", "--at", "0.001"}, "object status statusName priority name "},
+        {{"objects"}, "object name "},
+    };
+    for (const auto& c : cases) {
+        Words words = c.words;
+        words.push_back(small());
+        const auto rows = rows_of(words);
+        ASSERT_FALSE(rows.empty());
+        for (const Json& row : rows) EXPECT_EQ(keys_of(row), c.keys) << words[0];
+    }
+    // "text" comes last, and only where the configure file has a format and the event has data for it.
+    const std::string config = path("own.tc");
+    std::filesystem::copy_file(CW_SOURCE_DIR "/defaults/chrono_weave/korvantis.tc", config);
+    std::ofstream(config, std::ios::app)
+        << "TRV_Event:0x4:0x7:Probe:user_event:TRV_Extra=\"n=%4D\":TRV_Visible\n";
+    const auto events = rows_of({"events", "--config", config, small()});
+    EXPECT_EQ(keys_of(events[2]), "seq tick time type subtype object objectName event extra text ");
+    EXPECT_EQ(events[2]["event"], "Probe");
+    EXPECT_EQ(events[2]["text"], "n=0");
+    EXPECT_EQ(events[0]["text"], rows_of({"events", small()}).at(0)["text"]);
+    EXPECT_FALSE(events[1].contains("text"));
+}
+
+TEST_F(CliTest, InfoTellsTheFacts) {
+    const Json facts = rows_of({"info", small()}).at(0);
+    EXPECT_EQ(facts, Json::parse(R"({"base":")" + path("small") +
+                                 R"(","formatVersion":3,"ticksPerSecond":1000000,"os":"KORVANTIS","osKind":1,
+        "bigEndian":false,"checkpointInterval":100,"blocks":1,"events":6,"firstTick":0,"endTick":1001,
+        "duration":0.001001})"));
+    EXPECT_EQ(rows_of({"info", "--ticks", path("small.trs")}).at(0)["duration"], 1001);
+    EXPECT_NE(run({"info", path("small")}).out.find("\nevents               6\n"), std::string::npos);
+}
+
+TEST_F(CliTest, ImportCountsWhatItLeavesOut) {
+    Bytes bytes = small_trace();
+    append(bytes, {0, 0x53, 2, 'a', 'b', 16, 1, 2, 3});  // two bad bytes, a short record, a cut one
+    write("damaged.trr", bytes);
+    std::filesystem::create_directory(path("elsewhere"));
+    const std::string base = path("elsewhere/x");
+    const Json counts = rows_of({"import", path("damaged.trr"), "-o", base}).at(0);
+    EXPECT_EQ(counts["base"], base);
+    EXPECT_EQ(counts["events"], 6);
+    EXPECT_EQ(counts["dropped"], 1);
+    EXPECT_EQ(counts["badBytes"], 2);
+    EXPECT_EQ(counts["unread"], 4);
+    EXPECT_TRUE(std::filesystem::exists(base + ".trv"));
+    EXPECT_FALSE(std::filesystem::exists(path("damaged.trs")));
+    EXPECT_EQ(run({"import", base + ".trs"}).status, 1);
+}
+
+TEST_F(CliTest, RangesAreHalfOpen) {
+    const std::string base = small();
+    using Numbers = std::vector<int>;
+    const struct {
+        Words range;
+        Numbers sequences;
+    } cases[] = {
+        {{}, {1, 2, 3, 4, 5, 6}},
+        {{"--from", "0.00025"}, {3, 4, 5, 6}},
+        {{"--from", "0.000250001"}, {5, 6}},
+        {{"--from", "0.00025", "--to", "0.0005"}, {3, 4}},
+        {{"--to", "0.00025"}, {1, 2}},
+        {{"--to", "0.001"}, {1, 2, 3, 4, 5}},
+        {{"--to", "0"}, {}},
+        {{"--from", "0.0005", "--to", "0.00025"}, {}},
+        {{"--from", "1e300"}, {}},
+        {{"--ticks", "--from", "250", "--to", "500"}, {3, 4}},
+        {{"--ticks", "--from", "251", "--to", "0x1f5"}, {5}},
+        {{"--first", "3"}, {3, 4, 5, 6}},
+        {{"--first", "0", "--count", "2"}, {1, 2}},
+        {{"--count", "1"}, {1}},
+        {{"--first", "7"}, {}},
+        {{"--object", "0x402"}, {3, 4, 5}},
+        {{"--object", "0x402", "--first", "2", "--count", "2"}, {3, 4}},
+        {{"--object", "1025", "--from", "0.00025"}, {6}},
+        {{"--object", "7"}, {}},
+    };
+    for (const auto& c : cases) {
+        Words words{"events", base};
+        words.insert(words.end(), c.range.begin(), c.range.end());
+        EXPECT_EQ(column<int>(rows_of(words), "seq"), c.sequences) << testing::PrintToString(c.range);
+    }
+    EXPECT_EQ(column<int>(rows_of({"objects", base, "--to", "0.0001"}), "object"), Numbers{0x401});
+    EXPECT_EQ(column<int>(rows_of({"objects", base}), "object"), (Numbers{0x401, 0x402}));
+}
+
+TEST_F(CliTest, TimesReadBackAsTheyAreShown) {
+    const auto events = rows_of({"events", "--ticks", sample()});
+    ASSERT_EQ(events.size(), 25587u);
+    EXPECT_EQ(column<uint64_t>(events, "tick"), column<uint64_t>(events, "time"));
+    const Words shown = lines_of(run({"events", "--csv", sample()}).out);
+    ASSERT_EQ(shown.size(), events.size() + 1);
+    for (size_t i = 1; i < events.size(); i += 1999) {
+        if (events[i - 1]["tick"] == events[i]["tick"]) continue;
+        std::istringstream line(shown[i + 1]);
+        std::string cell;
+        for (int column = 0; column < 3; ++column) std::getline(line, cell, ',');
+        const Ran ran = run({"events", "--json", "--from", cell, "--to", "1e9", sample()});
+        EXPECT_EQ(Json::parse(ran.out.substr(0, ran.out.find('\n')))["seq"], i + 1) << cell;
+    }
+}
+
+TEST_F(CliTest, SequencesAskBehindACheckpoint) {
+    const auto hundred = rows_of({"events", "--first", "100", "--count", "2", sample()});
+    EXPECT_EQ(column<int>(hundred, "seq"), (std::vector<int>{101, 102}));
+    const auto before = rows_of({"events", "--first", "99", "--count", "2", sample()});
+    EXPECT_EQ(column<int>(before, "seq"), (std::vector<int>{99, 100}));
+}
+
+TEST_F(CliTest, TheSampleAgreesWithItself) {
+    const auto events = rows_of({"events", sample()});
+    std::set<uint32_t> seen;
+    std::map<uint32_t, size_t> counts;
+    for (const Json& event : events) {
+        seen.insert(event["object"].get<uint32_t>());
+        ++counts[event["object"].get<uint32_t>()];
+    }
+    const auto objects = column<uint32_t>(rows_of({"objects", sample()}), "object");
+    EXPECT_EQ(objects, std::vector<uint32_t>(seen.begin(), seen.end()));
+    const auto most = std::max_element(counts.begin(), counts.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
+    const auto one = rows_of({"events", "--object", gen_format("0x%x", most->first), sample()});
+    EXPECT_EQ(one.size(), most->second);
+    const auto states = rows_of({"state", "--at", "1e9", sample()});
+    EXPECT_EQ(column<uint32_t>(states, "object"), objects);
+    size_t running = 0;
+    for (const Json& state : states) running += state["status"] == 3;
+    EXPECT_EQ(running, 2u);  // one on each processor
+}
+
+TEST_F(CliTest, StateKnowsWhatWasToldBefore) {
+    const auto state_at = [&](const char* at) {
+        std::string text;
+        for (const Json& row : rows_of({"state", "--at", at, path("small")})) text += row.dump();
+        return text;
+    };
+    small();
+    ASSERT_EQ(run({"import", path("small.trr")}).status, 0);
+    const std::string net = R"({"object":1025,"status":3,"statusName":"RUNNING","priority":20,"name":"net"})";
+    const std::string unknown =
+        R"({"object":1026,"status":null,"statusName":null,"priority":null,"name":null})";
+    EXPECT_EQ(state_at("0"), "");
+    EXPECT_EQ(state_at("0.00025"), net);
+    EXPECT_EQ(state_at("0.000251"), net + unknown);
+    EXPECT_EQ(run({"state", "--at", "1", "--csv", path("small")}).out,
+              "object,status,statusName,priority,name\n0x401,3,RUNNING,20,net\n0x402,,,,\n");
+    const Words text = lines_of(run({"state", "--at", "1", path("small")}).out);
+    ASSERT_EQ(text.size(), 3u);
+    EXPECT_EQ(text[2], "     0x402       -  -                          -  -");
+}
+
+TEST_F(CliTest, TablesForPeopleHaveAHeadAndWholeLines) {
+    const std::string nasty = write("nasty.trr", small_trace("a,\"b\n\x1B\xFF"));
+    EXPECT_EQ(rows_of({"objects", nasty}).at(0)["name"], "a,\"b\n\x1B\xEF\xBF\xBD");
+    EXPECT_EQ(run({"objects", "--csv", nasty}).out,
+              "object,name\n0x401,\"a,\"\"b\n\x1B\xEF\xBF\xBD\"\n0x402,\n");
+    EXPECT_EQ(run({"objects", nasty}).out,
+              "    object  name\n     0x401  a,\"b??\xEF\xBF\xBD\n     0x402  -\n");
+    // No rows: the head stands all the same, and JSON is empty.
+    EXPECT_EQ(run({"objects", "--to", "0", "--csv", nasty}).out, "object,name\n");
+    EXPECT_EQ(run({"objects", "--to", "0", "--json", nasty}).out, "");
+    const Words events = lines_of(run({"events", "--csv", small()}).out);
+    ASSERT_EQ(events.size(), 7u);
+    EXPECT_EQ(events[0], "seq,tick,time,type,subtype,object,objectName,event,extra,text");
+    EXPECT_EQ(events[5], "5,500,0.000500000,4,7,0x402,,UserEvent,0204000000000000,");
+}
+
+TEST_F(CliTest, FailuresSayWhatAndWhere) {
+    Bytes cut = short_header(false);
+    cut.resize(7);
+    // A log image whose ring lies outside of it: the tasks can be read.
+    Bytes image = long_header(false, 2, 1);
+    put16(image, 1, false);
+    image.resize(image.size() + 6);
+    for (const uint32_t address : {0x1000u, 0u, 0x9000u, 0x8000u}) put32(image, address, false);
+    append(image, task_entry(0x401, 9, "net", true, false));
+    put32(image, 0x1000, false);
+    const struct {
+        const char* name;
+        Bytes bytes;
+        const char* words;
+        size_t rows;
+    } cases[] = {
+        {"upper.TRR", small_trace(), "Cannot open file.", 0},
+        {"cut.trr", cut, "Bad format TRR file.", 0},
+        {"empty.trr", {}, "Bad format TRR file.", 0},
+        {"other.trr", short_header(false, 2), "Unsupported OS or Architecture.", 0},
+        {"bad.core", {1, 1}, "Bad format core file.", 0},
+        {"lonely.trs", {}, "lonely.trv", 0},
+        {"image.trr", image, "Corrupted log image", 1},
+    };
+    for (const auto& c : cases) {
+        const std::string file = write(c.name, c.bytes);
+        for (const char* command : {"events", "objects"}) {
+            const Ran ran = run({command, "--json", file});
+            EXPECT_EQ(ran.status, 1) << file;
+            EXPECT_NE(ran.err.find(c.words), std::string::npos) << file << ": " << ran.err;
+            EXPECT_EQ(lines_of(ran.out).size(), c.rows) << file;
+        }
+    }
+    const Ran missing = run({"info", path("missing.trr")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find(path("missing.trr") + ": No such file"), std::string::npos) << missing.err;
+    EXPECT_EQ(lines_of(missing.err).size(), 1u);
+    EXPECT_EQ(run({"events", small(), "--config", path("none.tc")}).status, 1);
+}
+
+TEST_F(CliTest, WrongCommandLinesAreToldFromFailures) {
+    const std::string trace = small();
+    const Words cases[] = {
+        {},
+        {"shuffle", trace},
+        {"info"},
+        {"info", trace, trace},
+        {"info", "--csv", trace},
+        {"info", "--width", "3", trace},
+        {"state", trace},
+        {"state", "--at", "noon", trace},
+        {"state", "--at", "nan", trace},
+        {"events", "--from", "1s", trace},
+        {"events", "--ticks", "--to", "0.5", trace},
+        {"events", "--first", "x", trace},
+        {"events", "--count", "-1", trace},
+        {"events", "--first", "4294967296", trace},
+        {"events", "--first", "1", "--to", "1", trace},
+        {"events", "--object", "net", trace},
+        {"config"},
+        {"config", "polish", trace},
+    };
+    for (const Words& words : cases) {
+        const Ran ran = run(words);
+        EXPECT_EQ(ran.status, 2) << testing::PrintToString(words);
+        EXPECT_EQ(ran.out, "") << testing::PrintToString(words);
+        EXPECT_NE(ran.err, "") << testing::PrintToString(words);
+    }
+}
+
+TEST_F(CliTest, ResultsGoIntoAFileButNeverOverTheTrace) {
+    const std::string trace = small();
+    const Ran shown = run({"events", "--json", trace});
+    EXPECT_EQ(run({"events", "--json", trace, "-o", path("result")}).out, "");
+    EXPECT_EQ(content(path("result")), shown.out);
+    const Ran nowhere = run({"events", trace, "--output", path("none/result")});
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_NE(nowhere.err.find(path("none/result") + ": No such file"), std::string::npos);
+    std::filesystem::create_symlink(trace, path("link"));
+    for (const char* name : {"small.trr", "small.trs", "small.tri", "small.trv", "link"}) {
+        const std::string before = content(path(name));
+        EXPECT_EQ(run({"events", trace, "-o", path(name)}).status, 1);
+        EXPECT_EQ(content(path(name)), before) << name;
+    }
+}
+
+TEST_F(CliTest, ConfigCheckReportsEveryBadLine) {
+    const Ran good = run({"config", "check", "--json", CW_SOURCE_DIR "/defaults/chrono_weave/korvantis.tc"});
+    EXPECT_EQ(good.status, 0) << good.err;
+    const Json counts = Json::parse(good.out);
+    EXPECT_EQ(keys_of(counts), "statuses events categories errors ");
+    EXPECT_GT(counts["events"], 20);
+    const std::string file = path("bad.tc");
+    std::filesystem::copy_file(CW_SOURCE_DIR "/defaults/chrono_weave/korvantis.tc", file);
+    std::ofstream(file, std::ios::app) << "TRV_Event:nonsense\nTRV_Object:TRV_Status:zz\n";
+    const Ran bad = run({"config", "check", "--json", file});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(Json::parse(bad.out)["errors"], 2);
+    EXPECT_NE(bad.err.find(file + ": "), std::string::npos);
+    EXPECT_EQ(run({"config", "check", path("none.tc")}).status, 1);
+    EXPECT_EQ(run({"config", "check", write("empty.tc", {})}).status, 1);
+}
+
+TEST_F(CliTest, RenderDrawsTheRowsThatItNames) {
+    const std::string trace = small();
+    const Ran ran = run({"render", "--json", trace, "-o", path("picture.png"), "--width", "600"});
+    if (ran.err.find("without Qt") != std::string::npos) GTEST_SKIP() << ran.err;
+    ASSERT_EQ(ran.status, 0) << ran.err;
+    const Json facts = Json::parse(ran.out);
+    EXPECT_EQ(keys_of(facts),
+              "file low high rows rowHeight graphLeft graphTop graphWidth graphHeight objects ");
+    EXPECT_EQ(facts["rows"], facts["objects"].size());
+    std::set<uint32_t> ids;
+    for (const Json& id : facts["objects"])
+        if (!id.is_null()) ids.insert(id.get<uint32_t>());
+    EXPECT_EQ(ids, (std::set<uint32_t>{0x401, 0x402}));
+    EXPECT_NEAR(facts["low"].get<double>(), 0, 1e-5);
+    EXPECT_NEAR(facts["high"].get<double>(), 0.001001, 1e-5);
+    EXPECT_LE(facts["graphLeft"].get<int>() + facts["graphWidth"].get<int>(), 600);
+    EXPECT_EQ(content(path("picture.png")).substr(0, 4), "\x89PNG");
+    EXPECT_EQ(run({"render", trace, "-o", path("picture.svg"), "--hide", "net"}).status, 0);
+    EXPECT_NE(content(path("picture.svg")).find("<svg"), std::string::npos);
+    EXPECT_EQ(run({"render", trace, "-o", path("picture.pdf")}).status, 0);
+    EXPECT_EQ(content(path("picture.pdf")).substr(0, 5), "%PDF-");
+    const Ran odd = run({"render", trace, "-o", path("picture.doc")});
+    EXPECT_EQ(odd.status, 1);
+    EXPECT_NE(odd.err.find("picture.doc"), std::string::npos);
+    for (const Words& wrong :
+         {Words{}, {"-o", path("p.png"), "--width", "0"}, {"-o", path("p.png"), "--sort", "size"}}) {
+        Words words{"render", trace};
+        words.insert(words.end(), wrong.begin(), wrong.end());
+        EXPECT_EQ(run(words).status, 2);
+    }
+}
+
+TEST_F(CliTest, HelpCompletionAndManualKnowEveryCommand) {
+    const Ran completion = run({"--print-completion"}), manual = run({"--print-man"}), help = run({"--help"});
+    for (const std::string name :
+         {"info", "import", "events", "state", "objects", "render", "config check"}) {
+        const std::string first = name.substr(0, name.find(' '));
+        EXPECT_NE(cli_FindCommand(name), nullptr) << name;
+        EXPECT_NE(completion.out.find("\n    " + first + ") words=\""), std::string::npos) << name;
+        EXPECT_NE(manual.out.find("\n.B " + name + " PATH\n"), std::string::npos) << name;
+        EXPECT_NE(help.out.find("\n  " + first + " "), std::string::npos) << name;
+        EXPECT_EQ(run({first, "--help"}).status, 0) << name;
+    }
+    EXPECT_NE(manual.out.find("--object ID"), std::string::npos);
+    EXPECT_NE(completion.out.find("--object "), std::string::npos);
+    EXPECT_EQ(run({"--version"}).out.substr(0, 12), "chronoweave ");
+}
