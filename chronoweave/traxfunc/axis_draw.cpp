@@ -18,14 +18,15 @@ struct TickPass {
 
     bool visible(double t) const { return t >= low - step * 1e-9; }
     int column(double t) const { return laCanvas_TimeToPixel(canvas, t, canvas.timeMode); }
-    bool inBand(int x) const { return x > bandLeft && x < bandRight; }
+    Colour inkAt(int x) const {
+        return x > bandLeft && x < bandRight ? surface.selectionForeground() : surface.foreground();
+    }
 
     void tick(double t, int length) const {
         if (!visible(t)) return;
         const int x = column(std::max(t, low));
         if (x < 0 || x >= canvas.graph->width) return;
-        surface.drawLine(x, top, x, top + length,
-                         inBand(x) ? surface.selectionForeground() : surface.foreground());
+        surface.drawLine(x, top, x, top + length, inkAt(x));
     }
     void label(double t) const {
         if (!visible(t)) return;

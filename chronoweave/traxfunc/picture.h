@@ -20,8 +20,9 @@ struct laPicture {
 
 // The line under the drawing area.
 int laPicture_FooterHeight(const FontMetrics& font);
-// Places the parts for a total size and gives the canvas its drawing area; the names take what the longest
-// needs, from 100 pixels to a quarter of the width.
+// Places the parts for a total size and gives the canvas its drawing area; the names take what the longest of
+// the present rows needs, from 100 pixels to a quarter of the width. So show the range first, then lay out:
+// the times shown stay as they are.
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height);
 // Draws everything. The canvas keeps its own surface. Cursors and their band only when asked for.
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);

@@ -48,10 +48,9 @@ class LaneSweep {
     std::vector<int16_t> cpuOfKey_;    // index in canvas.cpus; -1 for none
 };
 
-// Who runs where an object would: the lane's object id; nothing (laNoLane as a lane position) when no one
-// does or the processor was not seen. On Korvantis the processor is the id's low 10 bits; elsewhere there is
-// one for all.
+// The processor of an object: on Korvantis the id's low 10 bits, elsewhere one for all.
 uint32_t laCpu_Key(const _LaCanvasData& canvas, uint32_t objectId);
 // The lane that runs where an object would; laNoLane when none does or the processor was not seen yet.
 uint32_t laCpu_RunningLane(const _LaCanvasData& canvas, uint32_t objectId);
+// No processor has a running lane any more.
 void laCpu_Clear(_LaCanvasData& canvas);
