@@ -11,8 +11,8 @@ QImage drawIcon(IconHandle icon, double ratio) {
     const IconInfo& info = icon_Table()[static_cast<size_t>(icon)];
     QSvgRenderer renderer(QString::fromStdString(info.path));
     if (!renderer.isValid()) return {};
-    QImage image(static_cast<int>(std::ceil(info.width * ratio)), static_cast<int>(std::ceil(info.height * ratio)),
-                 QImage::Format_ARGB32_Premultiplied);
+    QImage image(static_cast<int>(std::ceil(info.width * ratio)),
+                 static_cast<int>(std::ceil(info.height * ratio)), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -10,6 +10,7 @@
 #include <QSvgGenerator>
 #include <cmath>
 
+#include "shared/libcxxutil/report.h"
 #include "windlib/qt/qt_surface.h"
 
 namespace {
@@ -62,6 +63,10 @@ void picture_StartHeadless() {
     if (QCoreApplication::instance()) return;
     // With no display the offscreen plugin draws just the same; a picture never needs more.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The platform's own chatter is no message of this program; what fails is told by return values.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtFatalMsg) gen_fatal("%s", text.toStdString().c_str());
+    });
     static int count = 1;
     static char name[] = "chronoweave";
     static char* arguments[] = {name, nullptr};

@@ -6,12 +6,12 @@
 
 class Surface;
 
-// Makes what Qt needs to draw with no display. Call once, before anything else of this file, in a program that has no
-// application object of its own.
+// Makes what Qt needs to draw with no display. Call once, before anything else of this file, in a program
+// that has no application object of its own.
 void picture_StartHeadless();
 
-// Draws a picture of a size in logical pixels and writes it. scale is the device pixels per logical one of a .png.
-// False with what and where in why.
+// Draws a picture of a size in logical pixels and writes it. scale is the device pixels per logical one of a
+// .png. False with what and where in why.
 bool picture_Write(const std::string& file, int width, int height, double scale,
                    const std::function<void(Surface&)>& draw, std::string& why);
 // Calls measure with a surface of the same fonts, for layout ahead of drawing.

@@ -11,8 +11,12 @@ namespace {
 constexpr int applicationPixels = 13;
 constexpr int axisPixels = 11;
 
-QColor colourOf(Colour colour) { return QColor::fromRgb(colour | 0xFF000000u); }
-Colour plainColour(const QColor& colour) { return colour.rgb() & 0xFFFFFFu; }
+QColor colourOf(Colour colour) {
+    return QColor::fromRgb(colour | 0xFF000000u);
+}
+Colour plainColour(const QColor& colour) {
+    return colour.rgb() & 0xFFFFFFu;
+}
 
 QFont canvasFont(int pixels) {
     QFont font(QStringLiteral("Sans Serif"));
@@ -54,7 +58,8 @@ const SurfaceFonts& surfaceFonts() {
 
 SurfaceColours surfaceColours(const QPalette& palette) {
     return {plainColour(palette.color(QPalette::Text)), plainColour(palette.color(QPalette::Base)),
-            plainColour(palette.color(QPalette::HighlightedText)), plainColour(palette.color(QPalette::Highlight))};
+            plainColour(palette.color(QPalette::HighlightedText)),
+            plainColour(palette.color(QPalette::Highlight))};
 }
 
 QtSurface::QtSurface(QPainter& painter, int width, int height, const SurfaceColours& colours, bool vector)
@@ -72,7 +77,8 @@ void QtSurface::drawLine(int x0, int y0, int x1, int y1, Colour colour) {
     drawStyledLine(x0, y0, x1, y1, colour, 1, 0, 0);
 }
 
-void QtSurface::drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style, int phase) {
+void QtSurface::drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
+                               int phase) {
     thickness = std::max(thickness, 1);
     const bool horizontal = y0 == y1;
     if (!horizontal && x0 != x1) {
@@ -88,7 +94,8 @@ void QtSurface::drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, in
 }
 
 // Dashes of a line along an axis are rectangles: exact, and cheap enough for thousands of lines.
-void QtSurface::drawDashes(const QRect& line, bool horizontal, Colour colour, int thickness, int style, int phase) {
+void QtSurface::drawDashes(const QRect& line, bool horizontal, Colour colour, int thickness, int style,
+                           int phase) {
     const int* pattern = dashPattern[style];
     const int period = dashPeriod[style] * thickness;
     const QColor pen = colourOf(colour);
@@ -107,7 +114,9 @@ void QtSurface::drawDashes(const QRect& line, bool horizontal, Colour colour, in
     }
 }
 
-void QtSurface::fillRect(int x, int y, int w, int h, Colour colour) { painter_.fillRect(x, y, w, h, colourOf(colour)); }
+void QtSurface::fillRect(int x, int y, int w, int h, Colour colour) {
+    painter_.fillRect(x, y, w, h, colourOf(colour));
+}
 
 void QtSurface::clearRect(int x, int y, int w, int h) {
     painter_.fillRect(x, y, w > 0 ? w : width_ - x, h > 0 ? h : height_ - y, colourOf(colours_.background));
@@ -154,7 +163,8 @@ void QtSurface::popClip() {
 }
 
 void QtSurface::setExclusiveOr(bool on) {
-    painter_.setCompositionMode(on ? QPainter::RasterOp_SourceXorDestination : QPainter::CompositionMode_SourceOver);
+    painter_.setCompositionMode(on ? QPainter::RasterOp_SourceXorDestination
+                                   : QPainter::CompositionMode_SourceOver);
 }
 
 int QtSurface::setFont(int slot) {

@@ -10,8 +10,8 @@
 
 #include "windlib/lagraph/surface.h"
 
-// The fonts of the canvas and their metrics. The same in every form of the surface and on every platform plugin, so
-// that a picture file and a window show the same pixels.
+// The fonts of the canvas and their metrics. The same in every form of the surface and on every platform
+// plugin, so that a picture file and a window show the same pixels.
 struct SurfaceFonts {
     SurfaceFonts();
     QFont fonts[Font_Count];
@@ -28,15 +28,16 @@ SurfaceColours surfaceColours(const QPalette& palette);
 
 class QtSurface : public Surface {
   public:
-    // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. vector: the device has no
-    // pixels, so that icons are drawn as shapes.
+    // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. vector: the
+    // device has no pixels, so that icons are drawn as shapes.
     QtSurface(QPainter& painter, int width, int height, const SurfaceColours& colours, bool vector = false);
     ~QtSurface() override;
 
     int width() const override { return width_; }
     int height() const override { return height_; }
     void drawLine(int x0, int y0, int x1, int y1, Colour colour) override;
-    void drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style, int phase) override;
+    void drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
+                        int phase) override;
     void fillRect(int x, int y, int w, int h, Colour colour) override;
     void clearRect(int x, int y, int w, int h) override;
     void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override;

@@ -1,0 +1,132 @@
+// The window, driven on the offscreen platform: what it shows must be what a picture file shows.
+#include "windlib/qt/canvas_window.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <filesystem>
+
+#include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/traxfunc/navigate.h"
+#include "chronoweave/traxfunc/session.h"
+#include "chronoweave/traxfunc/view.h"
+#include "libtrv/test_store.h"
+#include "shared/libcxxutil/report.h"
+#include "windlib/qt/picture_file.h"
+#include "windlib/qt/picture_view.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+class Window : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int count = 1;
+        static char name[] = "test";
+        static char* arguments[] = {name, nullptr};
+        static auto application = platform_Start(count, arguments);
+    }
+    void SetUp() override {
+        std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
+        window->resize(1000, 600);
+        window->show();
+        QApplication::processEvents();
+    }
+    void key(int code) {
+        QKeyEvent press(QEvent::KeyPress, code, Qt::NoModifier);
+        QApplication::sendEvent(&window->view(), &press);
+    }
+    void wheel(QPoint at, int turn, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event(at, at, QPoint(), QPoint(0, turn), Qt::NoButton, modifiers, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(&window->view(), &event);
+    }
+    _LaCanvasData& canvas() { return window->view().canvas(); }
+
+    TestFolder folder;
+    std::string trace = folder / "run.trr";
+    std::unique_ptr<CanvasWindow> window = std::make_unique<CanvasWindow>("VOREL Chronoweave", false);
+};
+
+}  // namespace
+
+TEST_F(Window, ShowsThePixelsOfThePictureFile) {
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(window->windowTitle().toStdString(), trace + " - VOREL Chronoweave");
+    canvas().cursor[0] = -100;
+    key(Qt::Key_0);
+    canvas().timeMode = Time_Second;  // the first view made the unit finer, and only a command takes it back
+    const QSize size = window->view().size();
+    window->view().layOutAndPaint();
+    const laPicture& shown = window->view().picture();
+
+    LaGraph graph;
+    std::unique_ptr<_LaCanvasData> other;
+    laPicture picture;
+    picture_Measure([&](Surface& surface) {
+        graph.font = surface.fontMetrics(Font_Application);
+        other = laCanvas_Create(graph, 0);
+        Legend legend;
+        ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
+        ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));
+        picture = laPicture_LayOut(*other, surface, size.width(), size.height());
+        laCanvas_ShowAll(*other);
+        picture = laPicture_LayOut(*other, surface, size.width(), size.height());
+    });
+    EXPECT_EQ(picture.graphLeft, shown.graphLeft);
+    EXPECT_EQ(picture.graphHeight, shown.graphHeight);
+    std::string why;
+    const auto draw = [&](Surface& surface) { laPicture_Draw(*other, surface, picture, false); };
+    ASSERT_TRUE(picture_Write(folder / "p.png", size.width(), size.height(), 1, draw, why)) << why;
+    const QImage file(QString::fromStdString(folder / "p.png"));
+    EXPECT_EQ(file.convertToFormat(QImage::Format_RGB32), window->view().image());
+}
+
+TEST_F(Window, ZoomsAtThePointerAndScrolls) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    EXPECT_NEAR(canvas().viewHigh, canvas().totalLength, 1e-9);
+    const laPicture& picture = window->view().picture();
+    const int x = picture.graphLeft + picture.graphWidth / 4;
+    const double pixel = 1 / canvas().pixelsPerUnit;
+    const double pointed = canvas().viewLow + (x - picture.graphLeft) * pixel;
+    for (int i = 0; i < 20; ++i) wheel({x, 50}, 120, Qt::ControlModifier);
+    EXPECT_LT(canvas().viewLength, canvas().totalLength / 50);
+    EXPECT_NEAR(canvas().viewLow + (x - picture.graphLeft) / canvas().pixelsPerUnit, pointed, pixel);
+    const double low = canvas().viewLow, length = canvas().viewLength;
+    wheel({x, 50}, -120, Qt::ShiftModifier);
+    EXPECT_GT(canvas().viewLow, low);
+    EXPECT_NEAR(canvas().viewLength, length, length * 1e-9);
+    key(Qt::Key_End);
+    EXPECT_GE(canvas().viewHigh, canvas().totalLength);
+    key(Qt::Key_Home);
+    EXPECT_EQ(canvas().viewLow, 0);
+    auto* bar = window->findChild<QScrollBar*>("HScroll");
+    bar->setValue(bar->maximum());
+    EXPECT_GE(canvas().viewHigh, canvas().totalLength);
+    key(Qt::Key_0);
+    auto* rows = window->findChild<QScrollBar*>("VScroll");
+    wheel({x, 50}, -120, Qt::NoModifier);
+    EXPECT_EQ(rows->value(), 3 * canvas().rowHeight);
+    EXPECT_EQ(canvas().verticalOffset, rows->value());
+}
+
+TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
+    std::string said;
+    gen_set_report_sink([&](int, const std::string& line) { said += line; });
+    EXPECT_FALSE(window->load(folder / "none.TRR"));
+    EXPECT_NE(said.find("Cannot open file."), std::string::npos) << said;
+    EXPECT_NE(said.find("Can't open VOREL Chronoweave source file"), std::string::npos) << said;
+    EXPECT_FALSE(window->load(""));
+    EXPECT_EQ(window->message(), "Invalid file name.");
+    gen_set_report_sink({});
+    EXPECT_TRUE(window->load(trace));
+    window->resize(700, 400);
+    QApplication::processEvents();
+    EXPECT_EQ(canvas().graph->width, window->view().picture().graphWidth);
+}

@@ -1,0 +1,61 @@
+// The canvas on screen: names, drawing area and footer on one backing image at the screen's own resolution,
+// so that the canvas can paint parts of it, and what wheel, keys and pointer do there.
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/picture.h"
+
+class PictureView : public QWidget {
+    Q_OBJECT
+  public:
+    explicit PictureView(QWidget* parent = nullptr);
+    ~PictureView() override;
+
+    _LaCanvasData& canvas() { return *canvas_; }
+    LaGraph& graph() { return graph_; }
+    const laPicture& picture() const { return picture_; }
+    const QImage& image() const { return image_; }
+
+    // Runs work with the graph's surface open on the image, then updates the screen and the bars. Every
+    // operation of the canvas that may paint goes through here. Calls may nest.
+    void draw(const std::function<void()>& work);
+    // Places the parts for the present size and paints everything.
+    void layOutAndPaint();
+
+  Q_SIGNALS:
+    void barsChanged();
+    void hovered(int x);  // the pointer is over this column of the drawing area; -1 when it left
+    void fileDropped(const QString& path);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    void drawNames(Surface& whole);
+    void makeImage();
+    void finishDrawing();
+    bool handleKey(const QKeyEvent& event);
+    int pointerColumn() const;
+
+    LaGraph graph_;
+    std::unique_ptr<_LaCanvasData> canvas_;
+    laPicture picture_;
+    QImage image_;
+    int drawing_ = 0;          // depth of draw
+    bool namesStale_ = false;  // the list must be painted
+    bool resized_ = false;     // while drawing
+};

@@ -1,0 +1,94 @@
+#include "windlib/qt/qt_surface.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include "windlib/qt/picture_file.h"
+
+namespace {
+
+// Draws on a small image and gives one row or column of it as text: '.' for the background, '#' for anything
+// else.
+struct Drawn {
+    QImage image{60, 20, QImage::Format_RGB32};
+    template <class Draw>
+    explicit Drawn(Draw draw) {
+        picture_StartHeadless();
+        image.fill(0xFFFFFFFFu);
+        QPainter painter(&image);
+        QtSurface surface(painter, image.width(), image.height(), {});
+        draw(surface);
+    }
+    std::string row(int y) const {
+        std::string text;
+        for (int x = 0; x < image.width(); ++x) text += image.pixel(x, y) == 0xFFFFFFFFu ? '.' : '#';
+        return text.substr(0, text.find_last_of('#') + 1);
+    }
+    std::string column(int x) const {
+        std::string text;
+        for (int y = 0; y < image.height(); ++y) text += image.pixel(x, y) == 0xFFFFFFFFu ? '.' : '#';
+        return text.substr(0, text.find_last_of('#') + 1);
+    }
+};
+
+}  // namespace
+
+TEST(QtSurface, LinesAlongAnAxisCoverBothEnds) {
+    const Drawn one([](Surface& s) { s.drawLine(5, 3, 2, 3, 0); });
+    EXPECT_EQ(one.row(3), "..####");
+    EXPECT_EQ(one.row(2) + one.row(4), "");
+    const Drawn thick([](Surface& s) { s.drawStyledLine(4, 2, 4, 6, 0, 3, 0, 0); });
+    EXPECT_EQ(thick.column(3), "..#####");
+    EXPECT_EQ(thick.row(4), "...###");
+}
+
+TEST(QtSurface, DashesKeepTheirPhaseWhenALineIsCut) {
+    for (int style = 1; style <= 4; ++style) {
+        for (const int thickness : {1, 2}) {
+            const int period = dashPeriod[style] * thickness;
+            const Drawn whole([&](Surface& s) { s.drawStyledLine(0, 5, 59, 5, 0, thickness, style, 0); });
+            EXPECT_EQ(whole.row(5).find("#."), size_t(dashPattern[style][0] * thickness) - 1);
+            const Drawn tail(
+                [&](Surface& s) { s.drawStyledLine(17, 5, 59, 5, 0, thickness, style, 17 % period); });
+            EXPECT_EQ(tail.row(5).substr(17), whole.row(5).substr(17)) << style;
+        }
+    }
+    const Drawn down([](Surface& s) { s.drawStyledLine(7, 1, 7, 19, 0, 1, 2, 0); });
+    EXPECT_EQ(down.column(7), ".###...###...###...#");
+}
+
+TEST(QtSurface, ClipsNestAndExclusiveOrUndoesItself) {
+    const Drawn clipped([](Surface& s) {
+        s.pushClip(2, 0, 10, 20, true);
+        s.pushClip(5, 0, 50, 20, true);
+        s.fillRect(0, 0, 60, 1, 0);
+        s.popClip();
+        s.fillRect(0, 1, 60, 1, 0);
+        s.popClip();
+        s.fillRect(0, 2, 60, 1, 0);
+    });
+    EXPECT_EQ(clipped.row(0), ".....#######");
+    EXPECT_EQ(clipped.row(1), "..##########");
+    EXPECT_EQ(clipped.row(2).size(), 60u);
+    const Drawn twice([](Surface& s) {
+        s.fillRect(0, 0, 4, 1, 0x123456);
+        s.setExclusiveOr(true);
+        for (int i = 0; i < 2; ++i) s.drawLine(2, 0, 2, 9, 0xFFFFFF);
+        s.setExclusiveOr(false);
+    });
+    EXPECT_EQ(twice.row(0), "####");
+    EXPECT_EQ(twice.row(5), "");
+    EXPECT_EQ(twice.image.pixel(2, 0), 0xFF123456u);
+}
+
+TEST(PictureFile, RefusesANameThatIsNoPicturesAndAFolderThatIsNotThere) {
+    picture_StartHeadless();
+    std::string why;
+    EXPECT_FALSE(picture_Write(
+        "x.jpeg", 10, 10, 1, [](Surface&) {}, why));
+    EXPECT_EQ(why, "x.jpeg: the name of a picture ends in .png, .svg or .pdf");
+    EXPECT_FALSE(picture_Write(
+        "/nonexistent/x.png", 10, 10, 1, [](Surface&) {}, why));
+    EXPECT_NE(why.find("/nonexistent/x.png"), std::string::npos);
+}
