@@ -124,6 +124,11 @@ std::unique_ptr<GFile> GFile::OpenForRead(const std::string& name, std::string& 
         why = name + ": " + std::strerror(errno);
         return nullptr;
     }
+    return OpenOnDevice(std::move(device), name, why);
+}
+
+std::unique_ptr<GFile> GFile::OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
+                                           std::string& why) {
     std::unique_ptr<GFile> file = OnDevice(*device, name);
     file->owned_ = std::move(device);
     const size_t there = file->fill(mt_HeaderSize) ? mt_HeaderSize : file->buffered();

@@ -48,7 +48,10 @@ class GFile {
   public:
     // Opens and checks the header; null with the reason in why otherwise. The position is behind the header.
     static std::unique_ptr<GFile> OpenForRead(const std::string& name, std::string& why);
-    // The same on a device that stays the caller's and must outlive the file; its header is not looked at.
+    // The same on a device that the file takes over, instead of a name of the operating system.
+    static std::unique_ptr<GFile> OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
+                                               std::string& why);
+    // On a device that stays the caller's and must outlive the file; its header is not looked at.
     static std::unique_ptr<GFile> OnDevice(FileDevice& device, const std::string& name);
 
     const std::string& name() const { return name_; }

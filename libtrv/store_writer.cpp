@@ -356,18 +356,9 @@ namespace {
 
 bool write_version_file(const std::string& name, uint32_t ticksPerSecond, const std::string& osName,
                         bool bigEndian) {
-    GFileHeader header;
-    header.kind = mt_KindVersion;
-    ByteBuffer bytes;
-    bytes.put(gf_EncodeHeader(header));
-    bytes.put8(mt_FormatVersion);
-    bytes.put32(ticksPerSecond);
-    bytes.put32(static_cast<uint32_t>(osName.size()));
-    bytes.put({reinterpret_cast<const uint8_t*>(osName.data()), osName.size()});
-    bytes.put8(bigEndian ? 1 : 0);
-    bytes.put32(mt_CheckpointInterval);
+    const std::vector<uint8_t> bytes = StoreWriter::EncodeVersionFile(ticksPerSecond, osName, bigEndian);
     const auto device = gf_OpenDevice(name, true);
-    return device && device->write_at(0, {bytes.data(), bytes.size()}) == static_cast<int64_t>(bytes.size());
+    return device && device->write_at(0, bytes) == static_cast<int64_t>(bytes.size());
 }
 
 // Writes the version file under a temporary name and moves it to its own.
@@ -427,6 +418,21 @@ std::unique_ptr<StoreWriter> StoreWriter::OpenForWrite(const std::string& base, 
     if (made) return std::unique_ptr<StoreWriter>(new StoreWriter(std::move(impl)));
     if (why) *why = reason;
     return nullptr;
+}
+
+std::vector<uint8_t> StoreWriter::EncodeVersionFile(uint32_t ticksPerSecond, const std::string& osName,
+                                                    bool bigEndianTarget) {
+    GFileHeader header;
+    header.kind = mt_KindVersion;
+    ByteBuffer bytes;
+    bytes.put(gf_EncodeHeader(header));
+    bytes.put8(mt_FormatVersion);
+    bytes.put32(ticksPerSecond);
+    bytes.put32(static_cast<uint32_t>(osName.size()));
+    bytes.put({reinterpret_cast<const uint8_t*>(osName.data()), osName.size()});
+    bytes.put8(bigEndianTarget ? 1 : 0);
+    bytes.put32(mt_CheckpointInterval);
+    return {bytes.data(), bytes.data() + bytes.size()};
 }
 
 std::unique_ptr<StoreWriter> StoreWriter::OnDevices(std::unique_ptr<FileDevice> events,

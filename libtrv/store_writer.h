@@ -81,6 +81,10 @@ class StoreWriter {
                                                   mt_EventCallback callback);
     void SetOffsetLimit(uint64_t limit);
 
+    // The bytes of a .trv file.
+    static std::vector<uint8_t> EncodeVersionFile(uint32_t ticksPerSecond, const std::string& osName,
+                                                  bool bigEndianTarget);
+
     struct Impl;
 
   private:

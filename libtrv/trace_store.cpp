@@ -52,6 +52,17 @@ TraceStorePtr refuse(std::string* why, std::string reason) {
     return nullptr;
 }
 
+// Takes in what the open files say; the store or, when they can't be a store, null.
+TraceStorePtr finish_open(TraceStorePtr store, std::string* why) {
+    read_version(*store);
+    const uint64_t records = store->index->device().size() / index_record;
+    store->blockTimes.reserve(records);
+    store->blockOffsets.reserve(records);
+    if (read_index(*store) == IndexScan::BadRecord)
+        return refuse(why, store->base + ".tri: a record of the index has an unknown type");
+    return store;
+}
+
 }  // namespace
 
 void TraceStoreDeleter::operator()(TraceStore* store) const {
@@ -65,13 +76,21 @@ TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why) {
     if (!(store->version = GFile::OpenForRead(base + ".trv", reason))) return refuse(why, reason);
     if (!(store->events = GFile::OpenForRead(base + ".trs", reason))) return refuse(why, reason);
     if (!(store->index = GFile::OpenForRead(base + ".tri", reason))) return refuse(why, reason);
-    read_version(*store);
-    const uint64_t records = store->index->device().size() / index_record;
-    store->blockTimes.reserve(records);
-    store->blockOffsets.reserve(records);
-    if (read_index(*store) == IndexScan::BadRecord)
-        return refuse(why, base + ".tri: a record of the index has an unknown type");
-    return store;
+    return finish_open(std::move(store), why);
+}
+
+TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_ptr<FileDevice> events,
+                               std::unique_ptr<FileDevice> index, const std::string& base, std::string* why) {
+    TraceStorePtr store(new TraceStore);
+    store->base = base;
+    std::string reason;
+    store->version = GFile::OpenOnDevice(std::move(version), base + ".trv", reason);
+    if (!store->version) return refuse(why, reason);
+    store->events = GFile::OpenOnDevice(std::move(events), base + ".trs", reason);
+    if (!store->events) return refuse(why, reason);
+    store->index = GFile::OpenOnDevice(std::move(index), base + ".tri", reason);
+    if (!store->index) return refuse(why, reason);
+    return finish_open(std::move(store), why);
 }
 
 TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why) {

@@ -16,6 +16,7 @@
 #include "libtrv/state_table.h"
 #include "libtrv/store_format.h"
 
+class FileDevice;
 struct TraceStore;
 struct TraceStoreDeleter {
     void operator()(TraceStore* store) const;  // mt_Close
@@ -26,6 +27,10 @@ using TraceStorePtr = std::unique_ptr<TraceStore, TraceStoreDeleter>;
 TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why = nullptr);
 // The same by the name of the .trs file: the last 4 characters are dropped.
 TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why = nullptr);
+// For tests: the three devices in place of files. The base is only told in messages.
+TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_ptr<FileDevice> events,
+                               std::unique_ptr<FileDevice> index, const std::string& base,
+                               std::string* why = nullptr);
 void mt_Close(TraceStore* store);
 // Flushes those files that are open, down to the disk. Null is accepted. False when the disk refused.
 bool mt_FlushFiles(TraceStore* store);
