@@ -205,7 +205,6 @@ bool core_Import(RawSession& session, std::span<const uint8_t> file, const std::
     session.header.ticksPerSecond = image.ticksPerSecond;
     if (image.version == 2) session.header.osName = "TOLMUND";
     if (!session_OpenWriter(session, make, error)) return false;
-    session.writer->SetGrouping(1 << 20);
     const CoreRun run = decode_all(session, image);
     session_Settle(session);
     if (run.end >= 0) return true;

@@ -142,7 +142,6 @@ class Opening {
             return;
         }
         if (!open_writer()) return;
-        session_.writer->SetGrouping(1 << 20);
         log_ReadThrough(session_, image);
         if (!image.damage.empty()) say(image.damage);
         finish_import();

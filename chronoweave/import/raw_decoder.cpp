@@ -13,7 +13,7 @@ constexpr size_t timed_buffer = 32768;  // the deadline is tested once per buffe
 // whole, by the next pass whatever the size, and offsets in messages are the file's. A large one saves system
 // calls.
 constexpr size_t whole_buffer = 1 << 20;
-constexpr size_t group_bytes = 1 << 20;
+constexpr size_t group_bytes = 256 * 1024;  // a group that is still in the cache when it is written
 
 void tell_bad_byte(RawSession& session, uint64_t offset, uint8_t byte) {
     ++session.counts.badBytes;
@@ -113,7 +113,7 @@ bool session_OpenWriter(RawSession& session, const WriterMaker& make, std::strin
     if (rate != header.ticksPerSecond)
         gen_console(words_ClockRate, static_cast<unsigned long long>(header.ticksPerSecond), rate);
     session.writer = make(rate, header.osName, header.bigEndian, why);
-    return session.writer != nullptr;
+    return session.writer != nullptr && session.writer->SetGrouping(group_bytes);
 }
 
 bool session_DecodeRecord(RawSession& session, std::span<const uint8_t> record) {
@@ -140,7 +140,6 @@ ReadOnEnd session_ReadOn(RawSession& session, int64_t limitMs) {
     const bool limited = limitMs > 0;
     const int64_t deadline = limited ? session.clock() + limitMs : 0;
     session.buffer.resize(limited ? timed_buffer : whole_buffer);
-    session.writer->SetGrouping(group_bytes);
     const Pass pass = read_passes(session, limited, deadline);
     session.offset += pass.consumed;
     session_Settle(session);

@@ -44,6 +44,7 @@ using WriterMaker = std::function<std::unique_ptr<StoreWriter>(uint32_t ticksPer
                                                                bool bigEndian, std::string& why)>;
 // Opens the session's writer with the header's clock rate, name and byte order. A rate above 32 bits is told
 // on the console and cut to its low word.
+// The writer commits in groups; session_Settle commits the last.
 [[nodiscard]] bool session_OpenWriter(RawSession& session, const WriterMaker& make, std::string& why);
 
 // Translates one raw event and appends it. False when it was dropped or refused; the session has counted it.
