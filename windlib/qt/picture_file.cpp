@@ -95,7 +95,7 @@ bool picture_Write(const std::string& name, int width, int height, double scale,
     return false;
 }
 
-void picture_Measure(const Draw& measure) {
-    QImage image(1, 1, QImage::Format_RGB32);
-    paintOn(image, 1, 1, false, measure);
+void picture_Measure(const Draw& measure, int width, int height) {
+    QImage image(width, height, QImage::Format_RGB32);
+    paintOn(image, width, height, false, measure);
 }
