@@ -222,7 +222,8 @@ TEST_F(CliTest, TimesReadBackAsTheyAreShown) {
         std::istringstream line(shown[i + 1]);
         std::string cell;
         for (int column = 0; column < 3; ++column) std::getline(line, cell, ',');
-        const Ran ran = run({"events", "--json", "--from", cell, "--to", "1e9", sample()});
+        const std::string end = std::to_string(std::stod(cell) + 1e-4);
+        const Ran ran = run({"events", "--json", "--from", cell, "--to", end, sample()});
         EXPECT_EQ(Json::parse(ran.out.substr(0, ran.out.find('\n')))["seq"], i + 1) << cell;
     }
 }
