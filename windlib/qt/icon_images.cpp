@@ -2,8 +2,7 @@
 
 #include <QSvgRenderer>
 #include <cmath>
-#include <map>
-#include <utility>
+#include <vector>
 
 namespace {
 
@@ -25,12 +24,17 @@ QImage drawIcon(IconHandle icon, double ratio) {
 }  // namespace
 
 const QImage& iconImage(IconHandle icon, double devicePixelRatio) {
-    static std::map<std::pair<IconHandle, double>, QImage> images;
+    struct Sized {
+        double ratio = 0;  // 0 for none yet
+        QImage image;
+    };
+    // One size of each is kept: screens of two resolutions take turns only when a window moves.
+    static std::vector<Sized> images(icon_Table().size());
     static const QImage none;
-    if (icon < 0 || static_cast<size_t>(icon) >= icon_Table().size()) return none;
-    const auto [at, fresh] = images.try_emplace({icon, devicePixelRatio});
-    if (fresh) at->second = drawIcon(icon, devicePixelRatio);
-    return at->second;
+    if (icon < 0 || static_cast<size_t>(icon) >= images.size()) return none;
+    Sized& kept = images[static_cast<size_t>(icon)];
+    if (kept.ratio != devicePixelRatio) kept = {devicePixelRatio, drawIcon(icon, devicePixelRatio)};
+    return kept.image;
 }
 
 void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon) {

@@ -20,11 +20,12 @@ constexpr double pointsPerPixel = 72.0 / pixelsPerInch;
 
 using Draw = std::function<void(Surface&)>;
 
-bool paintOn(QPaintDevice& device, int width, int height, bool vector, const Draw& draw) {
+// image is the device itself when that is an image, null otherwise.
+bool paintOn(QPaintDevice& device, QImage* image, int width, int height, const Draw& draw) {
     QPainter painter;
     if (!painter.begin(&device)) return false;
     {
-        QtSurface surface(painter, width, height, surfaceColours(QGuiApplication::palette()), vector);
+        QtSurface surface(painter, image, width, height, surfaceColours(QGuiApplication::palette()));
         draw(surface);
     }
     return painter.end();
@@ -35,7 +36,7 @@ bool writePng(QFile& file, int width, int height, double scale, const Draw& draw
                  QImage::Format_RGB32);
     if (image.isNull()) return false;
     image.setDevicePixelRatio(scale);
-    return paintOn(image, width, height, false, draw) && image.save(&file, "PNG");
+    return paintOn(image, &image, width, height, draw) && image.save(&file, "PNG");
 }
 
 bool writeSvg(QFile& file, int width, int height, const Draw& draw) {
@@ -45,7 +46,7 @@ bool writeSvg(QFile& file, int width, int height, const Draw& draw) {
     generator.setViewBox(QRect(0, 0, width, height));
     generator.setResolution(pixelsPerInch);
     generator.setTitle(QStringLiteral("Chronoweave"));
-    return paintOn(generator, width, height, true, draw);
+    return paintOn(generator, nullptr, width, height, draw);
 }
 
 bool writePdf(QFile& file, int width, int height, const Draw& draw) {
@@ -54,7 +55,7 @@ bool writePdf(QFile& file, int width, int height, const Draw& draw) {
     writer.setPageLayout(QPageLayout(QPageSize(QSizeF(width, height) * pointsPerPixel, QPageSize::Point),
                                      QPageLayout::Portrait, QMarginsF()));
     writer.setTitle(QStringLiteral("Chronoweave"));
-    return paintOn(writer, width, height, true, draw);
+    return paintOn(writer, nullptr, width, height, draw);
 }
 
 }  // namespace
@@ -97,5 +98,5 @@ bool picture_Write(const std::string& name, int width, int height, double scale,
 
 void picture_Measure(const Draw& measure, int width, int height) {
     QImage image(width, height, QImage::Format_RGB32);
-    paintOn(image, width, height, false, measure);
+    paintOn(image, &image, width, height, measure);
 }

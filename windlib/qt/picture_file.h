@@ -14,6 +14,6 @@ void picture_StartHeadless();
 // .png. False with what and where in why.
 bool picture_Write(const std::string& file, int width, int height, double scale,
                    const std::function<void(Surface&)>& draw, std::string& why);
-// Calls measure with a surface of the same fonts, for layout ahead of drawing. What it draws, on a size in pixels, is
-// dropped.
+// Calls measure with a surface of the same fonts, for layout ahead of drawing. What it draws, on a size in
+// pixels, is dropped.
 void picture_Measure(const std::function<void(Surface&)>& measure, int width = 1, int height = 1);

@@ -59,7 +59,7 @@ void PictureView::draw(const std::function<void()>& work) {
     ++drawing_;
     {
         QPainter painter(&image_);
-        QtSurface whole(painter, width(), height(), surfaceColours(palette()));
+        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
         {
             TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
                                    picture_.graphHeight);
@@ -98,7 +98,7 @@ void PictureView::layOutAndPaint() {
     if (image_.devicePixelRatioF() != devicePixelRatioF()) makeImage();
     {
         QPainter painter(&image_);
-        QtSurface whole(painter, width(), height(), surfaceColours(palette()));
+        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
         ++drawing_;
         picture_ = laPicture_LayOut(*canvas_, whole, width(), height());
         laPicture_Draw(*canvas_, whole, picture_, true);

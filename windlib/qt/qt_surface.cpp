@@ -62,8 +62,14 @@ SurfaceColours surfaceColours(const QPalette& palette) {
             plainColour(palette.color(QPalette::Highlight))};
 }
 
-QtSurface::QtSurface(QPainter& painter, int width, int height, const SurfaceColours& colours, bool vector)
-    : painter_(painter), width_(width), height_(height), colours_(colours), vector_(vector) {
+QtSurface::QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours)
+    : painter_(painter),
+      width_(width),
+      height_(height),
+      colours_(colours),
+      vector_(image == nullptr),
+      clip_(0, 0, width, height) {
+    if (image) pixels_ = PixelBlit(*image);
     painter_.setRenderHint(QPainter::Antialiasing, false);
     painter_.setRenderHint(QPainter::TextAntialiasing, true);
     setFont(Font_Application);
@@ -88,7 +94,7 @@ void QtSurface::drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, in
     }
     const QRect line = lineRect(x0, y0, x1, y1, thickness);
     if (style <= 0 || style > 4)
-        painter_.fillRect(line, colourOf(colour));
+        fill(line, colour);
     else
         drawDashes(line, horizontal, colour, thickness, style, phase);
 }
@@ -98,7 +104,6 @@ void QtSurface::drawDashes(const QRect& line, bool horizontal, Colour colour, in
                            int phase) {
     const int* pattern = dashPattern[style];
     const int period = dashPeriod[style] * thickness;
-    const QColor pen = colourOf(colour);
     const int from = horizontal ? line.left() : line.top();
     const int end = horizontal ? line.right() + 1 : line.bottom() + 1;
     for (int at = from - ((phase % period) + period) % period; at < end;) {
@@ -106,20 +111,27 @@ void QtSurface::drawDashes(const QRect& line, bool horizontal, Colour colour, in
             const int next = at + pattern[i] * thickness;
             const int first = std::max(at, from), last = std::min(next, end);
             if (i % 2 == 0 && first < last)
-                painter_.fillRect(horizontal ? QRect(first, line.top(), last - first, line.height())
-                                             : QRect(line.left(), first, line.width(), last - first),
-                                  pen);
+                fill(horizontal ? QRect(first, line.top(), last - first, line.height())
+                                : QRect(line.left(), first, line.width(), last - first),
+                     colour);
             at = next;
         }
     }
 }
 
+void QtSurface::fill(const QRect& rect, Colour colour) {
+    if (pixels_.usable() && !exclusiveOr_)
+        pixels_.fill(rect, colour, clip_);
+    else
+        painter_.fillRect(rect, colourOf(colour));
+}
+
 void QtSurface::fillRect(int x, int y, int w, int h, Colour colour) {
-    painter_.fillRect(x, y, w, h, colourOf(colour));
+    fill({x, y, w, h}, colour);
 }
 
 void QtSurface::clearRect(int x, int y, int w, int h) {
-    painter_.fillRect(x, y, w > 0 ? w : width_ - x, h > 0 ? h : height_ - y, colourOf(colours_.background));
+    fill({x, y, w > 0 ? w : width_ - x, h > 0 ? h : height_ - y}, colours_.background);
 }
 
 void QtSurface::drawText(int x, int y, std::string_view text, Colour foreground, Colour background) {
@@ -140,29 +152,32 @@ TextExtent QtSurface::textExtent(std::string_view text) {
 }
 
 void QtSurface::drawIcon(int x, int y, IconHandle icon) {
-    if (vector_)
-        iconDrawShapes(painter_, x, y, icon);
+    if (vector_) return iconDrawShapes(painter_, x, y, icon);
+    const QImage& image = iconImage(icon, painter_.device()->devicePixelRatioF());
+    if (pixels_.usable() && !exclusiveOr_)
+        pixels_.blend(x, y, image, clip_);
     else
-        painter_.drawImage(QPoint(x, y), iconImage(icon, painter_.device()->devicePixelRatioF()));
+        painter_.drawImage(QPoint(x, y), image);
 }
 
 void QtSurface::pushClip(int x, int y, int w, int h, bool intersect) {
-    QRect clip(x, y, w, h);
-    if (intersect && !clips_.empty()) clip &= clips_.back();
-    clips_.push_back(clip);
-    painter_.setClipRect(clip);
+    clip_ = QRect(x, y, w, h) & (intersect ? clip_ : QRect(0, 0, width_, height_));
+    clips_.push_back(clip_);
+    painter_.setClipRect(clip_);
 }
 
 void QtSurface::popClip() {
     if (clips_.empty()) return;
     clips_.pop_back();
+    clip_ = clips_.empty() ? QRect(0, 0, width_, height_) : clips_.back();
     if (clips_.empty())
         painter_.setClipping(false);
     else
-        painter_.setClipRect(clips_.back());
+        painter_.setClipRect(clip_);
 }
 
 void QtSurface::setExclusiveOr(bool on) {
+    exclusiveOr_ = on;
     painter_.setCompositionMode(on ? QPainter::RasterOp_SourceXorDestination
                                    : QPainter::CompositionMode_SourceOver);
 }

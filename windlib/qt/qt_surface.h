@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "windlib/lagraph/surface.h"
+#include "windlib/qt/pixel_blit.h"
 
 // The fonts of the canvas and their metrics. The same in every form of the surface and on every platform
 // plugin, so that a picture file and a window show the same pixels.
@@ -28,9 +29,10 @@ SurfaceColours surfaceColours(const QPalette& palette);
 
 class QtSurface : public Surface {
   public:
-    // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. vector: the
-    // device has no pixels, so that icons are drawn as shapes.
-    QtSurface(QPainter& painter, int width, int height, const SurfaceColours& colours, bool vector = false);
+    // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. image is what
+    // the painter paints on when that is an image; null for a device that has no pixels, where icons are
+    // drawn as shapes.
+    QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours);
     ~QtSurface() override;
 
     int width() const override { return width_; }
@@ -54,12 +56,16 @@ class QtSurface : public Surface {
     Colour selectionForeground() const override { return colours_.selectionForeground; }
 
   private:
+    void fill(const QRect& rect, Colour colour);
     void drawDashes(const QRect& line, bool horizontal, Colour colour, int thickness, int style, int phase);
 
     QPainter& painter_;
     int width_, height_;
     SurfaceColours colours_;
     bool vector_;
+    PixelBlit pixels_;
+    bool exclusiveOr_ = false;
+    QRect clip_;  // the innermost, or everything
     int font_ = Font_Application;
     std::vector<QRect> clips_;
 };

@@ -17,7 +17,7 @@ struct Drawn {
         picture_StartHeadless();
         image.fill(0xFFFFFFFFu);
         QPainter painter(&image);
-        QtSurface surface(painter, image.width(), image.height(), {});
+        QtSurface surface(painter, &image, image.width(), image.height(), {});
         draw(surface);
     }
     std::string row(int y) const {
@@ -91,4 +91,43 @@ TEST(PictureFile, RefusesANameThatIsNoPicturesAndAFolderThatIsNotThere) {
     EXPECT_FALSE(picture_Write(
         "/nonexistent/x.png", 10, 10, 1, [](Surface&) {}, why));
     EXPECT_NE(why.find("/nonexistent/x.png"), std::string::npos);
+}
+
+TEST(PixelBlit, BlendsLikeAPainterAndStaysInItsClip) {
+    for (const int scale : {1, 2}) {
+        QImage icon(8 * scale, 8 * scale, QImage::Format_ARGB32_Premultiplied);
+        for (int y = 0; y < icon.height(); ++y)
+            for (int x = 0; x < icon.width(); ++x) {
+                const int alpha = (x * 37 + y * 11) % 256;
+                icon.setPixelColor(x, y, QColor(x * 9 % 256, 200, y * 5 % 256, alpha));
+            }
+        icon.setDevicePixelRatio(scale);
+        QImage direct(20 * scale, 20 * scale, QImage::Format_RGB32);
+        direct.setDevicePixelRatio(scale);
+        direct.fill(0xFF406080u);
+        QImage painted = direct;
+        const QRect clip(3, 2, 9, 7);
+        PixelBlit blit(direct);
+        ASSERT_TRUE(blit.usable());
+        blit.fill(QRect(-5, 4, 40, 2), 0x112233, clip);
+        for (const QPoint at : {QPoint(-3, -3), QPoint(1, 4), QPoint(9, 6), QPoint(50, 50)})
+            blit.blend(at.x(), at.y(), icon, clip);
+        QPainter painter(&painted);
+        painter.setClipRect(clip);
+        painter.fillRect(QRect(-5, 4, 40, 2), QColor(0x11, 0x22, 0x33));
+        for (const QPoint at : {QPoint(-3, -3), QPoint(1, 4), QPoint(9, 6), QPoint(50, 50)})
+            painter.drawImage(at, icon);
+        painter.end();
+        for (int y = 0; y < direct.height(); ++y)
+            for (int x = 0; x < direct.width(); ++x) {
+                const QColor a = direct.pixelColor(x, y), b = painted.pixelColor(x, y);
+                ASSERT_LE(std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                              std::abs(a.blue() - b.blue()),
+                          3)
+                    << x << ' ' << y;
+            }
+    }
+    QImage odd(3, 3, QImage::Format_RGB32);
+    odd.setDevicePixelRatio(1.5);
+    EXPECT_FALSE(PixelBlit(odd).usable());
 }

@@ -1,0 +1,28 @@
+// Filling rectangles and blending icons straight into an image's pixels. A zoomed-out picture has tens of
+// thousands of them, each too small to pay for a painter's set-up.
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <cstdint>
+
+class PixelBlit {
+  public:
+    PixelBlit() = default;
+    // image has 32 bits a pixel and no transparency, outlives this, and is not reallocated meanwhile. Where
+    // its device pixel ratio is no whole number, usable() is false.
+    explicit PixelBlit(QImage& image);
+    bool usable() const { return bits_ != nullptr; }
+
+    // All rectangles and points are in logical pixels; nothing is drawn outside clip.
+    void fill(const QRect& rect, uint32_t colour, const QRect& clip);
+    // The icon has premultiplied alpha and the image's device pixel ratio.
+    void blend(int x, int y, const QImage& icon, const QRect& clip);
+
+  private:
+    QRect toDevice(const QRect& logical) const;
+
+    uint32_t* bits_ = nullptr;
+    qsizetype stride_ = 0;  // pixels
+    int width_ = 0, height_ = 0, scale_ = 1;
+};
