@@ -29,7 +29,9 @@ class Window : public testing::Test {
         static int count = 1;
         static char name[] = "test";
         static char* arguments[] = {name, nullptr};
-        static auto application = platform_Start(count, arguments);
+        // Left to the end of the process: Qt's own state goes before statics do.
+        static auto* const application = platform_Start(count, arguments).release();
+        ASSERT_TRUE(application);
     }
     void SetUp() override {
         std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);

@@ -23,18 +23,18 @@ QImage drawIcon(IconHandle icon, double ratio) {
 
 }  // namespace
 
-const QImage& iconImage(IconHandle icon, double devicePixelRatio) {
+const Sprite& iconSprite(IconHandle icon, double devicePixelRatio) {
     struct Sized {
         double ratio = 0;  // 0 for none yet
-        QImage image;
+        Sprite sprite;
     };
     // One size of each is kept: screens of two resolutions take turns only when a window moves.
     static std::vector<Sized> images(icon_Table().size());
-    static const QImage none;
+    static const Sprite none;
     if (icon < 0 || static_cast<size_t>(icon) >= images.size()) return none;
     Sized& kept = images[static_cast<size_t>(icon)];
-    if (kept.ratio != devicePixelRatio) kept = {devicePixelRatio, drawIcon(icon, devicePixelRatio)};
-    return kept.image;
+    if (kept.ratio != devicePixelRatio) kept = {devicePixelRatio, Sprite(drawIcon(icon, devicePixelRatio))};
+    return kept.sprite;
 }
 
 void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon) {

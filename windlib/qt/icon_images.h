@@ -5,8 +5,9 @@
 #include <QPainter>
 
 #include "windlib/icons.h"
+#include "windlib/qt/pixel_blit.h"
 
-// The icon at a device pixel ratio; a null image for NoIcon or a file that can't be drawn.
-const QImage& iconImage(IconHandle icon, double devicePixelRatio);
+// The icon at a device pixel ratio; an empty one for NoIcon or a file that can't be drawn.
+const Sprite& iconSprite(IconHandle icon, double devicePixelRatio);
 // Draws the icon's own shapes, for devices that have no pixels.
 void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon);

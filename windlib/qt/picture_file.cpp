@@ -71,7 +71,8 @@ void picture_StartHeadless() {
     static int count = 1;
     static char name[] = "chronoweave";
     static char* arguments[] = {name, nullptr};
-    static QGuiApplication application(count, arguments);
+    // Left to the end of the process: Qt's own state goes before statics do.
+    new QGuiApplication(count, arguments);
 }
 
 bool picture_Write(const std::string& name, int width, int height, double scale, const Draw& draw,

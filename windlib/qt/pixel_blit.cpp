@@ -8,8 +8,6 @@ namespace {
 // source over target, source premultiplied, target opaque.
 uint32_t over(uint32_t source, uint32_t target) {
     const uint32_t rest = 255 - (source >> 24);
-    if (rest == 0) return source;
-    if (rest == 255) return target;
     // Two channels at a time; x * rest / 255 rounded.
     uint32_t even = (target & 0xFF00FFu) * rest, odd = ((target >> 8) & 0xFF00FFu) * rest;
     even = ((even + ((even >> 8) & 0xFF00FFu) + 0x800080u) >> 8) & 0xFF00FFu;
@@ -17,7 +15,28 @@ uint32_t over(uint32_t source, uint32_t target) {
     return (source + (even | odd)) | 0xFF000000u;
 }
 
+enum class Cover { None, Part, Full };
+Cover coverOf(uint32_t pixel) {
+    const uint32_t alpha = pixel >> 24;
+    return alpha == 0 ? Cover::None : alpha == 255 ? Cover::Full : Cover::Part;
+}
+
 }  // namespace
+
+Sprite::Sprite(QImage picture) : image(std::move(picture)) {
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* line = reinterpret_cast<const uint32_t*>(image.constScanLine(y));
+        for (int x = 0; x < image.width();) {
+            const Cover cover = coverOf(line[x]);
+            int end = x + 1;
+            while (end < image.width() && coverOf(line[end]) == cover) ++end;
+            if (cover != Cover::None)
+                runs.push_back({static_cast<int16_t>(x), static_cast<int16_t>(y),
+                                static_cast<int16_t>(end - x), cover == Cover::Full});
+            x = end;
+        }
+    }
+}
 
 PixelBlit::PixelBlit(QImage& image) {
     const double ratio = image.devicePixelRatioF();
@@ -42,13 +61,26 @@ void PixelBlit::fill(const QRect& rect, uint32_t colour, const QRect& clip) {
         std::fill_n(row, area.width(), colour | 0xFF000000u);
 }
 
-void PixelBlit::blend(int x, int y, const QImage& icon, const QRect& clip) {
-    const QRect whole(x * scale_, y * scale_, icon.width(), icon.height());
-    const QRect area = whole & toDevice(clip);
-    for (int line = area.top(); line <= area.bottom(); ++line) {
-        const auto* from = reinterpret_cast<const uint32_t*>(icon.constScanLine(line - whole.top())) +
-                           area.left() - whole.left();
-        uint32_t* to = bits_ + line * stride_ + area.left();
-        for (int i = 0; i < area.width(); ++i) to[i] = over(from[i], to[i]);
+void PixelBlit::blend(int x, int y, const Sprite& sprite, const QRect& clip) {
+    const int left = x * scale_, top = y * scale_;
+    const QRect area = toDevice(clip);
+    const bool whole = area.contains(QRect(left, top, sprite.image.width(), sprite.image.height()));
+    for (const Sprite::Run& run : sprite.runs) {
+        const int line = top + run.y;
+        int first = left + run.x, end = first + run.length;
+        const auto* from = reinterpret_cast<const uint32_t*>(sprite.image.constScanLine(run.y)) + run.x;
+        if (!whole) {
+            if (line < area.top() || line > area.bottom()) continue;
+            const int cut = std::max(area.left() - first, 0);
+            first += cut;
+            from += cut;
+            end = std::min(end, area.right() + 1);
+            if (first >= end) continue;
+        }
+        uint32_t* to = bits_ + line * stride_ + first;
+        if (run.opaque)
+            std::copy_n(from, end - first, to);
+        else
+            for (int i = 0; i < end - first; ++i) to[i] = over(from[i], to[i]);
     }
 }

@@ -5,6 +5,21 @@
 #include <QImage>
 #include <QRect>
 #include <cstdint>
+#include <vector>
+
+// A picture taken apart for blending: its runs of pixels that hide what is below, and those that let it
+// through; pixels that show nothing are in neither.
+struct Sprite {
+    struct Run {
+        int16_t x, y, length;
+        bool opaque;
+    };
+    QImage image;  // premultiplied alpha
+    std::vector<Run> runs;
+
+    Sprite() = default;
+    explicit Sprite(QImage picture);
+};
 
 class PixelBlit {
   public:
@@ -16,8 +31,8 @@ class PixelBlit {
 
     // All rectangles and points are in logical pixels; nothing is drawn outside clip.
     void fill(const QRect& rect, uint32_t colour, const QRect& clip);
-    // The icon has premultiplied alpha and the image's device pixel ratio.
-    void blend(int x, int y, const QImage& icon, const QRect& clip);
+    // The sprite has the image's device pixel ratio.
+    void blend(int x, int y, const Sprite& sprite, const QRect& clip);
 
   private:
     QRect toDevice(const QRect& logical) const;

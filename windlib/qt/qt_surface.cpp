@@ -153,11 +153,11 @@ TextExtent QtSurface::textExtent(std::string_view text) {
 
 void QtSurface::drawIcon(int x, int y, IconHandle icon) {
     if (vector_) return iconDrawShapes(painter_, x, y, icon);
-    const QImage& image = iconImage(icon, painter_.device()->devicePixelRatioF());
+    const Sprite& sprite = iconSprite(icon, painter_.device()->devicePixelRatioF());
     if (pixels_.usable() && !exclusiveOr_)
-        pixels_.blend(x, y, image, clip_);
+        pixels_.blend(x, y, sprite, clip_);
     else
-        painter_.drawImage(QPoint(x, y), image);
+        painter_.drawImage(QPoint(x, y), sprite.image);
 }
 
 void QtSurface::pushClip(int x, int y, int w, int h, bool intersect) {
