@@ -173,6 +173,25 @@ std::string text_escape(std::string_view text) {
     return escaped;
 }
 
+std::string text_quote(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= ' ' && byte != 0x7F) {
+            if (c == '\\' || c == '"' || c == '\'') quoted.push_back('\\');
+            quoted.push_back(c);
+        } else if (c == '\n') {
+            quoted += "\\n";
+        } else if (c == '\t') {
+            quoted += "\\t";
+        } else {  // three digits, so that a digit behind it stays apart
+            quoted.push_back('\\');
+            for (const int shift : {6, 3, 0}) quoted.push_back(static_cast<char>('0' + ((byte >> shift) & 7)));
+        }
+    }
+    return quoted.append("\"");
+}
+
 std::string text_utf8(std::string_view bytes) {
     std::string valid;
     valid.reserve(bytes.size());

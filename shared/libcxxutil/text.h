@@ -31,6 +31,9 @@ std::optional<bool> scan_bool(std::string_view text);
 std::string text_unquote(std::string_view text, size_t* consumed = nullptr);
 // A backslash before every backslash, double quote and single quote.
 std::string text_escape(std::string_view text);
+// The text in double quotes on one line: text_escape, and control characters as C escapes. text_unquote gives
+// the same bytes back.
+std::string text_quote(std::string_view text);
 
 // The same text with every byte that is no valid UTF-8 replaced by U+FFFD.
 std::string text_utf8(std::string_view bytes);

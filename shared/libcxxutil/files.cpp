@@ -1,0 +1,102 @@
+#include "shared/libcxxutil/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+bool fail(std::string* why, const char* reason) {
+    if (why) *why = reason;
+    return false;
+}
+
+bool read_all(int file, std::string& text, size_t most) {
+    char block[65536];
+    for (;;) {
+        const ssize_t got = ::read(file, block, sizeof block);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return got == 0;
+        // The size told before may be out of date by now.
+        if (text.size() + static_cast<size_t>(got) > most) {
+            errno = EFBIG;
+            return false;
+        }
+        text.append(block, static_cast<size_t>(got));
+    }
+}
+
+bool write_all(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t put = ::write(file, text.data(), text.size());
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        text.remove_prefix(static_cast<size_t>(put));
+    }
+    return ::fdatasync(file) == 0;
+}
+
+bool fill_and_rename(int file, const std::string& temporary, const std::string& target,
+                     std::string_view text) {
+    struct stat standing {};
+    const bool stands = ::stat(target.c_str(), &standing) == 0;
+    ::fchmod(file, stands ? standing.st_mode & 0777 : 0644);
+    const bool written = write_all(file, text);
+    const int reason = errno;
+    if (::close(file) == 0 && written) return std::rename(temporary.c_str(), target.c_str()) == 0;
+    if (!written) errno = reason;
+    return false;
+}
+
+}  // namespace
+
+bool file_read_whole(const std::string& path, std::string& text, size_t most, std::string* why) {
+    text.clear();
+    // A name pipe or a terminal must not hold the program up while it is opened.
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0) return fail(why, std::strerror(errno));
+    struct stat about {};
+    bool done = ::fstat(file, &about) == 0;
+    if (done && !S_ISREG(about.st_mode)) {
+        done = false;
+        errno = S_ISDIR(about.st_mode) ? EISDIR : EINVAL;
+    }
+    done = done && read_all(file, text, most);
+    const int reason = errno;
+    ::close(file);
+    if (done) return true;
+    text.clear();
+    return fail(why, std::strerror(reason));
+}
+
+bool file_replace(const std::string& path, std::string_view text, std::string* why) {
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
+    const std::string target = error ? path : real.string();
+    std::string temporary = target + "_XXXXXX";
+    const int file = ::mkstemp(temporary.data());
+    if (file < 0) return fail(why, std::strerror(errno));
+    if (fill_and_rename(file, temporary, target, text)) return true;
+    const int reason = errno;
+    ::unlink(temporary.c_str());
+    return fail(why, std::strerror(reason));
+}
+
+bool text_next_line(std::string_view& text, std::string_view& line) {
+    if (text.empty()) return false;
+    const size_t end = text.find_first_of("\r\n");
+    line = text.substr(0, end);
+    if (end == std::string_view::npos) {
+        text = {};
+        return true;
+    }
+    const bool both = text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n';
+    text.remove_prefix(end + (both ? 2 : 1));
+    return true;
+}

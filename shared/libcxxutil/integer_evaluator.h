@@ -1,0 +1,36 @@
+// Integer expressions of conditions: the operators of C on 64-bit signed numbers,
+//
+//     ?:  ||  &&  |  ^  &  == !=  < <= > >=  << >>  + -  * / %  ! ~ + -  ( )
+//
+// numbers in the manner of C, names, "${name}", and function calls. Arithmetic wraps; a division by zero or a
+// shift by less than 0 or more than 63 bits is an error. What && || ?: leave out is parsed and not evaluated.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Knows the names and functions that an expression may use. An empty answer means failure, with error set.
+class ut_simple_integer_evaluator_client_interface {
+  public:
+    virtual ~ut_simple_integer_evaluator_client_interface() = default;
+    virtual std::optional<int64_t> evaluate_name(std::string_view name, std::string& error) = 0;
+    // The arguments are texts, trimmed, as they stand in the expression with their quotes.
+    virtual std::optional<int64_t> evaluate_function(std::string_view name,
+                                                     const std::vector<std::string_view>& arguments,
+                                                     std::string& error) = 0;
+
+    // How deep the expressions now being evaluated are nested, those that evaluate_name starts included.
+    int evaluation_depth = 0;
+};
+
+// The value of the whole text, or nothing with error set: the client's, or "parse error: near: \"%s\"" with
+// the text from the place of the fault on.
+[[nodiscard]] std::optional<int64_t> evaluate_integer(std::string_view text,
+                                                      ut_simple_integer_evaluator_client_interface& client,
+                                                      std::string& error);
+
+// Letters, digits and "_", as in names of macros.
+bool is_identifier_character(char c);

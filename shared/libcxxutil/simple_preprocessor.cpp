@@ -1,0 +1,309 @@
+#include "shared/libcxxutil/simple_preprocessor.h"
+
+#include <algorithm>
+#include <array>
+
+#include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr size_t mostExpanded = size_t{1} << 20;
+constexpr size_t mostActive = 64;
+// Macros that name each other twice over would double the work with each step.
+constexpr size_t mostEvaluations = 10000;
+
+struct Function {
+    const char* name;
+    size_t arguments;
+};
+constexpr std::array<Function, 5> functions{
+    {{"defined", 1}, {"notempty", 1}, {"fileexists", 1}, {"file_exists", 1}, {"streq", 2}}};
+
+constexpr std::array<const char*, 3> includeMacros{"__VOREL_DIR__", "_VOREL_DIR", "__DIR__"};
+
+bool is_identifier(std::string_view text) {
+    return !text.empty() && !(text[0] >= '0' && text[0] <= '9') &&
+           std::all_of(text.begin(), text.end(), is_identifier_character);
+}
+
+std::string_view take_word(std::string_view& text) {
+    text = text_trim(text);
+    const size_t end = std::min(text.find_first_of(" \t"), text.size());
+    const std::string_view word = text.substr(0, end);
+    text = text_trim(text.substr(end));
+    return word;
+}
+
+std::string unquoted(std::string_view text) {
+    return text.starts_with('"') ? text_unquote(text) : std::string(text);
+}
+
+}  // namespace
+
+simple_preprocessor::simple_preprocessor(char directive, const macro_table* outer,
+                                         ut_simple_preprocessor_client& owner, bool undefinedIsEmpty)
+    : mark_(directive), outer_(outer), owner_(owner), undefinedIsEmpty_(undefinedIsEmpty) {}
+
+std::string simple_preprocessor::location() const {
+    return gen_format("\"%s\", line %d", owner_.file().c_str(), owner_.line());
+}
+
+void simple_preprocessor::fault(const std::string& text) {
+    failed_ = true;
+    const char* word = text.starts_with("parse error:") ? "" : "error: ";
+    owner_.message(ReportLevel::Error, location() + ": " + word + text);
+}
+
+bool simple_preprocessor::is_skipping() const {
+    return !frames_.empty() && !frames_.back().live;
+}
+
+bool simple_preprocessor::leave_file() {
+    if (files_.empty()) return true;
+    const size_t before = files_.back();
+    files_.pop_back();
+    if (frames_.size() <= before) return true;
+    frames_.erase(frames_.begin() + static_cast<std::ptrdiff_t>(before), frames_.end());
+    return false;
+}
+
+void simple_preprocessor::handle_line(std::string_view line) {
+    directive_ = !line.empty() && line.front() == mark_;
+    if (!directive_) return;
+    std::string_view argument = text_trim(line.substr(1));
+    size_t length = 0;
+    while (length < argument.size() && is_identifier_character(argument[length])) ++length;
+    if (length == 0) length = std::min(argument.find_first_of(" \t"), argument.size());
+    const std::string_view name = argument.substr(0, length);
+    argument = text_trim(argument.substr(length));
+    if (handle_condition(name, argument) || is_skipping()) return;
+    handle_action(name, argument);
+}
+
+bool simple_preprocessor::handle_condition(std::string_view name, std::string_view argument) {
+    if (name == "if" || name == "ifdef") {
+        const bool around = !is_skipping();
+        const bool yes = around && (name == "if" ? condition(argument) : condition_defined(argument));
+        frames_.push_back({around, yes, yes});
+        return true;
+    }
+    const bool next = name == "elif" || name == "elsif" || name == "elseif";
+    if (!next && name != "else" && name != "endif") return false;
+    // A file can't go on with a condition of the file that included it.
+    const bool framed = frames_.size() > (files_.empty() ? 0 : files_.back());
+    if (name == "endif") {
+        if (framed)
+            frames_.pop_back();
+        else
+            fault("unexpected directive: endif");
+    } else if (!framed || frames_.back().sawElse) {
+        fault(next ? "unexpected directive: elif" : "unexpected directive: else");
+    } else {
+        Frame& frame = frames_.back();
+        frame.sawElse = !next;
+        frame.live = frame.outerLive && !frame.taken;
+        // What the earlier branches decided makes the condition of no interest.
+        if (next && frame.live) frame.live = condition(argument);
+        frames_.back().taken |= frames_.back().live;
+    }
+    return true;
+}
+
+void simple_preprocessor::handle_action(std::string_view name, std::string_view argument) {
+    const std::string text(argument);
+    if (name == "include") {
+        include(argument);
+    } else if (name == "define") {
+        if (!define_from_line(argument)) fault("parse error: near: \"\"");
+    } else if (name == "undef") {
+        undefine(take_word(argument));
+    } else if (name == "info" || name == "echo") {
+        owner_.print(text);
+    } else if (name == "warning") {
+        owner_.message(ReportLevel::Warning, gen_format("%s: warning: %s", location().c_str(), text.c_str()));
+    } else if (name == "error") {
+        failed_ = true;
+        owner_.message(ReportLevel::Error, gen_format("%s: error: %s", location().c_str(), text.c_str()));
+    } else {
+        fault(gen_format("illegal directive: \"%s\"", std::string(name).c_str()));
+    }
+}
+
+bool simple_preprocessor::condition(std::string_view text) {
+    evaluations_ = 0;
+    std::string error;
+    const std::optional<int64_t> value = evaluate_integer(text, *this, error);
+    if (!value) fault(error);
+    return value.value_or(0) != 0;
+}
+
+bool simple_preprocessor::condition_defined(std::string_view text) {
+    const std::string_view name = take_word(text);
+    if (!text.empty() || name.empty()) {
+        fault(name.empty() ? "parse error: near: \"\"" : "parse error: too many arguments");
+        return false;
+    }
+    return raw_value(name).has_value();
+}
+
+std::string simple_preprocessor::relative_to_file(const std::string& path) const {
+    if (path.empty() || path.front() == '/') return path;
+    return path_join(path_directory(owner_.file()), path);
+}
+
+std::string simple_preprocessor::included_path(std::string_view argument) {
+    std::string path = unquoted(argument);
+    for (const char* name : includeMacros) {
+        const std::string place = std::string("${") + name + "}";
+        std::string none;
+        std::optional<std::string> value = raw_value(name) ? expand(name, none) : std::nullopt;
+        if (!value)
+            value = std::string_view(name) == "__DIR__" ? path_directory(owner_.file())
+                                                        : path_installation_directory();
+        for (size_t at = path.find(place); at != std::string::npos && path.size() < mostExpanded;
+             at = path.find(place, at + value->size()))
+            path.replace(at, place.size(), *value);
+    }
+    return relative_to_file(path);
+}
+
+void simple_preprocessor::include(std::string_view argument) {
+    included_ = included_path(argument);
+    if (files_.size() >= mostIncludes)
+        fault(gen_format("more than %zu files include each other: \"%s\"", mostIncludes, included_.c_str()));
+    if (files_.size() >= mostIncludes || owner_.include(included_)) return;
+    failed_ = true;
+    owner_.message(ReportLevel::Error, gen_format("could not open \"%s\" which was referenced at \"%s\":%d",
+                                                  included_.c_str(), owner_.file().c_str(), owner_.line()));
+}
+
+void simple_preprocessor::define(std::string_view name, std::string_view value) {
+    own_.insert_or_assign(std::string(name), std::string(value));
+}
+
+void simple_preprocessor::undefine(std::string_view name) {
+    if (const auto at = own_.find(name); at != own_.end()) own_.erase(at);
+}
+
+bool simple_preprocessor::define_from_line(std::string_view line) {
+    const std::string_view name = take_word(line);
+    if (name.empty()) return false;
+    define(name, unquoted(line));
+    return true;
+}
+
+bool simple_preprocessor::define_from_text(std::string_view text) {
+    bool all = true;
+    for (std::string_view line; text_next_line(text, line);)
+        if (!text_trim(line).empty()) all = define_from_line(line) && all;
+    return all;
+}
+
+std::optional<std::string> simple_preprocessor::raw_value(std::string_view name) {
+    if (const auto at = own_.find(name); at != own_.end()) return at->second;
+    if (outer_)
+        if (const auto at = outer_->find(name); at != outer_->end()) return at->second;
+    return owner_.macro(name);
+}
+
+// Notes that the macro is being expanded; to be taken back by active_.pop_back().
+bool simple_preprocessor::enter_macro(std::string_view name, std::string& error) {
+    const bool again = std::find(active_.begin(), active_.end(), name) != active_.end();
+    if (again || active_.size() >= mostActive || ++evaluations_ > mostEvaluations) {
+        error = gen_format("macro recursion detected for: \"%s\"", std::string(name).c_str());
+        return false;
+    }
+    active_.emplace_back(name);
+    return true;
+}
+
+std::optional<std::string> simple_preprocessor::expand(std::string_view name, std::string& error) {
+    const std::optional<std::string> value = raw_value(name);
+    if (!value) {
+        error = gen_format("macro not defined(%s) ...", std::string(name).c_str());
+        return std::nullopt;
+    }
+    if (active_.empty() && evaluation_depth == 0) evaluations_ = 0;
+    if (!enter_macro(name, error)) return std::nullopt;
+    std::optional<std::string> expanded = expand_text(*value, error);
+    active_.pop_back();
+    if (!expanded || expanded->size() <= mostExpanded) return expanded;
+    error = gen_format("macro recursion detected for: \"%s\"", std::string(name).c_str());
+    return std::nullopt;
+}
+
+std::optional<std::string> simple_preprocessor::expand_text(std::string_view text, std::string& error) {
+    std::string expanded;
+    for (size_t from = 0; from < text.size();) {
+        const size_t place = text.find("${", from);
+        const size_t end = place == std::string_view::npos ? place : text.find('}', place);
+        if (end == std::string_view::npos) {
+            expanded.append(text.substr(from));
+            break;
+        }
+        expanded.append(text.substr(from, place - from));
+        const std::string_view name = text.substr(place + 2, end - place - 2);
+        if (raw_value(name) || !undefinedIsEmpty_) {
+            const std::optional<std::string> value = expand(name, error);
+            if (!value) return std::nullopt;
+            expanded.append(*value);
+        }
+        if (expanded.size() > mostExpanded) break;  // expand tells
+        from = end + 1;
+    }
+    return expanded;
+}
+
+std::optional<int64_t> simple_preprocessor::evaluate_name(std::string_view name, std::string& error) {
+    const std::optional<std::string> value = raw_value(name);
+    if (!value && undefinedIsEmpty_) return 0;
+    if (!value) {
+        error = gen_format("macro not defined(%s) ...", std::string(name).c_str());
+        return std::nullopt;
+    }
+    if (text_trim(*value).empty()) return 0;
+    if (!enter_macro(name, error)) return std::nullopt;
+    std::optional<int64_t> number;
+    if (const std::optional<std::string> text = expand_text(*value, error))
+        number = evaluate_integer(*text, *this, error);
+    active_.pop_back();
+    return number;
+}
+
+// An argument as a text: a quoted text, the value of the macro that it names, or the text as it stands.
+std::optional<std::string> simple_preprocessor::argument_text(std::string_view argument, std::string& error) {
+    if (is_identifier(argument) && raw_value(argument)) return expand(argument, error);
+    return expand_text(unquoted(argument), error);
+}
+
+std::optional<int64_t> simple_preprocessor::evaluate_function(std::string_view name,
+                                                              const std::vector<std::string_view>& arguments,
+                                                              std::string& error) {
+    const auto function =
+        std::find_if(functions.begin(), functions.end(), [&](const Function& f) { return name == f.name; });
+    const char* fault = function == functions.end()              ? "unknown function: %s"
+                        : arguments.size() > function->arguments ? "too many arguments %s"
+                        : arguments.size() < function->arguments ? "too few arguments %s"
+                                                                 : nullptr;
+    if (fault) {
+        error = std::string(fault, std::char_traits<char>::length(fault) - 2).append(name);
+        return std::nullopt;
+    }
+    if (name == "defined") return raw_value(unquoted(arguments[0])).has_value();
+    if (name == "notempty" && is_identifier(arguments[0]) && !raw_value(arguments[0])) {
+        if (undefinedIsEmpty_) return 0;
+        static_cast<void>(expand(arguments[0], error));  // for its message
+        return std::nullopt;
+    }
+    std::vector<std::string> texts;
+    for (const std::string_view argument : arguments) {
+        std::optional<std::string> text = argument_text(argument, error);
+        if (!text) return std::nullopt;
+        texts.push_back(std::move(*text));
+    }
+    if (name == "streq") return texts[0] == texts[1];
+    if (name == "notempty") return !texts[0].empty();
+    return path_is_readable_file(relative_to_file(texts[0]));
+}

@@ -1,0 +1,84 @@
+// What the program remembers of its user from run to run: its own options, the recent files and the positions
+// of windows, in the file "settings" of the user's configuration directory, in the syntax of the attribute
+// store. A file that is damaged, can't be read or written, or is of a newer program is reported and never an
+// obstacle: what can't be read has its default, and what can't be written is lost at the end of the run.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "windlib/config/attribute_store.h"
+
+struct ProgramOptions {
+    bool newTrv = true;            // overlapping icons give way by free space, else by rectangles
+    bool prefetch = true;          // a fetch takes twice the range asked for
+    bool kernel = false;           // objects with no separator in their name go under "Kernel"
+    bool iconButtons = true;       // tool buttons show their icon, else their text
+    bool verticalBarRight = true;  // sides of the scroll bars
+    bool horizontalBarBottom = true;
+    bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
+    bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
+
+    bool operator==(const ProgramOptions&) const = default;
+};
+
+struct WindowRectangle {
+    int x = 0, y = 0, width = 0, height = 0;  // pixels
+    bool operator==(const WindowRectangle&) const = default;
+};
+
+struct WindowPosition {
+    int64_t timestamp = 0;     // seconds since 1970 of the last save
+    WindowRectangle absolute;  // on the screen
+    WindowRectangle toParent;  // relative to the parent window
+};
+
+class SettingsManager {
+  public:
+    static constexpr int64_t formatVersion = 1;
+    static constexpr size_t mostRecent = 10;
+    static constexpr const char* dataFiles = "TRVDataFiles";  // the kind of the files of traces
+
+    // The file "settings" of the directory; empty means the user's configuration directory.
+    explicit SettingsManager(std::string directory = {});
+
+    // Takes over what the file says. No file is no fault. False when anything of it could not be used, which
+    // has been reported with file and line.
+    bool Load();
+    // Writes the file when there is something new to write. The first overwriting of a file that was damaged
+    // or newer keeps it beside as "settings.bak" and says so. False with a report when it could not be
+    // written.
+    bool Save();
+    const std::string& Path() const { return path_; }
+
+    ProgramOptions options;
+
+    // Recent files of a kind, the newest first.
+    std::vector<std::string> Recent(std::string_view kind = dataFiles) const;
+    // Puts a file first; one that was in the list moves.
+    void AddRecent(const std::string& path, std::string_view kind = dataFiles);
+    void RemoveRecent(const std::string& path, std::string_view kind = dataFiles);
+
+    // The key's parts are divided by ".", for example "Trvgui.Find". Nothing for a key with an empty part,
+    // one that was never saved, and a position with no size.
+    std::optional<WindowPosition> Position(std::string_view key) const;
+    // False for a key with an empty part. The timestamp goes to every level of the path.
+    bool SetPosition(std::string_view key, const WindowPosition& position);
+
+  private:
+    enum class Found { Nothing, Good, Damaged, Newer };
+
+    bool CheckVersion();
+    bool TakeOptions();
+    bool TakeRecent();
+    bool Unusable(const Attribute& attribute) const;
+    bool KeepOldFile();
+
+    std::string path_;
+    AttributeStore store_;  // holds also what this program doesn't know, so that it is written back
+    std::string written_;   // the text of the file, when it is known
+    Found found_ = Found::Nothing;
+};

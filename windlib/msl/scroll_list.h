@@ -1,0 +1,208 @@
+// The multi-column list with no window: columns, rows with their texts, looks and user data, selection,
+// sorting, type-ahead search and the scroll position. A view draws it and is told of every change.
+//
+// Rows and columns count from 0; a row or column out of range is ignored by every change and gives an empty
+// answer. Sizes are pixels. For use from the one user-interface thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class MScrollList;
+
+// Less than 0, 0, more than 0 as a sorts before, with or behind b.
+using MslCompare = std::function<int(const MScrollList&, std::string_view a, std::string_view b)>;
+int msl_CompareText(const MScrollList&, std::string_view a, std::string_view b);      // by bytes
+int msl_CompareUnsigned(const MScrollList&, std::string_view a, std::string_view b);  // as C reads it, 0x too
+int msl_CompareDouble(const MScrollList&, std::string_view a, std::string_view b);
+
+// Attributes of a cell, as given to SetCellAttribute.
+constexpr uint32_t mslToggle = 3;        // two bits: no toggle, off or collapsed, on or expanded
+constexpr uint32_t mslHeading = 64;      // the heading look; 0 or 1
+constexpr uint32_t mslForeground = 128;  // colours, 0xRRGGBB
+constexpr uint32_t mslBackground = 256;
+constexpr uint32_t mslToggleNone = 0, mslToggleOff = 1, mslToggleOn = 2;
+
+struct MslCellRecord {
+    uint32_t attributes = 0;  // bits of the above; the colours count when their bit is set
+    uint32_t foreground = 0;
+    uint32_t background = 0;
+};
+
+struct MslColumn {
+    int left = 0, width = 80;
+    std::vector<std::string> header;  // a cell for each header row
+    MslCompare compare;               // by text when empty
+    int compareFlag = 0;              // 1 sorts the column the other way round
+    uint32_t flags = 0;               // the owner's
+};
+
+enum class MslChange {
+    Size,      // everything: rows and columns
+    Columns,   // widths or headers
+    Inserted,  // rows first to first + count - 1 are new
+    Removed,   // so many rows are gone from first on
+    Order,     // the rows were sorted
+    Repaint,   // rows first to first + count - 1 look different
+    Selection,
+    Scroll,  // the first pixel shown
+    Footer
+};
+
+class MScrollList {
+  public:
+    static constexpr int noRow = -1, severalRows = -2;
+
+    MScrollList() = default;
+    ~MScrollList();
+    MScrollList(const MScrollList&) = delete;
+    MScrollList& operator=(const MScrollList&) = delete;
+
+    // Callbacks, each of which may be empty.
+    std::function<void(MslChange, int first, int count)> changed;  // for the view
+    std::function<void(int row, int column, int clicks)> clicked;  // row -1 below the last row
+    std::function<void(int row, int column)> rightClicked;
+    std::function<void(std::span<const std::byte> data)> releaseData;  // a row's user data goes
+    bool ownerDraw = false;  // the view asks the owner to draw cells
+
+    // Size. Drops all texts, looks and user data; the columns that remain stay as they are, header too. False
+    // while row changes are blocked, as for all that adds, removes or moves rows.
+    bool SetSize(int rows, int columns);
+    int RowCount() const { return static_cast<int>(rows_.size()); }
+    int ColumnCount() const { return static_cast<int>(columns_.size()); }
+    // New rows ahead of the row at (the count of rows for the end).
+    bool InsertRows(int at, int count);
+    bool RemoveRows(int first, int count);
+    // While blocked rows stay as they are in number and order. Calls nest.
+    void BlockRowChanges(bool block) { blocked_ += block ? 1 : -1; }
+
+    // Texts.
+    void SetText(int row, int column, std::string text);
+    const std::string& Text(int row, int column) const;
+    // Texts for the rows from the first on, no more than there are rows.
+    void SetColumnTexts(int column, const std::vector<std::string>& texts);
+
+    // User data: a copy of any block of bytes, freed with the row; an empty span frees it at once.
+    void SetRowData(int row, std::span<const std::byte> data);
+    std::span<const std::byte> RowData(int row) const;
+
+    // Columns.
+    const MslColumn& Column(int column) const { return columns_.at(static_cast<size_t>(column)); }
+    void SetWidth(int column, int width);
+    void SetColumnFlags(int column, uint32_t flags);
+    // Header cells of new rows read "Column %d Title".
+    void SetHeaderRows(int count);
+    void SetHeader(int headerRow, int column, std::string text);
+    // Makes the columns up to toColumn as wide as their widest header and text of the rows from fromRow on;
+    // -1 for all. The measuring function must be set.
+    void FitColumns(int fromRow = -1, int toColumn = -1);
+    std::function<int(std::string_view text, bool heading)> measure;
+    int cellMargin = 8;    // added to a fitted width
+    int levelIndent = 12;  // of a tree's levels, in column 0
+
+    // Sorting. The sort keeps the order of rows that compare equal; texts, looks, data, selection and height
+    // move with a row.
+    void SetComparison(int column, MslCompare compare, int flag = 0);
+    bool SortBy(int column);
+
+    // Looks.
+    void SetCellAttribute(int row, int column, uint32_t attribute, uint32_t value);
+    MslCellRecord Cell(int row, int column) const;
+    uint32_t Toggle(int row, int column) const { return Cell(row, column).attributes & mslToggle; }
+    void SetLevel(int row, int level);  // depth in a tree
+    int Level(int row) const;
+    void RepaintRow(int row) { Notify(MslChange::Repaint, row, 1); }
+    // While held nothing is told to the view; at the end of it all is told as MslChange::Size. Calls nest.
+    void HoldRepaint(bool hold);
+
+    // Selection. With neither multiple nor mustSelect a list has one selected row or none.
+    void SetMultiple(bool multiple);
+    void SetMustSelect(bool must) { mustSelect_ = must; }
+    bool MustSelect() const { return mustSelect_; }
+    int SelectionCount() const { return selected_; }
+    int SelectedRow() const;  // noRow, severalRows or the one
+    std::vector<int> SelectedRows() const;
+    bool IsSelected(int row) const;
+    // Makes this the only selected row; a row that doesn't exist clears the selection.
+    void SelectOnly(int row);
+    // Adds or takes away; in a list of single selection adding is SelectOnly.
+    void Select(int row, bool on = true);
+    void SelectAll();  // of no effect with single selection
+
+    // A click as the view found it; row -1 below the last row. Plain selects the row alone, control turns it
+    // over, shift selects from the row clicked last; then clicked is called. A double click has clicks 2.
+    void Click(int row, int column, int clicks, bool control = false, bool shift = false);
+
+    // Heights and the scroll position.
+    void SetRowHeight(int height, bool redraw = true);  // the same for all rows
+    void SetHeightOf(int row, int height);
+    int HeightOf(int row) const;
+    int64_t TopOf(int row) const;    // of the row's first pixel, in all rows; of the end for RowCount
+    int RowAt(int64_t y) const;      // noRow above the first and below the last row
+    void SetViewHeight(int height);  // pixels of rows that the view shows
+    int ViewHeight() const { return viewHeight_; }
+    void ScrollTo(int64_t top);  // kept within the rows
+    int64_t ViewTop() const { return viewTop_; }
+    void ScrollToRow(int row);  // as little as needed to show it
+    // Shows the rows first to last; when they don't all fit, first at the top.
+    void ScrollToRows(int first, int last);
+
+    // Type-ahead: from BeginSearch to EndSearch keys are searched for in the column, whose rows are taken to
+    // be in order.
+    void BeginSearch(int column);
+    bool Searching() const { return searchColumn_ >= 0; }
+    void SearchKey(std::string_view typed);
+    void SearchBackspace();
+    void EndSearch();
+    int SearchAnchor() const { return searchAnchor_; }
+    const std::string& Footer() const { return footer_; }
+
+    // The font's text metrics, and the query: 0, 1 or 2; others are told on the console and give 0.
+    std::array<int, 3> metrics{};
+    int mslMetric(int which) const;
+
+  private:
+    struct Row {
+        std::vector<std::string> texts;  // short of the columns where nothing was set
+        std::vector<MslCellRecord> cells;
+        std::vector<std::byte> data;
+        int height = 0;  // 0 for the common one
+        int level = 0;
+        bool selected = false;
+    };
+
+    bool HasRow(int row) const { return row >= 0 && row < RowCount(); }
+    bool HasColumn(int column) const { return column >= 0 && column < ColumnCount(); }
+    Row& At(int row) { return rows_[static_cast<size_t>(row)]; }
+    const Row& At(int row) const { return rows_[static_cast<size_t>(row)]; }
+    void Notify(MslChange change, int first = 0, int count = 0);
+    void Release(Row& row);
+    void PlaceColumns();
+    void RowsChanged();
+    void ClearSelection();
+    void ShowSearch();
+    int BestMatch() const;
+
+    std::vector<Row> rows_;
+    std::vector<MslColumn> columns_;
+    int headerRows_ = 1;
+    int blocked_ = 0, held_ = 0;
+    bool changedWhileHeld_ = false;
+    bool multiple_ = false, mustSelect_ = false;
+    int selected_ = 0;
+    int clickAnchor_ = noRow;
+    int rowHeight_ = 16;
+    int ownHeights_ = 0;  // rows with a height of their own
+    mutable std::vector<int64_t>
+        tops_;  // of all rows and the end while some heights differ; empty when stale
+    int viewHeight_ = 0;
+    int64_t viewTop_ = 0;
+    int searchColumn_ = -1, searchAnchor_ = noRow;
+    std::string search_, footer_;
+};
