@@ -186,7 +186,8 @@ std::string text_quote(std::string_view text) {
             quoted += "\\t";
         } else {  // three digits, so that a digit behind it stays apart
             quoted.push_back('\\');
-            for (const int shift : {6, 3, 0}) quoted.push_back(static_cast<char>('0' + ((byte >> shift) & 7)));
+            for (const int shift : {6, 3, 0})
+                quoted.push_back(static_cast<char>('0' + ((byte >> shift) & 7)));
         }
     }
     return quoted.append("\"");
