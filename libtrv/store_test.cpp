@@ -82,6 +82,9 @@ TEST(TraceStore, AnswersEveryRangeLikeTheModel) {
         ASSERT_TRUE(store);
         EXPECT_EQ(mt_GetEventCount(*store), count);
         EXPECT_EQ(mt_GetBlockCount(*store), (count + 99) / 100);
+        for (uint32_t block = 0; block < mt_GetBlockCount(*store); ++block)
+            EXPECT_EQ(mt_GetBlockTime(*store, block), model.events[block * 100u].time);
+        EXPECT_EQ(mt_GetBlockTime(*store, mt_GetBlockCount(*store)), 0u);
         const mt_Range range = mt_GetTimeRange(*store);
         EXPECT_EQ(range.first, model.events.front().time);
         EXPECT_EQ(range.end, model.events.back().time + 1);

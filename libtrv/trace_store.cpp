@@ -128,6 +128,9 @@ uint32_t mt_GetCheckpointInterval(const TraceStore& store) {
 uint32_t mt_GetBlockCount(const TraceStore& store) {
     return static_cast<uint32_t>(store.blockTimes.size());
 }
+mt_Time mt_GetBlockTime(const TraceStore& store, uint32_t block) {
+    return block < store.blockTimes.size() ? store.blockTimes[block] : 0;
+}
 const std::string& mt_GetBaseName(const TraceStore& store) {
     return store.base;
 }

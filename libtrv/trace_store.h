@@ -43,6 +43,9 @@ uint32_t mt_GetFormatVersion(const TraceStore& store);
 uint32_t mt_GetCheckpointInterval(const TraceStore& store);
 // Index records now in memory, that is blocks.
 uint32_t mt_GetBlockCount(const TraceStore& store);
+// Time of the first event of a block; 0 for a number behind the last one. A block holds as many events as the
+// checkpoint interval, the last one what is left.
+mt_Time mt_GetBlockTime(const TraceStore& store, uint32_t block);
 const std::string& mt_GetBaseName(const TraceStore& store);
 
 struct mt_Range {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/task_list.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
@@ -154,6 +155,7 @@ void laCanvas_ClearItems(_LaCanvasData& canvas) {
     canvas.ctxLines.clear();
     for (LaCpuEntry& cpu : canvas.cpus) cpu.running = laNoLane;
     canvas.cachedLow = canvas.cachedHigh = 0;
+    ++canvas.itemsVersion;
 }
 
 bool laCanvas_LoadLegend(_LaCanvasData& canvas, Legend legend) {

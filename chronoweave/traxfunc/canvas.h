@@ -3,7 +3,8 @@
 // (size, scroll bars, surface, and what to call) and a store, and tells of changed texts through a callback.
 //
 // Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
-// session.h, names.h, picture.h.
+// scroll.h, history.h, cursor.h, bookmarks.h, fields.h, navigate.h, goto.h, commands.h, time_unit.h,
+// hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h.
 //
 // Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
 // negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
@@ -71,6 +72,21 @@ struct LaHistoryEntry {
     int verticalOffset = 0;
 };
 
+// What the surface shows, as of the last whole repaint or scroll: what a scroll may copy from.
+struct LaPainted {
+    struct Place {
+        uint32_t objectId = 0;
+        int32_t y = -1;  // of the lane, content pixels; -1 for a hidden one
+        bool operator==(const Place&) const = default;
+    };
+    bool valid = false;
+    std::vector<Place> laneOrder;  // the lanes in the order of the list
+    uint32_t itemsVersion = 0;
+    double low = 0, pixelsPerUnit = 0;
+    uint64_t position = 0;  // pixel of the virtual picture in column 0
+    int verticalOffset = 0, width = 0, height = 0, dataHeight = 0;
+};
+
 // What drawing needs of a row of the event and status tables, made once per legend change.
 struct LaEventLook {
     IconHandle icon = NoIcon;
@@ -103,12 +119,14 @@ struct _LaCanvasData {
 
     LaGraph* graph;  // never null; outlives the canvas
     LaCanvasFields fields;
-    std::function<void()> fieldsChanged;  // called after fields were rewritten; may be empty
+    std::function<void()> fieldsChanged;   // called after fields were rewritten; may be empty
+    std::function<void()> buttonsChanged;  // what can be done now changed (history, freeze); may be empty
     Progress progress;                    // of long fetches; may be empty
 
     // Options of the program.
     bool newTrv = true;        // the overlap rule by free space, else by rectangles
     bool prefetch = true;      // a fetch takes twice the range
+    bool snapCursors = true;   // the pointer's cursors jump to an edge close by
     bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
 
     // Object list.
@@ -130,6 +148,7 @@ struct _LaCanvasData {
     uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
     std::vector<LaCpuEntry> cpus;          // in order of first use
     double cachedLow = 0, cachedHigh = 0;  // the range that the items cover; both 0 for none
+    uint32_t itemsVersion = 0;             // grows whenever items are dropped
 
     // Legend and looks.
     Legend legend;                          // empty until a source is opened
@@ -168,6 +187,7 @@ struct _LaCanvasData {
     uint64_t scrollPosition = 0;          // position last given to the horizontal bar
     int verticalOffset = 0;               // first content row on screen
     int contentHeight = 0;                // pixels
+    LaPainted painted;
     double cursor[2] = {-100.0, -100.0};  // unset below 0
     int pendingCursorX = -100;
     double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none

@@ -5,6 +5,7 @@
 #include "chronoweave/traxfunc/axis.h"
 #include "chronoweave/traxfunc/draw_items.h"
 #include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "shared/libcxxutil/report.h"
@@ -93,6 +94,7 @@ void laCanvas_Repaint(_LaCanvasData& canvas) {
     graph.surface->clearRect(0, 0, graph.width, graph.height);
     canvas.tickStep = 0;  // the whole strip goes with the rest
     laCanvas_PaintRect(canvas, 0, graph.height, 0, graph.width, false);
+    laScroll_NotePainted(canvas);
     if (graph.listChanged) graph.listChanged();
 }
 

@@ -6,35 +6,6 @@ namespace {
 
 constexpr int solidLineLimit = 1000;  // pixels; no legend needs a thicker line
 
-// Offset of a dashed line's start in its pattern, for a start at this pixel of the virtual picture.
-int dash_phase(uint64_t start, int thickness, int style) {
-    const int period = thickness * dashPeriod[style];
-    return period > 0 ? static_cast<int>(start % static_cast<uint64_t>(period)) : 0;
-}
-
-// The first position from at on whose column lies right of x, size when there is none; column(i) never falls.
-// Steps grow while nothing is found, so that the cost follows the columns and not the items.
-template <class Column>
-size_t first_right_of(size_t at, size_t size, int x, const Column& column) {
-    size_t step = 1;
-    while (at < size && column(at) <= x) {
-        if (at + step >= size || column(at + step) > x) {
-            size_t low = at + 1, high = std::min(at + step, size);
-            while (low < high) {
-                const size_t middle = (low + high) / 2;
-                if (column(middle) <= x)
-                    low = middle + 1;
-                else
-                    high = middle;
-            }
-            return low;
-        }
-        at += step;
-        step *= 2;
-    }
-    return std::min(at, size);
-}
-
 // The dashes of a stretch that holds few of them, as rectangles: a dashed pen costs many times as much.
 void fill_dashes(Surface& surface, int x0, int x1, int top, const LaStatusLook& look, int phase) {
     int x = x0 - phase;
@@ -68,8 +39,8 @@ class LanePainter {
             const int x0 = paint_.scale.toPixel(segment.t0);
             if (x0 < x1) Add(canvas.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
             // What ends in the same column is shorter than a pixel and isn't drawn.
-            at = first_right_of(at + 1, segments_.size(), x1,
-                                [&](size_t i) { return paint_.scale.toPixel(segments_[i].t1); });
+            at = laPaint_FirstRightOf(at + 1, segments_.size(), x1,
+                                      [&](size_t i) { return paint_.scale.toPixel(segments_[i].t1); });
         }
         Flush();
     }
@@ -93,8 +64,8 @@ class LanePainter {
     void Flush() {
         if (look_ != nullptr && start_ < end_) {
             const int thickness = look_->thickness, top = y_ - thickness / 2;
-            const int phase = dash_phase(paint_.canvas.scrollPosition + static_cast<uint64_t>(start_),
-                                         thickness, look_->style);
+            const int phase = laPaint_DashPhase(paint_.canvas.scrollPosition + static_cast<uint64_t>(start_),
+                                                thickness, look_->style);
             if (look_->style == Line_Solid)
                 paint_.surface.fillRect(start_, top, end_ - start_, thickness, look_->colour);
             else if (end_ - start_ <= thickness * dashPeriod[look_->style])
@@ -113,13 +84,34 @@ class LanePainter {
     int start_ = 0, end_ = 0;
 };
 
+// The overlap rule by free space: a cluster of any size is its first icon and one mark about every icon
+// width.
+struct SpaceRule {
+    enum Shows { Nothing, Own, Mark };
+    int nextFree = -1;
+    bool overlapped = false;
+
+    Shows Step(const _LaCanvasData& canvas, const LaEventLook& look, int x, int overlapWidth) {
+        if (x > nextFree) {
+            nextFree = x + look.width / 2;
+            overlapped = false;
+            return Own;
+        }
+        if (overlapped) return Nothing;
+        const bool marked = canvas.overlapIcon != NoIcon;
+        nextFree =
+            std::max(nextFree, x + std::max(look.width, marked ? overlapWidth : canvas.maxIconWidth) / 2);
+        overlapped = true;
+        return marked ? Mark : Nothing;
+    }
+};
+
 // A lane's row of the overlap table.
 struct OverlapRow {
-    int nextFree = -1;
+    SpaceRule space;
     int lastLeft = -1000, lastRight = -1000;
     int y = 0;           // of the icons' centres, on the surface
     bool drawn = false;  // the lane is shown and its row meets the rectangle
-    bool overlapped = false;
 };
 
 class IconPainter {
@@ -157,22 +149,14 @@ class IconPainter {
             }
             ++i;
             // The rest of a cluster shows nothing.
-            if (row.overlapped && canvas_.newTrv) i = first_right_of(i, times.size(), row.nextFree, column);
+            if (row.space.overlapped) i = laPaint_FirstRightOf(i, times.size(), row.space.nextFree, column);
         }
     }
 
-    // A cluster of any size is its first icon and one mark about every icon width.
     void BySpace(OverlapRow& row, const LaEventLook& look, int x) {
-        if (x > row.nextFree) {
-            row.nextFree = x + look.width / 2;
-            row.overlapped = false;
-            Icon(row, look, x, look.icon);
-        } else if (!row.overlapped) {
-            const int least = canvas_.overlapIcon != NoIcon ? overlapWidth_ : canvas_.maxIconWidth;
-            row.nextFree = std::max(row.nextFree, x + std::max(look.width, least) / 2);
-            row.overlapped = true;
-            if (canvas_.overlapIcon != NoIcon) Icon(row, look, x, canvas_.overlapIcon);
-        }
+        const SpaceRule::Shows shows = row.space.Step(canvas_, look, x, overlapWidth_);
+        if (shows != SpaceRule::Nothing)
+            Icon(row, look, x, shows == SpaceRule::Own ? look.icon : canvas_.overlapIcon);
     }
 
     // Each icon shows as much as the one before it leaves free.
@@ -181,10 +165,8 @@ class IconPainter {
         if (left >= row.lastRight) {
             row.lastLeft = left;
             row.lastRight = right;
-            row.overlapped = false;
             Icon(row, look, x, look.icon);
         } else if (row.lastLeft < left && row.lastRight < right) {
-            row.overlapped = true;
             paint_.surface.pushClip(row.lastRight, row.y - look.height / 2, right - row.lastRight,
                                     look.height, true);
             Icon(row, look, x, canvas_.overlapIcon != NoIcon ? canvas_.overlapIcon : look.icon);
@@ -206,127 +188,78 @@ class IconPainter {
     const int overlapWidth_ = icon_Width(canvas_.overlapIcon);
 };
 
-// Context switches. All of one column are held back until the next column begins: a line that lies wholly
-// under later ones of the column isn't drawn.
-class SwitchPainter {
+// The overlap rule walking along one lane.
+class SpaceWalk {
   public:
-    explicit SwitchPainter(const laPaint& paint)
-        : paint_(paint), canvas_(paint.canvas), ends_(canvas_.lanes.size()) {
-        const bool agentShown = canvas_.hiddenAgent != laNoLane && !canvas_.lanes[canvas_.hiddenAgent].hidden;
-        for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) {
-            const laItem_Line& lane = canvas_.lanes[i];
-            const laItem_Line& at = lane.hidden && agentShown ? canvas_.lanes[canvas_.hiddenAgent] : lane;
-            const int y = laLn_LineY(canvas_, at) - canvas_.verticalOffset;
-            ends_[i].y = std::clamp(y, 0, paint.dataHeight);
-            ends_[i].hidden = lane.hidden ? (agentShown ? End::AtAgent : End::AtAgent | End::Nowhere) : 0;
-            ends_[i].beyond = y < 0 ? End::Above : y > paint.dataHeight ? End::Below : 0;
-        }
-    }
+    SpaceWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale, double low)
+        : canvas_(canvas),
+          lane_(lane),
+          scale_(scale),
+          at_(static_cast<size_t>(std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), low) -
+                                  lane.iconTimes.begin())) {}
 
-    void Draw() {
-        const Table<laItem_Ctx>& lines = canvas_.ctxLines;
-        const double low =
-            std::max(canvas_.viewLow, paint_.scale.toTime(paint_.rect.left - canvas_.maxExtent - 2));
-        const double high =
-            std::min(canvas_.viewHigh, paint_.scale.toTime(paint_.rect.right + canvas_.maxExtent + 2));
-        uint32_t first = 0;
-        for (uint32_t end = lines.size(); first < end;) {
-            const uint32_t middle = first + (end - first) / 2;
-            if (lines[middle].t0 < low)
-                first = middle + 1;
-            else
-                end = middle;
-        }
-        for (uint32_t i = first; i < lines.size() && lines[i].t0 <= high; ++i) Add(lines[i]);
-        Flush();
+    bool done() const { return at_ >= lane_.iconTimes.size(); }
+    size_t at() const { return at_; }
+    double time() const { return lane_.iconTimes[at_]; }
+    int column() const { return scale_.toPixel(time()); }
+    void Step() {
+        const LaEventLook& look = canvas_.eventLooks[lane_.iconEvents[at_]];
+        if (look.shown) rule_.Step(canvas_, look, column(), icon_Width(canvas_.overlapIcon));
+        ++at_;
+        if (rule_.overlapped)
+            at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), rule_.nextFree,
+                                       [&](size_t i) { return scale_.toPixel(lane_.iconTimes[i]); });
+    }
+    // Both are before the same icon, and nothing from it on can differ.
+    bool Meets(const SpaceWalk& other) const {
+        if (at_ != other.at_) return false;
+        if (done()) return true;
+        const int x = column();
+        return (x > rule_.nextFree && x > other.rule_.nextFree) ||
+               (rule_.nextFree == other.rule_.nextFree && rule_.overlapped == other.rule_.overlapped);
     }
 
   private:
-    struct End {
-        enum : uint8_t { AtAgent = 1, Nowhere = 2, Above = 1, Below = 2 };
-        int y = 0;           // on the surface, clamped to the data area
-        uint8_t hidden = 0;  // hidden, and whether there is an agent to stand for it
-        uint8_t beyond = 0;  // outside the data area
-    };
-    struct Span {
-        int y0, y1;  // on the surface, clamped
-        const LaStatusLook* look;
-        int top() const { return std::min(y0, y1); }
-        int bottom() const { return std::max(y0, y1); }
-    };
-
-    void Add(const laItem_Ctx& line) {
-        const LaStatusLook& look = canvas_.statusLooks[static_cast<size_t>(line.status)];
-        if (!look.shown) return;
-        const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
-        if ((from.hidden & to.hidden) != 0 || ((from.hidden | to.hidden) & End::Nowhere) != 0) return;
-        const int x = paint_.scale.toPixel(line.t0);
-        const Span span{from.y, to.y, &look};
-        const bool reaches = span.top() < lastTop_ || span.bottom() > lastBottom_;
-        if (x < lastX_ || (x == lastX_ && !reaches)) return;
-        if (x != lastX_) Flush();
-        lastX_ = x;
-        lastTop_ = span.top();
-        lastBottom_ = span.bottom();
-        if ((from.beyond & to.beyond) != 0) return;
-        column_.push_back(span);
-        columnTop_ = std::min(columnTop_, span.top());
-        columnBottom_ = std::max(columnBottom_, span.bottom());
-        columnThickness_ = std::max(columnThickness_, look.thickness);
-    }
-
-    // From the last to the first, to see what is covered; drawn in order.
-    void Flush() {
-        size_t kept = column_.size();
-        int coveredTop = 0, coveredBottom = -1, coveredThickness = 0;
-        for (size_t i = column_.size(); i-- > 0;) {
-            if (coveredTop == columnTop_ && coveredBottom == columnBottom_ &&
-                coveredThickness == columnThickness_)
-                break;
-            const Span& span = column_[i];
-            const bool plain = span.look->style == Line_Solid;
-            if (span.top() >= coveredTop && span.bottom() <= coveredBottom &&
-                span.look->thickness <= coveredThickness)
-                continue;
-            column_[--kept] = span;
-            if (!plain) continue;
-            const bool joins = span.look->thickness == coveredThickness && span.top() <= coveredBottom + 1 &&
-                               span.bottom() >= coveredTop - 1;
-            const bool longer = span.bottom() - span.top() > coveredBottom - coveredTop;
-            if (joins) {
-                coveredTop = std::min(coveredTop, span.top());
-                coveredBottom = std::max(coveredBottom, span.bottom());
-            } else if (coveredThickness == 0 || (longer && span.look->thickness >= coveredThickness)) {
-                coveredTop = span.top();
-                coveredBottom = span.bottom();
-                coveredThickness = span.look->thickness;
-            }
-        }
-        for (size_t i = kept; i < column_.size(); ++i) Draw(column_[i]);
-        column_.clear();
-        columnTop_ = noRow;
-        columnBottom_ = -1;
-        columnThickness_ = 0;
-    }
-
-    void Draw(const Span& span) const {
-        const LaStatusLook& look = *span.look;
-        // Dashes stand still in the content while it scrolls.
-        const auto start = static_cast<uint64_t>(span.top() + canvas_.verticalOffset);
-        paint_.surface.drawStyledLine(lastX_, span.top(), lastX_, span.bottom(), look.colour, look.thickness,
-                                      look.style, dash_phase(start, look.thickness, look.style));
-    }
-
-    const laPaint& paint_;
     const _LaCanvasData& canvas_;
-    std::vector<End> ends_;
-    int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
-    static constexpr int noRow = 0x7fffffff;
-    std::vector<Span> column_;  // of the column lastX_, and what they reach together
-    int columnTop_ = noRow, columnBottom_ = -1, columnThickness_ = 0;
+    const laItem_Line& lane_;
+    const laTimeScale& scale_;
+    size_t at_;
+    SpaceRule rule_;
 };
 
+// The column, counted from the earlier view, at which the walks of two views fall together; 0 when they are
+// never apart.
+int settle_lane(const _LaCanvasData& canvas, const laItem_Line& lane, double earlier, double later,
+                int limit) {
+    const laTimeScale scale(earlier, 1e300, canvas.pixelsPerUnit, canvas.graph->width);
+    SpaceWalk first(canvas, lane, scale, earlier), second(canvas, lane, scale, later);
+    while (!first.done() && first.time() < later) first.Step();
+    int column = 0;
+    while (!first.Meets(second) && column < limit) {
+        SpaceWalk& behind = second.done() || (!first.done() && first.at() <= second.at()) ? first : second;
+        column = behind.column() + 1;
+        behind.Step();
+    }
+    return column;
+}
+
 }  // namespace
+
+int laPaint_SettleColumn(const _LaCanvasData& canvas, double oldLow, double newLow, int shift, int limit) {
+    if (!canvas.newTrv) return limit;  // the other rule looks back without end
+    const int top = canvas.verticalOffset - canvas.rowHeight - canvas.maxExtent;
+    const int bottom = canvas.verticalOffset + canvas.graph->height + canvas.rowHeight + canvas.maxExtent;
+    const int offset = newLow > oldLow ? shift : 0;  // of the new view in the earlier one
+    int settled = 0;
+    for (uint32_t i = 0; i < canvas.lanes.size() && settled < limit; ++i) {
+        const laItem_Line& lane = canvas.lanes[i];
+        if (lane.hidden || lane.y < top || lane.y > bottom) continue;
+        const int column =
+            settle_lane(canvas, lane, std::min(oldLow, newLow), std::max(oldLow, newLow), limit + offset);
+        settled = std::max(settled, column - offset);
+    }
+    return std::min(settled, limit);
+}
 
 void laPaint_Lanes(const laPaint& paint) {
     const _LaCanvasData& canvas = paint.canvas;
@@ -340,8 +273,4 @@ void laPaint_Lanes(const laPaint& paint) {
 
 void laPaint_Icons(const laPaint& paint) {
     IconPainter(paint).Draw();
-}
-
-void laPaint_Switches(const laPaint& paint) {
-    SwitchPainter(paint).Draw();
 }

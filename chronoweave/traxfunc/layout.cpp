@@ -90,7 +90,11 @@ void laCanvas_SetExtent(_LaCanvasData& canvas, uint64_t virtualWidth, int conten
     canvas.contentHeight = contentHeight;
     canvas.laidOutWidth = graph.width;
     const auto width = static_cast<uint64_t>(std::max(0, graph.width));
-    const uint64_t position = laCanvas_AbsolutePixel(canvas, canvas.viewLow);
+    uint64_t position = laCanvas_AbsolutePixel(canvas, canvas.viewLow);
+    // A double doesn't tell every pixel of a picture this wide from the next: a bar that stands as near as
+    // one can say keeps its own.
+    const uint64_t at = graph.horizontal.position();
+    if ((at > position ? at - position : position - at) <= position >> 50) position = at;
     // Rounding may leave the picture a pixel short of the view at its end; the bar's position must still be
     // exact.
     const uint64_t needed = position > UINT64_MAX - width ? UINT64_MAX : position + width;

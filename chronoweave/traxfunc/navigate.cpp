@@ -1,6 +1,7 @@
 #include "chronoweave/traxfunc/navigate.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
@@ -47,4 +48,21 @@ void laCanvas_ScrollRows(_LaCanvasData& canvas, int64_t rows) {
 void laCanvas_ScrollToEnd(_LaCanvasData& canvas, bool last) {
     ScrollBarModel& bar = canvas.graph->horizontal;
     bar.userMoved(last ? bar.maximum() : 0);
+}
+
+void laCanvas_ScrollPage(_LaCanvasData& canvas, bool forward) {
+    laCanvas_ScrollColumns(canvas, forward ? canvas.graph->width : -canvas.graph->width);
+}
+
+bool laCanvas_FocusSelection(_LaCanvasData& canvas) {
+    const auto [smaller, larger] = std::minmax(canvas.cursor[0], canvas.cursor[1]);
+    if (larger < 0) {
+        laCanvas_Refuse(canvas, "Nothing is selected.");
+        return false;
+    }
+    const double first = smaller < 0 ? larger : smaller;
+    const double low = std::max(0.0, (first + larger) / 2 - canvas.viewLength / 2);
+    if (std::fabs(canvas.viewLow - low) > 1 / canvas.pixelsPerUnit)
+        return laCanvas_Zoom(canvas, low, low + canvas.viewLength, true, Zoom_Range);
+    return first == larger || laCanvas_Zoom(canvas, -1.0, 0, true, Zoom_Selection);
 }

@@ -14,3 +14,8 @@ void laCanvas_ScrollColumns(_LaCanvasData& canvas, int64_t columns);
 void laCanvas_ScrollRows(_LaCanvasData& canvas, int64_t rows);
 // To the first or the last view.
 void laCanvas_ScrollToEnd(_LaCanvasData& canvas, bool last);
+// By the width of the area, to the right or left.
+void laCanvas_ScrollPage(_LaCanvasData& canvas, bool forward);
+// Brings the selection, or the one cursor, to the middle; where it is there already, shows just the
+// selection. False, with a beep and a message, when there is no cursor.
+bool laCanvas_FocusSelection(_LaCanvasData& canvas);

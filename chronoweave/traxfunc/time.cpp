@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/axis.h"
+#include "chronoweave/traxfunc/time_unit.h"
 #include "shared/libcxxutil/report.h"
 
 double laTime_Convert(int from, double value, int to) {
@@ -76,9 +77,7 @@ void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode, bool redraw) {
 }
 
 void laCanvas_NextTimeMode(_LaCanvasData& canvas) {
-    if (canvas.timeMode == Time_Sequential)
-        return laCanvas_Refuse(canvas, "You can't change Sequential into other unit.");
-    if (canvas.timeMode == Time_Tick) return laCanvas_Refuse(canvas, "Cannot change tick into other units.");
+    if (laTimeUnit_Refused(canvas)) return;
     canvas.flags |= Canvas_UserUnitChange;
     laCanvas_SetTimeMode(canvas, (canvas.timeMode + 1) % 4, true);
     canvas.flags &= ~Canvas_UserUnitChange;

@@ -21,6 +21,9 @@ class laTimeScale {
           high_(canvas.timeMode == Time_Sequential ? 1e300 : canvas.viewHigh),
           perUnit_(canvas.pixelsPerUnit),
           rightOfView_(canvas.graph->width + 3) {}
+    // Of a view that is not the canvas's.
+    laTimeScale(double low, double high, double perUnit, int width)
+        : low_(low), high_(high), perUnit_(perUnit), rightOfView_(width + 3) {}
 
     // Column of a time of the time base. A time before the view gives leftOfView, one behind it
     // rightOfView(); the end of the view itself is the column behind the last. In sequential mode the view's
@@ -29,7 +32,7 @@ class laTimeScale {
         if (time > high_) return rightOfView_;
         const double offset = time - low_;
         if (offset < 0) return leftOfView;
-        const double pixel = offset * perUnit_ + 0.5;
+        const double pixel = offset * perUnit_ + half;
         return pixel >= 2147483647.0 ? farRight : static_cast<int>(pixel);
     }
     int rightOfView() const { return rightOfView_; }
@@ -37,6 +40,10 @@ class laTimeScale {
     double toTime(int x) const { return x / perUnit_ + low_; }
 
   private:
+    // Times and pixels are often both round, so that a time falls in the middle between two columns. A
+    // millionth keeps it on one side, whatever the view's low end and the rounding of it.
+    static constexpr double half = 0.5 + 0x1p-20;
+
     double low_, high_, perUnit_;
     int rightOfView_;
 };

@@ -1,11 +1,11 @@
 #include "chronoweave/traxfunc/view.h"
 
 #include <algorithm>
-#include <type_traits>
 
 #include "chronoweave/traxfunc/axis.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/fetch.h"
+#include "chronoweave/traxfunc/history.h"
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
@@ -153,20 +153,6 @@ void laCanvas_ZoomOutAt(_LaCanvasData& canvas, double centre) {
     laCanvas_Zoom(canvas, low, pulled_back(canvas, low + 2 * canvas.viewLength), true, Zoom_Range);
 }
 
-void laHistory_Add(_LaCanvasData& canvas) {
-    constexpr int places = static_cast<int>(std::extent_v<decltype(_LaCanvasData::history)>);
-    if ((canvas.flags & Canvas_RecordHistory) == 0) return;
-    if (canvas.historyNewest >= 0) {
-        const LaHistoryEntry& newest = canvas.history[canvas.historyNewest];
-        if (newest.low == canvas.viewLow && newest.high == canvas.viewHigh) return;
-    }
-    const int next = (canvas.historyNewest + 1) % places;
-    if (next == canvas.historyOldest) canvas.historyOldest = (canvas.historyOldest + 1) % places;
-    canvas.historyNewest = canvas.historyCurrent = next;
-    if (canvas.historyOldest < 0) canvas.historyOldest = next;
-    canvas.history[next] = {canvas.viewLow, canvas.viewHigh, canvas.verticalOffset};
-}
-
 void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t objectId, bool warp) {
     const double time = laTime_Convert(mode, value, Time_Second);
     bool moved = false;
@@ -226,17 +212,6 @@ void TRAX_ScrollTo(_LaCanvasData& canvas, int x, int y, bool force) {
     graph.vertical.setPosition(static_cast<uint64_t>(std::max(0, y)));
     canvas.verticalOffset = static_cast<int>(graph.vertical.position());
     if (force || graph.vertical.position() != before) laCanvas_Repaint(canvas);
-}
-
-void laCanvas_HorizontalScrolled(_LaCanvasData& canvas) {
-    const double low = laCanvas_AbsoluteTime(canvas, canvas.graph->horizontal.position());
-    laCanvas_ShowRange(canvas, low, low + canvas.viewLength, true, false);
-    laHistory_Add(canvas);
-}
-
-void laCanvas_VerticalScrolled(_LaCanvasData& canvas) {
-    canvas.verticalOffset = static_cast<int>(canvas.graph->vertical.position());
-    laCanvas_Repaint(canvas);
 }
 
 void laCanvas_Resized(_LaCanvasData& canvas, int width, int height) {

@@ -17,9 +17,6 @@ bool laCanvas_Zoom(_LaCanvasData& canvas, double low, double high, bool repaint,
 void laCanvas_ZoomInAt(_LaCanvasData& canvas, double centre);
 void laCanvas_ZoomOutAt(_LaCanvasData& canvas, double centre);
 
-// Records the view in the history when that is on; the newest entry is never repeated.
-void laHistory_Add(_LaCanvasData& canvas);
-
 // Brings a time, given in a mode, and an object's row into view (laAgentId for no object). With warp, the
 // pointer goes there.
 void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t objectId, bool warp);
@@ -28,8 +25,5 @@ void laCanvas_Reveal(_LaCanvasData& canvas, double time, uint32_t objectId);
 
 // Sets the vertical position; x must lie in the width. With force, repaints even when nothing moved.
 void TRAX_ScrollTo(_LaCanvasData& canvas, int x, int y, bool force);
-// What the scroll bars call.
-void laCanvas_HorizontalScrolled(_LaCanvasData& canvas);
-void laCanvas_VerticalScrolled(_LaCanvasData& canvas);
 // The drawing area has a new size: scales and scroll bars follow. Does not paint.
 void laCanvas_Resized(_LaCanvasData& canvas, int width, int height);

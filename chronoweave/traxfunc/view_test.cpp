@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "chronoweave/traxfunc/canvas_testing.h"
+#include "chronoweave/traxfunc/history.h"
 #include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
 

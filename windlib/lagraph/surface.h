@@ -62,6 +62,10 @@ class Surface {
     virtual TextExtent textExtent(std::string_view text) = 0;
     // At its top left corner.
     virtual void drawIcon(int x, int y, IconHandle icon) = 0;
+    // Moves the pixels of a rectangle by dx, dy, as if they were taken up before any is put down. Rectangle and
+    // target lie within the surface and the clip. False, and nothing done, by a surface that can't, or not to
+    // the exact pixel.
+    virtual bool copyRect(int /*x*/, int /*y*/, int /*w*/, int /*h*/, int /*dx*/, int /*dy*/) { return false; }
     // A clip inside the present one when intersect, in place of it otherwise; pop restores.
     virtual void pushClip(int x, int y, int w, int h, bool intersect) = 0;
     virtual void popClip() = 0;

@@ -32,6 +32,9 @@ class TranslatedSurface : public Surface {
     }
     TextExtent textExtent(std::string_view text) override { return target_.textExtent(text); }
     void drawIcon(int x, int y, IconHandle icon) override { target_.drawIcon(left_ + x, top_ + y, icon); }
+    bool copyRect(int x, int y, int w, int h, int dx, int dy) override {
+        return target_.copyRect(left_ + x, top_ + y, w, h, dx, dy);
+    }
     // Always an intersection, so that nothing is drawn outside the part.
     void pushClip(int x, int y, int w, int h, bool) override {
         target_.pushClip(left_ + x, top_ + y, w, h, true);

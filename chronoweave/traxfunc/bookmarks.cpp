@@ -1,0 +1,90 @@
+#include "chronoweave/traxfunc/bookmarks.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "chronoweave/traxfunc/draw.h"
+#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/view.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
+    std::string label = gen_format(canvas.timeMode >= Time_Tick ? "Bookmark: %.2f" : "Bookmark: %.10f", time);
+    if (objectId == laAgentId) return label;
+    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    const std::string name = lane != nullptr ? laCanvas_LaneName(canvas, *lane)
+                                             : canvas.objectTerm + gen_format(" 0x%x", objectId);
+    return text_escape(label + " on " + name);
+}
+
+void repaint_at(_LaCanvasData& canvas, const LaBookmark& mark) {
+    const int x = laCanvas_TimeToPixel(canvas, mark.time, Time_Second);
+    const int reach = std::max(1, mark.thickness) / 2 + 1;
+    if (x >= 0 && x < canvas.graph->width) laCanvas_RepaintColumns(canvas, x - reach, x + reach + 1);
+}
+
+}  // namespace
+
+const LaBookmark* laBookmark_Find(const _LaCanvasData& canvas, double time, bool exact) {
+    const double reach = std::max(3.0 / canvas.pixelsPerUnit, 1e-12);
+    const auto found =
+        std::find_if(canvas.bookmarks.begin(), canvas.bookmarks.end(), [&](const LaBookmark& mark) {
+            return exact ? mark.time == time : std::fabs(mark.time - time) <= reach;
+        });
+    return found == canvas.bookmarks.end() ? nullptr : &*found;
+}
+
+const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, double time, bool repaint) {
+    if (const LaBookmark* known = laBookmark_Find(canvas, time, true)) return *known;
+    LaBookmark mark;
+    mark.label = label_of(canvas, objectId, time);
+    mark.objectId = objectId;
+    mark.time = time;
+    canvas.bookmarks.insert(canvas.bookmarks.begin(), std::move(mark));
+    if (repaint) repaint_at(canvas, canvas.bookmarks.front());
+    return canvas.bookmarks.front();
+}
+
+bool laBookmark_Delete(_LaCanvasData& canvas, double time, bool exact, bool repaint) {
+    const LaBookmark* mark = laBookmark_Find(canvas, time, exact);
+    return mark != nullptr &&
+           laBookmark_DeleteAt(canvas, static_cast<size_t>(mark - canvas.bookmarks.data()), repaint);
+}
+
+bool laBookmark_DeleteAt(_LaCanvasData& canvas, size_t index, bool repaint) {
+    if (index >= canvas.bookmarks.size()) return false;
+    const LaBookmark gone = std::move(canvas.bookmarks[index]);
+    canvas.bookmarks.erase(canvas.bookmarks.begin() + static_cast<ptrdiff_t>(index));
+    if (repaint) repaint_at(canvas, gone);
+    return true;
+}
+
+void laBookmark_DeleteAll(_LaCanvasData& canvas, bool repaint) {
+    std::vector<LaBookmark> gone;
+    gone.swap(canvas.bookmarks);
+    if (!repaint) return;
+    for (const LaBookmark& mark : gone) repaint_at(canvas, mark);
+}
+
+bool laBookmark_Show(_LaCanvasData& canvas, size_t index) {
+    if (index >= canvas.bookmarks.size()) {
+        laCanvas_Beep(canvas);
+        return false;
+    }
+    laCanvas_GoTo(canvas, canvas.bookmarks[index].time, canvas.bookmarks[index].objectId);
+    return true;
+}
+
+bool laBookmark_AddForCursors(_LaCanvasData& canvas) {
+    const double first = canvas.cursor[0], second = canvas.cursor[1];
+    if (first < 0 && second < 0) {
+        laCanvas_Beep(canvas);
+        return false;
+    }
+    if (first >= 0) laBookmark_Add(canvas, laAgentId, first, true);
+    if (second >= 0 && second != first) laBookmark_Add(canvas, laAgentId, second, true);
+    return true;
+}
