@@ -12,5 +12,5 @@ DialogDescription dialogs_CanvasWindow();
 DialogDescription dialogs_Hide();
 // The unit of times: choices "units" in the order of the time modes 0 to 3, check box "auto", "ok", "cancel".
 DialogDescription dialogs_TimeUnit();
-// A time to go to: field "time", explanation "t_explain", message line, "ok", "cancel".
+// A time or range to go to: field "time", explanation "t_explain", message line, "ok", "cancel".
 DialogDescription dialogs_GotoTime();

@@ -47,8 +47,9 @@ DialogDescription dialogs_GotoTime() {
         {"t_time", DialogKind::Label, "&Time:", "", 0, {}, "", "time"},
         {"time", DialogKind::TextField, "", "Time", 0, {}, "000000.000000000000"},
         {"t_explain", DialogKind::Label,
-         "The view keeps its length and moves until this time is in its middle.\n"
-         "Times are in the unit of the canvas."},
+         "A time, a start and an end, or a start, + and a length.\n"
+         "Units are s, ms, us, ns and ticks; without one it is the unit of the canvas.\n"
+         "For example: 1.5    20ms 35ms    1s + 250us"},
         {"ts_info", DialogKind::StatusText, "", "Message"},
         {"ok", DialogKind::Button, "OK", "", Dialog_Default},
         {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
