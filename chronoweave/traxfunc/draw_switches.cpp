@@ -90,19 +90,25 @@ class SwitchPainter {
         const auto column = [&](size_t at) {
             return paint_.scale.toPixel(lines[static_cast<uint32_t>(at)].t0);
         };
-        for (uint32_t i = FirstAt(Low()); i < lines.size() && lines[i].t0 <= high; ++i) {
-            const laItem_Ctx& line = lines[i];
-            if (!Seen(line)) continue;
-            const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
-            if ((from.beyond & to.beyond) != 0) continue;
-            const int x = column(i);
-            if (x != lastX_) FlushUnion();
-            lastX_ = x;
-            Unite({from.y, to.y, &canvas_.statusLooks[static_cast<size_t>(line.status)]});
-            if (column_.size() == 1 && column_[0].y0 <= top && column_[0].y1 >= bottom)
-                i = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), x, column)) - 1;
+        for (uint32_t i = FirstAt(Low()); i < lines.size() && lines[i].t0 <= high;) {
+            lastX_ = column(i);
+            const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
+            // Two that take turns cross the same rows each time.
+            uint32_t from = laNoLane, to = laNoLane;
+            for (; i < end && lines[i].t0 <= high; ++i) {
+                const laItem_Ctx& line = lines[i];
+                if ((line.fromLane == to && line.toLane == from) ||
+                    (line.fromLane == from && line.toLane == to))
+                    continue;
+                if (!Seen(line)) continue;
+                from = line.fromLane;
+                to = line.toLane;
+                if ((ends_[from].beyond & ends_[to].beyond) != 0) continue;
+                Unite({ends_[from].y, ends_[to].y, &canvas_.statusLooks[static_cast<size_t>(line.status)]});
+                if (column_.size() == 1 && column_[0].y0 <= top && column_[0].y1 >= bottom) i = end - 1;
+            }
+            FlushUnion();
         }
-        FlushUnion();
     }
 
     void FlushUnion() {
