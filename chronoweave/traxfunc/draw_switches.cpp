@@ -109,11 +109,37 @@ class SwitchPainter {
             }
             FlushUnion();
         }
+        FlushBand();
     }
 
     void FlushUnion() {
-        for (const Span& span : column_) Draw(span);
+        if (column_.size() == 1 && column_[0].look->style == Line_Solid) {
+            AddToBand(column_[0]);
+        } else if (!column_.empty()) {
+            FlushBand();
+            for (const Span& span : column_) Draw(span);
+        }
         column_.clear();
+    }
+
+    // Neighbouring columns that reach equally far become one rectangle: down a single column of pixels every row
+    // is a cache line of its own.
+    void AddToBand(const Span& span) {
+        const bool continues = band_.look != nullptr && lastX_ == bandEnd_ && span.y0 == band_.y0 && span.y1 == band_.y1;
+        if (!continues) {
+            FlushBand();
+            band_ = span;
+            bandStart_ = lastX_;
+        }
+        bandEnd_ = lastX_ + 1;
+    }
+
+    void FlushBand() {
+        if (band_.look == nullptr) return;
+        const int thickness = std::max(1, band_.look->thickness);
+        paint_.surface.fillRect(bandStart_ - thickness / 2, band_.y0, bandEnd_ - bandStart_ + thickness - 1,
+                                band_.y1 - band_.y0 + 1, band_.look->colour);
+        band_.look = nullptr;
     }
 
     // column_ holds disjoint stretches in no order.
@@ -202,6 +228,8 @@ class SwitchPainter {
     int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
     std::vector<Span> column_;  // of the column lastX_, and what they reach together
     int columnTop_ = noRow, columnBottom_ = -1, columnThickness_ = 0;
+    Span band_{0, 0, nullptr};  // the same in the columns from bandStart_ to before bandEnd_; none without a look
+    int bandStart_ = 0, bandEnd_ = 0;
 };
 
 }  // namespace

@@ -1,41 +1,54 @@
 #include "windlib/qt/pixel_blit.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
-// source over target, source premultiplied, target opaque.
-uint32_t over(uint32_t source, uint32_t target) {
-    const uint32_t rest = 255 - (source >> 24);
-    // Two channels at a time; x * rest / 255 rounded.
-    uint32_t even = (target & 0xFF00FFu) * rest, odd = ((target >> 8) & 0xFF00FFu) * rest;
-    even = ((even + ((even >> 8) & 0xFF00FFu) + 0x800080u) >> 8) & 0xFF00FFu;
-    odd = (odd + ((odd >> 8) & 0xFF00FFu) + 0x800080u) & 0xFF00FF00u;
-    return (source + (even | odd)) | 0xFF000000u;
+// source over target, source premultiplied. rest is what remains of the target, 0 to 65535. The same in both
+// forms, down to the last bit, since an icon may be painted whole or in parts.
+uint32_t over(uint32_t source, uint32_t target, uint32_t rest) {
+    uint32_t sum = 0;
+    for (int shift = 0; shift < 32; shift += 8)
+        sum |= ((((target >> shift) & 0xFF) * 257u * rest >> 16) >> 8) << shift;
+    return source + sum;  // no channel overflows: it is premultiplied
 }
 
-enum class Cover { None, Part, Full };
-Cover coverOf(uint32_t pixel) {
-    const uint32_t alpha = pixel >> 24;
-    return alpha == 0 ? Cover::None : alpha == 255 ? Cover::Full : Cover::Part;
+// count is a multiple of four.
+void blend_row(uint32_t* to, const uint32_t* from, const uint16_t* rest, int count) {
+#ifdef __SSE2__
+    // No branch on what the pixels hold: an icon's are too mixed for any to be guessed.
+    for (int i = 0; i < count; i += 4) {
+        auto* const place = reinterpret_cast<__m128i*>(to + i);
+        const auto* const rests = reinterpret_cast<const __m128i*>(rest + 4 * i);
+        const __m128i below = _mm_loadu_si128(place);
+        const __m128i low = _mm_mulhi_epu16(_mm_unpacklo_epi8(below, below), _mm_loadu_si128(rests));
+        const __m128i high = _mm_mulhi_epu16(_mm_unpackhi_epi8(below, below), _mm_loadu_si128(rests + 1));
+        const __m128i kept = _mm_packus_epi16(_mm_srli_epi16(low, 8), _mm_srli_epi16(high, 8));
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i));
+        _mm_storeu_si128(place, _mm_add_epi8(kept, source));
+    }
+#else
+    for (int i = 0; i < count; ++i) to[i] = over(from[i], to[i], rest[4 * i]);
+#endif
 }
 
 }  // namespace
 
-Sprite::Sprite(QImage picture) : image(std::move(picture)) {
-    for (int y = 0; y < image.height(); ++y) {
-        const auto* line = reinterpret_cast<const uint32_t*>(image.constScanLine(y));
-        for (int x = 0; x < image.width();) {
-            const Cover cover = coverOf(line[x]);
-            int end = x + 1;
-            while (end < image.width() && coverOf(line[end]) == cover) ++end;
-            if (cover != Cover::None)
-                runs.push_back({static_cast<int16_t>(x), static_cast<int16_t>(y),
-                                static_cast<int16_t>(end - x), cover == Cover::Full});
-            x = end;
-        }
-    }
+Sprite::Sprite(QImage picture) : image(std::move(picture)), rowPixels((image.width() + 3) & ~3) {
+    const auto count = static_cast<size_t>(rowPixels) * static_cast<size_t>(image.height());
+    pixels.assign(count, 0);
+    for (int y = 0; y < image.height(); ++y)
+        std::copy_n(reinterpret_cast<const uint32_t*>(image.constScanLine(y)), image.width(),
+                    pixels.begin() + y * rowPixels);
+    rest.reserve(4 * count);
+    for (const uint32_t pixel : pixels)
+        rest.insert(rest.end(), 4, static_cast<uint16_t>((255 - (pixel >> 24)) * 257));
 }
 
 PixelBlit::PixelBlit(QImage& image) {
@@ -63,24 +76,24 @@ void PixelBlit::fill(const QRect& rect, uint32_t colour, const QRect& clip) {
 
 void PixelBlit::blend(int x, int y, const Sprite& sprite, const QRect& clip) {
     const int left = x * scale_, top = y * scale_;
-    const QRect area = toDevice(clip);
-    const bool whole = area.contains(QRect(left, top, sprite.image.width(), sprite.image.height()));
-    for (const Sprite::Run& run : sprite.runs) {
-        const int line = top + run.y;
-        int first = left + run.x, end = first + run.length;
-        const auto* from = reinterpret_cast<const uint32_t*>(sprite.image.constScanLine(run.y)) + run.x;
-        if (!whole) {
-            if (line < area.top() || line > area.bottom()) continue;
-            const int cut = std::max(area.left() - first, 0);
-            first += cut;
-            from += cut;
-            end = std::min(end, area.right() + 1);
-            if (first >= end) continue;
+    const QRect area = toDevice(clip), whole(left, top, sprite.rowPixels, sprite.image.height());
+    const uint32_t* from = sprite.pixels.data();
+    if (area.contains(whole)) {
+        const uint16_t* rest = sprite.rest.data();
+        uint32_t* to = bits_ + top * stride_ + left;
+        for (int row = 0; row < whole.height(); ++row) {
+            blend_row(to, from, rest, sprite.rowPixels);
+            to += stride_;
+            from += sprite.rowPixels;
+            rest += 4 * sprite.rowPixels;
         }
-        uint32_t* to = bits_ + line * stride_ + first;
-        if (run.opaque)
-            std::copy_n(from, end - first, to);
-        else
-            for (int i = 0; i < end - first; ++i) to[i] = over(from[i], to[i]);
+        return;
     }
+    const QRect part = area & whole;
+    for (int line = part.top(); line <= part.bottom(); ++line)
+        for (int column = part.left(); column <= part.right(); ++column) {
+            uint32_t& to = bits_[line * stride_ + column];
+            const auto at = static_cast<size_t>((line - top) * sprite.rowPixels + column - left);
+            to = over(from[at], to, sprite.rest[4 * at]);
+        }
 }

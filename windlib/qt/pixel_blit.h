@@ -7,15 +7,13 @@
 #include <cstdint>
 #include <vector>
 
-// A picture taken apart for blending: its runs of pixels that hide what is below, and those that let it
-// through; pixels that show nothing are in neither.
+// A picture made ready for blending: rows of a multiple of four pixels, premultiplied, and for each channel
+// of each pixel what remains of the target, 0 to 65535.
 struct Sprite {
-    struct Run {
-        int16_t x, y, length;
-        bool opaque;
-    };
     QImage image;  // premultiplied alpha
-    std::vector<Run> runs;
+    int rowPixels = 0;
+    std::vector<uint32_t> pixels;
+    std::vector<uint16_t> rest;  // four a pixel
 
     Sprite() = default;
     explicit Sprite(QImage picture);
