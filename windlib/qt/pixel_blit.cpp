@@ -68,10 +68,20 @@ QRect PixelBlit::toDevice(const QRect& logical) const {
 }
 
 void PixelBlit::fill(const QRect& rect, uint32_t colour, const QRect& clip) {
-    const QRect area = toDevice(rect & clip);
-    uint32_t* row = bits_ + area.top() * stride_ + area.left();
-    for (int y = 0; y < area.height(); ++y, row += stride_)
-        std::fill_n(row, area.width(), colour | 0xFF000000u);
+    const int left = std::max({rect.left(), clip.left(), 0}) * scale_;
+    const int top = std::max({rect.top(), clip.top(), 0}) * scale_;
+    const int right = std::min((std::min(rect.right(), clip.right()) + 1) * scale_, width_);
+    const int bottom = std::min((std::min(rect.bottom(), clip.bottom()) + 1) * scale_, height_);
+    const int width = right - left;
+    if (width <= 0) return;
+    colour |= 0xFF000000u;
+    uint32_t* row = bits_ + top * stride_ + left;
+    for (int y = top; y < bottom; ++y, row += stride_) {
+        if (width < 8)
+            for (int x = 0; x < width; ++x) row[x] = colour;
+        else
+            std::fill_n(row, width, colour);
+    }
 }
 
 void PixelBlit::blend(int x, int y, const Sprite& sprite, const QRect& clip) {
