@@ -19,14 +19,16 @@ int laPicture_FooterHeight(const FontMetrics& font) {
     return font.height + 4;
 }
 
-laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height) {
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
     laPicture picture;
     picture.width = width;
     picture.height = height;
     picture.nameWidth = std::min(laNames_Width(canvas, surface, width / 4), std::max(0, width - divider));
     picture.graphLeft = picture.nameWidth + divider;
     picture.graphWidth = std::max(0, width - picture.graphLeft);
-    picture.graphHeight = std::max(0, height - laPicture_FooterHeight(surface.fontMetrics(Font_Application)));
+    picture.footer = footer;
+    const int below = footer ? laPicture_FooterHeight(surface.fontMetrics(Font_Application)) : 0;
+    picture.graphHeight = std::max(0, height - below);
     picture.dataHeight =
         std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
     picture.rowHeight = canvas.rowHeight;
@@ -75,7 +77,7 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
     const int line = picture.nameWidth + divider / 2;
     surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,
                      surface.foreground());
-    laPicture_DrawFooter(canvas, surface, picture);
+    if (picture.footer) laPicture_DrawFooter(canvas, surface, picture);
     std::copy(cursors, cursors + 2, canvas.cursor);
 }
 

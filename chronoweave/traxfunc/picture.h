@@ -16,6 +16,7 @@ struct laPicture {
         graphHeight = 0;  // the drawing area, axis strip included
     int dataHeight = 0;   // rows of the drawing area above the axis strip
     int rowHeight = 0;
+    bool footer = true;  // there is a line under the drawing area
 };
 
 // The line under the drawing area.
@@ -23,7 +24,8 @@ int laPicture_FooterHeight(const FontMetrics& font);
 // Places the parts for a total size and gives the canvas its drawing area; the names take what the longest of
 // the present rows needs, from 100 pixels to a quarter of the width. So show the range first, then lay out:
 // the times shown stay as they are.
-laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height);
+// Without a footer the drawing area goes down to the lower edge: a window has labels for those texts.
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer = true);
 // Draws everything. The canvas keeps its own surface. Cursors and their band only when asked for.
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);
 // Clears and draws the line under the drawing area.

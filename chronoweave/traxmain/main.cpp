@@ -8,7 +8,9 @@
 #include "chronoweave/traxmain/start_options.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/return_point.h"
+#include "windlib/config/arrangement_store.h"
 #include "windlib/config/config_dirs.h"
+#include "windlib/config/settings.h"
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/console_window.h"
 #include "windlib/qt/platform.h"
@@ -40,8 +42,8 @@ bool installsHandlers(const StartOptions& options) {
     return install;
 }
 
-void openFirstCanvas(const StartOptions& options) {
-    auto window = std::make_unique<CanvasWindow>(title, options.live);
+void openFirstCanvas(const StartOptions& options, CanvasServices services) {
+    auto window = std::make_unique<CanvasWindow>(title, options.live, services);
     window->show();
     platform_ProcessPending();                // the window has its size before the first view is chosen
     CanvasWindow* canvas = window.release();  // deletes itself when closed
@@ -80,8 +82,12 @@ int main(int argc, char** argv) {
         gen_warning("Cannot continue, exitting...\n");
         std::_Exit(1);
     }
-    openFirstCanvas(options);
+    SettingsManager settings;
+    ArrangementStore arrangements;
+    settings.Load();
+    openFirstCanvas(options, {&settings, &arrangements});
     runLoop();
+    settings.Save();
     gen_pop_return_point();
     console_Close();
     return 0;

@@ -1,26 +1,38 @@
 #include "windlib/qt/canvas_window.h"
 
-#include <QDir>
+#include <sys/stat.h>
+
+#include <QApplication>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QIcon>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QToolBar>
+#include <filesystem>
 
+#include "chronoweave/dialogs/bindings.h"
+#include "chronoweave/dialogs/dialogs.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/traxfunc/arrangement.h"
+#include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/fields.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
-#include "shared/libcxxutil/text.h"
+#include "windlib/config/arrangement_store.h"
+#include "windlib/config/settings.h"
+#include "windlib/qt/dialog_view.h"
+#include "windlib/qt/overview_strip.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
 
 namespace {
 
+constexpr const char* positionKey = "Trvgui.Canvas";
 int windows = 0;
 
 // What an import left out, for the message line; empty when it took everything.
@@ -35,77 +47,145 @@ std::string lossesOf(const ImportCounts& counts) {
     return text;
 }
 
+// What tells a source from what it was when the user arranged it.
+laSourceIdentity identityOf(const std::string& path, const _LaCanvasData& canvas) {
+    laSourceIdentity identity;
+    struct stat facts {};
+    if (::stat(path.c_str(), &facts) == 0) {
+        identity.size = static_cast<uint64_t>(facts.st_size);
+        identity.modified = static_cast<int64_t>(facts.st_mtime);
+    }
+    identity.events = canvas.store ? mt_GetEventCount(*canvas.store) : 0;
+    return identity;
+}
+
+// The file that a source's name stands for: of a base name, the store's data.
+std::string fileOf(const std::string& name) {
+    std::error_code none;
+    const bool base = !std::filesystem::exists(name, none);
+    return std::filesystem::absolute(base ? name + ".trs" : name, none).string();
+}
+
+QIcon toolIcon(const char* name) {
+    const IconHandle icon = icon_Find(name);
+    return icon == NoIcon ? QIcon()
+                          : QIcon(QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path));
+}
+
 }  // namespace
 
-CanvasWindow::CanvasWindow(const std::string& title, bool live) : live_(live) {
+CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices services)
+    : live_(live), services_(services), model_(dialogs_CanvasWindow()) {
     ++windows;
     setAttribute(Qt::WA_DeleteOnClose);
-    setObjectName(QStringLiteral("Canvas"));
+    setObjectName(QStringLiteral("Trax"));
     setWindowTitle(QString::fromStdString(title));
     build();
-    connectBars();
-    view_->canvas().fieldsChanged = [this] { showFields(); };
-    view_->canvas().progress = [this](double done, double total) {
-        return !work_ || work_->tell(done, total);
-    };
-    view_->graph().setBusy = [this](bool busy) { setBusy(busy); };
-    connect(view_, &PictureView::barsChanged, this, [this] { syncBars(); });
-    connect(view_, &PictureView::hovered, this, [this](int x) { showPointer(x); });
-    connect(view_, &PictureView::fileDropped, this,
-            [this](const QString& path) { load(path.toStdString()); });
-    resize(1200, 700);
+    connectItems();
+    takeOptions();
+    resize(1200, 760);
+    if (!services_.settings) return;
+    if (const auto position = services_.settings->Position(positionKey)) {
+        const WindowRectangle& at = position->absolute;
+        setGeometry(at.x, at.y, at.width, at.height);
+    }
 }
 
 CanvasWindow::~CanvasWindow() {
     --windows;
+    dialog_ = nullptr;
+    model_.itemChanged = {};
 }
 int CanvasWindow::count() {
     return windows;
 }
 
 void CanvasWindow::build() {
+    dialog_ = new DialogView(model_, [this](const DialogItem& item) { return makeItem(item); });
+    setCentralWidget(dialog_);
+    view_->setFocus();
+}
+
+QWidget* CanvasWindow::makeItem(const DialogItem& item) {
+    if (item.kind == DialogKind::Graph) return makePane();
+    if (item.kind == DialogKind::Strip) return overview_ = new OverviewStrip(*view_);
+    if (item.kind == DialogKind::ToolBar) return makeTools();
+    return nullptr;
+}
+
+// The picture with its bars on the sides that the options name.
+QWidget* CanvasWindow::makePane() {
+    auto* pane = new QWidget;
     view_ = new PictureView;
+    view_->setObjectName(QStringLiteral("Graph"));
+    view_->setAccessibleName(QStringLiteral("Time line"));
     horizontal_ = new QScrollBar(Qt::Horizontal);
     vertical_ = new QScrollBar(Qt::Vertical);
     horizontal_->setObjectName(QStringLiteral("HScroll"));
     horizontal_->setAccessibleName(QStringLiteral("Scroll in time"));
     vertical_->setObjectName(QStringLiteral("VScroll"));
     vertical_->setAccessibleName(QStringLiteral("Scroll over the rows"));
-    message_ = new QLabel;
-    message_->setObjectName(QStringLiteral("ts_info"));
-    message_->setAccessibleName(QStringLiteral("Message line"));
-    message_->setTextFormat(Qt::PlainText);
-    message_->setMinimumWidth(1);
-    bar_ = new QProgressBar;
-    bar_->setObjectName(QStringLiteral("Progress"));
-    bar_->setAccessibleName(QStringLiteral("Progress"));
-    bar_->setRange(0, 1000);
-    bar_->setMaximumWidth(200);
-    bar_->hide();
-    auto* line = new QHBoxLayout;
-    line->addWidget(message_, 1);
-    line->addWidget(bar_);
-    line->setContentsMargins(6, 2, 6, 4);
-    auto* grid = new QGridLayout(this);
+    const ProgramOptions options = services_.settings ? services_.settings->options : ProgramOptions{};
+    const int row = options.horizontalBarBottom ? 0 : 1, column = options.verticalBarRight ? 0 : 1;
+    auto* grid = new QGridLayout(pane);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(0);
-    grid->setRowStretch(0, 1);
-    grid->setColumnStretch(0, 1);
-    grid->addWidget(view_, 0, 0);
-    grid->addWidget(vertical_, 0, 1);
-    grid->addWidget(horizontal_, 1, 0);
-    grid->addLayout(line, 2, 0, 1, 2);
-    view_->setFocus();
+    grid->setRowStretch(row, 1);
+    grid->setColumnStretch(column, 1);
+    grid->addWidget(view_, row, column);
+    grid->addWidget(vertical_, row, 1 - column);
+    grid->addWidget(horizontal_, 1 - row, column);
+    return pane;
 }
 
-void CanvasWindow::connectBars() {
+QWidget* CanvasWindow::makeTools() {
+    auto* bar = new QToolBar;
+    const auto add = [&](const char* icon, const char* text, const std::function<void()>& work) {
+        connect(bar->addAction(toolIcon(icon), QString::fromUtf8(text)), &QAction::triggered, this, work);
+    };
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    add("folder-open", "Open", [this] { chooseAndLoad(); });
+    add("zoom-in", "Zoom In", [this] { view_->command("ZoomIn"); });
+    add("zoom-out", "Zoom Out", [this] { view_->command("ZoomOut"); });
+    add("fit", "Fit", [this] { view_->command("ShowAll"); });
+    bar->addSeparator();
+    add("", "Hide...", [this] { hideObjects(); });
+    add("", "Go to...", [this] { goToTime(); });
+    add("", "Unit...", [this] { changeUnit(); });
+    return bar;
+}
+
+void CanvasWindow::connectItems() {
     LaGraph& graph = view_->graph();
+    _LaCanvasData& canvas = view_->canvas();
     const auto follow = [](QScrollBar* bar, ScrollBarModel& model) {
         connect(bar, &QScrollBar::valueChanged, bar,
                 [&model](int value) { model.userMoved(model.fromNative(static_cast<uint32_t>(value))); });
     };
     follow(horizontal_, graph.horizontal);
     follow(vertical_, graph.vertical);
+    connect(view_, &PictureView::barsChanged, this, [this] { syncBars(); });
+    connect(view_, &PictureView::fileDropped, this,
+            [this](const QString& path) { load(path.toStdString()); });
+    canvas.fieldsChanged = [this] { showFields(); };
+    canvas.progress = [this](double done, double total) { return !work_ || work_->tell(done, total); };
+    graph.setBusy = [this](bool busy) { setBusy(busy); };
+    model_.onCommit = [this](const std::string& name, const std::string& text) {
+        view_->draw([&] { laCanvas_CommitField(view_->canvas(), name, text); });
+        showFields();
+    };
+    model_.onPress = [this](const std::string& name) { view_->command(name); };
+}
+
+void CanvasWindow::takeOptions() {
+    if (!services_.settings) return;
+    const ProgramOptions& options = services_.settings->options;
+    _LaCanvasData& canvas = view_->canvas();
+    canvas.newTrv = options.newTrv;
+    canvas.prefetch = options.prefetch;
+    canvas.kernelGroup = options.kernel;
+    canvas.snapCursors = options.cursorsSnap;
+    view_->setBareWheelZooms(options.bareWheelZooms);
 }
 
 void CanvasWindow::syncBars() {
@@ -126,25 +206,40 @@ void CanvasWindow::syncBars() {
 }
 
 std::string CanvasWindow::message() const {
-    return message_->text().toStdString();
+    return model_.message();
 }
 void CanvasWindow::say(const std::string& text) {
     laCanvas_UpdateFields(view_->canvas(), 0, text.c_str());
 }
 
 void CanvasWindow::showFields() {
-    message_->setText(QString::fromStdString(view_->canvas().fields.message));
+    if (!dialog_) return;
+    const LaCanvasFields& fields = view_->canvas().fields;
+    const std::pair<const char*, const std::string*> texts[] = {
+        {"tf_view_from", &fields.viewFrom},   {"tf_view_to", &fields.viewTo},
+        {"tf_view_len", &fields.viewLength},  {"tf_sel_from", &fields.selFrom},
+        {"tf_sel_to", &fields.selTo},         {"tf_sel_len", &fields.selLength},
+        {"TickPattern", &fields.tickPattern}, {"TickUnit", &fields.tickUnit},
+        {"TotalLength", &fields.totalLength}};
+    for (const auto& [name, text] : texts)
+        if (model_.item(name).text != *text) model_.setText(name, *text);
+    if (model_.item("TotalLength").title != fields.totalLengthTitle + ": ")
+        model_.setItemTitle("TotalLength", fields.totalLengthTitle + ": ");
+    if (model_.message() != fields.message) model_.setMessage(fields.message);
 }
 
-void CanvasWindow::showPointer(int x) {
-    _LaCanvasData& canvas = view_->canvas();
-    if (!canvas.storeHasEvents || loading_) return;
-    say(x < 0 ? "" : laTime_Text(canvas, laTimeScale(canvas).toTime(x)));
-}
-
-void CanvasWindow::showProgress(double done, double total) {
-    bar_->show();
-    bar_->setValue(total > 0 ? static_cast<int>(1000 * done / total) : 0);
+void CanvasWindow::setBusy(bool busy) {
+    busy_ += busy ? 1 : -1;
+    platform_SetBusy(busy);
+    if (busy_ > 0 && !work_) {
+        work_ = std::make_unique<LongWork>([this](double done, double total) {
+            model_.setVisible("Progress", true);
+            model_.setProgress("Progress", total > 0 ? static_cast<int>(1000 * done / total) : 0, 1000);
+        });
+    } else if (busy_ == 0) {
+        work_.reset();
+        if (model_.item("Progress").visible) model_.setVisible("Progress", false);
+    }
 }
 
 bool CanvasWindow::load(const std::string& name) {
@@ -153,6 +248,7 @@ bool CanvasWindow::load(const std::string& name) {
         say("Invalid file name.");
         return false;
     }
+    keepArrangement();
     loading_ = true;
     say(gen_format("Loading data from file \"%s\" ...", name.c_str()));
     setBusy(true);
@@ -162,24 +258,18 @@ bool CanvasWindow::load(const std::string& name) {
     std::string losses = lossesOf(opened.counts);
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
     const bool shown = opened.store && showStore(opened, name);
+    if (shown) overview_->rebuild();
     setBusy(false);
     loading_ = false;
     std::string message = opened.inCache ? "The store is " + opened.base + ".trs" : "";
     if (!losses.empty()) message += (message.empty() ? "" : "; ") + losses;
-    if (shown) say(message);
+    if (shown) {
+        say(message);
+        restoreArrangement();
+        if (services_.settings) services_.settings->AddRecent(source_);
+    }
     if (!opened.error.empty()) platform_MessageBox(this, opened.error);
     return shown;
-}
-
-void CanvasWindow::setBusy(bool busy) {
-    busy_ += busy ? 1 : -1;
-    platform_SetBusy(busy);
-    if (busy_ > 0 && !work_) {
-        work_ = std::make_unique<LongWork>([this](double done, double total) { showProgress(done, total); });
-    } else if (busy_ == 0) {
-        work_.reset();
-        bar_->hide();
-    }
 }
 
 bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
@@ -196,9 +286,47 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
     bool shown = false;
     view_->draw(
         [&] { shown = laCanvas_SetUpFromStore(canvas, std::move(opened.store), std::move(legend), name); });
-    if (shown) setWindowTitle(QString::fromStdString(canvas.canvasName));
+    if (shown) {
+        source_ = fileOf(name);
+        setWindowTitle(QString::fromStdString(canvas.canvasName));
+    }
     view_->layOutAndPaint();
     return shown;
+}
+
+void CanvasWindow::restoreArrangement() {
+    if (!services_.arrangements) return;
+    const auto text = services_.arrangements->Load(source_);
+    if (!text) return;
+    std::string why;
+    const auto arrangement = laArrangement_FromText(*text, why);
+    if (!arrangement) {
+        gen_warning("the arrangement kept for %s is damaged: %s", source_.c_str(), why.c_str());
+        return;
+    }
+    view_->draw(
+        [&] { laArrangement_Restore(view_->canvas(), *arrangement, identityOf(source_, view_->canvas())); });
+    view_->layOutAndPaint();
+}
+
+void CanvasWindow::keepArrangement() {
+    if (!services_.arrangements || source_.empty() || !view_->canvas().store) return;
+    const _LaCanvasData& canvas = view_->canvas();
+    services_.arrangements->Save(
+        source_, laArrangement_ToText(laArrangement_Take(canvas, identityOf(source_, canvas))));
+}
+
+void CanvasWindow::closeEvent(QCloseEvent* event) {
+    keepArrangement();
+    if (services_.settings) {
+        const QRect at = geometry();
+        WindowPosition position;
+        position.absolute = {at.x(), at.y(), at.width(), at.height()};
+        position.toParent = position.absolute;
+        services_.settings->SetPosition(positionKey, position);
+        services_.settings->Save();
+    }
+    QMainWindow::closeEvent(event);
 }
 
 void CanvasWindow::chooseAndLoad() {
@@ -211,7 +339,27 @@ void CanvasWindow::chooseAndLoad() {
     load(name.toStdString());
 }
 
-void CanvasWindow::help() {
+void CanvasWindow::openDialog(std::unique_ptr<DialogModel> model) {
+    if (model) dialog_Run(this, *model);
+    view_->setFocus();
+}
+
+void CanvasWindow::hideObjects() {
+    openDialog(
+        dialogs_OpenHide(view_->canvas(), [this](const std::function<void()>& work) { view_->draw(work); }));
+}
+
+void CanvasWindow::goToTime() {
+    openDialog(
+        dialogs_OpenGoto(view_->canvas(), [this](const std::function<void()>& work) { view_->draw(work); }));
+}
+
+void CanvasWindow::changeUnit() {
+    openDialog(dialogs_OpenTimeUnit(view_->canvas(),
+                                    [this](const std::function<void()>& work) { view_->draw(work); }));
+}
+
+void CanvasWindow::sheetOfKeys() {
     QMessageBox::information(this, QStringLiteral("Keys"),
                              QStringLiteral("Ctrl+O\topen a trace (or drop a file)\n"
                                             "Ctrl+wheel, W, S, +, -\tzoom at the pointer\n"
@@ -220,14 +368,33 @@ void CanvasWindow::help() {
                                             "Page Up, Page Down\tscroll by a view\n"
                                             "Home, End\tto the ends\n"
                                             "0\tshow everything\n"
+                                            "drag\tselect (Alt: without snapping)\n"
+                                            "middle drag, Space+drag\tmove the picture\n"
+                                            "F\tcentre the selection, again: fit it\n"
+                                            "Z\tzoom to the selection\n"
+                                            "Ctrl+G\tgo to a time\n"
+                                            "Ctrl+H\thide objects\n"
+                                            "Ctrl+B\tbookmark the cursors\n"
+                                            "Alt+Left, Alt+Right\tback and forth in the history\n"
                                             "Escape\tstop long work"));
 }
 
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {
+    const bool control = event->modifiers() & Qt::ControlModifier, alt = event->modifiers() & Qt::AltModifier;
     if (event->matches(QKeySequence::Open))
         chooseAndLoad();
     else if (event->key() == Qt::Key_F1 || event->text() == QStringLiteral("?"))
-        help();
+        sheetOfKeys();
+    else if (control && event->key() == Qt::Key_G)
+        goToTime();
+    else if (control && event->key() == Qt::Key_H)
+        hideObjects();
+    else if (control && event->key() == Qt::Key_B)
+        view_->command("AddBookmark");
+    else if (alt && event->key() == Qt::Key_Left)
+        view_->command("PrevHistory");
+    else if (alt && event->key() == Qt::Key_Right)
+        view_->command("NextHistory");
     else
-        QWidget::keyPressEvent(event);
+        QMainWindow::keyPressEvent(event);
 }

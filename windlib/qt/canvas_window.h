@@ -1,27 +1,39 @@
-// One canvas window: the picture, its two scroll bars, the message line with the progress of long work, and
-// loading.
+// One canvas window: the picture with its scroll bars, the overview, the fields of view and selection, the
+// message line with the progress of long work, loading, and what the user arranged with each trace.
 #pragma once
 
-#include <QWidget>
+#include <QMainWindow>
 #include <memory>
 #include <string>
 
-class PictureView;
-class QLabel;
-class QProgressBar;
-class QScrollBar;
-class LongWork;
+#include "windlib/dialog/model.h"
 
-class CanvasWindow : public QWidget {
+class ArrangementStore;
+class DialogView;
+class LongWork;
+class OverviewStrip;
+class PictureView;
+class QScrollBar;
+class SettingsManager;
+
+// What all windows share; either may be null. Both outlive the windows.
+struct CanvasServices {
+    SettingsManager* settings = nullptr;
+    ArrangementStore* arrangements = nullptr;
+};
+
+class CanvasWindow : public QMainWindow {
     Q_OBJECT
   public:
-    CanvasWindow(const std::string& title, bool live);
+    CanvasWindow(const std::string& title, bool live, CanvasServices services = {});
     ~CanvasWindow() override;
 
     // Opens a data source in place of the one shown: imports it when it is raw, reads its configure file,
-    // shows the first view. False when nothing could be shown; the user was told.
+    // shows the first view, or the one that the user left it with. False when nothing could be shown; the
+    // user was told.
     bool load(const std::string& name);
     PictureView& view() { return *view_; }
+    DialogModel& items() { return model_; }
     bool isLive() const { return live_; }
     // The text of the message line.
     std::string message() const;
@@ -32,27 +44,38 @@ class CanvasWindow : public QWidget {
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     void build();
-    void connectBars();
+    QWidget* makeItem(const DialogItem& item);
+    QWidget* makePane();
+    QWidget* makeTools();
+    void connectItems();
+    void takeOptions();
     void syncBars();
     void showFields();
-    void showPointer(int x);
-    void showProgress(double done, double total);
     bool showStore(struct OpenedSource& opened, const std::string& name);
-    // Long work begins and ends; calls nest.
-    void setBusy(bool busy);
+    void setBusy(bool busy);  // long work begins and ends; calls nest
+    void restoreArrangement();
+    void keepArrangement();
     void say(const std::string& text);
-    void help();
+    void openDialog(std::unique_ptr<DialogModel> model);
+    void hideObjects();
+    void goToTime();
+    void changeUnit();
+    void sheetOfKeys();
 
     bool live_;
+    CanvasServices services_;
     bool loading_ = false;
     int busy_ = 0;
     std::unique_ptr<LongWork> work_;  // while busy
+    std::string source_;              // full path of the data source; empty without one
+    DialogModel model_;
     PictureView* view_ = nullptr;
+    OverviewStrip* overview_ = nullptr;
     QScrollBar* horizontal_ = nullptr;
     QScrollBar* vertical_ = nullptr;
-    QLabel* message_ = nullptr;
-    QProgressBar* bar_ = nullptr;
+    DialogView* dialog_ = nullptr;
 };

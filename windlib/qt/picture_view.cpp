@@ -6,10 +6,13 @@
 #include <QPainter>
 #include <cmath>
 
+#include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/names.h"
 #include "chronoweave/traxfunc/navigate.h"
+#include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "windlib/lagraph/translated_surface.h"
 #include "windlib/qt/platform.h"
@@ -22,12 +25,12 @@ constexpr double zoomPerNotch = 1.25;
 constexpr int columnsPerNotch = 80;
 constexpr int rowsPerNotch = 3;  // rows of the list
 constexpr int keyColumns = 60;
+constexpr int autoScrollEvery = 40;  // milliseconds
+constexpr int autoScrollWidths = 3;  // character widths a step
 
 }  // namespace
 
 PictureView::PictureView(QWidget* parent) : QWidget(parent) {
-    setObjectName(QStringLiteral("Graph"));
-    setAccessibleName(QStringLiteral("Time line"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAcceptDrops(true);
@@ -37,6 +40,8 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     graph_.font = surfaceFonts().plain(Font_Application);
     graph_.beep = platform_Beep;
     graph_.setBusy = platform_SetBusy;
+    autoScroll_.setInterval(autoScrollEvery);
+    connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
     graph_.listChanged = [this] { namesStale_ = true; };
     canvas_ = laCanvas_Create(graph_, 0);
     // The bars of the canvas may move in the middle of anything: painting needs the surface open.
@@ -68,7 +73,6 @@ void PictureView::draw(const std::function<void()>& work) {
             graph_.surface = nullptr;
         }
         if (namesStale_) drawNames(whole);
-        laPicture_DrawFooter(*canvas_, whole, picture_);
     }
     --drawing_;
     finishDrawing();
@@ -100,7 +104,7 @@ void PictureView::layOutAndPaint() {
         QPainter painter(&image_);
         QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
         ++drawing_;
-        picture_ = laPicture_LayOut(*canvas_, whole, width(), height());
+        picture_ = laPicture_LayOut(*canvas_, whole, width(), height(), false);
         laPicture_Draw(*canvas_, whole, picture_, true);
         --drawing_;
         namesStale_ = false;
@@ -112,6 +116,7 @@ void PictureView::paintEvent(QPaintEvent*) {
     if (drawing_ == 0 && image_.devicePixelRatioF() != devicePixelRatioF()) layOutAndPaint();
     QPainter painter(this);
     painter.drawImage(0, 0, image_);
+    drawSelectionLength(painter);
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
@@ -142,11 +147,13 @@ int PictureView::pointerColumn() const {
 void PictureView::wheelEvent(QWheelEvent* event) {
     const QPoint turn = event->angleDelta();
     const int x = static_cast<int>(event->position().x()) - picture_.graphLeft;
+    const bool control = event->modifiers() & Qt::ControlModifier;
+    const bool sideways = std::abs(turn.x()) > std::abs(turn.y()) || (event->modifiers() & Qt::ShiftModifier);
     draw([&] {
-        if (event->modifiers() & Qt::ControlModifier) {
+        if (!sideways && control != bareWheelZooms_) {
             const int column = x >= 0 && x < picture_.graphWidth ? x : picture_.graphWidth / 2;
-            laCanvas_ZoomAtColumn(*canvas_, column, std::pow(zoomPerNotch, -(turn.x() + turn.y()) / notch));
-        } else if (std::abs(turn.x()) > std::abs(turn.y()) || (event->modifiers() & Qt::ShiftModifier)) {
+            laCanvas_ZoomAtColumn(*canvas_, column, std::pow(zoomPerNotch, -turn.y() / notch));
+        } else if (sideways) {
             laCanvas_ScrollColumns(*canvas_, std::lround(-(turn.x() + turn.y()) / notch * columnsPerNotch));
         } else {
             laCanvas_ScrollRows(*canvas_, std::lround(-turn.y() / notch * rowsPerNotch * canvas_->rowHeight));
@@ -155,9 +162,16 @@ void PictureView::wheelEvent(QWheelEvent* event) {
     event->accept();
 }
 
+void PictureView::command(const std::string& text) {
+    draw([&] { laCanvas_Command(*canvas_, text); });
+}
+
 bool PictureView::handleKey(const QKeyEvent& event) {
     _LaCanvasData& canvas = *canvas_;
-    const int page = picture_.graphWidth;
+    const auto carryOut = [&](const char* text) {
+        laCanvas_Command(canvas, text);
+        return true;
+    };
     switch (event.key()) {
         case Qt::Key_W:
         case Qt::Key_Plus:
@@ -183,36 +197,38 @@ bool PictureView::handleKey(const QKeyEvent& event) {
             laCanvas_ScrollRows(canvas, canvas.rowHeight);
             return true;
         case Qt::Key_PageUp:
-            laCanvas_ScrollColumns(canvas, -page);
-            return true;
+            return carryOut("PageLeft");
         case Qt::Key_PageDown:
-            laCanvas_ScrollColumns(canvas, page);
-            return true;
+            return carryOut("PageRight");
         case Qt::Key_Home:
-            laCanvas_ScrollToEnd(canvas, false);
-            return true;
+            return carryOut("ScrollHome");
         case Qt::Key_End:
-            laCanvas_ScrollToEnd(canvas, true);
-            return true;
+            return carryOut("ScrollEnd");
         case Qt::Key_0:
-            laCanvas_ShowAll(canvas);
-            return true;
+            return carryOut("ShowAll");
+        case Qt::Key_F:
+            return carryOut("Focus");
+        case Qt::Key_Z:
+            return carryOut("ZoomToRange");
         default:
             return false;
     }
 }
 
 void PictureView::keyPressEvent(QKeyEvent* event) {
-    bool taken = false;
-    if (!(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
+    space_ = space_ || event->key() == Qt::Key_Space;
+    bool taken = event->key() == Qt::Key_Space;
+    if (!taken && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
         draw([&] { taken = handleKey(*event); });
     if (!taken) QWidget::keyPressEvent(event);
 }
 
-// A press on the mark of a group opens or closes it.
-void PictureView::mousePressEvent(QMouseEvent* event) {
-    const QPoint at = event->position().toPoint();
-    if (event->button() != Qt::LeftButton || at.x() >= picture_.nameWidth) return;
+void PictureView::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) space_ = false;
+    QWidget::keyReleaseEvent(event);
+}
+
+void PictureView::toggleGroup(QPoint at) {
     MslObjectEntry* entry = laNames_RowAt(*canvas_, at.y() - picture_.graphTop);
     if (!entry || !laNames_HitsMark(*canvas_, *entry, at.x())) return;
     draw([&] {
@@ -220,13 +236,85 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
     });
 }
 
-void PictureView::mouseMoveEvent(QMouseEvent* event) {
-    const int x = static_cast<int>(event->position().x()) - picture_.graphLeft;
-    Q_EMIT hovered(x >= 0 && x < picture_.graphWidth ? x : -1);
+// A press on the mark of a group opens or closes it; in the picture the left button selects, and the middle
+// one, or the left with Space held, moves the picture.
+void PictureView::mousePressEvent(QMouseEvent* event) {
+    const QPoint at = event->position().toPoint();
+    if (at.x() < picture_.graphLeft) {
+        if (event->button() == Qt::LeftButton) toggleGroup(at);
+        return;
+    }
+    if (!canvas_->storeHasEvents || drag_ != Drag::None) return;
+    last_ = inGraph(at);
+    if (event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_)) {
+        drag_ = Drag::Pan;
+        setCursor(Qt::ClosedHandCursor);
+    } else if (event->button() == Qt::LeftButton) {
+        drag_ = Drag::Select;
+        draw([&] {
+            laCanvas_BeginDrag(*canvas_, last_.x(), last_.y(), event->modifiers() & Qt::AltModifier);
+        });
+    }
 }
 
-void PictureView::leaveEvent(QEvent*) {
-    Q_EMIT hovered(-1);
+void PictureView::dragTo(QPoint at, bool free) {
+    if (drag_ == Drag::Pan) {
+        const QPoint moved = last_ - at;
+        draw([&] {
+            laCanvas_ScrollColumns(*canvas_, moved.x());
+            laCanvas_ScrollRows(*canvas_, moved.y());
+        });
+    } else {
+        draw([&] { laCanvas_DragTo(*canvas_, at.x(), at.y(), free); });
+        const bool outside = at.x() < 0 || at.x() >= picture_.graphWidth;
+        if (outside && !autoScroll_.isActive()) autoScroll_.start();
+        if (!outside) autoScroll_.stop();
+    }
+    last_ = at;
+}
+
+// While a selection is dragged past an edge, the picture follows.
+void PictureView::autoScroll() {
+    if (drag_ != Drag::Select) return autoScroll_.stop();
+    const int step = autoScrollWidths * graph_.font.charWidth;
+    draw([&] {
+        laCanvas_ScrollColumns(*canvas_, last_.x() < 0 ? -step : step);
+        laCanvas_DragTo(*canvas_, last_.x(), last_.y(), true);
+    });
+}
+
+void PictureView::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint at = inGraph(event->position().toPoint());
+    if (drag_ != Drag::None) return dragTo(at, event->modifiers() & Qt::AltModifier);
+    if (canvas_->storeHasEvents && at.x() >= 0 && at.x() < picture_.graphWidth)
+        laCanvas_UpdateFields(*canvas_, 0, laCanvas_HoverText(*canvas_, at.x()).c_str());
+}
+
+void PictureView::mouseReleaseEvent(QMouseEvent*) {
+    if (drag_ == Drag::Select) draw([&] { laCanvas_EndDrag(*canvas_); });
+    if (drag_ == Drag::Pan) unsetCursor();
+    drag_ = Drag::None;
+    autoScroll_.stop();
+}
+
+// The selection shows its length beside it.
+void PictureView::drawSelectionLength(QPainter& painter) {
+    const _LaCanvasData& canvas = *canvas_;
+    if (canvas.cursor[0] < 0 || canvas.cursor[1] < 0 || canvas.cursor[0] == canvas.cursor[1]) return;
+    const double last = std::max(canvas.cursor[0], canvas.cursor[1]);
+    if (last < canvas.viewLow || last > canvas.viewHigh) return;
+    const QString shown =
+        QString::fromStdString(laTime_Text(canvas, std::abs(canvas.cursor[1] - canvas.cursor[0])));
+    painter.setFont(surfaceFonts().fonts[Font_Application]);
+    const QFontMetrics& metrics = surfaceFonts().metrics[Font_Application];
+    const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);
+    const int textWidth = metrics.horizontalAdvance(shown) + 8;
+    const int x = std::min(column + 4, picture_.graphLeft + picture_.graphWidth - textWidth);
+    const QRect box(x, picture_.graphTop + picture_.dataHeight - metrics.height() - 4, textWidth,
+                    metrics.height() + 2);
+    painter.fillRect(box, palette().color(QPalette::ToolTipBase));
+    painter.setPen(palette().color(QPalette::ToolTipText));
+    painter.drawText(box, Qt::AlignCenter, shown);
 }
 
 void PictureView::dragEnterEvent(QDragEnterEvent* event) {

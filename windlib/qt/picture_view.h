@@ -1,8 +1,10 @@
-// The canvas on screen: names, drawing area and footer on one backing image at the screen's own resolution,
-// so that the canvas can paint parts of it, and what wheel, keys and pointer do there.
+// The canvas on screen: names and drawing area on one backing image at the screen's own resolution, so that
+// the canvas can paint parts of it, and what wheel, keys and pointer do there.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QImage>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -20,16 +22,18 @@ class PictureView : public QWidget {
     LaGraph& graph() { return graph_; }
     const laPicture& picture() const { return picture_; }
     const QImage& image() const { return image_; }
+    void setBareWheelZooms(bool on) { bareWheelZooms_ = on; }
 
     // Runs work with the graph's surface open on the image, then updates the screen and the bars. Every
     // operation of the canvas that may paint goes through here. Calls may nest.
     void draw(const std::function<void()>& work);
     // Places the parts for the present size and paints everything.
     void layOutAndPaint();
+    // Carries out a command of the canvas.
+    void command(const std::string& text);
 
   Q_SIGNALS:
     void barsChanged();
-    void hovered(int x);  // the pointer is over this column of the drawing area; -1 when it left
     void fileDropped(const QString& path);
 
   protected:
@@ -38,17 +42,25 @@ class PictureView : public QWidget {
     void changeEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void leaveEvent(QEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
   private:
+    enum class Drag { None, Select, Pan };
+
     void drawNames(Surface& whole);
+    void drawSelectionLength(QPainter& painter);
     void makeImage();
     void finishDrawing();
     bool handleKey(const QKeyEvent& event);
+    void toggleGroup(QPoint at);
+    void dragTo(QPoint at, bool free);
+    void autoScroll();
+    QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
     int pointerColumn() const;
 
     LaGraph graph_;
@@ -58,4 +70,9 @@ class PictureView : public QWidget {
     int drawing_ = 0;          // depth of draw
     bool namesStale_ = false;  // the list must be painted
     bool resized_ = false;     // while drawing
+    bool bareWheelZooms_ = false;
+    bool space_ = false;  // held: a drag pans
+    Drag drag_ = Drag::None;
+    QPoint last_;  // of the drag, in the drawing area
+    QTimer autoScroll_;
 };

@@ -84,6 +84,17 @@ void PixelBlit::fill(const QRect& rect, uint32_t colour, const QRect& clip) {
     }
 }
 
+void PixelBlit::copy(const QRect& rect, int dx, int dy) {
+    const QRect from = toDevice(rect), to = toDevice(rect.translated(dx, dy));
+    const auto bytes = static_cast<size_t>(std::min(from.width(), to.width())) * sizeof(uint32_t);
+    const int rows = std::min(from.height(), to.height());
+    for (int i = 0; i < rows; ++i) {
+        const int row = dy > 0 ? rows - 1 - i : i;  // from the end when the places overlap downwards
+        std::memmove(bits_ + (to.top() + row) * stride_ + to.left(),
+                     bits_ + (from.top() + row) * stride_ + from.left(), bytes);
+    }
+}
+
 void PixelBlit::blend(int x, int y, const Sprite& sprite, const QRect& clip) {
     const int left = x * scale_, top = y * scale_;
     const QRect area = toDevice(clip), whole(left, top, sprite.rowPixels, sprite.image.height());

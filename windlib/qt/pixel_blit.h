@@ -30,6 +30,8 @@ class PixelBlit {
     // All rectangles and points are in logical pixels; nothing is drawn outside clip.
     void fill(const QRect& rect, uint32_t colour, const QRect& clip);
     // The sprite has the image's device pixel ratio.
+    // Moves the pixels of a rectangle, all of which lies in the image before and after.
+    void copy(const QRect& rect, int dx, int dy);
     void blend(int x, int y, const Sprite& sprite, const QRect& clip);
 
   private:

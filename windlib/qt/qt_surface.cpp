@@ -160,6 +160,12 @@ void QtSurface::drawIcon(int x, int y, IconHandle icon) {
         painter_.drawImage(QPoint(x, y), sprite.image);
 }
 
+bool QtSurface::copyRect(int x, int y, int w, int h, int dx, int dy) {
+    if (!pixels_.usable()) return false;
+    pixels_.copy(QRect(x, y, w, h), dx, dy);
+    return true;
+}
+
 void QtSurface::pushClip(int x, int y, int w, int h, bool intersect) {
     clip_ = QRect(x, y, w, h) & (intersect ? clip_ : QRect(0, 0, width_, height_));
     clips_.push_back(clip_);

@@ -45,6 +45,7 @@ class QtSurface : public Surface {
     void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override;
     TextExtent textExtent(std::string_view text) override;
     void drawIcon(int x, int y, IconHandle icon) override;
+    bool copyRect(int x, int y, int w, int h, int dx, int dy) override;
     void pushClip(int x, int y, int w, int h, bool intersect) override;
     void popClip() override;
     void setExclusiveOr(bool on) override;

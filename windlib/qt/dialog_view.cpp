@@ -1,0 +1,284 @@
+#include "windlib/qt/dialog_view.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QFrame>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+constexpr int rowNumber = Qt::UserRole;  // of the model's row behind a cell
+
+QString text(const std::string& utf8) {
+    return QString::fromStdString(utf8);
+}
+
+}  // namespace
+
+DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
+    : QWidget(parent), model_(model), factory_(std::move(factory)) {
+    for (const DialogItem& item : model_.description().items) {
+        if (!item.part.empty() || item.kind == DialogKind::MenuLine) continue;
+        QWidget* made = factory_ ? factory_(item) : nullptr;
+        if (!made) made = make(item);
+        made->setParent(this);
+        made->setObjectName(text(item.name));
+        made->setAccessibleName(text(dialog_AccessibleName(item)));
+        widgets_[item.name] = made;
+    }
+    for (const DialogItem& item : model_.description().items)
+        if (auto* label = qobject_cast<QLabel*>(widget(item.name)); label && !item.buddy.empty())
+            label->setBuddy(widget(item.buddy));
+    for (const auto& [name, made] : widgets_) refresh(name);
+    layout_ = std::make_unique<DialogLayout>(model_.description(), metrics());
+    if (!layout_->error().empty()) gen_error("%s", layout_->error().c_str());
+    for (const auto& [name, made] : widgets_)
+        layout_->setText(dialog_Number(model_.description(), name), model_.shownText(name));
+    place(layout_->open());
+    wanted_ = QSize(layout_->width(), layout_->height());
+    model_.itemChanged = [this](const std::string& name) {
+        refresh(name);
+        layout_->setText(dialog_Number(model_.description(), name), model_.shownText(name));
+        place(layout_->solve());
+    };
+}
+
+QWidget* DialogView::widget(const std::string& name) const {
+    const auto found = widgets_.find(name);
+    return found == widgets_.end() ? nullptr : found->second;
+}
+
+DialogMetrics DialogView::metrics() const {
+    const QFontMetrics font = fontMetrics();
+    const auto width = [font](const char* letters) { return font.horizontalAdvance(QLatin1String(letters)); };
+    DialogMetrics metrics;
+    metrics.font = {width("nn") - width("n"), std::max(width("M"), width("W")), font.lineSpacing(),
+                    font.ascent()};
+    metrics.textWidth = [font](std::string_view line) {
+        return font.horizontalAdvance(QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size())));
+    };
+    metrics.menuInside = false;
+    metrics.wish = [this](const DialogItem& item, const std::string&) -> std::optional<PlacerSize> {
+        const bool knowsBetter = item.kind == DialogKind::Button || item.kind == DialogKind::CheckBox ||
+                                 item.kind == DialogKind::ButtonSet || item.kind == DialogKind::PullDown ||
+                                 item.kind == DialogKind::ToolBar;
+        const QWidget* made = widget(item.name);
+        if (!knowsBetter || !made) return std::nullopt;
+        return PlacerSize{made->sizeHint().width(), made->sizeHint().height()};
+    };
+    return metrics;
+}
+
+QWidget* DialogView::makeList(const DialogItem& item) {
+    auto* list = new QTableWidget(0, static_cast<int>(item.list.size()));
+    list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    list->setSelectionMode(item.flags & Dialog_Multiple ? QAbstractItemView::ExtendedSelection
+                                                        : QAbstractItemView::SingleSelection);
+    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list->setTabKeyNavigation(false);
+    list->verticalHeader()->hide();
+    list->horizontalHeader()->setStretchLastSection(true);
+    list->setSortingEnabled(true);
+    list->sortByColumn(-1, Qt::AscendingOrder);
+    connect(list, &QTableWidget::itemSelectionChanged, this, [this, list, name = item.name] {
+        std::set<int> rows;
+        for (const QTableWidgetItem* cell : list->selectedItems()) rows.insert(cell->data(rowNumber).toInt());
+        model_.select(name, rows);
+    });
+    connect(list, &QTableWidget::itemActivated, this, [this, name = item.name](const QTableWidgetItem* cell) {
+        model_.activate(name, cell->data(rowNumber).toInt());
+    });
+    return list;
+}
+
+QWidget* DialogView::makeChoices(const DialogItem& item) {
+    auto* set = new QWidget;
+    auto* column = new QVBoxLayout(set);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto* group = new QButtonGroup(set);
+    for (size_t i = 0; i < item.list.size(); ++i) {
+        auto* choice = new QRadioButton(text(item.list[i]));
+        group->addButton(choice, static_cast<int>(i));
+        column->addWidget(choice);
+    }
+    connect(group, &QButtonGroup::idClicked, this,
+            [this, name = item.name](int id) { model_.choose(name, id); });
+    return set;
+}
+
+QWidget* DialogView::make(const DialogItem& item) {
+    const std::string name = item.name;
+    switch (item.kind) {
+        case DialogKind::Button: {
+            auto* button = new QPushButton(text(item.text));
+            button->setDefault(item.flags & Dialog_Default);
+            button->setAutoDefault(false);
+            connect(button, &QPushButton::clicked, this, [this, name] { model_.press(name); });
+            return button;
+        }
+        case DialogKind::CheckBox: {
+            auto* box = new QCheckBox(text(item.text));
+            connect(box, &QCheckBox::clicked, this, [this, name](bool on) { model_.check(name, on); });
+            return box;
+        }
+        case DialogKind::TextField: {
+            auto* field = new QLineEdit;
+            field->setReadOnly(item.flags & Dialog_ReadOnly);
+            connect(field, &QLineEdit::textEdited, this,
+                    [this, name](const QString& typed) { model_.edit(name, typed.toStdString()); });
+            connect(field, &QLineEdit::editingFinished, this, [this, name] { model_.commit(name); });
+            return field;
+        }
+        case DialogKind::PullDown: {
+            auto* choices = new QComboBox;
+            connect(choices, &QComboBox::activated, this,
+                    [this, name](int choice) { model_.choose(name, choice); });
+            return choices;
+        }
+        case DialogKind::List:
+            return makeList(item);
+        case DialogKind::ButtonSet:
+            return makeChoices(item);
+        case DialogKind::ProgressBar:
+            return new QProgressBar;
+        case DialogKind::Frame: {
+            auto* frame = new QFrame;
+            frame->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+            frame->lower();
+            return frame;
+        }
+        default: {
+            auto* label = new QLabel(text(item.text));
+            label->setMinimumWidth(1);
+            return label;
+        }
+    }
+}
+
+void DialogView::refresh(const std::string& name) {
+    QWidget* made = widget(name);
+    if (!made) return;
+    const DialogItemState& state = model_.item(name);
+    const QSignalBlocker quiet(made);
+    made->setEnabled(state.enabled);
+    made->setVisible(state.visible);
+    const QString shown = text(model_.shownText(name));
+    if (auto* label = qobject_cast<QLabel*>(made)) {
+        label->setText(shown);
+    } else if (auto* field = qobject_cast<QLineEdit*>(made)) {
+        if (field->text() != shown) field->setText(shown);
+    } else if (auto* button = qobject_cast<QAbstractButton*>(made)) {
+        button->setText(shown);
+        if (button->isCheckable()) button->setChecked(state.checked);
+    } else if (auto* bar = qobject_cast<QProgressBar*>(made)) {
+        bar->setRange(0, state.progressEnd);
+        bar->setValue(state.progress);
+    } else if (auto* choices = qobject_cast<QComboBox*>(made)) {
+        choices->clear();
+        for (const std::string& choice : state.choices) choices->addItem(text(choice));
+        choices->setCurrentIndex(state.choice);
+    } else if (auto* list = qobject_cast<QTableWidget*>(made)) {
+        list->setSortingEnabled(false);
+        list->setColumnCount(static_cast<int>(state.columnTitles.size()));
+        for (int i = 0; i < list->columnCount(); ++i)
+            list->setHorizontalHeaderItem(
+                i, new QTableWidgetItem(text(state.columnTitles[static_cast<size_t>(i)])));
+        list->setRowCount(static_cast<int>(state.rows.size()));
+        for (int row = 0; row < list->rowCount(); ++row)
+            for (int i = 0; i < list->columnCount(); ++i) {
+                const auto& cells = state.rows[static_cast<size_t>(row)].cells;
+                auto* cell = new QTableWidgetItem(
+                    static_cast<size_t>(i) < cells.size() ? text(cells[static_cast<size_t>(i)]) : QString());
+                cell->setData(rowNumber, row);
+                list->setItem(row, i, cell);
+            }
+        list->setSortingEnabled(true);
+        if (list->columnCount() > 1) list->setColumnWidth(0, std::max(80, list->width() * 2 / 3));
+    } else if (auto* group = made->findChild<QButtonGroup*>()) {
+        if (auto* choice = group->button(state.choice)) choice->setChecked(true);
+    }
+}
+
+void DialogView::place(const PlacerOutcome& outcome) {
+    if (!outcome.check.empty()) {
+        gen_error("%s: %s", placer_CheckFile, outcome.check.c_str());
+        return;
+    }
+    setMinimumSize(outcome.minimum.width, outcome.minimum.height);
+    const auto& items = model_.description().items;
+    for (size_t i = 0; i < items.size(); ++i) {
+        QWidget* made = widget(items[i].name);
+        if (!made) continue;
+        const DialogRect rect = layout_->rect(static_cast<int>(i) + 1);
+        made->setGeometry(rect.x, rect.y, rect.width, rect.height);
+    }
+}
+
+void DialogView::resizeEvent(QResizeEvent*) {
+    place(layout_->resize(width(), height()));
+}
+
+void DialogView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::FontChange || !layout_) return;
+    layout_->setMetrics(metrics());
+    place(layout_->solve());
+}
+
+namespace {
+
+// The frame of a dialog: Enter and Escape go to the model.
+class DialogFrame : public QDialog {
+  public:
+    DialogFrame(QWidget* parent, DialogModel& model) : QDialog(parent), model_(model) {
+        setObjectName(text(model.description().name));
+        setWindowTitle(text(model.title()));
+        auto* whole = new QVBoxLayout(this);
+        whole->setContentsMargins(0, 0, 0, 0);
+        auto* view = new DialogView(model);
+        whole->addWidget(view);
+        resize(view->sizeHint());
+        model.titleChanged = [this, &model] { setWindowTitle(text(model.title())); };
+        model.closed = [this] { accept(); };
+        if (QWidget* first = view->nextInFocusChain()) first->setFocus();
+    }
+    void reject() override { model_.dismiss(); }
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        const QWidget* focus = focusWidget();
+        const std::string name = focus ? focus->objectName().toStdString() : std::string();
+        if (event->key() == Qt::Key_Escape)
+            model_.key(DialogKey::Escape, name);
+        else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            model_.key(DialogKey::Enter, name);
+        else
+            QDialog::keyPressEvent(event);
+    }
+
+  private:
+    DialogModel& model_;
+};
+
+}  // namespace
+
+int dialog_Run(QWidget* parent, DialogModel& model) {
+    DialogFrame frame(parent, model);
+    frame.exec();
+    model.itemChanged = {};
+    model.titleChanged = model.closed = {};
+    return model.result();
+}
