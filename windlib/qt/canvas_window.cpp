@@ -223,8 +223,8 @@ void CanvasWindow::showFields() {
         {"TotalLength", &fields.totalLength}};
     for (const auto& [name, text] : texts)
         if (model_.item(name).text != *text) model_.setText(name, *text);
-    if (model_.item("TotalLength").title != fields.totalLengthTitle + ": ")
-        model_.setItemTitle("TotalLength", fields.totalLengthTitle + ": ");
+    if (model_.item("TotalLength").title != fields.totalLengthTitle)
+        model_.setItemTitle("TotalLength", fields.totalLengthTitle);
     if (model_.message() != fields.message) model_.setMessage(fields.message);
 }
 
@@ -376,6 +376,7 @@ void CanvasWindow::sheetOfKeys() {
                                             "Ctrl+H\thide objects\n"
                                             "Ctrl+B\tbookmark the cursors\n"
                                             "Alt+Left, Alt+Right\tback and forth in the history\n"
+                                            "Ctrl+Q\tclose the window\n"
                                             "Escape\tstop long work"));
 }
 
@@ -385,6 +386,8 @@ void CanvasWindow::keyPressEvent(QKeyEvent* event) {
         chooseAndLoad();
     else if (event->key() == Qt::Key_F1 || event->text() == QStringLiteral("?"))
         sheetOfKeys();
+    else if (control && (event->key() == Qt::Key_Q || event->key() == Qt::Key_W))
+        close();
     else if (control && event->key() == Qt::Key_G)
         goToTime();
     else if (control && event->key() == Qt::Key_H)

@@ -11,11 +11,14 @@
 #include <filesystem>
 
 #include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/navigate.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/view.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/report.h"
+#include "windlib/config/arrangement_store.h"
+#include "windlib/config/settings.h"
 #include "windlib/qt/picture_file.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -134,4 +137,75 @@ TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
     window->resize(700, 400);
     QApplication::processEvents();
     EXPECT_EQ(canvas().graph->width, window->view().picture().graphWidth);
+}
+
+TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
+    SettingsManager settings(folder / "config");
+    ArrangementStore arrangements(folder / "config");
+    const CanvasServices services{&settings, &arrangements};
+    const auto open = [&] {
+        auto* made = new CanvasWindow("VOREL Chronoweave", false, services);
+        made->setAttribute(Qt::WA_DeleteOnClose, false);
+        made->show();
+        EXPECT_TRUE(made->load(trace));
+        return std::unique_ptr<CanvasWindow>(made);
+    };
+    auto first = open();
+    first->resize(900, 640);
+    QApplication::processEvents();
+    _LaCanvasData& left = first->view().canvas();
+    first->view().draw([&] {
+        laCanvas_ShowRange(left, 0.02, 0.05, true, true);
+        laCanvas_SetSelection(left, 0.03, 0.04);
+    });
+    first->view().command("AddBookmark");
+    const double low = left.viewLow;
+    first->close();
+    first.reset();
+
+    SettingsManager later(folder / "config");
+    EXPECT_TRUE(later.Load());
+    EXPECT_EQ(later.Recent(), std::vector<std::string>{trace});
+    auto second = open();
+    EXPECT_EQ(second->width(), 900);
+    EXPECT_NEAR(second->view().canvas().viewLow, low, 1e-6);
+    EXPECT_EQ(second->view().canvas().cursor[1], 0.04);
+    EXPECT_EQ(second->view().canvas().bookmarks.size(), 2u);
+    second->close();
+    second.reset();
+
+    std::filesystem::resize_file(trace, 300000);
+    auto third = open();
+    EXPECT_EQ(third->view().canvas().viewLow, 0);
+    EXPECT_TRUE(third->view().canvas().bookmarks.empty());
+    EXPECT_NE(third->message().find("changed"), std::string::npos) << third->message();
+}
+
+TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    canvas().timeMode = Time_Second;
+    EXPECT_TRUE(window->items().type("tf_view_from", "0.05"));
+    EXPECT_NEAR(canvas().viewLow, 0.05, 1e-3);
+    EXPECT_TRUE(window->items().type("tf_view_to", "-1"));
+    EXPECT_EQ(window->message(), "Invalid time.");
+    window->view().layOutAndPaint();  // the names of the rows that came have their width
+    const laPicture& picture = window->view().picture();
+    const auto mouse = [&](QEvent::Type type, int x) {
+        const QPointF at(picture.graphLeft + x, 100);
+        QMouseEvent event(type, at, at, Qt::LeftButton, Qt::LeftButton, Qt::AltModifier);
+        QApplication::sendEvent(&window->view(), &event);
+    };
+    mouse(QEvent::MouseButtonPress, 300);
+    mouse(QEvent::MouseMove, 200);
+    mouse(QEvent::MouseMove, 100);
+    mouse(QEvent::MouseButtonRelease, 100);
+    EXPECT_LT(canvas().cursor[0], canvas().cursor[1]);
+    EXPECT_NEAR((canvas().cursor[1] - canvas().cursor[0]) * canvas().pixelsPerUnit, 200, 2);
+    EXPECT_FALSE(window->items().item("tf_sel_len").text.empty());
+    const QImage dragged = window->view().image().copy();
+    window->view().layOutAndPaint();
+    EXPECT_EQ(dragged, window->view().image());  // what the drag left is what a whole repaint draws
+    EXPECT_NE(window->findChild<QWidget*>("tf_sel_len"), nullptr);
+    EXPECT_FALSE(window->findChild<QWidget*>("Overview")->accessibleName().isEmpty());
 }

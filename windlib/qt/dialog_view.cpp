@@ -90,6 +90,7 @@ QWidget* DialogView::makeList(const DialogItem& item) {
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->setTabKeyNavigation(false);
     list->verticalHeader()->hide();
+    list->verticalHeader()->setDefaultSectionSize(list->fontMetrics().lineSpacing() + 6);
     list->horizontalHeader()->setStretchLastSection(true);
     list->setSortingEnabled(true);
     list->sortByColumn(-1, Qt::AscendingOrder);
@@ -253,7 +254,12 @@ class DialogFrame : public QDialog {
         resize(view->sizeHint());
         model.titleChanged = [this, &model] { setWindowTitle(text(model.title())); };
         model.closed = [this] { accept(); };
-        if (QWidget* first = view->nextInFocusChain()) first->setFocus();
+        for (const DialogItem& item : model.description().items) {
+            QWidget* first = view->widget(item.name);
+            if (!first || !first->isEnabled() || !(first->focusPolicy() & Qt::TabFocus)) continue;
+            first->setFocus();
+            break;
+        }
     }
     void reject() override { model_.dismiss(); }
 
