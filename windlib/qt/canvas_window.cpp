@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <QApplication>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QIcon>
@@ -19,10 +20,13 @@
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/arrangement.h"
 #include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/fields.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/view.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_view.h"
@@ -33,7 +37,11 @@
 namespace {
 
 constexpr const char* positionKey = "Trvgui.Canvas";
-int windows = 0;
+
+std::vector<CanvasWindow*>& windows() {
+    static std::vector<CanvasWindow*> open;
+    return open;
+}
 
 // What an import left out, for the message line; empty when it took everything.
 std::string lossesOf(const ImportCounts& counts) {
@@ -76,7 +84,6 @@ QIcon toolIcon(const char* name) {
 
 CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices services)
     : live_(live), services_(services), model_(dialogs_CanvasWindow()) {
-    ++windows;
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("Trax"));
     setWindowTitle(QString::fromStdString(title));
@@ -84,6 +91,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
     connectItems();
     takeOptions();
     resize(1200, 760);
+    windows().push_back(this);  // last, so that a failing creation leaves the list as it was
     if (!services_.settings) return;
     if (const auto position = services_.settings->Position(positionKey)) {
         const WindowRectangle& at = position->absolute;
@@ -92,12 +100,52 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
 }
 
 CanvasWindow::~CanvasWindow() {
-    --windows;
+    std::erase(windows(), this);
     dialog_ = nullptr;
     model_.itemChanged = {};
 }
-int CanvasWindow::count() {
-    return windows;
+const std::vector<CanvasWindow*>& CanvasWindow::all() {
+    return windows();
+}
+
+CanvasWindow* CanvasWindow::find(const std::string& file) {
+    const std::string path = fileOf(file);
+    for (CanvasWindow* window : windows())
+        if (window->source_ == path) return window;
+    return nullptr;
+}
+
+void CanvasWindow::closeAll(const std::string& file) {
+    const std::vector<CanvasWindow*> open = windows();
+    const CanvasWindow* only = file.empty() ? nullptr : find(file);
+    for (CanvasWindow* window : open)
+        if (file.empty() || window == only) window->close();
+}
+
+bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const std::string& text) {
+    const auto time = scan_double(text);
+    if (!time) return false;
+    const CanvasWindow* only = file.empty() ? nullptr : find(file);
+    bool any = false;
+    for (CanvasWindow* window : windows()) {
+        _LaCanvasData& canvas = window->view_->canvas();
+        if (!file.empty() && window != only) continue;
+        if (!canvas.storeHasEvents || *time < 0 || *time > canvas.totalLength) continue;
+        canvas.flags &= ~Canvas_LiveRefresh;
+        window->view_->draw([&] {
+            laCanvas_MoveCursor(canvas, 0, *time);
+            laCanvas_Reveal(canvas, *time, objectId == 0 ? laAgentId : objectId);
+        });
+        any = true;
+    }
+    return any;
+}
+
+CanvasWindow* CanvasWindow::openAnother() {
+    auto* another = new CanvasWindow("VOREL Chronoweave", false, services_);  // deletes itself when closed
+    another->move(pos() + QPoint(30, 30));
+    another->show();
+    return another;
 }
 
 void CanvasWindow::build() {
@@ -321,6 +369,7 @@ void CanvasWindow::closeEvent(QCloseEvent* event) {
     if (services_.settings) {
         const QRect at = geometry();
         WindowPosition position;
+        position.timestamp = QDateTime::currentSecsSinceEpoch();
         position.absolute = {at.x(), at.y(), at.width(), at.height()};
         position.toParent = position.absolute;
         services_.settings->SetPosition(positionKey, position);
@@ -362,6 +411,7 @@ void CanvasWindow::changeUnit() {
 void CanvasWindow::sheetOfKeys() {
     QMessageBox::information(this, QStringLiteral("Keys"),
                              QStringLiteral("Ctrl+O\topen a trace (or drop a file)\n"
+                                            "Ctrl+N\tanother window\n"
                                             "Ctrl+wheel, W, S, +, -\tzoom at the pointer\n"
                                             "wheel, Up, Down\tscroll over the rows\n"
                                             "Shift+wheel, A, D, Left, Right\tscroll in time\n"
@@ -386,6 +436,8 @@ void CanvasWindow::keyPressEvent(QKeyEvent* event) {
         chooseAndLoad();
     else if (event->key() == Qt::Key_F1 || event->text() == QStringLiteral("?"))
         sheetOfKeys();
+    else if (event->matches(QKeySequence::New))
+        openAnother();
     else if (control && (event->key() == Qt::Key_Q || event->key() == Qt::Key_W))
         close();
     else if (control && event->key() == Qt::Key_G)

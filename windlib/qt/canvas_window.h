@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "windlib/dialog/model.h"
 
@@ -39,8 +40,21 @@ class CanvasWindow : public QMainWindow {
     std::string message() const;
     void chooseAndLoad();
 
-    // Windows that are open now.
-    static int count();
+    // The data source's full path; empty without one.
+    const std::string& source() const { return source_; }
+    // A second window beside this one, empty.
+    CanvasWindow* openAnother();
+
+    // Windows that are open now, in order of creation, and their number.
+    static const std::vector<CanvasWindow*>& all();
+    static int count() { return static_cast<int>(all().size()); }
+    // The first that shows this file, compared as full paths; null when there is none.
+    static CanvasWindow* find(const std::string& file);
+    // Closes the window of a file, or every window for an empty name.
+    static void closeAll(const std::string& file = {});
+    // In every window, or that of the file: reads text as seconds and, where the trace reaches that far, puts
+    // the cursor there and brings it and the object's row into view. True when any did.
+    static bool showTime(const std::string& file, uint32_t objectId, const std::string& text);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

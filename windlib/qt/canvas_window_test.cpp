@@ -181,6 +181,24 @@ TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
     EXPECT_NE(third->message().find("changed"), std::string::npos) << third->message();
 }
 
+TEST_F(Window, SeveralWindowsAreFoundByTheirFiles) {
+    ASSERT_TRUE(window->load(trace));
+    CanvasWindow* another = window->openAnother();
+    std::filesystem::copy_file(trace, folder / "two.trr");
+    ASSERT_TRUE(another->load(folder / "two.trr"));
+    EXPECT_EQ(CanvasWindow::count(), 2);
+    EXPECT_EQ(CanvasWindow::find(trace), window.get());
+    EXPECT_EQ(CanvasWindow::find(folder / "x/../two.trr"), nullptr);
+    EXPECT_TRUE(CanvasWindow::showTime(folder / "two.trr", 0, "0.1"));
+    EXPECT_EQ(another->view().canvas().cursor[0], 0.1);
+    EXPECT_NE(canvas().cursor[0], 0.1);
+    EXPECT_FALSE(CanvasWindow::showTime("", 0, "9"));
+    EXPECT_FALSE(CanvasWindow::showTime("", 0, "soon"));
+    CanvasWindow::closeAll(folder / "two.trr");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(CanvasWindow::count(), 1);
+}
+
 TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {
     ASSERT_TRUE(window->load(trace));
     key(Qt::Key_0);
