@@ -35,9 +35,21 @@ void draw_mark(Surface& surface, int left, int middle, bool collapsed, Colour co
     if (collapsed) surface.drawLine(left + markSize / 2, top + 2, left + markSize / 2, bottom - 2, colour);
 }
 
+int brightness(Colour colour) {
+    return static_cast<int>((colour >> 16 & 0xFF) * 3 + (colour >> 8 & 0xFF) * 6 + (colour & 0xFF)) / 10;
+}
+
 Colour text_on(Colour ground) {
-    const uint32_t light = ((ground >> 16) & 255) * 3 + ((ground >> 8) & 255) * 6 + (ground & 255);
-    return light > 1100 ? tintText : 0xF8F8F8;
+    return brightness(ground) > 110 ? tintText : 0xF8F8F8;
+}
+
+// A light tint on a dark ground is only hinted at: a fifth of it, the rest ground.
+Colour tint_for(Colour tint, Colour ground) {
+    if (tint == NoColour || brightness(ground) > 127 || brightness(tint) < 192) return tint;
+    Colour mixed = 0;
+    for (int shift = 0; shift <= 16; shift += 8)
+        mixed |= ((tint >> shift & 0xFF) + 4 * (ground >> shift & 0xFF)) / 5 << shift;
+    return mixed;
 }
 
 }  // namespace
@@ -68,7 +80,8 @@ void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int 
         const MslObjectEntry& entry = *rows[i];
         const int top = entry.row * canvas.rowHeight - canvas.verticalOffset;
         if (top >= height) break;
-        Colour ground = canvas.taskList->RowColour(entry), ink = surface.foreground();
+        Colour ground = tint_for(canvas.taskList->RowColour(entry), surface.background());
+        Colour ink = surface.foreground();
         if (ground != NoColour) ink = text_on(ground);
         if (&entry == selected) {
             ground = surface.selectionBackground();
