@@ -15,19 +15,6 @@
 namespace {
 
 constexpr uint32_t view_events = 1'000'000;
-constexpr int view_width = 1920, view_height = 1080;
-
-// The surface that pictures are drawn on, or one that only counts where there is no Qt.
-void with_surface(const std::function<void(Surface&)>& work) {
-#ifdef CW_BENCH_QT
-    picture_StartHeadless();
-    picture_Measure(work, view_width, view_height);
-#else
-    RecordingSurface surface(view_width, view_height, false);
-    work(surface);
-#endif
-}
-
 struct View {
     double high = 0;  // time base
     uint32_t events = 0;
@@ -100,7 +87,7 @@ Outcome view_memory(const BenchPlace& place, const BenchInput& input) {
 // A whole picture of a hundred lanes and a million events, against clearing the same pixels; processor time.
 Outcome repaint(const BenchPlace& place) {
     Outcome outcome = outcome_OfTrouble("the trace can't be shown");
-    with_surface([&](Surface& surface) {
+    bench_WithSurface([&](Surface& surface) {
         LaGraph graph;
         graph.surface = &surface;
         graph.font = surface.fontMetrics(Font_Application);
@@ -120,6 +107,16 @@ Outcome repaint(const BenchPlace& place) {
 }
 
 }  // namespace
+
+void bench_WithSurface(const std::function<void(Surface&)>& work) {
+#ifdef CW_BENCH_QT
+    picture_StartHeadless();
+    picture_Measure(work, view_width, view_height);
+#else
+    RecordingSurface surface(view_width, view_height, false);
+    work(surface);
+#endif
+}
 
 void register_CanvasBenchmarks(const BenchPlace& place) {
     for (const BenchInput& input : place.inputs) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,8 @@ struct BenchInput {
 struct BenchPlace {
     std::string work;  // a folder for all that is made
     std::vector<BenchInput> inputs;
-    std::string hundredTasks;  // a trace of a million events of 100 tasks
+    std::string hundredTasks;   // a trace of a million events of 100 tasks
+    std::string thousandTasks;  // one of 200,000 events of 1000 tasks
 };
 
 // Generates a trace in the work folder, or finds it there from an earlier run. Empty when it can't be
@@ -41,6 +43,11 @@ std::unique_ptr<_LaCanvasData> input_Canvas(const BenchPlace& place, const std::
 
 void register_StoreBenchmarks(const BenchPlace& place);
 void register_CanvasBenchmarks(const BenchPlace& place);
+void register_NavigationBenchmarks(const BenchPlace& place);
+// Runs work with the surface that pictures are drawn on, or one that only counts where there is no Qt, of the
+// size of the views that are measured.
+constexpr int view_width = 1920, view_height = 1080;
+void bench_WithSurface(const std::function<void(Surface&)>& work);
 // What the program does when it was started to be measured from outside: imports and prints how many bytes
 // its memory grew by at most. An exit status.
 int run_MeasuredImport(const std::string& file, const std::string& base);

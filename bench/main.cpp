@@ -68,7 +68,8 @@ bool find_inputs(const Options& options, BenchPlace& place) {
     const std::string generated = input_Generated(place.work, events, 30);
     place.inputs.push_back({options.small ? "generated-1M" : "generated-10M", generated, true});
     place.hundredTasks = input_Generated(place.work, 1'000'000, 100);
-    return !error && !generated.empty() && !place.hundredTasks.empty();
+    place.thousandTasks = input_Generated(place.work, 200'000, 1000);
+    return !error && !generated.empty() && !place.hundredTasks.empty() && !place.thousandTasks.empty();
 }
 
 }  // namespace
@@ -90,5 +91,6 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, options.rest.data());
     register_StoreBenchmarks(place);
     register_CanvasBenchmarks(place);
+    register_NavigationBenchmarks(place);
     return measure_RunAll() == 0 ? 0 : 1;
 }

@@ -1,0 +1,96 @@
+// Moving about: a step of scrolling inside what is fetched, a zoom step with its fetch, hiding and sorting a
+// thousand objects. Processor time, each against clearing the same pixels.
+#include "bench/inputs.h"
+#include "bench/measure.h"
+#include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/navigate.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/view.h"
+
+namespace {
+
+constexpr int scrollStep = 16;  // columns
+
+using Step = std::function<void(_LaCanvasData&)>;
+
+Outcome step_cost(const BenchPlace& place, const std::string& trace, const Step& prepare, const Step& step,
+                  double atMostMs) {
+    Outcome outcome = outcome_OfTrouble("the trace can't be shown");
+    bench_WithSurface([&](Surface& surface) {
+        LaGraph graph;
+        graph.surface = &surface;
+        graph.font = surface.fontMetrics(Font_Application);
+        const auto canvas = input_Canvas(place, trace, graph, view_width, view_height);
+        if (!canvas) return;
+        prepare(*canvas);
+        outcome = {};
+        outcome.turns = measure_Turns(
+            {.count = 15, .least = 0.005, .clock = Clock::Processor}, {}, [&] { step(*canvas); },
+            [&] { surface.clearRect(0, 0, view_width, view_height); });
+        outcome.value = outcome.turns.subject * 1e3;
+        outcome.unit = "ms";
+        outcome.bound = atMostMs;
+        if (atMostMs > 0) outcome.limit = Outcome::AtMost;
+    });
+    return outcome;
+}
+
+// A view of so many events in the middle of the trace.
+Step view_of(double events) {
+    return [events](_LaCanvasData& canvas) {
+        const double length = canvas.totalLength * events / mt_GetEventCount(*canvas.store);
+        const double low = std::max(0.0, canvas.totalLength / 2 - length / 2);
+        laCanvas_ShowRange(canvas, low, std::min(low + length, canvas.totalLength), true, true);
+    };
+}
+
+}  // namespace
+
+void register_NavigationBenchmarks(const BenchPlace& place) {
+    measure_Register("scroll step/100 lanes", [&place] {
+        // There and back, so that the fetched range is never left.
+        auto forward = std::make_shared<bool>(true);
+        return step_cost(
+            place, place.hundredTasks, view_of(20'000),
+            [forward](_LaCanvasData& canvas) {
+                laCanvas_ScrollColumns(canvas, *forward ? scrollStep : -scrollStep);
+                *forward = !*forward;
+            },
+            4);
+    });
+    for (const double events : {1'000.0, 10'000.0, 100'000.0, 500'000.0})
+        measure_Register("zoom step with fetch/" + std::to_string(static_cast<int>(events)) + " events",
+                         [&place, events] {
+                             return step_cost(
+                                 place, place.hundredTasks, view_of(events),
+                                 [events](_LaCanvasData& canvas) {
+                                     laCanvas_ClearItems(canvas);  // so that the step must fetch
+                                     view_of(events * 0.8)(canvas);
+                                     laCanvas_ClearItems(canvas);
+                                     view_of(events)(canvas);
+                                 },
+                                 0);
+                         });
+    const Step whole = [](_LaCanvasData& canvas) { laCanvas_ShowAll(canvas); };
+    measure_Register("hide/1000 objects", [&place, whole] {
+        return step_cost(
+            place, place.thousandTasks, whole,
+            [](_LaCanvasData& canvas) {
+                canvas.taskList->SetHiddenPaths({laTask_PatternPath("task1*"), laTask_PatternPath("*7")});
+                laCanvas_Resort(canvas);
+                canvas.taskList->SetHiddenPaths({});
+                laCanvas_Resort(canvas);
+            },
+            100);  // hides and shows: two of 50 ms
+    });
+    measure_Register("sort/1000 objects", [&place, whole] {
+        return step_cost(
+            place, place.thousandTasks, whole,
+            [](_LaCanvasData& canvas) {
+                canvas.sortAscending = !canvas.sortAscending;
+                laCanvas_Resort(canvas);
+            },
+            50);
+    });
+}
