@@ -109,37 +109,52 @@ class SwitchPainter {
             }
             FlushUnion();
         }
-        FlushBand();
+        DrawStretches();
     }
 
     void FlushUnion() {
-        if (column_.size() == 1 && column_[0].look->style == Line_Solid) {
-            AddToBand(column_[0]);
-        } else if (!column_.empty()) {
-            FlushBand();
-            for (const Span& span : column_) Draw(span);
+        for (const Span& span : column_) {
+            if (span.look->style == Line_Solid)
+                stretches_.push_back({lastX_, span});
+            else
+                Draw(span);
         }
         column_.clear();
     }
 
-    // Neighbouring columns that reach equally far become one rectangle: down a single column of pixels every row
-    // is a cache line of its own.
-    void AddToBand(const Span& span) {
-        const bool continues = band_.look != nullptr && lastX_ == bandEnd_ && span.y0 == band_.y0 && span.y1 == band_.y1;
-        if (!continues) {
-            FlushBand();
-            band_ = span;
-            bandStart_ = lastX_;
+    // Solid stretches of all columns, painted in bands of rows: between two neighbouring ends of stretches
+    // the same columns are covered, and neighbouring ones become one rectangle. Down a single column of
+    // pixels every row would be a cache line of its own.
+    void DrawStretches() {
+        if (stretches_.empty()) return;
+        std::vector<int> ends;
+        for (const Stretch& stretch : stretches_) {
+            ends.push_back(stretch.span.y0);
+            ends.push_back(stretch.span.y1 + 1);
         }
-        bandEnd_ = lastX_ + 1;
+        std::sort(ends.begin(), ends.end());
+        ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
+        for (size_t i = 0; i + 1 < ends.size(); ++i) DrawBand(ends[i], ends[i + 1]);
+        stretches_.clear();
     }
 
-    void FlushBand() {
-        if (band_.look == nullptr) return;
-        const int thickness = std::max(1, band_.look->thickness);
-        paint_.surface.fillRect(bandStart_ - thickness / 2, band_.y0, bandEnd_ - bandStart_ + thickness - 1,
-                                band_.y1 - band_.y0 + 1, band_.look->colour);
-        band_.look = nullptr;
+    void DrawBand(int top, int end) const {
+        const LaStatusLook& look = *stretches_.front().span.look;  // one for all
+        const int thickness = std::max(1, look.thickness);
+        int left = 0, right = 0;  // columns of the rectangle in hand, the last one not included
+        const auto flush = [&] {
+            if (left < right) paint_.surface.fillRect(left, top, right - left, end - top, look.colour);
+        };
+        for (const Stretch& stretch : stretches_) {
+            if (stretch.span.y0 > top || stretch.span.y1 < top) continue;
+            const int x = stretch.x - thickness / 2;
+            if (x > right || left == right) {
+                flush();
+                left = x;
+            }
+            right = x + thickness;
+        }
+        flush();
     }
 
     // column_ holds disjoint stretches in no order.
@@ -228,8 +243,11 @@ class SwitchPainter {
     int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
     std::vector<Span> column_;  // of the column lastX_, and what they reach together
     int columnTop_ = noRow, columnBottom_ = -1, columnThickness_ = 0;
-    Span band_{0, 0, nullptr};  // the same in the columns from bandStart_ to before bandEnd_; none without a look
-    int bandStart_ = 0, bandEnd_ = 0;
+    struct Stretch {
+        int x;
+        Span span;  // y0 is the top
+    };
+    std::vector<Stretch> stretches_;  // by column
 };
 
 }  // namespace
