@@ -333,6 +333,13 @@ TEST_F(CliTest, FailuresSayWhatAndWhere) {
     EXPECT_EQ(run({"events", small(), "--config", path("none.tc")}).status, 1);
 }
 
+TEST_F(CliTest, FactsAsCsvAreAHeadAndARow) {
+    const std::string out = run({"info", "--csv", small()}).out;
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 2);
+    EXPECT_EQ(out.substr(0, 19), "base,formatVersion,");
+    EXPECT_NE(out.find(",KORVANTIS,1,"), std::string::npos) << out;
+}
+
 TEST_F(CliTest, WrongCommandLinesAreToldFromFailures) {
     const std::string trace = small();
     const Words cases[] = {
@@ -340,7 +347,7 @@ TEST_F(CliTest, WrongCommandLinesAreToldFromFailures) {
         {"shuffle", trace},
         {"info"},
         {"info", trace, trace},
-        {"info", "--csv", trace},
+        {"info", "--shiny", trace},
         {"info", "--width", "3", trace},
         {"state", trace},
         {"state", "--at", "noon", trace},

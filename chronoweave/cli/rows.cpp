@@ -96,6 +96,15 @@ void RowWriter::row(const nlohmann::ordered_json& values) {
 
 void RowWriter::facts(const nlohmann::ordered_json& values) {
     if (form_ == Form::Json) return row(values);
+    if (form_ == Form::Csv) {
+        std::string keys, line;
+        for (const auto& [key, value] : values.items()) {
+            keys += (keys.empty() ? "" : ",") + quoted(key);
+            line += (line.empty() ? "" : ",") + quoted(value_text(value, ColumnForm::Plain));
+        }
+        std::fputs((keys + '\n' + line + '\n').c_str(), file_);
+        return;
+    }
     for (const auto& [key, value] : values.items())
         std::fputs(
             gen_format("%-20s %s\n", key.c_str(), printable(value_text(value, ColumnForm::Plain)).c_str())

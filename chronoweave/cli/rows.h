@@ -30,7 +30,7 @@ class RowWriter {
 
     // One row; keys are those of the columns, a key may be absent, null reads "-" in text.
     void row(const nlohmann::ordered_json& values);
-    // Facts of one thing: JSON as a row, otherwise a key and its value a line.
+    // Facts of one thing: JSON as a row, CSV as a head and a row, otherwise a key and its value a line.
     void facts(const nlohmann::ordered_json& values);
     // Flushes, ahead of that the head of a table with no rows; false, and a message, when something could not
     // be written.
