@@ -89,21 +89,6 @@ void StateTable::remove(uint16_t type, uint32_t id) {
     rehash(buckets_.size());
 }
 
-bool StateTable::load(std::span<const uint8_t> entries, uint32_t count) {
-    clear();
-    const uint8_t* at = entries.data();
-    size_t left = entries.size();
-    for (uint32_t i = 0; i < count; ++i) {
-        if (left < entry_head) return false;
-        const uint32_t length = load_be32(at + 6);
-        if (left - entry_head < length) return false;
-        create(load_be16(at), load_be32(at + 2), {at + entry_head, length});
-        at += entry_head + length;
-        left -= entry_head + length;
-    }
-    return true;
-}
-
 std::vector<uint32_t> StateTable::sorted() const {
     std::vector<uint32_t> order(slots_.size());
     std::iota(order.begin(), order.end(), 0u);

@@ -47,10 +47,6 @@ class StateTable {
 
     // The entries as they stand in a state table packet, behind its count.
     std::span<const uint8_t> image() const { return image_; }
-    // Fills the table from count entries in packet form. A key that comes twice keeps its first block.
-    // False when the bytes end early; the entries before are then in.
-    bool load(std::span<const uint8_t> entries, uint32_t count);
-
     // Positions ordered by object type, then by id, both unsigned.
     std::vector<uint32_t> sorted() const;
 

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 
 #include "chronoweave/rtos/configure_messages.h"
+#include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -44,16 +42,6 @@ ConfigureCallbacks with_defaults(ConfigureCallbacks callbacks) {
     if (!callbacks.errorDialog)
         callbacks.errorDialog = [](const std::string& text) { gen_error("%s", text.c_str()); };
     return callbacks;
-}
-
-bool read_whole(const std::string& path, std::string& text) {
-    std::error_code error;
-    const uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size < 1 || size > mostFileBytes) return false;
-    std::ifstream file(path, std::ios::binary);
-    text.resize(static_cast<size_t>(size));
-    file.read(text.data(), static_cast<std::streamsize>(size));
-    return file.gcount() == static_cast<std::streamsize>(size);
 }
 
 }  // namespace
@@ -118,7 +106,7 @@ int ConfigureReader::ReadFile(const std::string& path) {
     if (path.find('\0') != std::string::npos || !path_is_readable_file(path))
         return GiveUp(messages::CantFind, path);
     std::string text;
-    if (!read_whole(path, text)) return GiveUp(messages::CantRead, path);
+    if (!file_read_whole(path, text, mostFileBytes) || text.empty()) return GiveUp(messages::CantRead, path);
     return ReadText(text, path);
 }
 

@@ -1,5 +1,6 @@
 #include "shared/libcxxutil/paths.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -90,8 +91,10 @@ bool path_directory_is_writable(const std::string& directory) {
 }
 
 bool path_make_directory(const std::string& directory) {
-    std::error_code none;
-    fs::create_directories(directory, none);
+    for (size_t slash = directory.find('/', 1); slash != std::string::npos;
+         slash = directory.find('/', slash + 1))
+        ::mkdir(directory.substr(0, slash).c_str(), 0755);
+    ::mkdir(directory.c_str(), 0755);
     return path_is_directory(directory);
 }
 

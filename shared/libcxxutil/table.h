@@ -35,7 +35,6 @@ class Table {
         push_back(std::move(value));
         for (uint32_t i = size_ - 1; i > index; --i) std::swap((*this)[i], (*this)[i - 1]);
     }
-    void pop_back() { --size_; }
     void clear() {
         chunks_.clear();
         size_ = 0;

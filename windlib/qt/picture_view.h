@@ -2,7 +2,6 @@
 // the canvas can paint parts of it, and what wheel, keys and pointer do there.
 #pragma once
 
-#include <QElapsedTimer>
 #include <QImage>
 #include <QTimer>
 #include <QWidget>
