@@ -24,6 +24,8 @@
 #include "shared/libcxxutil/table.h"
 #include "windlib/lagraph/graph.h"
 
+class DialogHost;
+class DialogModel;
 class TraxTaskList;
 
 enum TimeMode : int {
@@ -111,6 +113,14 @@ struct LaCanvasFields {
     std::string totalLengthTitle, totalLength;  // title and value of "TotalLength"
 };
 
+// An item of the picture: a segment of a lane, an icon or a context line. Valid until the items are dropped
+// (itemsVersion).
+struct laItemRef {
+    int32_t itype = -1;        // laItemType_Line, _Bitmap or _Ctx; -1 for none
+    uint32_t lane = laNoLane;  // of a segment or icon
+    size_t index = 0;          // into the lane's segments, canvas.bitmaps or canvas.ctxLines
+};
+
 struct _LaCanvasData {
     explicit _LaCanvasData(LaGraph& graph);
     ~_LaCanvasData();
@@ -121,7 +131,15 @@ struct _LaCanvasData {
     LaCanvasFields fields;
     std::function<void()> fieldsChanged;   // called after fields were rewritten; may be empty
     std::function<void()> buttonsChanged;  // what can be done now changed (history, freeze); may be empty
-    Progress progress;                    // of long fetches; may be empty
+    Progress progress;                     // of long fetches; may be empty
+
+    // Handed down by the floors above; each may be empty.
+    DialogHost* host = nullptr;                        // shows dialogs and windows; outlives the canvas
+    std::function<void(const laItemRef&)> openDetail;  // a detail window about an item
+    std::function<void(uint32_t objectId)> openInfo;   // the window about an object
+    // Windows about this canvas (details, results, reports), which close with it. Owned by the host; each
+    // takes itself out when it closes.
+    std::vector<DialogModel*> viewWindows;
 
     // Options of the program.
     bool newTrv = true;        // the overlap rule by free space, else by rectangles
@@ -181,12 +199,12 @@ struct _LaCanvasData {
 
     // View. viewHigh - viewLow is viewLength but for the snapping to a pixel.
     double viewLow = 0, viewHigh = 1e-6, viewLength = 1e-6;
-    double pixelsPerUnit = 1;             // width of the drawing area / viewLength
-    int laidOutWidth = 0;                 // the width that this holds for
-    uint64_t virtualWidth = 0;            // pixels of scrollExtent at this zoom
-    uint64_t scrollPosition = 0;          // position last given to the horizontal bar
-    int verticalOffset = 0;               // first content row on screen
-    int contentHeight = 0;                // pixels
+    double pixelsPerUnit = 1;     // width of the drawing area / viewLength
+    int laidOutWidth = 0;         // the width that this holds for
+    uint64_t virtualWidth = 0;    // pixels of scrollExtent at this zoom
+    uint64_t scrollPosition = 0;  // position last given to the horizontal bar
+    int verticalOffset = 0;       // first content row on screen
+    int contentHeight = 0;        // pixels
     LaPainted painted;
     double cursor[2] = {-100.0, -100.0};  // unset below 0
     int pendingCursorX = -100;

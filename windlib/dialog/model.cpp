@@ -241,6 +241,12 @@ bool DialogModel::check(std::string_view name, bool checked) {
     return true;
 }
 
+bool DialogModel::menu(std::string_view body) {
+    if (closed_) return false;
+    call(onMenu, std::string(body));
+    return true;
+}
+
 bool DialogModel::key(DialogKey key, std::string_view focus) {
     if (closed_) return false;
     if (key == DialogKey::Escape) {

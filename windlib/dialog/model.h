@@ -84,7 +84,8 @@ class DialogModel {
     std::function<void(const std::string& name, int row)> onActivate;  // double click, or Enter on a row
     std::function<void(const std::string& name, int choice)> onChoose;
     std::function<void(const std::string& name, bool checked)> onCheck;
-    std::function<void(int result)> onClose;  // the last call; the model may go now
+    std::function<void(const std::string& body)> onMenu;  // a row of the window's menu, by its command
+    std::function<void(int result)> onClose;              // the last call; the model may go now
 
     // For the user's side: the platform or a test.
     bool press(std::string_view name);
@@ -95,6 +96,7 @@ class DialogModel {
     bool activate(std::string_view name, int row);
     bool choose(std::string_view name, int choice);
     bool check(std::string_view name, bool checked);
+    bool menu(std::string_view body);  // a row of the menu was chosen
     // Enter commits the field that has the keyboard, if any, and presses the default button; Escape presses
     // the cancel button. Without a button to cancel by, Escape closes with Dialog_Dismissed.
     bool key(DialogKey key, std::string_view focus = {});

@@ -1,0 +1,49 @@
+// What shows dialogs and windows for logic that knows none: an interface that is handed down to it. The
+// platform layer has the real one; tests have RecordingHost (host_testing.h), which answers as it was told.
+// User-interface thread only.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "windlib/dialog/model.h"
+
+// A row of a pop-up menu. The text of the single byte 0x01 is a separator.
+struct PopUpRow {
+    std::string text;  // '&' before the letter of the keyboard shortcut
+    bool enabled = true;
+    std::optional<bool> checked = {};  // a row with a check mark
+};
+constexpr const char* popUpSeparator = "\x01";
+
+class DialogHost {
+  public:
+    virtual ~DialogHost() = default;
+
+    // Shows a dialog over the active window and returns when it is closed, with its result.
+    virtual int Run(DialogModel& model) = 0;
+    // Shows a window beside the others. The host owns the model from now on and destroys it after its
+    // onClose; the reference is valid until then.
+    virtual DialogModel& Open(std::unique_ptr<DialogModel> model) = 0;
+    // Brings an open window to the front, and the pointer into it at 10, 10.
+    virtual void Raise(DialogModel& model) = 0;
+
+    // A message that must be acknowledged: the error dialog.
+    virtual void Message(const std::string& text) = 0;
+    // A question with yes and no; true for yes.
+    virtual bool Ask(const std::string& question) = 0;
+    // A pop-up menu at the pointer. Number of the row chosen; -1 for none.
+    virtual int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) = 0;
+    // 0xRRGGBB; none when the user cancelled.
+    virtual std::optional<uint32_t> ChooseColour(const std::string& title, uint32_t start) = 0;
+    // Where to save; empty when the user cancelled. filter is "NAME (*.EXT)".
+    virtual std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
+                                       const std::string& filter) = 0;
+    virtual void CopyText(const std::string& text) = 0;  // to the clipboard
+    virtual void Beep() = 0;
+    // The busy pointer with progress and Escape (see Progress); calls nest.
+    virtual void SetBusy(bool busy) = 0;
+};

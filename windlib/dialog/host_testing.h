@@ -1,0 +1,55 @@
+// A host for tests: dialogs are driven by a function of the test, and all that was shown is recorded.
+#pragma once
+
+#include <deque>
+#include <functional>
+
+#include "windlib/dialog/host.h"
+
+class RecordingHost : public DialogHost {
+  public:
+    std::function<void(DialogModel&)> drive;  // does as the user in a dialog that Run shows; should close it
+    std::vector<std::unique_ptr<DialogModel>> windows;  // open ones, oldest first
+    std::vector<std::string> messages, questions, copied;
+    std::vector<PopUpRow> popUp;  // the last one's rows
+    std::string popUpTitle;
+    int popUpAnswer = -1;
+    bool askAnswer = true;
+    std::optional<uint32_t> colourAnswer;
+    std::string saveAnswer;
+    DialogModel* raised = nullptr;
+    int beeps = 0, busy = 0;
+
+    int Run(DialogModel& model) override {
+        if (drive) drive(model);
+        if (!model.isClosed()) model.dismiss();
+        return model.result();
+    }
+    // Windows that have been closed are dropped at the next call.
+    DialogModel& Open(std::unique_ptr<DialogModel> model) override {
+        DropClosed();
+        windows.push_back(std::move(model));
+        return *windows.back();
+    }
+    void DropClosed() {
+        std::erase_if(windows, [](const auto& window) { return window->isClosed(); });
+    }
+    void Raise(DialogModel& model) override { raised = &model; }
+    void Message(const std::string& text) override { messages.push_back(text); }
+    bool Ask(const std::string& question) override {
+        questions.push_back(question);
+        return askAnswer;
+    }
+    int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) override {
+        popUpTitle = title;
+        popUp = rows;
+        return popUpAnswer;
+    }
+    std::optional<uint32_t> ChooseColour(const std::string&, uint32_t) override { return colourAnswer; }
+    std::string ChooseSaveFile(const std::string&, const std::string&, const std::string&) override {
+        return saveAnswer;
+    }
+    void CopyText(const std::string& text) override { copied.push_back(text); }
+    void Beep() override { ++beeps; }
+    void SetBusy(bool on) override { busy += on ? 1 : -1; }
+};
