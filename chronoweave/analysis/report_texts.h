@@ -1,0 +1,41 @@
+// The rows of the report windows, as texts and bars, in order. Pure functions.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "chronoweave/analysis/report.h"
+#include "chronoweave/analysis/search_texts.h"
+#include "windlib/lagraph/graph.h"
+
+enum class ReportRowKind { Empty, Status, Switch, Category, Event, Object };
+
+struct ReportRow {
+    ReportRowKind kind = ReportRowKind::Empty;
+    int32_t row = -1;     // of the legend's status or event table
+    uint32_t object = 0;  // of a report on chosen objects
+    // Columns 2 and 4 hold bars: their texts are "%2.1f%%" of the fraction, empty when there is none.
+    std::array<std::string, 5> texts;
+    double countFraction = -1, timeFraction = -1;  // of the bars; negative: the column has none
+    Colour colour = NoColour;                      // of the bars; NoColour: the window's default
+};
+
+// The bar of a fraction: width in pixels, 0 for none; and the text right of it.
+constexpr int report_BarHeight = 9, report_BarLeft = 1, report_BarGap = 3;
+int report_BarWidth(double fraction);
+std::string report_BarText(double fraction);
+
+// The window of the all-objects and one-object reports.
+std::string report_WindowTitle(const std::string& canvasTitle);
+std::string report_Title(const AnalysisWords& words, const LegendStatistics& statistics, bool oneObject);
+std::string report_Subtitle(const AnalysisWords& words, const LegendStatistics& statistics);
+std::array<std::array<std::string, 2>, 5> report_ColumnTitles(const AnalysisWords& words, bool oneObject);
+std::vector<ReportRow> report_Rows(const AnalysisWords& words, const LegendStatistics& statistics,
+                                   bool oneObject);
+std::string report_NoObjectsMessage(const AnalysisWords& words);
+
+// The window of the report on chosen objects.
+std::array<std::string, 5> report_ChosenColumnTitles(const AnalysisWords& words);
+std::string report_ChosenTypeName(int kind);  // "Event", "Status", "Context Switch"
+std::vector<ReportRow> report_ChosenRows(const AnalysisWords& words, const ChosenReport& report);

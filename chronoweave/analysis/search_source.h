@@ -1,0 +1,89 @@
+// What the engines of this folder walk: a store with its legend and time base, and who runs on each
+// processor. Made from a canvas or from an opened store, so that windows and the command line share one
+// engine. Borrows the store and the legend; one thread.
+//
+// Times are doubles in the time base of the trace: seconds from the first event (ticks where the canvas
+// counts ticks).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "chronoweave/rtos/legend.h"
+#include "libtrv/trace_store.h"
+#include "shared/libcxxutil/progress.h"
+
+struct _LaCanvasData;
+
+// The object that executes on each processor, -1 for none. Processors are the group numbers of object ids.
+class RunningObjects {
+  public:
+    static constexpr int64_t none = -1;
+    int64_t on(uint32_t processor) const { return processor < objects_.size() ? objects_[processor] : none; }
+    // The processor is below 1024.
+    void enter(uint32_t processor, uint32_t object);
+    void clear();
+    bool empty() const { return empty_; }
+
+  private:
+    std::vector<int64_t> objects_;
+    bool empty_ = true;
+};
+
+struct AnalysisSource {
+    TraceStore* store = nullptr;
+    const Legend* legend = nullptr;
+    int osKind = Os_Other;
+    double ticksPerSecond = 1;  // store ticks in one unit of the time base
+    mt_Time baseTick = 0;       // of time 0
+    double totalLength = 0;     // of the trace: up to one tick past the last event
+    Progress progress;          // of the walks; may be empty
+    RunningObjects running;     // consulted and updated by walks that follow context switches
+
+    // The low 10 bits of the id on Korvantis, 0 elsewhere.
+    uint32_t processorOf(uint32_t object) const { return osKind == Os_Korvantis ? object & mt_GroupMask : 0; }
+    double timeOf(mt_Time tick) const {
+        return static_cast<double>(static_cast<int64_t>(tick - baseTick)) / ticksPerSecond;
+    }
+    // The nearest tick; clamped so that nothing overflows.
+    mt_Time tickOf(double time) const;
+};
+
+// Of a canvas: its store must be there (store stays null otherwise). Valid while the canvas keeps its source.
+AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas);
+// Of a store on its own; both must outlive the source.
+AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend);
+
+// Ids of the objects that live in a range of times, ascending; the end's tick is included.
+std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double from, double to);
+
+// How a walk over a range ended.
+struct WalkEnd {
+    bool started = false;  // the store has blocks
+    bool stopped = false;  // progress asked for it
+    bool damaged = false;  // the store can't be read on from here, though it has more events
+    double reached = 0;    // time of the last event seen when stopped or damaged, else the range's end
+};
+
+// The events from one time to another, the end's tick included, one after the other; nothing of them is kept.
+class RangeWalk {
+  public:
+    // state becomes the state just before the range; it may be null.
+    RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state);
+    bool started() const { return end_.started; }
+    // False behind the last event, when progress asks to stop, and where the store can't be read on.
+    bool next(EventRecord& event, double& time);
+    // How it ended, once next was false; ahead of that, as if it were whole.
+    const WalkEnd& end() const { return end_; }
+
+  private:
+    bool finish();
+    const AnalysisSource& source_;
+    EventWalk walk_;
+    mt_Time endTick_;
+    double from_, to_;
+    uint32_t count_ = 0;     // events of the store
+    uint32_t sequence_ = 0;  // of the last event read
+    uint32_t seen_ = 0;
+    WalkEnd end_;
+};
