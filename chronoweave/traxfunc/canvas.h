@@ -93,7 +93,8 @@ struct LaPainted {
 struct LaEventLook {
     IconHandle icon = NoIcon;
     int width = 0, height = 0;
-    bool shown = false;  // visible, and has an icon
+    bool shown = false;      // visible, and has an icon
+    bool important = false;  // never hidden by others
 };
 struct LaStatusLook {
     Colour colour = 0;
@@ -172,6 +173,7 @@ struct _LaCanvasData {
     Legend legend;                          // empty until a source is opened
     std::vector<LaEventLook> eventLooks;    // one per row of legend.events
     std::vector<LaStatusLook> statusLooks;  // one per row of legend.statuses
+    bool anyImportantEvent = false;         // of the looks
     IconHandle overlapIcon = NoIcon;
     bool centerStatus = false;  // lines and icons share the row's centre
     int maxExtent = 16;         // largest of all icon heights and widths and line thicknesses

@@ -55,7 +55,3 @@ void laPaint_Switches(const laPaint& paint);
 // True when every switch that can be seen looks the same; which one then shows in a column doesn't depend on
 // the vertical position.
 bool laPaint_SwitchesLookAlike(const _LaCanvasData& canvas);
-// After a scroll from one low end of the view to another, shift columns apart: the first column of the new
-// view from which on the icons of the shown rows are those of the old one. At most limit, which stands for
-// never.
-int laPaint_SettleColumn(const _LaCanvasData& canvas, double oldLow, double newLow, int shift, int limit);

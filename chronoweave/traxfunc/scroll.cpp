@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/draw_items.h"
 #include "chronoweave/traxfunc/history.h"
+#include "chronoweave/traxfunc/icon_walk.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 
@@ -62,9 +63,10 @@ bool move_columns(_LaCanvasData& canvas, int64_t columns) {
     const int shift = static_cast<int>(columns);
     // How far an item may reach to either side of its column.
     const int reach = std::max({canvas.maxExtent, canvas.maxIconWidth, icon_Width(canvas.overlapIcon)}) + 2;
-    const int settled =
-        laPaint_SettleColumn(canvas, canvas.painted.low, canvas.viewLow, std::abs(shift), width - width / 4);
-    const int left = std::max(shift < 0 ? -shift : 0, settled) + reach;
+    // Icons ahead of the first tile border depend on where the view begins.
+    const int leading = std::max(laIcons_LeadingColumns(canvas.scrollPosition),
+                                 laIcons_LeadingColumns(canvas.painted.position) - shift);
+    const int left = std::max(shift < 0 ? -shift : 0, leading) + reach;
     const int right = width - (shift > 0 ? shift : 0) - reach;
     if (left >= right - width / 4) return false;
     if (!graph.surface->copyRect(left + shift, 0, right - left, height, -shift, 0)) return false;
