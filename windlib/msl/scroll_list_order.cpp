@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -55,6 +56,20 @@ size_t common_length(std::string_view a, std::string_view b) {
     return static_cast<size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
 }
 
+// Rows by a number that is asked for once a row; rows of one number keep their order.
+template <class Key>
+std::vector<uint32_t> sorted_by_key(size_t count, bool reverse, const Key& keyOf) {
+    using Value = decltype(keyOf(0));
+    std::vector<std::pair<Value, uint32_t>> keys(count);
+    for (size_t i = 0; i < count; ++i) keys[i] = {keyOf(static_cast<int>(i)), static_cast<uint32_t>(i)};
+    std::stable_sort(keys.begin(), keys.end(), [reverse](const auto& a, const auto& b) {
+        return reverse ? b.first < a.first : a.first < b.first;
+    });
+    std::vector<uint32_t> rows(count);
+    for (size_t i = 0; i < count; ++i) rows[i] = keys[i].second;
+    return rows;
+}
+
 }  // namespace
 
 int msl_CompareText(const MScrollList&, std::string_view a, std::string_view b) {
@@ -69,32 +84,74 @@ int msl_CompareDouble(const MScrollList&, std::string_view a, std::string_view b
 
 void MScrollList::SetComparison(int column, MslCompare compare, int flag) {
     if (!HasColumn(column)) return;
-    columns_[static_cast<size_t>(column)].compare = std::move(compare);
-    columns_[static_cast<size_t>(column)].compareFlag = flag;
+    MslColumn& by = columns_[static_cast<size_t>(column)];
+    by.compare = std::move(compare);
+    by.compareFlag = flag;
+    by.numberKey = {};
+    by.unsignedKey = {};
 }
 
-bool MScrollList::SortBy(int column) {
-    if (blocked_ > 0 || !HasColumn(column)) return false;
-    const MslCompare compare = Column(column).compare ? Column(column).compare : msl_CompareText;
-    const bool reverse = Column(column).compareFlag != 0;
-    std::vector<int> from(rows_.size());
-    std::iota(from.begin(), from.end(), 0);
-    std::stable_sort(from.begin(), from.end(), [&](int a, int b) {
-        const int result = compare(*this, Text(a, column), Text(b, column));
+void MScrollList::SetNumberKey(int column, MslNumberKey key) {
+    if (HasColumn(column)) columns_[static_cast<size_t>(column)].numberKey = std::move(key);
+}
+
+void MScrollList::SetUnsignedKey(int column, MslUnsignedKey key) {
+    if (HasColumn(column)) columns_[static_cast<size_t>(column)].unsignedKey = std::move(key);
+}
+
+// The present numbers of the rows in their new order.
+std::vector<uint32_t> MScrollList::Sorted(int column, bool descending) const {
+    const MslColumn& by = Column(column);
+    const auto count = static_cast<size_t>(RowCount());
+    const bool reverse = (by.compareFlag != 0) != descending;
+    if (by.numberKey)
+        return sorted_by_key(count, reverse, [&](int row) {
+            const double key = by.numberKey(RowId(row));
+            return std::isnan(key) ? -std::numeric_limits<double>::infinity() : key;
+        });
+    if (by.unsignedKey)
+        return sorted_by_key(count, reverse, [&](int row) { return by.unsignedKey(RowId(row)); });
+    std::vector<std::string> texts(count);
+    for (size_t i = 0; i < count; ++i) texts[i] = Text(static_cast<int>(i), column);
+    std::vector<uint32_t> rows(count);
+    std::iota(rows.begin(), rows.end(), 0u);
+    std::stable_sort(rows.begin(), rows.end(), [&](uint32_t a, uint32_t b) {
+        const int result = by.compare ? by.compare(*this, texts[a], texts[b]) : texts[a].compare(texts[b]);
         return reverse ? result > 0 : result < 0;
     });
-    std::vector<Row> sorted;
-    sorted.reserve(rows_.size());
-    int anchor = noRow;
-    for (const int row : from) {
-        if (row == clickAnchor_) anchor = static_cast<int>(sorted.size());
-        sorted.push_back(std::move(At(row)));
+    return rows;
+}
+
+bool MScrollList::SortBy(int column, bool descending) {
+    if (blocked_ > 0 || !HasColumn(column)) return false;
+    const std::vector<uint32_t> from = Sorted(column, descending);
+    const auto placeOf = [&](int row) {
+        const auto at =
+            HasRow(row) ? std::find(from.begin(), from.end(), static_cast<uint32_t>(row)) : from.end();
+        return at == from.end() ? noRow : static_cast<int>(at - from.begin());
+    };
+    clickAnchor_ = placeOf(clickAnchor_);
+    currentRow_ = placeOf(currentRow_);
+    if (lazy_) {
+        std::vector<uint32_t> sorted(from.size());
+        for (size_t i = 0; i < from.size(); ++i) sorted[i] = order_[from[i]];
+        order_ = std::move(sorted);
+    } else {
+        std::vector<Row> sorted;
+        sorted.reserve(rows_.size());
+        for (const uint32_t row : from) sorted.push_back(std::move(rows_[row]));
+        rows_ = std::move(sorted);
     }
-    rows_ = std::move(sorted);
-    clickAnchor_ = anchor;
+    sortColumn_ = column;
+    sortDescending_ = descending;
     RowsChanged();
     Notify(MslChange::Order);
     return true;
+}
+
+bool MScrollList::SortClick(int column) {
+    if (!sortByHeader) return false;
+    return SortBy(column, column == sortColumn_ && !sortDescending_);
 }
 
 void MScrollList::BeginSearch(int column) {
@@ -110,10 +167,14 @@ void MScrollList::BeginSearch(int column) {
 // The row that equals the text, or the first of those that share most of its start; the anchor when none
 // shares any.
 int MScrollList::BestMatch() const {
+    const MslColumn& by = Column(searchColumn_);
+    const bool inOrder = sortColumn_ == searchColumn_ && !sortDescending_ && by.compareFlag == 0 &&
+                         !by.compare && !by.numberKey && !by.unsignedKey;
+    if (inOrder) return BestOfSorted();
     int best = searchAnchor_;
     size_t longest = 0;
     for (int row = 0; row < RowCount(); ++row) {
-        const std::string& text = Text(row, searchColumn_);
+        const std::string text = Text(row, searchColumn_);
         // The end counts as one more character that agrees.
         const size_t length = text == search_ ? search_.size() + 1 : common_length(text, search_);
         if (length > search_.size()) return row;
@@ -122,6 +183,27 @@ int MScrollList::BestMatch() const {
         best = row;
     }
     return best;
+}
+
+// The same where the rows are known to be in the order of their bytes.
+int MScrollList::BestOfSorted() const {
+    const auto firstFrom = [&](std::string_view start) {
+        int low = 0, high = RowCount();
+        while (low < high) {
+            const int middle = low + (high - low) / 2;
+            if (std::string_view(Text(middle, searchColumn_)) < start)
+                low = middle + 1;
+            else
+                high = middle;
+        }
+        return low;
+    };
+    const int at = firstFrom(search_);
+    size_t longest = 0;
+    for (const int row : {at - 1, at})
+        if (HasRow(row)) longest = std::max(longest, common_length(Text(row, searchColumn_), search_));
+    if (longest == 0) return searchAnchor_;
+    return firstFrom(std::string_view(search_).substr(0, longest));
 }
 
 void MScrollList::ShowSearch() {
@@ -135,8 +217,16 @@ void MScrollList::SearchKey(std::string_view typed) {
     ShowSearch();
     const int row = BestMatch();
     if (!HasRow(row)) return;
+    const uint64_t before = selectionVersion_;
     SelectOnly(row);
+    currentRow_ = clickAnchor_ = row;
     ScrollToRow(row);
+    Told(before);
+}
+
+void MScrollList::TypeAhead(std::string_view typed) {
+    if (!Searching()) BeginSearch(sortColumn_ >= 0 ? sortColumn_ : nameColumn);
+    SearchKey(typed);
 }
 
 // A whole character of UTF-8 goes.
@@ -148,6 +238,7 @@ void MScrollList::SearchBackspace() {
 }
 
 void MScrollList::EndSearch() {
+    if (!Searching()) return;
     searchColumn_ = -1;
     search_.clear();
     ShowSearch();

@@ -3,10 +3,25 @@
 
 #include "windlib/msl/scroll_list.h"
 
+bool MScrollList::IsSelected(int row) const {
+    if (!HasRow(row)) return false;
+    return lazy_ ? lazySelected_[order_[static_cast<size_t>(row)]] : rows_[static_cast<size_t>(row)].selected;
+}
+
+void MScrollList::Mark(int row, bool selected) {
+    if (lazy_)
+        lazySelected_[order_[static_cast<size_t>(row)]] = selected;
+    else
+        rows_[static_cast<size_t>(row)].selected = selected;
+    ++selectionVersion_;
+}
+
 void MScrollList::ClearSelection() {
     if (selected_ == 0) return;
-    for (Row& row : rows_) row.selected = false;
+    ++selectionVersion_;
     selected_ = 0;
+    if (lazy_) lazySelected_.assign(lazySelected_.size(), false);
+    for (Row& row : rows_) row.selected = false;
 }
 
 void MScrollList::SetMultiple(bool multiple) {
@@ -22,56 +37,107 @@ int MScrollList::SelectedRow() const {
 std::vector<int> MScrollList::SelectedRows() const {
     std::vector<int> rows;
     for (int row = 0; row < RowCount() && static_cast<int>(rows.size()) < selected_; ++row)
-        if (At(row).selected) rows.push_back(row);
+        if (IsSelected(row)) rows.push_back(row);
     return rows;
 }
 
-bool MScrollList::IsSelected(int row) const {
-    return HasRow(row) && At(row).selected;
+std::vector<uint64_t> MScrollList::SelectedIds() const {
+    std::vector<uint64_t> ids;
+    for (const int row : SelectedRows()) ids.push_back(RowId(row));
+    return ids;
 }
 
 void MScrollList::SelectOnly(int row) {
+    if (HasRow(row) ? selected_ == 1 && IsSelected(row) : selected_ == 0) return;
     ClearSelection();
     if (HasRow(row)) {
-        At(row).selected = true;
+        Mark(row, true);
         selected_ = 1;
     }
     Notify(MslChange::Selection);
 }
 
+void MScrollList::SelectRows(const std::vector<int>& rows) {
+    ClearSelection();
+    for (const int row : rows) {
+        if (!HasRow(row) || IsSelected(row) || (!multiple_ && selected_ > 0)) continue;
+        Mark(row, true);
+        ++selected_;
+    }
+    Notify(MslChange::Selection);
+}
+
 void MScrollList::Select(int row, bool on) {
-    if (!HasRow(row) || At(row).selected == on) return;
+    if (!HasRow(row) || IsSelected(row) == on) return;
     if (on && !multiple_) ClearSelection();
-    At(row).selected = on;
+    Mark(row, on);
     selected_ += on ? 1 : -1;
     Notify(MslChange::Selection);
 }
 
 void MScrollList::SelectAll() {
     if (!multiple_) return;
-    for (Row& row : rows_) row.selected = true;
+    for (int row = 0; row < RowCount(); ++row) Mark(row, true);
     selected_ = RowCount();
     Notify(MslChange::Selection);
 }
 
+void MScrollList::SelectRange(int row, int other) {
+    ClearSelection();
+    const auto [first, last] = std::minmax(row, other);
+    for (int each = first; each <= last; ++each) Mark(each, true);
+    selected_ = last - first + 1;
+    Notify(MslChange::Selection);
+}
+
+// Ends what the user did: tells when the selection is another one than before.
+void MScrollList::Told(uint64_t selectionBefore) {
+    if (selectionVersion_ != selectionBefore && userSelected) userSelected();
+}
+
 void MScrollList::Click(int row, int column, int clicks, bool control, bool shift) {
+    const uint64_t before = selectionVersion_;
+    const std::weak_ptr<bool> alive = alive_;
     if (!HasRow(row)) {
         row = noRow;
-    } else if (multiple_ && shift && HasRow(clickAnchor_)) {
-        ClearSelection();
-        const auto [first, last] = std::minmax(row, clickAnchor_);
-        for (int each = first; each <= last; ++each) At(each).selected = true;
-        selected_ = last - first + 1;
-        Notify(MslChange::Selection);
     } else {
-        const bool away = control && IsSelected(row) && !(mustSelect_ && selected_ == 1);
-        if (control && (multiple_ || away))
-            Select(row, !away);
-        else
-            SelectOnly(row);
+        if (multiple_ && shift && HasRow(clickAnchor_)) {
+            SelectRange(row, clickAnchor_);
+        } else {
+            const bool away = control && IsSelected(row) && !(mustSelect_ && selected_ == 1);
+            if (control && (multiple_ || away))
+                Select(row, !away);
+            else
+                SelectOnly(row);
+            clickAnchor_ = row;
+        }
+        SetCurrent(row, column);
+    }
+    Told(before);
+    if (!alive.expired() && clicked) clicked(row, column, clicks);
+    if (!alive.expired() && clicks == 2 && HasRow(row) && activated) activated(row);
+}
+
+void MScrollList::DragTo(int row) {
+    if (!multiple_ || !HasRow(row) || !HasRow(clickAnchor_) || row == currentRow_) return;
+    const uint64_t before = selectionVersion_;
+    SelectRange(row, clickAnchor_);
+    currentRow_ = row;
+    ScrollToRow(row);
+    Told(before);
+}
+
+void MScrollList::RightClick(int row, int column) {
+    const uint64_t before = selectionVersion_;
+    const std::weak_ptr<bool> alive = alive_;
+    if (!HasRow(row)) row = noRow;
+    if (row != noRow && !IsSelected(row)) {
+        SelectOnly(row);
         clickAnchor_ = row;
     }
-    if (clicked) clicked(row, column, clicks);
+    if (row != noRow) SetCurrent(row, column);
+    Told(before);
+    if (!alive.expired() && rightClicked) rightClicked(row, column);
 }
 
 void MScrollList::RowsChanged() {
@@ -81,10 +147,19 @@ void MScrollList::RowsChanged() {
 
 void MScrollList::SetRowHeight(int height, bool redraw) {
     rowHeight_ = std::max(height, 1);
+    rowHeightSet_ = true;
     for (Row& row : rows_) row.height = 0;
+    for (auto& [id, row] : byHand_) row.height = 0;
     ownHeights_ = 0;
     RowsChanged();
     if (redraw) Notify(MslChange::Size);
+}
+
+void MScrollList::SetNaturalRowHeight(int height) {
+    if (rowHeightSet_) return;
+    rowHeight_ = std::max(height, 1);
+    RowsChanged();
+    Notify(MslChange::Size);
 }
 
 void MScrollList::SetHeightOf(int row, int height) {
@@ -97,7 +172,9 @@ void MScrollList::SetHeightOf(int row, int height) {
 
 int MScrollList::HeightOf(int row) const {
     if (!HasRow(row)) return 0;
-    return At(row).height != 0 ? At(row).height : rowHeight_;
+    if (ownHeights_ == 0) return rowHeight_;
+    const Row* found = Find(row);
+    return found && found->height != 0 ? found->height : rowHeight_;
 }
 
 int64_t MScrollList::TopOf(int row) const {

@@ -15,6 +15,13 @@ MSLTreeNode& MSLTreeNode::AddChild(std::unique_ptr<MSLTreeNode> child) {
 MSLTreeManager::MSLTreeManager(MScrollList& list, int toggleColumn)
     : list_(list), toggleColumn_(toggleColumn) {
     list_.SetSize(0, std::max(list_.ColumnCount(), toggleColumn + 1));
+    list_.sortByHeader = false;
+    list_.treeColumn = toggleColumn;
+    list_.toggleTree = [this](int row) { return Toggle(row); };
+}
+
+MSLTreeManager::~MSLTreeManager() {
+    list_.toggleTree = {};
 }
 
 MSLTreeNode* MSLTreeManager::NodeAt(int row) const {

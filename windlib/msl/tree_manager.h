@@ -47,6 +47,9 @@ class MSLTreeManager {
     // The list, which outlives the manager, is emptied; from now on only the manager adds and removes rows,
     // and it isn't to be sorted. The toggles stand in the column.
     explicit MSLTreeManager(MScrollList& list, int toggleColumn = 0);
+    ~MSLTreeManager();
+    MSLTreeManager(const MSLTreeManager&) = delete;
+    MSLTreeManager& operator=(const MSLTreeManager&) = delete;
 
     // Told of a node that was expanded and found to have no children; may be empty.
     std::function<void(MSLTreeNode&)> foundEmpty;
