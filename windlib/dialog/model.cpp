@@ -1,6 +1,8 @@
 #include "windlib/dialog/model.h"
 
 #include <algorithm>
+#include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -12,8 +14,12 @@ void call(const F& function, const Args&... args) {
     copy(args...);
 }
 
-bool rowsExist(const DialogItemState& state, const std::set<int>& rows) {
-    return rows.empty() || (*rows.begin() >= 0 && static_cast<size_t>(*rows.rbegin()) < state.rows.size());
+bool rowsExist(const MScrollList& list, const std::set<int>& rows) {
+    return rows.empty() || (*rows.begin() >= 0 && *rows.rbegin() < list.RowCount());
+}
+
+std::vector<int> numbers(const std::set<int>& rows) {
+    return {rows.begin(), rows.end()};
 }
 
 }  // namespace
@@ -27,12 +33,64 @@ DialogModel::DialogModel(DialogDescription description)
         entry.state.visible = (item.flags & Dialog_Hidden) == 0;
         entry.state.multiple = (item.flags & Dialog_Multiple) != 0;
         if (item.kind == DialogKind::List) {
-            entry.state.columnTitles = item.list;
+            makeList(entry, item);
         } else {
             entry.state.choices = item.list;
         }
         if (!entry.state.choices.empty()) entry.state.choice = 0;
     }
+}
+
+// What the user does to the list reaches the logic as what is done to the item.
+void DialogModel::makeList(Entry& entry, const DialogItem& item) {
+    const size_t index = entries_.size() - 1;
+    const std::string name = item.name;
+    entry.state.columnTitles = item.list;
+    entry.list = std::make_unique<MScrollList>();
+    MScrollList& list = *entry.list;
+    if (item.list.empty()) list.SetHeaderRows(0);
+    list.SetSize(0, static_cast<int>(item.list.size()));
+    for (size_t i = 0; i < item.list.size(); ++i) list.SetHeader(0, static_cast<int>(i), item.list[i]);
+    list.SetMultiple(entry.state.multiple);
+    list.observed = [this, index](MslChange change, int, int) { noteList(index, change); };
+    list.userSelected = [this, name] { call(onSelect, name); };
+    list.clicked = [this, name](int row, int column, int clicks) {
+        call(onRowClick, name, row, column, clicks);
+    };
+    list.rightClicked = [this, name](int row, int column) { call(onRowMenu, name, row, column); };
+    list.activated = [this, name](int row) {
+        const bool means = static_cast<bool>(onActivate);
+        call(onActivate, name, row);
+        return means;
+    };
+}
+
+void DialogModel::noteList(size_t index, MslChange change) {
+    Entry& entry = entries_[index];
+    if (change == MslChange::Size || change == MslChange::Order || change == MslChange::Inserted ||
+        change == MslChange::Removed || change == MslChange::Repaint)
+        entry.rowsStale = true;
+    if (change != MslChange::Repaint && change != MslChange::Footer && change != MslChange::Scroll)
+        entry.selectionStale = true;
+}
+
+void DialogModel::takeFromList(Entry& entry) {
+    const MScrollList& list = *entry.list;
+    if (std::exchange(entry.rowsStale, false)) {
+        std::vector<DialogRow>& rows = entry.state.rows;
+        rows.assign(list.IsLazy() ? 0 : static_cast<size_t>(list.RowCount()), {});
+        for (size_t i = 0; i < rows.size(); ++i) {
+            const int row = static_cast<int>(i);
+            for (int column = 0; column < list.ColumnCount(); ++column)
+                rows[i].cells.push_back(list.Text(row, column));
+            rows[i].id = list.RowId(row);
+            const auto data = list.RowData(row);
+            rows[i].data.assign(reinterpret_cast<const char*>(data.data()), data.size());
+        }
+    }
+    if (!std::exchange(entry.selectionStale, false)) return;
+    const std::vector<int> rows = list.SelectedRows();
+    entry.state.selected = {rows.begin(), rows.end()};
 }
 
 DialogModel::Entry* DialogModel::find(std::string_view name) {
@@ -65,7 +123,29 @@ const DialogItemState& DialogModel::item(std::string_view name) const {
         return state;
     }();
     const int number = dialog_Number(description_, name);
-    return number == 0 ? none : entries_[static_cast<size_t>(number) - 1].state;
+    if (number == 0) return none;
+    Entry& entry = entries_[static_cast<size_t>(number) - 1];
+    if (entry.list) takeFromList(entry);
+    return entry.state;
+}
+
+MScrollList& DialogModel::list(std::string_view name) {
+    Entry* entry = find(name);
+    return entry != nullptr && entry->list ? *entry->list : unseen_;
+}
+
+const MScrollList& DialogModel::list(std::string_view name) const {
+    const int number = dialog_Number(description_, name);
+    const Entry* entry = number == 0 ? nullptr : &entries_[static_cast<size_t>(number) - 1];
+    return entry != nullptr && entry->list ? *entry->list : unseen_;
+}
+
+uint64_t DialogModel::rowId(std::string_view name, int row) const {
+    return list(name).RowId(row);
+}
+
+std::vector<uint64_t> DialogModel::selectedIds(std::string_view name) const {
+    return list(name).SelectedIds();
 }
 
 std::string DialogModel::shownText(std::string_view name) const {
@@ -80,8 +160,8 @@ std::string DialogModel::message() const {
 }
 
 int DialogModel::selectedRow(std::string_view name) const {
-    const std::set<int>& rows = item(name).selected;
-    return rows.empty() ? Dialog_NoRow : rows.size() > 1 ? Dialog_ManyRows : *rows.begin();
+    const int row = list(name).SelectedRow();
+    return row == MScrollList::severalRows ? Dialog_ManyRows : row;
 }
 
 template <class T>
@@ -136,24 +216,77 @@ void DialogModel::setChoice(std::string_view name, int choice) {
 }
 
 void DialogModel::setColumnTitles(std::string_view name, std::vector<std::string> titles) {
+    if (item(name).columnTitles == titles) return;
+    MScrollList& shown = list(name);
+    shown.HoldRepaint(true);
+    shown.SetColumnCount(static_cast<int>(titles.size()));
+    if (shown.HeaderRows() == 0) shown.SetHeaderRows(1);
+    for (size_t i = 0; i < titles.size(); ++i) shown.SetHeader(0, static_cast<int>(i), titles[i]);
+    shown.HoldRepaint(false);
     change(name, &DialogItemState::columnTitles, std::move(titles));
 }
+
 void DialogModel::setColumnWidths(std::string_view name, std::vector<int> widths) {
+    for (size_t i = 0; i < widths.size(); ++i) list(name).SetWidth(static_cast<int>(i), widths[i]);
     change(name, &DialogItemState::columnWidths, std::move(widths));
 }
 
 void DialogModel::setRows(std::string_view name, std::vector<DialogRow> rows) {
     Entry* entry = find(name);
-    if (entry == nullptr) return;
-    entry->state.rows = std::move(rows);
-    entry->state.selected.clear();
+    if (entry == nullptr || !entry->list) return;
+    MScrollList& shown = *entry->list;
+    const int sortColumn = shown.SortColumn();
+    const bool descending = shown.SortDescending();
+    size_t columns = static_cast<size_t>(shown.ColumnCount());
+    for (const DialogRow& row : rows) columns = std::max(columns, row.cells.size());
+    const int known = shown.ColumnCount();
+    shown.HoldRepaint(true);
+    if (shown.SetSize(static_cast<int>(rows.size()), static_cast<int>(columns))) {
+        for (int column = known; column < shown.ColumnCount(); ++column) shown.SetHeader(0, column, "");
+        for (size_t i = 0; i < rows.size(); ++i) {
+            const int row = static_cast<int>(i);
+            for (size_t column = rows[i].cells.size(); column-- > 0;)
+                shown.SetText(row, static_cast<int>(column), std::move(rows[i].cells[column]));
+            shown.SetRowId(row, rows[i].id);
+            shown.SetRowData(row, std::as_bytes(std::span(rows[i].data)));
+        }
+        if (sortColumn >= 0) shown.SortBy(sortColumn, descending);
+    }
+    shown.HoldRepaint(false);
     call(itemChanged, std::string(name));
 }
 
 void DialogModel::setSelected(std::string_view name, const std::set<int>& rows) {
-    const DialogItemState& state = item(name);
-    if (!rowsExist(state, rows) || (!state.multiple && rows.size() > 1)) return;
-    change(name, &DialogItemState::selected, rows);
+    MScrollList& shown = list(name);
+    if (!rowsExist(shown, rows) || (!item(name).multiple && rows.size() > 1) || item(name).selected == rows)
+        return;
+    shown.SelectRows(numbers(rows));
+    call(itemChanged, std::string(name));
+}
+
+void DialogModel::setSelectedIds(std::string_view name, const std::vector<uint64_t>& ids) {
+    MScrollList& shown = list(name);
+    const std::unordered_set<uint64_t> wanted(ids.begin(), ids.end());
+    std::vector<int> rows;
+    for (int row = 0; row < shown.RowCount() && !wanted.empty(); ++row)
+        if (wanted.count(shown.RowId(row)) > 0) rows.push_back(row);
+    shown.SelectRows(rows);
+    call(itemChanged, std::string(name));
+}
+
+void DialogModel::setPainter(std::string_view name, Painter painter) {
+    if (Entry* entry = find(name)) entry->painter = std::move(painter);
+    repaint(name);
+}
+
+void DialogModel::repaint(std::string_view name) {
+    if (find(name) != nullptr) call(itemChanged, std::string(name));
+}
+
+const DialogModel::Painter& DialogModel::painter(std::string_view name) const {
+    static const Painter none;
+    const int number = dialog_Number(description_, name);
+    return number == 0 ? none : entries_[static_cast<size_t>(number) - 1].painter;
 }
 
 void DialogModel::setProgress(std::string_view name, int progress, int end) {
@@ -207,18 +340,43 @@ bool DialogModel::type(std::string_view name, std::string text) {
 
 bool DialogModel::select(std::string_view name, const std::set<int>& rows) {
     Entry* entry = usable(name, {DialogKind::List});
-    if (entry == nullptr || !rowsExist(entry->state, rows)) return false;
+    if (entry == nullptr || !rowsExist(*entry->list, rows)) return false;
     if (!entry->state.multiple && rows.size() > 1) return false;
-    if (entry->state.selected == rows) return true;
-    entry->state.selected = rows;
+    if (item(name).selected == rows) return true;
+    entry->list->SelectRows(numbers(rows));
     call(onSelect, std::string(name));
     return true;
 }
 
 bool DialogModel::activate(std::string_view name, int row) {
     Entry* entry = usable(name, {DialogKind::List});
-    if (entry == nullptr || row < 0 || static_cast<size_t>(row) >= entry->state.rows.size()) return false;
+    if (entry == nullptr || row < 0 || row >= entry->list->RowCount()) return false;
     call(onActivate, std::string(name), row);
+    return true;
+}
+
+bool DialogModel::clickRow(std::string_view name, int row, int column, int clicks, bool control, bool shift) {
+    Entry* entry = usable(name, {DialogKind::List});
+    if (entry == nullptr) return false;
+    entry->list->Click(row, column, clicks, control, shift);
+    return true;
+}
+
+bool DialogModel::rowMenu(std::string_view name, int row, int column) {
+    Entry* entry = usable(name, {DialogKind::List});
+    if (entry == nullptr) return false;
+    entry->list->RightClick(row, column);
+    return true;
+}
+
+bool DialogModel::sortRows(std::string_view name, int column) {
+    Entry* entry = usable(name, {DialogKind::List});
+    return entry != nullptr && entry->list->SortClick(column);
+}
+
+bool DialogModel::picture(std::string_view name, int x, int y) {
+    if (usable(name, {DialogKind::Strip}) == nullptr) return false;
+    call(onPicture, std::string(name), x, y);
     return true;
 }
 

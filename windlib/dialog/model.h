@@ -13,10 +13,12 @@
 #include <set>
 
 #include "windlib/dialog/description.h"
+#include "windlib/msl/scroll_list.h"
 
 struct DialogRow {
     std::vector<std::string> cells;  // missing ones are empty
     uint64_t id = 0;                 // what ties the row to its object; its number does not outlive a refill
+                                     // or a sort, which the user may do at any time
     std::string data = {};           // any bytes that the logic wants back
 };
 
@@ -30,8 +32,8 @@ struct DialogItemState {
     std::vector<std::string> choices;
     std::vector<std::string> columnTitles;
     std::vector<int> columnWidths;  // pixels; empty: as the platform thinks
-    std::vector<DialogRow> rows;
-    std::set<int> selected;  // rows
+    std::vector<DialogRow> rows;    // as they stand now; empty while the list is lazy
+    std::set<int> selected;         // rows
     bool multiple = false;
     int progress = 0;  // of progressEnd; an end of 0 is no progress to show
     int progressEnd = 0;
@@ -55,6 +57,15 @@ class DialogModel {
     std::string message() const;
     // The one selected row; Dialog_NoRow for none, Dialog_ManyRows for several.
     int selectedRow(std::string_view name) const;
+    // The id of a row as it stands now; 0 when it isn't there. And of the selected ones, from the top.
+    uint64_t rowId(std::string_view name, int row) const;
+    std::vector<uint64_t> selectedIds(std::string_view name) const;
+    // The list behind a List item, for what rows, columns and cells can do beyond the functions here: lazy
+    // rows, sort keys, looks, owner-drawn cells, headers of several rows. Its columns and rows may be set
+    // either way. Its callbacks activated, clicked, rightClicked, userSelected and observed are the model's.
+    // For another item, or none, a list that nobody sees.
+    MScrollList& list(std::string_view name);
+    const MScrollList& list(std::string_view name) const;
     bool isClosed() const { return closed_; }
     int result() const { return result_; }
 
@@ -71,8 +82,16 @@ class DialogModel {
     void setChoice(std::string_view name, int choice);
     void setColumnTitles(std::string_view name, std::vector<std::string> titles);
     void setColumnWidths(std::string_view name, std::vector<int> widths);
-    void setRows(std::string_view name, std::vector<DialogRow> rows);  // nothing is selected then
+    // Nothing is selected then; what the user sorted by stays the order.
+    void setRows(std::string_view name, std::vector<DialogRow> rows);
     void setSelected(std::string_view name, const std::set<int>& rows);
+    // The rows with these ids; with single selection the first that is there.
+    void setSelectedIds(std::string_view name, const std::vector<uint64_t>& ids);
+    // What a Strip shows: drawn on the whole of it, w by h, when it must be painted. And to have it painted.
+    using Painter = std::function<void(Surface&, int w, int h)>;
+    void setPainter(std::string_view name, Painter painter);
+    void repaint(std::string_view name);
+    const Painter& painter(std::string_view name) const;  // may be empty
     void setProgress(std::string_view name, int progress, int end);
     void close(int result);
 
@@ -82,6 +101,11 @@ class DialogModel {
         onCommit;  // only when the text changed
     std::function<void(const std::string& name)> onSelect;
     std::function<void(const std::string& name, int row)> onActivate;  // double click, or Enter on a row
+    // Each click on a row, after onSelect and ahead of onActivate; row -1 below the last. A double click is a
+    // call with clicks 1 and one with 2. Space is a click on the current cell.
+    std::function<void(const std::string& name, int row, int column, int clicks)> onRowClick;
+    std::function<void(const std::string& name, int row, int column)> onRowMenu;  // a right click; row -1 too
+    std::function<void(const std::string& name, int x, int y)> onPicture;         // a click in a Strip
     std::function<void(const std::string& name, int choice)> onChoose;
     std::function<void(const std::string& name, bool checked)> onCheck;
     std::function<void(const std::string& body)> onMenu;  // a row of the window's menu, by its command
@@ -93,7 +117,13 @@ class DialogModel {
     bool commit(std::string_view name);                  // the field is left, or Enter
     bool type(std::string_view name, std::string text);  // both
     bool select(std::string_view name, const std::set<int>& rows);
-    bool activate(std::string_view name, int row);
+    bool activate(std::string_view name, int row);  // Enter on a row
+    // A click on a row with its selecting, as MScrollList::Click, and a right click.
+    bool clickRow(std::string_view name, int row, int column, int clicks = 1, bool control = false,
+                  bool shift = false);
+    bool rowMenu(std::string_view name, int row, int column);
+    bool sortRows(std::string_view name, int column);  // a click on a column's header
+    bool picture(std::string_view name, int x, int y);
     bool choose(std::string_view name, int choice);
     bool check(std::string_view name, bool checked);
     bool menu(std::string_view body);  // a row of the menu was chosen
@@ -112,8 +142,14 @@ class DialogModel {
     struct Entry {
         DialogItemState state;
         std::string committed;  // the text that a commit is compared with
+        std::unique_ptr<MScrollList> list;
+        Painter painter;
+        bool rowsStale = false, selectionStale = false;  // of state, while the list knows better
     };
 
+    void makeList(Entry& entry, const DialogItem& item);
+    void noteList(size_t index, MslChange change);
+    static void takeFromList(Entry& entry);
     Entry* find(std::string_view name);
     Entry* usable(std::string_view name, std::initializer_list<DialogKind> kinds);
     const std::string& nameOf(const Entry& entry) const;
@@ -122,7 +158,8 @@ class DialogModel {
     void change(std::string_view name, T DialogItemState::*member, T value);
 
     DialogDescription description_;
-    std::vector<Entry> entries_;
+    mutable std::vector<Entry> entries_;
+    mutable MScrollList unseen_;  // what list() gives for a name that is no list's
     std::string title_;
     bool closed_ = false;
     int result_ = 0;

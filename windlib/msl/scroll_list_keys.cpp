@@ -84,7 +84,8 @@ bool MScrollList::Key(MslKey key, bool control, bool shift) {
         case MslKey::Right:
             return KeyAcross(key);
         case MslKey::Enter:
-            return row != noRow && activated && activated(row);
+            if (row == noRow || !activated) return false;
+            return std::function<bool(int)>(activated)(row);  // a copy: it may destroy the list
         case MslKey::Space:
             if (row == noRow) return false;
             Click(row, currentColumn_, 1, control, shift);

@@ -3,6 +3,18 @@
 
 #include "windlib/msl/scroll_list.h"
 
+namespace {
+
+// Through a copy: the call may destroy the list, and with it the function that runs.
+template <class F, class... Args>
+void tell(const F& function, Args... args) {
+    if (!function) return;
+    const F copy = function;
+    copy(args...);
+}
+
+}  // namespace
+
 bool MScrollList::IsSelected(int row) const {
     if (!HasRow(row)) return false;
     return lazy_ ? lazySelected_[order_[static_cast<size_t>(row)]] : rows_[static_cast<size_t>(row)].selected;
@@ -92,7 +104,7 @@ void MScrollList::SelectRange(int row, int other) {
 
 // Ends what the user did: tells when the selection is another one than before.
 void MScrollList::Told(uint64_t selectionBefore) {
-    if (selectionVersion_ != selectionBefore && userSelected) userSelected();
+    if (selectionVersion_ != selectionBefore) tell(userSelected);
 }
 
 void MScrollList::Click(int row, int column, int clicks, bool control, bool shift) {
@@ -114,8 +126,8 @@ void MScrollList::Click(int row, int column, int clicks, bool control, bool shif
         SetCurrent(row, column);
     }
     Told(before);
-    if (!alive.expired() && clicked) clicked(row, column, clicks);
-    if (!alive.expired() && clicks == 2 && HasRow(row) && activated) activated(row);
+    if (!alive.expired()) tell(clicked, row, column, clicks);
+    if (!alive.expired() && clicks == 2 && HasRow(row)) tell(activated, row);
 }
 
 void MScrollList::DragTo(int row) {
@@ -137,7 +149,7 @@ void MScrollList::RightClick(int row, int column) {
     }
     if (row != noRow) SetCurrent(row, column);
     Told(before);
-    if (!alive.expired() && rightClicked) rightClicked(row, column);
+    if (!alive.expired()) tell(rightClicked, row, column);
 }
 
 void MScrollList::RowsChanged() {

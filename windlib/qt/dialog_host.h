@@ -1,0 +1,70 @@
+// What shows dialogs and windows on screen for the logic of one canvas window (see windlib/dialog/host.h).
+// On the offscreen platform nobody can answer, so that what would wait for the user answers at once: a
+// question with no, a menu and a file or colour dialog with nothing chosen, unless an answer is given below.
+#pragma once
+
+#include <QPointer>
+#include <QRect>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "windlib/dialog/host.h"
+
+class QMenu;
+class QMenuBar;
+class SettingsManager;
+
+class QtDialogHost : public DialogHost {
+  public:
+    // Dialogs stand over the window, which outlives the host; it may be null. settings, which may be null,
+    // remembers where windows stood, under "Trvgui." and the name of their description.
+    explicit QtDialogHost(QWidget* over, SettingsManager* settings = nullptr);
+    // Closes the windows that are open; their models are told as by Escape.
+    ~QtDialogHost() override;
+    QtDialogHost(const QtDialogHost&) = delete;
+    QtDialogHost& operator=(const QtDialogHost&) = delete;
+
+    // Makes the menu bar of a window whose description has a MenuLine item, by the description's name. The
+    // window owns it. Chosen rows go to DialogModel::menu. Empty, or null from it: no menu bar.
+    std::function<QMenuBar*(const std::string& name, DialogModel& model)> makeMenuBar;
+    // The busy look with progress of the window; empty: the pointer alone.
+    std::function<void(bool busy)> setBusy;
+    // Answers on the offscreen platform.
+    std::function<bool(const std::string& question)> answer;
+    std::function<void(QMenu&)> popUpShown;  // the menu is about to be shown, and then waits for a choice
+
+    int Run(DialogModel& model) override;
+    DialogModel& Open(std::unique_ptr<DialogModel> model) override;
+    void Raise(DialogModel& model) override;
+    void Message(const std::string& text) override;
+    bool Ask(const std::string& question) override;
+    int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) override;
+    std::optional<uint32_t> ChooseColour(const std::string& title, uint32_t start) override;
+    std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
+                               const std::string& filter) override;
+    void CopyText(const std::string& text) override;
+    void Beep() override;
+    void SetBusy(bool busy) override;
+
+    // The window of an open model; null when there is none.
+    QWidget* windowOf(const DialogModel& model) const;
+    size_t openWindows() const;
+
+  private:
+    class Window;
+    class Waiting;
+    struct Shown;
+
+    void closed(Shown& shown);
+    void reapSoon();
+    void reap();
+    QWidget* parentOfDialogs() const;
+
+    QWidget* over_;
+    SettingsManager* settings_;
+    std::vector<std::unique_ptr<Shown>> shown_;
+    int waiting_ = 0;  // calls that wait for the user now: nothing is destroyed meanwhile
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
