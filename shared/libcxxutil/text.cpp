@@ -164,6 +164,18 @@ std::string text_unquote(std::string_view text, size_t* consumed) {
     return plain;
 }
 
+std::string text_unescape(std::string_view text, char dropped) {
+    std::string plain;
+    for (size_t at = 0; at < text.size();) {
+        const char c = text[at++];
+        if (c == '\\' && at < text.size())
+            plain.push_back(read_escape(text, at));
+        else if (dropped == '\0' || c != dropped)
+            plain.push_back(c);
+    }
+    return plain;
+}
+
 std::string text_escape(std::string_view text) {
     std::string escaped;
     for (const char c : text) {

@@ -29,6 +29,8 @@ std::optional<bool> scan_bool(std::string_view text);
 // ...) are replaced. Reads up to the closing unescaped double quote, or the end; consumed, if given, tells
 // how far.
 std::string text_unquote(std::string_view text, size_t* consumed = nullptr);
+// Replaces C escapes alone; every unescaped dropped, unless it is 0, goes.
+std::string text_unescape(std::string_view text, char dropped = '\0');
 // A backslash before every backslash, double quote and single quote.
 std::string text_escape(std::string_view text);
 // The text in double quotes on one line: text_escape, and control characters as C escapes. text_unquote gives
