@@ -58,9 +58,11 @@ struct SearchResult {
     double reached = 0;
 };
 
-// Sorts the object lists, drops the row limit, clears the running objects, and walks. A range whose start
-// lies behind its end is empty. False when the kind is none, or the store gives nothing.
-[[nodiscard]] bool search_Run(AnalysisSource& source, SearchRequest request, SearchResult& result);
+// Sorts the object lists, puts limit in the place of the request's row limit, clears the running objects, and
+// walks. A range whose start lies behind its end is empty. False when the kind is none, or the store gives
+// nothing.
+[[nodiscard]] bool search_Run(AnalysisSource& source, SearchRequest request, SearchResult& result,
+                              uint64_t limit = 0);
 // The walk alone: result.request must be complete, with sorted lists; honours its row limit, and takes up the
 // running objects as they are: when some are entered, the first look at the objects makes no switches.
 [[nodiscard]] bool search_Walk(AnalysisSource& source, SearchResult& result);

@@ -81,7 +81,7 @@ class RangeWalk {
     const AnalysisSource& source_;
     EventWalk walk_;
     mt_Time endTick_;
-    double from_, to_;
+    double from_, to_, last_;
     uint32_t count_ = 0;     // events of the store
     uint32_t sequence_ = 0;  // of the last event read
     uint32_t seen_ = 0;

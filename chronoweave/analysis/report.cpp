@@ -1,0 +1,356 @@
+#include "chronoweave/analysis/report.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "chronoweave/analysis/search_tracker.h"
+
+namespace {
+
+using Record = ObjectTracker::Record;
+using Next = ObjectTracker::Next;
+
+// The tracking of reports. The sink is told that an object enters a status (record.status, since
+// record.time), leaves it at a time, and takes over its processor.
+template <class Sink>
+class ReportTracking {
+  public:
+    ReportTracking(AnalysisSource& source, ObjectTracker& tracker, Sink& sink)
+        : source_(source), tracker_(tracker), sink_(sink) {}
+
+    void all(double time, bool final) {
+        tracker_.all([&](Record& record) { return look(record, time, final); });
+        endPass();
+    }
+    void step(double time) {
+        tracker_.step([&](Record& record) { return look(record, time, false); });
+        endPass();
+    }
+
+  private:
+    Next look(Record& record, double time, bool final) {
+        if (record.status < 0) {
+            if (record.time < 0) record.time = time;
+            record.status = record.now;
+            sink_.entered(record);
+        } else if (record.status != record.now || final) {
+            sink_.left(record, time);
+            record.time = time;
+            if (record.status != record.now) {
+                record.status = record.now;
+                sink_.entered(record);
+            }
+        }
+        if (!record.executing || source_.running.on(record.processor) == record.object) return Next::Go;
+        sink_.tookOver(record);
+        source_.running.enter(record.processor, record.object);
+        return Next::Changed;
+    }
+    void endPass() {
+        if (!tracker_.anyExecuting()) source_.running.clear();
+    }
+
+    AnalysisSource& source_;
+    ObjectTracker& tracker_;
+    Sink& sink_;
+};
+
+// Walks the range with the objects tracked; onEvent(event) is called for each event. False when the store
+// gives nothing. The end of the range is where the walk ended.
+template <class Sink, class OnEvent>
+bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
+           WalkEnd& end, OnEvent&& onEvent) {
+    source.running.clear();
+    StateTable state;
+    RangeWalk walk(source, from, to, &state);
+    end = walk.end();
+    if (!walk.started()) return false;
+    ObjectTracker tracker(source, state, objects, true);
+    ReportTracking<Sink> tracking(source, tracker, sink);
+    tracking.all(from, false);
+    EventRecord event;
+    for (double time = 0; walk.next(event, time);) {
+        tracker.take(event, state);
+        tracking.step(time);
+        onEvent(event);
+    }
+    end = walk.end();
+    tracking.all(end.reached, true);
+    return true;
+}
+
+class LegendSums {
+  public:
+    LegendSums(const Legend& legend, LegendStatistics& statistics)
+        : legend_(legend), statistics_(statistics) {
+        statistics_.eventCounts.assign(legend.events.size(), 0);
+        statistics_.statusCounts.assign(legend.statuses.size(), 0);
+        statistics_.statusTimes.assign(legend.statuses.size(), 0.0);
+    }
+    void event(const EventRecord& event) {
+        const int32_t row = legend_.EventIndex(event.type, event.subtype);
+        if (row >= 0) ++statistics_.eventCounts[static_cast<size_t>(row)];
+    }
+    void entered(const Record& record) { ++statistics_.statusCounts[static_cast<size_t>(record.status)]; }
+    void left(const Record& record, double until) {
+        statistics_.statusTimes[static_cast<size_t>(record.status)] += until - record.time;
+    }
+    // A switch counts under the context-switch status of whoever took over before.
+    void tookOver(const Record& record) {
+        const int32_t row = lastStatus_ < 0 ? legend_.contextSwitchStatus : legend_.LinkedStatus(lastStatus_);
+        if (row >= 0 && static_cast<size_t>(row) < legend_.statuses.size())
+            ++statistics_.statusCounts[static_cast<size_t>(row)];
+        lastStatus_ = record.status;
+    }
+    void finish(const WalkEnd& end);
+
+  private:
+    void sumCategories();
+    const Legend& legend_;
+    LegendStatistics& statistics_;
+    int32_t lastStatus_ = -1;  // with which the last object took over
+};
+
+// Of each category the counts of the events behind it, each found by its name: two events of one name count
+// the first one twice.
+void LegendSums::sumCategories() {
+    std::unordered_map<std::string, int32_t> rowOfName;
+    size_t category = legend_.events.size();
+    for (size_t row = 0; row < legend_.events.size(); ++row) {
+        const LegendEvent& event = legend_.events[row];
+        if (event.isCategory()) {
+            category = row;
+            continue;
+        }
+        if (category == legend_.events.size()) continue;
+        const auto [found, fresh] = rowOfName.try_emplace(event.name, -1);
+        if (fresh) found->second = legend_.EventByName(event.name);
+        if (found->second >= 0)
+            statistics_.eventCounts[category] += statistics_.eventCounts[static_cast<size_t>(found->second)];
+    }
+}
+
+void LegendSums::finish(const WalkEnd& end) {
+    statistics_.stopped = end.stopped;
+    statistics_.damaged = end.damaged;
+    statistics_.rangeTo = end.reached;
+    statistics_.rangeLength = statistics_.rangeTo - statistics_.rangeFrom;
+    for (const uint32_t count : statistics_.eventCounts)
+        statistics_.totalEvents += static_cast<int32_t>(count);
+    for (size_t row = 0; row < legend_.statuses.size(); ++row) {
+        if (legend_.statuses[row].isContextSwitch) continue;
+        statistics_.totalStatusCount += statistics_.statusCounts[row];
+        statistics_.totalStatusTime += statistics_.statusTimes[row];
+    }
+    sumCategories();
+}
+
+bool usable(const AnalysisSource& source) {
+    return source.store && source.legend && !source.legend->empty();
+}
+
+// Figures per object.
+class ObjectSums {
+  public:
+    ObjectSums(const SearchRequest& request, ChosenReport& report) : request_(request), report_(report) {
+        for (const uint32_t object : request.objects) {
+            index_.add(object, static_cast<uint32_t>(report.figures.size()));
+            report.figures.push_back({object, 0, 0});
+        }
+    }
+    void event(const AnalysisSource& source, const EventRecord& event) {
+        if (!source.legend->EventMatches(event.type, event.subtype, request_.target)) return;
+        uint16_t type = 0;
+        uint32_t object = 0;
+        if (!mt_GetEventObject(*source.store, event, type, object)) return;
+        const uint32_t at = index_.find(object);
+        if (at != laNoLane) ++report_.figures[at].count;
+    }
+    void entered(const Record& record) {
+        if (request_.kind == Search_Status && wanted(record)) ++of(record).count;
+    }
+    void left(const Record& record, double until) {
+        if (request_.kind == Search_Status && wanted(record)) of(record).time += until - record.time;
+    }
+    void tookOver(const Record& record) {
+        if (request_.kind == Search_Switch) ++of(record).count;
+    }
+
+  private:
+    bool wanted(const Record& record) const {
+        return request_.target < 0 || record.status == request_.target;
+    }
+    ObjectFigures& of(const Record& record) { return report_.figures[index_.find(record.object)]; }
+    const SearchRequest& request_;
+    ChosenReport& report_;
+    LaneIndex index_;
+};
+
+void sort_figures(ChosenReport& report) {
+    const ReportOrder order = report.order;
+    report.sorted.clear();
+    for (const ObjectFigures& figures : report.figures) report.sorted.push_back(&figures);
+    std::stable_sort(report.sorted.begin(), report.sorted.end(),
+                     [order](const ObjectFigures* a, const ObjectFigures* b) {
+                         if (!order.increasing) std::swap(a, b);
+                         if (order.timeFirst && a->time != b->time) return a->time < b->time;
+                         return a->count != b->count ? a->count < b->count : a->time < b->time;
+                     });
+}
+
+// When each processor has someone who executes, and for how long each object does.
+class LoadSums {
+  public:
+    LoadSums(const AnalysisSource& source, const std::vector<uint32_t>& objects,
+             const std::vector<uint32_t>& idle)
+        : source_(source), times_(objects.size(), 0.0), idle_(objects.size(), false) {
+        for (uint32_t at = 0; at < objects.size(); ++at) {
+            index_.add(objects[at], at);
+            const uint32_t processor = source.processorOf(objects[at]);
+            if (processor >= processors_.size()) processors_.resize(processor + 1);
+            processors_[processor].there = true;
+        }
+        for (const uint32_t object : idle)
+            if (const uint32_t at = index_.find(object); at != laNoLane) idle_[at] = true;
+    }
+    void entered(const Record& record) {
+        if (!executes(record) || idle_[index_.find(record.object)]) return;
+        Processor& processor = processors_[record.processor];
+        if (processor.executing++ == 0) processor.since = record.time;
+    }
+    void left(const Record& record, double until) {
+        if (!executes(record)) return;
+        const uint32_t at = index_.find(record.object);
+        times_[at] += until - record.time;
+        if (idle_[at]) return;
+        Processor& processor = processors_[record.processor];
+        if (--processor.executing == 0) processor.busy += until - processor.since;
+    }
+    void tookOver(const Record&) {}
+    void finish(const std::vector<uint32_t>& objects, LoadReport& report);
+
+  private:
+    struct Processor {
+        bool there = false;
+        uint32_t executing = 0;  // objects, idle ones left out
+        double since = 0, busy = 0;
+    };
+    bool executes(const Record& record) const {
+        return source_.legend->statuses[static_cast<size_t>(record.status)].isExecution;
+    }
+    const AnalysisSource& source_;
+    std::vector<double> times_;
+    std::vector<bool> idle_;
+    LaneIndex index_;
+    std::vector<Processor> processors_;
+};
+
+void LoadSums::finish(const std::vector<uint32_t>& objects, LoadReport& report) {
+    std::vector<size_t> place(processors_.size());
+    for (uint32_t number = 0; number < processors_.size(); ++number) {
+        if (!processors_[number].there) continue;
+        place[number] = report.processors.size();
+        Processor& processor = processors_[number];
+        // An object that vanished while it executed leaves the processor open.
+        if (processor.executing > 0) processor.busy += report.rangeTo - processor.since;
+        report.processors.push_back({number, processor.busy, {}});
+    }
+    for (size_t at = 0; at < objects.size(); ++at)
+        if (times_[at] > 0)
+            report.processors[place[source_.processorOf(objects[at])]].objects.push_back(
+                {objects[at], times_[at]});
+    for (ProcessorLoad& load : report.processors)
+        std::stable_sort(load.objects.begin(), load.objects.end(),
+                         [](const ObjectTime& a, const ObjectTime& b) { return a.time > b.time; });
+}
+
+}  // namespace
+
+ReportOutcome report_AllObjects(AnalysisSource& source, double from, double to,
+                                LegendStatistics& statistics) {
+    if (!usable(source)) return ReportOutcome::Failed;
+    statistics = {};
+    statistics.rangeFrom = from;
+    statistics.rangeTo = to;
+    const auto objects = analysis_ObjectsAlive(source, from, to);
+    if (objects.empty()) return ReportOutcome::NoObjects;
+    LegendSums sums(*source.legend, statistics);
+    WalkEnd end;
+    if (!track(source, objects, from, to, sums, end, [&](const EventRecord& event) { sums.event(event); }))
+        return ReportOutcome::Failed;
+    sums.finish(end);
+    return ReportOutcome::Done;
+}
+
+ReportOutcome report_OneObject(AnalysisSource& source, uint32_t object, double from, double to,
+                               LegendStatistics& statistics) {
+    if (!usable(source)) return ReportOutcome::Failed;
+    statistics = {};
+    statistics.rangeFrom = from;
+    statistics.rangeTo = to;
+    statistics.object = object;
+    LegendSums sums(*source.legend, statistics);
+    WalkEnd end;
+    const auto count = [&](const EventRecord& event) {
+        uint16_t type = 0;
+        uint32_t of = 0;
+        if (mt_GetEventObject(*source.store, event, type, of) && of == object) sums.event(event);
+    };
+    if (!track(source, {object}, from, to, sums, end, count)) return ReportOutcome::Failed;
+    sums.finish(end);
+    return ReportOutcome::Done;
+}
+
+ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& request, ReportOrder order,
+                                   ChosenReport& report) {
+    const int kind = request.kind;
+    if (!usable(source) || (kind != Search_Event && kind != Search_Status && kind != Search_Switch))
+        return ReportOutcome::Failed;
+    report = {};
+    report.request = request;
+    auto& objects = report.request.objects;
+    std::sort(objects.begin(), objects.end());
+    objects.erase(std::unique(objects.begin(), objects.end()), objects.end());
+    if (objects.empty()) return ReportOutcome::NoObjects;
+    report.order = order;
+    if (kind == Search_Event) report.order.timeFirst = false;
+    report.rangeFrom = std::max(0.0, request.rangeFrom);
+    report.rangeTo = std::min(request.rangeTo, source.totalLength);
+    ObjectSums sums(report.request, report);
+    WalkEnd end;
+    const bool backward = report.rangeFrom > report.rangeTo;
+    end.started = backward;
+    end.reached = report.rangeTo;
+    if (!backward && kind == Search_Event) {
+        RangeWalk walk(source, report.rangeFrom, report.rangeTo, nullptr);
+        EventRecord event;
+        for (double time = 0; walk.next(event, time);) sums.event(source, event);
+        end = walk.end();
+    } else if (!backward) {
+        track(source, objects, report.rangeFrom, report.rangeTo, sums, end, [](const EventRecord&) {});
+    }
+    if (!end.started) return ReportOutcome::Failed;
+    report.stopped = end.stopped;
+    report.damaged = end.damaged;
+    report.rangeTo = end.reached;
+    for (const ObjectFigures& figures : report.figures) report.totalCount += figures.count;
+    sort_figures(report);
+    return ReportOutcome::Done;
+}
+
+ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uint32_t>& idle, double from,
+                                   double to, LoadReport& report) {
+    if (!usable(source)) return ReportOutcome::Failed;
+    report = {};
+    report.rangeFrom = from;
+    const auto objects = analysis_ObjectsAlive(source, from, to);
+    if (objects.empty()) return ReportOutcome::NoObjects;
+    LoadSums sums(source, objects, idle);
+    WalkEnd end;
+    if (!track(source, objects, from, to, sums, end, [](const EventRecord&) {})) return ReportOutcome::Failed;
+    report.stopped = end.stopped;
+    report.damaged = end.damaged;
+    report.rangeTo = end.reached;
+    sums.finish(objects, report);
+    return ReportOutcome::Done;
+}

@@ -1,0 +1,159 @@
+#include "chronoweave/analysis/report_texts.h"
+
+#include <cmath>
+
+#include "chronoweave/traxfunc/time.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+double fraction_of(double part, double whole) {
+    return whole > 0 ? part / whole : 0;
+}
+
+void give_bars(ReportRow& row) {
+    if (row.countFraction >= 0) row.texts[2] = report_BarText(row.countFraction);
+    if (row.timeFraction >= 0) row.texts[4] = report_BarText(row.timeFraction);
+}
+
+std::string count_text(uint32_t count) {
+    return gen_format("%d", static_cast<int>(count));
+}
+
+std::string shown_time(const AnalysisWords& words, double time) {
+    return gen_format("%f", analysis_ShownTime(words, time));
+}
+
+// A term with its first letter as a capital.
+std::string capitalised(std::string term) {
+    if (!term.empty() && term[0] >= 'a' && term[0] <= 'z') term[0] = static_cast<char>(term[0] - 'a' + 'A');
+    return term;
+}
+
+Colour colour_of(const LegendStatus& status) {
+    return colour_From16(status.red, status.green, status.blue);
+}
+
+ReportRow status_row(const AnalysisWords& words, const LegendStatistics& statistics, size_t at,
+                     bool oneObject) {
+    const LegendStatus& status = words.legend->statuses[at];
+    ReportRow row;
+    row.row = static_cast<int32_t>(at);
+    row.kind = status.isContextSwitch ? ReportRowKind::Switch : ReportRowKind::Status;
+    row.colour = colour_of(status);
+    row.texts[0] = status.isContextSwitch ? status.name : "Status " + status.name;
+    row.texts[1] = count_text(statistics.statusCounts[at]);
+    row.texts[3] = shown_time(words, statistics.statusTimes[at]);
+    if (!status.isContextSwitch) {
+        row.countFraction = fraction_of(statistics.statusCounts[at], statistics.totalStatusCount);
+        row.timeFraction = fraction_of(statistics.statusTimes[at],
+                                       oneObject ? statistics.rangeLength : statistics.totalStatusTime);
+    }
+    give_bars(row);
+    return row;
+}
+
+ReportRow event_row(const AnalysisWords& words, const LegendStatistics& statistics, size_t at) {
+    const LegendEvent& event = words.legend->events[at];
+    ReportRow row;
+    row.row = static_cast<int32_t>(at);
+    row.kind = event.isCategory() ? ReportRowKind::Category : ReportRowKind::Event;
+    row.texts[0] = (event.isCategory() ? "Event Category " : "  Event ") + event.name;
+    row.texts[1] = count_text(statistics.eventCounts[at]);
+    row.countFraction = fraction_of(statistics.eventCounts[at], statistics.totalEvents);
+    give_bars(row);
+    return row;
+}
+
+}  // namespace
+
+int report_BarWidth(double fraction) {
+    return fraction > 0 ? static_cast<int>(std::floor(100 * fraction + 0.5)) : 0;
+}
+
+std::string report_BarText(double fraction) {
+    return fraction > 0 ? gen_format("%2.1f%%", 100 * fraction) : std::string();
+}
+
+std::string report_WindowTitle(const std::string& canvasTitle) {
+    return "Statistics for " + (canvasTitle.empty() ? "NO_NAME" : canvasTitle);
+}
+
+std::string report_Title(const AnalysisWords& words, const LegendStatistics& statistics, bool oneObject) {
+    if (!oneObject) return "Statistics for all Objects in the System";
+    return "Statistics for all Objects of the " + capitalised(words.term) +
+           gen_format(" with ID 0x%x", statistics.object);
+}
+
+std::string report_Subtitle(const AnalysisWords& words, const LegendStatistics& statistics) {
+    const auto trimmed = [&words](double time) {
+        return laTime_TrimZeros(gen_format("%.10f", analysis_ShownTime(words, time)));
+    };
+    return "(from " + trimmed(statistics.rangeFrom) + " to " + trimmed(statistics.rangeTo) + ' ' +
+           words.unit + ')';
+}
+
+std::array<std::array<std::string, 2>, 5> report_ColumnTitles(const AnalysisWords& words, bool oneObject) {
+    return {{{"Object Name", ""},
+             {"Object", "Count"},
+             {"Percent of", oneObject ? "Total Objects in the " + words.term : "Total Objects"},
+             {"Time", "(in " + words.unit + "s)"},
+             {"Percent of", oneObject ? "the " + words.term + "'s Total Time" : "Total Time"}}};
+}
+
+std::vector<ReportRow> report_Rows(const AnalysisWords& words, const LegendStatistics& statistics,
+                                   bool oneObject) {
+    const Legend& legend = *words.legend;
+    std::vector<ReportRow> rows;
+    const auto statuses = [&](bool contextSwitches) {
+        for (size_t at = 0; at < legend.statuses.size() && at < statistics.statusCounts.size(); ++at)
+            if (legend.statuses[at].isContextSwitch == contextSwitches)
+                rows.push_back(status_row(words, statistics, at, oneObject));
+    };
+    statuses(false);
+    if (legend.contextSwitchCount > 0) {
+        rows.emplace_back();
+        statuses(true);
+    }
+    rows.emplace_back();
+    for (size_t at = 0; at < legend.events.size() && at < statistics.eventCounts.size(); ++at)
+        rows.push_back(event_row(words, statistics, at));
+    return rows;
+}
+
+std::string report_NoObjectsMessage(const AnalysisWords& words) {
+    return "There is no " + words.lowerTerm + "s in the file.";
+}
+
+std::array<std::string, 5> report_ChosenColumnTitles(const AnalysisWords& words) {
+    return {words.term, "Count", "Count Percent", "Time (" + words.unit + ')', "Time Percent"};
+}
+
+std::string report_ChosenTypeName(int kind) {
+    return kind == Search_Event ? "Event" : kind == Search_Status ? "Status" : "Context Switch";
+}
+
+std::vector<ReportRow> report_ChosenRows(const AnalysisWords& words, const ChosenReport& report) {
+    const SearchRequest& request = report.request;
+    Colour colour = NoColour;
+    if (request.kind == Search_Status && request.target >= 0 &&
+        static_cast<size_t>(request.target) < words.legend->statuses.size())
+        colour = colour_of(words.legend->statuses[static_cast<size_t>(request.target)]);
+    std::vector<ReportRow> rows;
+    for (const ObjectFigures* figures : report.sorted) {
+        ReportRow row;
+        row.kind = ReportRowKind::Object;
+        row.object = figures->object;
+        row.colour = colour;
+        const std::string* name = words.names->find(figures->object);
+        row.texts[0] = words.term + gen_format(" 0x%x", figures->object);
+        if (name) row.texts[0] += " (" + *name + ')';
+        row.texts[1] = gen_format("%d", figures->count);
+        row.texts[3] = shown_time(words, figures->time);
+        row.countFraction = fraction_of(figures->count, static_cast<double>(report.totalCount));
+        row.timeFraction = fraction_of(figures->time, report.rangeLength());
+        give_bars(row);
+        rows.push_back(row);
+    }
+    return rows;
+}

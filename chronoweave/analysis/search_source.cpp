@@ -1,0 +1,94 @@
+#include "chronoweave/analysis/search_source.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "chronoweave/traxfunc/canvas.h"
+
+namespace {
+constexpr double most_ticks = 4e18;
+constexpr uint32_t progress_mask = 0x3FFF;
+}  // namespace
+
+void RunningObjects::enter(uint32_t processor, uint32_t object) {
+    if (processor >= objects_.size()) objects_.resize(processor + 1, none);
+    objects_[processor] = object;
+    empty_ = false;
+}
+
+void RunningObjects::clear() {
+    if (!empty_) std::fill(objects_.begin(), objects_.end(), none);
+    empty_ = true;
+}
+
+mt_Time AnalysisSource::tickOf(double time) const {
+    const double ticks = std::isnan(time) ? 0.0 : std::clamp(time * ticksPerSecond, -most_ticks, most_ticks);
+    return baseTick + static_cast<mt_Time>(std::llround(ticks));
+}
+
+AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
+    AnalysisSource source;
+    source.store = canvas.store.get();
+    source.legend = &canvas.legend;
+    source.osKind = canvas.osKind;
+    source.ticksPerSecond = canvas.ticksPerSecond;
+    source.baseTick = canvas.baseTick;
+    source.totalLength = canvas.totalLength;
+    source.progress = canvas.progress;
+    return source;
+}
+
+AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {
+    AnalysisSource source;
+    source.store = &store;
+    source.legend = &legend;
+    const char* osName = mt_GetOsName(&store);
+    source.osKind = legend_OsKind(osName ? osName : "");
+    source.ticksPerSecond = static_cast<double>(std::max<uint64_t>(1, mt_GetTicksPerSecond(store)));
+    const mt_Range range = mt_GetTimeRange(store);
+    source.baseTick = range.first;
+    source.totalLength = source.timeOf(range.end);
+    return source;
+}
+
+std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double from, double to) {
+    return mt_GetObjectIdsUsedInTimeRange(*source.store, mt_ObjectTask, source.tickOf(from),
+                                          source.tickOf(to) + 1);
+}
+
+RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state)
+    : source_(source), endTick_(source.tickOf(to) + 1), from_(from), to_(to), last_(from) {
+    end_.reached = to;
+    if (!source.store) return;
+    count_ = mt_GetEventCount(*source.store);
+    end_.started = mt_StartWalkInTimeRange(*source.store, source.tickOf(from), endTick_, state, walk_);
+    // The end is looked for here, so that an event behind it is told from a store that breaks off.
+    walk_.hasEnd = false;
+    sequence_ = walk_.nextSequence;
+}
+
+bool RangeWalk::finish() {
+    walk_.done = true;
+    return false;
+}
+
+bool RangeWalk::next(EventRecord& event, double& time) {
+    if (walk_.done) return false;
+    if (!mt_NextEvent(walk_, event)) {
+        if (sequence_ < count_) {
+            end_.damaged = true;
+            end_.reached = last_;
+        }
+        return finish();
+    }
+    sequence_ = event.sequence;
+    // Times compare with their high halves signed, as in the store.
+    if (static_cast<int64_t>(event.time) >= static_cast<int64_t>(endTick_)) return finish();
+    time = last_ = source_.timeOf(event.time);
+    if ((++seen_ & progress_mask) == 0 && source_.progress && !source_.progress(time - from_, to_ - from_)) {
+        end_.stopped = true;
+        end_.reached = time;
+        return finish();
+    }
+    return true;
+}
