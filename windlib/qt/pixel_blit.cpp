@@ -1,7 +1,7 @@
 #include "windlib/qt/pixel_blit.h"
 
-#ifdef __SSE2__
-#include <emmintrin.h>
+#ifdef __x86_64__
+#include <immintrin.h>
 #endif
 
 #include <algorithm>
@@ -19,24 +19,51 @@ uint32_t over(uint32_t source, uint32_t target, uint32_t rest) {
     return source + sum;  // no channel overflows: it is premultiplied
 }
 
-// count is a multiple of four.
-void blend_row(uint32_t* to, const uint32_t* from, const uint16_t* rest, int count) {
-#ifdef __SSE2__
-    // No branch on what the pixels hold: an icon's are too mixed for any to be guessed.
-    for (int i = 0; i < count; i += 4) {
-        auto* const place = reinterpret_cast<__m128i*>(to + i);
-        const auto* const rests = reinterpret_cast<const __m128i*>(rest + 4 * i);
-        const __m128i below = _mm_loadu_si128(place);
-        const __m128i low = _mm_mulhi_epu16(_mm_unpacklo_epi8(below, below), _mm_loadu_si128(rests));
-        const __m128i high = _mm_mulhi_epu16(_mm_unpackhi_epi8(below, below), _mm_loadu_si128(rests + 1));
-        const __m128i kept = _mm_packus_epi16(_mm_srli_epi16(low, 8), _mm_srli_epi16(high, 8));
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i));
-        _mm_storeu_si128(place, _mm_add_epi8(kept, source));
-    }
-#else
-    for (int i = 0; i < count; ++i) to[i] = over(from[i], to[i], rest[4 * i]);
-#endif
+// count is a multiple of four. No branch on what the pixels hold: an icon's are too mixed for any to be
+// guessed.
+#ifdef __x86_64__
+void blend_four(uint32_t* to, const uint32_t* from, const uint16_t* rest) {
+    auto* const place = reinterpret_cast<__m128i*>(to);
+    const auto* const rests = reinterpret_cast<const __m128i*>(rest);
+    const __m128i below = _mm_loadu_si128(place);
+    const __m128i low = _mm_mulhi_epu16(_mm_unpacklo_epi8(below, below), _mm_loadu_si128(rests));
+    const __m128i high = _mm_mulhi_epu16(_mm_unpackhi_epi8(below, below), _mm_loadu_si128(rests + 1));
+    const __m128i kept = _mm_packus_epi16(_mm_srli_epi16(low, 8), _mm_srli_epi16(high, 8));
+    const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+    _mm_storeu_si128(place, _mm_add_epi8(kept, source));
 }
+
+void blend_row_sse2(uint32_t* to, const uint32_t* from, const uint16_t* rest, int count) {
+    for (int i = 0; i < count; i += 4) blend_four(to + i, from + i, rest + 4 * i);
+}
+
+// Eight at once. The two halves of a register are unpacked each by itself, so the rests are brought in that
+// order.
+__attribute__((target("avx2"))) void blend_row_avx2(uint32_t* to, const uint32_t* from, const uint16_t* rest,
+                                                    int count) {
+    int i = 0;
+    for (; i + 8 <= count; i += 8) {
+        auto* const place = reinterpret_cast<__m256i*>(to + i);
+        const auto* const rests = reinterpret_cast<const __m256i*>(rest + 4 * i);
+        const __m256i first = _mm256_loadu_si256(rests), second = _mm256_loadu_si256(rests + 1);
+        const __m256i below = _mm256_loadu_si256(place);
+        const __m256i low = _mm256_mulhi_epu16(_mm256_unpacklo_epi8(below, below),
+                                               _mm256_permute2x128_si256(first, second, 0x20));
+        const __m256i high = _mm256_mulhi_epu16(_mm256_unpackhi_epi8(below, below),
+                                                _mm256_permute2x128_si256(first, second, 0x31));
+        const __m256i kept = _mm256_packus_epi16(_mm256_srli_epi16(low, 8), _mm256_srli_epi16(high, 8));
+        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + i));
+        _mm256_storeu_si256(place, _mm256_add_epi8(kept, source));
+    }
+    if (i < count) blend_four(to + i, from + i, rest + 4 * i);
+}
+
+const auto blend_row = __builtin_cpu_supports("avx2") ? blend_row_avx2 : blend_row_sse2;
+#else
+void blend_row(uint32_t* to, const uint32_t* from, const uint16_t* rest, int count) {
+    for (int i = 0; i < count; ++i) to[i] = over(from[i], to[i], rest[4 * i]);
+}
+#endif
 
 }  // namespace
 
@@ -49,6 +76,13 @@ Sprite::Sprite(QImage picture) : image(std::move(picture)), rowPixels((image.wid
     rest.reserve(4 * count);
     for (const uint32_t pixel : pixels)
         rest.insert(rest.end(), 4, static_cast<uint16_t>((255 - (pixel >> 24)) * 257));
+    for (int y = 0; y < image.height(); ++y) {
+        const uint32_t* row = pixels.data() + y * rowPixels;
+        const uint32_t* first = std::find_if(row, row + rowPixels, [](uint32_t pixel) { return pixel != 0; });
+        int end = rowPixels;
+        while (end > first - row && row[end - 1] == 0) --end;
+        parts.push_back({static_cast<int>(first - row) & ~3, (end + 3) & ~3});
+    }
 }
 
 PixelBlit::PixelBlit(QImage& image) {
@@ -102,8 +136,8 @@ void PixelBlit::blend(int x, int y, const Sprite& sprite, const QRect& clip) {
     if (area.contains(whole)) {
         const uint16_t* rest = sprite.rest.data();
         uint32_t* to = bits_ + top * stride_ + left;
-        for (int row = 0; row < whole.height(); ++row) {
-            blend_row(to, from, rest, sprite.rowPixels);
+        for (const Sprite::Part& part : sprite.parts) {
+            blend_row(to + part.first, from + part.first, rest + 4 * part.first, part.end - part.first);
             to += stride_;
             from += sprite.rowPixels;
             rest += 4 * sprite.rowPixels;

@@ -14,6 +14,11 @@ struct Sprite {
     int rowPixels = 0;
     std::vector<uint32_t> pixels;
     std::vector<uint16_t> rest;  // four a pixel
+    // What of each row isn't transparent, in multiples of four pixels; the end isn't included.
+    struct Part {
+        int first = 0, end = 0;
+    };
+    std::vector<Part> parts;
 
     Sprite() = default;
     explicit Sprite(QImage picture);
@@ -29,9 +34,9 @@ class PixelBlit {
 
     // All rectangles and points are in logical pixels; nothing is drawn outside clip.
     void fill(const QRect& rect, uint32_t colour, const QRect& clip);
-    // The sprite has the image's device pixel ratio.
     // Moves the pixels of a rectangle, all of which lies in the image before and after.
     void copy(const QRect& rect, int dx, int dy);
+    // The sprite has the image's device pixel ratio.
     void blend(int x, int y, const Sprite& sprite, const QRect& clip);
 
   private:
