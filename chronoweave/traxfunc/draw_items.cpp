@@ -90,7 +90,7 @@ class LanePainter {
 void draw_icons(const laPaint& paint, const laItem_Line& lane) {
     const _LaCanvasData& canvas = paint.canvas;
     const int centre = laLn_IconY(canvas, lane) - canvas.verticalOffset;
-    laIconWalk walk(canvas, lane, paint.scale, paint.rect.left, paint.rect.right);
+    laIconWalk walk(canvas, lane, paint.scale, paint.rect.right);
     for (laShownIcon shown; walk.Next(shown);) {
         const LaEventLook& look = canvas.eventLooks[lane.iconEvents[shown.number]];
         const int right = shown.left + std::max(look.width, shown.mark ? icon_Width(shown.icon) : 0);

@@ -5,12 +5,15 @@
 #include "chronoweave/traxfunc/canvas.h"
 #include "chronoweave/traxfunc/time.h"
 
-// The rules begin anew at each multiple of so many columns of the virtual picture, and at the left end of the
-// view. So icons stand still while the view scrolls over them, and a part of the picture can be painted by
-// itself.
-constexpr int laIconTile = 128;
-// Columns of the view before the first such multiple; 0 when the view begins at one.
-int laIcons_LeadingColumns(uint64_t scrollPosition);
+// The rule by free space: a cluster of any size is its first icon and one mark about every icon width.
+struct laSpaceRule {
+    enum Shows { Nothing, Own, Mark };
+    int nextFree = -1;
+    bool overlapped = false;
+
+    // The next icon of the lane, at a column; the legend shows its event.
+    Shows Step(const _LaCanvasData& canvas, const LaEventLook& look, int x);
+};
 
 struct laShownIcon {
     size_t number = 0;  // of the icon in its lane
@@ -21,40 +24,36 @@ struct laShownIcon {
     int visibleFrom = -1;  // it is seen from this column on; -1: whole
 };
 
-// The shown icons of one lane, from left to right. Those that could reach into the columns left to right (the
-// latter not included) are all among them.
+// The shown icons of one lane, from the left end of the view.
 class laIconWalk {
   public:
-    // All three outlive the walk.
-    laIconWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale, int left,
-               int right);
+    // All outlive the walk. Those that could reach into the columns left of right are all met.
+    laIconWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale, int right);
     bool Next(laShownIcon& shown);
 
   private:
-    int Column(size_t number) const { return scale_.toPixel(lane_.iconTimes[number]); }
-    void BeginTile(int x);
     bool BySpace(const LaEventLook& look, laShownIcon& shown);
     bool ByRectangles(const LaEventLook& look, laShownIcon& shown);
-    void SkipHidden();
 
     const _LaCanvasData& canvas_;
     const laItem_Line& lane_;
     const laTimeScale& scale_;
-    const int markWidth_;
+    size_t at_;
     double last_;  // time of the last icon of interest
-    size_t at_ = 0;
-    int tileEnd_ = -1;
-    // By free space: a cluster of any size is its first icon and one mark about every icon width.
-    int nextFree_ = -1;
-    bool overlapped_ = false;
-    // By rectangles: each icon shows as much as the one before it leaves free.
+    laSpaceRule space_;
+    // The rule by rectangles: each icon shows as much as the one before it leaves free.
     int lastLeft_ = -1000, lastRight_ = -1000;
 };
 
 // The icons that a shown one stands for: itself and those behind it that it hides. Numbers of the lane's
-// icons from first on, end not included; those of invisible events count too.
+// icons from first on, end not included; those of invisible events are among them.
 struct laIconGroup {
     size_t first = 0, end = 0;
 };
 // The group of the icon with this number as the view shows it; just itself when it isn't drawn.
 laIconGroup laIcons_Group(const _LaCanvasData& canvas, const laItem_Line& lane, size_t number);
+
+// After a scroll from one low end of the view to another, shift columns apart: the first column of the new
+// view from which on the icons of the shown rows are those of the old one. At most limit, which stands for
+// never.
+int laIcons_SettleColumn(const _LaCanvasData& canvas, double oldLow, double newLow, int shift, int limit);

@@ -63,10 +63,9 @@ bool move_columns(_LaCanvasData& canvas, int64_t columns) {
     const int shift = static_cast<int>(columns);
     // How far an item may reach to either side of its column.
     const int reach = std::max({canvas.maxExtent, canvas.maxIconWidth, icon_Width(canvas.overlapIcon)}) + 2;
-    // Icons ahead of the first tile border depend on where the view begins.
-    const int leading = std::max(laIcons_LeadingColumns(canvas.scrollPosition),
-                                 laIcons_LeadingColumns(canvas.painted.position) - shift);
-    const int left = std::max(shift < 0 ? -shift : 0, leading) + reach;
+    const int settled =
+        laIcons_SettleColumn(canvas, canvas.painted.low, canvas.viewLow, std::abs(shift), width - width / 4);
+    const int left = std::max(shift < 0 ? -shift : 0, settled) + reach;
     const int right = width - (shift > 0 ? shift : 0) - reach;
     if (left >= right - width / 4) return false;
     if (!graph.surface->copyRect(left + shift, 0, right - left, height, -shift, 0)) return false;
