@@ -185,6 +185,7 @@ class MScrollList {
 
     // Selection. With neither multiple nor mustSelect a list has one selected row or none.
     void SetMultiple(bool multiple);
+    bool Multiple() const { return multiple_; }
     void SetMustSelect(bool must) { mustSelect_ = must; }
     bool MustSelect() const { return mustSelect_; }
     int SelectionCount() const { return selected_; }
@@ -223,6 +224,7 @@ class MScrollList {
     // Heights and the scroll position.
     void SetRowHeight(int height, bool redraw = true);  // the same for all rows
     void SetNaturalRowHeight(int height);               // the view's, for as long as nobody set one
+    int RowHeight() const { return rowHeight_; }        // of rows with none of their own
     bool HasOwnHeights() const { return ownHeights_ > 0; }
     void SetHeightOf(int row, int height);
     int HeightOf(int row) const;
@@ -247,6 +249,9 @@ class MScrollList {
     void TypeAhead(std::string_view typed);
     int SearchAnchor() const { return searchAnchor_; }
     const std::string& Footer() const { return footer_; }
+
+    // Expired once the list is gone, for a view that may outlive it.
+    std::weak_ptr<bool> Alive() const { return alive_; }
 
     // The font's text metrics, and the query: 0, 1 or 2; others are told on the console and give 0.
     std::array<int, 3> metrics{};

@@ -5,26 +5,50 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QFrame>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
-#include <QTableWidget>
 #include <QVBoxLayout>
 
 #include "shared/libcxxutil/report.h"
+#include "windlib/qt/msl_view.h"
+#include "windlib/qt/qt_surface.h"
 
 namespace {
-
-constexpr int rowNumber = Qt::UserRole;  // of the model's row behind a cell
 
 QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
 }
+
+// A strip that the logic paints.
+class PaintedStrip : public QWidget {
+  public:
+    PaintedStrip(DialogModel& model, std::string name) : model_(model), name_(std::move(name)) {}
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const SurfaceColours colours = surfaceColours(palette());
+        painter.fillRect(rect(), QColor::fromRgb(colours.background));
+        QtSurface surface(painter, nullptr, width(), height(), colours);
+        if (const DialogModel::Painter paint = model_.painter(name_)) paint(surface, width(), height());
+    }
+    void mousePressEvent(QMouseEvent* event) override {
+        if (event->button() != Qt::LeftButton) return;
+        const QPoint at = event->position().toPoint();
+        model_.picture(name_, at.x(), at.y());
+    }
+
+  private:
+    DialogModel& model_;
+    std::string name_;
+};
 
 }  // namespace
 
@@ -42,6 +66,7 @@ DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
     for (const DialogItem& item : model_.description().items)
         if (auto* label = qobject_cast<QLabel*>(widget(item.name)); label && !item.buddy.empty())
             label->setBuddy(widget(item.buddy));
+    orderFocus();
     for (const auto& [name, made] : widgets_) refresh(name);
     layout_ = std::make_unique<DialogLayout>(model_.description(), metrics());
     if (!layout_->error().empty()) gen_error("%s", layout_->error().c_str());
@@ -54,6 +79,22 @@ DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
         layout_->setText(dialog_Number(model_.description(), name), model_.shownText(name));
         place(layout_->solve());
     };
+}
+
+// The keyboard goes through the items in their order; within a set of choices through these.
+void DialogView::orderFocus() {
+    QWidget* before = nullptr;
+    for (const DialogItem& item : model_.description().items) {
+        QWidget* made = widget(item.name);
+        if (!made) continue;
+        const QList<QRadioButton*> choices = made->findChildren<QRadioButton*>();
+        QList<QWidget*> stops(choices.begin(), choices.end());
+        if (stops.isEmpty()) stops = {made};
+        for (QWidget* stop : stops) {
+            if (before) setTabOrder(before, stop);
+            before = stop;
+        }
+    }
 }
 
 QWidget* DialogView::widget(const std::string& name) const {
@@ -82,26 +123,20 @@ DialogMetrics DialogView::metrics() const {
     return metrics;
 }
 
+// A search by typing shows in the message line, whose text comes back behind it.
 QWidget* DialogView::makeList(const DialogItem& item) {
-    auto* list = new QTableWidget(0, static_cast<int>(item.list.size()));
-    list->setSelectionBehavior(QAbstractItemView::SelectRows);
-    list->setSelectionMode(item.flags & Dialog_Multiple ? QAbstractItemView::ExtendedSelection
-                                                        : QAbstractItemView::SingleSelection);
-    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    list->setTabKeyNavigation(false);
-    list->verticalHeader()->hide();
-    list->verticalHeader()->setDefaultSectionSize(list->fontMetrics().lineSpacing() + 6);
-    list->horizontalHeader()->setStretchLastSection(true);
-    list->setSortingEnabled(true);
-    list->sortByColumn(-1, Qt::AscendingOrder);
-    connect(list, &QTableWidget::itemSelectionChanged, this, [this, list, name = item.name] {
-        std::set<int> rows;
-        for (const QTableWidgetItem* cell : list->selectedItems()) rows.insert(cell->data(rowNumber).toInt());
-        model_.select(name, rows);
-    });
-    connect(list, &QTableWidget::itemActivated, this, [this, name = item.name](const QTableWidgetItem* cell) {
-        model_.activate(name, cell->data(rowNumber).toInt());
-    });
+    auto* list = new MslView(model_.list(item.name));
+    const auto& items = model_.description().items;
+    if (std::none_of(items.begin(), items.end(),
+                     [](const DialogItem& each) { return each.kind == DialogKind::StatusText; }))
+        return list;
+    list->footer = [this, before = std::string(), shown = std::string()](const std::string& text) mutable {
+        const bool ours = !shown.empty() && model_.message() == shown;
+        if (!ours) before = model_.message();
+        if (ours || !text.empty()) model_.setMessage(text.empty() ? before : text);
+        shown = text;
+        return true;
+    };
     return list;
 }
 
@@ -153,6 +188,8 @@ QWidget* DialogView::make(const DialogItem& item) {
             return makeList(item);
         case DialogKind::ButtonSet:
             return makeChoices(item);
+        case DialogKind::Strip:
+            return new PaintedStrip(model_, name);
         case DialogKind::ProgressBar:
             return new QProgressBar;
         case DialogKind::Frame: {
@@ -191,26 +228,10 @@ void DialogView::refresh(const std::string& name) {
         choices->clear();
         for (const std::string& choice : state.choices) choices->addItem(text(choice));
         choices->setCurrentIndex(state.choice);
-    } else if (auto* list = qobject_cast<QTableWidget*>(made)) {
-        list->setSortingEnabled(false);
-        list->setColumnCount(static_cast<int>(state.columnTitles.size()));
-        for (int i = 0; i < list->columnCount(); ++i)
-            list->setHorizontalHeaderItem(
-                i, new QTableWidgetItem(text(state.columnTitles[static_cast<size_t>(i)])));
-        list->setRowCount(static_cast<int>(state.rows.size()));
-        for (int row = 0; row < list->rowCount(); ++row)
-            for (int i = 0; i < list->columnCount(); ++i) {
-                const auto& cells = state.rows[static_cast<size_t>(row)].cells;
-                auto* cell = new QTableWidgetItem(
-                    static_cast<size_t>(i) < cells.size() ? text(cells[static_cast<size_t>(i)]) : QString());
-                cell->setData(rowNumber, row);
-                list->setItem(row, i, cell);
-            }
-        list->setSortingEnabled(true);
-        if (list->columnCount() > 1) list->setColumnWidth(0, std::max(80, list->width() * 2 / 3));
     } else if (auto* group = made->findChild<QButtonGroup*>()) {
         if (auto* choice = group->button(state.choice)) choice->setChecked(true);
     }
+    made->update();
 }
 
 void DialogView::place(const PlacerOutcome& outcome) {
@@ -239,6 +260,26 @@ void DialogView::changeEvent(QEvent* event) {
     place(layout_->solve());
 }
 
+void DialogView::focusFirst() {
+    for (const DialogItem& item : model_.description().items) {
+        QWidget* first = widget(item.name);
+        if (!first || !first->isEnabled() || !(first->focusPolicy() & Qt::TabFocus)) continue;
+        return first->setFocus();
+    }
+}
+
+bool DialogView::takeKey(const QKeyEvent& event) {
+    const QWidget* focus = focusWidget();
+    const std::string name = focus ? focus->objectName().toStdString() : std::string();
+    if (event.key() == Qt::Key_Escape)
+        model_.key(DialogKey::Escape, name);
+    else if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter)
+        model_.key(DialogKey::Enter, name);
+    else
+        return false;
+    return true;
+}
+
 namespace {
 
 // The frame of a dialog: Enter and Escape go to the model.
@@ -246,44 +287,34 @@ class DialogFrame : public QDialog {
   public:
     DialogFrame(QWidget* parent, DialogModel& model) : QDialog(parent), model_(model) {
         setObjectName(text(model.description().name));
+        setAccessibleName(text(model.title()));
         setWindowTitle(text(model.title()));
         auto* whole = new QVBoxLayout(this);
         whole->setContentsMargins(0, 0, 0, 0);
-        auto* view = new DialogView(model);
-        whole->addWidget(view);
-        resize(view->sizeHint());
+        view_ = new DialogView(model);
+        whole->addWidget(view_);
+        resize(view_->sizeHint());
         model.titleChanged = [this, &model] { setWindowTitle(text(model.title())); };
         model.closed = [this] { accept(); };
-        for (const DialogItem& item : model.description().items) {
-            QWidget* first = view->widget(item.name);
-            if (!first || !first->isEnabled() || !(first->focusPolicy() & Qt::TabFocus)) continue;
-            first->setFocus();
-            break;
-        }
+        view_->focusFirst();
     }
     void reject() override { model_.dismiss(); }
 
   protected:
     void keyPressEvent(QKeyEvent* event) override {
-        const QWidget* focus = focusWidget();
-        const std::string name = focus ? focus->objectName().toStdString() : std::string();
-        if (event->key() == Qt::Key_Escape)
-            model_.key(DialogKey::Escape, name);
-        else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-            model_.key(DialogKey::Enter, name);
-        else
-            QDialog::keyPressEvent(event);
+        if (!view_->takeKey(*event)) QDialog::keyPressEvent(event);
     }
 
   private:
     DialogModel& model_;
+    DialogView* view_;
 };
 
 }  // namespace
 
 int dialog_Run(QWidget* parent, DialogModel& model) {
     DialogFrame frame(parent, model);
-    frame.exec();
+    if (!model.isClosed()) frame.exec();
     model.itemChanged = {};
     model.titleChanged = model.closed = {};
     return model.result();

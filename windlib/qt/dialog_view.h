@@ -11,6 +11,8 @@
 #include "windlib/dialog/dialog_layout.h"
 #include "windlib/dialog/model.h"
 
+class QKeyEvent;
+
 class DialogView : public QWidget {
   public:
     // Makes the widget of an item that the caller knows better (graphs, strips, tool bars); null for the
@@ -22,6 +24,10 @@ class DialogView : public QWidget {
 
     // The widget of an item; null for one that has none.
     QWidget* widget(const std::string& name) const;
+    // Gives the keyboard to the first item that can have it.
+    void focusFirst();
+    // Enter and Escape of the window around go to the model; false for another key.
+    bool takeKey(const QKeyEvent& event);
     // The size that the layout wants at first.
     QSize sizeHint() const override { return wanted_; }
 
@@ -33,6 +39,7 @@ class DialogView : public QWidget {
     QWidget* make(const DialogItem& item);
     QWidget* makeList(const DialogItem& item);
     QWidget* makeChoices(const DialogItem& item);
+    void orderFocus();
     void refresh(const std::string& name);
     void place(const PlacerOutcome& outcome);
     DialogMetrics metrics() const;

@@ -47,8 +47,12 @@ void platform_SetBusy(bool busy) {
         QGuiApplication::restoreOverrideCursor();
 }
 
+bool platform_IsAutomatic() {
+    return QGuiApplication::platformName() == QLatin1String("offscreen");
+}
+
 void platform_MessageBox(QWidget* parent, const std::string& text) {
-    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
+    if (platform_IsAutomatic()) {
         gen_error("%s", text.c_str());
         return;
     }

@@ -20,6 +20,9 @@ void platform_Beep();
 // The pointer's busy look; nests.
 void platform_SetBusy(bool busy);
 
+// True in an automatic run, on the offscreen platform: nobody is there to answer.
+bool platform_IsAutomatic();
+
 // A message that the user must acknowledge. In an automatic run (offscreen platform) it goes to the report
 // sink.
 void platform_MessageBox(QWidget* parent, const std::string& text);
