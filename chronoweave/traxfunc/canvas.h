@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -122,6 +123,21 @@ struct laItemRef {
     size_t index = 0;          // into the lane's segments, canvas.bitmaps or canvas.ctxLines
 };
 
+// What lies above the canvas, as its commands and menus need it; the window fills it. All may be empty.
+struct laUpperFloor {
+    // Commands that are not the canvas's own work, by their names in the table of commands; text is what
+    // stands behind the name. False for one that was refused. They may wait for the user, and may destroy the
+    // canvas.
+    std::map<std::string, std::function<bool(const std::string& text)>, std::less<>> commands;
+    // Opens an entry of the manual; false when there is none of this name.
+    std::function<bool(const std::string& entry)> manual;
+    // Runs work that may paint.
+    std::function<void(const std::function<void()>& work)> draw;
+    std::function<std::vector<std::string>()> recentFiles;  // newest first
+    bool iconButtons = true;                                // tool buttons show icons, else texts
+    bool serverConnected = false;                           // an event server is
+};
+
 struct _LaCanvasData {
     explicit _LaCanvasData(LaGraph& graph);
     ~_LaCanvasData();
@@ -135,6 +151,7 @@ struct _LaCanvasData {
     Progress progress;                     // of long fetches; may be empty
 
     // Handed down by the floors above; each may be empty.
+    laUpperFloor upper;
     DialogHost* host = nullptr;                        // shows dialogs and windows; outlives the canvas
     std::function<void(const laItemRef&)> openDetail;  // a detail window about an item
     std::function<void(uint32_t objectId)> openInfo;   // the window about an object

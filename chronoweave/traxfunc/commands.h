@@ -3,19 +3,31 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "chronoweave/traxfunc/canvas.h"
 
-// Clears the message line and carries out a command; letters compare without regard to case. False for one
-// that is not the canvas's, which is then its caller's to know, and for one that was refused, after a beep
-// and mostly a message. An empty text is done.
+// Clears the message line and carries out a command: menus, buttons and keys all come here. Letters compare
+// without regard to case. False for one that was refused, after a beep and mostly a message, and for one that
+// nobody knows, which the console is told. An empty text is done. The canvas may be gone afterwards ("Quit").
+//
+// A command of the floor above (canvas.upper.commands) goes before the canvas's own; one that nobody does
+// says that it is not there yet. "Open FILE" opens a file: one character, then the name.
 //
 // Beside the menu's and the buttons': the rows of the list's menu by their text ("Sort by ... &ID", "Sort in
 // &Descending Order", "&Flat View"), and what keys do: "ZoomInAt x", "ZoomOutAt x" (a column), "Focus",
-// "ShowAll", "ScrollHome", "ScrollEnd", "PageLeft", "PageRight".
+// "ShowAll", "ScrollHome", "ScrollEnd", "PageLeft", "PageRight", "GoToTime", "KeySheet", "Options",
+// "Palette", "EventTable".
 bool laCanvas_Command(_LaCanvasData& canvas, std::string_view text);
 // True when laCanvas_Command knows the text.
 bool laCanvas_HasCommand(std::string_view text);
+// All of the table, in its order.
+std::vector<std::string> laCanvas_CommandNames();
+
+// Closes all windows about the canvas (viewWindows).
+void laCanvas_CloseViews(_LaCanvasData& canvas);
+// Back to an empty canvas, painted.
+void laCanvas_CloseSource(_LaCanvasData& canvas);
 
 // Between sorting by name and by id; the order; the tree and whole names. All resort and repaint.
 void laCanvas_ToggleSortField(_LaCanvasData& canvas);

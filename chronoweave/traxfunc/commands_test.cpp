@@ -10,13 +10,14 @@
 #include "chronoweave/traxfunc/task_list.h"
 #include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
+#include "windlib/dialog/model.h"
 
 namespace {
 
 class Commands : public testing::Test {
   protected:
     void SetUp() override {
-        gen_set_console_sink([](std::string_view) {});
+        gen_set_console_sink([this](std::string_view text) { console += text; });
         ASSERT_TRUE(test.Open(random_events(6, 3000)));
         total = canvas.totalLength;
         Show(0.4, 0.6);
@@ -32,6 +33,7 @@ class Commands : public testing::Test {
     TestCanvas test;
     _LaCanvasData& canvas = *test.canvas;
     double total = 0;
+    std::string console;
 };
 
 TEST_F(Commands, ZoomAndFocus) {
@@ -65,11 +67,98 @@ TEST_F(Commands, ZoomAndFocus) {
 }
 
 TEST_F(Commands, UnknownOnesAreRefused) {
-    for (const char* unknown : {"Search", "zoom", "ZoomInn", "ShowBookmarks", "id", "Open"}) {
+    for (const char* unknown : {"zoom", "ZoomInn", "ShowBookmarks", "id", "Threadx", "Ope"}) {
+        console.clear();
         EXPECT_FALSE(laCanvas_Command(canvas, unknown)) << unknown;
         EXPECT_FALSE(laCanvas_HasCommand(unknown)) << unknown;
+        EXPECT_EQ(console, std::string("Chronoweave: Unknown item <") + unknown + "> is selected.\n");
     }
     EXPECT_TRUE(laCanvas_Command(canvas, ""));
+    canvas.upper.manual = [](const std::string& entry) { return entry == "zoom"; };
+    EXPECT_TRUE(laCanvas_Command(canvas, "zoom"));
+}
+
+TEST_F(Commands, TheFloorAboveDoesItsOwn) {
+    std::vector<std::string> asked;
+    for (const char* name : {"Open", "Quit", "Search", "EditBookmarks", "ReportTask", "Close"})
+        canvas.upper.commands[name] = [&asked, name](const std::string& text) {
+            asked.push_back(std::string(name) + "|" + text);
+            return *name != 'Q';
+        };
+    EXPECT_TRUE(laCanvas_Command(canvas, "open"));
+    EXPECT_TRUE(laCanvas_Command(canvas, "Open /a b.trr"));
+    EXPECT_TRUE(laCanvas_Command(canvas, "OPEN:x"));
+    EXPECT_TRUE(laCanvas_Command(canvas, "Open "));
+    EXPECT_TRUE(laCanvas_Command(canvas, "search"));
+    EXPECT_TRUE(laCanvas_Command(canvas, "reporttask"));
+    EXPECT_TRUE(laCanvas_Command(canvas, "Close"));
+    EXPECT_FALSE(laCanvas_Command(canvas, "Quit"));
+    EXPECT_EQ(asked, (std::vector<std::string>{"Open|", "Open|/a b.trr", "Open|x", "Open|", "Search|",
+                                               "ReportTask|", "Close|", "Quit|"}));
+    EXPECT_NE(canvas.store, nullptr);
+}
+
+// What each command says when it can't do its work, with a source and without.
+TEST_F(Commands, RefusalsSayWhy) {
+    struct Case {
+        const char* command;
+        bool withStore;
+        const char* message;
+        int beeps;
+    };
+    const Case cases[] = {
+        {"Save", true, "Not implemented.", 0},
+        {"saveas", true, "Not implemented.", 0},
+        {"ReportObjects", false, "No data source is loaded.", 1},
+        {"ReportTask", false, "No data source is loaded.", 1},
+        {"ReportGeneral", false, "No data source is loaded.", 1},
+        {"ReportGeneral", true, "The general report is not there yet.", 1},
+        {"RefreshGap", false, "You did not open a VOREL Chronoweave source file.", 1},
+        {"Legend", false, "Legend is not loaded until you open a VOREL Chronoweave source file.", 1},
+        {"Legend", true, "The legend is not there yet.", 1},
+        {"NewWindow", true, "Can't create new window", 1},
+        {"Help", true, "Sorry, on-line help is not supported.", 0},
+        {"CollectData", true, "Sorry, <CollectData> is not supported yet.", 1},
+        {"waitingstatus", true, "Sorry, <waitingstatus> is not supported yet.", 1},
+        {"ProcessData", true, "Sorry, <ProcessData> is not supported yet.", 1},
+        {"Others", true, "Sorry, <Others> is not supported yet.", 1},
+        {"TraxPrint", true, "Printing is not there yet.", 1},
+        {"editor", true, "The editor is not there yet.", 1},
+        {"TopHistory", false, "No history.", 1},
+    };
+    for (const bool withStore : {true, false}) {
+        EXPECT_TRUE(withStore || laCanvas_Command(canvas, "close"));
+        for (const Case& one : cases) {
+            if (one.withStore != withStore) continue;
+            test.beeps = 0;
+            EXPECT_FALSE(laCanvas_Command(canvas, one.command)) << one.command;
+            EXPECT_EQ(test.message(), one.message);
+            EXPECT_EQ(test.beeps, one.beeps) << one.command;
+        }
+    }
+    EXPECT_EQ(canvas.store, nullptr);
+    EXPECT_TRUE(canvas.lanes.empty());
+    // No command is anything but a message on an empty canvas.
+    for (const std::string& command : laCanvas_CommandNames()) laCanvas_Command(canvas, command);
+}
+
+TEST_F(Commands, ClosingEndsTheWindowsAboutTheCanvas) {
+    DialogModel a{DialogDescription{}}, b{DialogDescription{}};
+    for (DialogModel* window : {&a, &b}) {
+        canvas.viewWindows.push_back(window);
+        window->onClose = [this, window](int) { std::erase(canvas.viewWindows, window); };
+    }
+    // One that takes another along.
+    a.onClose = [this, &a, &b](int) {
+        std::erase(canvas.viewWindows, &a);
+        b.close(0);
+    };
+    int changes = 0;
+    canvas.buttonsChanged = [&] { ++changes; };
+    EXPECT_TRUE(laCanvas_Command(canvas, "DelViews"));
+    EXPECT_TRUE(a.isClosed() && b.isClosed() && canvas.viewWindows.empty());
+    EXPECT_GT(changes, 0);
+    canvas.buttonsChanged = {};
 }
 
 TEST_F(Commands, HistoryMovesRefuseAtTheirEndsAndRecordNothing) {
@@ -137,8 +226,6 @@ TEST_F(Commands, Bookmarks) {
     lane.hasName = true;
     lane.name = "it's";
     EXPECT_EQ(laBookmark_Add(canvas, lane.objectId, 8, true).label, "Bookmark: 8.00 on it\\'s");
-    EXPECT_TRUE(laCanvas_Command(canvas, "EditBookmarks"));
-    EXPECT_EQ(test.message(), "Under construction.");
     EXPECT_TRUE(laCanvas_Command(canvas, "deletebookmarks"));
     EXPECT_TRUE(canvas.bookmarks.empty());
 }

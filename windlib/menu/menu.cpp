@@ -218,7 +218,6 @@ bool MenuRegistry::Modify(std::string_view name, int operation, int index, std::
 void MenuRegistry::SetLabel(MenuResource& menu, MenuRow& row, std::string label) {
     if (row.label == label) return;
     row.label = std::move(label);
-    menu.text.clear();
     menu.flags &= ~static_cast<unsigned>(Menu_UpToDate);
 }
 

@@ -67,7 +67,7 @@ struct MenuResource {
     unsigned flags = 0;    // MenuFlag
     bool isPopup = false;  // the name contains "Popup"
     bool isMagic = false;  // the rows are computed and not text
-    std::string text;      // that it was defined by, as long as it was not modified
+    std::string text;      // that it was defined by; empty once rows were added or modified
     std::vector<MenuUser*> users;
     std::function<void(MenuResource&)> compute;  // of a magic menu: makes the rows, at each update
 
@@ -115,7 +115,7 @@ class MenuRegistry {
     // Adds, deletes or replaces the row at an index, or moves the row that text describes there. Deleting at
     // -1 deletes the menu.
     bool Modify(std::string_view name, int operation, int index, std::string_view text);
-    // Takes a row's new label over where it differs.
+    // Gives a row another label, in a menu that stays the same otherwise.
     void SetLabel(MenuResource& menu, MenuRow& row, std::string label);
 
     // The menu, or one row of it, as text; row -1 for all. Print sends it to the message console.
