@@ -19,8 +19,11 @@ enum : unsigned {
     Objects = 16,
     Render = 32,
     ConfigCheck = 64,
+    Search = 128,
+    Report = 256,
+    Check = 512,
     Readers = Info | Events | State | Objects,
-    All = Readers | Import | Render | ConfigCheck
+    All = Readers | Import | Render | ConfigCheck | Search | Report | Check
 };
 
 struct CommandSpec {
@@ -29,16 +32,38 @@ struct CommandSpec {
     const char* summary;
     const char* path;  // what PATH is
     CommandFunction run;
+    const char* subject = nullptr;  // name of what stands ahead of PATH, null for nothing
+    const char* subjectHelp = nullptr;
+    std::vector<std::string> kinds = {};  // that the subject can be; empty for any
 };
 
 constexpr const char* source_path = "a .trr, a .core, a .trs, or a store's base name";
-constexpr CommandSpec commands[] = {
+const CommandSpec commands[] = {
     {Info, "info", "show a store's facts", source_path, command_Info},
     {Import, "import", "make the store of a .trr or .core and stop", "a .trr or a .core", command_Import},
     {Events, "events", "list the events of a range, in order", source_path, command_Events},
     {State, "state", "show every object known just before a time", source_path, command_State},
     {Objects, "objects", "list the objects that a range touches, by id", source_path, command_Objects},
     {Render, "render", "draw the time line as a picture", source_path, command_Render},
+    {Search,
+     "search",
+     "find where something happened to objects",
+     source_path,
+     command_Search,
+     "KIND",
+     "event, pattern, status, switch or interval",
+     {"event", "pattern", "status", "switch", "interval"}},
+    {Report,
+     "report",
+     "count events and statuses, and the time in them",
+     source_path,
+     command_Report,
+     "KIND",
+     "objects (all, summed), object (one, by --object), general (one event, status or context switch per "
+     "object) or load (of processors)",
+     {"objects", "object", "general", "load"}},
+    {Check, "check", "test the timing of a trace against rules; status 1 when one fails", source_path,
+     command_Check, "RULES", "a file of rules, one a line"},
     {ConfigCheck, "config check", "read a configure file and report every line it does not take",
      "a configure file (.tc)", command_ConfigCheck},
 };
@@ -65,6 +90,33 @@ constexpr OptionSpec options[] = {
      &CommandLine::first, nullptr},
     {Events, "--count", "N", "with --first: at most so many events", &CommandLine::count, nullptr},
     {Events, "--object", "ID", "only the events of one object", &CommandLine::object, nullptr},
+    {Search | Report, "--from", "T", "start of the range, in seconds from the first event",
+     &CommandLine::from, nullptr},
+    {Search | Report, "--to", "T", "end of the range, included", &CommandLine::to, nullptr},
+    {Search | Report, "--event", "NAME", "the event; any without it (search), of report general",
+     &CommandLine::event, nullptr},
+    {Search, "--begin", "NAME", "the begin event of a pattern or interval", &CommandLine::begin, nullptr},
+    {Search, "--end", "NAME", "the end event of a pattern or interval", &CommandLine::end, nullptr},
+    {Search | Report, "--status", "NAME", "the status; any without it (search), of report general",
+     &CommandLine::status, nullptr},
+    {Report, "--switch", nullptr, "report general: context switches", nullptr, &CommandLine::contextSwitch},
+    {Search | Report, "--objects", "ID,...", "these objects, by id or name; all without it",
+     &CommandLine::objects, nullptr},
+    {Search, "--begin-objects", "ID,...", "the objects of the begin event; those of --objects without it",
+     &CommandLine::beginObjects, nullptr},
+    {Search, "--end-objects", "ID,...", "the objects of the end event; those of --objects without it",
+     &CommandLine::endObjects, nullptr},
+    {Search, "--same-object", nullptr, "a pattern begins and ends on one object", nullptr,
+     &CommandLine::sameObject},
+    {Search, "--limit", "N", "stop at so many rows", &CommandLine::limit, nullptr},
+    {Report, "--object", "ID", "the object of report object, by id or name", &CommandLine::object, nullptr},
+    {Report, "--sort", "number|time", "order of report general (number)", &CommandLine::sort, nullptr},
+    {Report, "--increasing", nullptr, "the smallest first", nullptr, &CommandLine::increasing},
+    {Report, "--idle", "ID,...",
+     "objects that do not count as load, by id or name; a name stands for all that "
+     "bear it",
+     &CommandLine::idle, nullptr},
+    {Check, "--junit", "FILE", "also write the results as a JUnit XML report", &CommandLine::junit, nullptr},
     {Render, "--width", "N", "width of the picture in pixels (1600)", &CommandLine::width, nullptr},
     {Render, "--height", "N", "height of the picture in pixels (as high as the rows need, at most 4000)",
      &CommandLine::height, nullptr},
@@ -80,10 +132,15 @@ constexpr OptionSpec options[] = {
 };
 
 constexpr const char* description =
-    "Shows what a real-time operating system did: imports event logs, lists events and states, draws time "
-    "lines.";
+    "Shows what a real-time operating system did: imports event logs, lists events and states, searches, "
+    "counts, checks timing, draws time lines.";
 
 void add_options(CLI::App& app, const CommandSpec& spec, CommandLine& line) {
+    if (spec.subject) {
+        auto* subject =
+            app.add_option(spec.subject, line.subject, spec.subjectHelp)->required()->type_name("");
+        if (!spec.kinds.empty()) subject->check(CLI::IsMember(spec.kinds));
+    }
     app.add_option("PATH", line.path, spec.path)->required()->type_name("");
     for (const OptionSpec& option : options) {
         if (!(option.commands & spec.bit)) continue;
@@ -106,6 +163,12 @@ void add_command(CLI::App& app, const CommandSpec& spec, CommandLine& line) {
     CLI::App* command = parent->add_subcommand(name, spec.summary);
     add_options(*command, spec, line);
     command->final_callback([&line, &spec] { line.command = spec.name; });
+}
+
+std::string joined_kinds(const CommandSpec& spec) {
+    std::string words;
+    for (const std::string& kind : spec.kinds) words += kind + ' ';
+    return words;
 }
 
 }  // namespace
@@ -162,8 +225,8 @@ std::string cli_CompletionScript() {
             if (option.commands & spec.bit)
                 words += std::string(option.names).substr(std::string(option.names).find("--")) + ' ';
         cases += "    " + name.substr(0, name.find(' ')) + ") words=\"" +
-                 (name.find(' ') == std::string::npos ? "" : name.substr(name.find(' ') + 1) + " ") + words +
-                 "\" ;;\n";
+                 (name.find(' ') == std::string::npos ? "" : name.substr(name.find(' ') + 1) + " ") +
+                 joined_kinds(spec) + words + "\" ;;\n";
     }
     return "# bash completion for chronoweave\n"
            "_chronoweave() {\n"
@@ -181,8 +244,10 @@ std::string cli_ManPage() {
     std::string page = ".TH CHRONOWEAVE 1\n.SH NAME\nchronoweave \\- " + std::string(description) +
                        "\n.SH SYNOPSIS\n.B chronoweave\nCOMMAND [options] PATH\n.SH COMMANDS\n";
     for (const CommandSpec& spec : commands) {
-        page +=
-            std::string(".TP\n.B ") + spec.name + " PATH\n" + spec.summary + ". PATH is " + spec.path + ".\n";
+        page += std::string(".TP\n.B ") + spec.name + (spec.subject ? std::string(" ") + spec.subject : "") +
+                " PATH\n" + spec.summary + ". " +
+                (spec.subject ? std::string(spec.subject) + " is " + spec.subjectHelp + ". " : "") +
+                "PATH is " + spec.path + ".\n";
         for (const OptionSpec& option : options)
             if (option.commands & spec.bit)
                 page += std::string(".br\n.B ") + option.names +

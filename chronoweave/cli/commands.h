@@ -10,4 +10,7 @@ int command_Events(const CommandLine& line);
 int command_State(const CommandLine& line);
 int command_Objects(const CommandLine& line);
 int command_Render(const CommandLine& line);
+int command_Search(const CommandLine& line);
+int command_Report(const CommandLine& line);
+int command_Check(const CommandLine& line);
 int command_ConfigCheck(const CommandLine& line);

@@ -1,50 +1,19 @@
 #include "chronoweave/cli/opened.h"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
 
+#include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
-namespace {
-
-constexpr int bar_width = 40;
-
-// A bar on the terminal's error stream, drawn when it grows and wiped at the end.
-class ProgressBar {
-  public:
-    explicit ProgressBar(bool shown) : shown_(shown) {}
-    ~ProgressBar() {
-        if (drawn_ >= 0) std::fprintf(stderr, "\r%*s\r", bar_width + 10, "");
-    }
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
-    bool show(double done, double total) {
-        const int percent = total > 0 ? static_cast<int>(100 * done / total) : 100;
-        if (!shown_ || percent == drawn_) return true;
-        drawn_ = percent;
-        const int full = percent * bar_width / 100;
-        std::fprintf(stderr, "\r[%s%s] %3d%%", std::string(static_cast<size_t>(full), '#').c_str(),
-                     std::string(static_cast<size_t>(bar_width - full), ' ').c_str(), percent);
-        return true;
-    }
-
-  private:
-    bool shown_;
-    int drawn_ = -1;
-};
-
-}  // namespace
-
 OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase) {
-    ProgressBar bar(!line.quiet && ::isatty(STDERR_FILENO));
+    ProgressBar bar(line);
     ImportOptions options;
     options.outputBase = outputBase;
-    options.progress = [&bar](double done, double total) { return bar.show(done, total); };
+    options.progress = bar.progress();
     OpenedSource opened = import_OpenSource(line.path, options);
     if (opened.inCache && !line.quiet)
         std::fprintf(stderr, "chronoweave: %s: the folder can't be written, the store is %s\n",

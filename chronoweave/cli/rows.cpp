@@ -25,6 +25,8 @@ std::string value_text(const nlohmann::ordered_json& value, ColumnForm form) {
     if (form == ColumnForm::Id && value.is_number()) return gen_format("0x%x", value.get<uint32_t>());
     if (form == ColumnForm::Seconds && value.is_number_float())
         return gen_format("%.9f", value.get<double>());
+    if (form == ColumnForm::Percent && value.is_number_float())
+        return gen_format("%.2f", value.get<double>());
     return value.dump();
 }
 
@@ -110,6 +112,10 @@ void RowWriter::facts(const nlohmann::ordered_json& values) {
             gen_format("%-20s %s\n", key.c_str(), printable(value_text(value, ColumnForm::Plain)).c_str())
                 .c_str(),
             file_);
+}
+
+void RowWriter::note(const std::string& line) {
+    if (form_ == Form::Text) std::fputs((printable(line) + '\n').c_str(), file_);
 }
 
 bool RowWriter::close() {

@@ -9,8 +9,8 @@
 
 #include "chronoweave/cli/command_line.h"
 
-// How a column's values read in text and CSV. Id: numbers as 0x12ab. Seconds: nine decimals.
-enum class ColumnForm { Plain, Id, Seconds };
+// How a column's values read in text and CSV. Id: numbers as 0x12ab. Seconds: nine decimals. Percent: two.
+enum class ColumnForm { Plain, Id, Seconds, Percent };
 
 struct Column {
     const char* key;
@@ -32,6 +32,8 @@ class RowWriter {
     void row(const nlohmann::ordered_json& values);
     // Facts of one thing: JSON as a row, CSV as a head and a row, otherwise a key and its value a line.
     void facts(const nlohmann::ordered_json& values);
+    // A line for people, in text alone; a line of the program's own words and of names.
+    void note(const std::string& line);
     // Flushes, ahead of that the head of a table with no rows; false, and a message, when something could not
     // be written.
     [[nodiscard]] bool close();

@@ -3,29 +3,15 @@
 #include <unordered_map>
 
 #include "chronoweave/cli/commands.h"
-#include "chronoweave/cli/opened.h"
-#include "chronoweave/cli/rows.h"
+#include "chronoweave/cli/named_store.h"
 #include "chronoweave/import/extra_format.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "libtrv/event_names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
 using Json = nlohmann::ordered_json;
 
 namespace {
-
-Json name_or_null(const std::optional<std::string>& name) {
-    return name ? Json(text_utf8(*name)) : Json(nullptr);
-}
-
-Json shown_time(const TimeScale& scale, mt_Time tick) {
-    return scale.ticks ? Json(tick) : Json(scale.seconds(tick));
-}
-
-TimeScale scale_of(const CommandLine& line, TraceStore& store) {
-    return {mt_GetTimeRange(store).first, static_cast<double>(mt_GetTicksPerSecond(store)), line.ticks};
-}
 
 std::string hex_text(std::span<const uint8_t> bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -36,44 +22,6 @@ std::string hex_text(std::span<const uint8_t> bytes) {
         text += digits[byte & 15];
     }
     return text;
-}
-
-// A store with its legend, for the commands that name things; the store's own names where there is no legend.
-struct NamedStore {
-    OpenedSource opened;
-    Legend legend;
-    bool hasLegend = false;
-    char separator = '@';
-
-    // False when the command is over, with its exit status in status.
-    bool open(const CommandLine& line, int& status) {
-        opened = cli_Open(line);
-        if (!opened.store) {
-            status = cli_Failure(opened.error);
-            return false;
-        }
-        bool fatal = false;
-        hasLegend = cli_LoadLegend(line, *opened.store, legend, fatal);
-        if (hasLegend && !legend.misc.separator.empty()) separator = legend.misc.separator.front();
-        status = Exit_Failed;
-        return !fatal;
-    }
-    TraceStore& store() { return *opened.store; }
-    std::string event_name(const EventRecord& event, int32_t row) const {
-        return hasLegend ? legend.events[static_cast<size_t>(row)].name
-                         : mt_EventLongName(event.type, event.subtype);
-    }
-    Json status_name(uint16_t code) const {
-        if (hasLegend) return text_utf8(legend.statuses[static_cast<size_t>(legend.StatusIndex(code))].name);
-        const char* name = mt_StatusName(code);
-        return name ? Json(name) : Json(nullptr);
-    }
-};
-
-int closed(RowWriter& rows, const OpenedSource& opened) {
-    const bool written = rows.close();
-    const int status = cli_Finish(opened);
-    return written ? status : Exit_Failed;
 }
 
 }  // namespace

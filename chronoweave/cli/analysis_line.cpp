@@ -1,0 +1,101 @@
+#include "chronoweave/cli/analysis_line.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+using Json = nlohmann::ordered_json;
+
+bool AnalysisLine::open(int& status) {
+    if (!named.openWithLegend(line_, status)) return false;
+    source = analysis_SourceOfStore(named.store(), named.legend);
+    source.progress = bar_.progress();
+    names = ObjectNames(named.store(), named.separator);
+    words = analysis_WordsOfLegend(named.legend, names);
+    if (mt_GetEventCount(named.store()) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
+    status = Exit_Usage;
+    return takeRange();
+}
+
+bool AnalysisLine::takeRange() {
+    from = 0;
+    to = source.totalLength;
+    for (const auto& [text, option, bound] :
+         {std::tuple{&line_.from, "--from", &from}, {&line_.to, "--to", &to}}) {
+        if (text->empty()) continue;
+        std::optional<double> time;
+        if (!line_.ticks)
+            time = scan_double(*text);
+        else if (const auto tick = scan_number(*text))
+            time = source.timeOf(*tick);
+        if (!time) {
+            cli_UsageError(std::string(option) + ": not a time: " + *text);
+            return false;
+        }
+        *bound = *time;
+    }
+    return true;
+}
+
+std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string& text, const char* option,
+                                                              bool nameMeansAll) const {
+    std::vector<uint32_t> ids;
+    for (size_t at = 0; at <= text.size();) {
+        const size_t comma = std::min(text.find(',', at), text.size());
+        std::string why;
+        const auto some = analysis_FindObjects(text_trim(std::string_view(text).substr(at, comma - at)),
+                                               objects, names, nameMeansAll, why);
+        if (!some) {
+            cli_UsageError(std::string(option) + ": " + text_utf8(why));
+            return std::nullopt;
+        }
+        ids.insert(ids.end(), some->begin(), some->end());
+        at = comma + 1;
+    }
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+    return ids;
+}
+
+std::optional<int32_t> AnalysisLine::event(const std::string& name, const char* option) const {
+    std::string why;
+    const auto row = analysis_FindEvent(named.legend, name, why);
+    if (!row) cli_UsageError(std::string(option) + ": " + text_utf8(why));
+    return row;
+}
+
+std::optional<int32_t> AnalysisLine::status(const std::string& name, const char* option) const {
+    std::string why;
+    const auto row = analysis_FindStatus(named.legend, name, why);
+    if (!row) cli_UsageError(std::string(option) + ": " + text_utf8(why));
+    return row;
+}
+
+Json AnalysisLine::nameOf(uint32_t object) const {
+    const std::string* name = names.find(object);
+    return name ? Json(text_utf8(*name)) : Json(nullptr);
+}
+
+Json AnalysisLine::shownTime(double time) const {
+    return line_.ticks ? Json(source.tickOf(time)) : Json(time);
+}
+
+Json AnalysisLine::shownLength(double length) const {
+    return line_.ticks ? Json(std::llround(length * source.ticksPerSecond)) : Json(length);
+}
+
+int AnalysisLine::finish(RowWriter& rows, bool damaged, double reached) const {
+    const int status = closed(rows, named.opened);
+    if (!damaged) return status;
+    return cli_Failure(line_.path +
+                       gen_format(": the store can't be read on behind %.9f seconds; the result is "
+                                  "of what stands ahead of it",
+                                  reached));
+}
+
+void AnalysisLine::say(const std::string& message) const {
+    if (!line_.quiet) std::fprintf(stderr, "chronoweave: %s\n", text_utf8(message).c_str());
+}

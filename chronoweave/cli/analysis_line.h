@@ -1,0 +1,49 @@
+// What search, report and check share: the opened trace with its objects and names, the range of the command
+// line, and the objects that it names.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "chronoweave/analysis/search_names.h"
+#include "chronoweave/cli/named_store.h"
+#include "chronoweave/cli/progress_bar.h"
+
+class AnalysisLine {
+  public:
+    explicit AnalysisLine(const CommandLine& line) : line_(line), bar_(line) {}
+    AnalysisLine(const AnalysisLine&) = delete;
+    AnalysisLine& operator=(const AnalysisLine&) = delete;
+    // False when the command is over, with its exit status in status. A range that is no range is a wrong
+    // line.
+    bool open(int& status);
+
+    NamedStore named;
+    AnalysisSource source;
+    ObjectNames names;
+    AnalysisWords words;
+    std::vector<uint32_t> objects;  // alive in the whole trace
+    double from = 0, to = 0;        // in seconds
+
+    // Comma-separated ids and names of an option, ascending; nothing, with the message said, when one is
+    // none.
+    std::optional<std::vector<uint32_t>> objectList(const std::string& text, const char* option,
+                                                    bool nameMeansAll = false) const;
+    // A name of an option as a row; nothing, with the message said, when there is none.
+    std::optional<int32_t> event(const std::string& name, const char* option) const;
+    std::optional<int32_t> status(const std::string& name, const char* option) const;
+    // The name as printed, null when the object has none.
+    nlohmann::ordered_json nameOf(uint32_t object) const;
+    // A time as the command shows it: seconds, or store ticks with --ticks; and a length.
+    nlohmann::ordered_json shownTime(double time) const;
+    nlohmann::ordered_json shownLength(double length) const;
+    // Closes the output and gives the exit status: that of a failure when the store could not be read on.
+    int finish(RowWriter& rows, bool damaged, double reached) const;
+    void say(const std::string& message) const;  // on standard error, unless quiet
+
+  private:
+    bool takeRange();
+    const CommandLine& line_;
+    ProgressBar bar_;
+};

@@ -1,0 +1,31 @@
+#include "chronoweave/cli/progress_bar.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace {
+constexpr int bar_width = 40;
+}
+
+ProgressBar::ProgressBar(const CommandLine& line) : shown_(!line.quiet && ::isatty(STDERR_FILENO)) {}
+
+ProgressBar::~ProgressBar() {
+    if (drawn_ >= 0) std::fprintf(stderr, "\r%*s\r", bar_width + 10, "");
+}
+
+Progress ProgressBar::progress() {
+    return [this](double done, double total) {
+        show(done, total);
+        return true;
+    };
+}
+
+void ProgressBar::show(double done, double total) {
+    const int percent = total > 0 ? static_cast<int>(100 * done / total) : 100;
+    if (!shown_ || percent == drawn_) return;
+    drawn_ = percent;
+    const int full = percent * bar_width / 100;
+    std::fprintf(stderr, "\r[%s%s] %3d%%", std::string(static_cast<size_t>(full), '#').c_str(),
+                 std::string(static_cast<size_t>(bar_width - full), ' ').c_str(), percent);
+}

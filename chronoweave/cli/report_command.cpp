@@ -1,0 +1,261 @@
+// report.
+#include "chronoweave/analysis/report_texts.h"
+#include "chronoweave/cli/analysis_line.h"
+#include "chronoweave/cli/commands.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+const std::vector<Column> figure_columns{{"kind", -8},
+                                         {"name", -28},
+                                         {"code", 9},
+                                         {"count", 9},
+                                         {"countPercent", 12, ColumnForm::Percent},
+                                         {"time", 14, ColumnForm::Seconds},
+                                         {"timePercent", 11, ColumnForm::Percent}};
+
+Json percent(double fraction) {
+    return fraction < 0 ? Json(nullptr) : Json(100 * fraction);
+}
+
+Json status_code(const CommandLine& line, const LegendStatus& status) {
+    return line.json ? Json(status.code) : Json(gen_format("0x%x", status.code));
+}
+
+std::string event_code(const LegendEvent& event) {
+    const auto part = [&event](uint32_t wild, uint16_t code) {
+        return event.flags & wild ? std::string("*") : gen_format("0x%x", code);
+    };
+    return part(LegendEvent_AnyType, event.type) + '/' + part(LegendEvent_AnySubtype, event.subtype);
+}
+
+Json figure_row(const char* kind, const Json& name, const Json& code, const Json& count, double countFraction,
+                const Json& time, double timeFraction) {
+    return {{"kind", kind},
+            {"name", name},
+            {"code", code},
+            {"count", count},
+            {"countPercent", percent(countFraction)},
+            {"time", time},
+            {"timePercent", percent(timeFraction)}};
+}
+
+const char* kind_word(ReportRowKind kind) {
+    switch (kind) {
+        case ReportRowKind::Status:
+            return "status";
+        case ReportRowKind::Switch:
+            return "switch";
+        case ReportRowKind::Category:
+            return "category";
+        default:
+            return "event";
+    }
+}
+
+void put_statistics(const CommandLine& line, const AnalysisLine& analysis, const LegendStatistics& statistics,
+                    bool oneObject, RowWriter& rows) {
+    const Legend& legend = analysis.named.legend;
+    rows.note(report_Title(analysis.words, statistics, oneObject));
+    rows.note(report_Subtitle(analysis.words, statistics));
+    for (const ReportRow& row : report_Rows(analysis.words, statistics, oneObject)) {
+        const auto at = static_cast<size_t>(row.row);
+        if (row.kind == ReportRowKind::Empty) continue;
+        if (row.kind == ReportRowKind::Status || row.kind == ReportRowKind::Switch)
+            rows.row(figure_row(kind_word(row.kind), text_utf8(legend.statuses[at].name),
+                                status_code(line, legend.statuses[at]), statistics.statusCounts[at],
+                                row.countFraction, analysis.shownLength(statistics.statusTimes[at]),
+                                row.timeFraction));
+        else
+            rows.row(figure_row(
+                kind_word(row.kind), text_utf8(legend.events[at].name),
+                row.kind == ReportRowKind::Category ? Json(nullptr) : Json(event_code(legend.events[at])),
+                statistics.eventCounts[at], row.countFraction, nullptr, -1));
+    }
+    rows.row(figure_row("total", "statuses", nullptr, statistics.totalStatusCount, -1,
+                        analysis.shownLength(statistics.totalStatusTime), -1));
+    rows.row(figure_row("total", "events", nullptr, statistics.totalEvents, -1,
+                        analysis.shownLength(statistics.rangeLength), -1));
+}
+
+// True when the outcome ends the command, with its exit status.
+bool over(const CommandLine& line, const AnalysisLine& analysis, ReportOutcome outcome, int& status) {
+    if (outcome == ReportOutcome::Failed) status = cli_Failure(line.path + ": the store can't be read");
+    if (outcome == ReportOutcome::NoObjects) {
+        analysis.say(report_NoObjectsMessage(analysis.words));
+        status = Exit_Done;
+    }
+    return outcome != ReportOutcome::Done;
+}
+
+int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
+    const bool one = line.subject == "object";
+    uint32_t object = 0;
+    if (one) {
+        std::string why;
+        const auto found = analysis_FindObject(line.object, analysis.objects, analysis.names, why);
+        if (!found) return cli_UsageError("--object: " + text_utf8(why));
+        object = *found;
+    }
+    RowWriter rows(line, figure_columns);
+    if (!rows.good()) return Exit_Failed;
+    LegendStatistics statistics;
+    const ReportOutcome outcome =
+        one ? report_OneObject(analysis.source, object, analysis.from, analysis.to, statistics)
+            : report_AllObjects(analysis.source, analysis.from, analysis.to, statistics);
+    int status = Exit_Done;
+    if (over(line, analysis, outcome, status))
+        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+    put_statistics(line, analysis, statistics, one, rows);
+    return analysis.finish(rows, statistics.damaged, statistics.rangeTo);
+}
+
+std::optional<SearchRequest> general_request(const CommandLine& line, const AnalysisLine& analysis) {
+    SearchRequest request;
+    request.rangeFrom = analysis.from;
+    request.rangeTo = analysis.to;
+    request.objects = analysis.objects;
+    if (!line.objects.empty()) {
+        const auto ids = analysis.objectList(line.objects, "--objects");
+        if (!ids) return std::nullopt;
+        request.objects = *ids;
+    }
+    request.kind = Search_Switch;
+    std::optional<int32_t> row = analysis.named.legend.contextSwitchStatus;
+    if (!line.event.empty()) {
+        request.kind = Search_Event;
+        row = analysis.event(line.event, "--event");
+    } else if (!line.status.empty()) {
+        request.kind = Search_Status;
+        row = analysis.status(line.status, "--status");
+    }
+    if (!row) return std::nullopt;
+    request.target = *row;
+    return request;
+}
+
+int report_general(const CommandLine& line, AnalysisLine& analysis) {
+    const auto request = general_request(line, analysis);
+    if (!request) return Exit_Usage;
+    auto columns = figure_columns;
+    columns.insert(columns.begin() + 1, {"object", 10, ColumnForm::Id});
+    RowWriter rows(line, columns);
+    if (!rows.good()) return Exit_Failed;
+    ChosenReport report;
+    const ReportOrder order{line.increasing, line.sort == "time"};
+    int status = Exit_Done;
+    if (over(line, analysis, report_ChosenObjects(analysis.source, *request, order, report), status))
+        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+    const bool timed = request->kind == Search_Status;
+    rows.note("Statistics for the Selected Object on the Selected " + analysis.words.term +
+              "s: " + report_ChosenTypeName(request->kind) + ' ' +
+              (request->kind == Search_Event ? analysis_EventName(analysis.named.legend, request->target)
+                                             : analysis_StatusName(analysis.named.legend, request->target)));
+    double time = 0;
+    const auto shown = report_ChosenRows(analysis.words, report);
+    for (size_t i = 0; i < shown.size(); ++i) {
+        const ObjectFigures& figures = *report.sorted[i];
+        time += figures.time;
+        Json row = figure_row(
+            "object", analysis.nameOf(figures.object), nullptr, figures.count, shown[i].countFraction,
+            timed ? analysis.shownLength(figures.time) : Json(nullptr), timed ? shown[i].timeFraction : -1);
+        row["object"] = figures.object;
+        rows.row(row);
+    }
+    Json total = figure_row("total", "objects", nullptr, report.totalCount, -1,
+                            timed ? analysis.shownLength(time) : Json(nullptr), -1);
+    total["object"] = nullptr;
+    rows.row(total);
+    return analysis.finish(rows, report.damaged, report.rangeTo);
+}
+
+int report_load(const CommandLine& line, AnalysisLine& analysis) {
+    std::vector<uint32_t> idle;
+    if (!line.idle.empty()) {
+        const auto ids = analysis.objectList(line.idle, "--idle", true);
+        if (!ids) return Exit_Usage;
+        idle = *ids;
+    }
+    RowWriter rows(line, {{"kind", -9},
+                          {"processor", 9},
+                          {"object", 10, ColumnForm::Id},
+                          {"time", 14, ColumnForm::Seconds},
+                          {"timePercent", 11, ColumnForm::Percent},
+                          {"name"}});
+    if (!rows.good()) return Exit_Failed;
+    LoadReport report;
+    int status = Exit_Done;
+    if (over(line, analysis, report_ProcessorLoad(analysis.source, idle, analysis.from, analysis.to, report),
+             status))
+        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+    const double length = report.rangeLength();
+    const auto put = [&](const char* kind, uint32_t processor, const Json& object, double time,
+                         const Json& name) {
+        rows.row({{"kind", kind},
+                  {"processor", processor},
+                  {"object", object},
+                  {"name", name},
+                  {"time", analysis.shownLength(time)},
+                  {"timePercent", percent(length > 0 ? time / length : 0)}});
+    };
+    rows.note(
+        gen_format("Share of %.9f seconds in which some object executes on the processor%s, and the objects "
+                   "that execute there",
+                   length, idle.empty() ? "" : ", those of --idle left out"));
+    for (const ProcessorLoad& load : report.processors) {
+        put("processor", load.processor, nullptr, load.busy, nullptr);
+        for (const ObjectTime& object : load.objects)
+            put("object", load.processor, object.object, object.time, analysis.nameOf(object.object));
+    }
+    return analysis.finish(rows, report.damaged, report.rangeTo);
+}
+
+// An option that the kind does not know is told rather than passed over.
+bool fits_kind(const CommandLine& line) {
+    const bool general = line.subject == "general";
+    const struct {
+        bool given, taken;
+        const char* option;
+    } rules[] = {
+        {!line.event.empty(), general, "--event"},
+        {!line.status.empty(), general, "--status"},
+        {line.contextSwitch, general, "--switch"},
+        {!line.objects.empty(), general, "--objects"},
+        {!line.sort.empty(), general, "--sort"},
+        {line.increasing, general, "--increasing"},
+        {!line.object.empty(), line.subject == "object", "--object"},
+        {!line.idle.empty(), line.subject == "load", "--idle"},
+    };
+    for (const auto& rule : rules)
+        if (rule.given && !rule.taken) {
+            cli_UsageError("report " + line.subject + " does not take " + rule.option);
+            return false;
+        }
+    std::string problem;
+    if (line.subject == "object" && line.object.empty()) problem = "report object: --object is required";
+    if (!line.event.empty() + !line.status.empty() + line.contextSwitch > 1)
+        problem = "report general: one of --event, --status and --switch";
+    if (!line.sort.empty() && line.sort != "number" && line.sort != "time")
+        problem = "--sort: number or time, not " + line.sort;
+    if (!problem.empty()) cli_UsageError(problem);
+    return problem.empty();
+}
+
+}  // namespace
+
+int command_Report(const CommandLine& line) {
+    if (!fits_kind(line)) return Exit_Usage;
+    AnalysisLine analysis(line);
+    int status = Exit_Usage;
+    if (!analysis.open(status)) return status;
+    if (!(analysis.from <= analysis.to)) return cli_UsageError("Invalid time range.");
+    // What a report covers is no longer than the trace.
+    analysis.from = std::max(0.0, analysis.from);
+    analysis.to = std::min(analysis.to, analysis.source.totalLength);
+    if (line.subject == "general") return report_general(line, analysis);
+    if (line.subject == "load") return report_load(line, analysis);
+    return report_statistics(line, analysis);
+}

@@ -1,0 +1,172 @@
+// search.
+#include <algorithm>
+#include <iterator>
+
+#include "chronoweave/cli/analysis_line.h"
+#include "chronoweave/cli/commands.h"
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+int kind_of(const std::string& word) {
+    return word == "event"    ? Search_Event
+           : word == "status" ? Search_Status
+           : word == "switch" ? Search_Switch
+                              : Search_Pattern;
+}
+
+// An option that the kind does not know is told rather than passed over.
+bool fits_kind(const CommandLine& line) {
+    const bool pairs = line.subject == "pattern" || line.subject == "interval";
+    const struct {
+        bool given, taken;
+        const char* option;
+    } rules[] = {
+        {!line.event.empty(), line.subject == "event", "--event"},
+        {!line.status.empty(), line.subject == "status", "--status"},
+        {!line.begin.empty(), pairs, "--begin"},
+        {!line.end.empty(), pairs, "--end"},
+        {!line.beginObjects.empty(), pairs, "--begin-objects"},
+        {!line.endObjects.empty(), pairs, "--end-objects"},
+        {line.sameObject, line.subject == "pattern", "--same-object"},
+    };
+    for (const auto& rule : rules)
+        if (rule.given && !rule.taken) {
+            cli_UsageError("search " + line.subject + " does not take " + rule.option);
+            return false;
+        }
+    if (pairs && (line.begin.empty() || line.end.empty())) {
+        cli_UsageError("search " + line.subject + ": --begin and --end are required");
+        return false;
+    }
+    return true;
+}
+
+bool take_pair_objects(const CommandLine& line, const AnalysisLine& analysis, SearchRequest& request) {
+    request.beginObjects = request.endObjects = request.objects;
+    for (const auto& [text, option, list] :
+         {std::tuple{&line.beginObjects, "--begin-objects", &request.beginObjects},
+          {&line.endObjects, "--end-objects", &request.endObjects}}) {
+        if (text->empty()) continue;
+        const auto ids = analysis.objectList(*text, option);
+        if (!ids) return false;
+        *list = *ids;
+    }
+    if (line.subject == "interval") {
+        if (request.beginObjects.size() != 1 || request.endObjects.size() != 1) {
+            cli_UsageError(
+                "search interval is from one object to one object: give --begin-objects ID and "
+                "--end-objects ID");
+            return false;
+        }
+        request.objects = request.beginObjects;
+    }
+    // Objects of either side are searched, whether --objects has them or not.
+    for (const auto* list : {&request.beginObjects, &request.endObjects})
+        request.objects.insert(request.objects.end(), list->begin(), list->end());
+    if (line.sameObject) request.flags |= Search_SameObject;
+    if (search_ShareObjects(request)) return true;
+    cli_UsageError("no common " + analysis.words.lowerTerm + " is given for both begin and end event(s)");
+    return false;
+}
+
+std::optional<SearchRequest> make_request(const CommandLine& line, const AnalysisLine& analysis) {
+    SearchRequest request;
+    request.kind = kind_of(line.subject);
+    request.rangeFrom = analysis.from;
+    request.rangeTo = analysis.to;
+    request.objects = analysis.objects;
+    if (!line.objects.empty()) {
+        const auto ids = analysis.objectList(line.objects, "--objects");
+        if (!ids) return std::nullopt;
+        request.objects = *ids;
+    }
+    const auto take = [](std::optional<int32_t> row, int32_t& target) {
+        if (row) target = *row;
+        return row.has_value();
+    };
+    bool good = true;
+    if (!line.event.empty()) good = take(analysis.event(line.event, "--event"), request.target);
+    if (!line.status.empty()) good = take(analysis.status(line.status, "--status"), request.target);
+    if (request.kind == Search_Switch) request.target = analysis.named.legend.contextSwitchStatus;
+    if (request.kind == Search_Pattern)
+        good = take(analysis.event(line.begin, "--begin"), request.target) &&
+               take(analysis.event(line.end, "--end"), request.endTarget) &&
+               take_pair_objects(line, analysis, request);
+    if (!good) return std::nullopt;
+    if (line.subject == "interval" && request.rangeFrom > request.rangeTo)
+        std::swap(request.rangeFrom, request.rangeTo);
+    return request;
+}
+
+std::vector<Column> columns_of(int kind) {
+    const Column objectA{"objectA", 10, ColumnForm::Id}, objectB{"objectB", 10, ColumnForm::Id},
+        timeA{"timeA", 14, ColumnForm::Seconds}, timeB{"timeB", 14, ColumnForm::Seconds},
+        interval{"interval", 14, ColumnForm::Seconds}, nameA{"nameA", -20}, nameB{"nameB"};
+    if (kind == Search_Event) return {objectA, timeA, nameA};
+    if (kind == Search_Switch) return {objectA, objectB, timeA, nameA, nameB};
+    if (kind == Search_Status) return {objectA, timeA, timeB, interval, nameA};
+    return {objectA, objectB, timeA, timeB, interval, nameA, nameB};
+}
+
+void put_rows(const CommandLine& line, const AnalysisLine& analysis, const SearchResult& result,
+              RowWriter& rows) {
+    const bool event = result.request.kind == Search_Event;
+    for (const SearchRow& row : result.rows) {
+        Json values{{"objectA", row.objectA},
+                    {"objectB", event ? Json(nullptr) : Json(row.objectB)},
+                    {"timeA", analysis.shownTime(row.timeA)},
+                    {"timeB", event ? Json(nullptr) : analysis.shownTime(row.timeB)}};
+        if (!line.json) {
+            values["interval"] = analysis.shownLength(row.timeB - row.timeA);
+            values["nameA"] = analysis.nameOf(row.objectA);
+            values["nameB"] = analysis.nameOf(row.objectB);
+        }
+        rows.row(values);
+    }
+}
+
+void put_summary(const CommandLine& line, const AnalysisLine& analysis, const SearchResult& result,
+                 RowWriter& rows) {
+    const int kind = result.request.kind;
+    if (!line.json) return rows.note(search_StatisticsLine(analysis.words, result));
+    Json summary{{"rows", result.rows.size()}};
+    if (kind == Search_Pattern || kind == Search_Status) {
+        const IntervalFigures figures = search_IntervalFigures(result);
+        const bool any = !result.rows.empty();
+        summary["max"] = any ? analysis.shownLength(figures.max) : Json(nullptr);
+        summary["min"] = any ? analysis.shownLength(figures.min) : Json(nullptr);
+        summary["ave"] =
+            any ? Json(figures.ave * (line.ticks ? analysis.source.ticksPerSecond : 1)) : Json(nullptr);
+    }
+    rows.row(summary);
+}
+
+}  // namespace
+
+int command_Search(const CommandLine& line) {
+    if (!fits_kind(line)) return Exit_Usage;
+    const auto limit = cli_Number(line.limit, "--limit", 0);
+    if (!limit) return Exit_Usage;
+    AnalysisLine analysis(line);
+    int status = Exit_Usage;
+    if (!analysis.open(status)) return status;
+    const auto request = make_request(line, analysis);
+    if (!request) return Exit_Usage;
+    RowWriter rows(line, columns_of(request->kind));
+    if (!rows.good()) return Exit_Failed;
+    SearchResult result;
+    result.request = *request;
+    // A store with no events gives no walk, and an empty result.
+    if (!search_Run(analysis.source, *request, result, *limit) &&
+        mt_GetEventCount(analysis.named.store()) > 0)
+        return cli_Failure(line.path + ": the store can't be read");
+    put_rows(line, analysis, result, rows);
+    if (result.rows.empty())
+        analysis.say(search_NotFoundMessage(analysis.named.legend, result.request));
+    else
+        put_summary(line, analysis, result, rows);
+    if (result.rows.empty() && line.json) put_summary(line, analysis, result, rows);
+    return analysis.finish(rows, result.damaged, result.reached);
+}
