@@ -14,3 +14,18 @@ DialogDescription dialogs_Hide();
 DialogDescription dialogs_TimeUnit();
 // A time or range to go to: field "time", explanation "t_explain", message line, "ok", "cancel".
 DialogDescription dialogs_GotoTime();
+// A value to be typed, "getValue": prompt "t_please", field "tf_val", "bs_ok", "cancel".
+DialogDescription dialogs_GetValue();
+// The options of the program: check boxes "wheel", "snap", "newtrv", "prefetch", "kernel", "icons", "right",
+// "bottom", "ok", "cancel".
+DialogDescription dialogs_Options();
+// The sides of the scroll bars: choices "side" (left, right) and "end" (top, bottom), "ok", "cancel".
+DialogDescription dialogs_ScrollPos();
+// The bookmarks: list "marks", field "label", message line, "rename", "colour", "goto", "delete", "close".
+DialogDescription dialogs_Bookmarks();
+// What keys and pointer do: list "keys", "close".
+DialogDescription dialogs_KeySheet();
+// Commands to choose from: field "filter", list "commands", "run", "close".
+DialogDescription dialogs_Palette();
+// About the program: "t_name", "t_version", "t_build", "ok".
+DialogDescription dialogs_About();

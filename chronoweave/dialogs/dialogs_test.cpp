@@ -10,7 +10,9 @@ const std::vector<std::string> sound;
 
 TEST(DialogsTest, EveryLayoutSurvivesFontsAndSizes) {
     for (const DialogDescription& d :
-         {dialogs_CanvasWindow(), dialogs_Hide(), dialogs_TimeUnit(), dialogs_GotoTime()})
+         {dialogs_CanvasWindow(), dialogs_Hide(), dialogs_TimeUnit(), dialogs_GotoTime(), dialogs_GetValue(),
+          dialogs_Options(), dialogs_ScrollPos(), dialogs_Bookmarks(), dialogs_KeySheet(), dialogs_Palette(),
+          dialogs_About()})
         EXPECT_EQ(dialog_CheckAll(d), sound) << d.name;
 }
 

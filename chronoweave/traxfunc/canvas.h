@@ -134,6 +134,7 @@ struct laUpperFloor {
     // Runs work that may paint.
     std::function<void(const std::function<void()>& work)> draw;
     std::function<std::vector<std::string>()> recentFiles;  // newest first
+    std::function<void()> refreshIntervalChanged;           // the timer starts anew
     bool iconButtons = true;                                // tool buttons show icons, else texts
     bool serverConnected = false;                           // an event server is
 };
