@@ -122,6 +122,9 @@ std::optional<std::vector<uint32_t>> analysis_FindObjects(std::string_view text,
     }
     auto ids = known_of_name(text, known, names, false);
     if (ids.empty()) ids = known_of_name(text, known, names, true);
+    if (ids.empty() && nameMeansAll)
+        for (const uint32_t id : known)
+            if (const std::string* own = names.find(id); own && text_matches(text, *own)) ids.push_back(id);
     if (ids.empty()) {
         why = unknown_object(text, known, names);
         return std::nullopt;
