@@ -45,7 +45,8 @@ enum : uint32_t {
     LegendEvent_Category = 4,
     LegendEvent_AnyType = 8,
     LegendEvent_AnySubtype = 16,
-    LegendEvent_IntervalSearch = 32
+    LegendEvent_IntervalSearch = 32,
+    LegendEvent_Important = 64  // its icons are never hidden under others
 };
 
 // An event or a category; a category opens a group, and the events behind it belong to it.
@@ -60,6 +61,7 @@ struct LegendEvent {
 
     uint32_t visibility() const { return flags & LegendEvent_VisibilityMask; }
     bool isCategory() const { return (flags & LegendEvent_Category) != 0; }
+    bool isImportant() const { return (flags & LegendEvent_Important) != 0; }
     bool isWildcard() const { return (flags & (LegendEvent_AnyType | LegendEvent_AnySubtype)) != 0; }
 };
 

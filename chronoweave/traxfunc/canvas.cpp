@@ -16,6 +16,7 @@ constexpr int thickestLine = 1000;  // pixels; keeps a damaged legend from overf
 void look_up_icons(_LaCanvasData& canvas) {
     const IconHandle help = icon_Find("help");
     canvas.eventLooks.clear();
+    canvas.anyImportantEvent = false;
     for (const LegendEvent& event : canvas.legend.events) {
         LaEventLook look;
         if (!event.isCategory() && !event.iconName.empty()) {
@@ -31,6 +32,8 @@ void look_up_icons(_LaCanvasData& canvas) {
             look.height = icon_Height(look.icon);
         }
         look.shown = look.icon != NoIcon && event.visibility() != 0;
+        look.important = event.isImportant();
+        canvas.anyImportantEvent = canvas.anyImportantEvent || (look.shown && look.important);
         canvas.eventLooks.push_back(look);
     }
     canvas.overlapIcon =
@@ -186,6 +189,13 @@ bool laCanvas_UpdateRowHeight(_LaCanvasData& canvas) {
 
 std::string laCanvas_Plural(std::string_view term) {
     return std::string(term) + "s";
+}
+
+void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work) {
+    if (canvas.upper.draw && canvas.graph->surface == nullptr)
+        canvas.upper.draw(work);
+    else
+        work();
 }
 
 void laCanvas_Beep(const _LaCanvasData& canvas) {

@@ -4,7 +4,8 @@
 //
 // Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
 // scroll.h, history.h, cursor.h, bookmarks.h, fields.h, navigate.h, goto.h, commands.h, time_unit.h,
-// hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h.
+// hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h, tips.h,
+// pointer.h, context_menu.h.
 //
 // Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
 // negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
@@ -227,7 +228,9 @@ struct _LaCanvasData {
     int contentHeight = 0;        // pixels
     LaPainted painted;
     double cursor[2] = {-100.0, -100.0};  // unset below 0
-    int pendingCursorX = -100;
+    int pendingCursorX = -100;    // of a temporary cursor while the button is held with Shift; -100 for none
+    bool hoverPass = false;       // an item that is hit makes its tip and opens no window
+    std::string hoverText;        // that tip
     double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
     uint32_t flags = Canvas_DefaultFlags;
     std::vector<LaBookmark> bookmarks;  // newest first
@@ -264,5 +267,7 @@ bool laCanvas_UpdateRowHeight(_LaCanvasData& canvas);
 // The plural of a term, as used in titles.
 std::string laCanvas_Plural(std::string_view term);
 void laCanvas_Beep(const _LaCanvasData& canvas);
+// Runs work that may paint: with the surface opened by the window when it isn't open.
+void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work);
 // Beep and message.
 void laCanvas_Refuse(_LaCanvasData& canvas, std::string_view message);
