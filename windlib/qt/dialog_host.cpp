@@ -115,7 +115,7 @@ QWidget* QtDialogHost::parentOfDialogs() const {
     QWidget* active = QApplication::activeWindow();
     for (const auto& shown : shown_)
         if (active && shown->window == active && !shown->model->isClosed()) return active;
-    return over_;
+    return over_ && over_->isVisible() ? over_ : nullptr;
 }
 
 int QtDialogHost::Run(DialogModel& model) {
@@ -143,6 +143,23 @@ DialogModel& QtDialogHost::Open(std::unique_ptr<DialogModel> opened) {
     return model;
 }
 
+namespace {
+
+// What waits over a window that goes would wait unseen.
+void endWaiting(QWidget& window) {
+    const QList<QWidget*> waiting = window.findChildren<QWidget*>();
+    for (auto at = waiting.rbegin(); at != waiting.rend(); ++at) {
+        if (auto* dialog = qobject_cast<QDialog*>(*at); dialog && dialog->isVisible()) {
+            dialog->reject();
+            if (dialog->isVisible()) dialog->done(QDialog::Rejected);
+        } else if (auto* menu = qobject_cast<QMenu*>(*at); menu && menu->isVisible()) {
+            menu->close();
+        }
+    }
+}
+
+}  // namespace
+
 // The window goes from the screen at once; it and the model live on until nobody is on the way through them.
 void QtDialogHost::closed(Shown& shown) {
     DialogModel& model = *shown.model;
@@ -158,6 +175,7 @@ void QtDialogHost::closed(Shown& shown) {
         position.toParent = {at.x() - parent.x(), at.y() - parent.y(), at.width(), at.height()};
         settings_->SetPosition(positionKey(model), position);
     }
+    endWaiting(*shown.window);
     shown.window->hide();
     reapSoon();
 }

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -298,6 +299,10 @@ class DialogFrame : public QDialog {
         model.closed = [this] { accept(); };
         view_->focusFirst();
     }
+    ~DialogFrame() override {
+        model_.itemChanged = {};
+        model_.titleChanged = model_.closed = {};
+    }
     void reject() override { model_.dismiss(); }
 
   protected:
@@ -313,9 +318,12 @@ class DialogFrame : public QDialog {
 }  // namespace
 
 int dialog_Run(QWidget* parent, DialogModel& model) {
-    DialogFrame frame(parent, model);
-    if (!model.isClosed()) frame.exec();
-    model.itemChanged = {};
-    model.titleChanged = model.closed = {};
+    if (model.isClosed()) return model.result();
+    const QPointer<DialogFrame> frame = new DialogFrame(parent, model);
+    frame->exec();
+    // The dialog goes with the window that it stands over, unasked; the canvas may be gone then.
+    if (!frame) return Dialog_Dismissed;
+    if (!model.isClosed()) model.close(Dialog_Dismissed);
+    delete frame.data();
     return model.result();
 }
