@@ -114,7 +114,7 @@ class RuleChecker {
         const double out = excess(value);
         ++measured_;
         if (out > slack * std::max(1.0, std::fabs(value))) ++outside_;
-        if (outcome_.worst && out <= worstExcess_) return;
+        if (outcome_.worst && out <= worstExcess_ + slack) return;  // the first of equals
         worstExcess_ = out;
         outcome_.worst = value;
         outcome_.time = time;
@@ -256,7 +256,7 @@ class RuleChecker {
             const double gap = row.timeA - at->second, off = std::fabs(gap - wanted);
             ++measured_;
             if (off > jitter + slack * std::max(1.0, gap)) ++outside_;
-            if (off > farthest) {
+            if (off > farthest + slack) {
                 farthest = off;
                 outcome_.worst = gap;
                 outcome_.time = at->second;

@@ -68,7 +68,9 @@ std::string unknown_object(std::string_view name, const std::vector<uint32_t>& k
 std::string analysis_NearNames(std::string_view text, std::span<const std::string> candidates) {
     const std::string wanted = lower(text.substr(0, longest_compared));
     std::vector<std::pair<size_t, const std::string*>> near;
+    std::set<std::string_view> seen;
     for (const std::string& candidate : candidates) {
+        if (!seen.insert(candidate).second) continue;
         const std::string other = lower(std::string_view(candidate).substr(0, longest_compared));
         const bool within =
             wanted.size() >= 3 && other.size() >= 3 &&
