@@ -1,5 +1,7 @@
 #include "chronoweave/dialogs/bindings.h"
 
+#include <algorithm>
+
 #include "chronoweave/dialogs/dialogs.h"
 #include "chronoweave/traxfunc/goto.h"
 #include "chronoweave/traxfunc/hide_dialog.h"
@@ -26,8 +28,16 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
         model_.setTitle(logic_.title);
         model_.setText("t_show", logic_.showTitle);
         model_.setText("t_hide", logic_.hideTitle);
-        for (const char* list : {"to_show", "to_hide"})
-            model_.setColumnTitles(list, {logic_.nameColumn, logic_.idColumn});
+        for (const char* name : {"to_show", "to_hide"}) {
+            model_.setColumnTitles(name, {logic_.nameColumn, logic_.idColumn});
+            MScrollList& list = model_.list(name);
+            list.SetComparison(1, msl_CompareUnsigned);
+            list.viewResized = [&list](int width) {
+                const int first = laHideDialog::NameColumnWidth(width);
+                list.SetWidth(0, first);
+                list.SetWidth(1, std::max(0, width - first));
+            };
+        }
         show();
         const auto self = shared_from_this();
         model_.onPress = [self](const std::string& name) { self->press(name); };
@@ -40,7 +50,12 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             self->enable();
         };
         model_.onActivate = [self](const std::string& list, int row) {
-            self->logic_.DoubleClick(list == "to_show", static_cast<size_t>(row));
+            const bool inToShow = list == "to_show";
+            const std::vector<laHideRow>& rows = inToShow ? self->logic_.toShow : self->logic_.toHide;
+            const uint64_t id = self->model_.rowId(list, row);
+            const auto at = std::find_if(rows.begin(), rows.end(),
+                                         [id](const laHideRow& each) { return each.data == id; });
+            self->logic_.DoubleClick(inToShow, static_cast<size_t>(at - rows.begin()));
             self->show();
         };
     }
@@ -53,9 +68,9 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
     }
     void takeSelection() {
         const auto take = [&](const char* list, std::vector<laHideRow>& rows) {
-            const auto& selected = model_.item(list).selected;
-            for (size_t i = 0; i < rows.size(); ++i)
-                rows[i].selected = selected.count(static_cast<int>(i)) > 0;
+            const std::vector<uint64_t> ids = model_.selectedIds(list);
+            const std::set<uint64_t> selected(ids.begin(), ids.end());
+            for (laHideRow& row : rows) row.selected = selected.count(row.data) > 0;
         };
         take("to_show", logic_.toShow);
         take("to_hide", logic_.toHide);

@@ -40,6 +40,23 @@ TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
     EXPECT_EQ(canvas.taskList->rows().size(), 1u);
 }
 
+TEST_F(Bindings, WhatIsHiddenFollowsTheRowsAsTheUserSortedThem) {
+    const auto model = dialogs_OpenHide(canvas, {});
+    EXPECT_TRUE(model->sortRows("to_show", 1));
+    EXPECT_TRUE(model->sortRows("to_show", 1));  // the other way round: Three, Two, One
+    EXPECT_TRUE(model->activate("to_show", 0));
+    EXPECT_EQ(model->item("to_hide").rows[0].cells[0], "Three");
+    EXPECT_EQ(model->item("to_show").rows[0].cells[0], "Two");  // the order stays
+    EXPECT_TRUE(model->clickRow("to_show", 0, 0));
+    EXPECT_TRUE(model->clickRow("to_show", 1, 0, 1, true));
+    EXPECT_TRUE(model->press("hide"));
+    EXPECT_EQ(model->item("to_hide").rows.size(), 3u);
+    EXPECT_TRUE(model->sortRows("to_hide", 0));  // One, Three, Two
+    EXPECT_TRUE(model->clickRow("to_hide", 1, 0));
+    EXPECT_TRUE(model->press("show"));
+    EXPECT_EQ(model->item("to_show").rows[0].cells[0], "Three");
+}
+
 TEST_F(Bindings, TheUnitAndThePlaceAreTakenOver) {
     const auto unit = dialogs_OpenTimeUnit(canvas, {});
     ASSERT_TRUE(unit);
