@@ -6,12 +6,8 @@
 #include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
-#include <QIcon>
-#include <QKeyEvent>
-#include <QMessageBox>
 #include <QScrollBar>
 #include <QSignalBlocker>
-#include <QToolBar>
 #include <filesystem>
 
 #include "chronoweave/dialogs/bindings.h"
@@ -29,6 +25,7 @@
 #include "shared/libcxxutil/text.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/settings.h"
+#include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
 #include "windlib/qt/overview_strip.h"
 #include "windlib/qt/picture_view.h"
@@ -74,21 +71,17 @@ std::string fileOf(const std::string& name) {
     return std::filesystem::absolute(base ? name + ".trs" : name, none).string();
 }
 
-QIcon toolIcon(const char* name) {
-    const IconHandle icon = icon_Find(name);
-    return icon == NoIcon ? QIcon()
-                          : QIcon(QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path));
-}
-
 }  // namespace
 
 CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices services)
-    : live_(live), services_(services), model_(dialogs_CanvasWindow()) {
+    : title_(title), live_(live), services_(services), model_(dialogs_CanvasWindow()) {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("Trax"));
     setWindowTitle(QString::fromStdString(title));
     build();
     connectItems();
+    fillUpperFloor();
+    makeMenus();
     takeOptions();
     resize(1200, 760);
     windows().push_back(this);  // last, so that a failing creation leaves the list as it was
@@ -101,9 +94,13 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
 
 CanvasWindow::~CanvasWindow() {
     std::erase(windows(), this);
+    host_.reset();  // with the windows about the canvas
+    // The widgets speak of losing the keyboard while they go, to what is a member here.
     dialog_ = nullptr;
-    model_.itemChanged = {};
+    setMenuBar(nullptr);
+    delete takeCentralWidget();
 }
+
 const std::vector<CanvasWindow*>& CanvasWindow::all() {
     return windows();
 }
@@ -161,7 +158,7 @@ QWidget* CanvasWindow::makeItem(const DialogItem& item) {
     return nullptr;
 }
 
-// The picture with its bars on the sides that the options name.
+// The picture with its bars.
 QWidget* CanvasWindow::makePane() {
     auto* pane = new QWidget;
     view_ = new PictureView;
@@ -173,34 +170,25 @@ QWidget* CanvasWindow::makePane() {
     horizontal_->setAccessibleName(QStringLiteral("Scroll in time"));
     vertical_->setObjectName(QStringLiteral("VScroll"));
     vertical_->setAccessibleName(QStringLiteral("Scroll over the rows"));
-    const ProgramOptions options = services_.settings ? services_.settings->options : ProgramOptions{};
-    const int row = options.horizontalBarBottom ? 0 : 1, column = options.verticalBarRight ? 0 : 1;
-    auto* grid = new QGridLayout(pane);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setSpacing(0);
-    grid->setRowStretch(row, 1);
-    grid->setColumnStretch(column, 1);
-    grid->addWidget(view_, row, column);
-    grid->addWidget(vertical_, row, 1 - column);
-    grid->addWidget(horizontal_, 1 - row, column);
+    grid_ = new QGridLayout(pane);
+    grid_->setContentsMargins(0, 0, 0, 0);
+    grid_->setSpacing(0);
     return pane;
 }
 
-QWidget* CanvasWindow::makeTools() {
-    auto* bar = new QToolBar;
-    const auto add = [&](const char* icon, const char* text, const std::function<void()>& work) {
-        connect(bar->addAction(toolIcon(icon), QString::fromUtf8(text)), &QAction::triggered, this, work);
-    };
-    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    add("folder-open", "Open", [this] { chooseAndLoad(); });
-    add("zoom-in", "Zoom In", [this] { view_->command("ZoomIn"); });
-    add("zoom-out", "Zoom Out", [this] { view_->command("ZoomOut"); });
-    add("fit", "Fit", [this] { view_->command("ShowAll"); });
-    bar->addSeparator();
-    add("", "Hide...", [this] { hideObjects(); });
-    add("", "Go to...", [this] { goToTime(); });
-    add("", "Unit...", [this] { changeUnit(); });
-    return bar;
+// On the sides that the options name.
+void CanvasWindow::placeBars() {
+    const int row = options().horizontalBarBottom ? 0 : 1, column = options().verticalBarRight ? 0 : 1;
+    for (QWidget* part :
+         {static_cast<QWidget*>(view_), static_cast<QWidget*>(vertical_), static_cast<QWidget*>(horizontal_)})
+        grid_->removeWidget(part);
+    for (int i : {0, 1}) {
+        grid_->setRowStretch(i, i == row ? 1 : 0);
+        grid_->setColumnStretch(i, i == column ? 1 : 0);
+    }
+    grid_->addWidget(view_, row, column);
+    grid_->addWidget(vertical_, row, 1 - column);
+    grid_->addWidget(horizontal_, 1 - row, column);
 }
 
 void CanvasWindow::connectItems() {
@@ -216,24 +204,14 @@ void CanvasWindow::connectItems() {
     connect(view_, &PictureView::fileDropped, this,
             [this](const QString& path) { load(path.toStdString()); });
     canvas.fieldsChanged = [this] { showFields(); };
+    canvas.buttonsChanged = [this] { showButtons(); };
     canvas.progress = [this](double done, double total) { return !work_ || work_->tell(done, total); };
     graph.setBusy = [this](bool busy) { setBusy(busy); };
     model_.onCommit = [this](const std::string& name, const std::string& text) {
         view_->draw([&] { laCanvas_CommitField(view_->canvas(), name, text); });
         showFields();
     };
-    model_.onPress = [this](const std::string& name) { view_->command(name); };
-}
-
-void CanvasWindow::takeOptions() {
-    if (!services_.settings) return;
-    const ProgramOptions& options = services_.settings->options;
-    _LaCanvasData& canvas = view_->canvas();
-    canvas.newTrv = options.newTrv;
-    canvas.prefetch = options.prefetch;
-    canvas.kernelGroup = options.kernel;
-    canvas.snapCursors = options.cursorsSnap;
-    view_->setBareWheelZooms(options.bareWheelZooms);
+    model_.onPress = [this](const std::string& name) { command(name); };
 }
 
 void CanvasWindow::syncBars() {
@@ -307,6 +285,7 @@ bool CanvasWindow::load(const std::string& name) {
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
     const bool shown = opened.store && showStore(opened, name);
     if (shown) overview_->rebuild();
+    showButtons();
     setBusy(false);
     loading_ = false;
     std::string message = opened.inCache ? "The store is " + opened.base + ".trs" : "";
@@ -315,6 +294,7 @@ bool CanvasWindow::load(const std::string& name) {
         say(message);
         restoreArrangement();
         if (services_.settings) services_.settings->AddRecent(source_);
+        showButtons();
     }
     if (!opened.error.empty()) platform_MessageBox(this, opened.error);
     return shown;
@@ -331,6 +311,7 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
     if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height))
         return false;
     _LaCanvasData& canvas = view_->canvas();
+    laCanvas_CloseViews(canvas);
     bool shown = false;
     view_->draw(
         [&] { shown = laCanvas_SetUpFromStore(canvas, std::move(opened.store), std::move(legend), name); });
@@ -389,67 +370,5 @@ void CanvasWindow::chooseAndLoad() {
 }
 
 void CanvasWindow::openDialog(std::unique_ptr<DialogModel> model) {
-    if (model) dialog_Run(this, *model);
-    view_->setFocus();
-}
-
-void CanvasWindow::hideObjects() {
-    openDialog(
-        dialogs_OpenHide(view_->canvas(), [this](const std::function<void()>& work) { view_->draw(work); }));
-}
-
-void CanvasWindow::goToTime() {
-    openDialog(
-        dialogs_OpenGoto(view_->canvas(), [this](const std::function<void()>& work) { view_->draw(work); }));
-}
-
-void CanvasWindow::changeUnit() {
-    openDialog(dialogs_OpenTimeUnit(view_->canvas(),
-                                    [this](const std::function<void()>& work) { view_->draw(work); }));
-}
-
-void CanvasWindow::sheetOfKeys() {
-    QMessageBox::information(this, QStringLiteral("Keys"),
-                             QStringLiteral("Ctrl+O\topen a trace (or drop a file)\n"
-                                            "Ctrl+N\tanother window\n"
-                                            "Ctrl+wheel, W, S, +, -\tzoom at the pointer\n"
-                                            "wheel, Up, Down\tscroll over the rows\n"
-                                            "Shift+wheel, A, D, Left, Right\tscroll in time\n"
-                                            "Page Up, Page Down\tscroll by a view\n"
-                                            "Home, End\tto the ends\n"
-                                            "0\tshow everything\n"
-                                            "drag\tselect (Alt: without snapping)\n"
-                                            "middle drag, Space+drag\tmove the picture\n"
-                                            "F\tcentre the selection, again: fit it\n"
-                                            "Z\tzoom to the selection\n"
-                                            "Ctrl+G\tgo to a time\n"
-                                            "Ctrl+H\thide objects\n"
-                                            "Ctrl+B\tbookmark the cursors\n"
-                                            "Alt+Left, Alt+Right\tback and forth in the history\n"
-                                            "Ctrl+Q\tclose the window\n"
-                                            "Escape\tstop long work"));
-}
-
-void CanvasWindow::keyPressEvent(QKeyEvent* event) {
-    const bool control = event->modifiers() & Qt::ControlModifier, alt = event->modifiers() & Qt::AltModifier;
-    if (event->matches(QKeySequence::Open))
-        chooseAndLoad();
-    else if (event->key() == Qt::Key_F1 || event->text() == QStringLiteral("?"))
-        sheetOfKeys();
-    else if (event->matches(QKeySequence::New))
-        openAnother();
-    else if (control && (event->key() == Qt::Key_Q || event->key() == Qt::Key_W))
-        close();
-    else if (control && event->key() == Qt::Key_G)
-        goToTime();
-    else if (control && event->key() == Qt::Key_H)
-        hideObjects();
-    else if (control && event->key() == Qt::Key_B)
-        view_->command("AddBookmark");
-    else if (alt && event->key() == Qt::Key_Left)
-        view_->command("PrevHistory");
-    else if (alt && event->key() == Qt::Key_Right)
-        view_->command("NextHistory");
-    else
-        QMainWindow::keyPressEvent(event);
+    if (model) host_->Run(*model);
 }

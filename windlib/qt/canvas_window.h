@@ -4,18 +4,25 @@
 
 #include <QMainWindow>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "chronoweave/traxfunc/menus.h"
 #include "windlib/dialog/model.h"
 
 class ArrangementStore;
 class DialogView;
 class LongWork;
+class MenuView;
 class OverviewStrip;
 class PictureView;
+class QGridLayout;
 class QScrollBar;
+class QtDialogHost;
 class SettingsManager;
+class ToolBarView;
+struct ProgramOptions;
 
 // What all windows share; either may be null. Both outlive the windows.
 struct CanvasServices {
@@ -35,6 +42,9 @@ class CanvasWindow : public QMainWindow {
     bool load(const std::string& name);
     PictureView& view() { return *view_; }
     DialogModel& items() { return model_; }
+    QtDialogHost& host() { return *host_; }
+    // Menus, buttons and keys all end here: a command of the canvas by its text.
+    void command(const std::string& text);
     bool isLive() const { return live_; }
     // The text of the message line.
     std::string message() const;
@@ -59,15 +69,22 @@ class CanvasWindow : public QMainWindow {
   protected:
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     void build();
+    void makeMenus();
+    void fillUpperFloor();
     QWidget* makeItem(const DialogItem& item);
     QWidget* makePane();
     QWidget* makeTools();
     void connectItems();
+    const ProgramOptions& options() const;
     void takeOptions();
+    bool setOptions(const std::optional<ProgramOptions>& wanted);
+    void placeBars();
     void syncBars();
+    void showButtons();
     void showFields();
     bool showStore(struct OpenedSource& opened, const std::string& name);
     void setBusy(bool busy);  // long work begins and ends; calls nest
@@ -75,11 +92,11 @@ class CanvasWindow : public QMainWindow {
     void keepArrangement();
     void say(const std::string& text);
     void openDialog(std::unique_ptr<DialogModel> model);
-    void hideObjects();
-    void goToTime();
-    void changeUnit();
-    void sheetOfKeys();
+    void closeSource();
+    bool openFile(const std::string& name);
+    bool chooseCommand();
 
+    std::string title_;  // of an empty window
     bool live_;
     CanvasServices services_;
     bool loading_ = false;
@@ -91,5 +108,11 @@ class CanvasWindow : public QMainWindow {
     OverviewStrip* overview_ = nullptr;
     QScrollBar* horizontal_ = nullptr;
     QScrollBar* vertical_ = nullptr;
+    QGridLayout* grid_ = nullptr;
     DialogView* dialog_ = nullptr;
+    ToolBarView* tools_ = nullptr;
+    MenuView* menus_ = nullptr;
+    std::vector<laButtonState> buttons_;
+    bool menusStale_ = false;             // they are renewed soon
+    std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas
 };

@@ -44,6 +44,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
     graph_.listChanged = [this] { namesStale_ = true; };
     canvas_ = laCanvas_Create(graph_, 0);
+    canvas_->upper.draw = [this](const std::function<void()>& work) { draw(work); };
     // The bars of the canvas may move in the middle of anything: painting needs the surface open.
     for (ScrollBarModel* bar : {&graph_.horizontal, &graph_.vertical})
         bar->onChange = [this, changed = bar->onChange] { draw(changed); };
@@ -163,7 +164,7 @@ void PictureView::wheelEvent(QWheelEvent* event) {
 }
 
 void PictureView::command(const std::string& text) {
-    draw([&] { laCanvas_Command(*canvas_, text); });
+    laCanvas_Command(*canvas_, text);
 }
 
 bool PictureView::handleKey(const QKeyEvent& event) {
