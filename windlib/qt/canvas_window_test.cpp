@@ -19,6 +19,7 @@
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/settings.h"
+#include "windlib/qt/application_testing.h"
 #include "windlib/qt/picture_file.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -27,15 +28,7 @@ namespace {
 
 class Window : public testing::Test {
   protected:
-    static void SetUpTestSuite() {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        // Left to the end of the process: Qt's own state goes before statics do.
-        static auto* const application = platform_Start(count, arguments).release();
-        ASSERT_TRUE(application);
-    }
+    static void SetUpTestSuite() { testing_StartApplication(); }
     void SetUp() override {
         std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
         window->resize(1000, 600);
@@ -242,6 +235,7 @@ TEST_F(Window, ADarkSchemeReachesThePicture) {
     const QImage& image = window->view().image();
     EXPECT_EQ(image.pixelColor(image.width() - 2, 2), QColor(0x1E1E1E));
     const laPicture& picture = window->view().picture();
-    EXPECT_EQ(image.pixelColor(picture.graphLeft + 5, picture.dataHeight), QColor(0xE0E0E0));  // the axis line
+    EXPECT_EQ(image.pixelColor(picture.graphLeft + 5, picture.dataHeight),
+              QColor(0xE0E0E0));  // the axis line
     QApplication::setPalette(light);
 }
