@@ -4,9 +4,11 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QToolTip>
 #include <cmath>
 
 #include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/context_menu.h"
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/layout.h"
@@ -43,8 +45,22 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     autoScroll_.setInterval(autoScrollEvery);
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
     graph_.listChanged = [this] { namesStale_ = true; };
+    graph_.raise = [this] {
+        window()->raise();
+        window()->activateWindow();
+    };
+    graph_.warpPointer = [this](int x, int y) {
+        QCursor::setPos(mapToGlobal(QPoint(x + picture_.graphLeft, y + picture_.graphTop)));
+    };
+    graph_.showTip = [this](const std::string& text) {
+        if (text.empty())
+            QToolTip::hideText();
+        else
+            QToolTip::showText(QCursor::pos(), QString::fromStdString(text), this);
+    };
     canvas_ = laCanvas_Create(graph_, 0);
     canvas_->upper.draw = [this](const std::function<void()>& work) { draw(work); };
+    pointer_ = std::make_unique<laPointer>(*canvas_);
     // The bars of the canvas may move in the middle of anything: painting needs the surface open.
     for (ScrollBarModel* bar : {&graph_.horizontal, &graph_.vertical})
         bar->onChange = [this, changed = bar->onChange] { draw(changed); };
@@ -237,65 +253,112 @@ void PictureView::toggleGroup(QPoint at) {
     });
 }
 
-// A press on the mark of a group opens or closes it; in the picture the left button selects, and the middle
-// one, or the left with Space held, moves the picture.
+laPointerEvent PictureView::pointerEvent(const QMouseEvent& event, int clicks) const {
+    const QPoint at = inGraph(event.position().toPoint());
+    unsigned modifiers = 0;
+    if (event.modifiers() & Qt::ShiftModifier) modifiers |= laModifier_Shift;
+    if (event.modifiers() & Qt::ControlModifier) modifiers |= laModifier_Control;
+    if (event.modifiers() & Qt::AltModifier) modifiers |= laModifier_Alt;
+    const int button = event.button() == Qt::RightButton  ? laButton_Right
+                       : event.button() == Qt::LeftButton ? laButton_Left
+                                                          : 0;
+    return {at.x(), at.y(), modifiers, clicks, button};
+}
+
+// A press on the mark of a group opens or closes it; the middle button, or the left with Space held, moves
+// the picture; everything else in the picture is the canvas's.
 void PictureView::mousePressEvent(QMouseEvent* event) {
     const QPoint at = event->position().toPoint();
     if (at.x() < picture_.graphLeft) {
         if (event->button() == Qt::LeftButton) toggleGroup(at);
         return;
     }
-    if (!canvas_->storeHasEvents || drag_ != Drag::None) return;
-    last_ = inGraph(at);
-    if (event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_)) {
-        drag_ = Drag::Pan;
+    const bool pans = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_);
+    if (pans && canvas_->storeHasEvents && !pointer_->dragging()) {
+        panning_ = true;
+        last_ = inGraph(at);
         setCursor(Qt::ClosedHandCursor);
-    } else if (event->button() == Qt::LeftButton) {
-        drag_ = Drag::Select;
-        draw([&] {
-            laCanvas_BeginDrag(*canvas_, last_.x(), last_.y(), event->modifiers() & Qt::AltModifier);
-        });
+    } else if (!panning_) {
+        draw([&] { pointer_->Press(pointerEvent(*event, 1)); });
     }
 }
 
-void PictureView::dragTo(QPoint at, bool free) {
-    if (drag_ == Drag::Pan) {
-        const QPoint moved = last_ - at;
-        draw([&] {
-            laCanvas_ScrollColumns(*canvas_, moved.x());
-            laCanvas_ScrollRows(*canvas_, moved.y());
-        });
-    } else {
-        draw([&] { laCanvas_DragTo(*canvas_, at.x(), at.y(), free); });
-        const bool outside = at.x() < 0 || at.x() >= picture_.graphWidth;
-        if (outside && !autoScroll_.isActive()) autoScroll_.start();
-        if (!outside) autoScroll_.stop();
-    }
+void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->position().x() >= picture_.graphLeft) draw([&] { pointer_->Press(pointerEvent(*event, 2)); });
+}
+
+void PictureView::pan(QPoint at) {
+    const QPoint moved = last_ - at;
+    draw([&] {
+        laCanvas_ScrollColumns(*canvas_, moved.x());
+        laCanvas_ScrollRows(*canvas_, moved.y());
+    });
     last_ = at;
 }
 
 // While a selection is dragged past an edge, the picture follows.
+void PictureView::followDrag() {
+    const bool outside = pointer_->dragging() && (pointer_->x() < 0 || pointer_->x() >= picture_.graphWidth ||
+                                                  pointer_->y() < 0 || pointer_->y() >= picture_.dataHeight);
+    if (outside && !autoScroll_.isActive()) autoScroll_.start();
+    if (!outside) autoScroll_.stop();
+}
+
 void PictureView::autoScroll() {
-    if (drag_ != Drag::Select) return autoScroll_.stop();
-    const int step = autoScrollWidths * graph_.font.charWidth;
+    if (!pointer_->dragging()) return autoScroll_.stop();
+    const int x = pointer_->x(), y = pointer_->y();
+    const int across = autoScrollWidths * graph_.font.charWidth, down = graph_.font.height;
     draw([&] {
-        laCanvas_ScrollColumns(*canvas_, last_.x() < 0 ? -step : step);
-        laCanvas_DragTo(*canvas_, last_.x(), last_.y(), true);
+        if (x < 0 || x >= picture_.graphWidth) laCanvas_ScrollColumns(*canvas_, x < 0 ? -across : across);
+        if (y < 0 || y >= picture_.graphHeight) laCanvas_ScrollRows(*canvas_, y < 0 ? -down : down);
+        pointer_->Scrolled();
     });
 }
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     const QPoint at = inGraph(event->position().toPoint());
-    if (drag_ != Drag::None) return dragTo(at, event->modifiers() & Qt::AltModifier);
-    if (canvas_->storeHasEvents && at.x() >= 0 && at.x() < picture_.graphWidth)
+    if (panning_) return pan(at);
+    if (event->buttons() != Qt::NoButton) {
+        draw([&] { pointer_->Move(pointerEvent(*event, 1)); });
+        followDrag();
+    } else if (canvas_->storeHasEvents && at.x() >= 0 && at.x() < picture_.graphWidth) {
         laCanvas_UpdateFields(*canvas_, 0, laCanvas_HoverText(*canvas_, at.x()).c_str());
+    }
 }
 
-void PictureView::mouseReleaseEvent(QMouseEvent*) {
-    if (drag_ == Drag::Select) draw([&] { laCanvas_EndDrag(*canvas_); });
-    if (drag_ == Drag::Pan) unsetCursor();
-    drag_ = Drag::None;
-    autoScroll_.stop();
+void PictureView::mouseReleaseEvent(QMouseEvent* event) {
+    if (panning_) {
+        panning_ = false;
+        unsetCursor();
+        return;
+    }
+    bool menu = false;
+    const laPointerEvent released = pointerEvent(*event, 1);
+    draw([&] { menu = pointer_->Release(released); });
+    followDrag();
+    if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
+}
+
+void PictureView::popUp(laContextMenu menu) {
+    if (canvas_->host) menu.act(canvas_->host->PopUp(menu.title, menu.rows));
+}
+
+// The press may have gone to another window's side: what was dragged stays where it is.
+void PictureView::focusOutEvent(QFocusEvent* event) {
+    if (event->reason() == Qt::ActiveWindowFocusReason && pointer_->dragging())
+        draw([&] { pointer_->Cancel(); });
+    space_ = false;
+    QWidget::focusOutEvent(event);
+}
+
+bool PictureView::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip) return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QPoint at = inGraph(help->pos());
+    const std::string text =
+        at.x() >= 0 && canvas_->storeHasEvents ? laPointer_Tip(*canvas_, at.x(), at.y()) : std::string();
+    QToolTip::showText(help->globalPos(), QString::fromStdString(text), this);
+    return true;
 }
 
 // The selection shows its length beside it.

@@ -10,6 +10,7 @@
 
 #include "chronoweave/traxfunc/canvas.h"
 #include "chronoweave/traxfunc/picture.h"
+#include "chronoweave/traxfunc/pointer.h"
 
 class PictureView : public QWidget {
     Q_OBJECT
@@ -45,20 +46,24 @@ class PictureView : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    bool event(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
   private:
-    enum class Drag { None, Select, Pan };
-
     void drawNames(Surface& whole);
     void drawSelectionLength(QPainter& painter);
     void makeImage();
     void finishDrawing();
     bool handleKey(const QKeyEvent& event);
     void toggleGroup(QPoint at);
-    void dragTo(QPoint at, bool free);
+    void pan(QPoint at);
+    void followDrag();
     void autoScroll();
+    laPointerEvent pointerEvent(const QMouseEvent& event, int clicks) const;
+    void popUp(struct laContextMenu menu);
     QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
     int pointerColumn() const;
 
@@ -71,7 +76,8 @@ class PictureView : public QWidget {
     bool resized_ = false;     // while drawing
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
-    Drag drag_ = Drag::None;
-    QPoint last_;  // of the drag, in the drawing area
+    std::unique_ptr<laPointer> pointer_;
+    bool panning_ = false;
+    QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
 };
