@@ -44,6 +44,7 @@ std::unique_ptr<_LaCanvasData> input_Canvas(const BenchPlace& place, const std::
 void register_StoreBenchmarks(const BenchPlace& place);
 void register_CanvasBenchmarks(const BenchPlace& place);
 void register_NavigationBenchmarks(const BenchPlace& place);
+void register_AnalysisBenchmarks(const BenchPlace& place);
 // Runs work with the surface that pictures are drawn on, or one that only counts where there is no Qt, of the
 // size of the views that are measured.
 constexpr int view_width = 1920, view_height = 1080;

@@ -92,5 +92,6 @@ int main(int argc, char** argv) {
     register_StoreBenchmarks(place);
     register_CanvasBenchmarks(place);
     register_NavigationBenchmarks(place);
+    register_AnalysisBenchmarks(place);
     return measure_RunAll() == 0 ? 0 : 1;
 }

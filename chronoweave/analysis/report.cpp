@@ -180,7 +180,7 @@ class ObjectSums {
     bool wanted(const Record& record) const {
         return request_.target < 0 || record.status == request_.target;
     }
-    ObjectFigures& of(const Record& record) { return report_.figures[index_.find(record.object)]; }
+    ObjectFigures& of(const Record& record) { return report_.figures[record.index]; }
     const SearchRequest& request_;
     ChosenReport& report_;
     LaneIndex index_;
@@ -204,23 +204,21 @@ class LoadSums {
     LoadSums(const AnalysisSource& source, const std::vector<uint32_t>& objects,
              const std::vector<uint32_t>& idle)
         : source_(source), times_(objects.size(), 0.0), idle_(objects.size(), false) {
-        for (uint32_t at = 0; at < objects.size(); ++at) {
-            index_.add(objects[at], at);
+        for (size_t at = 0; at < objects.size(); ++at) {
+            idle_[at] = std::find(idle.begin(), idle.end(), objects[at]) != idle.end();
             const uint32_t processor = source.processorOf(objects[at]);
             if (processor >= processors_.size()) processors_.resize(processor + 1);
             processors_[processor].there = true;
         }
-        for (const uint32_t object : idle)
-            if (const uint32_t at = index_.find(object); at != laNoLane) idle_[at] = true;
     }
     void entered(const Record& record) {
-        if (!executes(record) || idle_[index_.find(record.object)]) return;
+        if (!executes(record) || idle_[record.index]) return;
         Processor& processor = processors_[record.processor];
         if (processor.executing++ == 0) processor.since = record.time;
     }
     void left(const Record& record, double until) {
         if (!executes(record)) return;
-        const uint32_t at = index_.find(record.object);
+        const uint32_t at = record.index;
         times_[at] += until - record.time;
         if (idle_[at]) return;
         Processor& processor = processors_[record.processor];
@@ -241,7 +239,6 @@ class LoadSums {
     const AnalysisSource& source_;
     std::vector<double> times_;
     std::vector<bool> idle_;
-    LaneIndex index_;
     std::vector<Processor> processors_;
 };
 

@@ -91,7 +91,7 @@ class RuleChecker {
         return value.unit == RuleUnit::Ticks ? seconds(value) : value.number;
     }
     std::string where(double time) const { return gen_format(" at %.9f s", time); }
-    std::string of(uint32_t object) const { return " of " + analysis_ObjectText(words_, object); }
+    std::string of(uint32_t object) const { return " on " + analysis_ObjectText(words_, object); }
 
     // By how much a value is outside the limits; negative: inside, by how much it is from the nearer one.
     double excess(double value) const {

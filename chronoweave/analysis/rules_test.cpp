@@ -32,38 +32,38 @@ TEST_F(RulesTest, RulesTellTheWorstCaseAndWhereItIs) {
         const char *rule, *result;
     } cases[] = {
         {"interval \"Take\" -> \"Give\" on net max 5ms in 0s..28ms",
-         "pass: the worst interval is 5 ms at 0.020000000 s of 0x400 (net); 0 of 2 are outside"},
+         "pass: the worst interval is 5 ms at 0.020000000 s on 0x400 (net); 0 of 2 are outside"},
         {"interval \"take\" -> \"GIVE\" on 0x400 max 2.5 ms  # comment \"",
-         "fail: the worst interval is 70 ms at 0.030000000 s of 0x400 (net); wanted at most 2.5 ms; 2 of 3 "
+         "fail: the worst interval is 70 ms at 0.030000000 s on 0x400 (net); wanted at most 2.5 ms; 2 of 3 "
          "are "
          "outside"},
         {"interval \"Take\" -> \"Give\" from net to 0x800 between 1ms and 100ms",
-         "pass: the worst interval is 30 ms at 0.010000000 s of 0x400 (net)"},
+         "pass: the worst interval is 30 ms at 0.010000000 s on 0x400 (net)"},
         {"interval \"Give\" -> \"Status\" on 0x400 max 1s", "fail: no \"Give\" is followed by \"Status\""},
         {"interval \"Give\" -> \"Status\" on 0x400 max 1s or none",
          "pass: no \"Give\" is followed by \"Status\""},
         {"status \"Running\" of * never longer than 50ms",
-         "pass: the worst stretch is 50 ms at 0.030000000 s of 0x800; 0 of 2 are outside"},
+         "pass: the worst stretch is 50 ms at 0.030000000 s on 0x800; 0 of 2 are outside"},
         {"status \"Running\" of * never longer than 49ticks",
-         "fail: the worst stretch is 50 ms at 0.030000000 s of 0x800; wanted at most 49 ms; 1 of 2 are "
+         "fail: the worst stretch is 50 ms at 0.030000000 s on 0x800; wanted at most 49 ms; 1 of 2 are "
          "outside"},
         {"status \"EvWait\" of * never longer than 1ms", "pass: the status does not occur"},
-        {"status \"Running\" of 0x400 at least 40% in 0s..60ms", "pass: the worst is 50% of 0x400 (net)"},
+        {"status \"Running\" of 0x400 at least 40% in 0s..60ms", "pass: the worst is 50% on 0x400 (net)"},
         {"status \"Running\" of \"n*\" at most 20ms",
-         "fail: the worst is 30 ms of 0x400 (net); wanted at most 20 ms"},
+         "fail: the worst is 30 ms on 0x400 (net); wanted at most 20 ms"},
         {"load of processor 0 at most 75% in 0..100ms",
          "fail: the load of processor 0 is 80%; wanted at most 75%"},
         {"load of processor * at most 55% without net in 0s..100ms", "pass: the load of processor 0 is 50%"},
         {"load of processor 3 at most 75%", "fail: no object belongs to processor 3"},
         {"count of \"Take\" exactly 3", "pass: counted 3"},
         {"count of \"Take\" on 0x400 in 15ms.. between 3 and 4",
-         "fail: counted 2 of 0x400 (net); wanted 3 to 4"},
+         "fail: counted 2 on 0x400 (net); wanted 3 to 4"},
         {"count of \"Call\" at most 0", "pass: counted 0"},
         {"period of \"Take\" on * 10ms jitter 0s",
-         "pass: the worst period is 10 ms at 0.010000000 s of 0x400 (net); "
+         "pass: the worst period is 10 ms at 0.010000000 s on 0x400 (net); "
          "0 of 2 are outside"},
         {"period of \"Give\" on 0x400 10ms jitter 5ms",
-         "fail: the worst period is 75 ms at 0.025000000 s of 0x400 (net); wanted 10 ms, jitter 5 ms; 1 of 2 "
+         "fail: the worst period is 75 ms at 0.025000000 s on 0x400 (net); wanted 10 ms, jitter 5 ms; 1 of 2 "
          "are "
          "outside"},
         {"period of \"Switch\" 1s", "fail: \"Switch\" does not occur twice on one object"},

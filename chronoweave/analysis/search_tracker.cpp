@@ -5,6 +5,7 @@ ObjectTracker::ObjectTracker(const AnalysisSource& source, const StateTable& sta
     : source_(source), state_(state), followExecuting_(followExecuting), records_(objects.size()) {
     for (uint32_t at = 0; at < objects.size(); ++at) {
         records_[at].object = objects[at];
+        records_[at].index = at;
         records_[at].processor = source.processorOf(objects[at]);
         index_.add(objects[at], at);
     }
@@ -12,7 +13,11 @@ ObjectTracker::ObjectTracker(const AnalysisSource& source, const StateTable& sta
 
 void ObjectTracker::look(uint32_t at) {
     Record& record = records_[at];
-    const uint32_t position = state_.find(mt_ObjectTask, record.object);
+    // A position holds until something is removed from the state.
+    uint32_t& position = record.position;
+    if (position >= state_.size() || state_.id_at(position) != record.object ||
+        state_.entry(position).objectType != mt_ObjectTask)
+        position = state_.find(mt_ObjectTask, record.object);
     const auto code = position == StateTable::npos ? std::nullopt : mt_TaskStatusAt(state_, position);
     record.now = code ? source_.legend->StatusIndex(*code) : -1;
     const bool executes = isExecution(record.now);

@@ -15,6 +15,8 @@ class ObjectTracker {
     struct Record {
         uint32_t object = 0;
         uint32_t processor = 0;
+        uint32_t index = 0;                    // place among the objects
+        uint32_t position = StateTable::npos;  // in the state, as last found
         int32_t now = -1;        // row of the status in the state as last looked at; -1 for none
         int32_t status = -1;     // the walker's own: the status that the object is held to be in
         double time = -1.0;      // likewise: since when
@@ -36,9 +38,14 @@ class ObjectTracker {
     // Notes the tracked objects that the event changes and applies it to the state.
     void take(const EventRecord& event, StateTable& state) {
         StateChange change;
+        uint32_t last = 0;
+        bool any = false;
         for (ChangeList list = event.changes; list.next(change);) {
-            if (change.objectType != mt_ObjectTask) continue;
-            const uint32_t at = index_.find(change.objectId);
+            // Most changes name the object of the one ahead.
+            if (change.objectType != mt_ObjectTask || (any && change.objectId == last)) continue;
+            any = true;
+            last = change.objectId;
+            const uint32_t at = index_.find(last);
             if (at != laNoLane) insert(touched_, at);
         }
         mt_ApplyEventToState(state, event);

@@ -1,0 +1,159 @@
+// Searches and reports over a whole trace, each against a plain walk of the store, and what a search holds in
+// memory.
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "bench/inputs.h"
+#include "bench/measure.h"
+#include "chronoweave/analysis/report.h"
+#include "chronoweave/rtos/configure_reader.h"
+
+namespace {
+
+// How many times the plain walk a search or report may take.
+constexpr double event_limit = 3, status_limit = 5;
+
+// A trace to search, with the legend of the source tree.
+class Searched {
+  public:
+    Searched(const BenchPlace& place, const BenchInput& input) {
+        const std::string base = input_Store(place, input.file);
+        if (!base.empty()) store_ = mt_OpenForRead(base);
+        if (!store_ || !configure_Read(legend_, mt_GetOsName(store_.get()), configure_ConsoleCallbacks(), 0))
+            return;
+        source = analysis_SourceOfStore(*store_, legend_);
+        objects = analysis_ObjectsAlive(source, 0, source.totalLength);
+    }
+    bool good() const { return !objects.empty(); }
+    bool walk() {
+        uint64_t bytes = 0;
+        mt_VisitEventsInTimeRange(*store_, 0, INT64_MAX, nullptr, [&bytes](const EventRecord& event) {
+            bytes += event.extra.size();
+            return true;
+        });
+        return bytes > 0;
+    }
+    // Kinds as in a request. The targets are such that a good part of the events fits, and the rows are not
+    // kept.
+    SearchResult request(int kind) const {
+        SearchResult result;
+        SearchRequest& request = result.request;
+        request.kind = kind;
+        request.objects = request.beginObjects = request.endObjects = objects;
+        request.rangeTo = source.totalLength;
+        request.target =
+            kind == Search_Status ? legend_.StatusByName("RUNNING") : legend_.EventByName("UserEvent");
+        if (kind == Search_Switch) request.target = legend_.contextSwitchStatus;
+        request.endTarget = legend_.EventByName("TaskChange");
+        result.keepLast = 2;
+        return result;
+    }
+    bool search(const SearchResult& request) {
+        SearchResult result = request;
+        source.running.clear();
+        return search_Walk(source, result) && !result.damaged && result.found > 0;
+    }
+
+    AnalysisSource source;
+    std::vector<uint32_t> objects;
+
+  private:
+    TraceStorePtr store_;
+    Legend legend_;
+};
+
+Outcome against_walk(const BenchPlace& place, const BenchInput& input, double limit,
+                     const std::function<bool(Searched&)>& work) {
+    Searched searched(place, input);
+    if (!searched.good()) return outcome_OfTrouble("the trace can't be searched");
+    bool good = true;
+    const auto subject = [&] { good = work(searched) && good; };
+    const auto baseline = [&] { good = searched.walk() && good; };
+    const Turns turns =
+        measure_Turns({.count = 5, .least = 0.02, .clock = Clock::Processor}, {}, subject, baseline);
+    if (!good) return outcome_OfTrouble("a search or report gave nothing");
+    return outcome_OfRatio(turns, input.large ? std::optional(limit) : std::nullopt);
+}
+
+uint64_t memory_bytes(const std::string& field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind(field + ":", 0) == 0)
+            return std::strtoull(line.c_str() + field.size() + 1, nullptr, 10) * 1024;
+    return 0;
+}
+
+// By how much memory grows at most in searches and reports over the whole trace.
+Outcome search_memory(const BenchPlace& place, const BenchInput& input) {
+    Searched searched(place, input);
+    if (!searched.good()) return outcome_OfTrouble("the trace can't be searched");
+    std::ofstream("/proc/self/clear_refs") << 5;  // the peak begins anew
+    const uint64_t before = memory_bytes("VmRSS");
+    bool good = true;
+    for (const int kind : {Search_Event, Search_Pattern, Search_Status, Search_Switch})
+        good = searched.search(searched.request(kind)) && good;
+    LegendStatistics statistics;
+    good = report_AllObjects(searched.source, 0, searched.source.totalLength, statistics) ==
+               ReportOutcome::Done &&
+           good;
+    const uint64_t most = memory_bytes("VmHWM");
+    if (!good || before == 0 || most == 0) return outcome_OfTrouble("a search gave nothing");
+    Outcome outcome;
+    outcome.value = static_cast<double>(most > before ? most - before : 0) / (1 << 20);
+    outcome.unit = "MiB";
+    outcome.limit = Outcome::AtMost;
+    outcome.bound = 4;
+    return outcome;
+}
+
+bool chosen(Searched& searched, int kind) {
+    ChosenReport report;
+    return report_ChosenObjects(searched.source, searched.request(kind).request, {}, report) ==
+               ReportOutcome::Done &&
+           report.totalCount > 0;
+}
+
+}  // namespace
+
+void register_AnalysisBenchmarks(const BenchPlace& place) {
+    const struct {
+        const char* name;
+        double limit;
+        std::function<bool(Searched&)> work;
+    } all[] = {
+        {"search event", event_limit, [](Searched& s) { return s.search(s.request(Search_Event)); }},
+        {"search pattern", event_limit, [](Searched& s) { return s.search(s.request(Search_Pattern)); }},
+        {"search status", status_limit, [](Searched& s) { return s.search(s.request(Search_Status)); }},
+        {"search switch", status_limit, [](Searched& s) { return s.search(s.request(Search_Switch)); }},
+        {"report objects", status_limit,
+         [](Searched& s) {
+             LegendStatistics statistics;
+             return report_AllObjects(s.source, 0, s.source.totalLength, statistics) == ReportOutcome::Done;
+         }},
+        {"report object", status_limit,
+         [](Searched& s) {
+             LegendStatistics statistics;
+             return report_OneObject(s.source, s.objects[0], 0, s.source.totalLength, statistics) ==
+                    ReportOutcome::Done;
+         }},
+        {"report general, event", event_limit, [](Searched& s) { return chosen(s, Search_Event); }},
+        {"report general, status", status_limit, [](Searched& s) { return chosen(s, Search_Status); }},
+        {"report general, switch", status_limit, [](Searched& s) { return chosen(s, Search_Switch); }},
+        {"report load", status_limit,
+         [](Searched& s) {
+             LoadReport report;
+             return report_ProcessorLoad(s.source, {}, 0, s.source.totalLength, report) ==
+                    ReportOutcome::Done;
+         }},
+    };
+    for (const BenchInput& input : place.inputs) {
+        for (const auto& one : all)
+            measure_Register(std::string(one.name) + "/" + input.name, [&place, input, one] {
+                return against_walk(place, input, one.limit, one.work);
+            });
+        if (input.large)
+            measure_Register("search memory/" + input.name,
+                             [&place, input] { return search_memory(place, input); });
+    }
+}
