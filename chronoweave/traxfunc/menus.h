@@ -14,9 +14,10 @@ void laMenus_Register(MenuRegistry& menus);
 
 struct laToolButton {
     const char* name;     // "-" for a gap
-    const char* icon;     // by name; also the text of a button without its icon
+    const char* icon;     // by name
     const char* command;  // of laCanvas_Command
     const char* tip;      // long help for the message line, "@@", short tip
+    const char* text;     // of a button that shows no icon
     bool isGap() const { return name[0] == '-'; }
     std::string longHelp() const;
     std::string toolTip() const;

@@ -29,7 +29,7 @@ ToolBarView::ToolBarView(std::function<void(const std::string&)> run,
             continue;
         }
         QAction* action = addAction(iconOf(button.icon), QString::fromStdString(button.toolTip()));
-        action->setIconText(QString::fromUtf8(button.icon));
+        action->setIconText(QString::fromUtf8(button.text));
         action->setToolTip(QString::fromStdString(button.toolTip()));
         action->setCheckable(std::string_view(button.name) == "NoRefresh");
         connect(action, &QAction::triggered, this, [run, command = button.command] { run(command); });
