@@ -64,6 +64,26 @@ bool ConfigureReader::EventLine(FieldCursor fields) {
     return EventName(fields, event) && EventOptions(fields, event);
 }
 
+// Names events by type and subtype, as their own lines do, which stand ahead of it.
+bool ConfigureReader::ImportantLine(FieldCursor fields) {
+    std::string_view field;
+    ConfigureEvent named;
+    if (!fields.NextFilled(field)) return Fail(messages::EventInformation);
+    if (!take_code(field, named.type, named.flags, LegendEvent_AnyType)) return Fail(messages::EventType);
+    if (!fields.NextFilled(field) || !take_code(field, named.subtype, named.flags, LegendEvent_AnySubtype))
+        return Fail(messages::EventSubtype);
+    constexpr uint32_t wild = LegendEvent_AnyType | LegendEvent_AnySubtype;
+    bool found = false;
+    for (ConfigureEvent& event : events_) {
+        if (event.isCategory() || event.type != named.type || event.subtype != named.subtype ||
+            (event.flags & wild) != (named.flags & wild))
+            continue;
+        event.flags |= LegendEvent_Important;
+        found = true;
+    }
+    return (found || Fail(messages::ImportantUnknown)) && Clean(fields);
+}
+
 bool ConfigureReader::EventName(FieldCursor& fields, ConfigureEvent& event) {
     std::string_view field;
     if (!fields.NextFilled(field)) return Fail(messages::EventNameMissing);

@@ -81,6 +81,8 @@ constexpr const char* SortOrderBad = "Line %d - Syntax Error: Invalid bool value
 constexpr const char* AllForInterval = "Line %d - Syntax Error: Expect value for events' interval search.\n";
 constexpr const char* AllForIntervalBad =
     "Line %d - Syntax Error: Invalid bool value for events' interval search \"%s\".\n";
+constexpr const char* ImportantUnknown =
+    "Line %d - Syntax Error: The important event is not defined before this line.\n";
 constexpr const char* Separator = "Line %d - Syntax Error: Expect value for hierarchy separator.\n";
 constexpr const char* SeparatorEmpty = "Line %d - Syntax Error: Invalid value for hierarchy separator.\n";
 constexpr const char* SeparatorLong =

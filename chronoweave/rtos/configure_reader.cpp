@@ -132,6 +132,7 @@ bool ConfigureReader::Line(std::string_view line) {
         if (configure_TakeKeyword(line, keyword)) return CategoryLine(FieldCursor(line));
     for (const char* keyword : {"Event", "TRV_Event"})
         if (configure_TakeKeyword(line, keyword)) return EventLine(FieldCursor(line));
+    if (configure_TakeKeyword(line, "TRV_Important_Event")) return ImportantLine(FieldCursor(line));
     for (const char* keyword : {"misc", "TRV_Misc"})
         if (configure_TakeKeyword(line, keyword)) return MiscLine(FieldCursor(line));
     return true;  // a comment, as is any other text

@@ -110,6 +110,7 @@ class ConfigureReader {
     bool LinkLine(FieldCursor fields);
     bool CategoryLine(FieldCursor fields);
     bool EventLine(FieldCursor fields);
+    bool ImportantLine(FieldCursor fields);
     bool EventName(FieldCursor& fields, ConfigureEvent& event);
     bool EventOptions(FieldCursor& fields, ConfigureEvent& event);
     bool ExtraFormat(std::string_view field, ConfigureEvent& event);
