@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/navigate.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {
@@ -52,6 +53,34 @@ Colour tint_for(Colour tint, Colour ground) {
     return mixed;
 }
 
+void draw_current(const _LaCanvasData& canvas, Surface& surface, int width) {
+    const int row = canvas.taskList->list().CurrentRow();
+    if (row < 0) return;
+    const int top = row * canvas.rowHeight - canvas.verticalOffset, bottom = top + canvas.rowHeight - 1;
+    const Colour colour = surface.foreground();
+    surface.drawLine(0, top, width - 1, top, colour);
+    surface.drawLine(0, bottom, width - 1, bottom, colour);
+    surface.drawLine(0, top, 0, bottom, colour);
+    surface.drawLine(width - 1, top, width - 1, bottom, colour);
+}
+
+// The list stands as the picture does while work goes on in it; where it scrolled, the picture follows.
+template <class Work>
+void with_list(_LaCanvasData& canvas, const Work& work) {
+    MScrollList& list = canvas.taskList->list();
+    if (list.RowHeight() != canvas.rowHeight) list.SetRowHeight(canvas.rowHeight, false);
+    list.SetViewHeight(static_cast<int>(canvas.graph->vertical.visible()));
+    list.ScrollTo(canvas.verticalOffset);
+    const int64_t before = list.ViewTop();
+    work(list);
+    if (list.ViewTop() != before) laCanvas_ScrollRows(canvas, list.ViewTop() - canvas.verticalOffset);
+}
+
+int row_at(const _LaCanvasData& canvas, int y) {
+    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
+    return entry == nullptr ? MScrollList::noRow : entry->row;
+}
+
 }  // namespace
 
 std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
@@ -69,8 +98,7 @@ std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
                                 : std::string(text.substr(0, *(past - 1))) + std::string(dots);
 }
 
-void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int height,
-                  const MslObjectEntry* selected) {
+void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int height, bool inWindow) {
     const auto& rows = canvas.taskList->rows();
     const int oldFont = surface.setFont(Font_Application);
     surface.clearRect(0, 0, width, height);
@@ -83,7 +111,7 @@ void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int 
         Colour ground = tint_for(canvas.taskList->RowColour(entry), surface.background());
         Colour ink = surface.foreground();
         if (ground != NoColour) ink = text_on(ground);
-        if (&entry == selected) {
+        if (inWindow && canvas.taskList->list().IsSelected(entry.row)) {
             ground = surface.selectionBackground();
             ink = surface.selectionForeground();
         }
@@ -96,6 +124,7 @@ void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int 
             surface.drawText(left, top + (canvas.rowHeight - font.height) / 2 + font.ascent, text, ink,
                              NoColour);
     }
+    if (inWindow && canvas.taskList->focused) draw_current(canvas, surface, width);
     if (oldFont >= 0) surface.setFont(oldFont);
 }
 
@@ -122,4 +151,73 @@ MslObjectEntry* laNames_RowAt(const _LaCanvasData& canvas, int y) {
 bool laNames_HitsMark(const _LaCanvasData& canvas, const MslObjectEntry& entry, int x) {
     const int left = mark_left(entry);
     return canvas.taskList->HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
+}
+
+bool laNames_Click(_LaCanvasData& canvas, int x, int y, int clicks, bool control, bool shift) {
+    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
+    if (entry == nullptr) return false;
+    const int row = entry->row;
+    const bool onMark = laNames_HitsMark(canvas, *entry, x);
+    laNames_EndSearch(canvas);
+    with_list(canvas, [&](MScrollList& list) {
+        if (onMark)
+            list.ClickToggle(row);
+        else
+            list.Click(row, 0, clicks, control, shift);
+    });
+    return true;
+}
+
+void laNames_DragTo(_LaCanvasData& canvas, int y) {
+    with_list(canvas, [&](MScrollList& list) {
+        const int64_t end = list.TopOf(list.RowCount()) - 1;
+        if (end >= 0) list.DragTo(list.RowAt(std::clamp<int64_t>(list.ViewTop() + y, 0, end)));
+    });
+}
+
+MslObjectEntry* laNames_RightClick(_LaCanvasData& canvas, int y) {
+    const int row = row_at(canvas, y);
+    if (row >= 0) with_list(canvas, [&](MScrollList& list) { list.RightClick(row, 0); });
+    return canvas.taskList->EntryAt(row);
+}
+
+std::vector<MslObjectEntry*> laNames_Selected(const _LaCanvasData& canvas) {
+    return canvas.taskList->SelectedEntries();
+}
+
+void laNames_ClearSelection(_LaCanvasData& canvas) {
+    canvas.taskList->list().SelectOnly(MScrollList::noRow);
+}
+
+std::string laNames_Tip(const _LaCanvasData& canvas, int y) {
+    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
+    return entry == nullptr ? std::string() : canvas.taskList->RowTip(*entry);
+}
+
+bool laNames_Key(_LaCanvasData& canvas, MslKey key, bool control, bool shift) {
+    bool done = false;
+    laNames_EndSearch(canvas);
+    with_list(canvas, [&](MScrollList& list) { done = list.Key(key, control, shift); });
+    return done;
+}
+
+void laNames_Type(_LaCanvasData& canvas, std::string_view typed) {
+    with_list(canvas, [&](MScrollList& list) { list.TypeAhead(typed); });
+}
+
+bool laNames_Backspace(_LaCanvasData& canvas) {
+    if (!canvas.taskList->list().Searching()) return false;
+    with_list(canvas, [](MScrollList& list) { list.SearchBackspace(); });
+    return true;
+}
+
+void laNames_EndSearch(_LaCanvasData& canvas) {
+    canvas.taskList->list().EndSearch();
+}
+
+void laNames_Focus(_LaCanvasData& canvas, bool focused) {
+    if (canvas.taskList->focused == focused) return;
+    canvas.taskList->focused = focused;
+    if (!focused) laNames_EndSearch(canvas);
+    if (canvas.graph->listChanged) canvas.graph->listChanged();
 }

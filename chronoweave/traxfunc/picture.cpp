@@ -72,7 +72,7 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
     }
     {
         TranslatedSurface column(surface, 0, picture.graphTop, picture.nameWidth, picture.dataHeight);
-        laNames_Draw(canvas, column, picture.nameWidth, picture.dataHeight);
+        laNames_Draw(canvas, column, picture.nameWidth, picture.dataHeight, withCursors);
     }
     const int line = picture.nameWidth + divider / 2;
     surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -130,6 +131,21 @@ std::string_view laTask_WithoutFake(std::string_view name) {
     return name;
 }
 
+TraxTaskList::TraxTaskList(_LaCanvasData& canvas) : canvas_(canvas) {
+    changed = [this](MslChange change) {
+        if (change == MslChange::Footer) laCanvas_UpdateFields(canvas_, 0, list().Footer().c_str());
+        if (change != MslChange::Scroll && canvas_.graph->listChanged) canvas_.graph->listChanged();
+    };
+    // An object's window opens; a group opens or closes.
+    list().activated = [this](int row) {
+        const MslObjectEntry* entry = EntryAt(row);
+        if (entry == nullptr) return false;
+        if (entry->lane == laNoLane || canvas_.lanes[entry->lane].isAgent) return list().ClickToggle(row);
+        if (canvas_.openInfo) canvas_.openInfo(canvas_.lanes[entry->lane].objectId);
+        return static_cast<bool>(canvas_.openInfo);
+    };
+}
+
 void TraxTaskList::Fill() {
     Clear(false);
     for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) {
@@ -141,7 +157,7 @@ void TraxTaskList::Fill() {
 }
 
 void TraxTaskList::Clear(bool all) {
-    rows_.clear();
+    DropRows(all);
     byPath_.clear();
     root_.children.clear();
     depth_ = 0;
@@ -216,22 +232,45 @@ void TraxTaskList::NumberRows() {
     rows_.clear();
     Hide(root_);
     Number(root_, 0);
+    ShowRows();
 }
 
-bool TraxTaskList::HasChildren(const MslObjectEntry& entry) const {
-    return std::any_of(entry.children.begin(), entry.children.end(),
-                       [](const auto& child) { return !child->hidden; });
-}
-
-bool TraxTaskList::SetCollapsed(MslObjectEntry& entry, bool collapsed) {
-    if (entry.collapsed == collapsed || !HasChildren(entry)) return false;
-    entry.collapsed = collapsed;
-    if (collapsed)
+void TraxTaskList::Collapsed(MslObjectEntry& entry) {
+    if (entry.collapsed)
         collapsed_.insert(entry.path);
     else
         collapsed_.erase(entry.path);
-    NumberRows();
-    return true;
+}
+
+void TraxTaskList::RowChanged(MslObjectEntry&) {
+    laCanvas_Relayout(canvas_);
+}
+
+// Two objects of one name are told apart by their ids.
+std::string TraxTaskList::EntryKey(const MslObjectEntry& entry) const {
+    if (entry.lane >= canvas_.lanes.size()) return entry.path;
+    return entry.path + pathKey + pathKey + std::to_string(canvas_.lanes[entry.lane].objectId);
+}
+
+std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
+    if (entry.lane == laNoLane) {
+        const auto total = static_cast<int>(entry.children.size());
+        const auto shown = static_cast<int>(std::count_if(entry.children.begin(), entry.children.end(),
+                                                          [](const auto& child) { return child->row >= 0; }));
+        return "Non-" + canvas_.objectTermLower + " object \"" + text_utf8(RowText(entry, 0)) +
+               "\", which has " +
+               gen_format("%d(out of %d) %s being shown", shown, total, total == 1 ? "child" : "children");
+    }
+    if (entry.lane >= canvas_.lanes.size()) return {};
+    const laItem_Line& lane = canvas_.lanes[entry.lane];
+    const std::string name(laTask_WithoutFake(laCanvas_LaneName(canvas_, lane)));
+    if (lane.isAgent || canvas_.timeMode == Time_Tick) return text_utf8(name);
+    const std::string priority =
+        lane.priority < 0 ? std::string("Unknown") : gen_format("0x%x", static_cast<unsigned>(lane.priority));
+    const std::string object = lane.hasName
+                                   ? " \"" + text_utf8(name) + "\"(" + gen_format("0x%x", lane.objectId) + ")"
+                                   : gen_format(" 0x%x", lane.objectId);
+    return canvas_.objectTerm + object + ", Priority = " + priority;
 }
 
 laPath TraxTaskList::PathOf(const MslObjectEntry& entry) const {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "chronoweave/traxfunc/canvas.h"
+#include "windlib/msl/object_list.h"
 
 // A name as components. A path with a wild card ('*', '?', '\' as the escape) is one component, matched on
 // whole text.
@@ -24,38 +25,19 @@ struct laPath {
     bool operator==(const laPath&) const = default;
 };
 
-// A row of the tree: an object, a group, or an object that others are nested in.
-struct MslObjectEntry {
-    std::string name;          // last path component
-    uint32_t lane = laNoLane;  // position in the lane list; laNoLane for a group
-    int row = -1;              // -1 while not shown
-    int depth = 0;             // 0 at the top
-    bool collapsed = false;    // its children have no rows
-    bool hidden = false;       // it and all in it, by hidden paths
-    bool laneHidden = false;   // its own object, by a hidden path: the row then only stands for what is in it
-    MslObjectEntry* parent = nullptr;
-    std::vector<std::unique_ptr<MslObjectEntry>> children;
-    std::string path;  // components joined by '\0'; the key under which a collapse is remembered
-};
-
-class TraxTaskList {
+class TraxTaskList : public MslObjectList {
   public:
-    explicit TraxTaskList(_LaCanvasData& canvas) : canvas_(canvas) {}
+    explicit TraxTaskList(_LaCanvasData& canvas);
 
     // Takes all lanes of the canvas, sorts, and numbers the rows. Hidden paths and collapsed groups stay.
     void Fill();
     // Drops the entries; with all, the hidden paths and the collapses too.
     void Clear(bool all);
     // Applies the hidden paths and the collapses anew and numbers the rows; lanes learn their row.
-    void NumberRows();
+    void NumberRows() override;
 
-    // Shown rows from the top. Valid until the next Fill.
-    const std::vector<MslObjectEntry*>& rows() const { return rows_; }
     // Levels of the tree; 0 when empty.
     int depth() const { return depth_; }
-    bool HasChildren(const MslObjectEntry& entry) const;  // shown ones
-    // True when the group's rows changed.
-    bool SetCollapsed(MslObjectEntry& entry, bool collapsed);
     laPath PathOf(const MslObjectEntry& entry) const;
 
     const std::vector<laPath>& hiddenPaths() const { return hiddenPaths_; }
@@ -64,10 +46,19 @@ class TraxTaskList {
     void AddHiddenPath(laPath path);
 
     // Text of a row's column: the name in column 0, less the mark of a made-up object; nothing in others.
-    std::string RowText(const MslObjectEntry& entry, int column) const;
+    std::string RowText(const MslObjectEntry& entry, int column) const override;
     // The tint of a row: of three, by its number, for one with children; the execution colour for the agent's
     // row; NoColour for any other.
-    Colour RowColour(const MslObjectEntry& entry) const;
+    Colour RowColour(const MslObjectEntry& entry) const override;
+    // What a group holds, or an object's name, id and priority; nothing for a lane that is gone.
+    std::string RowTip(const MslObjectEntry& entry) const override;
+    std::string EntryKey(const MslObjectEntry& entry) const override;
+    void RowChanged(MslObjectEntry& entry) override;
+
+    bool focused = false;  // the names have the keyboard, for drawing
+
+  protected:
+    void Collapsed(MslObjectEntry& entry) override;
 
   private:
     MslObjectEntry* Place(const laPath& path, uint32_t lane);
@@ -79,7 +70,6 @@ class TraxTaskList {
     _LaCanvasData& canvas_;
     MslObjectEntry root_;
     std::unordered_map<std::string, MslObjectEntry*> byPath_;
-    std::vector<MslObjectEntry*> rows_;
     std::vector<laPath> hiddenPaths_;
     std::set<std::string> collapsed_;
     int depth_ = 0;

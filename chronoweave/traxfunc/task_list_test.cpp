@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "chronoweave/traxfunc/canvas_testing.h"
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/names.h"
@@ -118,6 +120,112 @@ TEST_F(TaskList, HidesByPathAndPattern) {
     EXPECT_EQ(list.hiddenPaths().size(), 2u);
     laTask_Hide(*test.canvas, *laCanvas_FindLane(*test.canvas, 0xC00)->listEntry, true, false);
     EXPECT_EQ(rows(test), "A .x C Cat");
+}
+
+// Names of the selected rows.
+std::string selected(const TestCanvas& test) {
+    std::string all;
+    for (const MslObjectEntry* entry : laNames_Selected(*test.canvas)) all += entry->name + " ";
+    return all;
+}
+
+TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) {
+    OpenNamed({"B@y", "A@x", "C", "B@x"});
+    _LaCanvasData& canvas = *test.canvas;
+    const auto y = [&](int row) { return row * canvas.rowHeight + 3; };
+    std::vector<uint32_t> opened;
+    canvas.openInfo = [&](uint32_t id) { opened.push_back(id); };
+    EXPECT_EQ(rows(test), "A .x B .x .y C");
+    struct Step {
+        std::function<bool()> act;
+        bool done;
+        const char* selected;
+        const char* rows;
+    };
+    const auto click = [&](int row, int clicks, bool control, bool shift) {
+        return laNames_Click(canvas, 100, y(row), clicks, control, shift);
+    };
+    const auto key = [&](MslKey which) { return laNames_Key(canvas, which, false, false); };
+    const char* const all = "A .x B .x .y C";
+    const char* const closed = "A .x B C";
+    const Step steps[] = {
+        {[&] { return click(5, 1, false, false); }, true, "C ", all},
+        {[&] { return click(3, 1, true, false); }, true, "x C ", all},
+        {[&] { return click(1, 1, false, true); }, true, "x B x ", all},
+        {[&] { return click(6, 1, false, false); }, false, "x B x ", all},
+        {[&] { return laNames_RightClick(canvas, y(3)) != nullptr; }, true, "x B x ", all},
+        {[&] { return laNames_RightClick(canvas, y(4)) != nullptr; }, true, "y ", all},
+        {[&] { return laNames_RightClick(canvas, y(7)) != nullptr; }, false, "y ", all},
+        {[&] { return Resort(), true; }, true, "y ", all},
+        {[&] { return laNames_Click(canvas, 6, y(2), 1, false, false); }, true, "B ", closed},
+        {[&] { return key(MslKey::Right); }, true, "B ", all},
+        {[&] { return key(MslKey::Right); }, true, "x ", all},
+        {[&] { return key(MslKey::Left); }, true, "B ", all},
+        {[&] { return key(MslKey::Left); }, true, "B ", closed},
+        {[&] { return key(MslKey::Enter); }, true, "B ", all},
+        {[&] { return key(MslKey::Down) && key(MslKey::Enter); }, true, "x ", all},
+        {[&] { return click(5, 2, false, false); }, true, "C ", all},
+        {[&] { return laNames_Type(canvas, "B"), true; }, true, "B ", all},
+    };
+    for (const Step& step : steps) {
+        EXPECT_EQ(step.act(), step.done) << &step - steps;
+        EXPECT_EQ(selected(test), step.selected) << &step - steps;
+        EXPECT_EQ(rows(test), step.rows) << &step - steps;
+    }
+    EXPECT_EQ(opened, (std::vector<uint32_t>{0x400, 0x800}));
+    EXPECT_EQ(test.message(), "Srch: B");
+    EXPECT_TRUE(laNames_Backspace(canvas));
+    laNames_EndSearch(canvas);
+    EXPECT_FALSE(laNames_Backspace(canvas));
+    EXPECT_EQ(test.message(), "");
+    canvas.taskList->Clear(true);
+    Resort();
+    EXPECT_EQ(selected(test), "");
+}
+
+TEST_F(TaskList, ThePictureScrollsWithTheCurrentName) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 100; ++i) names.push_back("N" + std::to_string(100 + i));
+    OpenNamed(names);
+    _LaCanvasData& canvas = *test.canvas;
+    EXPECT_TRUE(laNames_Key(canvas, MslKey::End, false, false));
+    EXPECT_EQ(canvas.verticalOffset + static_cast<int>(canvas.graph->vertical.visible()),
+              100 * canvas.rowHeight);
+    EXPECT_EQ(selected(test), "N199 ");
+    laNames_Type(canvas, "N12");
+    EXPECT_EQ(canvas.verticalOffset, 20 * canvas.rowHeight);
+    laNames_DragTo(canvas, canvas.rowHeight + 1);
+    EXPECT_EQ(selected(test), "N120 N121 ");
+}
+
+TEST_F(TaskList, TipsSayWhatARowIs) {
+    OpenNamed({"B@y", "B@x", ""});
+    _LaCanvasData& canvas = *test.canvas;
+    const auto tip = [&](int row) { return laNames_Tip(canvas, row * canvas.rowHeight + 1); };
+    EXPECT_EQ(tip(0), "Non-task object \"B\", which has 2(out of 2) children being shown");
+    EXPECT_EQ(tip(1), "Task \"B@x\"(0x800), Priority = 0x5");
+    EXPECT_EQ(tip(3), "Task 0x400, Priority = Unknown");
+    EXPECT_EQ(tip(9), "");
+    laTask_Hide(canvas, *row(test, "x"), false, false);
+    EXPECT_EQ(tip(0), "Non-task object \"B\", which has 1(out of 2) children being shown");
+    canvas.timeMode = Time_Tick;
+    EXPECT_EQ(tip(1), "B@y");
+}
+
+TEST_F(TaskList, OnlyTheWindowShowsWhatIsSelected) {
+    OpenNamed({"A", "B"});
+    _LaCanvasData& canvas = *test.canvas;
+    laNames_Click(canvas, 50, canvas.rowHeight + 1, 1, false, false);
+    const auto filled = [&](bool inWindow) {
+        test.surface.forget();
+        laNames_Draw(canvas, test.surface, 150, 500, inWindow);
+        return test.surface.of(SurfaceOp::Fill).size();
+    };
+    EXPECT_EQ(filled(true), 1u);
+    EXPECT_EQ(filled(false), 0u);
+    laNames_Focus(canvas, true);
+    filled(true);
+    EXPECT_EQ(test.surface.of(SurfaceOp::Line).size(), 4u);
 }
 
 TEST_F(TaskList, KernelGroupTakesNamesWithoutSeparatorOnKorvantisOnly) {
