@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "shared/libcxxutil/report.h"
 #include "windlib/msl/toggle_handler.h"
 
@@ -204,6 +206,68 @@ TEST(ScrollList, TellsItsViewAndFitsColumns) {
     list.FitColumns(1, 0);
     EXPECT_EQ(list.Column(0).width, 10 + list.cellMargin);
     EXPECT_EQ(changes.back(), MslChange::Columns);
+}
+
+TEST(ScrollList, LazyRowsAreAskedForSortedAndMarkedById) {
+    const std::vector<std::string> names = {"pear", "fig", "plum", "apple", "peach"};
+    const auto text = [&](uint32_t id, int column) { return column == 0 ? names[id] : std::to_string(id); };
+    const struct {
+        std::function<void(MScrollList&)> key;
+        bool descending;
+        std::vector<std::string> sorted;
+    } cases[] = {
+        {[](MScrollList&) {}, false, {"apple", "fig", "peach", "pear", "plum"}},
+        {[](MScrollList&) {}, true, {"plum", "pear", "peach", "fig", "apple"}},
+        {[&](MScrollList& list) { list.SetUnsignedKey(0, [&](uint64_t id) { return names[id].size(); }); },
+         false,
+         {"fig", "pear", "plum", "peach", "apple"}},
+        {[](MScrollList& list) {
+             list.SetNumberKey(0,
+                               [](uint64_t id) { return id == 1 ? std::nan("") : -static_cast<double>(id); });
+         },
+         true,
+         {"pear", "plum", "apple", "peach", "fig"}},
+    };
+    for (const auto& each : cases) {
+        MScrollList list;
+        list.SetSize(0, 2);
+        list.SetMultiple(true);
+        EXPECT_TRUE(list.SetLazyRows({text, {}, {}}, {4, 3, 2, 1, 0}));
+        // What was set by hand goes with the row, beside what the owner tells.
+        list.SetCellAttribute(1, 1, mslHeading, 1);
+        list.SetText(1, 1, "by hand");
+        list.SetHeightOf(1, 40);
+        list.SelectRows({1, 2});
+        if (&each - cases >= 2) list.SortBy(1);  // so that equal keys are seen to keep an order
+        each.key(list);
+        EXPECT_TRUE(list.SortBy(0, each.descending));
+        EXPECT_EQ(column(list, 0), each.sorted);
+        const int moved = list.RowOfId(3);
+        EXPECT_EQ(list.Text(moved, 0) + list.Text(moved, 1), "appleby hand");
+        EXPECT_EQ(list.Cell(moved, 1).attributes, mslHeading);
+        EXPECT_EQ(list.HeightOf(moved), 40);
+        std::vector<uint64_t> ids = list.SelectedIds();
+        std::sort(ids.begin(), ids.end());
+        EXPECT_EQ(ids, (std::vector<uint64_t>{2, 3}));
+        EXPECT_FALSE(list.InsertRows(0, 1));
+        EXPECT_TRUE(list.RemoveRows(moved, 1));
+        EXPECT_EQ(list.SelectedIds(), std::vector<uint64_t>{2});
+        EXPECT_EQ(list.TopOf(list.RowCount()), 4 * list.RowHeight());
+    }
+}
+
+TEST(ScrollList, ASearchInSortedRowsFindsWhatAWalkFinds) {
+    const std::vector<std::string> names = {"", "a", "ab", "ab", "abc", "b", "bcd", "bcde", "\xC3\xA4"};
+    const auto found = [&](bool known, const std::string& typed) {
+        MScrollList list;
+        list.SetSize(static_cast<int>(names.size()), 1);
+        list.SetColumnTexts(0, names);
+        if (known) list.SortBy(0);
+        list.TypeAhead(typed);
+        return list.SelectedRow();
+    };
+    for (const char* typed : {"a", "ab", "abb", "abcd", "b", "bc", "bce", "c", "", "\xC3", "\xC3\xA4x", "z"})
+        EXPECT_EQ(found(true, typed), found(false, typed)) << typed;
 }
 
 TEST(ScrollList, AnswersTheMetricQuery) {
