@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "shared/libcxxutil/report.h"
+#include "windlib/dialog/model.h"
 
 namespace {
 
@@ -133,6 +134,7 @@ void laCanvas_Reset(_LaCanvasData& canvas, bool releaseSource, bool announce) {
 }
 
 void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
+    if (canvas.legendWindow != nullptr) canvas.legendWindow->close(Dialog_Dismissed);
     laCanvas_ClearItems(canvas);
     canvas.taskList->Clear(true);
     canvas.store.reset();

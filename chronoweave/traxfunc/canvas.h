@@ -160,6 +160,7 @@ struct _LaCanvasData {
     // Windows about this canvas (details, results, reports), which close with it. Owned by the host; each
     // takes itself out when it closes.
     std::vector<DialogModel*> viewWindows;
+    DialogModel* legendWindow = nullptr;  // when it is open; takes itself out as well
 
     // Options of the program.
     bool newTrv = true;        // the overlap rule by free space, else by rectangles

@@ -4,10 +4,12 @@
 #include <QTimer>
 #include <filesystem>
 
+#include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/dialogs/program_dialogs.h"
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/legend_save.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/dialog_host.h"
@@ -125,6 +127,7 @@ bool CanvasWindow::setOptions(const std::optional<ProgramOptions>& wanted) {
 }
 
 void CanvasWindow::closeSource() {
+    laLegend_OfferSave(view_->canvas());
     keepArrangement();
     source_.clear();
     view_->draw([&] { laCanvas_CloseSource(view_->canvas()); });
@@ -195,6 +198,7 @@ void CanvasWindow::fillUpperFloor() {
         wanted.iconButtons = !wanted.iconButtons;
         return setOptions(wanted);
     };
+    legend_Attach(canvas);
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
 }
 

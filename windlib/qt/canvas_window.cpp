@@ -18,6 +18,7 @@
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/fields.h"
+#include "chronoweave/traxfunc/legend_save.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
@@ -311,6 +312,7 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
     if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height))
         return false;
     _LaCanvasData& canvas = view_->canvas();
+    laLegend_OfferSave(canvas);
     laCanvas_CloseViews(canvas);
     bool shown = false;
     view_->draw(
@@ -346,6 +348,7 @@ void CanvasWindow::keepArrangement() {
 }
 
 void CanvasWindow::closeEvent(QCloseEvent* event) {
+    laLegend_OfferSave(view_->canvas());
     keepArrangement();
     if (services_.settings) {
         const QRect at = geometry();

@@ -161,7 +161,8 @@ QMenuBar* menu_MakeBar(DialogModel& model) {
     const DialogDescription& window = model.description();
     for (const DialogItem& item : window.items) {
         if (item.kind != DialogKind::MenuLine) continue;
-        const MenuResource* menu = menu_Registry().Find(item.name, false);
+        const std::string& named = item.text.empty() ? item.name : item.text;
+        const MenuResource* menu = menu_Registry().Find(named, false);
         if (!menu) menu = menu_Registry().Find(window.name, true);
         if (!menu) return nullptr;
         auto* bar = new QMenuBar;
