@@ -169,6 +169,7 @@ struct _LaCanvasData {
     bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
 
     // Object list.
+    int nameWidth = 0;  // of the name column, pixels, as the user set it; 0: what the names need
     std::unique_ptr<TraxTaskList> taskList;  // never null
     bool flatView = false;                   // whole names, no hierarchy
     int sortField = 0;                       // 0 name, 1 id

@@ -23,7 +23,8 @@ laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, i
     laPicture picture;
     picture.width = width;
     picture.height = height;
-    picture.nameWidth = std::min(laNames_Width(canvas, surface, width / 4), std::max(0, width - divider));
+    const int wanted = canvas.nameWidth > 0 ? canvas.nameWidth : laNames_Width(canvas, surface, width / 4);
+    picture.nameWidth = std::min(wanted, std::max(0, width - divider));
     picture.graphLeft = picture.nameWidth + divider;
     picture.graphWidth = std::max(0, width - picture.graphLeft);
     picture.footer = footer;

@@ -233,6 +233,7 @@ bool PictureView::handleKey(const QKeyEvent& event) {
 }
 
 void PictureView::keyPressEvent(QKeyEvent* event) {
+    if (keyToNames(*event)) return;
     space_ = space_ || event->key() == Qt::Key_Space;
     bool taken = event->key() == Qt::Key_Space;
     if (!taken && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
@@ -243,14 +244,6 @@ void PictureView::keyPressEvent(QKeyEvent* event) {
 void PictureView::keyReleaseEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) space_ = false;
     QWidget::keyReleaseEvent(event);
-}
-
-void PictureView::toggleGroup(QPoint at) {
-    MslObjectEntry* entry = laNames_RowAt(*canvas_, at.y() - picture_.graphTop);
-    if (!entry || !laNames_HitsMark(*canvas_, *entry, at.x())) return;
-    draw([&] {
-        if (canvas_->taskList->SetCollapsed(*entry, !entry->collapsed)) laCanvas_Relayout(*canvas_);
-    });
 }
 
 laPointerEvent PictureView::pointerEvent(const QMouseEvent& event, int clicks) const {
@@ -265,14 +258,11 @@ laPointerEvent PictureView::pointerEvent(const QMouseEvent& event, int clicks) c
     return {at.x(), at.y(), modifiers, clicks, button};
 }
 
-// A press on the mark of a group opens or closes it; the middle button, or the left with Space held, moves
-// the picture; everything else in the picture is the canvas's.
+// The middle button, or the left with Space held, moves the picture; everything else in it is the canvas's.
 void PictureView::mousePressEvent(QMouseEvent* event) {
     const QPoint at = event->position().toPoint();
-    if (at.x() < picture_.graphLeft) {
-        if (event->button() == Qt::LeftButton) toggleGroup(at);
-        return;
-    }
+    if (pressNames(*event, 1)) return;
+    focusNames(false);
     const bool pans = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_);
     if (pans && canvas_->storeHasEvents && !pointer_->dragging()) {
         panning_ = true;
@@ -284,7 +274,7 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
 }
 
 void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (event->position().x() >= picture_.graphLeft) draw([&] { pointer_->Press(pointerEvent(*event, 2)); });
+    if (!pressNames(*event, 2)) draw([&] { pointer_->Press(pointerEvent(*event, 2)); });
 }
 
 void PictureView::pan(QPoint at) {
@@ -318,6 +308,9 @@ void PictureView::autoScroll() {
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     const QPoint at = inGraph(event->position().toPoint());
     if (panning_) return pan(at);
+    const QPoint whole = event->position().toPoint();
+    if (held_ != Held::Nothing) return moveNames(whole);
+    setCursor(overDivider(whole) ? Qt::SplitHCursor : Qt::ArrowCursor);
     if (event->buttons() != Qt::NoButton) {
         draw([&] { pointer_->Move(pointerEvent(*event, 1)); });
         followDrag();
@@ -327,6 +320,10 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void PictureView::mouseReleaseEvent(QMouseEvent* event) {
+    if (held_ != Held::Nothing) {
+        held_ = Held::Nothing;
+        return;
+    }
     if (panning_) {
         panning_ = false;
         unsetCursor();
@@ -348,6 +345,7 @@ void PictureView::focusOutEvent(QFocusEvent* event) {
     if (event->reason() == Qt::ActiveWindowFocusReason && pointer_->dragging())
         draw([&] { pointer_->Cancel(); });
     space_ = false;
+    if (event->reason() != Qt::PopupFocusReason) focusNames(false);
     QWidget::focusOutEvent(event);
 }
 
@@ -355,8 +353,11 @@ bool PictureView::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip) return QWidget::event(event);
     const auto* help = static_cast<QHelpEvent*>(event);
     const QPoint at = inGraph(help->pos());
-    const std::string text =
-        at.x() >= 0 && canvas_->storeHasEvents ? laPointer_Tip(*canvas_, at.x(), at.y()) : std::string();
+    std::string text;
+    if (overNames(help->pos()))
+        text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
+    else if (at.x() >= 0 && canvas_->storeHasEvents)
+        text = laPointer_Tip(*canvas_, at.x(), at.y());
     QToolTip::showText(help->globalPos(), QString::fromStdString(text), this);
     return true;
 }

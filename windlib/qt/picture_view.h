@@ -47,7 +47,10 @@ class PictureView : public QWidget {
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     bool event(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -58,7 +61,15 @@ class PictureView : public QWidget {
     void makeImage();
     void finishDrawing();
     bool handleKey(const QKeyEvent& event);
-    void toggleGroup(QPoint at);
+    // The names (picture_names.cpp).
+    enum class Held { Nothing, Names, Divider };
+    bool overNames(QPoint at) const { return at.x() < picture_.nameWidth; }
+    bool overDivider(QPoint at) const;
+    bool pressNames(const QMouseEvent& event, int clicks);
+    void moveNames(QPoint at);
+    void focusNames(bool on);
+    bool keyToNames(const QKeyEvent& event);
+    void listMenu(MslObjectEntry* clicked);
     void pan(QPoint at);
     void followDrag();
     void autoScroll();
@@ -77,6 +88,7 @@ class PictureView : public QWidget {
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
     std::unique_ptr<laPointer> pointer_;
+    Held held_ = Held::Nothing;
     bool panning_ = false;
     QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
