@@ -67,7 +67,7 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     if (!walk.started()) return false;
     ObjectTracker tracker(source, state, objects, true);
     ReportTracking<Sink> tracking(source, tracker, sink);
-    tracking.all(from, false);
+    tracking.all(source.onTick(from), false);
     EventRecord event;
     for (double time = 0; walk.next(event, time);) {
         tracker.take(event, state);
@@ -75,7 +75,7 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
         onEvent(event);
     }
     end = walk.end();
-    tracking.all(end.reached, true);
+    tracking.all(walk.closing(), true);
     return true;
 }
 
@@ -152,17 +152,18 @@ bool usable(const AnalysisSource& source) {
 // Figures per object.
 class ObjectSums {
   public:
-    ObjectSums(const SearchRequest& request, ChosenReport& report) : request_(request), report_(report) {
+    ObjectSums(const AnalysisSource& source, const SearchRequest& request, ChosenReport& report)
+        : source_(source), request_(request), report_(report), ticks_(request.objects.size(), 0) {
         for (const uint32_t object : request.objects) {
             index_.add(object, static_cast<uint32_t>(report.figures.size()));
             report.figures.push_back({object, 0, 0});
         }
     }
-    void event(const AnalysisSource& source, const EventRecord& event) {
-        if (!source.legend->EventMatches(event.type, event.subtype, request_.target)) return;
+    void event(const EventRecord& event) {
+        if (!source_.legend->EventMatches(event.type, event.subtype, request_.target)) return;
         uint16_t type = 0;
         uint32_t object = 0;
-        if (!mt_GetEventObject(*source.store, event, type, object)) return;
+        if (!mt_GetEventObject(*source_.store, event, type, object)) return;
         const uint32_t at = index_.find(object);
         if (at != laNoLane) ++report_.figures[at].count;
     }
@@ -170,7 +171,15 @@ class ObjectSums {
         if (request_.kind == Search_Status && wanted(record)) ++of(record).count;
     }
     void left(const Record& record, double until) {
-        if (request_.kind == Search_Status && wanted(record)) of(record).time += until - record.time;
+        if (request_.kind != Search_Status || !wanted(record)) return;
+        ticks_[record.index] += static_cast<int64_t>(source_.tickOf(until) - source_.tickOf(record.time));
+        // What the range's end lies beside its tick is all that is no whole tick.
+        of(record).time += until - source_.onTick(until);
+    }
+    // Times are sums of ticks, so that objects of the same time compare equal.
+    void finish() {
+        for (size_t at = 0; at < ticks_.size(); ++at)
+            report_.figures[at].time += static_cast<double>(ticks_[at]) / source_.ticksPerSecond;
     }
     void tookOver(const Record& record) {
         if (request_.kind == Search_Switch) ++of(record).count;
@@ -181,8 +190,10 @@ class ObjectSums {
         return request_.target < 0 || record.status == request_.target;
     }
     ObjectFigures& of(const Record& record) { return report_.figures[record.index]; }
+    const AnalysisSource& source_;
     const SearchRequest& request_;
     ChosenReport& report_;
+    std::vector<int64_t> ticks_;  // in the wanted status
     LaneIndex index_;
 };
 
@@ -313,7 +324,7 @@ ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& 
     if (kind == Search_Event) report.order.timeFirst = false;
     report.rangeFrom = std::max(0.0, request.rangeFrom);
     report.rangeTo = std::min(request.rangeTo, source.totalLength);
-    ObjectSums sums(report.request, report);
+    ObjectSums sums(source, report.request, report);
     WalkEnd end;
     const bool backward = report.rangeFrom > report.rangeTo;
     end.started = backward;
@@ -321,12 +332,13 @@ ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& 
     if (!backward && kind == Search_Event) {
         RangeWalk walk(source, report.rangeFrom, report.rangeTo, nullptr);
         EventRecord event;
-        for (double time = 0; walk.next(event, time);) sums.event(source, event);
+        for (double time = 0; walk.next(event, time);) sums.event(event);
         end = walk.end();
     } else if (!backward) {
         track(source, objects, report.rangeFrom, report.rangeTo, sums, end, [](const EventRecord&) {});
     }
     if (!end.started) return ReportOutcome::Failed;
+    sums.finish();
     report.stopped = end.stopped;
     report.damaged = end.damaged;
     report.rangeTo = end.reached;

@@ -8,7 +8,7 @@
 namespace {
 
 double fraction_of(double part, double whole) {
-    return whole > 0 ? part / whole : 0;
+    return whole > 0 ? part / whole : -1;
 }
 
 void give_bars(ReportRow& row) {

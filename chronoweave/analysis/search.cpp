@@ -218,7 +218,7 @@ bool walk_statuses(const AnalysisSource& source, SearchResult& result) {
     StateTable state;
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
     ObjectTracker tracker(source, state, request.objects, false);
-    double time = request.rangeFrom;
+    double time = source.onTick(request.rangeFrom);
     bool final = false;
     const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, final); };
     tracker.all(look);
@@ -229,7 +229,7 @@ bool walk_statuses(const AnalysisSource& source, SearchResult& result) {
     }
     take_end(walk, result);
     if (rows.full() || result.stopped || result.damaged) return walk.started();
-    time = request.rangeTo;
+    time = walk.closing();
     final = true;
     tracker.all(look);
     return walk.started();
@@ -242,7 +242,7 @@ bool walk_switches(AnalysisSource& source, SearchResult& result) {
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
     ObjectTracker tracker(source, state, request.objects, true);
     SwitchSearch search(source, tracker, rows);
-    double time = request.rangeFrom;
+    double time = source.onTick(request.rangeFrom);
     bool detect = source.running.empty();
     const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, detect); };
     tracker.all(look);

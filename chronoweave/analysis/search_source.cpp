@@ -23,7 +23,11 @@ void RunningObjects::clear() {
 
 mt_Time AnalysisSource::tickOf(double time) const {
     const double ticks = std::isnan(time) ? 0.0 : std::clamp(time * ticksPerSecond, -most_ticks, most_ticks);
-    return baseTick + static_cast<mt_Time>(std::llround(ticks));
+    // Ticks are signed.
+    int64_t tick = 0;
+    if (__builtin_add_overflow(static_cast<int64_t>(baseTick), std::llround(ticks), &tick))
+        tick = ticks < 0 ? INT64_MIN : INT64_MAX;
+    return static_cast<mt_Time>(std::min(tick, INT64_MAX - 1));
 }
 
 AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
@@ -57,7 +61,7 @@ std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double
 }
 
 RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state)
-    : source_(source), endTick_(source.tickOf(to) + 1), from_(from), to_(to), last_(from) {
+    : source_(source), endTick_(source.tickOf(to) + 1), from_(from), to_(to), last_(source.onTick(from)) {
     end_.reached = to;
     if (!source.store) return;
     count_ = mt_GetEventCount(*source.store);

@@ -45,8 +45,10 @@ struct AnalysisSource {
     double timeOf(mt_Time tick) const {
         return static_cast<double>(static_cast<int64_t>(tick - baseTick)) / ticksPerSecond;
     }
-    // The nearest tick; clamped so that nothing overflows.
+    // The nearest tick; clamped so that nothing overflows, one tick on included.
     mt_Time tickOf(double time) const;
+    // The time of the nearest tick: where a walk from or to a time really begins or ends.
+    double onTick(double time) const { return timeOf(tickOf(time)); }
 };
 
 // Of a canvas: its store must be there (store stays null otherwise). Valid while the canvas keeps its source.
@@ -75,6 +77,9 @@ class RangeWalk {
     bool next(EventRecord& event, double& time);
     // How it ended, once next was false; ahead of that, as if it were whole.
     const WalkEnd& end() const { return end_; }
+    // Where what is still open at the end of the walk is closed: there, but not ahead of an event that was
+    // seen, as the range's end is rounded to a tick.
+    double closing() const { return end_.reached > last_ ? end_.reached : last_; }
 
   private:
     bool finish();

@@ -59,8 +59,8 @@ const CommandSpec commands[] = {
      source_path,
      command_Report,
      "KIND",
-     "objects (all, summed), object (one, by --object), general (one event, status or context switch per "
-     "object) or load (of processors)",
+     "objects (all, summed), object (one, by --object), general (one event or status, or without either "
+     "context switches, per object) or load (of processors)",
      {"objects", "object", "general", "load"}},
     {Check, "check", "test the timing of a trace against rules; status 1 when one fails", source_path,
      command_Check, "RULES", "a file of rules, one a line"},
@@ -99,7 +99,7 @@ constexpr OptionSpec options[] = {
     {Search, "--end", "NAME", "the end event of a pattern or interval", &CommandLine::end, nullptr},
     {Search | Report, "--status", "NAME", "the status; any without it (search), of report general",
      &CommandLine::status, nullptr},
-    {Report, "--switch", nullptr, "report general: context switches", nullptr, &CommandLine::contextSwitch},
+    {Report, "--switch", nullptr, "report general: context switches, as without --event and --status", nullptr, &CommandLine::contextSwitch},
     {Search | Report, "--objects", "ID,...", "these objects, by id or name; all without it",
      &CommandLine::objects, nullptr},
     {Search, "--begin-objects", "ID,...", "the objects of the begin event; those of --objects without it",
@@ -179,6 +179,13 @@ std::optional<CommandLine> cli_Parse(int argc, const char* const* argv, int& sta
     const std::string_view first = argc == 2 ? argv[1] : "";
     if (first == "--print-completion" || first == "--print-man") {
         std::cout << (first == "--print-man" ? cli_ManPage() : cli_CompletionScript());
+        return std::nullopt;
+    }
+    // An option that ends in '=' would take the next word as its value.
+    for (int i = 1; i < argc && std::string_view(argv[i]) != "--"; ++i) {
+        const std::string_view word = argv[i];
+        if (!word.starts_with("--") || word.find('=') + 1 != word.size()) continue;
+        status = cli_UsageError(std::string(word.substr(0, word.size() - 1)) + ": a value is missing");
         return std::nullopt;
     }
     CLI::App app(description, "chronoweave");

@@ -199,7 +199,7 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
                   {"object", object},
                   {"name", name},
                   {"time", analysis.shownLength(time)},
-                  {"timePercent", percent(length > 0 ? time / length : 0)}});
+                  {"timePercent", percent(length > 0 ? time / length : -1)}});
     };
     rows.note(
         gen_format("Share of %.9f seconds in which some object executes on the processor%s, and the objects "
@@ -251,10 +251,14 @@ int command_Report(const CommandLine& line) {
     AnalysisLine analysis(line);
     int status = Exit_Usage;
     if (!analysis.open(status)) return status;
-    if (!(analysis.from <= analysis.to)) return cli_UsageError("Invalid time range.");
     // What a report covers is no longer than the trace.
-    analysis.from = std::max(0.0, analysis.from);
-    analysis.to = std::min(analysis.to, analysis.source.totalLength);
+    const double length = analysis.source.totalLength;
+    analysis.from = std::min(analysis.from, length);
+    analysis.to = std::min(analysis.to, length);
+    if (line.subject == "general") analysis.from = std::max(0.0, analysis.from);
+    const bool given = !line.from.empty() || !line.to.empty();
+    if (given && !(analysis.from >= 0 && analysis.from < analysis.to))
+        return cli_UsageError("Invalid time range.");
     if (line.subject == "general") return report_general(line, analysis);
     if (line.subject == "load") return report_load(line, analysis);
     return report_statistics(line, analysis);

@@ -66,7 +66,8 @@ RowWriter::~RowWriter() {
 
 std::string RowWriter::cell(const Column& column, const nlohmann::ordered_json& values) const {
     const auto found = values.find(column.key);
-    if (found == values.end() || found->is_null()) return form_ == Form::Csv ? "" : "-";
+    if (found == values.end() || found->is_null())
+        return form_ == Form::Csv || column.form == ColumnForm::Percent ? "" : "-";
     return value_text(*found, column.form);
 }
 
