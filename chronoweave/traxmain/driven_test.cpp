@@ -1,0 +1,251 @@
+// A session at a real window: what a user does in a first quarter of an hour, by pointer and keys of an X
+// server. The pictures that it leaves in the build folder ("driven") are for readers.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxmain/driven_robot.h"
+#include "chronoweave/traxmain/trvgui.h"
+#include "libtrv/test_store.h"
+#include "windlib/qt/canvas_window.h"
+#include "windlib/qt/picture_view.h"
+
+namespace {
+
+using Script = std::function<void(Robot&)>;
+
+// Runs the program in a process of its own, with a user who follows the script and then quits if he has not
+// yet. The exit status: that of the program, 99 after a fault, which standard error is told.
+int run_program(const std::vector<std::string>& arguments, const std::string& pictures,
+                const Script& script) {
+    const int child = ::fork();
+    if (child == 0) {
+        std::vector<std::string> words = arguments;
+        words.insert(words.begin(), "trvgui");
+        std::vector<char*> argv;
+        for (std::string& word : words) argv.push_back(word.data());
+        argv.push_back(nullptr);
+        std::thread user([&] {
+            Robot robot(pictures);
+            try {
+                robot.waitFor("the window",
+                              [] { return Robot::canvas() && Robot::canvas()->isActiveWindow(); });
+                script(robot);
+            } catch (const Robot::Fault& fault) {
+                std::fprintf(stderr, "driven: %s\n", fault.what.c_str());
+                robot.picture("fault");
+                ::_exit(99);
+            }
+        });
+        const int status = trvgui_Main(static_cast<int>(words.size()), argv.data());
+        user.join();
+        std::fflush(nullptr);
+        ::_exit(status);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+_LaCanvasData& canvas_data() {
+    return Robot::canvas()->view().canvas();
+}
+
+// A point of the drawing area on the screen.
+QPoint on_screen(int x, int y) {
+    PictureView& view = Robot::canvas()->view();
+    return view.mapToGlobal(QPoint(x + view.picture().graphLeft, y + view.picture().graphTop));
+}
+
+void open_by_dialog(Robot& robot, const std::string& trace) {
+    robot.key("ctrl+o");
+    robot.waitFor("the file dialog", [] { return QApplication::activeModalWidget() != nullptr; });
+    robot.pause(300);
+    robot.type(trace);
+    robot.picture("1-file-dialog");
+    robot.key("Return");
+    robot.waitFor("the trace", [] { return canvas_data().storeHasEvents; });
+    robot.picture("2-opened");
+}
+
+void zoom_by_tool_bar(Robot& robot) {
+    double before = 0, after = 0;
+    robot.look([&] { before = canvas_data().viewLength; });
+    robot.click("ZoomOut");
+    robot.click("ZoomOut");
+    robot.look([&] { after = canvas_data().viewLength; });
+    robot.expect(after > before * 2, "the tool bar zooms out");
+    QPoint middle;
+    robot.look([&] { middle = on_screen(300, 60); });
+    robot.wheel(middle, 2, "ctrl");
+    robot.look([&] { before = canvas_data().viewLength; });
+    robot.expect(before < after, "Ctrl+wheel zooms in");
+}
+
+void drag_past_the_edge(Robot& robot) {
+    double low = 0, high = 0;
+    QPoint from, to;
+    robot.look([&] {
+        low = canvas_data().viewLow;
+        high = canvas_data().viewHigh;
+        const int width = Robot::canvas()->view().picture().graphWidth;
+        from = on_screen(width - 150, 40);
+        to = on_screen(width + 12, 44);
+    });
+    robot.press(from);
+    robot.moveTo(from + QPoint(60, 2));
+    robot.moveTo(to);
+    robot.waitFor("the picture to follow", [&] { return canvas_data().viewLow > low; });
+    robot.pause(200);
+    robot.release();
+    robot.pause(100);
+    robot.picture("3-selection");
+    robot.look([&] {
+        const _LaCanvasData& canvas = canvas_data();
+        robot.expect(canvas.cursor[1] > high, "the selection reaches beyond the old edge");
+        robot.expect(canvas.cursor[0] >= low && canvas.cursor[0] < high, "and begins where the press was");
+    });
+}
+
+void hide_by_menu(Robot& robot) {
+    size_t before = 0, after = 0;
+    QPoint row;
+    robot.look([&] {
+        before = canvas_data().taskList->rows().size();
+        PictureView& view = Robot::canvas()->view();
+        for (const MslObjectEntry* entry : canvas_data().taskList->rows())
+            if (entry->lane != laNoLane && entry->row > 0) {
+                row = view.mapToGlobal(
+                    QPoint(40, view.picture().graphTop + entry->row * canvas_data().rowHeight + 8));
+                break;
+            }
+    });
+    robot.click(row, 3);
+    robot.choose("Hide");
+    robot.look([&] { after = canvas_data().taskList->rows().size(); });
+    robot.expect(after < before, "a row is hidden by its menu");
+}
+
+void sort_around_event(Robot& robot) {
+    QPoint icon;
+    robot.look([&] {
+        const _LaCanvasData& canvas = canvas_data();
+        for (uint32_t i = 0; i < canvas.bitmaps.size(); ++i) {
+            const laItem_Bitmap& one = canvas.bitmaps[i];
+            if (canvas.lanes[one.lane].hidden || !canvas.eventLooks[static_cast<size_t>(one.event)].shown)
+                continue;
+            const laRect box = laItem_Rect(canvas, one);
+            if (one.time < canvas.viewLow || box.left < 20 || box.right > canvas.graph->width - 20) continue;
+            icon = on_screen((box.left + box.right) / 2, box.top + 3 - canvas.verticalOffset);
+            break;
+        }
+    });
+    robot.expect(!icon.isNull(), "an icon is in the view");
+    robot.click(icon, 3);
+    robot.picture("4-menu");
+    robot.choose("Sort Around Clicked Event");
+    robot.waitFor("the sort", [] { return canvas_data().sortAroundEvent; });
+}
+
+void bookmark(Robot& robot) {
+    robot.key("ctrl+b");
+    robot.waitFor("a bookmark", [] { return !canvas_data().bookmarks.empty(); });
+    QPoint graph;
+    robot.look([&] { graph = on_screen(300, 60); });
+    robot.moveTo(graph);
+    robot.key("Home");
+    robot.key("alt+b");
+    robot.choose("Bookmark: ");
+    robot.waitFor("the bookmark's place", [] {
+        const _LaCanvasData& canvas = canvas_data();
+        const double time = canvas.bookmarks.front().time;
+        return time >= canvas.viewLow && time <= canvas.viewHigh;
+    });
+    robot.picture("5-bookmark");
+}
+
+void colour_in_legend(Robot& robot) {
+    robot.key("alt+c");
+    robot.choose("Legend");
+    const QRect list = robot.placeOf("list");
+    int row = 0, column = 0;
+    robot.look([&] {
+        auto* table = qobject_cast<QAbstractScrollArea*>(
+            QApplication::activeWindow()->findChild<QWidget*>(QStringLiteral("list")));
+        column = table->viewport()->mapTo(table, QPoint(0, 0)).x();
+        row = table->viewport()->mapTo(table, QPoint(0, 0)).y();
+    });
+    robot.picture("6-legend");
+    // Enter on the first row opens the dialog of its line.
+    robot.click(QPoint(list.x() + column + 30, list.y() + row + 10));
+    robot.key("Return");
+    robot.click(robot.middleOf("tf_red"));
+    robot.key("ctrl+a");
+    robot.type("0x12");
+    robot.picture("7-colour");
+    robot.click("bt_ok");
+    robot.waitFor("the colour", [] { return canvas_data().legend.statuses[0].red == 0x1200; });
+    robot.key("Escape");
+    robot.waitFor("the canvas", [] { return Robot::canvas()->isActiveWindow(); });
+}
+
+class DrivenSession : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!screen.missing().empty()) GTEST_SKIP() << "not installed: " << screen.missing();
+        ::setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
+        ::setenv("XDG_CACHE_HOME", (folder / "cache").c_str(), 1);
+        ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
+        trace = folder / "session.trr";
+        std::filesystem::copy_file(std::string(CW_SOURCE_DIR) + "/samples/build-2cpu.trr", trace);
+        const char* wanted = std::getenv("CHRONOWEAVE_PICTURES");
+        pictures = wanted ? wanted : std::filesystem::current_path() / "driven";
+    }
+
+    DrivenScreen screen;
+    TestFolder folder;
+    std::string trace, pictures;
+};
+
+TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
+    const int first = run_program({}, pictures, [&](Robot& robot) {
+        open_by_dialog(robot, trace);
+        zoom_by_tool_bar(robot);
+        drag_past_the_edge(robot);
+        hide_by_menu(robot);
+        sort_around_event(robot);
+        bookmark(robot);
+        colour_in_legend(robot);
+        robot.key("ctrl+q");
+        robot.waitFor("the question", [] { return QApplication::activeModalWidget() != nullptr; });
+        robot.pause(200);
+        robot.picture("8-save");
+        robot.key("alt+y");
+    });
+    ASSERT_EQ(first, 0);
+    const int second = run_program({trace}, pictures, [&](Robot& robot) {
+        robot.waitFor("the trace", [] { return canvas_data().storeHasEvents; });
+        robot.pause(300);
+        robot.picture("9-next-day");
+        robot.look([&] {
+            const _LaCanvasData& canvas = canvas_data();
+            robot.expect(canvas.legend.statuses[0].red == 0x1200, "the colour was saved");
+            robot.expect(canvas.bookmarks.size() == 1 || canvas.bookmarks.size() == 2, "bookmarks are back");
+            robot.expect(!canvas.taskList->hiddenPaths().empty(), "what was hidden is hidden");
+        });
+        robot.key("ctrl+q");
+    });
+    EXPECT_EQ(second, 0);
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "chronoweave/traxmain/trvgui.h"
+
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "chronoweave/traxmain/main_loop.h"
+#include "chronoweave/traxmain/start_options.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/return_point.h"
+#include "windlib/config/arrangement_store.h"
+#include "windlib/config/config_dirs.h"
+#include "windlib/config/settings.h"
+#include "windlib/qt/canvas_window.h"
+#include "windlib/qt/console_window.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+constexpr const char* title = "VOREL Chronoweave";
+
+void applyToolkitOptions(const StartOptions& options) {
+    for (const std::string& warning : options.warnings) gen_warning("%s", warning.c_str());
+    if (options.console) console_Open("Vorel Console");
+    if (!options.configDirectory.empty()) config_SetUserDirectory(options.configDirectory);
+    config_UseDefaultsOnly(options.defaultsOnly);
+}
+
+void sayWhatIsNotThereYet(const StartOptions& options) {
+    if (options.serviceMode) gen_warning("The service mode is not there yet; starting alone.");
+    if (options.pluginPort)
+        gen_warning("The plug-in mode is not there yet; port %d is not used.", *options.pluginPort);
+    if (options.live) gen_warning("Live reading is not there yet; the file is read once.");
+}
+
+bool installsHandlers(const StartOptions& options) {
+    bool install = true;
+    for (const StartOptions::Switch& debug : options.debugSwitches) {
+        if (debug.name == "no_signal_handlers") install = !debug.on;
+        if (debug.name == "alternative_prefixes") gen_use_alternative_prefixes(debug.on);
+    }
+    return install;
+}
+
+void openFirstCanvas(const StartOptions& options, CanvasServices services) {
+    auto window = std::make_unique<CanvasWindow>(title, options.live, services);
+    window->show();
+    platform_ProcessPending();                // the window has its size before the first view is chosen
+    CanvasWindow* canvas = window.release();  // deletes itself when closed
+    if (!options.dataFile.empty()) canvas->load(options.dataFile);
+}
+
+void runLoop() {
+    MainLoop loop;
+    loop.processPending = platform_ProcessPending;
+    loop.wait = platform_Wait;
+    loop.goOn = [] { return CanvasWindow::count() > 0; };
+    loop.run();
+}
+
+}  // namespace
+
+int trvgui_Main(int argc, char** argv) {
+    gen_set_short_name(argv[0]);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    const StartOptions options = start_Parse(arguments, std::getenv("NOSPLASH") != nullptr);
+    if (options.help) {
+        std::fputs(start_Usage, stdout);
+        return 0;
+    }
+    const auto application = platform_Start(argc, argv);
+    console_Install();
+    applyToolkitOptions(options);
+    sayWhatIsNotThereYet(options);
+    if (installsHandlers(options)) gen_install_signal_handlers();
+
+    // The loop is the outermost place to return to from a fault that nothing below caught. What stood on the
+    // stack between is lost; the program only says so and ends.
+    sigjmp_buf& point = gen_push_return_point();
+    if (sigsetjmp(point, 1) != 0) {
+        platform_MessageBox(nullptr, "Cannot continue, exitting...");
+        gen_warning("Cannot continue, exitting...\n");
+        std::_Exit(1);
+    }
+    SettingsManager settings;
+    ArrangementStore arrangements;
+    settings.Load();
+    openFirstCanvas(options, {&settings, &arrangements});
+    runLoop();
+    settings.Save();
+    gen_pop_return_point();
+    console_Close();
+    return 0;
+}
