@@ -10,7 +10,7 @@
 namespace {
 
 enum Column : int { Column_Kind, Column_Name, Column_Look, Column_Visibility };
-constexpr int lookWidth = 60;
+constexpr int kindWidth = 90, lookWidth = 60, visibilityWidth = 90, leastNameWidth = 120;
 constexpr size_t mostUndo = 100;
 
 std::string lower(std::string text) {
@@ -27,7 +27,13 @@ class LegendWindow {
         list.sortByHeader = false;  // the order says which events belong to a category
         list.nameColumn = Column_Name;
         list.SetOwnerDrawn(Column_Look, true);
-        list.SetWidth(Column_Look, lookWidth);
+        const std::pair<Column, int> widths[] = {
+            {Column_Kind, kindWidth}, {Column_Look, lookWidth}, {Column_Visibility, visibilityWidth}};
+        for (const auto& [column, width] : widths) list.SetWidth(column, width);
+        list.viewResized = [&list](int width) {
+            list.SetWidth(Column_Name,
+                          std::max(leastNameWidth, width - kindWidth - lookWidth - visibilityWidth));
+        };
         list.drawCell = [this, &list](Surface& surface, int x, int y, int w, int h, int row, int, bool) {
             Draw(surface, x, y, w, h, list.RowId(row));
         };

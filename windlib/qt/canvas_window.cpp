@@ -347,6 +347,12 @@ void CanvasWindow::keepArrangement() {
         source_, laArrangement_ToText(laArrangement_Take(canvas, identityOf(source_, canvas))));
 }
 
+// The keyboard is the picture's, not the first button's.
+void CanvasWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    view_->setFocus();
+}
+
 void CanvasWindow::closeEvent(QCloseEvent* event) {
     laLegend_OfferSave(view_->canvas());
     keepArrangement();
