@@ -126,6 +126,7 @@ void laCanvas_Reset(_LaCanvasData& canvas, bool releaseSource, bool announce) {
     canvas.tickStep = canvas.tickBase = 0;
     canvas.contentHeight = 0;
     canvas.bookmarks.clear();
+    canvas.hits.clear();
     laCanvas_ClearItems(canvas);
     if (releaseSource) laCanvas_ReleaseSource(canvas);
     laCanvas_UpdateRowHeight(canvas);
@@ -149,6 +150,7 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     canvas.canvasName.clear();
     canvas.shortName.clear();
     canvas.cpus.clear();
+    canvas.markedEvent = 0;
 }
 
 void laCanvas_ClearItems(_LaCanvasData& canvas) {

@@ -3,7 +3,7 @@
 // (size, scroll bars, surface, and what to call) and a store, and tells of changed texts through a callback.
 //
 // Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
-// scroll.h, history.h, cursor.h, bookmarks.h, fields.h, navigate.h, goto.h, commands.h, time_unit.h,
+// scroll.h, history.h, cursor.h, bookmarks.h, hit_marks.h, fields.h, navigate.h, goto.h, commands.h, time_unit.h,
 // hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h, tips.h,
 // pointer.h, context_menu.h.
 //
@@ -138,6 +138,7 @@ struct laUpperFloor {
     std::function<void()> refreshIntervalChanged;           // the timer starts anew
     bool iconButtons = true;                                // tool buttons show icons, else texts
     bool serverConnected = false;                           // an event server is
+    bool eventTable = false;                                // the table of events is open
 };
 
 struct _LaCanvasData {
@@ -157,6 +158,8 @@ struct _LaCanvasData {
     DialogHost* host = nullptr;                        // shows dialogs and windows; outlives the canvas
     std::function<void(const laItemRef&)> openDetail;  // a detail window about an item
     std::function<void(uint32_t objectId)> openInfo;   // the window about an object
+    std::function<void(size_t icon)> iconPressed;      // an icon was clicked, by its place in bitmaps
+    uint32_t markedEvent = 0;  // store sequence number of the event with a frame around its icon; 0 for none
     // Windows about this canvas (details, results, reports), which close with it. Owned by the host; each
     // takes itself out when it closes.
     std::vector<DialogModel*> viewWindows;
@@ -236,6 +239,7 @@ struct _LaCanvasData {
     double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
     uint32_t flags = Canvas_DefaultFlags;
     std::vector<LaBookmark> bookmarks;  // newest first
+    std::vector<double> hits;           // found times that are marked, ascending; see hit_marks.h
     LaHistoryEntry history[50];
     int historyNewest = -1, historyOldest = -1, historyCurrent = -1;
 

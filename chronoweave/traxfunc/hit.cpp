@@ -109,6 +109,12 @@ bool laCanvas_HitTest(_LaCanvasData& canvas, int x, int y, bool activate, laHit*
     return any;
 }
 
+std::optional<size_t> laCanvas_IconAt(_LaCanvasData& canvas, int x, int y) {
+    laHit found;
+    HitSearch(canvas, x, y).Icons(found);
+    return found.icon;
+}
+
 void laCanvas_ItemActivated(_LaCanvasData& canvas, const laItemRef& item) {
     if (canvas.hoverPass)
         canvas.hoverText = laTip_Text(canvas, item);

@@ -17,6 +17,8 @@ struct laHit {
 // handed to laCanvas_ItemActivated. hit, which may be null, takes what was found; its lane and time are set
 // without a hit too. True on a hit.
 bool laCanvas_HitTest(_LaCanvasData& canvas, int x, int y, bool activate, laHit* hit);
+// The icon at a point, whatever lies over it; its place in canvas.bitmaps.
+std::optional<size_t> laCanvas_IconAt(_LaCanvasData& canvas, int x, int y);
 // In canvas.hoverPass makes canvas.hoverText; otherwise opens the window about the item.
 void laCanvas_ItemActivated(_LaCanvasData& canvas, const laItemRef& item);
 // The lane of a hit as an object: its id; none for the agent's row and for no lane.

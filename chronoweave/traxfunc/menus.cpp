@@ -16,6 +16,10 @@ struct MenuText {
 
 constexpr const char* recentMark = " TRVDataFiles";  // ends the label of a row for a recent file
 
+// Of windows with a table.
+constexpr const char* tableFile =
+    "{'&Copy' C-c Copy} {'Save &As CSV...' C-s SaveCsv} {\x01} {&Close Close}";
+
 // A separator row's text is the byte 1.
 constexpr MenuText menuTexts[] = {
     {"TraxMenuBar",
@@ -29,13 +33,14 @@ constexpr MenuText menuTexts[] = {
      "{'&Merge Raw Event Files...' TraxMergeEventFiles} {\x01} {'&Print...' TraxPrint} {\x01} "
      "{'&Quit' 'Ctrl+Q' Quit}"},
     {"TraxView",
-     "{'&Search...' Search} {'Search Intervals...' SearchInterval}{\x01} "
+     "{'&Search...' Search} {'Search Intervals...' SearchInterval} "
+     "{'Ne&xt Hit' 'F3' NextHit} {'Pre&vious Hit' 'Shift+F3' PrevHit} {\x01} "
      "{'Zoom &In' ZoomIn} {'Zoom To &Range' ZoomToRange} {'Zoom &Out' ZoomOut} "
      "{'Change &Hidden Task List' HideTasks} {\x01} "
      "{'&Earliest History Item' BottomHistory} {'&Previous History Item' PrevHistory} "
      "{'&Next History Item' NextHistory} {'&Latest History Item' TopHistory} {\x01} "
      "{'&Delete Object Views' DelViews} {\x01} {'&Flat View' FlatView} {\x01} "
-     "{'&Go To Time...' 'Ctrl+G' GoToTime} {'Fi&t' ShowAll} {'Event Ta&ble' EventTable}"},
+     "{'&Go To Time...' 'Ctrl+G' GoToTime} {'Fi&t' ShowAll} {'Event Ta&ble' 'Ctrl+E' EventTable}"},
     {"TraxReport",
      "{'&Objects...' ReportObjects} {\x01} {'&Task...' ReportTask} {\x01} {'&General...' ReportGeneral}"},
     {"TraxConfig",
@@ -52,9 +57,11 @@ constexpr MenuText menuTexts[] = {
      "{'&Add Bookmarks for Selection' AddBookmark} {'&Delete All Bookmarks' DeleteBookmarks} "
      "{'&Edit Bookmarks...' EditBookmarks}"},
     {"TraxStatisticsMenu", "{&File ->TraxStatisticsFile}"},
-    {"TraxStatisticsFile", "{&Close Close}"},
+    {"TraxStatisticsFile", tableFile},
     {"TraxGenStatisticsMenu", "{&File ->TraxGenStatisticsFile}"},
-    {"TraxGenStatisticsFile", "{&Close Close}"},
+    {"TraxGenStatisticsFile", tableFile},
+    {"TraxSearchMenu", "{&File ->TraxSearchFile}"},
+    {"TraxSearchFile", tableFile},
     {"TraxLegendMenu", "{&File ->TraxLegendFile}"},
     {"TraxLegendFile", "{&Close Close}"},
 };
@@ -129,6 +136,8 @@ constexpr CommandRule ruleTable[] = {
      [](const _LaCanvasData& c) { return c.historyCurrent >= 0 && c.historyCurrent != c.historyNewest; }},
     {"Search", withStore},
     {"SearchInterval", [](const _LaCanvasData& c) { return c.store != nullptr && can_start_intervals(c); }},
+    {"NextHit", [](const _LaCanvasData& c) { return !c.hits.empty(); }},
+    {"PrevHit", [](const _LaCanvasData& c) { return !c.hits.empty(); }},
     {"FlatView", laCanvas_HasHierarchy},
     {"DelViews", [](const _LaCanvasData& c) { return !c.viewWindows.empty(); }},
     {"ReportObjects", withStore},
@@ -261,6 +270,7 @@ void laCanvas_MenuHook(MenuRegistry& menus, std::string_view name, const _LaCanv
         label_row(menus, *menu, "HideTasks",
                   "Change &Hidden " + menu_PlainLabel(canvas.objectTerm) + " List");
         check_row(*menu, "FlatView", canvas.flatView);
+        check_row(*menu, "EventTable", canvas.upper.eventTable);
     } else if (name == "TraxReport") {
         label_row(menus, *menu, "ReportTask", report_label(canvas));
     } else if (name == "TraxConfig") {

@@ -53,6 +53,8 @@ void laPointer::PressLeft(const laPointerEvent& event) {
     ShowTip(event);
     laCanvas_BeginDrag(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
     dragging_ = true;
+    if (!canvas_.iconPressed || event.y >= laAxis_Top(canvas_)) return;
+    if (const auto icon = laCanvas_IconAt(canvas_, event.x, event.y)) canvas_.iconPressed(*icon);
 }
 
 void laPointer::ShowTip(const laPointerEvent& event) {

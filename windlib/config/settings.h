@@ -21,6 +21,7 @@ struct ProgramOptions {
     bool horizontalBarBottom = true;
     bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
     bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
+    bool eventTable = false;      // new windows show the table of events
 
     bool operator==(const ProgramOptions&) const = default;
 };

@@ -215,6 +215,15 @@ void DialogModel::setChoice(std::string_view name, int choice) {
     change(name, &DialogItemState::choice, choice);
 }
 
+void DialogModel::setChoiceEnabled(std::string_view name, int choice, bool enabled) {
+    std::set<int> disabled = item(name).disabledChoices;
+    if (enabled)
+        disabled.erase(choice);
+    else
+        disabled.insert(choice);
+    change(name, &DialogItemState::disabledChoices, std::move(disabled));
+}
+
 void DialogModel::setColumnTitles(std::string_view name, std::vector<std::string> titles) {
     if (item(name).columnTitles == titles) return;
     MScrollList& shown = list(name);
@@ -382,7 +391,8 @@ bool DialogModel::picture(std::string_view name, int x, int y) {
 
 bool DialogModel::choose(std::string_view name, int choice) {
     Entry* entry = usable(name, {DialogKind::PullDown, DialogKind::ButtonSet});
-    if (entry == nullptr || choice < 0 || static_cast<size_t>(choice) >= entry->state.choices.size())
+    if (entry == nullptr || choice < 0 || static_cast<size_t>(choice) >= entry->state.choices.size() ||
+        entry->state.disabledChoices.contains(choice))
         return false;
     if (entry->state.choice == choice) return true;
     entry->state.choice = choice;

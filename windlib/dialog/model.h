@@ -30,6 +30,7 @@ struct DialogItemState {
     bool checked = false;  // CheckBox, or the pressed look of a Button
     int choice = -1;       // of a PullDown or ButtonSet; -1: none
     std::vector<std::string> choices;
+    std::set<int> disabledChoices;  // of a ButtonSet
     std::vector<std::string> columnTitles;
     std::vector<int> columnWidths;  // pixels; empty: as the platform thinks
     std::vector<DialogRow> rows;    // as they stand now; empty while the list is lazy
@@ -80,6 +81,7 @@ class DialogModel {
     void setChecked(std::string_view name, bool checked);
     void setChoices(std::string_view name, std::vector<std::string> choices, int choice);
     void setChoice(std::string_view name, int choice);
+    void setChoiceEnabled(std::string_view name, int choice, bool enabled);  // of a ButtonSet
     void setColumnTitles(std::string_view name, std::vector<std::string> titles);
     void setColumnWidths(std::string_view name, std::vector<int> widths);
     // Nothing is selected then; what the user sorted by stays the order.

@@ -21,7 +21,7 @@ MSLTreeManager::MSLTreeManager(MScrollList& list, int toggleColumn)
 }
 
 MSLTreeManager::~MSLTreeManager() {
-    list_.toggleTree = {};
+    if (!listAlive_.expired()) list_.toggleTree = {};
 }
 
 MSLTreeNode* MSLTreeManager::NodeAt(int row) const {

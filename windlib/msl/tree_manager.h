@@ -44,7 +44,7 @@ class MSLTreeNode {
 
 class MSLTreeManager {
   public:
-    // The list, which outlives the manager, is emptied; from now on only the manager adds and removes rows,
+    // The list, of which nothing is asked once it is gone, is emptied; from now on only the manager adds and removes rows,
     // and it isn't to be sorted. The toggles stand in the column.
     explicit MSLTreeManager(MScrollList& list, int toggleColumn = 0);
     ~MSLTreeManager();
@@ -91,6 +91,7 @@ class MSLTreeManager {
     bool RemoveBelow(int row, bool itself);
 
     MScrollList& list_;
+    std::weak_ptr<bool> listAlive_ = list_.Alive();
     int toggleColumn_;
     int guard_ = 0;  // a fetch is going on
     std::vector<std::unique_ptr<MSLTreeNode>> roots_;

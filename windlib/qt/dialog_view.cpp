@@ -231,6 +231,8 @@ void DialogView::refresh(const std::string& name) {
         choices->setCurrentIndex(state.choice);
     } else if (auto* group = made->findChild<QButtonGroup*>()) {
         if (auto* choice = group->button(state.choice)) choice->setChecked(true);
+        for (QAbstractButton* choice : group->buttons())
+            choice->setEnabled(!state.disabledChoices.contains(group->id(choice)));
     }
     made->update();
 }

@@ -1,0 +1,371 @@
+#include "chronoweave/analysis/detail_walk.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "chronoweave/analysis/search.h"
+#include "chronoweave/traxfunc/cursor.h"
+#include "chronoweave/traxfunc/view.h"
+
+namespace {
+
+constexpr double sameInstant = 1e-12;
+constexpr int mostSteps = 64;  // through the store, for one answer
+constexpr size_t fewRows = 64;
+constexpr uint32_t firstBlock = 4096, mostBlock = 1u << 20;
+constexpr uint32_t progressMask = 0x3FFF;
+
+bool same(double a, double b) {
+    return std::fabs(a - b) <= sameInstant;
+}
+
+// While one lives, long reading shows how far it is.
+class Busy {
+  public:
+    explicit Busy(_LaCanvasData& canvas) : graph_(*canvas.graph) {
+        if (graph_.setBusy) graph_.setBusy(true);
+    }
+    ~Busy() {
+        if (graph_.setBusy) graph_.setBusy(false);
+    }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+  private:
+    LaGraph& graph_;
+};
+
+// The place of a stretch in its lane: for a walk forward the last that fits, for one backward the first.
+std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& wanted, bool forward) {
+    std::optional<size_t> found;
+    for (size_t i = 0; i < lane.segments.size() && lane.segments[i].t0 <= wanted.time + sameInstant; ++i) {
+        if (!same(lane.segments[i].t0, wanted.time) || lane.segments[i].status != wanted.status) continue;
+        if (forward || !found) found = i;
+    }
+    return found;
+}
+
+// From a place along the lane to one of the status (-1 for any).
+std::optional<size_t> follow(const laItem_Line& lane, size_t from, int32_t status, bool forward) {
+    for (size_t i = from; forward ? i + 1 < lane.segments.size() : i > 0;) {
+        i = forward ? i + 1 : i - 1;
+        if (status < 0 || lane.segments[i].status == status) return i;
+    }
+    return std::nullopt;
+}
+
+DetailStatus stretch_at(const laItem_Line& lane, size_t place) {
+    const LaLnSeg& segment = lane.segments[place];
+    return {lane.objectId, segment.status, segment.t0, segment.t1};
+}
+
+// The stretch that the store found, in the lane as it is loaded now.
+std::optional<size_t> find_found(const laItem_Line& lane, double time, int32_t status, bool forward) {
+    std::optional<size_t> found;
+    for (size_t i = 0; i < lane.segments.size() && lane.segments[i].t0 <= time + sameInstant; ++i) {
+        if (!same(lane.segments[i].t0, time) || (status >= 0 && lane.segments[i].status != status)) continue;
+        found = i;
+        if (forward) break;
+    }
+    return found;
+}
+
+// The first row of the store (backward the last) that lies behind (ahead of) a time, whatever is there at
+// the time itself. The running objects are as the caller left them.
+bool step_past(AnalysisSource& source, const StoreStep& step, SearchRow& row) {
+    SearchResult result;
+    SearchRequest& request = result.request;
+    request.kind = step.kind;
+    request.target = step.target;
+    request.rangeFrom = step.forward ? step.time : 0;
+    request.rangeTo = step.forward ? source.totalLength : step.time;
+    request.objects = step.onlyObject ? std::vector<uint32_t>{step.object}
+                                      : analysis_ObjectsAlive(source, request.rangeFrom, request.rangeTo);
+    const auto past = [&step](const SearchRow& one) {
+        return !same(one.timeA, step.time) && (one.timeA > step.time) == step.forward;
+    };
+    const RunningObjects running = source.running;
+    for (const size_t limit : {fewRows, size_t{0}}) {
+        request.rowLimit = step.forward ? limit : 0;
+        result.keepLast = step.forward ? 0 : limit;
+        result.rows.clear();
+        result.found = 0;
+        source.running = running;
+        if (!search_Walk(source, result)) return false;
+        const auto& rows = result.rows;
+        const auto first = std::find_if(rows.begin(), rows.end(), past);
+        const auto last = std::find_if(rows.rbegin(), rows.rend(), past);
+        if (first != rows.end()) {
+            row = step.forward ? *first : *last;
+            return true;
+        }
+        if (rows.size() < limit || result.stopped || result.damaged) return false;
+    }
+    return false;
+}
+
+std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const DetailStatus& from, int32_t target,
+                                              bool forward) {
+    AnalysisSource source = analysis_SourceOfCanvas(canvas);
+    if (source.store == nullptr) return std::nullopt;
+    const StoreStep step{Search_Status, target, from.time, from.object, true, forward};
+    SearchRow row;
+    {
+        const Busy busy(canvas);
+        source.running.clear();
+        // Several changes at the present instant can hide what comes behind them.
+        const bool found = search_Step(source, step, row) && !same(row.timeA, from.time);
+        if (!found && !step_past(source, step, row)) return std::nullopt;
+    }
+    detail_MoveCursor(canvas, row.timeA, from.object);
+    const laItem_Line* lane = laCanvas_FindLane(canvas, from.object);
+    const auto found = lane ? find_found(*lane, row.timeA, target, forward) : std::nullopt;
+    if (!found) return std::nullopt;
+    return stretch_at(*lane, *found);
+}
+
+}  // namespace
+
+DetailStatus detail_StatusOf(const _LaCanvasData& canvas, const laItemRef& item) {
+    return stretch_at(canvas.lanes[item.lane], item.index);
+}
+
+DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
+    const laItem_Bitmap& item = canvas.bitmaps[static_cast<uint32_t>(icon)];
+    return {item.time,
+            item.lane == laNoLane ? laAgentId : canvas.lanes[item.lane].objectId,
+            laItem_StoreSequence(canvas, item),
+            item.event,
+            item.type,
+            item.subtype};
+}
+
+DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line) {
+    const laItem_Ctx& item = canvas.ctxLines[static_cast<uint32_t>(line)];
+    uint32_t first = static_cast<uint32_t>(line);
+    while (first > 0 && same(canvas.ctxLines[first - 1].t0, item.t0)) --first;
+    return {item.t0, canvas.lanes[item.fromLane].objectId, canvas.lanes[item.toLane].objectId, item.status,
+            static_cast<uint32_t>(line) - first};
+}
+
+std::optional<size_t> detail_FindIcon(const _LaCanvasData& canvas, uint32_t sequence) {
+    uint32_t first = 0;
+    for (uint32_t end = canvas.bitmaps.size(); first < end;) {
+        const uint32_t middle = first + (end - first) / 2;
+        if (laItem_StoreSequence(canvas, canvas.bitmaps[middle]) < sequence)
+            first = middle + 1;
+        else
+            end = middle;
+    }
+    if (first == canvas.bitmaps.size() || laItem_StoreSequence(canvas, canvas.bitmaps[first]) != sequence)
+        return std::nullopt;
+    return first;
+}
+
+void detail_MoveCursor(_LaCanvasData& canvas, double time, uint32_t object) {
+    laCanvas_Reveal(canvas, time, object);
+    const bool selection =
+        canvas.cursor[0] >= 0 && canvas.cursor[1] >= 0 && canvas.cursor[0] != canvas.cursor[1];
+    if (!selection) laCanvas_ClearCursors(canvas);
+    laCanvas_MoveCursor(canvas, 0, time);
+}
+
+std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const DetailStatus& from,
+                                              bool sameStatus, bool forward) {
+    const int32_t target = sameStatus ? from.status : -1;
+    if (const laItem_Line* lane = laCanvas_FindLane(canvas, from.object)) {
+        const auto present = find_stretch(*lane, from, forward);
+        const auto next = present ? follow(*lane, *present, target, forward) : std::nullopt;
+        const size_t edge = forward ? lane->segments.size() - 1 : 0;
+        if (next && *next != edge) {
+            const DetailStatus found = stretch_at(*lane, *next);
+            detail_MoveCursor(canvas, found.time, found.object);
+            return found;
+        }
+    }
+    return status_from_store(canvas, from, target, forward);
+}
+
+namespace {
+
+// One walk over the events of the store from a sequence number on, that one included.
+class SequenceWalk {
+  public:
+    SequenceWalk(TraceStore& store, uint32_t first) : first_(first) {
+        // A walk from a checkpoint begins one event later, so it begins one earlier.
+        mt_StartWalkBySequence(store, std::max(1u, first > 0 ? first - 1 : 0u), 0, nullptr, walk_);
+    }
+    bool next(EventRecord& event) {
+        while (mt_NextEvent(walk_, event))
+            if (event.sequence >= first_) return true;
+        return false;
+    }
+
+  private:
+    EventWalk walk_;
+    uint32_t first_;
+};
+
+// Looks for an event of the store by its legend entry and object.
+class EventSeeker {
+  public:
+    EventSeeker(_LaCanvasData& canvas, const DetailEvent& like, bool sameEvent, bool sameObject)
+        : source_(analysis_SourceOfCanvas(canvas)),
+          like_(like),
+          sameEvent_(sameEvent),
+          sameObject_(sameObject),
+          count_(canvas.store ? mt_GetEventCount(*canvas.store) : 0) {}
+
+    // The first that fits behind a sequence number, and the last ahead of one.
+    std::optional<DetailEvent> Behind(uint32_t sequence) {
+        if (sequence >= count_) return std::nullopt;
+        SequenceWalk walk(*source_.store, sequence + 1);
+        EventRecord event;
+        while (walk.next(event) && Tell(event.sequence - sequence, count_ - sequence))
+            if (Fits(event)) return Taken(event);
+        return std::nullopt;
+    }
+    std::optional<DetailEvent> Ahead(uint32_t sequence) {
+        uint32_t block = firstBlock;
+        for (uint32_t end = std::min(sequence, count_ + 1); end > 1;) {
+            const uint32_t begin = end > block ? end - block : 1;
+            std::optional<DetailEvent> last;
+            SequenceWalk walk(*source_.store, begin);
+            EventRecord event;
+            while (walk.next(event) && event.sequence < end) {
+                if (!Tell(sequence - end, sequence)) return std::nullopt;
+                if (Fits(event)) last = Taken(event);
+            }
+            if (last) return last;
+            end = begin;
+            block = std::min(block * 2, mostBlock);
+        }
+        return std::nullopt;
+    }
+
+  private:
+    bool Tell(uint32_t done, uint32_t total) {
+        return (++seen_ & progressMask) != 0 || !source_.progress || source_.progress(done, total);
+    }
+    bool Fits(const EventRecord& event) {
+        uint16_t type = 0;
+        if (event.extra.size() < sizeof(uint32_t) || !mt_GetEventObject(*source_.store, event, type, object_))
+            return false;
+        return (!sameObject_ || object_ == like_.object) &&
+               (!sameEvent_ || source_.legend->EventMatches(event.type, event.subtype, like_.event));
+    }
+    DetailEvent Taken(const EventRecord& event) const {
+        return {source_.timeOf(event.time),
+                object_,
+                event.sequence,
+                source_.legend->EventIndex(event.type, event.subtype),
+                event.type,
+                event.subtype};
+    }
+
+    AnalysisSource source_;
+    DetailEvent like_;
+    bool sameEvent_, sameObject_;
+    uint32_t count_;
+    uint32_t seen_ = 0;
+    uint32_t object_ = 0;  // of the event looked at last
+};
+
+}  // namespace
+
+std::optional<DetailEvent> detail_StepEvent(_LaCanvasData& canvas, const DetailEvent& from, bool sameEvent,
+                                            bool sameObject, bool forward) {
+    uint32_t reached = from.sequence;
+    auto at = detail_FindIcon(canvas, from.sequence);
+    if (at && same(detail_EventOf(canvas, *at).time, from.time)) {
+        while (forward ? *at + 1 < canvas.bitmaps.size() : *at > 0) {
+            at = forward ? *at + 1 : *at - 1;
+            const DetailEvent one = detail_EventOf(canvas, *at);
+            reached = one.sequence;
+            if ((sameEvent && one.event != from.event) || (sameObject && one.object != from.object)) continue;
+            detail_MoveCursor(canvas, one.time, one.object);
+            return one;
+        }
+    }
+    if (!canvas.store) return std::nullopt;
+    std::optional<DetailEvent> found;
+    {
+        const Busy busy(canvas);
+        EventSeeker seeker(canvas, from, sameEvent, sameObject);
+        found = forward ? seeker.Behind(reached) : seeker.Ahead(reached);
+    }
+    if (found) detail_MoveCursor(canvas, found->time, found->object);
+    return found;
+}
+
+namespace {
+
+// Two objects may take turns several times at one instant: then the ordinal tells.
+std::optional<size_t> find_switch(const _LaCanvasData& canvas, const DetailSwitch& wanted) {
+    std::optional<size_t> found;
+    for (uint32_t i = 0; i < canvas.ctxLines.size() && canvas.ctxLines[i].t0 <= wanted.time + sameInstant;
+         ++i) {
+        if (!same(canvas.ctxLines[i].t0, wanted.time)) continue;
+        const DetailSwitch one = detail_SwitchOf(canvas, i);
+        if (one.fromObject != wanted.fromObject || one.toObject != wanted.toObject) continue;
+        if (one.ordinal == wanted.ordinal) return i;
+        if (!found) found = i;
+    }
+    return found;
+}
+
+std::optional<size_t> neighbour(const _LaCanvasData& canvas, size_t place, bool forward) {
+    if (forward ? place + 1 >= canvas.ctxLines.size() : place == 0) return std::nullopt;
+    return forward ? place + 1 : place - 1;
+}
+
+// The first switch (backward the last) of the list at a time.
+std::optional<size_t> switch_at(const _LaCanvasData& canvas, double time, bool forward) {
+    std::optional<size_t> found;
+    for (uint32_t i = 0; i < canvas.ctxLines.size() && canvas.ctxLines[i].t0 <= time + sameInstant; ++i) {
+        if (!same(canvas.ctxLines[i].t0, time)) continue;
+        found = i;
+        if (forward) break;
+    }
+    return found;
+}
+
+// Where nothing of the present instant is left in the list.
+std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const DetailSwitch& from, bool forward) {
+    AnalysisSource source = analysis_SourceOfCanvas(canvas);
+    if (source.store == nullptr) return std::nullopt;
+    StoreStep step{Search_Switch, canvas.legend.contextSwitchStatus, from.time, from.fromObject, false,
+                   forward};
+    for (int tries = 0; tries < mostSteps; ++tries) {
+        SearchRow row;
+        {
+            const Busy busy(canvas);
+            source.running.clear();
+            if (forward && tries == 0) source.running.enter(source.processorOf(from.toObject), from.toObject);
+            if (!step_past(source, step, row)) return std::nullopt;
+        }
+        detail_MoveCursor(canvas, row.timeA, row.objectA);
+        if (const auto found = switch_at(canvas, row.timeA, forward)) return detail_SwitchOf(canvas, *found);
+        // An object that is seen to run for the first time takes over from itself: that is no switch.
+        if (row.objectA != row.objectB && row.timeA > sameInstant)
+            return DetailSwitch{row.timeA, row.objectA, row.objectB, canvas.legend.contextSwitchStatus, 0};
+        step.time = row.timeA;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DetailSwitch> detail_StepSwitch(_LaCanvasData& canvas, const DetailSwitch& from, bool forward) {
+    auto present = find_switch(canvas, from);
+    if (!present && canvas.store) {
+        // Those of one instant are told apart by the list alone.
+        detail_MoveCursor(canvas, from.time, from.fromObject);
+        present = find_switch(canvas, from);
+    }
+    const auto next = present ? neighbour(canvas, *present, forward) : std::nullopt;
+    const auto found =
+        next ? std::optional(detail_SwitchOf(canvas, *next)) : switch_from_store(canvas, from, forward);
+    if (found) detail_MoveCursor(canvas, found->time, found->fromObject);
+    return found;
+}

@@ -1,0 +1,264 @@
+#include "chronoweave/analysis/detail_windows.h"
+
+#include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/analysis/detail_window.h"
+#include "chronoweave/analysis/object_tree.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/tips.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr const char* noMore = "No more required object.";
+constexpr const char* taskGone =
+    "The task does not exist in the time range, please close the obsolete TASK window.";
+constexpr const char* noMoreTasks =
+    "There is no required object for the task in the time range, please close the obsolete TASK window.";
+
+// A walk paints, and so runs with the surface open.
+template <class Step>
+auto paint_step(_LaCanvasData& canvas, const Step& step) {
+    decltype(step()) found;
+    laCanvas_Paint(canvas, [&] { found = step(); });
+    return found;
+}
+
+bool is_next(const std::string& button) {
+    return button.ends_with("next");
+}
+
+class StatusDetail : public DetailWindow {
+  public:
+    StatusDetail(_LaCanvasData& canvas, DialogModel& model, const DetailStatus& status)
+        : DetailWindow(canvas, model), status_(status) {
+        Fill();
+    }
+
+    void Press(const std::string& name) override {
+        if (name == "bt_go") return Go();
+        if (name == "bt_task") return detail_OpenTask(canvas_, status_.object);
+        const auto found = paint_step(
+            canvas_, [&] { return detail_StepStatus(canvas_, status_, name[0] == 's', is_next(name)); });
+        if (!found) return Refuse(noMore);
+        status_ = *found;
+        Say("");
+        Fill();
+    }
+
+  private:
+    void Fill() {
+        model_.setText("tf_status", text_utf8(Row().name));
+        model_.setText("tf_taskid", ObjectText(status_.object));
+        model_.setText("tf_ftime", TimeText(status_.time));
+        model_.setText("tf_ttime", TimeText(status_.end));
+        model_.setText("tf_length", TimeText(status_.end - status_.time));
+    }
+    void Go() {
+        laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, status_.time, status_.object); });
+        if (Row().visible)
+            Say("");
+        else
+            Refuse("Status " + text_utf8(Row().name) + " is invisible.");
+    }
+    const LegendStatus& Row() const { return canvas_.legend.statuses[static_cast<size_t>(status_.status)]; }
+
+    DetailStatus status_;
+};
+
+class EventDetail : public DetailWindow {
+  public:
+    EventDetail(_LaCanvasData& canvas, DialogModel& model, const DetailEvent& event)
+        : DetailWindow(canvas, model), event_(event) {
+        Fill();
+    }
+
+    void Press(const std::string& name) override {
+        if (name == "bt_go") return Go();
+        if (name == "bt_task") return detail_OpenTask(canvas_, event_.object);
+        const bool sameEvent = name[0] == 'e' || name[0] == 't',
+                   sameObject = name[0] == 's' || name[0] == 't';
+        const auto found = paint_step(
+            canvas_, [&] { return detail_StepEvent(canvas_, event_, sameEvent, sameObject, is_next(name)); });
+        if (!found) return Refuse(noMore);
+        event_ = *found;
+        Say("");
+        Fill();
+    }
+
+  private:
+    // The event as an icon; its place among the canvas's own may be gone.
+    laItem_Bitmap Icon() const {
+        return {event_.time,  laNoLane,    event_.sequence - canvas_.firstSequence,
+                event_.event, event_.type, event_.subtype};
+    }
+    void Fill() {
+        model_.setText("tf_name", text_utf8(laItem_EventName(canvas_, Icon())));
+        model_.setText("tf_taskid", ObjectText(event_.object));
+        model_.setText("tf_time", TimeText(event_.time));
+        model_.setText("tf_comments", laItem_EventText(canvas_, Icon()));
+        // There is no debugger to talk to yet.
+        model_.setChoiceEnabled("gotos", gotoDebugger, false);
+    }
+    void Go() {
+        laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, event_.time, event_.object); });
+        const LegendEvent& row = canvas_.legend.events[static_cast<size_t>(event_.event)];
+        if (row.visibility() != 0)
+            Say("");
+        else
+            Refuse("Event " + text_utf8(row.name) + " is invisible.");
+    }
+
+    DetailEvent event_;
+};
+
+class SwitchDetail : public DetailWindow {
+  public:
+    SwitchDetail(_LaCanvasData& canvas, DialogModel& model, const DetailSwitch& line)
+        : DetailWindow(canvas, model), switch_(line) {
+        Fill();
+    }
+
+    void Press(const std::string& name) override {
+        if (name == "bt_goto") return Go();
+        const auto found =
+            paint_step(canvas_, [&] { return detail_StepSwitch(canvas_, switch_, is_next(name)); });
+        if (!found) return Refuse(noMore);
+        switch_ = *found;
+        Say("");
+        Fill();
+    }
+
+  private:
+    void Fill() {
+        model_.setText("tf_ftaskid", ObjectText(switch_.fromObject));
+        model_.setText("tf_ftime", TimeText(switch_.time));
+        model_.setText("tf_ttaskid", ObjectText(switch_.toObject));
+        model_.setText("tf_ttime", TimeText(switch_.time));
+    }
+    void Go() {
+        laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, switch_.time, switch_.fromObject); });
+        const auto row = static_cast<size_t>(switch_.status);
+        if (row < canvas_.legend.statuses.size() && canvas_.legend.statuses[row].visible)
+            Say("");
+        else
+            Refuse("Context switch is invisible.");
+    }
+
+    DetailSwitch switch_;
+};
+
+class ObjectDetail : public DetailWindow {
+  public:
+    ObjectDetail(_LaCanvasData& canvas, DialogModel& model, uint32_t object)
+        : DetailWindow(canvas, model), object_(object) {
+        Fill();
+    }
+
+    void Press(const std::string& name) override {
+        uint32_t at = laNoLane;
+        if (!laCanvas_FindLane(canvas_, object_, &at)) return Refuse(taskGone);
+        const uint32_t next = Neighbour(at, name[0] == 'N');
+        if (next == laNoLane) {
+            Enable(at);
+            return Refuse(noMoreTasks);
+        }
+        object_ = canvas_.lanes[next].objectId;
+        Say("");
+        Fill();
+    }
+
+  private:
+    uint32_t Neighbour(uint32_t at, bool forward) const {
+        while (forward ? at + 1 < canvas_.lanes.size() : at > 0) {
+            at = forward ? at + 1 : at - 1;
+            if (!canvas_.lanes[at].isAgent) return at;
+        }
+        return laNoLane;
+    }
+    void Enable(uint32_t at) {
+        model_.setEnabled("Prev", Neighbour(at, false) != laNoLane);
+        model_.setEnabled("Next", Neighbour(at, true) != laNoLane);
+    }
+    void Fill() {
+        uint32_t at = laNoLane;
+        const laItem_Line* lane = laCanvas_FindLane(canvas_, object_, &at);
+        if (!lane) return;
+        model_.setText("tf_id", gen_format("0x%x", object_));
+        model_.setText("tf_name", lane->hasName ? text_utf8(laTask_WithoutFake(lane->name))
+                                                : canvas_.objectTerm + gen_format(" 0x%x", object_));
+        model_.setText("tf_priority", object_PriorityText(lane->priority));
+        model_.setTitle(canvas_.objectTerm + " " + model_.item("tf_name").text);
+        Enable(at);
+    }
+
+    uint32_t object_;
+};
+
+// Windows of a kind are numbered as long as the program runs.
+std::string numbered(const char* kind, int& number, const _LaCanvasData& canvas) {
+    return kind + std::string("-W ") + std::to_string(number++) + " for '" +
+           detail_CanvasTitle(canvas, "No_Name") + "'";
+}
+
+void open_detail(_LaCanvasData& canvas, const laItemRef& item) {
+    static int statuses = 1, events = 1, switches = 1;
+    if (canvas.host == nullptr) return;
+    const std::string& term = canvas.objectTerm;
+    switch (item.itype) {
+        case laItemType_Line:
+            detail_Open<StatusDetail>(canvas, detail_StatusWindow(term), numbered("S", statuses, canvas),
+                                      detail_StatusOf(canvas, item));
+            return;
+        case laItemType_Bitmap:
+            detail_Open<EventDetail>(canvas, detail_EventWindow(term, canvas.osKind != Os_ThreadX),
+                                     numbered("E", events, canvas), detail_EventOf(canvas, item.index));
+            return;
+        case laItemType_Ctx:
+            detail_Open<SwitchDetail>(canvas, detail_SwitchWindow(term), numbered("CS", switches, canvas),
+                                      detail_SwitchOf(canvas, item.index));
+            return;
+        default:
+            return;
+    }
+}
+
+}  // namespace
+
+void DetailWindow::Say(const std::string& message) {
+    model_.setMessage(message);
+    laCanvas_UpdateFields(canvas_, 0, message.c_str());
+}
+
+void DetailWindow::Refuse(const std::string& message) {
+    model_.setMessage(message);
+    laCanvas_Refuse(canvas_, message);
+}
+
+std::string DetailWindow::ObjectText(uint32_t object) const {
+    const std::string id = gen_format("0x%x", object);
+    const uint32_t at = canvas_.laneIndex.find(object);
+    if (at == laNoLane || !canvas_.lanes[at].hasName) return id;
+    return id + " (" + text_utf8(laTask_WithoutFake(canvas_.lanes[at].name)) + ")";
+}
+
+std::string DetailWindow::TimeText(double time) const {
+    return laTip_Time(canvas_, time) + " " + laTime_UnitName(canvas_, true);
+}
+
+std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed) {
+    return canvas.canvasName.empty() ? unnamed : canvas.canvasName;
+}
+
+void detail_OpenTask(_LaCanvasData& canvas, uint32_t objectId) {
+    if (canvas.host == nullptr) return;
+    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    if (lane == nullptr || lane->isAgent) return laCanvas_Refuse(canvas, taskGone);
+    detail_Open<ObjectDetail>(canvas, detail_TaskWindow(canvas.objectTerm), canvas.objectTerm, objectId);
+}
+
+void detail_Attach(_LaCanvasData& canvas) {
+    canvas.openDetail = [&canvas](const laItemRef& item) { open_detail(canvas, item); };
+    canvas.openInfo = [&canvas](uint32_t objectId) { object_OpenInfo(canvas, objectId); };
+}

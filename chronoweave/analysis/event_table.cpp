@@ -1,0 +1,363 @@
+#include "chronoweave/analysis/event_table.h"
+
+#include <algorithm>
+
+#include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/import/extra_format.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/tips.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr uint32_t progressMask = 0x3FF;
+constexpr uint32_t readAhead = 48;        // texts read at once
+constexpr size_t mostTexts = 4096;        // kept of rows seen
+constexpr size_t mostTypedTexts = 20000;  // events whose texts are filtered at each letter typed
+
+std::string lowered(std::string text) {
+    for (char& c : text) c = text_lower(c);
+    return text;
+}
+
+// One filter field.
+class Pattern {
+  public:
+    explicit Pattern(const std::string& typed)
+        : pattern_(lowered(std::string(text_trim(typed)))),
+          wild_(pattern_.find_first_of("*?") != std::string::npos) {}
+    bool empty() const { return pattern_.empty(); }
+    bool fits(const std::string& text) const {
+        if (pattern_.empty()) return true;
+        const std::string low = lowered(text);
+        return wild_ ? text_matches(pattern_, low) : low.find(pattern_) != std::string::npos;
+    }
+
+  private:
+    std::string pattern_;
+    bool wild_;
+};
+
+std::string object_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    if (icon.lane == laNoLane) return {};
+    return text_utf8(laTask_WithoutFake(laCanvas_LaneName(canvas, canvas.lanes[icon.lane])));
+}
+std::string event_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    return text_utf8(laItem_EventName(canvas, icon));
+}
+
+bool is_hidden(const laItem_Line& lane) {
+    return lane.hidden && lane.row < 0;
+}
+
+// The text of an event as it is read, without a word of problems: a table asks for too many.
+std::string extra_text(const _LaCanvasData& canvas, const EventRecord& event, int32_t row) {
+    std::string text;
+    const std::string& format = canvas.legend.events[static_cast<size_t>(row)].extraFormat;
+    if (!format.empty())
+        extra_Format(event, format, mt_IsBigEndianTarget(*canvas.store), false, false, text, nullptr);
+    return text_utf8(text);
+}
+
+// The events of the store behind given icons, which come in order.
+class IconReader {
+  public:
+    IconReader(const _LaCanvasData& canvas, uint32_t first) : canvas_(canvas) {
+        const uint32_t wanted = laItem_StoreSequence(canvas, canvas.bitmaps[first]);
+        // A walk from a checkpoint begins one event later, so it begins one earlier.
+        mt_StartWalkBySequence(*canvas.store, std::max(1u, wanted - 1), 0, nullptr, walk_);
+    }
+    // False when the store ends ahead of it.
+    bool Read(uint32_t icon) {
+        const uint32_t wanted = laItem_StoreSequence(canvas_, canvas_.bitmaps[icon]);
+        while (mt_NextEvent(walk_, event))
+            if (event.sequence >= wanted) return event.sequence == wanted;
+        return false;
+    }
+    EventRecord event;
+
+  private:
+    const _LaCanvasData& canvas_;
+    EventWalk walk_;
+};
+
+}  // namespace
+
+DialogDescription event_TableDescription() {
+    DialogDescription d;
+    d.name = "EventTable";
+    d.title = "Events";
+    d.helpKey = "eventtable";
+    const std::string room(10, 'n');
+    d.items = {
+        {"t_object", DialogKind::Label, "Object:", "", 0, {}, "", "tf_object"},
+        {"tf_object", DialogKind::TextField, "", "Filter by object", 0, {}, room},
+        {"t_event", DialogKind::Label, "Event:", "", 0, {}, "", "tf_event"},
+        {"tf_event", DialogKind::TextField, "", "Filter by event", 0, {}, room},
+        {"t_text", DialogKind::Label, "Text:", "", 0, {}, "", "tf_text"},
+        {"tf_text", DialogKind::TextField, "", "Filter by text", 0, {}, room},
+        {"ts_info", DialogKind::StatusText, "", "Number of events", 0, {}, "00000 of 00000"},
+        {"list",
+         DialogKind::List,
+         "",
+         "Events of the view",
+         0,
+         {"Time", "Distance", "Object", "Event", "Text"}},
+    };
+    // The filters share a row; the message has what they leave of it.
+    const char* filters = "(@t_object,@t_event,@t_text)";
+    d.layout = {
+        "MinSizes",
+        "0," + std::string(filters) + ",(),172,46,0,0,0,1,1,1,Horizontal",
+        "0,(@tf_object),(),12,0,0,4,0,1,1,1,Vertical",
+        "Sizes",
+        "0,(),(),0,120,0,0,0,1,1,1,Horizontal",
+        "0,(),(),12,0,0,10,0,1,1,1,Vertical",
+        "@tf_object,(),(),24,10,0,0,0,1,1,1,Horizontal",
+        "@tf_event,(),(),24,10,0,0,0,1,1,1,Horizontal",
+        "@tf_text,(),(),24,10,0,0,0,1,1,1,Horizontal",
+        "@ts_info,(0),(@t_object,@t_event,@t_text,@tf_object,@tf_event,@tf_text),-64,0,0,0,0,1,1,1,"
+        "Horizontal",
+        "@list,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
+        "@list,(0),(@tf_object),-12,0,0,0,0,1,1,1,Vertical",
+        "Positions",
+        "(@t_object,@list),0,4,0,0,0,0,Left,Left,Left",
+        "(@tf_object,@tf_event,@tf_text),0,4,0,0,0,0,Top,Top,Top",
+        "(@tf_object),@t_object,6,0,0,0,0,Left,Left,Right",
+        "(@t_event),@tf_object,12,0,0,0,0,Left,Left,Right",
+        "(@tf_event),@t_event,6,0,0,0,0,Left,Left,Right",
+        "(@t_text),@tf_event,12,0,0,0,0,Left,Left,Right",
+        "(@tf_text),@t_text,6,0,0,0,0,Left,Left,Right",
+        "(@ts_info),@tf_text,12,0,0,0,0,Left,Left,Right",
+        "(@t_object,@t_event,@t_text,@ts_info),@tf_object,0,0,0,0,0,Baseline,Baseline,Baseline",
+        "(@list),@tf_object,4,0,0,0,0,Top,Top,Bottom",
+    };
+    d.framed = false;
+    return d;
+}
+
+EventTable::EventTable(_LaCanvasData& canvas)
+    : canvas_(canvas), model_(event_TableDescription()), list_(model_.list("list")) {
+    list_.sortByHeader = false;  // by time, always
+    list_.nameColumn = Column_Event;
+    const int letter = std::max(1, canvas.graph->font.charWidth);
+    const int widths[] = {18, 16, 24, 30, 60};
+    for (int column = 0; column < 5; ++column) list_.SetWidth(column, widths[column] * letter);
+    model_.onSelect = [this](const std::string&) { Choose(model_.selectedRow("list")); };
+    model_.onActivate = [this](const std::string&, int row) { Activate(row); };
+    // A text is looked for at once while there is not much to read, else when it is finished.
+    model_.onEdit = [this](const std::string& name, const std::string& text) {
+        if (name != "tf_text" || text.empty() || Candidates().size() <= mostTypedTexts) Filter();
+    };
+    model_.onCommit = [this](const std::string& name, const std::string&) {
+        if (name == "tf_text") Filter();
+    };
+    canvas.iconPressed = [this](size_t icon) {
+        Sync();
+        SelectIcon(static_cast<uint32_t>(icon), true);
+    };
+}
+
+EventTable::~EventTable() {
+    canvas_.iconPressed = {};
+    canvas_.markedEvent = 0;
+}
+
+EventTable::Basis EventTable::Present() const {
+    Basis now{canvas_.store.get(), canvas_.itemsVersion, canvas_.viewLow,
+              canvas_.viewHigh,    canvas_.timeMode,     canvas_.bitmaps.size()};
+    const auto add = [&now](bool bit) { now.shown = (now.shown ^ (bit ? 0x9Eu : 0x3Bu)) * 0x100000001B3u; };
+    for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) add(is_hidden(canvas_.lanes[i]));
+    for (const LaEventLook& look : canvas_.eventLooks) add(look.shown);
+    return now;
+}
+
+bool EventTable::Sync() {
+    const Basis now = Present();
+    const bool changed = !(now == basis_);
+    if (changed) {
+        basis_ = now;
+        Filter();
+    }
+    FollowCursor();
+    return changed;
+}
+
+bool EventTable::Escape(const std::string& item) {
+    if (!item.starts_with("tf_") || model_.item(item).text.empty()) return false;
+    model_.setText(item, "");
+    Filter();
+    return true;
+}
+
+void EventTable::Filter() {
+    basis_ = Present();
+    texts_.clear();
+    list_.SetHeader(0, Column_Time, std::string("Time (") + laTime_UnitName(canvas_, true) + "s)");
+    std::vector<uint32_t> ids = Candidates();
+    const bool stopped = NeedsText() && !FilterByText(ids);
+    if (!NeedsText()) textStates_ = {};
+    ShowRows(std::move(ids), stopped);
+}
+
+// The events of the view by object and name. What a name looks like is asked once per object and per row of
+// the legend; those that show their codes are asked one by one.
+std::vector<uint32_t> EventTable::Candidates() const {
+    const Pattern object(model_.item("tf_object").text), event(model_.item("tf_event").text);
+    std::vector<uint8_t> lanes(canvas_.lanes.size()), rows(canvas_.legend.events.size());
+    for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) {
+        const laItem_Line& lane = canvas_.lanes[i];
+        lanes[i] = !is_hidden(lane) && (object.empty() || object.fits(object_text(canvas_, {0, i})));
+    }
+    constexpr uint8_t askEach = 2;
+    for (size_t row = 0; row < rows.size(); ++row) {
+        const LegendEvent& entry = canvas_.legend.events[row];
+        if (row >= canvas_.eventLooks.size() || !canvas_.eventLooks[row].shown) continue;
+        const bool codes = entry.isWildcard() || static_cast<int32_t>(row) == canvas_.legend.unknownEvent;
+        rows[row] = !event.empty() && codes ? askEach : event.fits(text_utf8(entry.name));
+    }
+    std::vector<uint32_t> ids;
+    const uint32_t end = canvas_.bitmaps.size();
+    for (uint32_t i = laBm_FirstAt(canvas_, canvas_.viewLow);
+         i < end && canvas_.bitmaps[i].time <= canvas_.viewHigh; ++i) {
+        const laItem_Bitmap& icon = canvas_.bitmaps[i];
+        if (icon.lane == laNoLane || !lanes[icon.lane]) continue;
+        const uint8_t named = rows[static_cast<size_t>(icon.event)];
+        if (named == 1 || (named == askEach && event.fits(event_text(canvas_, icon)))) ids.push_back(i);
+    }
+    return ids;
+}
+
+// Leaves the events whose text fits. What was read is kept while the filter and the canvas's items stay.
+// False when it was stopped: those not read are left out.
+bool EventTable::FilterByText(std::vector<uint32_t>& ids) {
+    const std::string& typed = model_.item("tf_text").text;
+    const Pattern pattern(typed);
+    if (typed != textFilter_ || textItems_ != canvas_.itemsVersion ||
+        textStates_.size() != canvas_.bitmaps.size()) {
+        textFilter_ = typed;
+        textItems_ = canvas_.itemsVersion;
+        textStates_.assign(canvas_.bitmaps.size(), Fits::Unknown);
+    }
+    const auto unknown = std::find_if(ids.begin(), ids.end(),
+                                      [this](uint32_t id) { return textStates_[id] == Fits::Unknown; });
+    bool whole = true;
+    if (unknown != ids.end() && canvas_.store) {
+        const LaGraph& graph = *canvas_.graph;
+        if (graph.setBusy) graph.setBusy(true);
+        IconReader reader(canvas_, *unknown);
+        uint32_t count = 0;
+        for (auto at = unknown; at != ids.end() && whole; ++at) {
+            Fits& state = textStates_[*at];
+            if ((++count & progressMask) == 0 && canvas_.progress)
+                whole = canvas_.progress(static_cast<double>(at - unknown),
+                                         static_cast<double>(ids.end() - unknown));
+            if (!whole || state != Fits::Unknown) continue;
+            const bool read = reader.Read(*at);
+            const int32_t row = canvas_.bitmaps[*at].event;
+            state = read && pattern.fits(extra_text(canvas_, reader.event, row)) ? Fits::Yes : Fits::No;
+        }
+        if (graph.setBusy) graph.setBusy(false);
+    }
+    std::erase_if(ids, [this](uint32_t id) { return textStates_[id] != Fits::Yes; });
+    return whole;
+}
+
+void EventTable::ShowRows(std::vector<uint32_t> ids, bool stopped) {
+    const size_t count = ids.size();
+    list_.HoldRepaint(true);
+    const int64_t top = list_.ViewTop();
+    list_.SetLazyRows({[this](uint32_t id, int column) { return Cell(id, column); }, {}, {}}, std::move(ids));
+    list_.ScrollTo(top);
+    list_.HoldRepaint(false);
+    model_.setMessage(std::to_string(count) + (count == 1 ? " event" : " events") +
+                      (stopped ? " so far, stopped" : ""));
+    if (canvas_.markedEvent == 0) return;
+    if (const auto icon = detail_FindIcon(canvas_, canvas_.markedEvent))
+        SelectIcon(static_cast<uint32_t>(*icon), false);
+}
+
+// Ids stand in order.
+int EventTable::RowOf(uint32_t icon) const {
+    int first = 0;
+    for (int end = list_.RowCount(); first < end;) {
+        const int middle = first + (end - first) / 2;
+        if (list_.RowId(middle) < icon)
+            first = middle + 1;
+        else
+            end = middle;
+    }
+    return first;
+}
+
+void EventTable::SelectIcon(uint32_t icon, bool scroll) {
+    const int row = RowOf(icon);
+    if (row >= list_.RowCount() || list_.RowId(row) != icon) return;
+    list_.SelectOnly(row);
+    if (!scroll) return;
+    list_.ScrollToRow(row);
+    canvas_.markedEvent = laItem_StoreSequence(canvas_, canvas_.bitmaps[icon]);
+}
+
+void EventTable::Choose(int row) {
+    if (row < 0 || row >= list_.RowCount() || Present() != basis_) return;
+    const DetailEvent event = detail_EventOf(canvas_, static_cast<size_t>(list_.RowId(row)));
+    canvas_.markedEvent = event.sequence;
+    laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, event.time, event.object); });
+    cursor_ = canvas_.cursor[0];
+}
+
+void EventTable::Activate(int row) {
+    if (row < 0 || row >= list_.RowCount() || Present() != basis_ || !canvas_.openDetail) return;
+    const auto icon = static_cast<uint32_t>(list_.RowId(row));
+    canvas_.openDetail({laItemType_Bitmap, canvas_.bitmaps[icon].lane, icon});
+}
+
+// A cursor that was moved elsewhere brings the rows about it into sight.
+void EventTable::FollowCursor() {
+    const double time = canvas_.cursor[0];
+    if (time == cursor_) return;
+    cursor_ = time;
+    if (time < canvas_.viewLow || time > canvas_.viewHigh) return;
+    const int row = RowOf(laBm_FirstAt(canvas_, time));
+    list_.ScrollToRow(std::min(row, list_.RowCount() - 1));
+}
+
+std::string EventTable::Cell(uint32_t icon, int column) {
+    // A view may ask for rows of items that are gone, until it is told of the new ones.
+    if (icon >= canvas_.bitmaps.size() || basis_.items != canvas_.itemsVersion) return {};
+    const laItem_Bitmap& item = canvas_.bitmaps[icon];
+    switch (column) {
+        case Column_Time:
+            return laTip_Time(canvas_, item.time);
+        case Column_Distance:
+            return Distance(icon);
+        case Column_Object:
+            return object_text(canvas_, item);
+        case Column_Event:
+            return event_text(canvas_, item);
+        default:
+            return Text(icon);
+    }
+}
+
+std::string EventTable::Distance(uint32_t icon) const {
+    const int row = RowOf(icon);
+    if (row == 0 || row >= list_.RowCount()) return {};
+    const auto before = static_cast<uint32_t>(list_.RowId(row - 1));
+    return laTip_Time(canvas_, canvas_.bitmaps[icon].time - canvas_.bitmaps[before].time);
+}
+
+// Rows are mostly seen one under the other: those that follow are read along.
+std::string EventTable::Text(uint32_t icon) {
+    if (const auto known = texts_.find(icon); known != texts_.end()) return known->second;
+    if (!canvas_.store) return {};
+    if (texts_.size() > mostTexts) texts_.clear();
+    IconReader reader(canvas_, icon);
+    const uint32_t end = std::min(canvas_.bitmaps.size(), icon + readAhead);
+    for (uint32_t at = icon; at < end && reader.Read(at); ++at)
+        texts_[at] = extra_text(canvas_, reader.event, canvas_.bitmaps[at].event);
+    return texts_[icon];
+}

@@ -1,0 +1,130 @@
+#include "chronoweave/analysis/object_tree.h"
+
+#include "chronoweave/analysis/detail_window.h"
+#include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/traxfunc/task_list.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+#include "windlib/msl/tree_manager.h"
+
+namespace {
+
+enum Column : int { Column_Name, Column_Id, Column_Priority };
+
+// A copy of a row of the object list, which is rebuilt under the window.
+class RelativeNode : public MSLTreeNode {
+  public:
+    RelativeNode(const _LaCanvasData& canvas, const MslObjectEntry& entry)
+        : MSLTreeNode(true),
+          name_(text_utf8(laTask_WithoutFake(entry.name))),
+          tip_(canvas.taskList->RowTip(entry)) {
+        if (entry.lane < canvas.lanes.size()) {
+            const laItem_Line& lane = canvas.lanes[entry.lane];
+            object_ = lane.objectId;
+            priority_ = object_PriorityText(lane.priority);
+        }
+        for (const auto& child : entry.children) AddChild(std::make_unique<RelativeNode>(canvas, *child));
+    }
+    void FillRow(MScrollList& list, int row) override {
+        list.SetText(row, Column_Name, name_);
+        if (object_ == laAgentId) return;
+        list.SetText(row, Column_Id, gen_format("0x%x", object_));
+        list.SetText(row, Column_Priority, priority_);
+    }
+    uint32_t object() const { return object_; }  // laAgentId for a group
+    const std::string& tip() const { return tip_; }
+
+  private:
+    std::string name_, tip_, priority_;
+    uint32_t object_ = laAgentId;
+};
+
+// The node of an object, at or below one.
+const MSLTreeNode* find_object(const MSLTreeNode& at, uint32_t object) {
+    if (static_cast<const RelativeNode&>(at).object() == object) return &at;
+    for (const auto& child : at.Children())
+        if (const MSLTreeNode* found = find_object(*child, object)) return found;
+    return nullptr;
+}
+
+class ObjectInfo : public DetailWindow {
+  public:
+    ObjectInfo(_LaCanvasData& canvas, DialogModel& model, const MslObjectEntry& top, uint32_t object)
+        : DetailWindow(canvas, model), tree_(model.list("list")) {
+        MScrollList& list = model.list("list");
+        list.sortByHeader = false;
+        tree_.Add(std::make_unique<RelativeNode>(canvas, top));
+        tree_.ExpandAll();
+        list.toggleTree = [this](int row) { return tree_.Toggle(row); };
+        list.tip = [this](int row) { return TipOf(row); };
+        if (const MSLTreeNode* own = find_object(*tree_.Roots().front(), object)) {
+            list.SelectOnly(tree_.RowOf(*own));
+            list.ScrollToRow(tree_.RowOf(*own));
+        }
+        model.onActivate = [this](const std::string&, int row) { Activate(row); };
+    }
+    void Press(const std::string&) override {}
+
+  private:
+    std::string TipOf(int row) const {
+        const auto* node = static_cast<const RelativeNode*>(tree_.NodeAt(row));
+        return node ? node->tip() : std::string();
+    }
+    void Activate(int row) {
+        const auto* node = static_cast<const RelativeNode*>(tree_.NodeAt(row));
+        if (node == nullptr) return;
+        if (node->object() == laAgentId)
+            tree_.Toggle(row);
+        else
+            detail_OpenTask(canvas_, node->object());
+    }
+
+    MSLTreeManager tree_;
+};
+
+}  // namespace
+
+std::string object_PriorityText(int32_t priority) {
+    return priority < 0 ? "Unknown" : gen_format("0x%x", static_cast<unsigned>(priority));
+}
+
+DialogDescription object_InfoWindow(const std::string& term) {
+    DialogDescription d;
+    d.name = "ObjectInfo";
+    d.title = "Info";
+    d.helpKey = "details";
+    d.items = {
+        {"list", DialogKind::List, "", "Relatives", 0, {term + " Name", term + " ID", "Priority"}},
+    };
+    // Room for the titles, whatever the term is.
+    const size_t letters = 2 * term.size() + 8, capitals = 6 + letters / 3;
+    const std::string least =
+        "0,(),(),100," + std::to_string(letters) + "," + std::to_string(capitals) + ",0,0,1,1,1,Horizontal";
+    d.layout = {
+        "MinSizes",
+        least,
+        "0,(),(),16,0,0,5,0,1,1,1,Vertical",
+        "Sizes",
+        "0,(),(),16,56,0,0,0,1,1,1,Horizontal",
+        "0,(),(),16,0,0,14,0,1,1,1,Vertical",
+        "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
+        "@list,(0),(),-16,0,0,0,0,1,1,1,Vertical",
+        "Positions",
+        "(@list),0,8,0,0,0,0,Left,Left,Left",
+        "(@list),0,8,0,0,0,0,Top,Top,Top",
+    };
+    return d;
+}
+
+void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {
+    static unsigned windows = 1;
+    if (canvas.host == nullptr || canvas.timeMode == Time_Tick) return;
+    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    if (lane == nullptr || lane->isAgent || lane->listEntry == nullptr) return;
+    // The whole of the topmost group; the entry above that stands for no row.
+    const MslObjectEntry* top = lane->listEntry;
+    while (top->parent != nullptr && top->parent->parent != nullptr) top = top->parent;
+    const std::string title = canvas.objectTerm + " Info Window " + gen_format("0x%x", windows++) + " for '" +
+                              detail_CanvasTitle(canvas, "NO_NAME") + "'";
+    detail_Open<ObjectInfo>(canvas, object_InfoWindow(canvas.objectTerm), title, *top, objectId);
+}
