@@ -24,7 +24,7 @@ class NaiveWalk {
         request_ = &request;
         const bool statuses = request.kind == Search_Status || request.kind == Search_Switch;
         if (from_ > to_) return rows_;
-        if (statuses) compare(from_, false, true);
+        if (statuses) compare(on_tick(from_), false, true);
         for (const EventRecord& event : events_) {
             if (full()) break;
             const double time = static_cast<double>(event.time - source_.baseTick) / source_.ticksPerSecond;
@@ -35,7 +35,7 @@ class NaiveWalk {
                 take(event, time);
             }
         }
-        if (statuses && !full()) compare(to_, true, false);
+        if (statuses && !full()) compare(closing(), true, false);
         return rows_;
     }
 
@@ -43,14 +43,14 @@ class NaiveWalk {
         statistics_.eventCounts.resize(legend_.events.size());
         statistics_.statusCounts.resize(legend_.statuses.size());
         statistics_.statusTimes.resize(legend_.statuses.size());
-        track(from_, false);
+        track(on_tick(from_), false);
         for (const EventRecord& event : events_) {
             mt_ApplyEventToState(state_, event);
             track(static_cast<double>(event.time - source_.baseTick) / source_.ticksPerSecond, false);
             if (allEvents || object_of(event) == objects_[0])
                 ++statistics_.eventCounts[static_cast<size_t>(legend_.EventIndex(event.type, event.subtype))];
         }
-        track(to_, true);
+        track(closing(), true);
         return statistics_;
     }
     std::map<uint32_t, ObjectFigures> figures;  // of the report: switches in count
@@ -62,6 +62,17 @@ class NaiveWalk {
         double time;
     };
 
+    double on_tick(double time) const {
+        return std::round(time * source_.ticksPerSecond) / source_.ticksPerSecond;
+    }
+    // The range's end, unless it was rounded up to the tick of the last event.
+    double closing() const {
+        const double last = events_.empty()
+                                ? on_tick(from_)
+                                : static_cast<double>((*std::prev(events_.end())).time - source_.baseTick) /
+                                      source_.ticksPerSecond;
+        return std::max(to_, last);
+    }
     bool full() const { return request_->rowLimit > 0 && rows_.size() >= request_->rowLimit; }
     bool executes(int32_t row) const {
         return row >= 0 && legend_.statuses[static_cast<size_t>(row)].isExecution;

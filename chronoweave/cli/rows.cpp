@@ -7,18 +7,9 @@
 
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
 
 namespace {
-
-std::string quoted(const std::string& text) {
-    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"') result += '"';
-        result += c;
-    }
-    return result + '"';
-}
 
 std::string value_text(const nlohmann::ordered_json& value, ColumnForm form) {
     if (value.is_string()) return value.get<std::string>();
@@ -88,7 +79,7 @@ void RowWriter::row(const nlohmann::ordered_json& values) {
     for (size_t i = 0; i < columns_.size(); ++i) {
         const std::string text = cell(columns_[i], values);
         if (form_ == Form::Csv) {
-            line += (i > 0 ? "," : "") + quoted(text);
+            line += (i > 0 ? "," : "") + text_csv(text);
         } else {
             if (i > 0) line += "  ";
             line += gen_format("%*s", columns_[i].width, printable(text).c_str());
@@ -102,8 +93,8 @@ void RowWriter::facts(const nlohmann::ordered_json& values) {
     if (form_ == Form::Csv) {
         std::string keys, line;
         for (const auto& [key, value] : values.items()) {
-            keys += (keys.empty() ? "" : ",") + quoted(key);
-            line += (line.empty() ? "" : ",") + quoted(value_text(value, ColumnForm::Plain));
+            keys += (keys.empty() ? "" : ",") + text_csv(key);
+            line += (line.empty() ? "" : ",") + text_csv(value_text(value, ColumnForm::Plain));
         }
         std::fputs((keys + '\n' + line + '\n').c_str(), file_);
         return;

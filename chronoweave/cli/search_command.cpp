@@ -73,17 +73,15 @@ bool take_pair_objects(const CommandLine& line, const AnalysisLine& analysis, Se
 }
 
 // Both events must be among those that can bound an interval; of several of one name any.
-bool bounds_intervals(const AnalysisLine& analysis, const SearchRequest& request) {
+bool bounds_intervals(const CommandLine& line, const AnalysisLine& analysis) {
     const Legend& legend = analysis.named.legend;
     const auto rows = search_IntervalEvents(legend, legend.misc.allForIntervalSearch);
-    for (const auto& [target, option] :
-         {std::tuple{request.target, "--begin"}, {request.endTarget, "--end"}}) {
-        const std::string& name = legend.events[static_cast<size_t>(target)].name;
+    for (const auto& [name, option] : {std::pair{&line.begin, "--begin"}, {&line.end, "--end"}}) {
         if (std::any_of(rows.begin(), rows.end(), [&](int32_t row) {
-                return text_equal_nocase(legend.events[static_cast<size_t>(row)].name, name);
+                return text_equal_nocase(legend.events[static_cast<size_t>(row)].name, *name);
             }))
             continue;
-        cli_UsageError(std::string(option) + ": the event \"" + text_utf8(name) +
+        cli_UsageError(std::string(option) + ": the event \"" + text_utf8(*name) +
                        "\" can't bound an interval: the configure file gives it no TRV_Interval_Search, and "
                        "TRV_All_For_Interval_Search is off");
         return false;
@@ -114,7 +112,7 @@ std::optional<SearchRequest> make_request(const CommandLine& line, const Analysi
         good = take(analysis.event(line.begin, "--begin"), request.target) &&
                take(analysis.event(line.end, "--end"), request.endTarget) &&
                take_pair_objects(line, analysis, request);
-    if (!good || (line.subject == "interval" && !bounds_intervals(analysis, request))) return std::nullopt;
+    if (!good || (line.subject == "interval" && !bounds_intervals(line, analysis))) return std::nullopt;
     if (line.subject == "interval" && request.rangeFrom > request.rangeTo)
         std::swap(request.rangeFrom, request.rangeTo);
     return request;

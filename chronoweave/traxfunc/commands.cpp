@@ -205,6 +205,8 @@ constexpr Command commandTable[] = {
     {"Options", None, nullptr, nullptr, "The options"},
     {"Palette", None, nullptr, nullptr, "The list of commands"},
     {"EventTable", None, nullptr, has_store<noSource>, "The table of events"},
+    {"NextHit", None, nullptr, nullptr, "Going to the next hit"},
+    {"PrevHit", None, nullptr, nullptr, "Going to the previous hit"},
 };
 
 bool ends_nocase(std::string_view text, std::string_view end) {

@@ -17,7 +17,7 @@
 // Beside the menu's and the buttons': the rows of the list's menu by their text ("Sort by ... &ID", "Sort in
 // &Descending Order", "&Flat View"), and what keys do: "ZoomInAt x", "ZoomOutAt x" (a column), "Focus",
 // "ShowAll", "ScrollHome", "ScrollEnd", "PageLeft", "PageRight", "GoToTime", "KeySheet", "Options",
-// "Palette", "EventTable".
+// "Palette", "EventTable", "NextHit", "PrevHit".
 bool laCanvas_Command(_LaCanvasData& canvas, std::string_view text);
 // True when laCanvas_Command knows the text.
 bool laCanvas_HasCommand(std::string_view text);

@@ -4,6 +4,7 @@
 
 #include "chronoweave/traxfunc/axis.h"
 #include "chronoweave/traxfunc/draw_items.h"
+#include "chronoweave/traxfunc/hit_marks.h"
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/time.h"
@@ -41,6 +42,7 @@ void paint_data(_LaCanvasData& canvas, const laRect& part, const laRect& widened
     const auto switches = [](const LaStatusLook& look) { return look.isContextSwitch && look.shown; };
     if (std::any_of(canvas.statusLooks.begin(), canvas.statusLooks.end(), switches)) laPaint_Switches(paint);
     laBookmark_PaintAll(canvas);
+    laHits_Paint(canvas, part.left, part.right);
     surface.popClip();
 }
 

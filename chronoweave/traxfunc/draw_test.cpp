@@ -6,6 +6,7 @@
 #include <map>
 
 #include "chronoweave/traxfunc/canvas_testing.h"
+#include "chronoweave/traxfunc/hit_marks.h"
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/picture.h"
 #include "chronoweave/traxfunc/task_list.h"
@@ -277,6 +278,30 @@ TEST(Picture, PlacesItsPartsSideBySideAndKeepsInside) {
         EXPECT_TRUE(shown(test.canvas->fields.totalLengthTitle + ": " + test.canvas->fields.totalLength));
     }
     gen_set_console_sink({});
+}
+
+// A million marks cost what the columns cost; each column with a hit bears one.
+TEST(Draw, HitsAreMarkedOncePerColumn) {
+    TestCanvas test;
+    ASSERT_TRUE(test.Open(random_events(3, 300)));
+    test.ShowAll();
+    _LaCanvasData& canvas = *test.canvas;
+    std::vector<double> times;
+    for (int i = 0; i < 1000000; ++i) times.push_back(canvas.totalLength * i / 1e6);
+    laHits_Set(canvas, times);
+    test.surface.forget();
+    laHits_Paint(canvas, 0, canvas.graph->width);
+    EXPECT_EQ(test.surface.counts[SurfaceOp::Fill], 1000u * laHits_Height);
+    const double pixel = 1 / canvas.pixelsPerUnit;
+    laHits_Set(canvas, {100 * pixel, 100.2 * pixel, 400 * pixel});
+    for (const auto& [x0, x1, marks] :
+         {std::tuple{0, 1000, 2u}, {97, 98, 1u}, {96, 97, 0u}, {104, 397, 0u}, {403, 404, 1u}}) {
+        test.surface.forget();
+        laHits_Paint(canvas, x0, x1);
+        EXPECT_EQ(test.surface.counts[SurfaceOp::Fill], marks * laHits_Height) << x0;
+    }
+    laCanvas_Reset(canvas, false, false);
+    EXPECT_TRUE(canvas.hits.empty());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/draw_items.h"
 #include "chronoweave/traxfunc/history.h"
+#include "chronoweave/traxfunc/hit_marks.h"
 #include "chronoweave/traxfunc/icon_walk.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
@@ -86,6 +87,9 @@ bool move_rows(_LaCanvasData& canvas, int rows) {
     if (!graph.surface->copyRect(0, top + rows, graph.width, bottom - top, 0, -rows)) return false;
     laCanvas_RepaintRows(canvas, 0, top);
     laCanvas_RepaintRows(canvas, bottom, height);
+    // Marks of hits stay at the top; those that went down with the rows go.
+    if (!canvas.hits.empty() && rows < 0) laCanvas_RepaintRows(canvas, -rows, -rows + laHits_Height);
+    if (!canvas.hits.empty()) laCanvas_RepaintRows(canvas, 0, laHits_Height);
     // The dashes of bookmarks don't scroll.
     for (const LaBookmark& mark : canvas.bookmarks) {
         const int x = laCanvas_TimeToPixel(canvas, mark.time, Time_Second);

@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/history.h"
+#include "chronoweave/traxfunc/hit_marks.h"
 #include "chronoweave/traxfunc/navigate.h"
 #include "chronoweave/traxfunc/pixel_surface_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -30,7 +31,7 @@ class Walk {
 
     std::string Move() {
         const double span = canvas_.viewLength;
-        switch (Below(14)) {
+        switch (Below(15)) {
             case 0:
                 laCanvas_ZoomAtColumn(canvas_, Below(pixels_.width()), Below(2) ? 0.5 : 0.83);
                 return "zoom in";
@@ -50,6 +51,9 @@ class Walk {
             case 5:
             case 6:
                 return Drag();
+            case 14:
+                laHits_Set(canvas_, Hits(Below(3) == 0 ? 0 : Below(40)));
+                return "hits";
             case 7:
             case 8:
             case 9:
@@ -78,6 +82,13 @@ class Walk {
     static constexpr int width = 400, height = 180;
 
     int Below(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
+    std::vector<double> Hits(int count) {
+        std::vector<double> times;
+        for (int i = 0; i < count; ++i)
+            times.push_back(canvas_.viewLow + canvas_.viewLength * (Below(1400) - 200) / 1000);
+        std::sort(times.begin(), times.end());
+        return times;
+    }
     void Resize() {
         copies_ += pixels_.copies;
         pixels_ = PixelSurface(width - Below(60), height - Below(60));

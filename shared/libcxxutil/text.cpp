@@ -205,6 +205,16 @@ std::string text_quote(std::string_view text) {
     return quoted.append("\"");
 }
 
+std::string text_csv(std::string_view text) {
+    if (text.find_first_of(",\"\n\r") == std::string_view::npos) return std::string(text);
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"') result += '"';
+        result += c;
+    }
+    return result + '"';
+}
+
 std::string text_utf8(std::string_view bytes) {
     std::string valid;
     valid.reserve(bytes.size());

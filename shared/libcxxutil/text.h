@@ -37,6 +37,9 @@ std::string text_escape(std::string_view text);
 // the same bytes back.
 std::string text_quote(std::string_view text);
 
+// The text as a cell of comma-separated values: in double quotes where it needs them.
+std::string text_csv(std::string_view text);
+
 // The same text with every byte that is no valid UTF-8 replaced by U+FFFD.
 std::string text_utf8(std::string_view bytes);
 

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <filesystem>
 
+#include "chronoweave/analysis/analysis.h"
 #include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/dialogs/program_dialogs.h"
 #include "chronoweave/traxfunc/commands.h"
@@ -48,6 +49,7 @@ const KeyCommand keyTable[] = {
     {Qt::Key_B, Qt::ControlModifier, "AddBookmark"}, {Qt::Key_F, Qt::ControlModifier, "Search"},
     {Qt::Key_P, Qt::ControlModifier, "TraxPrint"},   {Qt::Key_Left, Qt::AltModifier, "PrevHistory"},
     {Qt::Key_Right, Qt::AltModifier, "NextHistory"}, {Qt::Key_F1, Qt::NoModifier, "KeySheet"},
+    {Qt::Key_F3, Qt::NoModifier, "NextHit"},       {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
 };
 
 }  // namespace
@@ -199,6 +201,7 @@ void CanvasWindow::fillUpperFloor() {
         return setOptions(wanted);
     };
     legend_Attach(canvas);
+    analysis_Attach(canvas);
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
 }
 

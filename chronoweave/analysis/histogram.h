@@ -1,0 +1,43 @@
+// The lengths of intervals in figures and as bars.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "windlib/lagraph/surface.h"
+
+// All 0 without lengths. A percentile is the smallest length that so many percent of all do not exceed; the
+// median is the middle one, or the mean of the two in the middle; jitter is max - min.
+struct LengthFigures {
+    size_t count = 0;
+    double min = 0, max = 0, mean = 0, median = 0, percentile95 = 0, percentile99 = 0, jitter = 0;
+};
+
+class Histogram {
+  public:
+    static constexpr size_t mostBars = 60;
+
+    Histogram() = default;
+    // Of lengths in the unit in which they are shown. Not numbers are not allowed.
+    explicit Histogram(std::vector<double> lengths);
+
+    const LengthFigures& figures() const { return figures_; }
+    // How many lengths fall into each bar. Bars are of one width from min to max, each with its lower end;
+    // the last has max, too.
+    const std::vector<uint32_t>& counts() const { return counts_; }
+    size_t barOf(double length) const;
+    // The bar at a column of a picture so wide; the number of bars when there is none.
+    size_t barAt(int x, int width) const;
+    // The figures as two lines of text, with what jitter means. unit is the word of the unit.
+    std::string text(const std::string& unit) const;
+    // Draws bars, their ends and the highest count on a surface of w by h. A bar that holds something is
+    // never lower than a pixel.
+    void draw(Surface& surface, int w, int h) const;
+
+  private:
+    LengthFigures figures_;
+    std::vector<uint32_t> counts_;
+    double width_ = 0;  // of a bar
+};

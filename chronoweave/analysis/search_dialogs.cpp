@@ -1,0 +1,321 @@
+#include "chronoweave/analysis/search_dialogs.h"
+
+#include <algorithm>
+#include <set>
+
+#include "chronoweave/traxfunc/time.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+#include "windlib/dialog/host.h"
+
+namespace {
+
+constexpr int accepted = 1;
+constexpr double leastPeriod = 1e-12;
+constexpr const char* invalidRange = "Invalid time range.";
+
+// On the message lines of the canvas and of the dialog.
+void tell(TraceFacts& facts, DialogModel& model, const std::string& message) {
+    laCanvas_UpdateFields(facts.canvas, 0, message.c_str());
+    model.setMessage(message);
+}
+void refuse(TraceFacts& facts, DialogModel& model, const std::string& message) {
+    laCanvas_Beep(facts.canvas);
+    tell(facts, model, message);
+}
+void error(TraceFacts& facts, const std::string& message) {
+    laCanvas_Beep(facts.canvas);
+    facts.canvas.host->Message(message);
+}
+
+std::string with_max(const TraceFacts& facts, const std::string& text) {
+    return text + " (Max: " + laCanvas_TotalLengthText(facts.canvas) + ')';
+}
+
+bool is_period(const SearchRequest& request) {
+    return request.periodFrom >= 0 && request.periodTo >= 0 &&
+           request.periodTo - request.periodFrom > leastPeriod;
+}
+
+// Each name of the events once, sorted; categories have none.
+std::vector<DialogRow> event_names(const Legend& legend) {
+    std::set<std::string> names;
+    for (const LegendEvent& event : legend.events)
+        if (!event.isCategory()) names.insert(event.name);
+    std::vector<DialogRow> rows;
+    for (const std::string& name : names) rows.push_back({{text_utf8(name)}, rows.size(), name});
+    return rows;
+}
+
+// A row of a choice stands for a row of the legend by the code that it shows.
+std::vector<DialogRow> event_rows(const Legend& legend) {
+    std::set<std::string> seen;
+    std::vector<DialogRow> rows;
+    for (size_t i = 0; i < legend.events.size(); ++i) {
+        const LegendEvent& event = legend.events[i];
+        if (!event.isCategory() && seen.insert(event.name).second)
+            rows.push_back({{text_utf8(event.name), gen_format("0x%x/0x%x", event.type, event.subtype)}, i});
+    }
+    return rows;
+}
+
+std::vector<DialogRow> status_rows(const Legend& legend) {
+    std::vector<DialogRow> rows;
+    for (size_t i = 0; i < legend.statuses.size(); ++i) {
+        const LegendStatus& status = legend.statuses[i];
+        rows.push_back({{text_utf8(status.name), gen_format("0x%x", status.code)}, i});
+    }
+    return rows;
+}
+
+// The row that the chosen row's code resolves to. A wild card shows a code that may belong to another row;
+// what was chosen is what is meant.
+int32_t resolved(const Legend& legend, int kind, size_t row) {
+    if (kind == Search_Status) {
+        const int32_t found = legend.StatusIndex(legend.statuses[row].code);
+        return found >= 0 && legend.statuses[static_cast<size_t>(found)].name == legend.statuses[row].name
+                   ? found
+                   : static_cast<int32_t>(row);
+    }
+    const LegendEvent& event = legend.events[row];
+    const int32_t found = legend.EventIndex(event.type, event.subtype);
+    return found >= 0 && legend.events[static_cast<size_t>(found)].name == event.name
+               ? found
+               : static_cast<int32_t>(row);
+}
+
+bool take_objects(TraceFacts& facts, DialogModel& model, const TimeField& from, const TimeField& to,
+                  SearchRequest& request) {
+    const auto periodFrom = from.isEmpty() ? 0.0 : from.value();
+    const auto periodTo = to.isEmpty() ? -1.0 : to.value();
+    if (!periodFrom || !periodTo) {
+        refuse(facts, model, invalidRange);
+        return false;
+    }
+    request.periodFrom = *periodFrom;
+    request.periodTo = *periodTo;
+    std::set<uint32_t> objects;
+    for (const uint32_t object : analysis_SelectedObjects(model, "list")) objects.insert(object);
+    if (is_period(request))
+        for (const uint32_t object :
+             analysis_ObjectsAlive(facts.source, request.periodFrom, request.periodTo))
+            objects.insert(object);
+    request.objects.assign(objects.begin(), objects.end());
+    if (!objects.empty()) return true;
+    tell(facts, model, "No " + facts.words.lowerTerm + " is selected.");
+    return false;
+}
+
+// What a report can cover is cut to the trace, and must not be empty.
+bool fits_report(const TraceFacts& facts, SearchRequest& request) {
+    request.rangeFrom = std::clamp(request.rangeFrom, 0.0, facts.source.totalLength);
+    request.rangeTo = std::min(request.rangeTo, facts.source.totalLength);
+    return request.rangeFrom < request.rangeTo;
+}
+
+// What "Ok" says of the lists of a pattern, in this order; empty when all is well.
+std::string pattern_fault(const TraceFacts& facts, const DialogModel& model, SearchRequest& request) {
+    const Legend& legend = *facts.words.legend;
+    for (const auto& [list, word, target] :
+         {std::tuple{"begin", "begin", &request.target}, {"end", "end", &request.endTarget}}) {
+        const int row = model.selectedRow(list);
+        if (row == Dialog_NoRow) return std::string("No ") + word + "-event is selected.";
+        if (row < 0) return std::string("Multiple ") + word + "-events are selected.";
+        *target = legend.EventByName(model.item(list).rows[static_cast<size_t>(row)].data);
+    }
+    request.beginObjects = analysis_SelectedObjects(model, "begin_objects");
+    request.endObjects = analysis_SelectedObjects(model, "end_objects");
+    const std::string& term = facts.words.lowerTerm;
+    if (request.beginObjects.empty()) return "No " + term + " is selected for begin event(s).";
+    if (request.endObjects.empty()) return "No " + term + " is selected for end event(s).";
+    request.flags =
+        model.item("same").checked ? request.flags | Search_SameObject : request.flags & ~Search_SameObject;
+    std::sort(request.beginObjects.begin(), request.beginObjects.end());
+    std::sort(request.endObjects.begin(), request.endObjects.end());
+    if (!search_ShareObjects(request))
+        return "No common " + term + " is selected for both begin and end event(s).";
+    return {};
+}
+
+void select_all(DialogModel& model, std::string_view list) {
+    model.list(list).SelectAll();
+}
+
+}  // namespace
+
+bool search_AskObjects(TraceFacts& facts, SearchRequest& request) {
+    const AnalysisWords& words = facts.words;
+    if (facts.objects.empty()) {
+        laCanvas_UpdateFields(facts.canvas, 0, ("There is no " + words.lowerTerm + '.').c_str());
+        return false;
+    }
+    DialogModel model(search_ObjectsDialog(true));
+    model.setTitle("Select " + words.term + 's');
+    model.setText("t_prompt", "Select " + words.lowerTerm + "s:");
+    model.setText("t_period", "Or define period during which " + words.lowerTerm + "s are alive (in " +
+                                  words.unit + "):");
+    analysis_FillObjects(model, "list", facts, facts.objects, false);
+    const TimeField from(model, facts, "tf_from", "0.0", 0);
+    const TimeField to(model, facts, "tf_to", with_max(facts, "-1.0"), -1);
+    model.onActivate = [&](const std::string&, int) { model.press("ok"); };
+    model.onPress = [&](const std::string& name) {
+        if (name == "cancel") return model.close(Dialog_Dismissed);
+        if (take_objects(facts, model, from, to, request)) model.close(accepted);
+    };
+    return facts.canvas.host->Run(model) == accepted;
+}
+
+bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport) {
+    DialogModel model(search_KindDialog((request.flags & Search_OfferPattern) != 0));
+    model.setText("t_range", "A period for searched object(s) (in " + facts.words.unit + ')');
+    const bool period = is_period(request);
+    const double end = period ? request.periodTo : facts.source.totalLength;
+    const TimeField from(model, facts, "tf_from",
+                         period ? laTime_TrimZeros(facts.shown(request.periodFrom, 10)) : "0.0",
+                         period ? request.periodFrom : 0);
+    const TimeField to(model, facts, "tf_to",
+                       with_max(facts, period ? laTime_TrimZeros(facts.shown(end, 10))
+                                              : laCanvas_TotalLengthText(facts.canvas)),
+                       end);
+    model.onPress = [&](const std::string& name) {
+        if (name == "cancel") return model.close(Dialog_Dismissed);
+        const auto rangeFrom = from.value(), rangeTo = to.value();
+        if (rangeFrom && rangeTo) {
+            request.rangeFrom = *rangeFrom;
+            request.rangeTo = *rangeTo;
+        }
+        if (!rangeFrom || !rangeTo || (asReport && !fits_report(facts, request)))
+            return refuse(facts, model, invalidRange);
+        request.kind = name == "event"           ? Search_Event
+                       : name == "event_pattern" ? Search_Pattern
+                       : name == "status"        ? Search_Status
+                                                 : Search_Switch;
+        request.target = request.kind == Search_Switch ? facts.words.legend->contextSwitchStatus : -1;
+        model.close(accepted);
+    };
+    return facts.canvas.host->Run(model) == accepted;
+}
+
+bool search_AskTarget(TraceFacts& facts, SearchRequest& request) {
+    if (request.kind == Search_Switch) return true;
+    const Legend& legend = *facts.words.legend;
+    const bool event = request.kind == Search_Event;
+    DialogModel model(search_ChoiceDialog());
+    model.setTitle(event ? "Select One Event" : "Select One Status");
+    model.setText("t_prompt",
+                  event ? "Select one of the events to search:" : "Select one of the statuses to search:");
+    model.setColumnTitles("list", {event ? "Event Name" : "Status Name", "Code"});
+    model.setRows("list", event ? event_rows(legend) : status_rows(legend));
+    model.list("list").SetUnsignedKey(1, [&legend, event](uint64_t id) -> uint64_t {
+        const auto row = static_cast<size_t>(id);
+        if (!event) return legend.statuses[row].code;
+        return (static_cast<uint64_t>(legend.events[row].type) << 16) | legend.events[row].subtype;
+    });
+    model.onActivate = [&](const std::string&, int) { model.press("ok"); };
+    model.onPress = [&](const std::string& name) {
+        if (name == "cancel") return model.close(Dialog_Dismissed);
+        const auto chosen = model.selectedIds("list");
+        if (chosen.empty()) return facts.canvas.host->Message("No object is selected.");
+        request.target = resolved(legend, request.kind, static_cast<size_t>(chosen.front()));
+        model.close(accepted);
+    };
+    return facts.canvas.host->Run(model) == accepted;
+}
+
+bool search_AskPattern(TraceFacts& facts, SearchRequest& request) {
+    const AnalysisWords& words = facts.words;
+    DialogModel model(search_PatternDialog());
+    for (const char* list : {"begin", "end"}) model.setRows(list, event_names(*words.legend));
+    for (const char* list : {"begin_objects", "end_objects"}) {
+        analysis_FillObjects(model, list, facts, request.objects, false);
+        select_all(model, list);
+    }
+    model.setText("t_begin_objects", words.term + "s for begin event:");
+    model.setText("t_end_objects", words.term + "s for end event:");
+    model.setText("same", "&Match events on the same " + words.lowerTerm);
+    model.setChecked("same", (request.flags & Search_SameObject) != 0);
+    model.onActivate = [&](const std::string&, int) { model.press("ok"); };
+    model.onPress = [&](const std::string& name) {
+        if (name == "cancel") return model.close(Dialog_Dismissed);
+        const std::string fault = pattern_fault(facts, model, request);
+        if (!fault.empty()) return error(facts, fault);
+        model.close(accepted);
+    };
+    return facts.canvas.host->Run(model) == accepted;
+}
+
+std::optional<SearchRequest> search_Ask(TraceFacts& facts) {
+    SearchRequest request;
+    request.canvas = &facts.canvas;
+    request.timeMode = facts.canvas.timeMode;
+    request.flags = Search_OfferPattern;
+    if (!search_AskObjects(facts, request) || !search_AskKind(facts, request)) return std::nullopt;
+    const bool done =
+        request.kind == Search_Pattern ? search_AskPattern(facts, request) : search_AskTarget(facts, request);
+    return done ? std::optional(request) : std::nullopt;
+}
+
+namespace {
+
+struct IntervalFields {
+    const TimeField& from;
+    const TimeField& to;
+};
+
+// False when the dialog stays. An empty field ends the search.
+bool take_criteria(TraceFacts& facts, DialogModel& model, const IntervalFields& fields,
+                   IntervalCriteria& criteria, bool& empty) {
+    const auto name = [&](const char* item, const std::vector<int32_t>& rows) {
+        const auto choice = static_cast<size_t>(std::max(0, model.item(item).choice));
+        return facts.words.legend->events[static_cast<size_t>(rows.at(choice))].name;
+    };
+    const auto rows = search_IntervalEvents(*facts.words.legend, facts.canvas.allForIntervalSearch);
+    const auto begin = analysis_SelectedObjects(model, "begin_objects"),
+               end = analysis_SelectedObjects(model, "end_objects");
+    empty = fields.from.isEmpty() || fields.to.isEmpty() || begin.empty() || end.empty();
+    if (empty) return true;
+    const auto from = fields.from.value(), to = fields.to.value();
+    if (!from || !to) {
+        refuse(facts, model, invalidRange);
+        return false;
+    }
+    criteria = {name("begin", rows), name("end", rows), begin.front(), end.front(), *from, *to};
+    return true;
+}
+
+}  // namespace
+
+std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
+    const Legend& legend = *facts.words.legend;
+    const auto rows = search_IntervalEvents(legend, facts.canvas.allForIntervalSearch);
+    if (rows.empty()) return std::nullopt;
+    if (facts.objects.empty()) {
+        laCanvas_Refuse(facts.canvas, "There is no " + facts.words.lowerTerm + '.');
+        return std::nullopt;
+    }
+    DialogModel model(search_IntervalDialog());
+    std::vector<std::string> names;
+    for (const int32_t row : rows) names.push_back(text_utf8(legend.events[static_cast<size_t>(row)].name));
+    for (const char* list : {"begin", "end"}) model.setChoices(list, names, 0);
+    for (const char* list : {"begin_objects", "end_objects"}) {
+        analysis_FillObjects(model, list, facts, facts.objects, true);
+        model.list(list).SetMustSelect(true);
+        model.setSelected(list, {0});
+    }
+    model.setText("t_range", "&Within (in " + facts.words.unit + "):");
+    const TimeField from(model, facts, "tf_from", "0", 0);
+    const TimeField to(model, facts, "tf_to", facts.shown(facts.source.totalLength, 6),
+                       facts.source.totalLength);
+    IntervalCriteria criteria;
+    bool empty = true;
+    model.onPress = [&](const std::string& name) {
+        if (name == "cancel") return model.close(Dialog_Dismissed);
+        if (take_criteria(facts, model, {from, to}, criteria, empty))
+            model.close(empty ? Dialog_Dismissed : accepted);
+    };
+    if (facts.canvas.host->Run(model) != accepted) return std::nullopt;
+    SearchRequest request = search_IntervalRequest(legend, criteria);
+    request.canvas = &facts.canvas;
+    request.timeMode = facts.canvas.timeMode;
+    return request;
+}

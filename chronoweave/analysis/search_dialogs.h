@@ -1,0 +1,37 @@
+// The dialogs of searches: which objects, what kind of thing and when, and the thing itself. Each runs to its
+// end through the canvas's host. The dialogs for objects, kind and thing also serve the reports.
+#pragma once
+
+#include <optional>
+
+#include "chronoweave/analysis/search.h"
+#include "chronoweave/analysis/trace_facts.h"
+#include "windlib/dialog/description.h"
+
+// The whole chain of a search. None when the user cancelled at any step, or when there is nothing to choose
+// from, which the message line tells.
+std::optional<SearchRequest> search_Ask(TraceFacts& facts);
+// The one dialog of an interval search. None when cancelled, or without events (silently) or objects to
+// choose.
+std::optional<SearchRequest> search_AskInterval(TraceFacts& facts);
+
+// The steps; false when cancelled. The objects and the period in which they are alive:
+bool search_AskObjects(TraceFacts& facts, SearchRequest& request);
+// The kind and the range. With Search_OfferPattern the pattern is among them; with asReport the range must be
+// one that a report can cover.
+bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport = false);
+// The event or status; nothing is asked for a context switch.
+bool search_AskTarget(TraceFacts& facts, SearchRequest& request);
+bool search_AskPattern(TraceFacts& facts, SearchRequest& request);
+
+// "SelectObjects" and "SelectOneObject": "t_prompt", "list", "t_period", "t_from", "tf_from", "t_to",
+// "tf_to", message line, "ok", "cancel".
+DialogDescription search_ObjectsDialog(bool several);
+// "SelectObjectType": buttons "event", "event_pattern", "ctx_switch", "status", the range as above, "cancel".
+DialogDescription search_KindDialog(bool pattern);
+// "SelectOneLegend": "t_prompt", "list", "ok", "cancel".
+DialogDescription search_ChoiceDialog();
+// "DefinePattern": lists "begin", "begin_objects", "end", "end_objects", check box "same", "ok", "cancel".
+DialogDescription search_PatternDialog();
+// "SearchInterval": pull-downs "begin", "end", lists "begin_objects", "end_objects", "tf_from", "tf_to".
+DialogDescription search_IntervalDialog();

@@ -1,0 +1,70 @@
+#include "chronoweave/analysis/table_text.h"
+
+#include <numeric>
+
+#include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+std::string title_of(const MScrollList& list, int column) {
+    std::string title;
+    for (const std::string& text : list.Column(column).header)
+        if (!text.empty()) title += (title.empty() ? "" : " ") + text;
+    return title;
+}
+
+std::string on_one_line(std::string text) {
+    for (char& c : text)
+        if (c == '\t' || c == '\n' || c == '\r') c = ' ';
+    return text;
+}
+
+template <class Cell>
+std::string table_of(const MScrollList& list, const std::vector<int>& rows, char separator, Cell&& cell) {
+    std::string text;
+    for (int column = 0; column < list.ColumnCount(); ++column)
+        (column > 0 ? text += separator : text) += cell(title_of(list, column));
+    text += '\n';
+    for (const int row : rows) {
+        for (int column = 0; column < list.ColumnCount(); ++column)
+            (column > 0 ? text += separator : text) += cell(list.Text(row, column));
+        text += '\n';
+    }
+    return text;
+}
+
+std::vector<int> all_rows(const MScrollList& list) {
+    std::vector<int> rows(static_cast<size_t>(list.RowCount()));
+    std::iota(rows.begin(), rows.end(), 0);
+    return rows;
+}
+
+}  // namespace
+
+std::string table_ForClipboard(const MScrollList& list) {
+    return table_of(list, list.SelectionCount() > 0 ? list.SelectedRows() : all_rows(list), '\t',
+                    on_one_line);
+}
+
+std::string table_AsCsv(const std::vector<const MScrollList*>& lists) {
+    std::string text;
+    for (const MScrollList* list : lists) {
+        if (list->RowCount() == 0 && list != lists.front()) continue;
+        if (!text.empty()) text += '\n';
+        text += table_of(*list, all_rows(*list), ',', [](const std::string& cell) { return text_csv(cell); });
+    }
+    return text;
+}
+
+bool table_SaveCsv(DialogHost& host, const std::string& suggested,
+                   const std::vector<const MScrollList*>& lists) {
+    const std::string path = host.ChooseSaveFile("Save As CSV", suggested, "Comma-Separated Values (*.csv)");
+    if (path.empty()) return false;
+    std::string why;
+    host.SetBusy(true);
+    const bool written = file_replace(path, table_AsCsv(lists), &why);
+    host.SetBusy(false);
+    if (!written) host.Message("Can't write \"" + path + "\": " + why + '.');
+    return written;
+}
