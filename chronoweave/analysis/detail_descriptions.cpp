@@ -37,7 +37,7 @@ class Rows {
     // Two buttons in a frame, named prefix + "prev" and prefix + "next".
     void Pair(const std::string& frame, const std::string& label, const std::string& text,
               const std::string& back, const std::string& on, const std::string& spoken) {
-        d_.items.push_back({label, DialogKind::Label, text, "", 0, {}, RoomOf(label, pairs_)});
+        d_.items.push_back({label, DialogKind::Label, text, "", 0, {}, RoomOf(label, pairs_), back});
         d_.items.push_back({frame, DialogKind::Frame});
         d_.items.push_back({back, DialogKind::Button, "Previous", "Previous, " + spoken});
         d_.items.push_back({on, DialogKind::Button, "Next", "Next, " + spoken});

@@ -143,7 +143,7 @@ EventTable::EventTable(_LaCanvasData& canvas)
     list_.sortByHeader = false;  // by time, always
     list_.nameColumn = Column_Event;
     const int letter = std::max(1, canvas.graph->font.charWidth);
-    const int widths[] = {18, 16, 24, 30, 60};
+    const int widths[] = {18, 16, 24, 30, 44};
     for (int column = 0; column < 5; ++column) list_.SetWidth(column, widths[column] * letter);
     model_.onSelect = [this](const std::string&) { Choose(model_.selectedRow("list")); };
     model_.onActivate = [this](const std::string&, int row) { Activate(row); };
@@ -155,6 +155,7 @@ EventTable::EventTable(_LaCanvasData& canvas)
         if (name == "tf_text") Filter();
     };
     canvas.iconPressed = [this](size_t icon) {
+        if (!shown_) return;
         Sync();
         SelectIcon(static_cast<uint32_t>(icon), true);
     };
@@ -174,7 +175,18 @@ EventTable::Basis EventTable::Present() const {
     return now;
 }
 
+void EventTable::SetShown(bool shown) {
+    shown_ = shown;
+    basis_ = {};
+    if (shown) return;
+    canvas_.markedEvent = 0;
+    list_.SetLazyRows({[](uint32_t, int) { return std::string(); }, {}, {}}, 0);
+    texts_.clear();
+    textStates_ = {};
+}
+
 bool EventTable::Sync() {
+    if (!shown_) return false;
     const Basis now = Present();
     const bool changed = !(now == basis_);
     if (changed) {

@@ -29,6 +29,8 @@ class EventTable {
     EventTable& operator=(const EventTable&) = delete;
 
     DialogModel& model() { return model_; }
+    // While it isn't shown it has no rows, marks nothing and follows nothing. Shown at first.
+    void SetShown(bool shown);
     // To be called whenever the canvas may have changed; costs next to nothing when it has not. True when
     // rows changed.
     bool Sync();
@@ -67,7 +69,7 @@ class EventTable {
     MScrollList& list_;
     Basis basis_;
     double cursor_ = -1;  // the first cursor as last seen
-    bool choosing_ = false;
+    bool shown_ = true;
     std::string textFilter_;  // that textStates_ was made with
     enum class Fits : uint8_t { Unknown, No, Yes };
     std::vector<Fits> textStates_;  // by icon, while there is a text filter

@@ -1,5 +1,7 @@
 #include "chronoweave/analysis/object_tree.h"
 
+#include <algorithm>
+
 #include "chronoweave/analysis/detail_window.h"
 #include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/traxfunc/task_list.h"
@@ -8,6 +10,8 @@
 #include "windlib/msl/tree_manager.h"
 
 namespace {
+
+constexpr int nameLetters = 32;
 
 enum Column : int { Column_Name, Column_Id, Column_Priority };
 
@@ -52,7 +56,7 @@ class ObjectInfo : public DetailWindow {
     ObjectInfo(_LaCanvasData& canvas, DialogModel& model, const MslObjectEntry& top, uint32_t object)
         : DetailWindow(canvas, model), tree_(model.list("list")) {
         MScrollList& list = model.list("list");
-        list.sortByHeader = false;
+        list.SetWidth(Column_Name, nameLetters * std::max(1, canvas.graph->font.charWidth));
         tree_.Add(std::make_unique<RelativeNode>(canvas, top));
         tree_.ExpandAll();
         list.toggleTree = [this](int row) { return tree_.Toggle(row); };

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "chronoweave/analysis/analysis.h"
+#include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/dialogs/program_dialogs.h"
 #include "chronoweave/traxfunc/commands.h"
@@ -15,6 +16,7 @@
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
+#include "windlib/qt/event_dock.h"
 #include "windlib/qt/menu_view.h"
 #include "windlib/qt/overview_strip.h"
 #include "windlib/qt/picture_view.h"
@@ -201,8 +203,29 @@ void CanvasWindow::fillUpperFloor() {
         return setOptions(wanted);
     };
     legend_Attach(canvas);
+    detail_Attach(canvas);
     analysis_Attach(canvas);
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
+}
+
+void CanvasWindow::makeEventTable() {
+    events_ = new EventDock(*view_, services_.settings, this);
+    events_->hide();
+    addDockWidget(Qt::BottomDockWidgetArea, events_);
+    events_->busy = [this] { return busy_ > 0; };
+    const bool shown = options().eventTable;
+    events_->setVisible(shown);
+    view_->canvas().upper.eventTable = shown;
+    // With its window it goes without being hidden.
+    events_->shownChanged = [this] {
+        ProgramOptions& kept = services_.settings ? services_.settings->options : looseOptions();
+        kept.eventTable = view_->canvas().upper.eventTable = !events_->isHidden();
+        showButtons();
+    };
+    view_->canvas().upper.commands["EventTable"] = [this](const std::string&) {
+        events_->toggle();
+        return true;
+    };
 }
 
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {

@@ -28,6 +28,7 @@
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
+#include "windlib/qt/event_dock.h"
 #include "windlib/qt/overview_strip.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -84,6 +85,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
     fillUpperFloor();
     makeMenus();
     takeOptions();
+    makeEventTable();
     resize(1200, 760);
     windows().push_back(this);  // last, so that a failing creation leaves the list as it was
     if (!services_.settings) return;
@@ -98,6 +100,7 @@ CanvasWindow::~CanvasWindow() {
     host_.reset();  // with the windows about the canvas
     // The widgets speak of losing the keyboard while they go, to what is a member here.
     dialog_ = nullptr;
+    delete events_;
     setMenuBar(nullptr);
     delete takeCentralWidget();
 }

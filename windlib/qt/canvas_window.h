@@ -13,6 +13,7 @@
 
 class ArrangementStore;
 class DialogView;
+class EventDock;
 class LongWork;
 class MenuView;
 class OverviewStrip;
@@ -76,6 +77,7 @@ class CanvasWindow : public QMainWindow {
     void build();
     void makeMenus();
     void fillUpperFloor();
+    void makeEventTable();
     QWidget* makeItem(const DialogItem& item);
     QWidget* makePane();
     QWidget* makeTools();
@@ -113,6 +115,7 @@ class CanvasWindow : public QMainWindow {
     DialogView* dialog_ = nullptr;
     ToolBarView* tools_ = nullptr;
     MenuView* menus_ = nullptr;
+    EventDock* events_ = nullptr;
     std::vector<laButtonState> buttons_;
     bool menusStale_ = false;             // they are renewed soon
     std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas

@@ -7,6 +7,7 @@
 #include <QToolTip>
 #include <cmath>
 
+#include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/context_menu.h"
 #include "chronoweave/traxfunc/cursor.h"
@@ -134,6 +135,7 @@ void PictureView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.drawImage(0, 0, image_);
     drawSelectionLength(painter);
+    drawMarkedEvent(painter);
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
@@ -380,6 +382,25 @@ void PictureView::drawSelectionLength(QPainter& painter) {
     painter.fillRect(box, palette().color(QPalette::ToolTipBase));
     painter.setPen(palette().color(QPalette::ToolTipText));
     painter.drawText(box, Qt::AlignCenter, shown);
+}
+
+// The event chosen in the table has a frame around its icon.
+void PictureView::drawMarkedEvent(QPainter& painter) {
+    constexpr int gap = 3;
+    const auto icon = canvas_->markedEvent ? detail_FindIcon(*canvas_, canvas_->markedEvent) : std::nullopt;
+    if (!icon) return;
+    const laItem_Bitmap& item = canvas_->bitmaps[static_cast<uint32_t>(*icon)];
+    const bool seen = item.time >= canvas_->viewLow && item.time <= canvas_->viewHigh;
+    if (!seen || item.lane == laNoLane || canvas_->lanes[item.lane].hidden) return;
+    const laRect box = laItem_Rect(*canvas_, item);
+    const QRect frame(picture_.graphLeft + box.left - gap,
+                      picture_.graphTop + box.top - canvas_->verticalOffset - gap,
+                      box.right - box.left + 2 * gap, box.bottom - box.top + 2 * gap);
+    painter.setClipRect(picture_.graphLeft, picture_.graphTop, picture_.graphWidth, picture_.dataHeight);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(frame);
+    painter.setClipping(false);
 }
 
 void PictureView::dragEnterEvent(QDragEnterEvent* event) {

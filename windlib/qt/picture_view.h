@@ -58,6 +58,7 @@ class PictureView : public QWidget {
   private:
     void drawNames(Surface& whole);
     void drawSelectionLength(QPainter& painter);
+    void drawMarkedEvent(QPainter& painter);
     void makeImage();
     void finishDrawing();
     bool handleKey(const QKeyEvent& event);
