@@ -1,5 +1,5 @@
 // Timing checks: requirements on a trace in the words of its legend, one a line of a small text file, and
-// what became of them. docs/checks.md tells the form of the file.
+// what became of them. docs/manual/checks.md tells the form of the file.
 #pragma once
 
 #include <cstdint>

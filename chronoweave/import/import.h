@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -22,13 +23,22 @@ struct ImportCounts {
 };
 
 struct ImportOptions {
-    std::string outputBase;  // where the store goes; empty: beside the source
-    Progress progress;       // bytes of the source
+    std::string outputBase;    // where the store goes; empty: beside the source
+    bool keepGrowing = false;  // a raw event file that may grow stays open to be read on
+    Progress progress;         // bytes of the source
 };
+
+// A raw event file that is read on as it grows, with the writer of its store (raw_decoder.h).
+struct RawSession;
+struct RawSessionEnd {
+    void operator()(RawSession* session) const;
+};
+using RawSessionPtr = std::unique_ptr<RawSession, RawSessionEnd>;
 
 // The result of opening any source.
 struct OpenedSource {
     TraceStorePtr store;    // null when there is nothing to show
+    RawSessionPtr growing;  // with keepGrowing, when the source can grow
     std::string base;       // base name of the store
     bool imported = false;  // a store was made; counts tell of it
     bool inCache = false;   // the source's folder can't be written, so the store is in the cache directory
@@ -44,3 +54,6 @@ struct OpenedSource {
 // .core is imported first, beside the source or where options say; a folder that can't be written falls back
 // on the user's cache directory. Extensions are compared exactly: ".TRR" is refused with "Cannot open file.".
 OpenedSource import_OpenSource(const std::string& name, const ImportOptions& options);
+// Reads what has been added to a growing source since, into its store; a reader of the store then sees it
+// after mt_RefreshIndex. Events taken; why says what went wrong, else it is left alone.
+uint64_t import_ReadOn(RawSession& session, std::string& why);

@@ -129,6 +129,7 @@ class Opening {
         if (!open_writer()) return;
         if (session_ReadOn(session_, 0) == ReadOnEnd::Failed)
             say(name_ + ": " + gen_format(words_Seek, static_cast<unsigned long long>(session_.offset)));
+        stays_open_ = options_.keepGrowing && !session_.counts.stopped;
         finish_import();
     }
 
@@ -171,10 +172,11 @@ class Opening {
         if (session_.counts.refused > 0)
             say(gen_format(words_Refused, static_cast<unsigned long long>(session_.counts.refused),
                            session_.writer->lastError().c_str()));
-        session_.writer.reset();
-        session_.source.reset();
         result_.imported = true;
         result_.counts = session_.counts;
+        if (stays_open_) result_.growing.reset(new RawSession(std::move(session_)));
+        session_.writer.reset();
+        session_.source.reset();
         open_store(std::string(result_.base));
     }
 
@@ -183,10 +185,27 @@ class Opening {
     RawSession session_;
     OpenedSource result_;
     bool fatal_ = false;  // the error stands alone
+    bool stays_open_ = false;
 };
 
 }  // namespace
 
 OpenedSource import_OpenSource(const std::string& name, const ImportOptions& options) {
     return Opening(name, options).run();
+}
+
+void RawSessionEnd::operator()(RawSession* session) const {
+    delete session;
+}
+
+uint64_t import_ReadOn(RawSession& session, std::string& why) {
+    const uint64_t before = session.counts.events;
+    const uint64_t refused = session.counts.refused;
+    session.counts.unread = 0;
+    if (session_ReadOn(session, 0) == ReadOnEnd::Failed)
+        why = gen_format(words_Seek, static_cast<unsigned long long>(session.offset));
+    if (session.counts.refused > refused)
+        why = gen_format(words_Refused, static_cast<unsigned long long>(session.counts.refused - refused),
+                         session.writer->lastError().c_str());
+    return session.counts.events - before;
 }

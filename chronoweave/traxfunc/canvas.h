@@ -3,9 +3,9 @@
 // (size, scroll bars, surface, and what to call) and a store, and tells of changed texts through a callback.
 //
 // Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
-// scroll.h, history.h, cursor.h, bookmarks.h, hit_marks.h, fields.h, navigate.h, goto.h, commands.h, time_unit.h,
-// hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h, tips.h,
-// pointer.h, context_menu.h.
+// scroll.h, history.h, cursor.h, bookmarks.h, hit_marks.h, fields.h, navigate.h, goto.h, commands.h,
+// time_unit.h, hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h,
+// tips.h, pointer.h, context_menu.h.
 //
 // Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
 // negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
@@ -139,6 +139,7 @@ struct laUpperFloor {
     bool iconButtons = true;                                // tool buttons show icons, else texts
     bool serverConnected = false;                           // an event server is
     bool eventTable = false;                                // the table of events is open
+    bool sourceGrows = false;                               // the source can be read on
 };
 
 struct _LaCanvasData {

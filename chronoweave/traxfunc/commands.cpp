@@ -200,6 +200,7 @@ constexpr Command commandTable[] = {
     {"ScrollEnd", None, scroll_to_end<true>},
     {"PageLeft", None, scroll_page<false>},
     {"PageRight", None, scroll_page<true>},
+    {"ReadOn", None, nullptr, has_store<noSource>, "Reading on in a growing file"},
     {"GoToTime", None, nullptr, nullptr, "Going to a time"},
     {"KeySheet", None, nullptr, nullptr, "The list of keys"},
     {"Options", None, nullptr, nullptr, "The options"},

@@ -17,8 +17,7 @@ struct MenuText {
 constexpr const char* recentMark = " TRVDataFiles";  // ends the label of a row for a recent file
 
 // Of windows with a table.
-constexpr const char* tableFile =
-    "{'&Copy' C-c Copy} {'Save &As CSV...' C-s SaveCsv} {\x01} {&Close Close}";
+constexpr const char* tableFile = "{'&Copy' C-c Copy} {'Save &As CSV...' C-s SaveCsv} {\x01} {&Close Close}";
 
 // A separator row's text is the byte 1.
 constexpr MenuText menuTexts[] = {
@@ -40,7 +39,8 @@ constexpr MenuText menuTexts[] = {
      "{'&Earliest History Item' BottomHistory} {'&Previous History Item' PrevHistory} "
      "{'&Next History Item' NextHistory} {'&Latest History Item' TopHistory} {\x01} "
      "{'&Delete Object Views' DelViews} {\x01} {'&Flat View' FlatView} {\x01} "
-     "{'&Go To Time...' 'Ctrl+G' GoToTime} {'Fi&t' ShowAll} {'Event Ta&ble' 'Ctrl+E' EventTable}"},
+     "{'&Go To Time...' 'Ctrl+G' GoToTime} {'Re&ad On' 'F5' ReadOn} {'Fi&t' ShowAll} {'Event Ta&ble' "
+     "'Ctrl+E' EventTable}"},
     {"TraxReport",
      "{'&Objects...' ReportObjects} {\x01} {'&Task...' ReportTask} {\x01} {'&General...' ReportGeneral}"},
     {"TraxConfig",
@@ -163,6 +163,7 @@ constexpr CommandRule ruleTable[] = {
     {"HideTasks", withStore},
     {"GoToTime", withStore},
     {"ShowAll", withStore},
+    {"ReadOn", [](const _LaCanvasData& canvas) { return canvas.upper.sourceGrows; }},
     {"EventTable", withStore},
 };
 

@@ -50,6 +50,20 @@ void laCanvas_TakeBounds(_LaCanvasData& canvas) {
     canvas.scrollExtent = std::max(canvas.scrollExtent, canvas.totalLength + margin);
 }
 
+void laCanvas_SourceGrew(_LaCanvasData& canvas) {
+    if (!canvas.store) return;
+    mt_RefreshIndex(*canvas.store);
+    laCanvas_TakeBounds(canvas);
+    // What was fetched up to the old end may lack what came at that very time.
+    if (canvas.viewHigh >= canvas.cachedHigh) canvas.cachedLow = canvas.cachedHigh = 0;
+    const uint32_t flags = canvas.flags;
+    canvas.flags |= Canvas_LiveRefresh;  // so that the same view is fetched anew
+    laCanvas_ShowRange(canvas, canvas.viewLow, canvas.viewHigh, false, false);
+    canvas.flags = (canvas.flags & ~Canvas_LiveRefresh) | (flags & Canvas_LiveRefresh);
+    laCanvas_Rescale(canvas, false);
+    laCanvas_UpdateTotal(canvas);
+}
+
 double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
     EventWalk walk;
     if (!mt_StartWalkBySequence(*canvas.store, 1, count, nullptr, walk)) return -1;

@@ -17,6 +17,10 @@ bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend 
 // eventBatch.
 void laCanvas_TakeBounds(_LaCanvasData& canvas);
 
+// The store has more events than before: takes the new bounds and, where the view shows what is new, shows
+// it. Does not paint.
+void laCanvas_SourceGrew(_LaCanvasData& canvas);
+
 // Seconds from the store's first event to the event count - 1 behind it; 0 when there are fewer, negative
 // when there are none.
 double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count);

@@ -134,6 +134,8 @@ void CanvasWindow::closeSource() {
     laLegend_OfferSave(view_->canvas());
     keepArrangement();
     source_.clear();
+    growing_.reset();
+    view_->canvas().upper.sourceGrows = false;
     view_->draw([&] { laCanvas_CloseSource(view_->canvas()); });
     setWindowTitle(QString::fromStdString(title_));
     overview_->rebuild();
@@ -205,6 +207,7 @@ void CanvasWindow::fillUpperFloor() {
     legend_Attach(canvas);
     detail_Attach(canvas);
     analysis_Attach(canvas);
+    commands["ReadOn"] = [this](const std::string&) { return readOn(); };
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
 }
 

@@ -284,11 +284,19 @@ bool CanvasWindow::load(const std::string& name) {
     setBusy(true);
     ImportOptions options;
     options.progress = view_->canvas().progress;
+    options.keepGrowing = true;
+    // A store has one writer: the file is made anew, and who showed it shows what it has.
+    for (CanvasWindow* window : windows())
+        if (window->source_ == fileOf(name)) window->growing_.reset();
     OpenedSource opened = import_OpenSource(name, options);
     std::string losses = lossesOf(opened.counts);
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
     const bool shown = opened.store && showStore(opened, name);
-    if (shown) overview_->rebuild();
+    if (shown) {
+        overview_->rebuild();
+        growing_ = std::move(opened.growing);
+        view_->canvas().upper.sourceGrows = growing_ != nullptr;
+    }
     showButtons();
     setBusy(false);
     loading_ = false;
@@ -302,6 +310,23 @@ bool CanvasWindow::load(const std::string& name) {
     }
     if (!opened.error.empty()) platform_MessageBox(this, opened.error);
     return shown;
+}
+
+// What the target has logged since goes into the store and into the view.
+bool CanvasWindow::readOn() {
+    if (!growing_) return false;
+    setBusy(true);
+    std::string why;
+    const uint64_t events = import_ReadOn(*growing_, why);
+    if (events > 0) {
+        view_->draw([this] { laCanvas_SourceGrew(view_->canvas()); });
+        view_->layOutAndPaint();
+        overview_->rebuild();
+    }
+    showButtons();
+    setBusy(false);
+    say(why.empty() ? std::to_string(events) + " more events." : why);
+    return why.empty();
 }
 
 bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "chronoweave/import/import.h"
 #include "chronoweave/traxfunc/menus.h"
 #include "windlib/dialog/model.h"
 
@@ -90,6 +91,7 @@ class CanvasWindow : public QMainWindow {
     void showButtons();
     void showFields();
     bool showStore(struct OpenedSource& opened, const std::string& name);
+    bool readOn();
     void setBusy(bool busy);  // long work begins and ends; calls nest
     void restoreArrangement();
     void keepArrangement();
@@ -99,7 +101,8 @@ class CanvasWindow : public QMainWindow {
     bool openFile(const std::string& name);
     bool chooseCommand();
 
-    std::string title_;  // of an empty window
+    RawSessionPtr growing_;  // the raw file of the store shown, while it may grow
+    std::string title_;      // of an empty window
     bool live_;
     CanvasServices services_;
     bool loading_ = false;

@@ -9,13 +9,16 @@
 #include <QScrollBar>
 #include <QWheelEvent>
 #include <filesystem>
+#include <fstream>
 
 #include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/navigate.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/view.h"
 #include "libtrv/test_store.h"
+#include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/settings.h"
@@ -219,6 +222,36 @@ TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {
     EXPECT_EQ(dragged, window->view().image());  // what the drag left is what a whole repaint draws
     EXPECT_NE(window->findChild<QWidget*>("tf_sel_len"), nullptr);
     EXPECT_FALSE(window->findChild<QWidget*>("Overview")->accessibleName().isEmpty());
+}
+
+TEST_F(Window, AGrowingFileIsReadOn) {
+    std::string whole;
+    ASSERT_TRUE(file_read_whole(trace, whole));
+    {
+        std::ofstream cut(trace, std::ios::binary | std::ios::trunc);
+        cut << whole.substr(0, whole.size() / 3 + 5);  // in the middle of a record
+    }
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    const uint32_t before = mt_GetEventCount(*canvas().store);
+    const double length = canvas().totalLength;
+    EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
+    EXPECT_EQ(window->message(), "0 more events.");
+    {
+        std::ofstream more(trace, std::ios::binary | std::ios::app);
+        more << whole.substr(whole.size() / 3 + 5);
+    }
+    EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
+    const uint32_t after = mt_GetEventCount(*canvas().store);
+    EXPECT_EQ(window->message(), std::to_string(after - before) + " more events.");
+    EXPECT_GT(canvas().totalLength, length);
+    window->view().command("ShowAll");
+    const std::string other = folder / "other.trr";
+    std::ofstream(other, std::ios::binary) << whole;
+    ASSERT_TRUE(window->load(other));
+    EXPECT_EQ(mt_GetEventCount(*canvas().store), after) << "as many as read at once";
+    ASSERT_TRUE(window->load(folder / "other.trs"));
+    EXPECT_FALSE(canvas().upper.sourceGrows) << "a store is what it is";
 }
 
 TEST_F(Window, ADarkSchemeReachesThePicture) {
