@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <set>
+
 #include "chronoweave/traxfunc/bookmarks.h"
 #include "chronoweave/traxfunc/canvas_testing.h"
 #include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/history.h"
+#include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/model.h"
 
@@ -247,6 +252,98 @@ TEST_F(CanvasMenus, EveryRowAndButtonIsAKnownCommandWithItsOwnLetterAndKey) {
         EXPECT_NE(icon_Find(button.icon), NoIcon) << button.icon;
     }
     EXPECT_EQ(names.size(), 17u);
+}
+
+// What a command changed: one word for each part of the canvas, or what was called above it.
+class Effects : public CanvasMenus {
+  protected:
+    // A state in which every row can do something: the middle of a history, a selection, a bookmark, a
+    // window.
+    void Prepare() {
+        laCanvas_Reset(canvas, true, false);
+        Open();
+        canvas.canvasName = "run";
+        canvas.flags &= ~static_cast<uint32_t>(Canvas_AutoAdjustUnit);
+        for (const double low : {0.1, 0.3, 0.5})
+            laCanvas_Zoom(canvas, canvas.totalLength * low, canvas.totalLength * (low + 0.2), false,
+                          Zoom_Range);
+        laHistory_Command(canvas, laHistory_Prev);
+        canvas.cursor[0] = canvas.viewLow + canvas.viewLength / 4;
+        canvas.cursor[1] = canvas.viewLow + canvas.viewLength / 2;
+        laBookmark_Add(canvas, laAgentId, canvas.totalLength / 3, false);
+        window = std::make_unique<DialogModel>(DialogDescription());
+        window->onClose = [this](int) { canvas.viewWindows.clear(); };
+        canvas.viewWindows = {window.get()};
+        called.clear();
+        for (const std::string& name : laCanvas_CommandNames()) Record(name);
+    }
+    void Record(const std::string& name) {
+        // Those that the canvas does by itself stay its own.
+        for (const char* own : {"ZoomIn", "ZoomToRange", "ZoomOut", "ShowAll", "TopHistory", "BottomHistory",
+                                "PrevHistory", "NextHistory", "FlatView", "DelViews", "AddBookmark",
+                                "DeleteBookmarks", "changeunit", "NoRefresh"})
+            if (name == own) return;
+        canvas.upper.commands[name] = [this, name](const std::string&) {
+            called += "above: " + name;
+            return true;
+        };
+    }
+    std::string EffectOf(const std::string& command) {
+        Prepare();
+        const double low = canvas.viewLow, high = canvas.viewHigh;
+        const int history = canvas.historyCurrent, unit = canvas.timeMode;
+        const size_t bookmarks = canvas.bookmarks.size();
+        const bool flat = canvas.flatView;
+        const uint32_t flags = canvas.flags;
+        gen_set_console_sink([this](std::string_view text) { called += text; });
+        laCanvas_Command(canvas, command);
+        gen_set_console_sink({});
+        std::string effect = called;
+        if (canvas.viewLow != low || canvas.viewHigh != high) effect += "view ";
+        if (canvas.historyCurrent != history) effect += "history ";
+        if (canvas.bookmarks.size() != bookmarks)
+            effect += canvas.bookmarks.empty() ? "no bookmarks " : "bookmark ";
+        if (canvas.flatView != flat) effect += "flat ";
+        if (canvas.timeMode != unit) effect += "unit ";
+        if ((canvas.flags ^ flags) & Canvas_LiveRefresh) effect += "freeze ";
+        if (canvas.viewWindows.empty()) effect += "windows ";
+        return effect;
+    }
+
+    std::unique_ptr<DialogModel> window;
+    std::string called;
+};
+
+TEST_F(Effects, EveryRowAndButtonDoesWhatItSays) {
+    const std::map<std::string, std::string> own{
+        {"ZoomIn", "view history "},
+        {"ZoomToRange", "view history "},
+        {"ZoomOut", "view history "},
+        {"ShowAll", "view history "},
+        {"TopHistory", "view history "},
+        {"BottomHistory", "view history "},
+        {"PrevHistory", "view history "},
+        {"NextHistory", "view history "},
+        {"FlatView", "flat "},
+        {"DelViews", "windows "},
+        {"AddBookmark", "bookmark "},
+        {"DeleteBookmarks", "no bookmarks "},
+        {"changeunit", "unit "},
+        {"NoRefresh", "freeze "},
+        {"Threadx", "Chronoweave: Unknown item <Threadx> is selected.\n"}};
+    const auto check = [&](const std::string& command) {
+        const auto found = own.find(command);
+        const std::string name = command == "open" ? "Open" : command;
+        EXPECT_EQ(EffectOf(command), found == own.end() ? "above: " + name : found->second) << command;
+    };
+    gen_set_console_sink([](std::string_view) {});
+    size_t rows = 0;
+    for (const char* name : windowMenus)
+        for (const MenuRow& row : menus.Find(name, true)->rows)
+            if (!row.isSeparator() && row.child == nullptr) check(row.body), ++rows;
+    for (const laToolButton& button : laMenus_ToolBar())
+        if (!button.isGap()) check(button.command), ++rows;
+    EXPECT_GE(rows, 50u);
 }
 
 TEST_F(CanvasMenus, TheFreezeButtonLooksPressedWhileFrozen) {
