@@ -28,7 +28,7 @@ DialogDescription report_RangeDialog() {
                okButton,
                cancelButton};
     LayoutLines lines;
-    lines.atLeast({{"@t_prompt", 16}, {"@t_from,@tf_from,@t_to,@tf_to", 40}, {"@ok,@cancel", 32}});
+    lines.atLeast({{"@t_prompt", 16}, {"@t_from,@tf_from,@t_to,@tf_to", 48}, {"@ok,@cancel", 32}});
     lines.least.insert(lines.least.end(),
                        {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
                         "0,(@t_prompt,@tf_from,@ts_info,@ok),(),40,0,0,0,0,1,1,1,Vertical"});
@@ -92,7 +92,7 @@ DialogDescription report_StatisticsWindow() {
     lines.least.insert(lines.least.end(),
                        {"0,(),(),80,64,0,0,0,1,1,1,Horizontal",
                         "0,(@txt_title,@txt_subtitle,@t_load,@close),(),64,0,0,12,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,104,0,0,0,1,1,1,Horizontal",
+    lines.sizes = {"0,(),(),12,128,0,0,0,1,1,1,Horizontal",
                    "0,(),(),46,0,0,40,0,1,1,1,Vertical",
                    "@Status,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
                    "@load,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
@@ -153,7 +153,7 @@ DialogDescription report_ChosenWindow() {
     const std::string above = "@t_header,@tf_objtype,@tf_from,@tf_tasknum";
     lines.least.insert(lines.least.end(), {"0,(),(),80,64,0,0,0,1,1,1,Horizontal",
                                            "0,(" + above + ",@t_load,@close),(),88,0,0,12,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,104,0,0,0,1,1,1,Horizontal",
+    lines.sizes = {"0,(),(),12,128,0,0,0,1,1,1,Horizontal",
                    "0,(),(),46,0,0,40,0,1,1,1,Vertical",
                    "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
                    "@load,(0),(),-16,0,0,0,0,1,1,1,Horizontal",

@@ -33,7 +33,7 @@ DialogDescription search_ObjectsDialog(bool several) {
     d.items.insert(d.items.end(), {messageLine, okButton, cancelButton});
     LayoutLines lines;
     lines.atLeast(
-        {{"@t_prompt", 16}, {"@t_period", 16}, {"@t_from,@tf_from,@t_to,@tf_to", 40}, {"@ok,@cancel", 32}});
+        {{"@t_prompt", 16}, {"@t_period", 16}, {"@t_from,@tf_from,@t_to,@tf_to", 48}, {"@ok,@cancel", 32}});
     lines.least.insert(lines.least.end(),
                        {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
                         "0,(@t_prompt,@t_period,@tf_from,@ts_info,@ok),(),64,0,0,6,0,1,1,1,Vertical"});
@@ -71,7 +71,7 @@ DialogDescription search_KindDialog(bool pattern) {
     lines.atLeast({{pattern ? "@event,@event_pattern,@ctx_switch,@status" : "@event,@ctx_switch,@status", 40},
                    {"@t_type", 16},
                    {"@t_range", 16},
-                   {"@t_from,@tf_from,@t_to,@tf_to", 40}});
+                   {"@t_from,@tf_from,@t_to,@tf_to", 48}});
     lines.least.insert(
         lines.least.end(),
         {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
