@@ -16,6 +16,7 @@
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
+#include "windlib/qt/manual_window.h"
 #include "windlib/qt/event_dock.h"
 #include "windlib/qt/menu_view.h"
 #include "windlib/qt/overview_strip.h"
@@ -50,7 +51,7 @@ const KeyCommand keyTable[] = {
     {Qt::Key_W, Qt::ControlModifier, "Quit"},        {Qt::Key_H, Qt::ControlModifier, "HideTasks"},
     {Qt::Key_B, Qt::ControlModifier, "AddBookmark"}, {Qt::Key_F, Qt::ControlModifier, "Search"},
     {Qt::Key_P, Qt::ControlModifier, "TraxPrint"},   {Qt::Key_Left, Qt::AltModifier, "PrevHistory"},
-    {Qt::Key_Right, Qt::AltModifier, "NextHistory"}, {Qt::Key_F1, Qt::NoModifier, "KeySheet"},
+    {Qt::Key_Right, Qt::AltModifier, "NextHistory"},
     {Qt::Key_F3, Qt::NoModifier, "NextHit"},       {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
 };
 
@@ -207,6 +208,12 @@ void CanvasWindow::fillUpperFloor() {
     legend_Attach(canvas);
     detail_Attach(canvas);
     analysis_Attach(canvas);
+    upper.manual = [this](const std::string& entry) { return manual_Open(entry, this); };
+    commands["Help"] = [this](const std::string&) {
+        if (manual_Open("start", this)) return true;
+        say("Sorry, on-line help is not supported.");
+        return false;
+    };
     commands["ReadOn"] = [this](const std::string&) { return readOn(); };
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
 }

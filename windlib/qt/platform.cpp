@@ -9,6 +9,7 @@
 
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
+#include "windlib/qt/manual_window.h"
 
 namespace {
 constexpr qint64 paintEvery = 40;  // milliseconds between looks at the window system during long work
@@ -22,6 +23,7 @@ std::unique_ptr<QApplication> platform_Start(int& argc, char** argv) {
     if (const IconHandle icon = icon_Find("app"); icon != NoIcon)
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path)));
+    manual_TakeF1();
     return application;
 }
 
