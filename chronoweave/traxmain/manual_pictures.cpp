@@ -1,0 +1,130 @@
+// Draws the pictures of the manual from the program's own windows, off screen: manual_pictures TRACE FOLDER.
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <chrono>
+#include <cstdio>
+#include <deque>
+#include <functional>
+
+#include "chronoweave/traxfunc/commands.h"
+#include "windlib/qt/canvas_window.h"
+#include "windlib/qt/picture_view.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+QString folder;
+
+QElapsedTimer started() {
+    QElapsedTimer timer;
+    timer.start();
+    return timer;
+}
+
+void keep(QWidget* window, const char* name) {
+    // What follows a change a moment later is to be there, too.
+    for (QElapsedTimer waited = started(); waited.elapsed() < 400;)
+        platform_Wait(std::chrono::milliseconds(40));
+    const QString file = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
+    // Few colours are in these pictures; an indexed one takes a third of the room.
+    const QImage picture = window->grab().toImage().convertToFormat(QImage::Format_Indexed8,
+                                                                    Qt::AvoidDither | Qt::ThresholdDither);
+    if (!picture.save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));
+}
+
+// What to do in the dialogs that a command opens, one after the other.
+using Act = std::function<void(QWidget& dialog)>;
+std::deque<Act> acts;
+
+void press(QWidget& dialog, const char* button) {
+    if (auto* found = dialog.findChild<QAbstractButton*>(QLatin1String(button))) found->click();
+}
+
+Act answer(const char* list, const char* button) {
+    return [=](QWidget& dialog) {
+        if (auto* view = dialog.findChild<QAbstractItemView*>(QLatin1String(list))) {
+            if (view->selectionMode() == QAbstractItemView::SingleSelection)
+                view->setCurrentIndex(view->model()->index(3, 0));
+            else
+                view->selectAll();
+        }
+        press(dialog, button);
+    };
+}
+
+Act picture(const char* name) {
+    return [=](QWidget& dialog) {
+        keep(&dialog, name);
+        dialog.close();
+    };
+}
+
+void run(CanvasWindow& window, const char* command, std::deque<Act> dialogs = {}) {
+    acts = std::move(dialogs);
+    laCanvas_Command(window.view().canvas(), command);
+    platform_ProcessPending();
+}
+
+// The newest window beside the canvas.
+QWidget* opened(const char* name) {
+    QWidget* found = nullptr;
+    for (QWidget* one : QApplication::topLevelWidgets())
+        if (one->isVisible() && one->objectName() == QLatin1String(name)) found = one;
+    if (!found) std::fprintf(stderr, "no window %s\n", name);
+    return found;
+}
+
+void keepOpened(const char* window, const char* name) {
+    if (QWidget* found = opened(window)) {
+        keep(found, name);
+        found->close();
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: manual_pictures TRACE FOLDER\n");
+        return 2;
+    }
+    ::qputenv("QT_QPA_PLATFORM", "offscreen");
+    const auto application = platform_Start(argc, argv);
+    folder = QString::fromUtf8(argv[2]);
+    QDir().mkpath(folder);
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (!dialog) return;
+        if (acts.empty()) return static_cast<void>(dialog->close());
+        const Act act = acts.front();
+        acts.pop_front();
+        act(*dialog);
+    });
+    timer.start(60);
+
+    auto* window = new CanvasWindow("VOREL Chronoweave", false);
+    window->resize(1000, 600);
+    window->show();
+    platform_ProcessPending();
+    if (!window->load(argv[1])) return 1;
+    for (int i = 0; i < 4; ++i) run(*window, "ZoomOut");
+    keep(window, "window");
+    run(*window, "HideTasks", {picture("hide")});
+    run(*window, "Options", {picture("options")});
+    run(*window, "Legend");
+    keepOpened("Legend", "legend");
+    run(*window, "Search",
+        {answer("list", "ok"), [](QWidget& dialog) { press(dialog, "status"); }, answer("list", "ok")});
+    keepOpened("SearchIntervals", "search");
+    run(*window, "ReportObjects", {answer("", "ok")});
+    keepOpened("Statistics", "report");
+    run(*window, "EventTable");
+    keep(window, "eventtable");
+    delete window;
+    return 0;
+}
