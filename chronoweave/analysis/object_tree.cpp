@@ -109,7 +109,7 @@ DialogDescription object_InfoWindow(const std::string& term) {
         least,
         "0,(),(),16,0,0,5,0,1,1,1,Vertical",
         "Sizes",
-        "0,(),(),16,56,0,0,0,1,1,1,Horizontal",
+        "0,(),(),32,60,0,0,0,1,1,1,Horizontal",
         "0,(),(),16,0,0,14,0,1,1,1,Vertical",
         "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
         "@list,(0),(),-16,0,0,0,0,1,1,1,Vertical",

@@ -204,3 +204,31 @@ TEST_F(CliTest, EmptyTracesGiveEmptyResults) {
         EXPECT_LE(lines_of(ran.out).size(), 1u) << ran.out;
     }
 }
+
+TEST_F(CliTest, RangesAndWordsThatMakeNoSenseAreRefused) {
+    const std::string base = small();
+    const struct {
+        Words words;
+        const char* said;
+    } cases[] = {
+        {{"report", "objects", "--from", "500", "--to", "600"}, "Invalid time range."},
+        {{"report", "objects", "--from=-1", "--to", "0.0001"}, "Invalid time range."},
+        {{"report", "object", "--object", "0x402", "--ticks", "--from", "100", "--to", "100"},
+         "Invalid time range."},
+        {{"report", "general", "--status", "running", "--from", "500", "--to", "600"}, "Invalid time range."},
+        {{"search", "event", "--from=", "--json"}, "--from: a value is missing"},
+        {{"search", "event", "--objects=", "--json"}, "--objects: a value is missing"},
+        {{"search", "interval", "--begin", "UserEvent", "--end", "Refresh", "--objects", "net"},
+         "can't bound an interval"},
+    };
+    for (const auto& c : cases) {
+        Words words = c.words;
+        words.push_back(base);
+        const Ran ran = run(words);
+        EXPECT_EQ(ran.status, 2) << testing::PrintToString(c.words);
+        EXPECT_NE(ran.err.find(c.said), std::string::npos) << ran.err;
+    }
+    const Ran past = run({"search", "event", "--ticks", "--from=18446744073709551615", "--json", base});
+    EXPECT_EQ(past.status, 0);
+    EXPECT_EQ(lines_of(past.out), Words{R"({"rows":0})"}) << "the largest tick is behind the trace";
+}

@@ -52,7 +52,8 @@ constexpr Key keyTable[] = {
     {"F3, Shift+F3", "to the next and the previous hit"},
     {"Ctrl+P", "print"},
     {"Alt+Left, Alt+Right", "back and forth in the history"},
-    {"F1, ?", "this sheet"},
+    {"F1", "the manual, at the page of the window"},
+    {"?", "this sheet"},
     {"Escape", "stop long work"},
 };
 

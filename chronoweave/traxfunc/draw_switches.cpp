@@ -45,18 +45,6 @@ class SwitchPainter {
 
     static constexpr int noRow = 0x7fffffff;
 
-    uint32_t FirstAt(double time) const {
-        const Table<laItem_Ctx>& lines = canvas_.ctxLines;
-        uint32_t first = 0;
-        for (uint32_t end = lines.size(); first < end;) {
-            const uint32_t middle = first + (end - first) / 2;
-            if (lines[middle].t0 < time)
-                first = middle + 1;
-            else
-                end = middle;
-        }
-        return first;
-    }
     double Low() const {
         return std::max(canvas_.viewLow, paint_.scale.toTime(paint_.rect.left - canvas_.maxExtent - 2));
     }
@@ -72,7 +60,7 @@ class SwitchPainter {
     void DrawInOrder() {
         const Table<laItem_Ctx>& lines = canvas_.ctxLines;
         const double high = High();
-        for (uint32_t i = FirstAt(Low()); i < lines.size() && lines[i].t0 <= high; ++i) Add(lines[i]);
+        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high; ++i) Add(lines[i]);
         Flush();
     }
 
@@ -90,7 +78,7 @@ class SwitchPainter {
         const auto column = [&](size_t at) {
             return paint_.scale.toPixel(lines[static_cast<uint32_t>(at)].t0);
         };
-        for (uint32_t i = FirstAt(Low()); i < lines.size() && lines[i].t0 <= high;) {
+        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high;) {
             lastX_ = column(i);
             const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
             // Two that take turns cross the same rows each time.

@@ -57,7 +57,7 @@ class HitSearch {
     bool Switches(laHit& hit) const {
         const auto [low, high] = TimesAround(std::max(nearLine, canvas_.maxExtent));
         const Table<laItem_Ctx>& lines = canvas_.ctxLines;
-        for (uint32_t i = FirstSwitch(low); i < lines.size() && lines[i].t0 <= high; ++i) {
+        for (uint32_t i = laCtx_FirstAt(canvas_, low); i < lines.size() && lines[i].t0 <= high; ++i) {
             const LaStatusLook& look = canvas_.statusLooks[static_cast<size_t>(lines[i].status)];
             int y0 = 0, y1 = 0;
             if (!look.shown || !laCtx_Ends(canvas_, lines[i], y0, y1)) continue;
@@ -79,17 +79,6 @@ class HitSearch {
     bool Holds(const laRect& box, int reach) const {
         return x_ >= box.left - reach && x_ < std::max(box.right, box.left + 1) + reach &&
                y_ >= box.top - reach && y_ < box.bottom + reach;
-    }
-    uint32_t FirstSwitch(double time) const {
-        uint32_t first = 0;
-        for (uint32_t end = canvas_.ctxLines.size(); first < end;) {
-            const uint32_t middle = first + (end - first) / 2;
-            if (canvas_.ctxLines[middle].t0 < time)
-                first = middle + 1;
-            else
-                end = middle;
-        }
-        return first;
     }
 
     const _LaCanvasData& canvas_;

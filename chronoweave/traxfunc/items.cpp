@@ -61,16 +61,30 @@ void laBm_Append(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
     lane.iconEvents.push_back(static_cast<uint16_t>(icon.event));
 }
 
-uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time) {
+namespace {
+
+// Position of the first item of a list in time order that is not before a time.
+template <class Item, class Time>
+uint32_t first_at(const Table<Item>& items, double time, const Time& timeOf) {
     uint32_t first = 0;
-    for (uint32_t end = canvas.bitmaps.size(); first < end;) {
+    for (uint32_t end = items.size(); first < end;) {
         const uint32_t middle = first + (end - first) / 2;
-        if (canvas.bitmaps[middle].time < time)
+        if (timeOf(items[middle]) < time)
             first = middle + 1;
         else
             end = middle;
     }
     return first;
+}
+
+}  // namespace
+
+uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time) {
+    return first_at(canvas.bitmaps, time, [](const laItem_Bitmap& icon) { return icon.time; });
+}
+
+uint32_t laCtx_FirstAt(const _LaCanvasData& canvas, double time) {
+    return first_at(canvas.ctxLines, time, [](const laItem_Ctx& line) { return line.t0; });
 }
 
 uint32_t laBm_OfLane(const _LaCanvasData& canvas, uint32_t lane, size_t number) {

@@ -114,6 +114,8 @@ void laBm_Append(_LaCanvasData& canvas, const laItem_Bitmap& icon);
 uint32_t laBm_OfLane(const _LaCanvasData& canvas, uint32_t lane, size_t number);
 // Position of the first icon not before a time; the list's size when there is none.
 uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time);
+// The same for the context lines.
+uint32_t laCtx_FirstAt(const _LaCanvasData& canvas, double time);
 // Adds a switch. A repetition of the last one (same target lane, within 1e-12) is dropped: false.
 bool laCtx_Append(_LaCanvasData& canvas, const laItem_Ctx& line);
 

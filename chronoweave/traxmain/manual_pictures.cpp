@@ -11,6 +11,8 @@
 #include <functional>
 
 #include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/cursor.h"
+#include "chronoweave/traxfunc/items.h"
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -85,6 +87,72 @@ void keepOpened(const char* window, const char* name) {
     }
 }
 
+void select_row(QWidget& dialog, const char* list, int row) {
+    if (auto* view = dialog.findChild<QAbstractItemView*>(QLatin1String(list)))
+        view->setCurrentIndex(view->model()->index(row, 0));
+}
+
+void keep_selection(CanvasWindow& window) {
+    _LaCanvasData& canvas = window.view().canvas();
+    laCanvas_Paint(canvas, [&] {
+        laCanvas_SetSelection(canvas, canvas.viewLow + canvas.viewLength * 0.4,
+                              canvas.viewLow + canvas.viewLength * 0.7);
+    });
+    keep(&window, "selection");
+    laCanvas_Paint(canvas, [&] { laCanvas_ClearCursors(canvas); });
+}
+
+void keep_bookmarks(CanvasWindow& window) {
+    _LaCanvasData& canvas = window.view().canvas();
+    for (const double share : {0.2, 0.6}) {
+        laCanvas_Paint(canvas, [&] {
+            laCanvas_MoveCursor(canvas, 0, canvas.viewLow + canvas.viewLength * share);
+        });
+        run(window, "AddBookmark");
+    }
+    run(window, "EditBookmarks", {picture("bookmarks")});
+    run(window, "DeleteBookmarks");
+    laCanvas_Paint(canvas, [&] { laCanvas_ClearCursors(canvas); });
+}
+
+// The windows of the first event in the view, and of its object.
+void keep_details(CanvasWindow& window) {
+    _LaCanvasData& canvas = window.view().canvas();
+    const uint32_t icon = laBm_FirstAt(canvas, canvas.viewLow);
+    const uint32_t lane = canvas.bitmaps[icon].lane;
+    canvas.openInfo(canvas.lanes[lane].objectId);
+    keepOpened("ObjectInfo", "info");
+    canvas.openDetail({laItemType_Bitmap, lane, icon});
+    keepOpened("EventDetail", "details");
+}
+
+void keep_legend(CanvasWindow& window) {
+    run(window, "Legend");
+    if (QWidget* legend = opened("Legend")) {
+        select_row(*legend, "list", 1);
+        acts = {picture("line")};
+        press(*legend, "bt_change");
+    }
+    keepOpened("Legend", "legend");
+}
+
+void keep_searches(CanvasWindow& window) {
+    const Act status = [](QWidget& dialog) { press(dialog, "status"); };
+    run(window, "Search", {answer("list", "ok"), status, answer("list", "ok")});
+    keepOpened("SearchIntervals", "search");
+    run(window, "Search", {answer("list", "ok"), picture("kind")});
+    run(window, "SearchInterval", {picture("intervals")});
+}
+
+void keep_reports(CanvasWindow& window) {
+    const Act status = [](QWidget& dialog) { press(dialog, "status"); };
+    run(window, "ReportObjects", {answer("", "ok")});
+    keepOpened("Statistics", "report");
+    run(window, "ReportGeneral",
+        {answer("list", "ok"), status, answer("list", "ok"), answer("", "ok")});
+    keepOpened("GenStatistics", "general");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -114,15 +182,15 @@ int main(int argc, char** argv) {
     if (!window->load(argv[1])) return 1;
     for (int i = 0; i < 4; ++i) run(*window, "ZoomOut");
     keep(window, "window");
+    keep_selection(*window);
+    keep_bookmarks(*window);
+    keep_details(*window);
+    run(*window, "GoToTime", {picture("goto")});
     run(*window, "HideTasks", {picture("hide")});
     run(*window, "Options", {picture("options")});
-    run(*window, "Legend");
-    keepOpened("Legend", "legend");
-    run(*window, "Search",
-        {answer("list", "ok"), [](QWidget& dialog) { press(dialog, "status"); }, answer("list", "ok")});
-    keepOpened("SearchIntervals", "search");
-    run(*window, "ReportObjects", {answer("", "ok")});
-    keepOpened("Statistics", "report");
+    keep_legend(*window);
+    keep_searches(*window);
+    keep_reports(*window);
     run(*window, "EventTable");
     keep(window, "eventtable");
     delete window;

@@ -1,6 +1,7 @@
 #include "windlib/qt/manual_window.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -20,16 +21,20 @@
 
 namespace {
 
+constexpr int mostMarks = 1000;  // of searched words in a page
+
 struct Page {
     const char *name, *title;
+    const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 15> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 17> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
                                           {"legend", "The legend"},
                                           {"search", "Searching"},
+                                          {"intervals", "Intervals"},
                                           {"report", "Reports"},
                                           {"details", "Detail windows"},
                                           {"eventtable", "The event table"},
@@ -38,43 +43,44 @@ constexpr std::array<Page, 15> pageTable{{{"start", "Chronoweave"},
                                           {"configure", "Configure files"},
                                           {"commandline", "The command line"},
                                           {"checks", "Timing checks"},
+                                          {"formats", "File formats", "../formats.md"},
                                           {"messages", "Messages"}}};
 
-// Where help keys and windows without one lead.
+// Where help keys lead that are no pages' names, and windows without one or with a page of their own.
 struct Lead {
     const char *from, *page;
 };
-constexpr Lead leadTable[] = {{"TRAXHelp", "start"},
-                              {"TraxMenuBarHelp", "commands"},
-                              {"TRVHelp", "start"},
-                              {"HideTasks", "objects"},
-                              {"TimeUnit", "navigate"},
-                              {"GotoTime", "navigate"},
-                              {"EditBookmarks", "navigate"},
-                              {"Options", "options"},
-                              {"ScrollPos", "options"},
-                              {"Palette", "commands"},
-                              {"KeySheet", "commands"},
-                              {"getValue", "legend"},
-                              {"About", "start"}};
+constexpr Lead leadTable[] = {{"TRAXHelp", "start"},    {"TraxMenuBarHelp", "commands"},
+                              {"TRVHelp", "start"},     {"SearchInterval", "intervals"},
+                              {"HideTasks", "objects"}, {"TimeUnit", "navigate"},
+                              {"GotoTime", "navigate"}, {"EditBookmarks", "navigate"},
+                              {"Options", "options"},   {"ScrollPos", "options"},
+                              {"Palette", "commands"},  {"KeySheet", "commands"},
+                              {"getValue", "legend"},   {"About", "start"}};
 
 QString folder() {
     return QString::fromStdString(path_join(path_installation_directory(), "docs/manual"));
 }
 
-QString fileOf(const std::string& page) {
-    return folder() + QLatin1Char('/') + QString::fromStdString(page) + QStringLiteral(".md");
+QString fileOf(const Page& page) {
+    const QString name =
+        page.file ? QString::fromUtf8(page.file) : QLatin1String(page.name) + QStringLiteral(".md");
+    return QDir::cleanPath(folder() + QLatin1Char('/') + name);
 }
 
-bool exists(const std::string& page) {
+const Page* pageNamed(const std::string& name) {
     for (const Page& known : pageTable)
-        if (page == known.name) return QFileInfo::exists(fileOf(page));
-    return false;
+        if (name == known.name) return QFileInfo::exists(fileOf(known)) ? &known : nullptr;
+    return nullptr;
 }
 
-QString contentOf(const std::string& page) {
+// What the reader of a page sees, without its marks.
+QString textOf(const Page& page) {
     QFile file(fileOf(page));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    QTextDocument document;
+    document.setMarkdown(QString::fromUtf8(file.readAll()));
+    return document.toPlainText();
 }
 
 QPointer<ManualWindow>& theWindow() {
@@ -114,11 +120,11 @@ QToolButton* button(const char* text, const char* spoken, QTextBrowser* browser,
 }  // namespace
 
 std::string manual_PageOf(const std::string& helpKey, const std::string& window) {
-    for (const std::string& name : {helpKey, window}) {
-        for (const Page& page : pageTable)
-            if (name == page.name) return name;
+    for (const std::string& name : {window, helpKey}) {
         for (const Lead& lead : leadTable)
             if (name == lead.from) return lead.page;
+        for (const Page& page : pageTable)
+            if (name == page.name) return name;
     }
     return "start";
 }
@@ -126,12 +132,12 @@ std::string manual_PageOf(const std::string& helpKey, const std::string& window)
 std::vector<std::string> manual_Pages() {
     std::vector<std::string> names;
     for (const Page& page : pageTable)
-        if (exists(page.name)) names.emplace_back(page.name);
+        if (pageNamed(page.name)) names.emplace_back(page.name);
     return names;
 }
 
 bool manual_Open(const std::string& page, QWidget* parent) {
-    if (!exists(page)) return false;
+    if (!pageNamed(page)) return false;
     // A dialog that waits for its answer lets only windows of its own live.
     QWidget* modal = QApplication::activeModalWidget();
     QPointer<ManualWindow> window = modal ? modal->findChild<ManualWindow*>() : theWindow().data();
@@ -203,39 +209,82 @@ ManualWindow::ManualWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
     auto* whole = new QVBoxLayout(this);
     whole->addWidget(split);
 
+    for (const Page& page : pageTable) texts_.push_back(textOf(page));
     search(QString());
+    connect(field_, &QLineEdit::returnPressed, this, [this] { findNext(); });
+    connect(text_, &QTextBrowser::sourceChanged, this, [this] { showInList(); });
     connect(field_, &QLineEdit::textChanged, this, &ManualWindow::search);
     connect(pages_, &QListWidget::currentRowChanged, this, [this] { showChosen(); });
     text_->setFocus();
 }
 
 bool ManualWindow::open(const std::string& page) {
-    if (!exists(page)) return false;
-    text_->setSource(QUrl::fromLocalFile(fileOf(page)), QTextDocument::MarkdownResource);
+    const Page* found = pageNamed(page);
+    if (!found) return false;
+    text_->setSource(QUrl::fromLocalFile(fileOf(*found)), QTextDocument::MarkdownResource);
     return true;
+}
+
+QStringList ManualWindow::words() const {
+    return field_->text().split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
 void ManualWindow::search(const QString& words) {
     const QStringList wanted = words.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     const QSignalBlocker quiet(pages_);
     pages_->clear();
-    for (const Page& page : pageTable) {
-        const QString content = contentOf(page.name);
+    for (size_t i = 0; i < pageTable.size(); ++i) {
+        const QString& content = texts_[i];
         const bool fits = std::all_of(wanted.begin(), wanted.end(), [&](const QString& word) {
             return content.contains(word, Qt::CaseInsensitive);
         });
         if (content.isEmpty() || !fits) continue;
-        auto* item = new QListWidgetItem(QString::fromUtf8(page.title), pages_);
-        item->setData(Qt::UserRole, QString::fromUtf8(page.name));
+        auto* item = new QListWidgetItem(QString::fromUtf8(pageTable[i].title), pages_);
+        item->setData(Qt::UserRole, QString::fromUtf8(pageTable[i].name));
     }
+    showInList();
+    markWords();
+}
+
+// The list tells which page is open.
+void ManualWindow::showInList() {
+    const QSignalBlocker quiet(pages_);
+    const QString open = QDir::cleanPath(text_->source().toLocalFile());
+    pages_->setCurrentRow(-1);
+    for (int row = 0; row < pages_->count(); ++row) {
+        const Page* page = pageNamed(pages_->item(row)->data(Qt::UserRole).toString().toStdString());
+        if (page && fileOf(*page) == open) pages_->setCurrentRow(row);
+    }
+    markWords();
+}
+
+// All places of the words searched for stand out in the open page.
+void ManualWindow::markWords() {
+    QList<QTextEdit::ExtraSelection> marks;
+    QTextCharFormat look;
+    look.setBackground(palette().color(QPalette::Highlight));
+    look.setForeground(palette().color(QPalette::HighlightedText));
+    for (const QString& word : words())
+        for (QTextCursor at = text_->document()->find(word, 0); !at.isNull() && marks.size() < mostMarks;
+             at = text_->document()->find(word, at))
+            marks.append({at, look});
+    text_->setExtraSelections(marks);
+}
+
+// Enter in the field: the first page found, then from place to place in it.
+void ManualWindow::findNext() {
+    if (words().isEmpty() || pages_->count() == 0) return;
+    if (pages_->currentRow() < 0) return pages_->setCurrentRow(0);
+    if (text_->find(words().front())) return;
+    text_->moveCursor(QTextCursor::Start);
+    text_->find(words().front());
 }
 
 // The page chosen in the list, at the first word searched for.
 void ManualWindow::showChosen() {
     const QListWidgetItem* item = pages_->currentItem();
     if (!item || !open(item->data(Qt::UserRole).toString().toStdString())) return;
-    const QStringList wanted = field_->text().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (!wanted.isEmpty()) text_->find(wanted.front());
+    if (!words().isEmpty()) text_->find(words().front());
 }
 
 void ManualWindow::keyPressEvent(QKeyEvent* event) {
@@ -243,7 +292,7 @@ void ManualWindow::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape)
         close();
     else if (event->matches(QKeySequence::Find))
-        field_->setFocus();
+        field_->setFocus(), field_->selectAll();
     else if (alt && event->key() == Qt::Key_Left)
         text_->backward();
     else if (alt && event->key() == Qt::Key_Right)

@@ -11,8 +11,8 @@ class QListWidget;
 class QLineEdit;
 class QTextBrowser;
 
-// Name of the page that a help key or the name of a window's description leads to; "start" when it leads
-// nowhere.
+// Name of the page that the name of a window's description or its help key leads to; the window goes first;
+// "start" when neither leads anywhere.
 std::string manual_PageOf(const std::string& helpKey, const std::string& window);
 // Names of all pages in the order of the list; empty when the manual is not installed.
 std::vector<std::string> manual_Pages();
@@ -40,9 +40,14 @@ class ManualWindow : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    QStringList words() const;
     void showChosen();
+    void showInList();
+    void markWords();
+    void findNext();
 
     QListWidget* pages_;
     QLineEdit* field_;
     QTextBrowser* text_;
+    std::vector<QString> texts_;  // of all pages, as they are read
 };
