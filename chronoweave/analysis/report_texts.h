@@ -17,8 +17,9 @@ struct ReportRow {
     uint32_t object = 0;  // of a report on chosen objects
     // Columns 2 and 4 hold bars: their texts are "%2.1f%%" of the fraction, empty when there is none.
     std::array<std::string, 5> texts;
-    double countFraction = -1, timeFraction = -1;  // of the bars; negative: there is none, or nothing to share
-    Colour colour = NoColour;                      // of the bars; NoColour: the window's default
+    double countFraction = -1,
+           timeFraction = -1;  // of the bars; negative: there is none, or nothing to share
+    Colour colour = NoColour;  // of the bars; NoColour: the window's default
 };
 
 // The bar of a fraction: width in pixels, 0 for none; and the text right of it.

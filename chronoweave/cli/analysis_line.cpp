@@ -31,8 +31,8 @@ bool AnalysisLine::takeRange() {
             time = scan_double(*text);
         else if (const auto tick = scan_number(*text))
             // Ticks are signed, and what is beyond them is behind the last; only "-1" is ahead of tick 0.
-            time = source.timeOf(text_trim(*text).front() == '-' ? *tick
-                                                                 : std::min<uint64_t>(*tick, INT64_MAX));
+            time =
+                source.timeOf(text_trim(*text).front() == '-' ? *tick : std::min<uint64_t>(*tick, INT64_MAX));
         if (!time) {
             cli_UsageError(std::string(option) + ": not a time: " + *text);
             return false;

@@ -22,7 +22,8 @@ struct RenderSize {
 };
 
 std::optional<RenderSize> render_size(const CommandLine& line) {
-    const auto width = cli_Number(line.width, "--width", defaultWidth), height = cli_Number(line.height, "--height", 0);
+    const auto width = cli_Number(line.width, "--width", defaultWidth),
+               height = cli_Number(line.height, "--height", 0);
     if (!width || !height) return std::nullopt;
     for (const uint32_t side : {*width, *height})
         if ((side < leastSide && side != 0) || side > mostSide || *width == 0) {
@@ -55,10 +56,12 @@ bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& 
     return laCanvas_ShowRange(canvas, low, high, false, true);
 }
 
-nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPicture& picture, const std::string& file) {
+nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPicture& picture,
+                                     const std::string& file) {
     nlohmann::ordered_json objects = nlohmann::ordered_json::array();
     const auto ids = laPicture_RowIds(canvas);
-    for (const auto& id : ids) objects.push_back(id ? nlohmann::ordered_json(*id) : nlohmann::ordered_json(nullptr));
+    for (const auto& id : ids)
+        objects.push_back(id ? nlohmann::ordered_json(*id) : nlohmann::ordered_json(nullptr));
     return {{"file", file},
             {"low", canvas.viewLow},
             {"high", canvas.viewHigh},
@@ -74,8 +77,10 @@ nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPictur
 }  // namespace
 
 int command_Render(const CommandLine& line) {
-    if (line.output.empty()) return cli_UsageError("render: -o FILE is required, a name that ends in .png, .svg or .pdf");
-    if (!line.sort.empty() && line.sort != "name" && line.sort != "id") return cli_UsageError("--sort: name or id");
+    if (line.output.empty())
+        return cli_UsageError("render: -o FILE is required, a name that ends in .png, .svg or .pdf");
+    if (!line.sort.empty() && line.sort != "name" && line.sort != "id")
+        return cli_UsageError("--sort: name or id");
     const auto size = render_size(line);
     if (!size) return Exit_Usage;
     OpenedSource opened = cli_Open(line);
@@ -104,15 +109,18 @@ int command_Render(const CommandLine& line) {
         int height = size->height;
         if (height == 0) {
             const int rows = static_cast<int>(canvas->taskList->rows().size()) * canvas->rowHeight;
-            const int below = laAxis_StripHeight(surface.fontMetrics(Font_Axis)) + laPicture_FooterHeight(graph.font);
-            height = std::clamp(rows + below, static_cast<int>(leastSide), static_cast<int>(mostDefaultHeight));
+            const int below =
+                laAxis_StripHeight(surface.fontMetrics(Font_Axis)) + laPicture_FooterHeight(graph.font);
+            height =
+                std::clamp(rows + below, static_cast<int>(leastSide), static_cast<int>(mostDefaultHeight));
         }
         // Laid out twice: the view snaps to pixels of the width that the first pass finds.
         picture = laPicture_LayOut(*canvas, surface, size->width, height);
         if (canvas->storeHasEvents) shown = show_range(*canvas, line, *range) && shown;
         picture = laPicture_LayOut(*canvas, surface, size->width, height);
     });
-    if (!shown) return cli_Failure(line.path + ": nothing can be shown in that range: " + canvas->fields.message);
+    if (!shown)
+        return cli_Failure(line.path + ": nothing can be shown in that range: " + canvas->fields.message);
     const auto draw = [&](Surface& surface) { laPicture_Draw(*canvas, surface, picture, false); };
     if (!picture_Write(line.output, picture.width, picture.height, 1, draw, why)) return cli_Failure(why);
     CommandLine facts = line;

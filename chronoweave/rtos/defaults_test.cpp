@@ -107,8 +107,8 @@ TEST_P(Defaults, EveryIconExistsAndIsSmall) {
 }
 
 TEST(DefaultIcons, TheProgramsOwnAreThere) {
-    for (const char* name : {"app", "help", "overlap", "Open", "zoomin", "zoomout", "quit", "plus9",
-                             "minus9", "checkmark", "graycheckmark"})
+    for (const char* name : {"app", "help", "overlap", "Open", "zoomin", "zoomout", "quit", "plus9", "minus9",
+                             "checkmark", "graycheckmark"})
         EXPECT_NE(icon_Find(name), NoIcon) << name;
     EXPECT_EQ(icon_Width(icon_Find("plus9")), 9);
 }

@@ -60,7 +60,8 @@ class SwitchPainter {
     void DrawInOrder() {
         const Table<laItem_Ctx>& lines = canvas_.ctxLines;
         const double high = High();
-        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high; ++i) Add(lines[i]);
+        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
+            Add(lines[i]);
         Flush();
     }
 

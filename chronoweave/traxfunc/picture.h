@@ -25,7 +25,8 @@ int laPicture_FooterHeight(const FontMetrics& font);
 // the present rows needs, from 100 pixels to a quarter of the width. So show the range first, then lay out:
 // the times shown stay as they are.
 // Without a footer the drawing area goes down to the lower edge: a window has labels for those texts.
-laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer = true);
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height,
+                           bool footer = true);
 // Draws everything. The canvas keeps its own surface. Cursors and their band, and the selection of
 // the names, only when asked for.
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);

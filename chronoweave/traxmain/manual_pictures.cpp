@@ -105,9 +105,8 @@ void keep_selection(CanvasWindow& window) {
 void keep_bookmarks(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
     for (const double share : {0.2, 0.6}) {
-        laCanvas_Paint(canvas, [&] {
-            laCanvas_MoveCursor(canvas, 0, canvas.viewLow + canvas.viewLength * share);
-        });
+        laCanvas_Paint(canvas,
+                       [&] { laCanvas_MoveCursor(canvas, 0, canvas.viewLow + canvas.viewLength * share); });
         run(window, "AddBookmark");
     }
     run(window, "EditBookmarks", {picture("bookmarks")});
@@ -148,8 +147,7 @@ void keep_reports(CanvasWindow& window) {
     const Act status = [](QWidget& dialog) { press(dialog, "status"); };
     run(window, "ReportObjects", {answer("", "ok")});
     keepOpened("Statistics", "report");
-    run(window, "ReportGeneral",
-        {answer("list", "ok"), status, answer("list", "ok"), answer("", "ok")});
+    run(window, "ReportGeneral", {answer("list", "ok"), status, answer("list", "ok"), answer("", "ok")});
     keepOpened("GenStatistics", "general");
 }
 

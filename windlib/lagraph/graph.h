@@ -23,7 +23,7 @@ struct LaGraph {
     std::function<void()> raise;
     std::function<void(int x, int y)> warpPointer;
     std::function<void(const std::string& text)> showTip;  // at the pointer; empty: the tip goes
-    std::function<void()> listChanged;  // the object list must be repainted
+    std::function<void()> listChanged;                     // the object list must be repainted
     // A part of the area was drawn on and must reach the screen: x0, y0, x1, y1, the last two not included.
     std::function<void(int, int, int, int)> presented;
 };

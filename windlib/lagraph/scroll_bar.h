@@ -1,5 +1,5 @@
-// The logic of a scroll bar without its looks: a 64-bit range, the visible extent, a 64-bit position, and the scaled
-// integers that a native bar of the platform works in.
+// The logic of a scroll bar without its looks: a 64-bit range, the visible extent, a 64-bit position, and the
+// scaled integers that a native bar of the platform works in.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +7,13 @@
 
 class ScrollBarModel {
   public:
-    // A native bar takes a range below this as it is; above it, it runs from 0 to nativeScaled and is converted.
+    // A native bar takes a range below this as it is; above it, it runs from 0 to nativeScaled and is
+    // converted.
     static constexpr uint64_t nativeLimit = uint64_t{1} << 31;
     static constexpr uint32_t nativeScaled = 0x7ffffff;
 
-    // The whole content and how much of it is visible, in pixels. The position is pulled back into what remains.
+    // The whole content and how much of it is visible, in pixels. The position is pulled back into what
+    // remains.
     void setRange(uint64_t range, uint64_t visible);
     uint64_t range() const { return range_; }
     uint64_t visible() const { return visible_; }
@@ -25,7 +27,8 @@ class ScrollBarModel {
     bool atStart() const { return position_ == 0; }
     bool atEnd() const { return position_ >= maximum(); }
 
-    // For the native bar: its maximum, its position, and a position of it turned back. The ends map to the ends.
+    // For the native bar: its maximum, its position, and a position of it turned back. The ends map to the
+    // ends.
     uint32_t nativeMaximum() const;
     uint32_t nativePosition() const;
     uint64_t fromNative(uint32_t native) const;

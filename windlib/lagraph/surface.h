@@ -1,9 +1,10 @@
-// The drawing surface: the few operations by which the canvas draws. Coordinates are logical pixels from the top left
-// corner of the surface; the real forms (window, picture file, page) scale them to their device, so that the picture
-// is sharp at any resolution. The recording form (recording_surface.h) is for tests.
+// The drawing surface: the few operations by which the canvas draws. Coordinates are logical pixels from the
+// top left corner of the surface; the real forms (window, picture file, page) scale them to their device, so
+// that the picture is sharp at any resolution. The recording form (recording_surface.h) is for tests.
 //
-// Lines of one pixel that run along an axis cover exactly the pixels from the smaller end up to and including the
-// larger one. A line of thickness n is centred: it covers n rows (columns) beginning n / 2 before its coordinate.
+// Lines of one pixel that run along an axis cover exactly the pixels from the smaller end up to and including
+// the larger one. A line of thickness n is centred: it covers n rows (columns) beginning n / 2 before its
+// coordinate.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +26,9 @@ enum FontSlot : int { Font_Application = 0, Font_Axis = 1, Font_Count = 2 };
 
 // What layout needs of a font, in logical pixels.
 struct FontMetrics {
-    int height = 16;      // character height plus external leading
+    int height = 16;  // character height plus external leading
     int ascent = 13;
-    int charWidth = 7;    // average width of a digit, for label room
+    int charWidth = 7;  // average width of a digit, for label room
 };
 
 struct TextExtent {
@@ -37,9 +38,9 @@ struct TextExtent {
 
 // Period of a dash pattern in units of the line's thickness, by line style (0 for solid).
 constexpr int dashPeriod[5] = {0, 12, 6, 24, 24};
-// The pattern itself, dash and gap lengths in units of the thickness, ended by 0; each row sums to its period.
-constexpr int dashPattern[5][7] = {
-    {0}, {8, 4, 0}, {3, 3, 0}, {12, 4, 4, 4, 0}, {8, 4, 2, 4, 2, 4, 0}};
+// The pattern itself, dash and gap lengths in units of the thickness, ended by 0; each row sums to its
+// period.
+constexpr int dashPattern[5][7] = {{0}, {8, 4, 0}, {3, 3, 0}, {12, 4, 4, 4, 0}, {8, 4, 2, 4, 2, 4, 0}};
 
 class Surface {
   public:
@@ -50,8 +51,8 @@ class Surface {
 
     // One-pixel solid line between two points, both included.
     virtual void drawLine(int x0, int y0, int x1, int y1, Colour colour) = 0;
-    // A pen of the style (LineStyle of the legend). phase, in pixels, says how far into its pattern a line along an
-    // axis begins: (start + scroll position) mod (thickness x period); 0 where nothing scrolls.
+    // A pen of the style (LineStyle of the legend). phase, in pixels, says how far into its pattern a line
+    // along an axis begins: (start + scroll position) mod (thickness x period); 0 where nothing scrolls.
     virtual void drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
                                 int phase) = 0;
     virtual void fillRect(int x, int y, int w, int h, Colour colour) = 0;
@@ -62,10 +63,12 @@ class Surface {
     virtual TextExtent textExtent(std::string_view text) = 0;
     // At its top left corner.
     virtual void drawIcon(int x, int y, IconHandle icon) = 0;
-    // Moves the pixels of a rectangle by dx, dy, as if they were taken up before any is put down. Rectangle and
-    // target lie within the surface and the clip. False, and nothing done, by a surface that can't, or not to
-    // the exact pixel.
-    virtual bool copyRect(int /*x*/, int /*y*/, int /*w*/, int /*h*/, int /*dx*/, int /*dy*/) { return false; }
+    // Moves the pixels of a rectangle by dx, dy, as if they were taken up before any is put down. Rectangle
+    // and target lie within the surface and the clip. False, and nothing done, by a surface that can't, or
+    // not to the exact pixel.
+    virtual bool copyRect(int /*x*/, int /*y*/, int /*w*/, int /*h*/, int /*dx*/, int /*dy*/) {
+        return false;
+    }
     // A clip inside the present one when intersect, in place of it otherwise; pop restores.
     virtual void pushClip(int x, int y, int w, int h, bool intersect) = 0;
     virtual void popClip() = 0;

@@ -44,8 +44,8 @@ class MSLTreeNode {
 
 class MSLTreeManager {
   public:
-    // The list, of which nothing is asked once it is gone, is emptied; from now on only the manager adds and removes rows,
-    // and it isn't to be sorted. The toggles stand in the column.
+    // The list, of which nothing is asked once it is gone, is emptied; from now on only the manager adds and
+    // removes rows, and it isn't to be sorted. The toggles stand in the column.
     explicit MSLTreeManager(MScrollList& list, int toggleColumn = 0);
     ~MSLTreeManager();
     MSLTreeManager(const MSLTreeManager&) = delete;

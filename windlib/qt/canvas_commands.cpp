@@ -16,8 +16,8 @@
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
-#include "windlib/qt/manual_window.h"
 #include "windlib/qt/event_dock.h"
+#include "windlib/qt/manual_window.h"
 #include "windlib/qt/menu_view.h"
 #include "windlib/qt/overview_strip.h"
 #include "windlib/qt/picture_view.h"
@@ -51,8 +51,8 @@ const KeyCommand keyTable[] = {
     {Qt::Key_W, Qt::ControlModifier, "Quit"},        {Qt::Key_H, Qt::ControlModifier, "HideTasks"},
     {Qt::Key_B, Qt::ControlModifier, "AddBookmark"}, {Qt::Key_F, Qt::ControlModifier, "Search"},
     {Qt::Key_P, Qt::ControlModifier, "TraxPrint"},   {Qt::Key_Left, Qt::AltModifier, "PrevHistory"},
-    {Qt::Key_Right, Qt::AltModifier, "NextHistory"},
-    {Qt::Key_F3, Qt::NoModifier, "NextHit"},       {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
+    {Qt::Key_Right, Qt::AltModifier, "NextHistory"}, {Qt::Key_F3, Qt::NoModifier, "NextHit"},
+    {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
 };
 
 }  // namespace

@@ -210,10 +210,10 @@ ManualWindow::ManualWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
     whole->addWidget(split);
 
     for (const Page& page : pageTable) texts_.push_back(textOf(page));
-    search(QString());
+    listPages();
     connect(field_, &QLineEdit::returnPressed, this, [this] { findNext(); });
     connect(text_, &QTextBrowser::sourceChanged, this, [this] { showInList(); });
-    connect(field_, &QLineEdit::textChanged, this, &ManualWindow::search);
+    connect(field_, &QLineEdit::textChanged, this, [this] { listPages(); });
     connect(pages_, &QListWidget::currentRowChanged, this, [this] { showChosen(); });
     text_->setFocus();
 }
@@ -230,7 +230,11 @@ QStringList ManualWindow::words() const {
 }
 
 void ManualWindow::search(const QString& words) {
-    const QStringList wanted = words.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    field_->setText(words);
+}
+
+void ManualWindow::listPages() {
+    const QStringList wanted = words();
     const QSignalBlocker quiet(pages_);
     pages_->clear();
     for (size_t i = 0; i < pageTable.size(); ++i) {

@@ -33,7 +33,8 @@ class ManualWindow : public QWidget {
     explicit ManualWindow(QWidget* parent = nullptr);
     bool open(const std::string& page);
     QTextBrowser& text() { return *text_; }
-    // Lists the pages that hold all words of a text, or all pages for an empty one.
+    // Lists the pages that hold all words of a text, or all pages for an empty one, and marks the words in
+    // the open page. As if typed into the field.
     void search(const QString& words);
 
   protected:
@@ -41,6 +42,7 @@ class ManualWindow : public QWidget {
 
   private:
     QStringList words() const;
+    void listPages();
     void showChosen();
     void showInList();
     void markWords();
