@@ -76,10 +76,11 @@ DialogDescription dialogs_Options() {
         {"icons", DialogKind::CheckBox, "Tool buttons show &icons"},
         {"right", DialogKind::CheckBox, "Vertical scroll bar on the &right"},
         {"bottom", DialogKind::CheckBox, "Horizontal scroll bar at the &bottom"},
+        {"dark", DialogKind::CheckBox, "&Dark colours"},
         okButton,
         cancelButton,
     };
-    d.layout = column({"wheel", "snap", "newtrv", "prefetch", "kernel", "icons", "right", "bottom"});
+    d.layout = column({"wheel", "snap", "newtrv", "prefetch", "kernel", "icons", "right", "bottom", "dark"});
     return d;
 }
 

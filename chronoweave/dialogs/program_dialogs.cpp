@@ -22,7 +22,8 @@ constexpr OptionBox optionBoxes[] = {
     {"wheel", &ProgramOptions::bareWheelZooms},   {"snap", &ProgramOptions::cursorsSnap},
     {"newtrv", &ProgramOptions::newTrv},          {"prefetch", &ProgramOptions::prefetch},
     {"kernel", &ProgramOptions::kernel},          {"icons", &ProgramOptions::iconButtons},
-    {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom}};
+    {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom},
+    {"dark", &ProgramOptions::darkColours}};
 
 struct Key {
     const char* keys;

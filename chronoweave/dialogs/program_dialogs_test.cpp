@@ -65,7 +65,7 @@ TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {
     host.drive = [](DialogModel& model) {
         for (const char* box : {"newtrv", "prefetch", "icons", "right", "bottom", "snap"})
             EXPECT_TRUE(model.item(box).checked) << box;
-        for (const char* box : {"wheel", "kernel"}) EXPECT_FALSE(model.item(box).checked) << box;
+        for (const char* box : {"wheel", "kernel", "dark"}) EXPECT_FALSE(model.item(box).checked) << box;
         EXPECT_TRUE(model.check("wheel", true));
         EXPECT_TRUE(model.check("snap", false));
         EXPECT_TRUE(model.check("bottom", false));

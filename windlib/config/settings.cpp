@@ -25,15 +25,16 @@ struct OptionName {
     const char* name;
     bool ProgramOptions::*field;
 };
-constexpr std::array<OptionName, 9> optionNames{{{"NewTrv", &ProgramOptions::newTrv},
-                                                 {"Prefetch", &ProgramOptions::prefetch},
-                                                 {"Kernel", &ProgramOptions::kernel},
-                                                 {"IconButton", &ProgramOptions::iconButtons},
-                                                 {"ScrollRight", &ProgramOptions::verticalBarRight},
-                                                 {"ScrollBottom", &ProgramOptions::horizontalBarBottom},
-                                                 {"WheelZoom", &ProgramOptions::bareWheelZooms},
-                                                 {"Snap", &ProgramOptions::cursorsSnap},
-                                                 {"EventTable", &ProgramOptions::eventTable}}};
+constexpr std::array<OptionName, 10> optionNames{{{"NewTrv", &ProgramOptions::newTrv},
+                                                  {"Prefetch", &ProgramOptions::prefetch},
+                                                  {"Kernel", &ProgramOptions::kernel},
+                                                  {"IconButton", &ProgramOptions::iconButtons},
+                                                  {"ScrollRight", &ProgramOptions::verticalBarRight},
+                                                  {"ScrollBottom", &ProgramOptions::horizontalBarBottom},
+                                                  {"WheelZoom", &ProgramOptions::bareWheelZooms},
+                                                  {"Snap", &ProgramOptions::cursorsSnap},
+                                                  {"EventTable", &ProgramOptions::eventTable},
+                                                  {"DarkColours", &ProgramOptions::darkColours}}};
 
 constexpr std::array<const char*, 4> absoluteNames{"abs_x", "abs_y", "abs_w", "abs_h"};
 constexpr std::array<const char*, 4> parentNames{"par_x", "par_y", "par_w", "par_h"};

@@ -22,6 +22,7 @@ struct ProgramOptions {
     bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
     bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
     bool eventTable = false;      // new windows show the table of events
+    bool darkColours = false;     // windows are dark whatever the desktop's colours are
 
     bool operator==(const ProgramOptions&) const = default;
 };

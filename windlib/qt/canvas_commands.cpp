@@ -109,6 +109,7 @@ void CanvasWindow::takeOptions() {
     canvas.snapCursors = wanted.cursorsSnap;
     canvas.upper.iconButtons = wanted.iconButtons;
     view_->setBareWheelZooms(wanted.bareWheelZooms);
+    platform_SetDark(wanted.darkColours);
     tools_->showIcons(wanted.iconButtons);
     model_.setText("TraxBtns", wanted.iconButtons ? "" : "texts");  // its place is measured anew
     placeBars();

@@ -258,17 +258,15 @@ TEST_F(Window, ADarkSchemeReachesThePicture) {
     ASSERT_TRUE(window->load(trace));
     key(Qt::Key_0);
     const QPalette light = QApplication::palette();
-    QPalette dark = light;
-    dark.setColor(QPalette::Base, QColor(0x1E1E1E));
-    dark.setColor(QPalette::Text, QColor(0xE0E0E0));
-    dark.setColor(QPalette::Window, QColor(0x2B2B2B));
-    dark.setColor(QPalette::WindowText, QColor(0xE0E0E0));
-    QApplication::setPalette(dark);
+    platform_SetDark(true);
     QApplication::processEvents();
     const QImage& image = window->view().image();
     EXPECT_EQ(image.pixelColor(image.width() - 2, 2), QColor(0x1E1E1E));
     const laPicture& picture = window->view().picture();
     EXPECT_EQ(image.pixelColor(picture.graphLeft + 5, picture.dataHeight),
               QColor(0xE0E0E0));  // the axis line
-    QApplication::setPalette(light);
+    platform_SetDark(false);
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::palette().color(QPalette::Base), light.color(QPalette::Base));
+    EXPECT_EQ(image.pixelColor(image.width() - 2, 2), light.color(QPalette::Base));
 }

@@ -88,6 +88,8 @@ TEST_F(Manual, PagesAreFoundByTheirWords) {
     EXPECT_TRUE(window.text().toPlainText().contains(QStringLiteral("Never hidden under others")));
     auto* list = window.findChild<QListWidget*>(QStringLiteral("pages"));
     ASSERT_NE(list, nullptr);
+    ASSERT_NE(list->currentItem(), nullptr) << "the list tells which page is open";
+    EXPECT_EQ(list->currentItem()->text(), QStringLiteral("The legend"));
     EXPECT_EQ(static_cast<size_t>(list->count()), manual_Pages().size());
     window.search(QStringLiteral("percentile JITTER"));
     EXPECT_GE(list->count(), 1);

@@ -212,7 +212,10 @@ ManualWindow::ManualWindow(QWidget* parent) : QWidget(parent, Qt::Window) {
     for (const Page& page : pageTable) texts_.push_back(textOf(page));
     listPages();
     connect(field_, &QLineEdit::returnPressed, this, [this] { findNext(); });
-    connect(text_, &QTextBrowser::sourceChanged, this, [this] { showInList(); });
+    connect(text_, &QTextBrowser::sourceChanged, this, [this](const QUrl& source) {
+        open_ = QDir::cleanPath(source.toLocalFile());  // the browser itself knows it later
+        showInList();
+    });
     connect(field_, &QLineEdit::textChanged, this, [this] { listPages(); });
     connect(pages_, &QListWidget::currentRowChanged, this, [this] { showChosen(); });
     text_->setFocus();
@@ -253,11 +256,10 @@ void ManualWindow::listPages() {
 // The list tells which page is open.
 void ManualWindow::showInList() {
     const QSignalBlocker quiet(pages_);
-    const QString open = QDir::cleanPath(text_->source().toLocalFile());
     pages_->setCurrentRow(-1);
     for (int row = 0; row < pages_->count(); ++row) {
         const Page* page = pageNamed(pages_->item(row)->data(Qt::UserRole).toString().toStdString());
-        if (page && fileOf(*page) == open) pages_->setCurrentRow(row);
+        if (page && fileOf(*page) == open_) pages_->setCurrentRow(row);
     }
     markWords();
 }

@@ -52,4 +52,5 @@ class ManualWindow : public QWidget {
     QLineEdit* field_;
     QTextBrowser* text_;
     std::vector<QString> texts_;  // of all pages, as they are read
+    QString open_;                // file of the open page
 };

@@ -11,6 +11,7 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QToolTip>
+#include <cmath>
 #include <utility>
 
 #include "windlib/qt/msl_cells.h"
@@ -112,10 +113,11 @@ MslView::MslView(MScrollList& list, QWidget* parent)
     connectTable();
     list_.changed = [this](MslChange change, int first, int count) { take(change, first, count); };
     list_.measure = [this](std::string_view text, bool heading) {
-        const QFontMetrics metrics(MslCells::fontOf(font(), heading));
-        return metrics.horizontalAdvance(
-                   QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))) +
-               (heading ? headerPadding : 0);
+        // A text is cut for the smallest part of a pixel.
+        const QFontMetricsF metrics(MslCells::fontOf(font(), heading));
+        const double width =
+            metrics.horizontalAdvance(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+        return static_cast<int>(std::ceil(width)) + (heading ? headerPadding : 0);
     };
     takeMetrics();
     showAll();

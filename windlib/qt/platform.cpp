@@ -12,8 +12,28 @@
 #include "windlib/qt/manual_window.h"
 
 namespace {
+
 constexpr qint64 paintEvery = 40;  // milliseconds between looks at the window system during long work
+
+QPalette darkPalette() {
+    const QColor text(0xE0, 0xE0, 0xE0), faint(0x80, 0x80, 0x80), window(0x2B, 0x2B, 0x2B);
+    QPalette palette(text, window, window.lighter(150), window.darker(150), window.lighter(120), text,
+                     QColor(0x1E, 0x1E, 0x1E));
+    palette.setColor(QPalette::Button, QColor(0x3A, 0x3A, 0x3A));
+    palette.setColor(QPalette::AlternateBase, QColor(0x26, 0x26, 0x26));
+    palette.setColor(QPalette::ToolTipBase, window);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, faint);
+    palette.setColor(QPalette::Highlight, QColor(0x2F, 0x6E, 0xA8));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x6C, 0xB2, 0xF0));
+    palette.setColor(QPalette::LinkVisited, QColor(0xB0, 0x98, 0xE0));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faint);
+    return palette;
 }
+
+}  // namespace
 
 std::unique_ptr<QApplication> platform_Start(int& argc, char** argv) {
     auto application = std::make_unique<QApplication>(argc, argv);
@@ -36,6 +56,14 @@ void platform_Wait(std::chrono::milliseconds longest) {
     timer.setSingleShot(true);
     timer.start(longest);
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void platform_SetDark(bool dark) {
+    static bool set = false;
+    if (set == dark) return;
+    set = dark;
+    // An empty palette takes the desktop's colours back.
+    QApplication::setPalette(dark ? darkPalette() : QPalette());
 }
 
 void platform_Beep() {

@@ -16,6 +16,9 @@ void platform_ProcessPending();
 // Waits for an event of the window system, at most so long.
 void platform_Wait(std::chrono::milliseconds longest);
 
+// Dark colours for all windows, or those of the desktop.
+void platform_SetDark(bool dark);
+
 void platform_Beep();
 // The pointer's busy look; nests.
 void platform_SetBusy(bool busy);
