@@ -13,6 +13,16 @@
 
 constexpr uint32_t test_rate = 1000;  // ticks per second
 
+inline LegendEvent legend_event(uint16_t type, uint16_t subtype, const char* name, uint32_t flags) {
+    LegendEvent event;
+    event.type = type;
+    event.subtype = subtype;
+    event.name = name;
+    event.iconName = "help";
+    event.flags = flags;
+    return event;
+}
+
 class AnalysisTest : public ::testing::Test {
   protected:
     AnalysisSource& open(const std::vector<TestEvent>& events, const std::string& os, Legend legend) {
@@ -46,12 +56,7 @@ class AnalysisTest : public ::testing::Test {
         Legend legend = test_legend();
         legend.events.clear();
         const auto add = [&](uint16_t type, uint16_t subtype, const char* name, uint32_t flags) {
-            LegendEvent event;
-            event.type = type;
-            event.subtype = subtype;
-            event.name = name;
-            event.flags = flags | 1;
-            legend.events.push_back(event);
+            legend.events.push_back(legend_event(type, subtype, name, flags | 1));
         };
         add(0, 0, "Early", LegendEvent_Category);
         add(1, 0, "Switch", 0);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
 #include "chronoweave/traxfunc/canvas_testing.h"
@@ -12,13 +13,6 @@
 #include "windlib/dialog/host_testing.h"
 
 namespace {
-
-TestEvent user_event(mt_Time time, uint32_t object, uint16_t subtype) {
-    return {time, mt_UserEvent, subtype, words({object})};
-}
-TestEvent status_event(mt_Time time, uint32_t object, uint16_t status) {
-    return {time, mt_StatusChange, status, words({object})};
-}
 
 class DetailTest : public testing::Test {
   protected:
@@ -63,10 +57,10 @@ TEST(DetailDescriptions, SurviveFontsAndSizes) {
 // Object 0x400: Ready at 0, Pend at 2.0, Ready at 3.0, Suspend at 4.0, EvWait (invisible) at 5.0. Object
 // 0x800 changes at 2.0 too.
 std::vector<TestEvent> status_trace() {
-    return {name_event(0, 0x400, "pump"),        status_event(2000, 0x800, mt_Ready),
-            status_event(2000, 0x400, mt_Pend),  status_event(2500, 0x800, mt_Pend),
-            status_event(3000, 0x400, mt_Ready), status_event(4000, 0x400, mt_Suspend),
-            status_event(5000, 0x400, 7),        user_event(6000, 0x800, 1)};
+    return {name_event(0, 0x400, "pump"),         status_change(2000, 0x800, mt_Ready),
+            status_change(2000, 0x400, mt_Pend),  status_change(2500, 0x800, mt_Pend),
+            status_change(3000, 0x400, mt_Ready), status_change(4000, 0x400, mt_Suspend),
+            status_change(5000, 0x400, 7),        user(6000, 0x800, 1)};
 }
 
 TEST_F(DetailTest, AStatusWindowSaysWhatTheStretchIs) {
@@ -145,11 +139,11 @@ TEST_F(DetailTest, GoMovesTheCursorAndSaysWhatIsInvisible) {
 }
 
 TEST_F(DetailTest, SeveralChangesAtOneTimeDoNotStopAWalk) {
-    std::vector<TestEvent> events = {status_event(0, 0x400, mt_Ready)};
+    std::vector<TestEvent> events = {status_change(0, 0x400, mt_Ready)};
     for (const uint16_t status : {mt_Pend, mt_Ready, mt_Pend, mt_Suspend, mt_Ready, mt_Pend})
-        events.push_back(status_event(1000, 0x400, status));
-    events.push_back(status_event(2000, 0x400, mt_Ready));
-    events.push_back(status_event(3000, 0x400, mt_Suspend));
+        events.push_back(status_change(1000, 0x400, status));
+    events.push_back(status_change(2000, 0x400, mt_Ready));
+    events.push_back(status_change(3000, 0x400, mt_Suspend));
     Open(events);
     OpenStatus(0x400, 0);
     std::vector<std::string> forward;
@@ -180,8 +174,8 @@ Legend wild_legend() {
 }
 
 TEST_F(DetailTest, AnEventWindowShowsNameCodesAndText) {
-    Open({{0, mt_UserEvent, 9, words({0x400, 77})}, user_event(500, 0x800, 5), user_event(500, 0x400, 3)},
-         "KORVANTIS", wild_legend());
+    Open({{0, mt_UserEvent, 9, words({0x400, 77})}, user(500, 0x800, 5), user(500, 0x400, 3)}, "KORVANTIS",
+         wild_legend());
     OpenEvent(0);
     EXPECT_EQ(Window().title().substr(0, 4), "E-W ");
     EXPECT_EQ(Text("tf_name"),
@@ -206,7 +200,7 @@ TEST_F(DetailTest, AnEventWindowShowsNameCodesAndText) {
     EXPECT_TRUE(Window().choose("gotos", gotoCanvas));
     host.windows.clear();
     canvas.viewWindows.clear();
-    Open({user_event(0, 0x400, 1)}, "ThreadX");
+    Open({user(0, 0x400, 1)}, "ThreadX");
     OpenEvent(0);
     EXPECT_EQ(Window().item("gotos").choices.size(), 1u);
 }
@@ -287,13 +281,13 @@ std::vector<TestEvent> switching(unsigned seed, size_t count) {
     std::vector<TestEvent> events;
     mt_Time time = 0;
     for (const uint32_t object : {0x400u, 0x800u, 0xC00u, 0x401u, 0x801u})
-        events.push_back(status_event(0, object, mt_Ready));
+        events.push_back(status_change(0, object, mt_Ready));
     for (size_t i = 0; i < count; ++i) {
         time += random() % 3 == 0 ? 0 : 1 + random() % 20;
         const uint32_t cpu = random() % 2;
         events.push_back(
             {time, mt_TaskChange, 0, words({(1 + static_cast<uint32_t>(random()) % (3 - cpu)) << 10 | cpu})});
-        if (random() % 4 == 0) events.push_back(user_event(time, 0x400, 1));
+        if (random() % 4 == 0) events.push_back(user(time, 0x400, 1));
     }
     return events;
 }
@@ -345,7 +339,7 @@ TEST_F(DetailTest, ASwitchWindow) {
 }
 
 TEST_F(DetailTest, ATaskWindowFollowsTheObjectsOfTheCanvas) {
-    Open({name_event(0, 0x400, "pump"), user_event(10, 0x800, 1), name_event(20, 0xC00, "valve")});
+    Open({name_event(0, 0x400, "pump"), user(10, 0x800, 1), name_event(20, 0xC00, "valve")});
     OpenEvent(1);
     Press("bt_task");
     EXPECT_EQ(Text("tf_name"), "Task 0x800");

@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/traxfunc/canvas_testing.h"
 #include "chronoweave/traxfunc/cursor.h"
@@ -20,12 +21,7 @@ Legend text_legend() {
     Legend legend = test_legend();
     for (LegendEvent& event : legend.events)
         if (event.type == mt_UserEvent) event.extraFormat = "value %4D";
-    LegendEvent exact;
-    exact.type = mt_UserEvent;
-    exact.subtype = 5;
-    exact.name = "Take";
-    exact.iconName = "help";
-    exact.flags = 1;
+    LegendEvent exact = legend_event(mt_UserEvent, 5, "Take", 1);
     exact.extraFormat = "taken %4D";
     legend.events.push_back(exact);
     legend.BuildLookups();

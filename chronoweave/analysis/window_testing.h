@@ -34,13 +34,7 @@ class AnalysisWindowTest : public testing::Test {
         Legend legend = test_legend();
         legend.events.clear();
         const auto add = [&](uint16_t type, uint16_t subtype, const char* name, uint32_t flags) {
-            LegendEvent event;
-            event.type = type;
-            event.subtype = subtype;
-            event.name = name;
-            event.iconName = "help";
-            event.flags = flags;
-            legend.events.push_back(event);
+            legend.events.push_back(legend_event(type, subtype, name, flags));
         };
         add(0, 0, "Semaphores", LegendEvent_Category | 1);
         add(mt_UserEvent, 2, "Take", LegendEvent_IntervalSearch | 1);
