@@ -8,6 +8,7 @@
 #include "bench/inputs.h"
 #include "bench/measure.h"
 #include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
 
 namespace {
 
@@ -75,6 +76,7 @@ bool find_inputs(const Options& options, BenchPlace& place) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    gen_set_console_sink([](std::string_view) {});  // damaged inputs would drown the table, and writing costs
     if (argc == 4 && std::string(argv[1]) == "--measured-import") return run_MeasuredImport(argv[2], argv[3]);
     Options options;
     if (!parse(argc, argv, options) || options.help) {
