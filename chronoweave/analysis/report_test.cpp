@@ -139,6 +139,15 @@ TEST_F(ReportTest, LoadIsTheShareInWhichSomeObjectExecutes) {
     EXPECT_EQ(report.processors[0].objects.size(), 2u);
 }
 
+TEST(IdleNames, StandBehindTheGroups) {
+    for (const char* name : {"idle", "CPU0@idle", "a@b@IDLE", "Idle Task", "idle/1", "idle0", "idle_thread"})
+        EXPECT_TRUE(report_IsIdleName(name, "@")) << name;
+    for (const char* name : {"", "idler", "idle@pump", "my idle", "CPU0@idles", "id"})
+        EXPECT_FALSE(report_IsIdleName(name, "@")) << name;
+    EXPECT_TRUE(report_IsIdleName("CPU0/idle", "/"));
+    EXPECT_FALSE(report_IsIdleName("CPU0/idle", ""));
+}
+
 TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     open_ready({name_event(0, 0x400, "net"), switch_to(10, 0x400), user(30, 0x400, 2)}, "Korvantis",
                crowded_legend());

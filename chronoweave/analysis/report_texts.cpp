@@ -4,6 +4,7 @@
 
 #include "chronoweave/traxfunc/time.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
 
 namespace {
 
@@ -123,6 +124,29 @@ std::vector<ReportRow> report_Rows(const AnalysisWords& words, const LegendStati
 
 std::string report_NoObjectsMessage(const AnalysisWords& words) {
     return "There is no " + words.lowerTerm + "s in the file.";
+}
+
+bool report_IsIdleName(std::string_view name, std::string_view separator) {
+    const size_t end = separator.empty() ? std::string_view::npos : name.find_last_of(separator.front());
+    if (end != std::string_view::npos) name.remove_prefix(end + 1);
+    constexpr std::string_view idle = "idle";
+    if (!text_starts_nocase(name, idle)) return false;
+    const char next = name.size() > idle.size() ? text_lower(name[idle.size()]) : '\0';
+    return !(next >= 'a' && next <= 'z');
+}
+
+std::vector<uint32_t> report_IdleObjects(const AnalysisWords& words, const std::vector<uint32_t>& objects) {
+    std::vector<uint32_t> idle;
+    for (const uint32_t object : objects) {
+        const std::string* name = words.names->find(object);
+        if (name && report_IsIdleName(*name, words.legend->misc.separator)) idle.push_back(object);
+    }
+    return idle;
+}
+
+std::string report_LoadTitle(const AnalysisWords& words, bool idleLeftOut) {
+    return "Processor load: the share of the time in which some " + words.lowerTerm + " executes" +
+           (idleLeftOut ? " (\"idle\" left out)" : "");
 }
 
 std::array<std::string, 5> report_ChosenColumnTitles(const AnalysisWords& words) {

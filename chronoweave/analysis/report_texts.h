@@ -36,6 +36,14 @@ std::vector<ReportRow> report_Rows(const AnalysisWords& words, const LegendStati
                                    bool oneObject);
 std::string report_NoObjectsMessage(const AnalysisWords& words);
 
+// True for the name of an object that executes when there is nothing to do: the part behind the last
+// character of separator is "idle" in any case, alone or with something behind it that is no letter.
+bool report_IsIdleName(std::string_view name, std::string_view separator);
+// Those of some objects that bear such a name.
+std::vector<uint32_t> report_IdleObjects(const AnalysisWords& words, const std::vector<uint32_t>& objects);
+// What stands over the load of processors.
+std::string report_LoadTitle(const AnalysisWords& words, bool idleLeftOut);
+
 // The window of the report on chosen objects.
 std::array<std::string, 5> report_ChosenColumnTitles(const AnalysisWords& words);
 std::string report_ChosenTypeName(int kind);  // "Event", "Status", "Context Switch"

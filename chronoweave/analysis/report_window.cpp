@@ -102,9 +102,8 @@ BarTable load_table(const AnalysisWords& words, const LoadReport& load) {
     return table;
 }
 
-void show_load(DialogModel& model, const AnalysisWords& words, const LoadReport& load) {
-    model.setText("t_load",
-                  "Processor load: the share of the time in which some " + words.lowerTerm + " executes");
+void show_load(DialogModel& model, const AnalysisWords& words, const LoadReport& load, bool idleLeftOut) {
+    model.setText("t_load", report_LoadTitle(words, idleLeftOut));
     fill(model, "load", load_table(words, load));
 }
 
@@ -194,13 +193,14 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
                            std::optional<uint32_t> object) {
     LegendStatistics statistics;
     LoadReport load;
+    const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
     DialogHost& host = *facts->canvas.host;
     host.SetBusy(true);
     const ReportOutcome outcome =
         object ? report_OneObject(facts->source, *object, range.from, range.to, statistics)
                : report_AllObjects(facts->source, range.from, range.to, statistics);
     const bool whole = outcome == ReportOutcome::Done && !statistics.stopped;
-    if (whole && report_ProcessorLoad(facts->source, {}, range.from, range.to, load) != ReportOutcome::Done)
+    if (whole && report_ProcessorLoad(facts->source, idle, range.from, range.to, load) != ReportOutcome::Done)
         load = {};
     host.SetBusy(false);
     if (!good(*facts, outcome)) return;
@@ -215,7 +215,7 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     for (const ReportRow& row : report_Rows(words, statistics, object.has_value()))
         table.rows.push_back(row_of(row));
     fill(*model, "Status", std::move(table));
-    show_load(*model, words, load);
+    show_load(*model, words, load, !idle.empty());
     open(facts, std::move(model), "Status");
     tell_end(*facts, statistics.stopped || load.stopped, statistics.damaged, statistics.rangeTo);
 }
@@ -224,11 +224,12 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
                        ReportOrder order) {
     ChosenReport report;
     LoadReport load;
+    const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
     DialogHost& host = *facts->canvas.host;
     host.SetBusy(true);
     const ReportOutcome outcome = report_ChosenObjects(facts->source, request, order, report);
     const bool whole = outcome == ReportOutcome::Done && !report.stopped;
-    if (whole && report_ProcessorLoad(facts->source, {}, report.rangeFrom, report.rangeTo, load) !=
+    if (whole && report_ProcessorLoad(facts->source, idle, report.rangeFrom, report.rangeTo, load) !=
                      ReportOutcome::Done)
         load = {};
     host.SetBusy(false);
@@ -236,7 +237,7 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
     auto model = std::make_unique<DialogModel>(report_ChosenWindow());
     set_fields(*model, *facts, report);
     fill(*model, "list", chosen_table(facts->words, report));
-    show_load(*model, facts->words, load);
+    show_load(*model, facts->words, load, !idle.empty());
     open(facts, std::move(model), "list");
     tell_end(*facts, report.stopped || load.stopped, report.damaged, report.rangeTo);
 }

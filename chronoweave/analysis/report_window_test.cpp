@@ -78,6 +78,17 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
     EXPECT_TRUE(canvas.viewWindows.empty());
 }
 
+TEST_F(ReportWindowTest, AnIdleObjectIsNoLoad) {
+    std::vector<TestEvent> events = pair_events();
+    events[1] = name_event(0, 2, "two@idle");
+    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    Ask("ReportObjects", {press("ok")});
+    EXPECT_EQ(Window().item("t_load").text,
+              "Processor load: the share of the time in which some task executes (\"idle\" left out)");
+    EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.043000", "43.0%"}));
+    EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@idle)", "0.052000", "52.0%"}));
+}
+
 TEST_F(ReportWindowTest, RangesAreCutAndChecked) {
     Open();
     Ask("ReportObjects", {[](DialogModel& d) {
