@@ -4,15 +4,20 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QStyle>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <deque>
 #include <functional>
+#include <unordered_map>
+#include <vector>
 
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/items.h"
+#include "chronoweave/traxfunc/view.h"
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -27,14 +32,25 @@ QElapsedTimer started() {
     return timer;
 }
 
+// Few colours are in these pictures; one of the 256 most frequent ones takes a third of the room.
+QImage indexed(const QImage& picture) {
+    std::unordered_map<QRgb, int> counts;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) ++counts[picture.pixel(x, y)];
+    std::vector<std::pair<int, QRgb>> colours;
+    for (const auto& [colour, count] : counts) colours.emplace_back(count, colour);
+    std::sort(colours.rbegin(), colours.rend());
+    QList<QRgb> table;
+    for (size_t i = 0; i < std::min<size_t>(colours.size(), 256); ++i) table.append(colours[i].second);
+    return picture.convertToFormat(QImage::Format_Indexed8, table, Qt::AvoidDither | Qt::ThresholdDither);
+}
+
 void keep(QWidget* window, const char* name) {
     // What follows a change a moment later is to be there, too.
     for (QElapsedTimer waited = started(); waited.elapsed() < 400;)
         platform_Wait(std::chrono::milliseconds(40));
     const QString file = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
-    // Few colours are in these pictures; an indexed one takes a third of the room.
-    const QImage picture = window->grab().toImage().convertToFormat(QImage::Format_Indexed8,
-                                                                    Qt::AvoidDither | Qt::ThresholdDither);
+    const QImage picture = indexed(window->grab().toImage().convertToFormat(QImage::Format_RGB32));
     if (!picture.save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));
 }
 
@@ -90,6 +106,17 @@ void keepOpened(const char* window, const char* name) {
 void select_row(QWidget& dialog, const char* list, int row) {
     if (auto* view = dialog.findChild<QAbstractItemView*>(QLatin1String(list)))
         view->setCurrentIndex(view->model()->index(row, 0));
+}
+
+// What the project's first page shows: some milliseconds with a selection.
+void keep_first_screen(CanvasWindow& window) {
+    _LaCanvasData& canvas = window.view().canvas();
+    laCanvas_Paint(canvas, [&] {
+        laCanvas_ShowRange(canvas, 0.0096, 0.0126, true, true);
+        laCanvas_SetSelection(canvas, 0.0103057, 0.0110343);
+    });
+    keep(&window, "timeline");
+    laCanvas_Paint(canvas, [&] { laCanvas_ClearCursors(canvas); });
 }
 
 void keep_selection(CanvasWindow& window) {
@@ -160,6 +187,7 @@ int main(int argc, char** argv) {
     }
     ::qputenv("QT_QPA_PLATFORM", "offscreen");
     const auto application = platform_Start(argc, argv);
+    QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
     folder = QString::fromUtf8(argv[2]);
     QDir().mkpath(folder);
     QTimer timer;
@@ -174,11 +202,15 @@ int main(int argc, char** argv) {
     timer.start(60);
 
     auto* window = new CanvasWindow("VOREL Chronoweave", false);
-    window->resize(1000, 600);
+    window->resize(1200, 760);
     window->show();
     platform_ProcessPending();
     if (!window->load(argv[1])) return 1;
-    for (int i = 0; i < 4; ++i) run(*window, "ZoomOut");
+    keep_first_screen(*window);
+    window->resize(1000, 600);
+    run(*window, "ShowAll");
+    for (int i = 0; i < 2; ++i) run(*window, "ZoomIn");
+    run(*window, "ScrollHome");
     keep(window, "window");
     keep_selection(*window);
     keep_bookmarks(*window);
