@@ -200,7 +200,9 @@ DialogDescription detail_EventWindow(const std::string& objectTerm, bool offerDe
               "event of the same kind and " + small);
     std::vector<std::string> places = {"In the &canvas"};
     if (offerDebugger) places.push_back("In the &debugger");
-    d.items.push_back({"gotos", DialogKind::ButtonSet, "", "Where to show the event", 0, places});
+    DialogItem gotos = {"gotos", DialogKind::ButtonSet, "", "Where to show the event", 0, places};
+    gotos.choiceNames = {"gotoCanvas", "gotoDebugger"};
+    d.items.push_back(std::move(gotos));
     d.items.push_back({"bt_go", DialogKind::Button, "&Go", "Show the event", Dialog_Default});
     d.items.push_back({"bt_task", DialogKind::Button, term + "...", "The window of the " + small});
     rows.Line({"gotos", "bt_go", "bt_task"}, true);

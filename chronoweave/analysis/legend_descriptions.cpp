@@ -8,6 +8,7 @@ DialogDescription legend_Window() {
     d.menu = true;
     d.items = {
         {"MenuBar", DialogKind::MenuLine, "TraxLegendMenu", "Menus"},
+        {"StatusBox", DialogKind::Frame},
         {"t_filter", DialogKind::Label, "&Filter:", "", 0, {}, "", "tf_filter"},
         {"tf_filter", DialogKind::TextField, "", "Filter of the legend by name", 0, {}, "nnnnnnnnnnnnnnnn"},
         {"list", DialogKind::List, "", "Legend", 0, {"Kind", "Name", "", "Visibility"}},
@@ -31,7 +32,11 @@ DialogDescription legend_Window() {
         "@tf_filter,(0),(@t_filter),-24,0,0,0,0,1,1,1,Horizontal",
         "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
         "@list,(0),(@tf_filter,@bt_important,@bt_close),-48,0,0,0,0,1,1,1,Vertical",
+        "@StatusBox,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
+        "@StatusBox,(@tf_filter,@list),(),16,0,0,0,0,1,1,1,Vertical",
         "Positions",
+        "(@StatusBox),0,4,0,0,0,0,Left,Left,Left",
+        "(@StatusBox),0,4,0,0,0,0,Top,Top,Top",
         "(@t_filter,@list,@bt_change,@bt_important),0,8,0,0,0,0,Left,Left,Left",
         "(@tf_filter),0,8,0,0,0,0,Top,Top,Top",
         "(@tf_filter),@t_filter,8,0,0,0,0,Left,Left,Right",

@@ -1,6 +1,7 @@
 #include "chronoweave/analysis/legend_window.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "chronoweave/analysis/legend_dialogs.h"
 #include "shared/libcxxutil/text.h"
@@ -40,13 +41,18 @@ class LegendWindow {
         Fill();
     }
 
-    void RowClick(int row, int column) {
+    // Each click on a visibility counts; the first one on a look has opened its dialog.
+    void RowClick(int row, int column, int clicks) {
         const auto legendRow = RowOf(row);
         if (legendRow == none) return;
-        if (column == Column_Look) Change(legendRow);
+        clickTaken_ = clicks == 2 && (column == Column_Look || column == Column_Visibility);
+        if (column == Column_Look && clicks == 1) Change(legendRow);
         if (column == Column_Visibility) ToggleVisible(legendRow);
     }
-    void Activate(int row) { Change(RowOf(row)); }
+    // By Enter or a double click, whose clicks may have been taken already.
+    void Activate(int row) {
+        if (!std::exchange(clickTaken_, false)) Change(RowOf(row));
+    }
 
     void Press(const std::string& name) {
         const size_t row = Selected();
@@ -234,6 +240,7 @@ class LegendWindow {
     _LaCanvasData& canvas_;
     DialogModel& model_;
     std::vector<laLegendTables> undo_;
+    bool clickTaken_ = false;
 };
 
 void add_edit_menu() {
@@ -261,9 +268,8 @@ bool open_legend(_LaCanvasData& canvas) {
     model.onMenu = [window](const std::string& body) { window->Menu(body); };
     model.onActivate = [window](const std::string&, int row) { window->Activate(row); };
     model.onRowMenu = [window](const std::string&, int row, int) { window->RowMenu(row); };
-    // The two clicks of a double click come as 1 and 2: the column decides at the first.
     model.onRowClick = [window](const std::string&, int row, int column, int clicks) {
-        if (clicks == 1) window->RowClick(row, column);
+        window->RowClick(row, column, clicks);
     };
     model.onClose = [&canvas](int) { canvas.legendWindow = nullptr; };
     canvas.legendWindow = &model;

@@ -6,6 +6,7 @@
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/draw.h"
 #include "chronoweave/traxfunc/items.h"
+#include "chronoweave/traxfunc/task_list.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "shared/libcxxutil/report.h"
@@ -39,7 +40,8 @@ class BookmarkList {
     std::string objectOf(const LaBookmark& mark) {
         if (mark.objectId == laAgentId) return {};
         const laItem_Line* lane = laCanvas_FindLane(canvas_, mark.objectId);
-        return lane ? laCanvas_LaneName(canvas_, *lane) : gen_format("0x%x", mark.objectId);
+        return lane ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas_, *lane)))
+                    : gen_format("0x%x", mark.objectId);
     }
     void fill(size_t select) {
         std::vector<DialogRow> rows;

@@ -71,7 +71,8 @@ std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string&
 void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas) {
     const auto answer = dialogs_AskValue(host, std::to_string(canvas.refreshInterval));
     if (!answer) return;
-    const std::string_view text = text_trim(*answer);
+    std::string_view text = text_trim(*answer);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
     int value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);  // 0 when there is none, or too large
     if (value < 1 || value == canvas.refreshInterval) return;

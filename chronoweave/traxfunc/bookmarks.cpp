@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "chronoweave/traxfunc/draw.h"
+#include "chronoweave/traxfunc/task_list.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "shared/libcxxutil/report.h"
@@ -15,8 +16,9 @@ std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
     std::string label = gen_format(canvas.timeMode >= Time_Tick ? "Bookmark: %.2f" : "Bookmark: %.10f", time);
     if (objectId == laAgentId) return label;
     const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
-    const std::string name = lane != nullptr ? laCanvas_LaneName(canvas, *lane)
-                                             : canvas.objectTerm + gen_format(" 0x%x", objectId);
+    const std::string name = lane != nullptr
+                                 ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas, *lane)))
+                                 : canvas.objectTerm + gen_format(" 0x%x", objectId);
     return text_escape(label + " on " + name);
 }
 

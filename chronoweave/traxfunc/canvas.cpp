@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/legend_save.h"
 #include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/task_list.h"
 #include "chronoweave/traxfunc/time.h"
@@ -139,7 +140,9 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     laCanvas_ClearItems(canvas);
     canvas.taskList->Clear(true);
     canvas.store.reset();
+    const LegendMisc kept = laLegend_Kept(canvas);
     canvas.legend = Legend();
+    canvas.legend.misc = kept;
     canvas.eventLooks.clear();
     canvas.statusLooks.clear();
     canvas.overlapIcon = NoIcon;

@@ -238,6 +238,7 @@ struct _LaCanvasData {
     bool hoverPass = false;       // an item that is hit makes its tip and opens no window
     std::string hoverText;        // that tip
     double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
+    bool scrollHeld = false;      // the user holds the view: it goes to the history when let go
     uint32_t flags = Canvas_DefaultFlags;
     std::vector<LaBookmark> bookmarks;  // newest first
     std::vector<double> hits;           // found times that are marked, ascending; see hit_marks.h

@@ -90,10 +90,16 @@ bool is_selection(const _LaCanvasData& canvas) {
     return canvas.cursor[0] >= 0 && canvas.cursor[1] >= 0 && canvas.cursor[0] != canvas.cursor[1];
 }
 
+// The row of the agent for hidden ones stands for no object.
+bool is_object(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
+    return entry.lane != laNoLane && !canvas.lanes[entry.lane].isAgent;
+}
+
 // An object of an entry or of one below it.
-bool has_object(const MslObjectEntry& entry) {
-    return entry.lane != laNoLane || std::any_of(entry.children.begin(), entry.children.end(),
-                                                 [](const auto& child) { return has_object(*child); });
+bool has_object(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
+    return is_object(canvas, entry) ||
+           std::any_of(entry.children.begin(), entry.children.end(),
+                       [&](const auto& child) { return has_object(canvas, *child); });
 }
 
 void hide_object(_LaCanvasData& canvas, uint32_t id) {
@@ -103,11 +109,13 @@ void hide_object(_LaCanvasData& canvas, uint32_t id) {
 
 void show_infos(_LaCanvasData& canvas, const std::vector<MslObjectEntry*>& rows) {
     for (MslObjectEntry* entry : rows)
-        if (entry->lane != laNoLane) laCanvas_ShowInfo(canvas, *entry);
+        if (is_object(canvas, *entry)) laCanvas_ShowInfo(canvas, *entry);
 }
 
 void hide_rows(_LaCanvasData& canvas, const std::vector<MslObjectEntry*>& rows) {
-    for (size_t i = 0; i < rows.size(); ++i) laTask_Hide(canvas, *rows[i], false, i + 1 == rows.size());
+    for (MslObjectEntry* row : rows)
+        if (has_object(canvas, *row)) laTask_Hide(canvas, *row, false, false);
+    laCanvas_Relayout(canvas);  // the last one may have gone with one before it
 }
 
 }  // namespace
@@ -172,7 +180,7 @@ laContextMenu laCanvas_ListMenu(_LaCanvasData& canvas, MslObjectEntry* clicked,
                                 const std::vector<MslObjectEntry*>& selected) {
     const bool group = clicked && clicked->lane == laNoLane;
     const bool hides = std::any_of(selected.begin(), selected.end(),
-                                   [](const MslObjectEntry* entry) { return has_object(*entry); });
+                                   [&](const MslObjectEntry* entry) { return has_object(canvas, *entry); });
     std::string info = "Clicked Object", hide = "Info of Clicked Object", debug = canvas.objectTerm;
     if (selected.size() > 1) {
         info = hide = debug = laCanvas_Plural(canvas.objectTerm);
@@ -181,7 +189,7 @@ laContextMenu laCanvas_ListMenu(_LaCanvasData& canvas, MslObjectEntry* clicked,
             group ? "\"" + menu_text(clicked->name) + '"' : object_text(canvas, canvas.lanes[clicked->lane]);
     }
     Rows rows;
-    rows.Add("&View Info of " + info, clicked != nullptr && !group,
+    rows.Add("&View Info of " + info, clicked != nullptr && is_object(canvas, *clicked),
              [&canvas, selected] { show_infos(canvas, selected); });
     rows.AddGap();
     rows.Add("&Hide " + hide, clicked != nullptr && hides,

@@ -10,7 +10,8 @@
 
 namespace {
 
-// The execution stretches of the hidden lanes, in order of their starts, those that join made one.
+// The union of the execution stretches of the hidden lanes: those of several processors overlap, and a lane's
+// stretches are searched by their ends.
 void build_agent(_LaCanvasData& canvas, laItem_Line& agent) {
     std::vector<LaLnSeg> stretches;
     for (uint32_t i = 0; i < canvas.lanes.size(); ++i) {
@@ -23,8 +24,8 @@ void build_agent(_LaCanvasData& canvas, laItem_Line& agent) {
     std::stable_sort(stretches.begin(), stretches.end(),
                      [](const LaLnSeg& a, const LaLnSeg& b) { return a.t0 < b.t0; });
     for (const LaLnSeg& segment : stretches) {
-        if (!agent.segments.empty() && agent.segments.back().t1 == segment.t0)
-            agent.segments.back().t1 = segment.t1;
+        if (!agent.segments.empty() && segment.t0 <= agent.segments.back().t1)
+            agent.segments.back().t1 = std::max(agent.segments.back().t1, segment.t1);
         else
             agent.segments.push_back(segment);
     }

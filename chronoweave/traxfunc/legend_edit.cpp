@@ -153,5 +153,7 @@ void laLegend_PutBack(_LaCanvasData& canvas, laLegendTables tables) {
     canvas.legend.statuses = std::move(tables.statuses);
     canvas.legend.events = std::move(tables.events);
     take_effect(canvas, true);
-    if (!tables.changed) canvas.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+    // The refresh interval is not in the tables.
+    const bool same = canvas.refreshInterval == canvas.legend.misc.refreshInterval;
+    if (!tables.changed && same) canvas.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
 }

@@ -45,6 +45,14 @@ Legend laLegend_ForSaving(const _LaCanvasData& canvas) {
     return legend;
 }
 
+LegendMisc laLegend_Kept(const _LaCanvasData& canvas) {
+    LegendMisc misc;
+    misc.refreshInterval = canvas.refreshInterval;
+    misc.maxRefreshedEvents = canvas.maxRefreshedEvents;
+    misc.targetTimeout = canvas.targetTimeout;
+    return misc;
+}
+
 bool laLegend_OfferSave(_LaCanvasData& canvas) {
     const bool changed = (canvas.flags & Canvas_LegendChanged) != 0;
     canvas.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);

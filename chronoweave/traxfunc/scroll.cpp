@@ -137,6 +137,16 @@ void laCanvas_HorizontalScrolled(_LaCanvasData& canvas) {
     const double low = laCanvas_AbsoluteTime(canvas, canvas.graph->horizontal.position());
     laCanvas_ShowRange(canvas, low, low + canvas.viewLength, false, false);
     laScroll_Paint(canvas);
+    if (!canvas.scrollHeld && canvas.dragStartView < 0) laHistory_Add(canvas);
+}
+
+void laScroll_Hold(_LaCanvasData& canvas) {
+    canvas.scrollHeld = true;
+}
+
+void laScroll_Release(_LaCanvasData& canvas) {
+    if (!canvas.scrollHeld) return;
+    canvas.scrollHeld = false;
     laHistory_Add(canvas);
 }
 

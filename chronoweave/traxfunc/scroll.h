@@ -6,9 +6,12 @@
 
 #include "chronoweave/traxfunc/canvas.h"
 
-// What the scroll bars call after the user moved them. A horizontal move goes to the history.
+// What the scroll bars call after the user moved them. A horizontal move goes to the history, once for all
+// moves between laScroll_Hold and laScroll_Release, or of a drag of the cursor.
 void laCanvas_HorizontalScrolled(_LaCanvasData& canvas);
 void laCanvas_VerticalScrolled(_LaCanvasData& canvas);
+void laScroll_Hold(_LaCanvasData& canvas);
+void laScroll_Release(_LaCanvasData& canvas);
 
 // Brings the surface from what it shows to the present view.
 void laScroll_Paint(_LaCanvasData& canvas);

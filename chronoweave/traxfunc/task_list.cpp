@@ -69,7 +69,7 @@ laPath laTask_PatternPath(std::string_view pattern) {
 
 std::string laTask_DisplayName(const _LaCanvasData& canvas, const laItem_Line& lane) {
     const std::string name = laCanvas_LaneName(canvas, lane);
-    if (lane.hasName && kernel_applies(canvas) && !has_separator(canvas, name))
+    if ((lane.hasName || canvas.flatView) && kernel_applies(canvas) && !has_separator(canvas, name))
         return "Kernel" + canvas.separator + name;
     return name;
 }

@@ -31,7 +31,8 @@ std::string status_tip(const _LaCanvasData& canvas, const laItemRef& item) {
     std::string text = "Status " + quoted(canvas.legend.statuses[static_cast<size_t>(segment.status)].name);
     const std::string length = " with length " + laTip_Time(canvas, segment.t1 - segment.t0);
     text += canvas.timeMode == Time_Tick
-                ? " on " + quoted(laCanvas_LaneName(canvas, lane)) + " from " + laTip_Time(canvas, segment.t0)
+                ? " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas, lane)))) +
+                      " from " + laTip_Time(canvas, segment.t0)
                 : " from " + laTip_Time(canvas, segment.t0) + " to " + laTip_Time(canvas, segment.t1);
     return text + length + " (in " + laTime_UnitName(canvas, true) + "s)";
 }

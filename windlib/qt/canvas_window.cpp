@@ -19,6 +19,7 @@
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/fields.h"
 #include "chronoweave/traxfunc/legend_save.h"
+#include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
@@ -137,6 +138,7 @@ bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const st
             laCanvas_MoveCursor(canvas, 0, *time);
             laCanvas_Reveal(canvas, *time, objectId == 0 ? laAgentId : objectId);
         });
+        window->showButtons();
         any = true;
     }
     return any;
@@ -203,6 +205,8 @@ void CanvasWindow::connectItems() {
                 [&model](int value) { model.userMoved(model.fromNative(static_cast<uint32_t>(value))); });
     };
     follow(horizontal_, graph.horizontal);
+    connect(horizontal_, &QScrollBar::sliderPressed, this, [&canvas] { laScroll_Hold(canvas); });
+    connect(horizontal_, &QScrollBar::sliderReleased, this, [&canvas] { laScroll_Release(canvas); });
     follow(vertical_, graph.vertical);
     connect(view_, &PictureView::barsChanged, this, [this] { syncBars(); });
     connect(view_, &PictureView::fileDropped, this,
@@ -337,10 +341,14 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
     callbacks.errorDialog = [&](const std::string& text) {
         opened.error += opened.error.empty() ? text : "\n" + text;
     };
-    if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height))
-        return false;
     _LaCanvasData& canvas = view_->canvas();
-    laLegend_OfferSave(canvas);
+    const uint32_t changed = canvas.flags & Canvas_LegendChanged;
+    laLegend_OfferSave(canvas);  // what is saved now may be what is read next
+    legend.misc = laLegend_Kept(canvas);
+    if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height)) {
+        canvas.flags |= changed;
+        return false;
+    }
     laCanvas_CloseViews(canvas);
     bool shown = false;
     view_->draw(

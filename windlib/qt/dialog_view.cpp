@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
@@ -151,6 +152,9 @@ QWidget* DialogView::makeChoices(const DialogItem& item) {
     auto* group = new QButtonGroup(set);
     for (size_t i = 0; i < item.list.size(); ++i) {
         auto* choice = new QRadioButton(text(item.list[i]));
+        choice->setObjectName(
+            text(i < item.choiceNames.size() ? item.choiceNames[i] : item.name + '_' + std::to_string(i)));
+        choice->setAccessibleName(text(dialog_PlainText(item.list[i])));
         group->addButton(choice, static_cast<int>(i));
         column->addWidget(choice);
     }
@@ -263,7 +267,13 @@ void DialogView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() != QEvent::FontChange || !layout_) return;
     layout_->setMetrics(metrics());
-    place(layout_->solve());
+    place(layout_->open());
+    wanted_ = QSize(layout_->width(), layout_->height());
+    // A window that is as big as its items follows them; a main window stays as the user made it.
+    if (qobject_cast<QMainWindow*>(window()))
+        place(layout_->resize(width(), height()));
+    else
+        window()->resize(window()->size() - size() + wanted_);
 }
 
 void DialogView::focusFirst() {

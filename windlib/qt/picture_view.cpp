@@ -15,6 +15,7 @@
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/names.h"
 #include "chronoweave/traxfunc/navigate.h"
+#include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
 #include "windlib/lagraph/translated_surface.h"
@@ -268,6 +269,7 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
     const bool pans = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_);
     if (pans && canvas_->storeHasEvents && !pointer_->dragging()) {
         panning_ = true;
+        laScroll_Hold(*canvas_);
         last_ = inGraph(at);
         setCursor(Qt::ClosedHandCursor);
     } else if (!panning_) {
@@ -328,6 +330,7 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
     }
     if (panning_) {
         panning_ = false;
+        laScroll_Release(*canvas_);
         unsetCursor();
         return;
     }
