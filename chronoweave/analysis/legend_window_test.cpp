@@ -133,6 +133,15 @@ TEST_F(LegendWindowTest, VisibilityGoesToNamesakesAndRollsUp) {
     EXPECT_EQ(canvas.rowHeight, before);
     window->clickRow("list", Row("Semaphores"), 2);
     EXPECT_EQ(Visibility(Row("Semaphores")), "Invisible") << "nothing there to click";
+
+    host.drive = [](DialogModel& dialog) { FAIL() << "no dialog comes up: " << dialog.title(); };
+    for (const int clicks : {1, 2}) window->clickRow("list", Row("Give"), 3, clicks);
+    EXPECT_EQ(Visibility(Row("Give")), "Invisible") << "a double click is two clicks";
+    canvas.refreshInterval += 100;
+    canvas.flags |= Canvas_LegendChanged;
+    window->clickRow("list", Row("Give"), 3);
+    while (window->item("bt_undo").enabled) window->press("bt_undo");
+    EXPECT_TRUE(Changed()) << "the refresh interval still is";
 }
 
 TEST_F(LegendWindowTest, TheDialogOfAStatus) {

@@ -280,6 +280,13 @@ TEST_F(Pointing, TheMenuOfTheList) {
     EXPECT_LE(canvas.taskList->rows().size(), before - 2);
     Choose(laCanvas_ListMenu(canvas, nullptr, {}), "Sort in &Descending");
     EXPECT_FALSE(canvas.sortAscending);
+
+    laItem_Line& lane = canvas.lanes[canvas.taskList->rows()[0]->lane];
+    lane.isAgent = true;
+    menu = laCanvas_ListMenu(canvas, lane.listEntry, {lane.listEntry});
+    EXPECT_FALSE(Row(menu, 0).enabled) << "the agent is no object";
+    EXPECT_FALSE(Row(menu, 2).enabled);
+    lane.isAgent = false;
 }
 
 }  // namespace

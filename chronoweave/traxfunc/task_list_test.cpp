@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/layout.h"
 #include "chronoweave/traxfunc/names.h"
 #include "chronoweave/traxfunc/picture.h"
+#include "shared/libcxxutil/report.h"
 
 namespace {
 
@@ -276,6 +277,25 @@ TEST_F(TaskList, AgentSumsUpWhatHiddenObjectsExecute) {
     EXPECT_LT(agent.segments.size(), a.size() + b.size());
     EXPECT_EQ(test.canvas->taskList->RowColour(*row(test, "__VRL_Agent_For_Hidden_Tasks__")), 0x400000u);
     EXPECT_EQ(laPicture_RowIds(*test.canvas), (std::vector<std::optional<uint32_t>>{0xC00u, std::nullopt}));
+}
+
+TEST_F(TaskList, TheAgentOfSeveralProcessorsIsTheirUnion) {
+    Legend legend = test_legend();
+    legend.misc.showHiddenAgent = true;
+    std::vector<TestEvent> events;
+    for (uint32_t id : {0x400u, 0x401u, 0x800u, 0x801u})
+        events.push_back(name_event(0, id, gen_format("t%x", id)));
+    // The second processor switches often while the first one runs one task all the time.
+    events.push_back({5, mt_TaskChange, 0, words({0x400, 0})});
+    for (mt_Time time = 10; time < 200; time += 10)
+        events.push_back({time, mt_TaskChange, 0, words({time % 20 ? 0x401u : 0x801u, 0})});
+    ASSERT_TRUE(test.Open(events, "KORVANTIS", std::move(legend)));
+    test.ShowAll();
+    test.canvas->taskList->SetHiddenPaths({laTask_PatternPath("t*")});
+    Resort();
+    const laItem_Line& agent = test.canvas->lanes[test.canvas->hiddenAgent];
+    ASSERT_EQ(agent.segments.size(), 1u);
+    EXPECT_EQ(agent.segments[0].t1, test.canvas->totalLength);
 }
 
 TEST_F(TaskList, NamesAreCutAtACharacterAndStandBesideTheirLanes) {

@@ -14,6 +14,7 @@
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/cursor.h"
+#include "chronoweave/traxfunc/legend_edit.h"
 #include "chronoweave/traxfunc/navigate.h"
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/view.h"
@@ -21,8 +22,10 @@
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/arrangement_store.h"
+#include "windlib/config/config_dirs.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/application_testing.h"
+#include "windlib/qt/dialog_host.h"
 #include "windlib/qt/picture_file.h"
 #include "windlib/qt/picture_view.h"
 #include "windlib/qt/platform.h"
@@ -118,6 +121,36 @@ TEST_F(Window, ZoomsAtThePointerAndScrolls) {
     wheel({x, 50}, -120, Qt::NoModifier);
     EXPECT_EQ(rows->value(), 3 * canvas().rowHeight);
     EXPECT_EQ(canvas().verticalOffset, rows->value());
+}
+
+TEST_F(Window, ADraggedScrollBarIsOneStepOfTheHistory) {
+    ASSERT_TRUE(window->load(trace));
+    auto* bar = window->findChild<QScrollBar*>("HScroll");
+    const int before = canvas().historyNewest;
+    bar->setSliderDown(true);
+    for (int place = 100; place < 1000; place += 100) bar->setValue(place);
+    EXPECT_EQ(canvas().historyNewest, before);
+    bar->setSliderDown(false);
+    EXPECT_EQ(canvas().historyNewest, before + 1);
+    bar->setValue(50);
+    EXPECT_EQ(canvas().historyNewest, before + 2) << "a click on the bar is a step of its own";
+}
+
+TEST_F(Window, WhatIsSavedOfALegendIsWhatTheNextTraceHas) {
+    config_SetUserDirectory(folder / "user");
+    ASSERT_TRUE(window->load(trace));
+    laLegend_ToggleVisible(canvas(), 0);
+    canvas().refreshInterval = 250;
+    const bool shown = canvas().legend.statuses[0].visible;
+    window->host().answer = [](const std::string&) { return true; };
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(canvas().legend.statuses[0].visible, shown);
+    EXPECT_EQ(canvas().legend.path, folder / "user/chrono_weave/korvantis.tc");
+    EXPECT_EQ(canvas().refreshInterval, 250);
+    canvas().refreshInterval = 300;
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(canvas().refreshInterval, 250) << "the file says so";
+    config_SetUserDirectory("");
 }
 
 TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
