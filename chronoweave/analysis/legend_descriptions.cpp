@@ -6,6 +6,7 @@ DialogDescription legend_Window() {
     d.title = "Legend";
     d.helpKey = "legend";
     d.menu = true;
+    d.offset = 10;
     d.items = {
         {"MenuBar", DialogKind::MenuLine, "TraxLegendMenu", "Menus"},
         {"StatusBox", DialogKind::Frame},

@@ -56,6 +56,8 @@ struct DialogDescription {
     std::string helpKey;
     bool framed = true;  // 4 pixels of inset
     bool menu = false;   // a top-level window with a menu line
+    int offset = -1;     // where a window opens at first: so far right of and below its parent's corner;
+                         // negative: where the window system puts it
     std::vector<DialogItem> items;
     // Lines of the placer, except that an item may also be written as '@' and its name. Item 0 is the window.
     std::vector<std::string> layout;

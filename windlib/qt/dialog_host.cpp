@@ -134,6 +134,8 @@ DialogModel& QtDialogHost::Open(std::unique_ptr<DialogModel> opened) {
         if (item.kind == DialogKind::MenuLine && makeMenuBar)
             if (QMenuBar* bar = makeMenuBar(model.description().name, model))
                 shown->window->setMenuBar(bar, item);
+    if (const int offset = model.description().offset; offset >= 0 && over_)
+        shown->window->move(over_->pos() + QPoint(offset, offset));
     if (settings_)
         if (const auto position = settings_->Position(positionKey(model))) {
             const WindowRectangle& at = position->absolute;

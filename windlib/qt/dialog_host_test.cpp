@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "chronoweave/dialogs/dialogs.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/settings.h"
@@ -93,6 +94,22 @@ TEST_F(Host, WindowsBearTheirNamesAndAreRemembered) {
     again.onPress = {};
     host.windowOf(again)->close();
     EXPECT_EQ(host.openWindows(), 0u);
+}
+
+TEST_F(Host, AWindowOpensByItsParentAndGrowsWithItsFont) {
+    over.move(200, 120);
+    over.show();
+    DialogDescription description = dialogs_KeySheet();
+    description.offset = 10;
+    QWidget* window = host.windowOf(host.Open(std::make_unique<DialogModel>(description)));
+    EXPECT_EQ(window->pos(), over.pos() + QPoint(10, 10));
+    const QSize before = window->size();
+    QFont font = window->font();
+    font.setPointSize(font.pointSize() * 2);
+    window->setFont(font);
+    QApplication::processEvents();
+    EXPECT_GT(window->width(), before.width() * 3 / 2);
+    EXPECT_GT(window->height(), before.height() * 5 / 4);
 }
 
 TEST_F(Host, AWindowThatClosesInsideADialogTakesItAlongAndLivesUntilThatIsOver) {

@@ -267,8 +267,9 @@ void DialogView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() != QEvent::FontChange || !layout_) return;
     layout_->setMetrics(metrics());
-    place(layout_->open());
+    const PlacerOutcome outcome = layout_->open();
     wanted_ = QSize(layout_->width(), layout_->height());
+    place(outcome);  // a new least size may resize this at once
     // A window that is as big as its items follows them; a main window stays as the user made it.
     if (qobject_cast<QMainWindow*>(window()))
         place(layout_->resize(width(), height()));
