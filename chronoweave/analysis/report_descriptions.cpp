@@ -54,6 +54,8 @@ DialogDescription report_OrderDialog() {
                {"first", DialogKind::ButtonSet, "", "What counts first", 0, {"&Number First", "&Time First"}},
                okButton,
                cancelButton};
+    d.items[1].choiceNames = {"Increasing", "Descending"};
+    d.items[2].choiceNames = {"Number_First", "Time_First"};
     LayoutLines lines;
     lines.atLeast({{"@t_prompt", 16}, {"@order,@first", 48}, {"@ok,@cancel", 32}});
     lines.least.insert(lines.least.end(), {"0,(),(),0,32,0,0,0,1,1,1,Horizontal",

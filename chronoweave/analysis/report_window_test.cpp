@@ -203,7 +203,7 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
               {"tf_tasknum", "2"}})
             EXPECT_EQ(Window().item(field).text, text);
     }
-    // A range before the trace counts from its start; an empty one is refused.
+    // A range before the trace counts from its start; one that ends before it begins is refused.
     Ask("ReportGeneral", {all_objects(),
                           [](DialogModel& d) {
                               d.type("tf_from", "3");

@@ -68,20 +68,11 @@ std::vector<DialogRow> status_rows(const Legend& legend) {
     return rows;
 }
 
-// The row that the chosen row's code resolves to. A wild card shows a code that may belong to another row;
+// The row that things of the chosen row resolve to. A wild card shows a code that may belong to another row;
 // what was chosen is what is meant.
 int32_t resolved(const Legend& legend, int kind, size_t row) {
-    if (kind == Search_Status) {
-        const int32_t found = legend.StatusIndex(legend.statuses[row].code);
-        return found >= 0 && legend.statuses[static_cast<size_t>(found)].name == legend.statuses[row].name
-                   ? found
-                   : static_cast<int32_t>(row);
-    }
-    const LegendEvent& event = legend.events[row];
-    const int32_t found = legend.EventIndex(event.type, event.subtype);
-    return found >= 0 && legend.events[static_cast<size_t>(found)].name == event.name
-               ? found
-               : static_cast<int32_t>(row);
+    return kind == Search_Status ? legend.StatusIndex(legend.statuses[row].code)
+                                 : legend.EventByName(legend.events[row].name);
 }
 
 bool take_objects(TraceFacts& facts, DialogModel& model, const TimeField& from, const TimeField& to,
@@ -106,11 +97,12 @@ bool take_objects(TraceFacts& facts, DialogModel& model, const TimeField& from, 
     return false;
 }
 
-// What a report can cover is cut to the trace, and must not be empty.
+// What a report can cover is cut to the trace. Its end is part of it: it may be one tick.
 bool fits_report(const TraceFacts& facts, SearchRequest& request) {
-    request.rangeFrom = std::clamp(request.rangeFrom, 0.0, facts.source.totalLength);
-    request.rangeTo = std::min(request.rangeTo, facts.source.totalLength);
-    return request.rangeFrom < request.rangeTo;
+    if (request.rangeFrom > request.rangeTo) return false;
+    for (double* end : {&request.rangeFrom, &request.rangeTo})
+        *end = std::clamp(*end, 0.0, facts.source.totalLength);
+    return true;
 }
 
 // What "Ok" says of the lists of a pattern, in this order; empty when all is well.

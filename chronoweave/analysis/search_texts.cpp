@@ -1,6 +1,7 @@
 #include "chronoweave/analysis/search_texts.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "chronoweave/traxfunc/canvas.h"
 #include "chronoweave/traxfunc/time.h"
@@ -82,6 +83,7 @@ std::string analysis_ObjectText(const AnalysisWords& words, uint32_t object) {
 }
 
 double analysis_ShownTime(const AnalysisWords& words, double time) {
+    if (words.ticksPerSecond > 0) return std::round(time * words.ticksPerSecond);
     return laTime_Convert(Time_Second, time, words.timeMode);
 }
 

@@ -31,6 +31,7 @@ struct AnalysisWords {
     std::string term = "Task", lowerTerm = "task";  // the object term
     int timeMode = 0;                               // unit of times shown
     std::string unit = "Second";                    // its word
+    double ticksPerSecond = 0;                      // above 0: times are shown in ticks, whatever the unit
 };
 AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names);
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names);

@@ -15,6 +15,10 @@ bool AnalysisLine::open(int& status) {
     source.progress = bar_.progress();
     names = ObjectNames(named.store(), named.separator);
     words = analysis_WordsOfLegend(named.legend, names);
+    if (line_.ticks) {
+        words.ticksPerSecond = source.ticksPerSecond;
+        words.unit = "Tick";
+    }
     if (mt_GetEventCount(named.store()) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
     status = Exit_Usage;
     return takeRange();
@@ -89,13 +93,16 @@ Json AnalysisLine::shownLength(double length) const {
     return line_.ticks ? Json(std::llround(length * source.ticksPerSecond)) : Json(length);
 }
 
+std::string AnalysisLine::shownRange(double length) const {
+    return line_.ticks ? gen_format("%lld ticks", std::llround(length * source.ticksPerSecond))
+                       : gen_format("%.9f seconds", length);
+}
+
 int AnalysisLine::finish(RowWriter& rows, bool damaged, double reached) const {
     const int status = closed(rows, named.opened);
     if (!damaged) return status;
-    return cli_Failure(line_.path +
-                       gen_format(": the store can't be read on behind %.9f seconds; the result is "
-                                  "of what stands ahead of it",
-                                  reached));
+    return cli_Failure(line_.path + ": the store can't be read on behind " + shownRange(reached) +
+                       "; the result is of what stands ahead of it");
 }
 
 void AnalysisLine::say(const std::string& message) const {

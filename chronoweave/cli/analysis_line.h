@@ -38,6 +38,8 @@ class AnalysisLine {
     // A time as the command shows it: seconds, or store ticks with --ticks; and a length.
     nlohmann::ordered_json shownTime(double time) const;
     nlohmann::ordered_json shownLength(double length) const;
+    // The same for a sentence, with its unit.
+    std::string shownRange(double length) const;
     // Closes the output and gives the exit status: that of a failure when the store could not be read on.
     int finish(RowWriter& rows, bool damaged, double reached) const;
     void say(const std::string& message) const;  // on standard error, unless quiet

@@ -202,9 +202,9 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
                   {"timePercent", percent(length > 0 ? time / length : -1)}});
     };
     rows.note(
-        gen_format("Share of %.9f seconds in which some object executes on the processor%s, and the objects "
-                   "that execute there",
-                   length, idle.empty() ? "" : ", those of --idle left out"));
+        gen_format("Share of %s in which some object executes on the processor%s, and the objects that "
+                   "execute there",
+                   analysis.shownRange(length).c_str(), idle.empty() ? "" : ", those of --idle left out"));
     for (const ProcessorLoad& load : report.processors) {
         put("processor", load.processor, nullptr, load.busy, nullptr);
         for (const ObjectTime& object : load.objects)

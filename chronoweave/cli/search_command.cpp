@@ -155,8 +155,7 @@ void put_summary(const CommandLine& line, const AnalysisLine& analysis, const Se
         const bool any = !result.rows.empty();
         summary["max"] = any ? analysis.shownLength(figures.max) : Json(nullptr);
         summary["min"] = any ? analysis.shownLength(figures.min) : Json(nullptr);
-        summary["ave"] =
-            any ? Json(figures.ave * (line.ticks ? analysis.source.ticksPerSecond : 1)) : Json(nullptr);
+        summary["ave"] = any ? analysis.shownLength(figures.ave) : Json(nullptr);
     }
     rows.row(summary);
 }

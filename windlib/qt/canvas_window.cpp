@@ -268,11 +268,17 @@ void CanvasWindow::setBusy(bool busy) {
     if (busy_ > 0 && !work_) {
         work_ = std::make_unique<LongWork>([this](double done, double total) {
             model_.setVisible("Progress", true);
-            model_.setProgress("Progress", total > 0 ? static_cast<int>(1000 * done / total) : 0, 1000);
+            const double share = total > 0 ? done / total : 0;
+            model_.setProgress("Progress", static_cast<int>(1000 * share), 1000);
+            const std::string& what = view_->canvas().fields.message;
+            model_.setMessage((what.find("...") == std::string::npos ? "Working ..." : what) +
+                              gen_format(" %d %% (Escape stops)", static_cast<int>(100 * share)));
         });
     } else if (busy_ == 0) {
         work_.reset();
-        if (model_.item("Progress").visible) model_.setVisible("Progress", false);
+        if (!model_.item("Progress").visible) return;
+        model_.setVisible("Progress", false);
+        model_.setMessage(view_->canvas().fields.message);
     }
 }
 
