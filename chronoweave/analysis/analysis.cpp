@@ -12,7 +12,7 @@ using Desk = std::shared_ptr<SearchDesk>;
 
 bool search(_LaCanvasData& canvas, const Desk& desk) {
     if (!canvas.store) {
-        laCanvas_UpdateFields(canvas, 0, "There is source file.");
+        laCanvas_Refuse(canvas, "There is source file.");
         return false;
     }
     const auto facts = std::make_shared<TraceFacts>(canvas);

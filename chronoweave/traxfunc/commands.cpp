@@ -104,7 +104,7 @@ bool scroll_page(_LaCanvasData& canvas, const Argument&) {
 }
 
 bool not_implemented(_LaCanvasData& canvas, const Argument&) {
-    laCanvas_UpdateFields(canvas, 0, "Not implemented.");
+    laCanvas_Refuse(canvas, "Not implemented.");
     return false;
 }
 bool not_supported(_LaCanvasData& canvas, const Argument& argument) {
@@ -113,7 +113,7 @@ bool not_supported(_LaCanvasData& canvas, const Argument& argument) {
     return false;
 }
 bool no_help(_LaCanvasData& canvas, const Argument&) {
-    laCanvas_UpdateFields(canvas, 0, "Sorry, on-line help is not supported.");
+    laCanvas_Refuse(canvas, "Sorry, on-line help is not supported.");
     return false;
 }
 bool no_window(_LaCanvasData& canvas, const Argument&) {

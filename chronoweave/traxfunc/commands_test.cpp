@@ -107,8 +107,8 @@ TEST_F(Commands, RefusalsSayWhy) {
         int beeps;
     };
     const Case cases[] = {
-        {"Save", true, "Not implemented.", 0},
-        {"saveas", true, "Not implemented.", 0},
+        {"Save", true, "Not implemented.", 1},
+        {"saveas", true, "Not implemented.", 1},
         {"ReportObjects", false, "No data source is loaded.", 1},
         {"ReportTask", false, "No data source is loaded.", 1},
         {"ReportGeneral", false, "No data source is loaded.", 1},
@@ -117,7 +117,7 @@ TEST_F(Commands, RefusalsSayWhy) {
         {"Legend", false, "Legend is not loaded until you open a VOREL Chronoweave source file.", 1},
         {"Legend", true, "The legend is not there yet.", 1},
         {"NewWindow", true, "Can't create new window", 1},
-        {"Help", true, "Sorry, on-line help is not supported.", 0},
+        {"Help", true, "Sorry, on-line help is not supported.", 1},
         {"CollectData", true, "Sorry, <CollectData> is not supported yet.", 1},
         {"waitingstatus", true, "Sorry, <waitingstatus> is not supported yet.", 1},
         {"ProcessData", true, "Sorry, <ProcessData> is not supported yet.", 1},

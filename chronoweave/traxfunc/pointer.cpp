@@ -94,8 +94,7 @@ bool laPointer::Release(const laPointerEvent& event) {
     } else if (dragging_ && event.button == laButton_Left) {
         // A release where the press was selects nothing between.
         if (event.x != pressX_ || canvas_.cursor[1] >= 0)
-            laCanvas_DragTo(canvas_, std::clamp(event.x, 0, std::max(0, canvas_.graph->width - 1)), event.y,
-                            event.modifiers & laModifier_Alt);
+            laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
         EndDrag();
     }
     return event.button == laButton_Right && canvas_.storeHasEvents && inside(canvas_, event) &&

@@ -173,6 +173,12 @@ TEST_F(Pointing, ClicksAndDragsSelect) {
     EXPECT_LT(canvas.cursor[0], canvas.cursor[1]);
     EXPECT_EQ(laCanvas_TimeToPixel(canvas, canvas.cursor[0], Time_Second), 300);
     EXPECT_EQ(laCanvas_TimeToPixel(canvas, canvas.cursor[1], Time_Second), 400);
+    // Let go beyond the edge, the selection reaches to it.
+    pointer.Press({400, 5});
+    pointer.Move({canvas.graph->width + 20, 9});
+    pointer.Release({canvas.graph->width + 20, 9});
+    EXPECT_EQ(canvas.cursor[1], canvas.viewHigh);
+    Click(300, 5);
     // With Shift the press only measures.
     const double before = canvas.cursor[0];
     pointer.Press({500, 5, laModifier_Shift});

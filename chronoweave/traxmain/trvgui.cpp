@@ -11,7 +11,9 @@
 #include "shared/libcxxutil/return_point.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/config_dirs.h"
+#include "windlib/config/option_file.h"
 #include "windlib/config/settings.h"
+#include "windlib/menu/menu.h"
 #include "windlib/qt/canvas_window.h"
 #include "windlib/qt/console_window.h"
 #include "windlib/qt/platform.h"
@@ -41,6 +43,18 @@ bool installsHandlers(const StartOptions& options) {
         if (debug.name == "alternative_prefixes") gen_use_alternative_prefixes(debug.on);
     }
     return install;
+}
+
+// The option file "options", where there is one: defaults of the program's options, for a site or a user.
+OptionTree siteOptions() {
+    OptionTree tree;
+    OptionFileHooks hooks;
+    hooks.findOnSystemPaths = [](const std::string& name) { return config_FindFile(name); };
+    if (const std::string file = config_FindFile("options"); !file.empty())
+        optionfile_Load(file, tree, hooks);
+    if (const std::string* fix = tree.Value("DanglingMenuResourcePtrFix"))
+        menu_Registry().danglingPtrFix = optionfile_Truth(*fix).value_or(true);
+    return tree;
 }
 
 void openFirstCanvas(const StartOptions& options, CanvasServices services) {
@@ -85,10 +99,16 @@ int trvgui_Main(int argc, char** argv) {
     }
     SettingsManager settings;
     ArrangementStore arrangements;
-    settings.Load();
-    openFirstCanvas(options, {&settings, &arrangements});
-    runLoop();
-    settings.Save();
+    settings.TakeDefaults(siteOptions());
+    if (options.defaultsOnly) {
+        openFirstCanvas(options, {});
+        runLoop();
+    } else {
+        settings.Load();
+        openFirstCanvas(options, {&settings, &arrangements});
+        runLoop();
+        settings.Save();
+    }
     gen_pop_return_point();
     console_Close();
     return 0;

@@ -211,6 +211,12 @@ bool optionfile_Load(const std::string& path, OptionTree& tree, const OptionFile
     return !loader.failed();
 }
 
+std::optional<bool> optionfile_Truth(std::string_view value) {
+    if (value == "1" || text_equal_nocase(value, "true")) return true;
+    if (value == "0" || text_equal_nocase(value, "false")) return false;
+    return std::nullopt;
+}
+
 std::string optionfile_Text(const OptionTree& tree, bool quoted) {
     std::string text;
     add_lines(tree.Root(), {}, quoted, text);

@@ -82,6 +82,9 @@ struct OptionFileHooks {
 // is in the tree all the same.
 bool optionfile_Load(const std::string& path, OptionTree& tree, const OptionFileHooks& hooks = {});
 
+// A value that says yes (1, true) or no (0, false), in any case; none for another.
+std::optional<bool> optionfile_Truth(std::string_view value);
+
 // A line "KEY=VALUE" for each node that has a value, in the order of the tree. Quoted values read back to the
 // same; the plain form is for people.
 std::string optionfile_Text(const OptionTree& tree, bool quoted);

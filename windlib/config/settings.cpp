@@ -76,9 +76,21 @@ SettingsManager::SettingsManager(std::string directory)
     : path_(path_join(directory.empty() ? config_UserDirectory() : directory, "settings")),
       store_({.wordsAreTexts = false, .sizeSuffixes = false, .goOnAfterErrors = true, .fileHook = {}}) {}
 
+void SettingsManager::TakeDefaults(const OptionTree& tree) {
+    for (const OptionName& option : optionNames) {
+        const std::string* value = tree.Value(option.name);
+        if (value == nullptr) continue;
+        if (const auto on = optionfile_Truth(*value))
+            defaults_.*option.field = *on;
+        else
+            gen_warning("the option \"%s\" can't be \"%s\"", option.name, value->c_str());
+    }
+    options = defaults_;
+}
+
 bool SettingsManager::Load() {
     store_.Clear();
-    options = {};
+    options = defaults_;
     written_.clear();
     found_ = Found::Nothing;
     std::error_code none;
@@ -148,8 +160,13 @@ bool SettingsManager::Save() {
     AttributeNode& root = store_.Root();
     root.Set(versionName, formatVersion);
     AttributeNode& node = root.MakeChild(optionsNode);
-    for (const OptionName& option : optionNames)
-        node.Set(option.name, int64_t{options.*option.field ? 1 : 0});
+    // What is as by default stays out, so that another default of the site holds.
+    for (const OptionName& option : optionNames) {
+        if (options.*option.field == defaults_.*option.field)
+            node.Remove(option.name);
+        else
+            node.Set(option.name, int64_t{options.*option.field ? 1 : 0});
+    }
     const std::string text = store_.Write(AttributeForm::Block);
     if (text == written_) return true;
     if (!path_make_directory(path_directory(path_)) || !KeepOldFile()) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "windlib/config/attribute_store.h"
+#include "windlib/config/option_file.h"
 
 struct ProgramOptions {
     bool newTrv = true;            // overlapping icons give way by free space, else by rectangles
@@ -47,6 +48,9 @@ class SettingsManager {
     // The file "settings" of the directory; empty means the user's configuration directory.
     explicit SettingsManager(std::string directory = {});
 
+    // What the options are where the file says nothing: the values of a tree (option_file.h) by the names
+    // that the file has, 0 or 1, "true" or "false". Another value is reported, and passed over. Before Load.
+    void TakeDefaults(const OptionTree& tree);
     // Takes over what the file says. No file is no fault. False when anything of it could not be used, which
     // has been reported with file and line.
     bool Load();
@@ -80,6 +84,7 @@ class SettingsManager {
     bool KeepOldFile();
 
     std::string path_;
+    ProgramOptions defaults_;
     AttributeStore store_;  // holds also what this program doesn't know, so that it is written back
     std::string written_;   // the text of the file, when it is known
     Found found_ = Found::Nothing;

@@ -12,6 +12,27 @@ WindowPosition position(int x) {
     return {1700000000, {x, -20, 300, 200}, {x - 5, -25, 300, 200}};
 }
 
+TEST_F(Settings, ASiteGivesOtherDefaults) {
+    OptionTree site;
+    site.Set("Kernel", "1");
+    site.Set("Prefetch", "FALSE");
+    site.Set("Snap", "perhaps");
+    SettingsManager first(folder_);
+    first.TakeDefaults(site);
+    EXPECT_NE(messages_.find("\"Snap\" can't be \"perhaps\""), std::string::npos);
+    EXPECT_TRUE(first.Load());
+    EXPECT_TRUE(first.options.kernel && first.options.cursorsSnap && !first.options.prefetch);
+    first.options.kernel = false;
+    EXPECT_TRUE(first.Save());
+    SettingsManager second(folder_);
+    second.TakeDefaults(site);
+    EXPECT_TRUE(second.Load());
+    EXPECT_FALSE(second.options.kernel) << "the user's word goes first";
+    SettingsManager without(folder_);
+    EXPECT_TRUE(without.Load());
+    EXPECT_EQ(without.options, ProgramOptions{}) << "only what was changed is kept";
+}
+
 TEST_F(Settings, ComeBackAsTheyWereLeft) {
     SettingsManager first(folder_);
     EXPECT_TRUE(first.Load());  // there is no file

@@ -78,13 +78,11 @@ class RowScanner {
     void SkipSpace() {
         while (at_ < text_.size() && is_space(text_[at_])) ++at_;
     }
-    // Up to the next single quote, which a backslash keeps from ending it; none when there is no such.
+    // Up to the next single quote; none when there is no such.
     std::optional<std::string_view> Quoted() {
         const size_t start = at_;
         for (size_t at = at_ + 1; at < text_.size(); ++at) {
-            if (text_[at] == '\\') {
-                ++at;
-            } else if (text_[at] == '\'' && Structural(at)) {
+            if (text_[at] == '\'' && Structural(at)) {
                 at_ = at + 1;
                 return text_.substr(start + 1, at - start - 1);
             } else if (text_[at] == '}' && Structural(at)) {
@@ -128,12 +126,12 @@ std::string menu_Quote(std::string_view label) {
     const bool separatorLike = label == "-";
     for (const char c : label) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte < ' ' || byte >= 0x7F || c == '{' || c == '}' || separatorLike) {
+        if (byte < ' ' || byte >= 0x7F || c == '{' || c == '}' || c == '\'' || separatorLike) {
             quoted.push_back('\\');
             for (const int shift : {6, 3, 0})
                 quoted.push_back(static_cast<char>('0' + ((byte >> shift) & 7)));
         } else {
-            if (c == '\\' || c == '\'' || c == '"') quoted.push_back('\\');
+            if (c == '\\' || c == '"') quoted.push_back('\\');
             quoted.push_back(c);
         }
     }

@@ -212,7 +212,7 @@ void CanvasWindow::fillUpperFloor() {
     upper.manual = [this](const std::string& entry) { return manual_Open(entry, this); };
     commands["Help"] = [this](const std::string&) {
         if (manual_Open("start", this)) return true;
-        say("Sorry, on-line help is not supported.");
+        laCanvas_Refuse(view_->canvas(), "Sorry, on-line help is not supported.");
         return false;
     };
     commands["ReadOn"] = [this](const std::string&) { return readOn(); };

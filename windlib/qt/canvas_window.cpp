@@ -37,6 +37,7 @@
 namespace {
 
 constexpr const char* positionKey = "Trvgui.Canvas";
+constexpr qint64 messageStands = 3000;  // milliseconds for which the pointer leaves a message alone
 
 std::vector<CanvasWindow*>& windows() {
     static std::vector<CanvasWindow*> open;
@@ -209,6 +210,8 @@ void CanvasWindow::connectItems() {
     connect(horizontal_, &QScrollBar::sliderReleased, this, [&canvas] { laScroll_Release(canvas); });
     follow(vertical_, graph.vertical);
     connect(view_, &PictureView::barsChanged, this, [this] { syncBars(); });
+    connect(view_, &PictureView::hovered, this,
+            [this](const QString& text) { showHover(text.toStdString()); });
     connect(view_, &PictureView::fileDropped, this,
             [this](const QString& path) { load(path.toStdString()); });
     canvas.fieldsChanged = [this] { showFields(); };
@@ -246,6 +249,12 @@ void CanvasWindow::say(const std::string& text) {
     laCanvas_UpdateFields(view_->canvas(), 0, text.c_str());
 }
 
+// The place of the pointer gives way to what was just said, and to nothing when the pointer leaves.
+void CanvasWindow::showHover(const std::string& text) {
+    if (saidSince_.isValid() && saidSince_.elapsed() < messageStands) return;
+    model_.setMessage(text.empty() ? view_->canvas().fields.message : text);
+}
+
 void CanvasWindow::showFields() {
     if (!dialog_) return;
     const LaCanvasFields& fields = view_->canvas().fields;
@@ -259,6 +268,10 @@ void CanvasWindow::showFields() {
         if (model_.item(name).text != *text) model_.setText(name, *text);
     if (model_.item("TotalLength").title != fields.totalLengthTitle)
         model_.setItemTitle("TotalLength", fields.totalLengthTitle);
+    if (said_ != fields.message) {
+        said_ = fields.message;
+        if (said_.find_first_not_of(' ') != std::string::npos) saidSince_.start();
+    }
     if (model_.message() != fields.message) model_.setMessage(fields.message);
 }
 
@@ -301,7 +314,8 @@ bool CanvasWindow::load(const std::string& name) {
     OpenedSource opened = import_OpenSource(name, options);
     std::string losses = lossesOf(opened.counts);
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
-    const bool shown = opened.store && showStore(opened, name);
+    std::string configureSaid;
+    const bool shown = opened.store && showStore(opened, name, configureSaid);
     if (shown) {
         overview_->rebuild();
         growing_ = std::move(opened.growing);
@@ -311,7 +325,8 @@ bool CanvasWindow::load(const std::string& name) {
     setBusy(false);
     loading_ = false;
     std::string message = opened.inCache ? "The store is " + opened.base + ".trs" : "";
-    if (!losses.empty()) message += (message.empty() ? "" : "; ") + losses;
+    for (const std::string& more : {losses, configureSaid})
+        if (!more.empty()) message += (message.empty() ? "" : "; ") + more;
     if (shown) {
         say(message);
         restoreArrangement();
@@ -339,10 +354,13 @@ bool CanvasWindow::readOn() {
     return why.empty();
 }
 
-bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name) {
+bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std::string& said) {
     Legend legend;
     ConfigureCallbacks callbacks = configure_ConsoleCallbacks();
-    callbacks.message = [this](const std::string& text) { say(text); };
+    callbacks.message = [&](const std::string& text) {
+        say(text);
+        said = text;
+    };
     callbacks.attention = platform_Beep;
     callbacks.errorDialog = [&](const std::string& text) {
         opened.error += opened.error.empty() ? text : "\n" + text;

@@ -2,6 +2,7 @@
 // message line with the progress of long work, loading, and what the user arranged with each trace.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <memory>
 #include <optional>
@@ -90,7 +91,9 @@ class CanvasWindow : public QMainWindow {
     void syncBars();
     void showButtons();
     void showFields();
-    bool showStore(struct OpenedSource& opened, const std::string& name);
+    void showHover(const std::string& text);
+    // said: takes what the reading of the configure file said.
+    bool showStore(struct OpenedSource& opened, const std::string& name, std::string& said);
     bool readOn();
     void setBusy(bool busy);  // long work begins and ends; calls nest
     void restoreArrangement();
@@ -120,6 +123,8 @@ class CanvasWindow : public QMainWindow {
     MenuView* menus_ = nullptr;
     EventDock* events_ = nullptr;
     std::vector<laButtonState> buttons_;
+    std::string said_;  // last on the message line, but for the place of the pointer
+    QElapsedTimer saidSince_;
     bool menusStale_ = false;             // they are renewed soon
     std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas
 };

@@ -18,6 +18,7 @@
 #include <array>
 
 #include "shared/libcxxutil/paths.h"
+#include "windlib/qt/platform.h"
 
 namespace {
 
@@ -101,7 +102,9 @@ class F1Filter : public QObject {
             menu->close();
             return manual_Open(manual_PageOf("TraxMenuBarHelp", ""), QApplication::activeWindow());
         }
-        if (!manual_OpenFor(static_cast<QWidget*>(watched))) QApplication::beep();
+        auto* widget = static_cast<QWidget*>(watched);
+        if (!manual_OpenFor(widget))
+            platform_MessageBox(widget->window(), "Sorry, on-line help is not supported.");
         return true;
     }
 };

@@ -10,7 +10,6 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
-#include <QToolTip>
 #include <cmath>
 #include <utility>
 
@@ -450,13 +449,6 @@ std::string MslView::tipAt(QPoint at) const {
 bool MslView::viewportEvent(QEvent* event) {
     if (listAlive_.expired() || event->type() != QEvent::ToolTip) return QTableView::viewportEvent(event);
     const auto* help = static_cast<QHelpEvent*>(event);
-    const QString tip = QString::fromStdString(tipAt(help->pos()));
-    if (tip.isEmpty())
-        QToolTip::hideText();
-    else  // as it stands, not as markup
-        QToolTip::showText(
-            help->globalPos(),
-            QStringLiteral("<p style='white-space:pre'>") + tip.toHtmlEscaped() + QStringLiteral("</p>"),
-            this);
+    platform_ShowTip(help->globalPos(), tipAt(help->pos()), this);
     return true;
 }

@@ -1,13 +1,13 @@
 // The name column of the canvas on screen: pointer, keyboard, menu, and the divider that sizes it.
 #include <QContextMenuEvent>
 #include <QKeyEvent>
-#include <QToolTip>
 #include <optional>
 
 #include "chronoweave/traxfunc/context_menu.h"
 #include "chronoweave/traxfunc/names.h"
 #include "chronoweave/traxfunc/time.h"
 #include "windlib/qt/picture_view.h"
+#include "windlib/qt/platform.h"
 
 namespace {
 
@@ -77,7 +77,7 @@ bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
             if (!laNames_Click(*canvas_, at.x(), y, clicks, control, shift)) laNames_ClearSelection(*canvas_);
         });
         const std::string tip = laNames_Tip(*canvas_, y);
-        QToolTip::showText(event.globalPosition().toPoint(), QString::fromStdString(tip), this);
+        platform_ShowTip(event.globalPosition().toPoint(), tip, this);
         held_ = Held::Names;
     }
     return true;

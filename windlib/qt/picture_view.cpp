@@ -4,7 +4,6 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
-#include <QToolTip>
 #include <cmath>
 
 #include "chronoweave/analysis/detail_walk.h"
@@ -54,12 +53,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     graph_.warpPointer = [this](int x, int y) {
         QCursor::setPos(mapToGlobal(QPoint(x + picture_.graphLeft, y + picture_.graphTop)));
     };
-    graph_.showTip = [this](const std::string& text) {
-        if (text.empty())
-            QToolTip::hideText();
-        else
-            QToolTip::showText(QCursor::pos(), QString::fromStdString(text), this);
-    };
+    graph_.showTip = [this](const std::string& text) { platform_ShowTip(QCursor::pos(), text, this); };
     canvas_ = laCanvas_Create(graph_, 0);
     canvas_->upper.draw = [this](const std::function<void()>& work) { draw(work); };
     pointer_ = std::make_unique<laPointer>(*canvas_);
@@ -319,8 +313,13 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
         draw([&] { pointer_->Move(pointerEvent(*event, 1)); });
         followDrag();
     } else if (canvas_->storeHasEvents && at.x() >= 0 && at.x() < picture_.graphWidth) {
-        laCanvas_UpdateFields(*canvas_, 0, laCanvas_HoverText(*canvas_, at.x()).c_str());
+        Q_EMIT hovered(QString::fromStdString(laCanvas_HoverText(*canvas_, at.x())));
     }
+}
+
+void PictureView::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    Q_EMIT hovered({});
 }
 
 void PictureView::mouseReleaseEvent(QMouseEvent* event) {
@@ -363,7 +362,7 @@ bool PictureView::event(QEvent* event) {
         text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
     else if (at.x() >= 0 && canvas_->storeHasEvents)
         text = laPointer_Tip(*canvas_, at.x(), at.y());
-    QToolTip::showText(help->globalPos(), QString::fromStdString(text), this);
+    platform_ShowTip(help->globalPos(), text, this);
     return true;
 }
 

@@ -34,6 +34,8 @@ class PictureView : public QWidget {
 
   Q_SIGNALS:
     void barsChanged();
+    // What the message line says while the pointer stands there; empty when it left.
+    void hovered(const QString& text);
     void fileDropped(const QString& path);
 
   protected:
@@ -45,6 +47,7 @@ class PictureView : public QWidget {
     void keyReleaseEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;

@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QTimer>
+#include <QToolTip>
 
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
@@ -64,6 +65,14 @@ void platform_SetDark(bool dark) {
     set = dark;
     // An empty palette takes the desktop's colours back.
     QApplication::setPalette(dark ? darkPalette() : QPalette());
+}
+
+void platform_ShowTip(const QPoint& at, const std::string& text, QWidget* over) {
+    if (text.empty()) return QToolTip::hideText();
+    QToolTip::showText(at,
+                       QStringLiteral("<p style='white-space:pre'>") +
+                           QString::fromStdString(text).toHtmlEscaped() + QStringLiteral("</p>"),
+                       over);
 }
 
 void platform_Beep() {

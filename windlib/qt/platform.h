@@ -7,6 +7,7 @@
 #include <string>
 
 class QApplication;
+class QPoint;
 class QWidget;
 
 // The application object, with the style and the icon of the program. Owns argv's lifetime needs.
@@ -18,6 +19,9 @@ void platform_Wait(std::chrono::milliseconds longest);
 
 // Dark colours for all windows, or those of the desktop.
 void platform_SetDark(bool dark);
+
+// A tip at a point of the screen, its text as it stands and not as markup; an empty one takes the tip away.
+void platform_ShowTip(const QPoint& at, const std::string& text, QWidget* over);
 
 void platform_Beep();
 // The pointer's busy look; nests.
