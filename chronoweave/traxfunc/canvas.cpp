@@ -15,7 +15,14 @@ namespace {
 
 constexpr int thickestLine = 1000;  // pixels; keeps a damaged legend from overflowing the geometry
 
-void look_up_icons(_LaCanvasData& canvas) {
+void tell_missing(const _LaCanvasData& canvas, const LegendEvent& event) {
+    gen_console("Can't find icon <%s> required by the legend event <%s>, \nuse <help> icon instead!\n",
+                event.iconName.c_str(), event.name.c_str());
+    laCanvas_Beep(canvas);
+}
+
+// With tell, icons that are not there are reported.
+void look_up_icons(_LaCanvasData& canvas, bool tell) {
     const IconHandle help = icon_Find("help");
     canvas.eventLooks.clear();
     canvas.anyImportantEvent = false;
@@ -24,11 +31,8 @@ void look_up_icons(_LaCanvasData& canvas) {
         if (!event.isCategory() && !event.iconName.empty()) {
             look.icon = icon_Find(event.iconName);
             if (look.icon == NoIcon) {
-                gen_console(
-                    "Can't find icon <%s> required by the legend event <%s>, \nuse <help> icon instead!\n",
-                    event.iconName.c_str(), event.name.c_str());
                 look.icon = help;
-                laCanvas_Beep(canvas);
+                if (tell) tell_missing(canvas, event);
             }
             look.width = icon_Width(look.icon);
             look.height = icon_Height(look.icon);
@@ -69,6 +73,13 @@ void compute_extents(_LaCanvasData& canvas) {
         if (look.shown && !look.isContextSwitch)
             canvas.maxLineThickness = std::max(canvas.maxLineThickness, look.thickness);
     }
+}
+
+bool take_looks(_LaCanvasData& canvas, bool tell) {
+    look_up_icons(canvas, tell);
+    make_status_looks(canvas);
+    compute_extents(canvas);
+    return laCanvas_UpdateRowHeight(canvas);
 }
 
 void take_settings(_LaCanvasData& canvas) {
@@ -174,15 +185,12 @@ bool laCanvas_LoadLegend(_LaCanvasData& canvas, Legend legend) {
         return false;
     canvas.legend = std::move(legend);
     take_settings(canvas);
-    laCanvas_LegendTouched(canvas);
+    take_looks(canvas, true);
     return true;
 }
 
 bool laCanvas_LegendTouched(_LaCanvasData& canvas) {
-    look_up_icons(canvas);
-    make_status_looks(canvas);
-    compute_extents(canvas);
-    return laCanvas_UpdateRowHeight(canvas);
+    return take_looks(canvas, false);
 }
 
 bool laCanvas_UpdateRowHeight(_LaCanvasData& canvas) {

@@ -135,11 +135,16 @@ bool CanvasWindow::setOptions(const std::optional<ProgramOptions>& wanted) {
 void CanvasWindow::closeSource() {
     laLegend_OfferSave(view_->canvas());
     keepArrangement();
-    source_.clear();
-    growing_.reset();
-    view_->canvas().upper.sourceGrows = false;
     view_->draw([&] { laCanvas_CloseSource(view_->canvas()); });
+    showNoSource();
+}
+
+// The canvas is empty; so is all that stands about it.
+void CanvasWindow::showNoSource() {
+    source_.clear();
+    endGrowing();
     setWindowTitle(QString::fromStdString(title_));
+    setWindowIconText(QString::fromStdString(title_));
     overview_->rebuild();
     view_->layOutAndPaint();
 }

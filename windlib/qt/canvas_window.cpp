@@ -23,6 +23,7 @@
 #include "chronoweave/traxfunc/session.h"
 #include "chronoweave/traxfunc/time.h"
 #include "chronoweave/traxfunc/view.h"
+#include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/config/arrangement_store.h"
@@ -72,7 +73,7 @@ laSourceIdentity identityOf(const std::string& path, const _LaCanvasData& canvas
 std::string fileOf(const std::string& name) {
     std::error_code none;
     const bool base = !std::filesystem::exists(name, none);
-    return std::filesystem::absolute(base ? name + ".trs" : name, none).string();
+    return std::filesystem::absolute(base ? name + ".trs" : name, none).lexically_normal().string();
 }
 
 }  // namespace
@@ -303,14 +304,15 @@ bool CanvasWindow::load(const std::string& name) {
     }
     keepArrangement();
     loading_ = true;
-    say(gen_format("Loading data from file \"%s\" ...", name.c_str()));
+    const std::string loadingText = gen_format("Loading data from file \"%s\" ...", name.c_str());
+    say(loadingText);
     setBusy(true);
     ImportOptions options;
     options.progress = view_->canvas().progress;
     options.keepGrowing = true;
     // A store has one writer: the file is made anew, and who showed it shows what it has.
     for (CanvasWindow* window : windows())
-        if (window->source_ == fileOf(name)) window->growing_.reset();
+        if (window->source_ == fileOf(name)) window->endGrowing();
     OpenedSource opened = import_OpenSource(name, options);
     std::string losses = lossesOf(opened.counts);
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
@@ -333,8 +335,18 @@ bool CanvasWindow::load(const std::string& name) {
         if (services_.settings) services_.settings->AddRecent(source_);
         showButtons();
     }
-    if (!opened.error.empty()) platform_MessageBox(this, opened.error);
+    if (!shown && view_->canvas().fields.message == loadingText) say("");
+    if (!opened.error.empty()) {
+        gen_console("%s\n", opened.error.c_str());
+        platform_MessageBox(this, opened.error);
+    }
     return shown;
+}
+
+void CanvasWindow::endGrowing() {
+    growing_.reset();
+    view_->canvas().upper.sourceGrows = false;
+    showButtons();
 }
 
 // What the target has logged since goes into the store and into the view.
@@ -380,8 +392,11 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std:
     if (shown) {
         source_ = fileOf(name);
         setWindowTitle(QString::fromStdString(canvas.canvasName));
+        setWindowIconText(QString::fromStdString(canvas.shortName));
+        view_->layOutAndPaint();
+    } else {
+        showNoSource();
     }
-    view_->layOutAndPaint();
     return shown;
 }
 
@@ -429,11 +444,19 @@ void CanvasWindow::closeEvent(QCloseEvent* event) {
 }
 
 void CanvasWindow::chooseAndLoad() {
-    const _LaCanvasData& canvas = view_->canvas();
-    QString name = QFileDialog::getOpenFileName(this, QStringLiteral("Read From?"),
-                                                QString::fromStdString(canvas.sourcePath),
-                                                QStringLiteral("Traces (*.trr *.trs *.core);;All files (*)"));
-    if (name.isEmpty()) return;
+    QFileDialog dialog(this, QStringLiteral("Read From?"));
+    dialog.setNameFilters({QStringLiteral("Raw event files (*.trr)"),
+                           QStringLiteral("Stores and core files (*.trs *.core)"),
+                           QStringLiteral("All files (*)")});
+    dialog.setFileMode(QFileDialog::AnyFile);  // a store may be given by its base name
+    dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Read"));
+    std::string last = source_;
+    if (last.empty() && services_.settings && !services_.settings->Recent().empty())
+        last = services_.settings->Recent().front();
+    if (!last.empty()) dialog.setDirectory(QString::fromStdString(path_directory(last)));
+    if (!source_.empty()) dialog.selectFile(QString::fromStdString(source_));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+    QString name = dialog.selectedFiles().constFirst();
     if (QFileInfo(name).suffix().isEmpty()) name += QStringLiteral(".trs");
     load(name.toStdString());
 }

@@ -101,6 +101,8 @@ class CanvasWindow : public QMainWindow {
     void say(const std::string& text);
     void openDialog(std::unique_ptr<DialogModel> model);
     void closeSource();
+    void showNoSource();
+    void endGrowing();
     bool openFile(const std::string& name);
     bool chooseCommand();
 

@@ -159,8 +159,20 @@ TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
     EXPECT_FALSE(window->load(folder / "none.TRR"));
     EXPECT_NE(said.find("Cannot open file."), std::string::npos) << said;
     EXPECT_NE(said.find("Can't open VOREL Chronoweave source file"), std::string::npos) << said;
+    EXPECT_EQ(window->message(), "") << "nothing is being loaded any more";
     EXPECT_FALSE(window->load(""));
     EXPECT_EQ(window->message(), "Invalid file name.");
+    // A clock that stands still can't be shown: the window is empty, not half of what it was.
+    ASSERT_TRUE(window->load(folder / "./run.trr"));
+    EXPECT_EQ(CanvasWindow::find(trace), window.get()) << "however its path is written";
+    std::string bytes;
+    ASSERT_TRUE(file_read_whole(trace, bytes));
+    bytes.replace(16, 4, std::string(4, '\0'));
+    std::ofstream(folder / "still.trr", std::ios::binary) << bytes;
+    EXPECT_FALSE(window->load(folder / "still.trr"));
+    EXPECT_EQ(window->windowTitle().toStdString().find("run.trr"), std::string::npos);
+    EXPECT_FALSE(canvas().upper.sourceGrows);
+    EXPECT_FALSE(CanvasWindow::find(trace));
     gen_set_report_sink({});
     EXPECT_TRUE(window->load(trace));
     window->resize(700, 400);
