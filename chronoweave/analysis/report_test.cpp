@@ -159,7 +159,8 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     ASSERT_EQ(rows.size(), legend_.statuses.size() + 2 + legend_.events.size());
     EXPECT_EQ(rows[3].texts,
               (std::array<std::string, 5>{"Status Running", "1", "50.0%", "0.020000", "66.7%"}));
-    EXPECT_EQ(rows[3].colour, 0x400000u);
+    EXPECT_EQ(report_BarColour(legend_, rows[3].colourOf), 0x400000u);
+    EXPECT_EQ(report_BarColour(legend_, -1), NoColour);
     EXPECT_EQ(rows[8].kind, ReportRowKind::Empty);
     EXPECT_EQ(rows[9].texts, (std::array<std::string, 5>{"ContextSwitch", "1", "", "0.000000", ""}));
     EXPECT_EQ(rows[11].kind, ReportRowKind::Empty);

@@ -31,17 +31,13 @@ std::string capitalised(std::string term) {
     return term;
 }
 
-Colour colour_of(const LegendStatus& status) {
-    return colour_From16(status.red, status.green, status.blue);
-}
-
 ReportRow status_row(const AnalysisWords& words, const LegendStatistics& statistics, size_t at,
                      bool oneObject) {
     const LegendStatus& status = words.legend->statuses[at];
     ReportRow row;
     row.row = static_cast<int32_t>(at);
     row.kind = status.isContextSwitch ? ReportRowKind::Switch : ReportRowKind::Status;
-    row.colour = colour_of(status);
+    row.colourOf = static_cast<int32_t>(at);
     row.texts[0] = status.isContextSwitch ? status.name : "Status " + status.name;
     row.texts[1] = count_text(statistics.statusCounts[at]);
     row.texts[3] = shown_time(words, statistics.statusTimes[at]);
@@ -74,6 +70,12 @@ int report_BarWidth(double fraction) {
 
 std::string report_BarText(double fraction) {
     return fraction > 0 ? gen_format("%2.1f%%", 100 * fraction) : std::string();
+}
+
+Colour report_BarColour(const Legend& legend, int32_t status) {
+    if (status < 0 || static_cast<size_t>(status) >= legend.statuses.size()) return NoColour;
+    const LegendStatus& row = legend.statuses[static_cast<size_t>(status)];
+    return colour_From16(row.red, row.green, row.blue);
 }
 
 std::string report_WindowTitle(const std::string& canvasTitle) {
@@ -159,16 +161,12 @@ std::string report_ChosenTypeName(int kind) {
 
 std::vector<ReportRow> report_ChosenRows(const AnalysisWords& words, const ChosenReport& report) {
     const SearchRequest& request = report.request;
-    Colour colour = NoColour;
-    if (request.kind == Search_Status && request.target >= 0 &&
-        static_cast<size_t>(request.target) < words.legend->statuses.size())
-        colour = colour_of(words.legend->statuses[static_cast<size_t>(request.target)]);
     std::vector<ReportRow> rows;
     for (const ObjectFigures* figures : report.sorted) {
         ReportRow row;
         row.kind = ReportRowKind::Object;
         row.object = figures->object;
-        row.colour = colour;
+        row.colourOf = request.kind == Search_Status ? request.target : -1;
         const std::string* name = words.names->find(figures->object);
         row.texts[0] = words.term + gen_format(" 0x%x", figures->object);
         if (name) row.texts[0] += " (" + *name + ')';

@@ -19,13 +19,15 @@ struct ReportRow {
     std::array<std::string, 5> texts;
     double countFraction = -1,
            timeFraction = -1;  // of the bars; negative: there is none, or nothing to share
-    Colour colour = NoColour;  // of the bars; NoColour: the window's default
+    int32_t colourOf = -1;     // status whose colour the bars have; negative: the window's default
 };
 
 // The bar of a fraction: width in pixels, 0 for none; and the text right of it.
 constexpr int report_BarHeight = 9, report_BarLeft = 1, report_BarGap = 3;
 int report_BarWidth(double fraction);
 std::string report_BarText(double fraction);
+// The colour of a status as it is now; NoColour for no status.
+Colour report_BarColour(const Legend& legend, int32_t status);
 
 // The window of the all-objects and one-object reports.
 std::string report_WindowTitle(const std::string& canvasTitle);

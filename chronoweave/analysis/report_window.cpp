@@ -19,8 +19,8 @@ constexpr int widestBar = 100;
 struct BarTable {
     struct Row {
         std::vector<std::string> texts;
-        std::vector<double> shares;  // by column; negative: no bar
-        Colour colour = NoColour;
+        std::vector<double> shares;        // by column; negative: no bar
+        int32_t colourOf = -1;             // status whose colour the bars have as they are drawn
         uint64_t order = 0;                // of the first column
         std::vector<double> numbers = {};  // that the other columns sort by; empty: the rows don't sort
     };
@@ -33,12 +33,12 @@ BarTable::Row row_of(const ReportRow& row) {
     BarTable::Row made;
     for (const std::string& text : row.texts) made.texts.push_back(text_utf8(text));
     made.shares = {-1, -1, row.countFraction, -1, row.timeFraction};
-    made.colour = row.colour;
+    made.colourOf = row.colourOf;
     return made;
 }
 
-// Puts a table into a list, which keeps it.
-void fill(DialogModel& model, const char* name, BarTable filled) {
+// Puts a table into a list, which keeps it. The legend is the canvas's and outlives its windows.
+void fill(DialogModel& model, const char* name, const Legend& legend, BarTable filled) {
     const auto table = std::make_shared<BarTable>(std::move(filled));
     MScrollList& list = model.list(name);
     const auto columns = static_cast<int>(table->titles.size());
@@ -64,9 +64,11 @@ void fill(DialogModel& model, const char* name, BarTable filled) {
             list.SetNumberKey(column, [table, at](uint64_t id) { return table->rows[id].numbers[at]; });
     }
     for (const int column : table->barColumns) list.SetOwnerDrawn(column, true);
-    list.drawCell = [table, &list](Surface& surface, int x, int y, int, int h, int row, int column, bool) {
+    list.drawCell = [table, &list, &legend](Surface& surface, int x, int y, int, int h, int row, int column,
+                                            bool) {
         const BarTable::Row& drawn = table->rows[static_cast<size_t>(list.RowId(row))];
-        report_DrawBar(surface, x, y, h, drawn.shares[static_cast<size_t>(column)], drawn.colour);
+        report_DrawBar(surface, x, y, h, drawn.shares[static_cast<size_t>(column)],
+                       report_BarColour(legend, drawn.colourOf));
     };
     // Bars need a fixed room: that of a full bar and the widest text.
     list.viewResized = [table, &list](int) {
@@ -104,7 +106,7 @@ BarTable load_table(const AnalysisWords& words, const LoadReport& load) {
 
 void show_load(DialogModel& model, const AnalysisWords& words, const LoadReport& load, bool idleLeftOut) {
     model.setText("t_load", report_LoadTitle(words, idleLeftOut));
-    fill(model, "load", load_table(words, load));
+    fill(model, "load", *words.legend, load_table(words, load));
 }
 
 std::string title_of(const TraceFacts& facts) {
@@ -214,7 +216,7 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     table.barColumns = {2, 4};
     for (const ReportRow& row : report_Rows(words, statistics, object.has_value()))
         table.rows.push_back(row_of(row));
-    fill(*model, "Status", std::move(table));
+    fill(*model, "Status", *words.legend, std::move(table));
     show_load(*model, words, load, !idle.empty());
     open(facts, std::move(model), "Status");
     tell_end(*facts, statistics.stopped || load.stopped, statistics.damaged, statistics.rangeTo);
@@ -236,7 +238,7 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
     if (!good(*facts, outcome)) return;
     auto model = std::make_unique<DialogModel>(report_ChosenWindow());
     set_fields(*model, *facts, report);
-    fill(*model, "list", chosen_table(facts->words, report));
+    fill(*model, "list", *facts->words.legend, chosen_table(facts->words, report));
     show_load(*model, facts->words, load, !idle.empty());
     open(facts, std::move(model), "list");
     tell_end(*facts, report.stopped || load.stopped, report.damaged, report.rangeTo);
