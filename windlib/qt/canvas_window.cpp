@@ -18,6 +18,7 @@
 #include "chronoweave/traxfunc/commands.h"
 #include "chronoweave/traxfunc/cursor.h"
 #include "chronoweave/traxfunc/fields.h"
+#include "chronoweave/traxfunc/history.h"
 #include "chronoweave/traxfunc/legend_save.h"
 #include "chronoweave/traxfunc/scroll.h"
 #include "chronoweave/traxfunc/session.h"
@@ -332,6 +333,7 @@ bool CanvasWindow::load(const std::string& name) {
     if (shown) {
         say(message);
         restoreArrangement();
+        laHistory_Add(view_->canvas());  // so that one comes back to the first picture
         if (services_.settings) services_.settings->AddRecent(source_);
         showButtons();
     }

@@ -127,6 +127,7 @@ TEST_F(Window, ADraggedScrollBarIsOneStepOfTheHistory) {
     ASSERT_TRUE(window->load(trace));
     auto* bar = window->findChild<QScrollBar*>("HScroll");
     const int before = canvas().historyNewest;
+    EXPECT_EQ(before, 0) << "the first picture";
     bar->setSliderDown(true);
     for (int place = 100; place < 1000; place += 100) bar->setValue(place);
     EXPECT_EQ(canvas().historyNewest, before);
