@@ -3,10 +3,10 @@
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
-#include "chronoweave/traxfunc/draw.h"
-#include "chronoweave/traxfunc/fetch.h"
-#include "chronoweave/traxfunc/layout.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/fetch/fetch.h"
 #include "windlib/lagraph/recording_surface.h"
 #ifdef CW_BENCH_QT
 #include "windlib/qt/picture_file.h"
@@ -23,16 +23,16 @@ struct View {
 // The first million events of the canvas's trace, or all there are.
 View first_view(_LaCanvasData& canvas) {
     View view;
-    view.events = std::min(view_events, mt_GetEventCount(*canvas.store));
-    view.end = mt_GetTimeRange(*canvas.store).end;
+    view.events = std::min(view_events, mt_GetEventCount(*canvas.source.store));
+    view.end = mt_GetTimeRange(*canvas.source.store).end;
     EventWalk walk;
     EventRecord event;
     // A walk that would begin at a checkpoint begins behind it.
     const uint32_t behind =
-        view.events + (view.events % mt_GetCheckpointInterval(*canvas.store) == 0 ? 1 : 0);
-    if (mt_StartWalkBySequence(*canvas.store, behind, 1, nullptr, walk) && mt_NextEvent(walk, event))
+        view.events + (view.events % mt_GetCheckpointInterval(*canvas.source.store) == 0 ? 1 : 0);
+    if (mt_StartWalkBySequence(*canvas.source.store, behind, 1, nullptr, walk) && mt_NextEvent(walk, event))
         view.end = event.time;
-    view.high = static_cast<double>(view.end - canvas.baseTick) / canvas.ticksPerSecond;
+    view.high = static_cast<double>(view.end - canvas.source.baseTick) / canvas.source.ticksPerSecond;
     return view;
 }
 
@@ -48,15 +48,16 @@ Outcome fetch_view(const BenchPlace& place, const BenchInput& input) {
     };
     const auto baseline = [&] {
         uint64_t bytes = 0;
-        mt_VisitEventsInTimeRange(*canvas->store, 0, view.end, nullptr, [&bytes](const EventRecord& event) {
-            bytes += event.extra.size();
-            return true;
-        });
+        mt_VisitEventsInTimeRange(*canvas->source.store, 0, view.end, nullptr,
+                                  [&bytes](const EventRecord& event) {
+                                      bytes += event.extra.size();
+                                      return true;
+                                  });
         good = bytes > 0 && good;
     };
     const Turns turns =
         measure_Turns({.count = 9, .least = 0.02, .clock = Clock::Processor}, {}, subject, baseline);
-    if (!good || canvas->bitmaps.size() + 1000 < view.events)
+    if (!good || canvas->items.bitmaps.size() + 1000 < view.events)
         return outcome_OfTrouble("the fetch is not whole");
     Outcome outcome;
     outcome.turns = turns;
@@ -73,11 +74,12 @@ Outcome view_memory(const BenchPlace& place, const BenchInput& input) {
     if (!canvas) return outcome_OfTrouble("the trace can't be shown");
     const View view = first_view(*canvas);
     if (!laCanvas_FetchRange(*canvas, 0, view.high)) return outcome_OfTrouble("the fetch failed");
-    size_t bytes = canvas->lanes.bytes() + canvas->bitmaps.bytes() + canvas->ctxLines.bytes();
-    for (uint32_t lane = 0; lane < canvas->lanes.size(); ++lane)
-        bytes += canvas->lanes[lane].segments.capacity() * sizeof(LaLnSeg);
+    size_t bytes =
+        canvas->items.lanes.bytes() + canvas->items.bitmaps.bytes() + canvas->items.ctxLines.bytes();
+    for (uint32_t lane = 0; lane < canvas->items.lanes.size(); ++lane)
+        bytes += canvas->items.lanes[lane].segments.capacity() * sizeof(LaLnSeg);
     Outcome outcome;
-    outcome.value = static_cast<double>(bytes) / canvas->bitmaps.size();
+    outcome.value = static_cast<double>(bytes) / canvas->items.bitmaps.size();
     outcome.unit = "bytes/event";
     outcome.limit = Outcome::AtMost;
     outcome.bound = 100;
@@ -92,7 +94,7 @@ Outcome repaint(const BenchPlace& place) {
         graph.surface = &surface;
         graph.font = surface.fontMetrics(Font_Application);
         const auto canvas = input_Canvas(place, place.hundredTasks, graph, view_width, view_height);
-        if (!canvas || !laCanvas_ShowRange(*canvas, 0, canvas->totalLength, true, true)) return;
+        if (!canvas || !laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, true, true)) return;
         const auto subject = [&] { laCanvas_Repaint(*canvas); };
         const auto baseline = [&] { surface.clearRect(0, 0, view_width, view_height); };
         outcome = {};

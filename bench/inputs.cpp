@@ -10,8 +10,8 @@
 #include "bench/generate.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/session.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/paths.h"
 
 namespace {
@@ -105,7 +105,7 @@ std::unique_ptr<_LaCanvasData> input_Canvas(const BenchPlace& place, const std::
         return nullptr;
     auto canvas = laCanvas_Create(graph, 0);
     laCanvas_Resized(*canvas, width, height);
-    canvas->prefetch = false;
+    canvas->options.prefetch = false;
     if (!laCanvas_SetUpFromStore(*canvas, std::move(store), std::move(legend), file)) return nullptr;
     return canvas;
 }

@@ -2,11 +2,11 @@
 // thousand objects. Processor time, each against clearing the same pixels.
 #include "bench/inputs.h"
 #include "bench/measure.h"
-#include "chronoweave/traxfunc/commands.h"
-#include "chronoweave/traxfunc/layout.h"
-#include "chronoweave/traxfunc/navigate.h"
-#include "chronoweave/traxfunc/task_list.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 
 namespace {
 
@@ -39,9 +39,9 @@ Outcome step_cost(const BenchPlace& place, const std::string& trace, const Step&
 // A view of so many events in the middle of the trace.
 Step view_of(double events) {
     return [events](_LaCanvasData& canvas) {
-        const double length = canvas.totalLength * events / mt_GetEventCount(*canvas.store);
-        const double low = std::max(0.0, canvas.totalLength / 2 - length / 2);
-        laCanvas_ShowRange(canvas, low, std::min(low + length, canvas.totalLength), true, true);
+        const double length = canvas.source.totalLength * events / mt_GetEventCount(*canvas.source.store);
+        const double low = std::max(0.0, canvas.source.totalLength / 2 - length / 2);
+        laCanvas_ShowRange(canvas, low, std::min(low + length, canvas.source.totalLength), true, true);
     };
 }
 
@@ -52,7 +52,8 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
         // There and back, so that the fetched range is never left.
         auto forward = std::make_shared<bool>(true);
         const auto prepare = [](_LaCanvasData& canvas) {
-            canvas.prefetch = true;  // as in the program; otherwise each step leaves the fetched range
+            canvas.options.prefetch =
+                true;  // as in the program; otherwise each step leaves the fetched range
             view_of(20'000)(canvas);
         };
         return step_cost(
@@ -81,9 +82,10 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
         return step_cost(
             place, place.thousandTasks, whole,
             [](_LaCanvasData& canvas) {
-                canvas.taskList->SetHiddenPaths({laTask_PatternPath("task1*"), laTask_PatternPath("*7")});
+                canvas.list.taskList->SetHiddenPaths(
+                    {laTask_PatternPath("task1*"), laTask_PatternPath("*7")});
                 laCanvas_Resort(canvas);
-                canvas.taskList->SetHiddenPaths({});
+                canvas.list.taskList->SetHiddenPaths({});
                 laCanvas_Resort(canvas);
             },
             100);  // hides and shows: two of 50 ms
@@ -92,7 +94,7 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
         return step_cost(
             place, place.thousandTasks, whole,
             [](_LaCanvasData& canvas) {
-                canvas.sortAscending = !canvas.sortAscending;
+                canvas.list.sortAscending = !canvas.list.sortAscending;
                 laCanvas_Resort(canvas);
             },
             50);

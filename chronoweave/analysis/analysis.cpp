@@ -4,14 +4,14 @@
 #include "chronoweave/analysis/report_window.h"
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/analysis/search_window.h"
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 
 namespace {
 
 using Desk = std::shared_ptr<SearchDesk>;
 
 bool search(_LaCanvasData& canvas, const Desk& desk) {
-    if (!canvas.store) {
+    if (!canvas.source.store) {
         laCanvas_Refuse(canvas, "There is source file.");
         return false;
     }
@@ -21,7 +21,7 @@ bool search(_LaCanvasData& canvas, const Desk& desk) {
 }
 
 bool search_interval(_LaCanvasData& canvas, const Desk& desk) {
-    if (!canvas.store) return false;
+    if (!canvas.source.store) return false;
     const auto facts = std::make_shared<TraceFacts>(canvas);
     if (auto request = search_AskInterval(*facts)) search_RunAndShow(desk, facts, std::move(*request));
     return true;
@@ -29,7 +29,7 @@ bool search_interval(_LaCanvasData& canvas, const Desk& desk) {
 
 template <bool (*show)(const std::shared_ptr<TraceFacts>&)>
 bool report(_LaCanvasData& canvas) {
-    if (!canvas.store) {
+    if (!canvas.source.store) {
         laCanvas_Refuse(canvas, "No data source is loaded.");
         return false;
     }
@@ -56,8 +56,8 @@ bool report_general(const std::shared_ptr<TraceFacts>& facts) {
 void analysis_Attach(_LaCanvasData& canvas) {
     const auto desk = std::make_shared<SearchDesk>();
     const auto add = [&canvas](const char* name, std::function<bool()> work) {
-        canvas.upper.commands[name] = [&canvas, work = std::move(work)](const std::string&) {
-            return canvas.host != nullptr && work();
+        canvas.calls.upper.commands[name] = [&canvas, work = std::move(work)](const std::string&) {
+            return canvas.calls.host != nullptr && work();
         };
     };
     add("Search", [&canvas, desk] { return search(canvas, desk); });

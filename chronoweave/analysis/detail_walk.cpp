@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "chronoweave/analysis/search.h"
-#include "chronoweave/traxfunc/cursor.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/cursor.h"
 
 namespace {
 
@@ -127,13 +127,13 @@ std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const Detai
 }  // namespace
 
 DetailStatus detail_StatusOf(const _LaCanvasData& canvas, const laItemRef& item) {
-    return stretch_at(canvas.lanes[item.lane], item.index);
+    return stretch_at(canvas.items.lanes[item.lane], item.index);
 }
 
 DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
-    const laItem_Bitmap& item = canvas.bitmaps[static_cast<uint32_t>(icon)];
+    const laItem_Bitmap& item = canvas.items.bitmaps[static_cast<uint32_t>(icon)];
     return {item.time,
-            item.lane == laNoLane ? laAgentId : canvas.lanes[item.lane].objectId,
+            item.lane == laNoLane ? laAgentId : canvas.items.lanes[item.lane].objectId,
             laItem_StoreSequence(canvas, item),
             item.event,
             item.type,
@@ -141,31 +141,32 @@ DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
 }
 
 DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line) {
-    const laItem_Ctx& item = canvas.ctxLines[static_cast<uint32_t>(line)];
+    const laItem_Ctx& item = canvas.items.ctxLines[static_cast<uint32_t>(line)];
     uint32_t first = static_cast<uint32_t>(line);
-    while (first > 0 && same(canvas.ctxLines[first - 1].t0, item.t0)) --first;
-    return {item.t0, canvas.lanes[item.fromLane].objectId, canvas.lanes[item.toLane].objectId, item.status,
-            static_cast<uint32_t>(line) - first};
+    while (first > 0 && same(canvas.items.ctxLines[first - 1].t0, item.t0)) --first;
+    return {item.t0, canvas.items.lanes[item.fromLane].objectId, canvas.items.lanes[item.toLane].objectId,
+            item.status, static_cast<uint32_t>(line) - first};
 }
 
 std::optional<size_t> detail_FindIcon(const _LaCanvasData& canvas, uint32_t sequence) {
     uint32_t first = 0;
-    for (uint32_t end = canvas.bitmaps.size(); first < end;) {
+    for (uint32_t end = canvas.items.bitmaps.size(); first < end;) {
         const uint32_t middle = first + (end - first) / 2;
-        if (laItem_StoreSequence(canvas, canvas.bitmaps[middle]) < sequence)
+        if (laItem_StoreSequence(canvas, canvas.items.bitmaps[middle]) < sequence)
             first = middle + 1;
         else
             end = middle;
     }
-    if (first == canvas.bitmaps.size() || laItem_StoreSequence(canvas, canvas.bitmaps[first]) != sequence)
+    if (first == canvas.items.bitmaps.size() ||
+        laItem_StoreSequence(canvas, canvas.items.bitmaps[first]) != sequence)
         return std::nullopt;
     return first;
 }
 
 void detail_MoveCursor(_LaCanvasData& canvas, double time, uint32_t object) {
     laCanvas_Reveal(canvas, time, object);
-    const bool selection =
-        canvas.cursor[0] >= 0 && canvas.cursor[1] >= 0 && canvas.cursor[0] != canvas.cursor[1];
+    const bool selection = canvas.marks.cursor[0] >= 0 && canvas.marks.cursor[1] >= 0 &&
+                           canvas.marks.cursor[0] != canvas.marks.cursor[1];
     if (!selection) laCanvas_ClearCursors(canvas);
     laCanvas_MoveCursor(canvas, 0, time);
 }
@@ -214,7 +215,7 @@ class EventSeeker {
           like_(like),
           sameEvent_(sameEvent),
           sameObject_(sameObject),
-          count_(canvas.store ? mt_GetEventCount(*canvas.store) : 0) {}
+          count_(canvas.source.store ? mt_GetEventCount(*canvas.source.store) : 0) {}
 
     // The first that fits behind a sequence number, and the last ahead of one.
     std::optional<DetailEvent> Behind(uint32_t sequence) {
@@ -278,7 +279,7 @@ std::optional<DetailEvent> detail_StepEvent(_LaCanvasData& canvas, const DetailE
     uint32_t reached = from.sequence;
     auto at = detail_FindIcon(canvas, from.sequence);
     if (at && same(detail_EventOf(canvas, *at).time, from.time)) {
-        while (forward ? *at + 1 < canvas.bitmaps.size() : *at > 0) {
+        while (forward ? *at + 1 < canvas.items.bitmaps.size() : *at > 0) {
             at = forward ? *at + 1 : *at - 1;
             const DetailEvent one = detail_EventOf(canvas, *at);
             reached = one.sequence;
@@ -287,7 +288,7 @@ std::optional<DetailEvent> detail_StepEvent(_LaCanvasData& canvas, const DetailE
             return one;
         }
     }
-    if (!canvas.store) return std::nullopt;
+    if (!canvas.source.store) return std::nullopt;
     std::optional<DetailEvent> found;
     {
         const Busy busy(canvas);
@@ -303,9 +304,9 @@ namespace {
 // Two objects may take turns several times at one instant: then the ordinal tells.
 std::optional<size_t> find_switch(const _LaCanvasData& canvas, const DetailSwitch& wanted) {
     std::optional<size_t> found;
-    for (uint32_t i = 0; i < canvas.ctxLines.size() && canvas.ctxLines[i].t0 <= wanted.time + sameInstant;
-         ++i) {
-        if (!same(canvas.ctxLines[i].t0, wanted.time)) continue;
+    for (uint32_t i = 0;
+         i < canvas.items.ctxLines.size() && canvas.items.ctxLines[i].t0 <= wanted.time + sameInstant; ++i) {
+        if (!same(canvas.items.ctxLines[i].t0, wanted.time)) continue;
         const DetailSwitch one = detail_SwitchOf(canvas, i);
         if (one.fromObject != wanted.fromObject || one.toObject != wanted.toObject) continue;
         if (one.ordinal == wanted.ordinal) return i;
@@ -315,15 +316,16 @@ std::optional<size_t> find_switch(const _LaCanvasData& canvas, const DetailSwitc
 }
 
 std::optional<size_t> neighbour(const _LaCanvasData& canvas, size_t place, bool forward) {
-    if (forward ? place + 1 >= canvas.ctxLines.size() : place == 0) return std::nullopt;
+    if (forward ? place + 1 >= canvas.items.ctxLines.size() : place == 0) return std::nullopt;
     return forward ? place + 1 : place - 1;
 }
 
 // The first switch (backward the last) of the list at a time.
 std::optional<size_t> switch_at(const _LaCanvasData& canvas, double time, bool forward) {
     std::optional<size_t> found;
-    for (uint32_t i = 0; i < canvas.ctxLines.size() && canvas.ctxLines[i].t0 <= time + sameInstant; ++i) {
-        if (!same(canvas.ctxLines[i].t0, time)) continue;
+    for (uint32_t i = 0;
+         i < canvas.items.ctxLines.size() && canvas.items.ctxLines[i].t0 <= time + sameInstant; ++i) {
+        if (!same(canvas.items.ctxLines[i].t0, time)) continue;
         found = i;
         if (forward) break;
     }
@@ -334,7 +336,7 @@ std::optional<size_t> switch_at(const _LaCanvasData& canvas, double time, bool f
 std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const DetailSwitch& from, bool forward) {
     AnalysisSource source = analysis_SourceOfCanvas(canvas);
     if (source.store == nullptr) return std::nullopt;
-    StoreStep step{Search_Switch, canvas.legend.contextSwitchStatus, from.time, from.fromObject, false,
+    StoreStep step{Search_Switch, canvas.looks.legend.contextSwitchStatus, from.time, from.fromObject, false,
                    forward};
     for (int tries = 0; tries < mostSteps; ++tries) {
         SearchRow row;
@@ -348,7 +350,8 @@ std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const Detai
         if (const auto found = switch_at(canvas, row.timeA, forward)) return detail_SwitchOf(canvas, *found);
         // An object that is seen to run for the first time takes over from itself: that is no switch.
         if (row.objectA != row.objectB && row.timeA > sameInstant)
-            return DetailSwitch{row.timeA, row.objectA, row.objectB, canvas.legend.contextSwitchStatus, 0};
+            return DetailSwitch{row.timeA, row.objectA, row.objectB, canvas.looks.legend.contextSwitchStatus,
+                                0};
         step.time = row.timeA;
     }
     return std::nullopt;
@@ -358,7 +361,7 @@ std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const Detai
 
 std::optional<DetailSwitch> detail_StepSwitch(_LaCanvasData& canvas, const DetailSwitch& from, bool forward) {
     auto present = find_switch(canvas, from);
-    if (!present && canvas.store) {
+    if (!present && canvas.source.store) {
         // Those of one instant are told apart by the list alone.
         detail_MoveCursor(canvas, from.time, from.fromObject);
         present = find_switch(canvas, from);

@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "chronoweave/analysis/search_source.h"
-#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/model/canvas.h"
 
 // A stretch of an object in one status; times in the time base.
 struct DetailStatus {
@@ -35,7 +35,7 @@ struct DetailSwitch {
 DetailStatus detail_StatusOf(const _LaCanvasData& canvas, const laItemRef& item);
 DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon);
 DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line);
-// Place in canvas.bitmaps of an event by its number in the store; none while it is not there.
+// Place in canvas.items.bitmaps of an event by its number in the store; none while it is not there.
 std::optional<size_t> detail_FindIcon(const _LaCanvasData& canvas, uint32_t sequence);
 
 // Puts the first cursor on a time and brings that, and the object's row, into view. A selection keeps its

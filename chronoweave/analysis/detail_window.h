@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/model/canvas.h"
 #include "windlib/dialog/host.h"
 
 class DetailWindow {
@@ -40,11 +40,11 @@ Window& detail_Open(_LaCanvasData& canvas, DialogDescription description, const 
     auto window = std::make_shared<Window>(canvas, model, std::forward<More>(more)...);
     model.onPress = [window](const std::string& name) { window->Press(name); };
     model.onClose = [&canvas, &model](int) {
-        std::erase(canvas.viewWindows, &model);
-        if (canvas.buttonsChanged) canvas.buttonsChanged();
+        std::erase(canvas.calls.viewWindows, &model);
+        if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
     };
-    canvas.viewWindows.push_back(&model);
-    canvas.host->Open(std::move(made));
-    if (canvas.buttonsChanged) canvas.buttonsChanged();
+    canvas.calls.viewWindows.push_back(&model);
+    canvas.calls.host->Open(std::move(made));
+    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
     return *window;
 }

@@ -3,9 +3,9 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/detail_window.h"
 #include "chronoweave/analysis/object_tree.h"
-#include "chronoweave/traxfunc/task_list.h"
-#include "chronoweave/traxfunc/time.h"
-#include "chronoweave/traxfunc/tips.h"
+#include "chronoweave/traxfunc/input/tips.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -62,7 +62,9 @@ class StatusDetail : public DetailWindow {
         else
             Refuse("Status " + text_utf8(Row().name) + " is invisible.");
     }
-    const LegendStatus& Row() const { return canvas_.legend.statuses[static_cast<size_t>(status_.status)]; }
+    const LegendStatus& Row() const {
+        return canvas_.looks.legend.statuses[static_cast<size_t>(status_.status)];
+    }
 
     DetailStatus status_;
 };
@@ -90,7 +92,7 @@ class EventDetail : public DetailWindow {
   private:
     // The event as an icon; its place among the canvas's own may be gone.
     laItem_Bitmap Icon() const {
-        return {event_.time,  laNoLane,    event_.sequence - canvas_.firstSequence,
+        return {event_.time,  laNoLane,    event_.sequence - canvas_.items.firstSequence,
                 event_.event, event_.type, event_.subtype};
     }
     void Fill() {
@@ -103,7 +105,7 @@ class EventDetail : public DetailWindow {
     }
     void Go() {
         laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, event_.time, event_.object); });
-        const LegendEvent& row = canvas_.legend.events[static_cast<size_t>(event_.event)];
+        const LegendEvent& row = canvas_.looks.legend.events[static_cast<size_t>(event_.event)];
         if (row.visibility() != 0)
             Say("");
         else
@@ -140,7 +142,7 @@ class SwitchDetail : public DetailWindow {
     void Go() {
         laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, switch_.time, switch_.fromObject); });
         const auto row = static_cast<size_t>(switch_.status);
-        if (row < canvas_.legend.statuses.size() && canvas_.legend.statuses[row].visible)
+        if (row < canvas_.looks.legend.statuses.size() && canvas_.looks.legend.statuses[row].visible)
             Say("");
         else
             Refuse("Context switch is invisible.");
@@ -164,16 +166,16 @@ class ObjectDetail : public DetailWindow {
             Enable(at);
             return Refuse(noMoreTasks);
         }
-        object_ = canvas_.lanes[next].objectId;
+        object_ = canvas_.items.lanes[next].objectId;
         Say("");
         Fill();
     }
 
   private:
     uint32_t Neighbour(uint32_t at, bool forward) const {
-        while (forward ? at + 1 < canvas_.lanes.size() : at > 0) {
+        while (forward ? at + 1 < canvas_.items.lanes.size() : at > 0) {
             at = forward ? at + 1 : at - 1;
-            if (!canvas_.lanes[at].isAgent) return at;
+            if (!canvas_.items.lanes[at].isAgent) return at;
         }
         return laNoLane;
     }
@@ -187,9 +189,9 @@ class ObjectDetail : public DetailWindow {
         if (!lane) return;
         model_.setText("tf_id", gen_format("0x%x", object_));
         model_.setText("tf_name", lane->hasName ? text_utf8(laTask_WithoutFake(lane->name))
-                                                : canvas_.objectTerm + gen_format(" 0x%x", object_));
+                                                : canvas_.list.objectTerm + gen_format(" 0x%x", object_));
         model_.setText("tf_priority", object_PriorityText(lane->priority));
-        model_.setTitle(canvas_.objectTerm + " " + model_.item("tf_name").text);
+        model_.setTitle(canvas_.list.objectTerm + " " + model_.item("tf_name").text);
         Enable(at);
     }
 
@@ -204,15 +206,15 @@ std::string numbered(const char* kind, int& number, const _LaCanvasData& canvas)
 
 void open_detail(_LaCanvasData& canvas, const laItemRef& item) {
     static int statuses = 1, events = 1, switches = 1;
-    if (canvas.host == nullptr) return;
-    const std::string& term = canvas.objectTerm;
+    if (canvas.calls.host == nullptr) return;
+    const std::string& term = canvas.list.objectTerm;
     switch (item.itype) {
         case laItemType_Line:
             detail_Open<StatusDetail>(canvas, detail_StatusWindow(term), numbered("S", statuses, canvas),
                                       detail_StatusOf(canvas, item));
             return;
         case laItemType_Bitmap:
-            detail_Open<EventDetail>(canvas, detail_EventWindow(term, canvas.osKind != Os_ThreadX),
+            detail_Open<EventDetail>(canvas, detail_EventWindow(term, canvas.source.osKind != Os_ThreadX),
                                      numbered("E", events, canvas), detail_EventOf(canvas, item.index));
             return;
         case laItemType_Ctx:
@@ -238,9 +240,9 @@ void DetailWindow::Refuse(const std::string& message) {
 
 std::string DetailWindow::ObjectText(uint32_t object) const {
     const std::string id = gen_format("0x%x", object);
-    const uint32_t at = canvas_.laneIndex.find(object);
-    if (at == laNoLane || !canvas_.lanes[at].hasName) return id;
-    return id + " (" + text_utf8(laTask_WithoutFake(canvas_.lanes[at].name)) + ")";
+    const uint32_t at = canvas_.items.laneIndex.find(object);
+    if (at == laNoLane || !canvas_.items.lanes[at].hasName) return id;
+    return id + " (" + text_utf8(laTask_WithoutFake(canvas_.items.lanes[at].name)) + ")";
 }
 
 std::string DetailWindow::TimeText(double time) const {
@@ -248,17 +250,18 @@ std::string DetailWindow::TimeText(double time) const {
 }
 
 std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed) {
-    return canvas.canvasName.empty() ? unnamed : canvas.canvasName;
+    return canvas.source.canvasName.empty() ? unnamed : canvas.source.canvasName;
 }
 
 void detail_OpenTask(_LaCanvasData& canvas, uint32_t objectId) {
-    if (canvas.host == nullptr) return;
+    if (canvas.calls.host == nullptr) return;
     const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
     if (lane == nullptr || lane->isAgent) return laCanvas_Refuse(canvas, taskGone);
-    detail_Open<ObjectDetail>(canvas, detail_TaskWindow(canvas.objectTerm), canvas.objectTerm, objectId);
+    detail_Open<ObjectDetail>(canvas, detail_TaskWindow(canvas.list.objectTerm), canvas.list.objectTerm,
+                              objectId);
 }
 
 void detail_Attach(_LaCanvasData& canvas) {
-    canvas.openDetail = [&canvas](const laItemRef& item) { open_detail(canvas, item); };
-    canvas.openInfo = [&canvas](uint32_t objectId) { object_OpenInfo(canvas, objectId); };
+    canvas.calls.openDetail = [&canvas](const laItemRef& item) { open_detail(canvas, item); };
+    canvas.calls.openInfo = [&canvas](uint32_t objectId) { object_OpenInfo(canvas, objectId); };
 }

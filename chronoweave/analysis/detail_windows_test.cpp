@@ -5,9 +5,9 @@
 #include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
-#include "chronoweave/traxfunc/canvas_testing.h"
-#include "chronoweave/traxfunc/commands.h"
-#include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -18,7 +18,7 @@ class DetailTest : public testing::Test {
   protected:
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
-        canvas.host = &host;
+        canvas.calls.host = &host;
         detail_Attach(canvas);
     }
     void TearDown() override { gen_set_console_sink({}); }
@@ -34,11 +34,12 @@ class DetailTest : public testing::Test {
     void OpenStatus(uint32_t object, double time) {
         uint32_t at = laNoLane;
         ASSERT_TRUE(laCanvas_FindLane(canvas, object, &at));
-        for (size_t i = 0; i < canvas.lanes[at].segments.size(); ++i)
-            if (canvas.lanes[at].segments[i].t0 == time) return canvas.openDetail({laItemType_Line, at, i});
+        for (size_t i = 0; i < canvas.items.lanes[at].segments.size(); ++i)
+            if (canvas.items.lanes[at].segments[i].t0 == time)
+                return canvas.calls.openDetail({laItemType_Line, at, i});
         FAIL() << "no stretch at " << time;
     }
-    void OpenEvent(size_t icon) { canvas.openDetail({laItemType_Bitmap, 0, icon}); }
+    void OpenEvent(size_t icon) { canvas.calls.openDetail({laItemType_Bitmap, 0, icon}); }
 
     RecordingHost host;
     TestCanvas test;
@@ -68,15 +69,15 @@ TEST_F(DetailTest, AStatusWindowSaysWhatTheStretchIs) {
     OpenStatus(0x400, 2.0);
     const std::string title = Window().title();
     EXPECT_EQ(title.substr(0, 4), "S-W ");
-    EXPECT_NE(title.find(" for '" + canvas.canvasName + "'"), std::string::npos);
+    EXPECT_NE(title.find(" for '" + canvas.source.canvasName + "'"), std::string::npos);
     EXPECT_EQ(Text("tf_status"), "Pend");
     EXPECT_EQ(Text("tf_taskid"), "0x400 (pump)");
     EXPECT_EQ(Text("tf_ftime"), "2 Second");
     EXPECT_EQ(Text("tf_ttime"), "3 Second");
     EXPECT_EQ(Text("tf_length"), "1 Second");
     EXPECT_EQ(Window().item("t_taskid").text, "Task ID");
-    EXPECT_EQ(canvas.viewWindows, std::vector<DialogModel*>{&Window()});
-    canvas.timeMode = Time_Millisecond;
+    EXPECT_EQ(canvas.calls.viewWindows, std::vector<DialogModel*>{&Window()});
+    canvas.axis.timeMode = Time_Millisecond;
     OpenStatus(0x800, 2.0);
     EXPECT_EQ(Text("tf_taskid"), "0x800");
     EXPECT_EQ(Text("tf_ftime"), "2000 Millisecond");
@@ -86,7 +87,7 @@ TEST_F(DetailTest, AStatusWindowSaysWhatTheStretchIs) {
     EXPECT_NE(Window().title(), title);
     laCanvas_CloseViews(canvas);
     EXPECT_TRUE(host.windows[0]->isClosed() && host.windows[1]->isClosed());
-    EXPECT_TRUE(canvas.viewWindows.empty());
+    EXPECT_TRUE(canvas.calls.viewWindows.empty());
 }
 
 TEST_F(DetailTest, StatusWalks) {
@@ -96,15 +97,15 @@ TEST_F(DetailTest, StatusWalks) {
     } rows[] = {{"g_next", 2, 3},  {"g_prev", 3, 2},  {"s_next", 0, 3},  {"s_prev", 3, 0}, {"g_next", 4, 5},
                 {"g_next", 5, -1}, {"s_next", 3, -1}, {"s_prev", 2, -1}, {"g_prev", 2, 0}, {"g_prev", 0, -1}};
     Open(status_trace());
-    for (const double length : {canvas.totalLength, 0.4}) {
+    for (const double length : {canvas.source.totalLength, 0.4}) {
         for (const auto& row : rows) {
             test.ShowAll();
             OpenStatus(0x400, row.from);
             // A short view ahead of the walk leaves the stretch out of what is loaded, or cut at its edges.
-            canvas.prefetch = false;
+            canvas.options.prefetch = false;
             laCanvas_ClearItems(canvas);
-            canvas.cachedLow = canvas.cachedHigh = 0;
-            canvas.viewHigh = canvas.viewLow;
+            canvas.items.cachedLow = canvas.items.cachedHigh = 0;
+            canvas.view.viewHigh = canvas.view.viewLow;
             laCanvas_ShowRange(canvas, length < 1 ? 5.5 : 0, length < 1 ? 5.9 : length, false, true);
             const int beeps = test.beeps;
             ASSERT_TRUE(Press(row.button));
@@ -116,7 +117,7 @@ TEST_F(DetailTest, StatusWalks) {
             EXPECT_EQ(test.message(), row.to < 0 ? "No more required object." : "") << what;
             EXPECT_EQ(Window().message(), test.message());
             EXPECT_EQ(test.beeps - beeps, row.to < 0 ? 1 : 0) << what;
-            EXPECT_TRUE(row.to < 0 || canvas.cursor[0] == row.to) << what;
+            EXPECT_TRUE(row.to < 0 || canvas.marks.cursor[0] == row.to) << what;
         }
     }
 }
@@ -127,10 +128,10 @@ TEST_F(DetailTest, GoMovesTheCursorAndSaysWhatIsInvisible) {
     OpenStatus(0x400, 4.0);
     Press("g_next");
     EXPECT_EQ(Text("tf_status"), "EvWait") << "an invisible status can be walked to";
-    canvas.cursor[0] = -100;
+    canvas.marks.cursor[0] = -100;
     Press("bt_go");
-    EXPECT_EQ(canvas.cursor[0], 5.0);
-    EXPECT_LT(canvas.cursor[1], 0) << "no selection comes of it";
+    EXPECT_EQ(canvas.marks.cursor[0], 5.0);
+    EXPECT_LT(canvas.marks.cursor[1], 0) << "no selection comes of it";
     EXPECT_EQ(test.message(), "Status EvWait is invisible.");
     EXPECT_EQ(test.beeps, 1);
     Press("g_prev");
@@ -187,7 +188,7 @@ TEST_F(DetailTest, AnEventWindowShowsNameCodesAndText) {
     EXPECT_EQ(Text("tf_taskid"), "0x800");
     Press("bt_go");
     EXPECT_EQ(test.message(), "Event Exact is invisible.");
-    EXPECT_EQ(canvas.cursor[0], 0.5);
+    EXPECT_EQ(canvas.marks.cursor[0], 0.5);
     Press("s_next");
     EXPECT_EQ(test.message(), "No more required object.");
     Press("g_prev");
@@ -199,7 +200,7 @@ TEST_F(DetailTest, AnEventWindowShowsNameCodesAndText) {
     EXPECT_FALSE(Window().choose("gotos", gotoDebugger));
     EXPECT_TRUE(Window().choose("gotos", gotoCanvas));
     host.windows.clear();
-    canvas.viewWindows.clear();
+    canvas.calls.viewWindows.clear();
     Open({user(0, 0x400, 1)}, "ThreadX");
     OpenEvent(0);
     EXPECT_EQ(Window().item("gotos").choices.size(), 1u);
@@ -215,13 +216,13 @@ TEST_F(DetailTest, EventWalksVisitWhatAPlainListHolds) {
             int32_t event;
         };
         std::vector<Plain> all;
-        for (uint32_t i = 0; i < canvas.bitmaps.size(); ++i) {
+        for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i) {
             const DetailEvent one = detail_EventOf(canvas, i);
             all.push_back({one.sequence, one.object, one.event});
         }
         ASSERT_EQ(all.size(), events.size());
         const DetailEvent first = detail_EventOf(canvas, 0);
-        canvas.prefetch = false;
+        canvas.options.prefetch = false;
         for (const bool sameEvent : {false, true})
             for (const bool sameObject : {false, true}) {
                 std::vector<uint32_t> expected, seen, back;
@@ -229,14 +230,14 @@ TEST_F(DetailTest, EventWalksVisitWhatAPlainListHolds) {
                     if ((!sameEvent || one.event == first.event) &&
                         (!sameObject || one.object == first.object))
                         expected.push_back(one.sequence);
-                laCanvas_ShowRange(canvas, 0, canvas.totalLength / 50, false, true);
+                laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 50, false, true);
                 auto at = std::optional(first);
                 DetailEvent last = first;
                 for (; at && seen.size() <= all.size();
                      at = detail_StepEvent(canvas, last, sameEvent, sameObject, true)) {
                     last = *at;
                     seen.push_back(last.sequence);
-                    EXPECT_TRUE(seen.size() == 1 || canvas.cursor[0] == last.time);
+                    EXPECT_TRUE(seen.size() == 1 || canvas.marks.cursor[0] == last.time);
                 }
                 for (at = last; at && back.size() <= all.size();
                      at = detail_StepEvent(canvas, last, sameEvent, sameObject, false)) {
@@ -254,12 +255,12 @@ TEST_F(DetailTest, StatusWalksVisitAllStretches) {
     for (unsigned seed = 11; seed <= 13; ++seed) {
         Open(random_events(seed, 500));
         std::vector<DetailStatus> stretches;
-        for (uint32_t i = 0; i < canvas.lanes.size(); ++i)
-            for (size_t s = 0; s < canvas.lanes[i].segments.size(); ++s)
-                if (canvas.lanes[i].segments[s].t1 > canvas.lanes[i].segments[s].t0)
+        for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
+            for (size_t s = 0; s < canvas.items.lanes[i].segments.size(); ++s)
+                if (canvas.items.lanes[i].segments[s].t1 > canvas.items.lanes[i].segments[s].t0)
                     stretches.push_back(detail_StatusOf(canvas, {laItemType_Line, i, s}));
-        canvas.prefetch = false;
-        laCanvas_ShowRange(canvas, 0, canvas.totalLength / 20, false, true);
+        canvas.options.prefetch = false;
+        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 20, false, true);
         for (size_t i = 0; i + 1 < stretches.size(); ++i) {
             if (stretches[i].object != stretches[i + 1].object) continue;
             for (const bool forward : {true, false}) {
@@ -296,10 +297,10 @@ TEST_F(DetailTest, SwitchWalksVisitAllSwitches) {
     for (unsigned seed = 1; seed <= 4; ++seed) {
         Open(switching(seed, 150));
         std::vector<DetailSwitch> all;
-        for (size_t i = 0; i < canvas.ctxLines.size(); ++i) all.push_back(detail_SwitchOf(canvas, i));
+        for (size_t i = 0; i < canvas.items.ctxLines.size(); ++i) all.push_back(detail_SwitchOf(canvas, i));
         ASSERT_GT(all.size(), 60u);
-        canvas.prefetch = false;
-        laCanvas_ShowRange(canvas, 0, canvas.totalLength / 10, false, true);
+        canvas.options.prefetch = false;
+        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 10, false, true);
         const auto key = [](const DetailSwitch& one) {
             return gen_format("%.4f %x %x", one.time, one.fromObject, one.toObject);
         };
@@ -324,7 +325,7 @@ TEST_F(DetailTest, SwitchWalksVisitAllSwitches) {
 
 TEST_F(DetailTest, ASwitchWindow) {
     Open(switching(9, 40));
-    canvas.openDetail({laItemType_Ctx, laNoLane, 3});
+    canvas.calls.openDetail({laItemType_Ctx, laNoLane, 3});
     const DetailSwitch shown = detail_SwitchOf(canvas, 3), next = detail_SwitchOf(canvas, 4);
     EXPECT_EQ(Window().title().substr(0, 5), "CS-W ");
     EXPECT_EQ(Text("tf_ftaskid"), gen_format("0x%x", shown.fromObject));
@@ -332,8 +333,8 @@ TEST_F(DetailTest, ASwitchWindow) {
     EXPECT_EQ(Text("tf_ftime"), Text("tf_ttime"));
     Press("next");
     EXPECT_EQ(Text("tf_ttaskid"), gen_format("0x%x", next.toObject));
-    EXPECT_EQ(canvas.cursor[0], next.time);
-    for (LegendStatus& status : canvas.legend.statuses) status.visible = false;
+    EXPECT_EQ(canvas.marks.cursor[0], next.time);
+    for (LegendStatus& status : canvas.looks.legend.statuses) status.visible = false;
     Press("bt_goto");
     EXPECT_EQ(test.message(), "Context switch is invisible.");
 }
@@ -373,7 +374,7 @@ TEST_F(DetailTest, TheInfoWindowShowsTheRelatives) {
     Open({name_event(0, 0x400, "plant@north@pump"), name_event(1, 0x800, "plant@north@valve"),
           name_event(2, 0xC00, "plant@south"), name_event(3, 0x1000, "other")});
     laCanvas_Resort(canvas);
-    canvas.openInfo(0x800);
+    canvas.calls.openInfo(0x800);
     const std::string start = "Task Info Window 0x";
     EXPECT_EQ(Window().title().substr(0, start.size()), start);
     const MScrollList& list = Window().list("list");
@@ -390,9 +391,9 @@ TEST_F(DetailTest, TheInfoWindowShowsTheRelatives) {
     Window().activate("list", 2);
     EXPECT_EQ(Text("tf_name"), "plant@south") << "the window about the object";
     const size_t open = host.windows.size();
-    canvas.openInfo(0x5400);
-    canvas.timeMode = Time_Tick;
-    canvas.openInfo(0x800);
+    canvas.calls.openInfo(0x5400);
+    canvas.axis.timeMode = Time_Tick;
+    canvas.calls.openInfo(0x800);
     EXPECT_EQ(host.windows.size(), open);
 }
 

@@ -4,9 +4,9 @@
 
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/import/extra_format.h"
-#include "chronoweave/traxfunc/task_list.h"
-#include "chronoweave/traxfunc/time.h"
-#include "chronoweave/traxfunc/tips.h"
+#include "chronoweave/traxfunc/input/tips.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -42,7 +42,7 @@ class Pattern {
 
 std::string object_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
     if (icon.lane == laNoLane) return {};
-    return text_utf8(laTask_WithoutFake(laCanvas_LaneName(canvas, canvas.lanes[icon.lane])));
+    return text_utf8(laTask_WithoutFake(laCanvas_LaneName(canvas, canvas.items.lanes[icon.lane])));
 }
 std::string event_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
     return text_utf8(laItem_EventName(canvas, icon));
@@ -55,9 +55,9 @@ bool is_hidden(const laItem_Line& lane) {
 // The text of an event as it is read, without a word of problems: a table asks for too many.
 std::string extra_text(const _LaCanvasData& canvas, const EventRecord& event, int32_t row) {
     std::string text;
-    const std::string& format = canvas.legend.events[static_cast<size_t>(row)].extraFormat;
+    const std::string& format = canvas.looks.legend.events[static_cast<size_t>(row)].extraFormat;
     if (!format.empty())
-        extra_Format(event, format, mt_IsBigEndianTarget(*canvas.store), false, false, text, nullptr);
+        extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store), false, false, text, nullptr);
     return text_utf8(text);
 }
 
@@ -65,13 +65,13 @@ std::string extra_text(const _LaCanvasData& canvas, const EventRecord& event, in
 class IconReader {
   public:
     IconReader(const _LaCanvasData& canvas, uint32_t first) : canvas_(canvas) {
-        const uint32_t wanted = laItem_StoreSequence(canvas, canvas.bitmaps[first]);
+        const uint32_t wanted = laItem_StoreSequence(canvas, canvas.items.bitmaps[first]);
         // A walk from a checkpoint begins one event later, so it begins one earlier.
-        mt_StartWalkBySequence(*canvas.store, std::max(1u, wanted - 1), 0, nullptr, walk_);
+        mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 0, nullptr, walk_);
     }
     // False when the store ends ahead of it.
     bool Read(uint32_t icon) {
-        const uint32_t wanted = laItem_StoreSequence(canvas_, canvas_.bitmaps[icon]);
+        const uint32_t wanted = laItem_StoreSequence(canvas_, canvas_.items.bitmaps[icon]);
         while (mt_NextEvent(walk_, event))
             if (event.sequence >= wanted) return event.sequence == wanted;
         return false;
@@ -154,7 +154,7 @@ EventTable::EventTable(_LaCanvasData& canvas)
     model_.onCommit = [this](const std::string& name, const std::string&) {
         if (name == "tf_text") Filter();
     };
-    canvas.iconPressed = [this](size_t icon) {
+    canvas.calls.iconPressed = [this](size_t icon) {
         if (!shown_) return;
         Sync();
         SelectIcon(static_cast<uint32_t>(icon), true);
@@ -162,16 +162,16 @@ EventTable::EventTable(_LaCanvasData& canvas)
 }
 
 EventTable::~EventTable() {
-    canvas_.iconPressed = {};
-    canvas_.markedEvent = 0;
+    canvas_.calls.iconPressed = {};
+    canvas_.marks.markedEvent = 0;
 }
 
 EventTable::Basis EventTable::Present() const {
-    Basis now{canvas_.store.get(), canvas_.itemsVersion, canvas_.viewLow,
-              canvas_.viewHigh,    canvas_.timeMode,     canvas_.bitmaps.size()};
+    Basis now{canvas_.source.store.get(), canvas_.items.itemsVersion, canvas_.view.viewLow,
+              canvas_.view.viewHigh,      canvas_.axis.timeMode,      canvas_.items.bitmaps.size()};
     const auto add = [&now](bool bit) { now.shown = (now.shown ^ (bit ? 0x9Eu : 0x3Bu)) * 0x100000001B3u; };
-    for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) add(is_hidden(canvas_.lanes[i]));
-    for (const LaEventLook& look : canvas_.eventLooks) add(look.shown);
+    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) add(is_hidden(canvas_.items.lanes[i]));
+    for (const LaEventLook& look : canvas_.looks.eventLooks) add(look.shown);
     return now;
 }
 
@@ -179,7 +179,7 @@ void EventTable::SetShown(bool shown) {
     shown_ = shown;
     basis_ = {};
     if (shown) return;
-    canvas_.markedEvent = 0;
+    canvas_.marks.markedEvent = 0;
     list_.SetLazyRows({[](uint32_t, int) { return std::string(); }, {}, {}}, 0);
     texts_.clear();
     textStates_ = {};
@@ -218,23 +218,24 @@ void EventTable::Filter() {
 // the legend; those that show their codes are asked one by one.
 std::vector<uint32_t> EventTable::Candidates() const {
     const Pattern object(model_.item("tf_object").text), event(model_.item("tf_event").text);
-    std::vector<uint8_t> lanes(canvas_.lanes.size()), rows(canvas_.legend.events.size());
-    for (uint32_t i = 0; i < canvas_.lanes.size(); ++i) {
-        const laItem_Line& lane = canvas_.lanes[i];
+    std::vector<uint8_t> lanes(canvas_.items.lanes.size()), rows(canvas_.looks.legend.events.size());
+    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) {
+        const laItem_Line& lane = canvas_.items.lanes[i];
         lanes[i] = !is_hidden(lane) && (object.empty() || object.fits(object_text(canvas_, {0, i})));
     }
     constexpr uint8_t askEach = 2;
     for (size_t row = 0; row < rows.size(); ++row) {
-        const LegendEvent& entry = canvas_.legend.events[row];
-        if (row >= canvas_.eventLooks.size() || !canvas_.eventLooks[row].shown) continue;
-        const bool codes = entry.isWildcard() || static_cast<int32_t>(row) == canvas_.legend.unknownEvent;
+        const LegendEvent& entry = canvas_.looks.legend.events[row];
+        if (row >= canvas_.looks.eventLooks.size() || !canvas_.looks.eventLooks[row].shown) continue;
+        const bool codes =
+            entry.isWildcard() || static_cast<int32_t>(row) == canvas_.looks.legend.unknownEvent;
         rows[row] = !event.empty() && codes ? askEach : event.fits(text_utf8(entry.name));
     }
     std::vector<uint32_t> ids;
-    const uint32_t end = canvas_.bitmaps.size();
-    for (uint32_t i = laBm_FirstAt(canvas_, canvas_.viewLow);
-         i < end && canvas_.bitmaps[i].time <= canvas_.viewHigh; ++i) {
-        const laItem_Bitmap& icon = canvas_.bitmaps[i];
+    const uint32_t end = canvas_.items.bitmaps.size();
+    for (uint32_t i = laBm_FirstAt(canvas_, canvas_.view.viewLow);
+         i < end && canvas_.items.bitmaps[i].time <= canvas_.view.viewHigh; ++i) {
+        const laItem_Bitmap& icon = canvas_.items.bitmaps[i];
         if (icon.lane == laNoLane || !lanes[icon.lane]) continue;
         const uint8_t named = rows[static_cast<size_t>(icon.event)];
         if (named == 1 || (named == askEach && event.fits(event_text(canvas_, icon)))) ids.push_back(i);
@@ -247,28 +248,28 @@ std::vector<uint32_t> EventTable::Candidates() const {
 bool EventTable::FilterByText(std::vector<uint32_t>& ids) {
     const std::string& typed = model_.item("tf_text").text;
     const Pattern pattern(typed);
-    if (typed != textFilter_ || textItems_ != canvas_.itemsVersion ||
-        textStates_.size() != canvas_.bitmaps.size()) {
+    if (typed != textFilter_ || textItems_ != canvas_.items.itemsVersion ||
+        textStates_.size() != canvas_.items.bitmaps.size()) {
         textFilter_ = typed;
-        textItems_ = canvas_.itemsVersion;
-        textStates_.assign(canvas_.bitmaps.size(), Fits::Unknown);
+        textItems_ = canvas_.items.itemsVersion;
+        textStates_.assign(canvas_.items.bitmaps.size(), Fits::Unknown);
     }
     const auto unknown = std::find_if(ids.begin(), ids.end(),
                                       [this](uint32_t id) { return textStates_[id] == Fits::Unknown; });
     bool whole = true;
-    if (unknown != ids.end() && canvas_.store) {
+    if (unknown != ids.end() && canvas_.source.store) {
         const LaGraph& graph = *canvas_.graph;
         if (graph.setBusy) graph.setBusy(true);
         IconReader reader(canvas_, *unknown);
         uint32_t count = 0;
         for (auto at = unknown; at != ids.end() && whole; ++at) {
             Fits& state = textStates_[*at];
-            if ((++count & progressMask) == 0 && canvas_.progress)
-                whole = canvas_.progress(static_cast<double>(at - unknown),
-                                         static_cast<double>(ids.end() - unknown));
+            if ((++count & progressMask) == 0 && canvas_.calls.progress)
+                whole = canvas_.calls.progress(static_cast<double>(at - unknown),
+                                               static_cast<double>(ids.end() - unknown));
             if (!whole || state != Fits::Unknown) continue;
             const bool read = reader.Read(*at);
-            const int32_t row = canvas_.bitmaps[*at].event;
+            const int32_t row = canvas_.items.bitmaps[*at].event;
             state = read && pattern.fits(extra_text(canvas_, reader.event, row)) ? Fits::Yes : Fits::No;
         }
         if (graph.setBusy) graph.setBusy(false);
@@ -286,8 +287,8 @@ void EventTable::ShowRows(std::vector<uint32_t> ids, bool stopped) {
     list_.HoldRepaint(false);
     model_.setMessage(std::to_string(count) + (count == 1 ? " event" : " events") +
                       (stopped ? " so far, stopped" : ""));
-    if (canvas_.markedEvent == 0) return;
-    if (const auto icon = detail_FindIcon(canvas_, canvas_.markedEvent))
+    if (canvas_.marks.markedEvent == 0) return;
+    if (const auto icon = detail_FindIcon(canvas_, canvas_.marks.markedEvent))
         SelectIcon(static_cast<uint32_t>(*icon), false);
 }
 
@@ -310,37 +311,37 @@ void EventTable::SelectIcon(uint32_t icon, bool scroll) {
     list_.SelectOnly(row);
     if (!scroll) return;
     list_.ScrollToRow(row);
-    canvas_.markedEvent = laItem_StoreSequence(canvas_, canvas_.bitmaps[icon]);
+    canvas_.marks.markedEvent = laItem_StoreSequence(canvas_, canvas_.items.bitmaps[icon]);
 }
 
 void EventTable::Choose(int row) {
     if (row < 0 || row >= list_.RowCount() || Present() != basis_) return;
     const DetailEvent event = detail_EventOf(canvas_, static_cast<size_t>(list_.RowId(row)));
-    canvas_.markedEvent = event.sequence;
+    canvas_.marks.markedEvent = event.sequence;
     laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, event.time, event.object); });
-    cursor_ = canvas_.cursor[0];
+    cursor_ = canvas_.marks.cursor[0];
 }
 
 void EventTable::Activate(int row) {
-    if (row < 0 || row >= list_.RowCount() || Present() != basis_ || !canvas_.openDetail) return;
+    if (row < 0 || row >= list_.RowCount() || Present() != basis_ || !canvas_.calls.openDetail) return;
     const auto icon = static_cast<uint32_t>(list_.RowId(row));
-    canvas_.openDetail({laItemType_Bitmap, canvas_.bitmaps[icon].lane, icon});
+    canvas_.calls.openDetail({laItemType_Bitmap, canvas_.items.bitmaps[icon].lane, icon});
 }
 
 // A cursor that was moved elsewhere brings the rows about it into sight.
 void EventTable::FollowCursor() {
-    const double time = canvas_.cursor[0];
+    const double time = canvas_.marks.cursor[0];
     if (time == cursor_) return;
     cursor_ = time;
-    if (time < canvas_.viewLow || time > canvas_.viewHigh) return;
+    if (time < canvas_.view.viewLow || time > canvas_.view.viewHigh) return;
     const int row = RowOf(laBm_FirstAt(canvas_, time));
     list_.ScrollToRow(std::min(row, list_.RowCount() - 1));
 }
 
 std::string EventTable::Cell(uint32_t icon, int column) {
     // A view may ask for rows of items that are gone, until it is told of the new ones.
-    if (icon >= canvas_.bitmaps.size() || basis_.items != canvas_.itemsVersion) return {};
-    const laItem_Bitmap& item = canvas_.bitmaps[icon];
+    if (icon >= canvas_.items.bitmaps.size() || basis_.items != canvas_.items.itemsVersion) return {};
+    const laItem_Bitmap& item = canvas_.items.bitmaps[icon];
     switch (column) {
         case Column_Time:
             return laTip_Time(canvas_, item.time);
@@ -359,17 +360,17 @@ std::string EventTable::Distance(uint32_t icon) const {
     const int row = RowOf(icon);
     if (row == 0 || row >= list_.RowCount()) return {};
     const auto before = static_cast<uint32_t>(list_.RowId(row - 1));
-    return laTip_Time(canvas_, canvas_.bitmaps[icon].time - canvas_.bitmaps[before].time);
+    return laTip_Time(canvas_, canvas_.items.bitmaps[icon].time - canvas_.items.bitmaps[before].time);
 }
 
 // Rows are mostly seen one under the other: those that follow are read along.
 std::string EventTable::Text(uint32_t icon) {
     if (const auto known = texts_.find(icon); known != texts_.end()) return known->second;
-    if (!canvas_.store) return {};
+    if (!canvas_.source.store) return {};
     if (texts_.size() > mostTexts) texts_.clear();
     IconReader reader(canvas_, icon);
-    const uint32_t end = std::min(canvas_.bitmaps.size(), icon + readAhead);
+    const uint32_t end = std::min(canvas_.items.bitmaps.size(), icon + readAhead);
     for (uint32_t at = icon; at < end && reader.Read(at); ++at)
-        texts_[at] = extra_text(canvas_, reader.event, canvas_.bitmaps[at].event);
+        texts_[at] = extra_text(canvas_, reader.event, canvas_.items.bitmaps[at].event);
     return texts_[icon];
 }

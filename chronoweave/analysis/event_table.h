@@ -14,7 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/model/canvas.h"
 #include "windlib/dialog/model.h"
 
 // "tf_object", "tf_event", "tf_text", the list "list" and the message "ts_info".
@@ -22,7 +22,7 @@ DialogDescription event_TableDescription();
 
 class EventTable {
   public:
-    // The canvas outlives it. Takes canvas.iconPressed and canvas.markedEvent.
+    // The canvas outlives it. Takes canvas.calls.iconPressed and canvas.marks.markedEvent.
     explicit EventTable(_LaCanvasData& canvas);
     ~EventTable();
     EventTable(const EventTable&) = delete;

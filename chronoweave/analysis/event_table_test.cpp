@@ -6,11 +6,11 @@
 
 #include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_windows.h"
-#include "chronoweave/traxfunc/canvas_testing.h"
-#include "chronoweave/traxfunc/cursor.h"
-#include "chronoweave/traxfunc/legend_edit.h"
-#include "chronoweave/traxfunc/pointer.h"
-#include "chronoweave/traxfunc/tips.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/legend_edit.h"
+#include "chronoweave/traxfunc/input/pointer.h"
+#include "chronoweave/traxfunc/input/tips.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -41,7 +41,7 @@ class EventTableTest : public testing::Test {
   protected:
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
-        canvas.host = &host;
+        canvas.calls.host = &host;
         detail_Attach(canvas);
     }
     void TearDown() override { gen_set_console_sink({}); }
@@ -85,7 +85,7 @@ TEST_F(EventTableTest, RowsAreTheEventsOfTheView) {
     EXPECT_EQ(list.RowCount(), 5);
     EXPECT_EQ(Cell(0, 4), "value 5");
     EXPECT_EQ(Cell(0, 1), "") << "the one before it is not shown";
-    canvas.timeMode = Time_Millisecond;
+    canvas.axis.timeMode = Time_Millisecond;
     table.Sync();
     EXPECT_EQ(Cell(0, 0), "500");
     EXPECT_EQ(list.Column(0).header[0], "Time (Milliseconds)");
@@ -132,8 +132,8 @@ TEST_F(EventTableTest, Filters) {
 TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     Open(numbered(20));
     model.select("list", {7});
-    EXPECT_EQ(canvas.cursor[0], 0.5);
-    const uint32_t marked = canvas.markedEvent;
+    EXPECT_EQ(canvas.marks.cursor[0], 0.5);
+    const uint32_t marked = canvas.marks.markedEvent;
     EXPECT_EQ(marked, 8u);
     // The mark stays with its event in another view and behind a filter.
     laCanvas_ShowRange(canvas, 0.25, 0.9, false, true);
@@ -142,23 +142,24 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     EXPECT_EQ(Cell(2, 4), "value 5");
     model.edit("tf_object", "valve");
     EXPECT_EQ(model.selectedRow("list"), Dialog_NoRow);
-    EXPECT_EQ(canvas.markedEvent, marked);
+    EXPECT_EQ(canvas.marks.markedEvent, marked);
     table.Escape("tf_object");
     EXPECT_EQ(model.selectedRow("list"), 2);
     // A click on an icon.
     test.ShowAll();
     table.Sync();
     uint32_t icon = 0;
-    for (uint32_t i = 0; i < canvas.bitmaps.size(); ++i)
-        if (canvas.bitmaps[i].time == 1.2) icon = i;
-    const laRect box = laItem_Rect(canvas, canvas.bitmaps[icon]);
+    for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i)
+        if (canvas.items.bitmaps[i].time == 1.2) icon = i;
+    const laRect box = laItem_Rect(canvas, canvas.items.bitmaps[icon]);
     laPointer pointer(canvas);
-    const laPointerEvent at{(box.left + box.right) / 2, (box.top + box.bottom) / 2 - canvas.verticalOffset};
+    const laPointerEvent at{(box.left + box.right) / 2,
+                            (box.top + box.bottom) / 2 - canvas.view.verticalOffset};
     pointer.Press(at);
     pointer.Release(at);
     ASSERT_GE(model.selectedRow("list"), 0);
     EXPECT_EQ(Cell(model.selectedRow("list"), 0), "1.2");
-    EXPECT_EQ(canvas.markedEvent, laItem_StoreSequence(canvas, canvas.bitmaps[icon]));
+    EXPECT_EQ(canvas.marks.markedEvent, laItem_StoreSequence(canvas, canvas.items.bitmaps[icon]));
     model.activate("list", 3);
     ASSERT_EQ(host.windows.size(), 1u);
     EXPECT_EQ(host.windows[0]->item("tf_comments").text, "value 1");
@@ -194,7 +195,7 @@ TEST_F(EventTableTest, AMillionEventsOpenAtOnceAndTextsCanBeStopped) {
     // So many texts are read when the filter is finished, not at each letter.
     int asked = 0, shown = 0;
     canvas.graph->setBusy = [&](bool busy) { shown += busy ? 1 : 0; };
-    canvas.progress = [&](double done, double total) { return done <= total && ++asked < 100; };
+    canvas.calls.progress = [&](double done, double total) { return done <= total && ++asked < 100; };
     model.edit("tf_text", "*99");
     EXPECT_EQ(asked, 0);
     model.commit("tf_text");
@@ -203,7 +204,7 @@ TEST_F(EventTableTest, AMillionEventsOpenAtOnceAndTextsCanBeStopped) {
     EXPECT_GT(list.RowCount(), 900);
     EXPECT_LT(list.RowCount(), 1100);
     EXPECT_EQ(Message(), std::to_string(list.RowCount()) + " events so far, stopped");
-    canvas.progress = {};
+    canvas.calls.progress = {};
     laCanvas_ShowRange(canvas, 0.2, 0.3, false, true);
     table.Sync();
     EXPECT_EQ(list.RowCount(), 1000) << "a new view reads on";

@@ -15,9 +15,9 @@ constexpr int largestIcon = 40;  // pixels of either side
 constexpr int fileColumn = 60;   // pixels
 
 std::string status_title(const _LaCanvasData& canvas, size_t status) {
-    const LegendStatus& row = canvas.legend.statuses[status];
+    const LegendStatus& row = canvas.looks.legend.statuses[status];
     if (!row.isContextSwitch) return gen_format("Configure Status \"%s\"", row.name.c_str());
-    if (canvas.legend.contextSwitchCount < 2) return "Configure Context Switch";
+    if (canvas.looks.legend.contextSwitchCount < 2) return "Configure Context Switch";
     return gen_format("Configure Context Switch \"%s\"", row.name.c_str());
 }
 

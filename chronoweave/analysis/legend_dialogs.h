@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "chronoweave/traxfunc/legend_edit.h"
+#include "chronoweave/traxfunc/input/legend_edit.h"
 #include "windlib/dialog/host.h"
 
 // The line of a status as the user wants it; none when cancelled.

@@ -23,7 +23,8 @@ std::string lower(std::string text) {
 class LegendWindow {
   public:
     LegendWindow(_LaCanvasData& canvas, DialogModel& model) : canvas_(canvas), model_(model) {
-        model_.setTitle("Legend for " + (canvas.canvasName.empty() ? "NO_NAME" : canvas.canvasName));
+        model_.setTitle("Legend for " +
+                        (canvas.source.canvasName.empty() ? "NO_NAME" : canvas.source.canvasName));
         MScrollList& list = model_.list("list");
         list.sortByHeader = false;  // the order says which events belong to a category
         list.nameColumn = Column_Name;
@@ -76,7 +77,7 @@ class LegendWindow {
         else if (command == "Undo" && !undo_.empty())
             Undo();
         else
-            canvas_.host->Beep();
+            canvas_.calls.host->Beep();
     }
 
     void RowMenu(int row) {
@@ -84,11 +85,11 @@ class LegendWindow {
         if (legendRow == none) return;
         const bool event = IsEvent(legendRow), changes = event || laLegend_IsStatus(canvas_, legendRow);
         const bool important = event && Event(legendRow).isImportant();
-        switch (canvas_.host->PopUp("Operations", {{"&Change...", changes, {}},
-                                                   {"&Visible / Invisible", true, {}},
-                                                   {"&Never Hidden Under Others", event, important},
-                                                   {popUpSeparator, false, {}},
-                                                   {"&Undo", !undo_.empty(), {}}})) {
+        switch (canvas_.calls.host->PopUp("Operations", {{"&Change...", changes, {}},
+                                                         {"&Visible / Invisible", true, {}},
+                                                         {"&Never Hidden Under Others", event, important},
+                                                         {popUpSeparator, false, {}},
+                                                         {"&Undo", !undo_.empty(), {}}})) {
             case 0:
                 return Change(legendRow);
             case 1:
@@ -146,7 +147,7 @@ class LegendWindow {
     }
     size_t Selected() const { return RowOf(model_.selectedRow("list")); }
     const LegendEvent& Event(size_t row) const {
-        return canvas_.legend.events[laLegend_EventOf(canvas_, row)];
+        return canvas_.looks.legend.events[laLegend_EventOf(canvas_, row)];
     }
     bool IsEvent(size_t row) const {
         return row != none && !laLegend_IsStatus(canvas_, row) && !Event(row).isCategory();
@@ -161,7 +162,7 @@ class LegendWindow {
     // The height of the rows and the look of the categories'.
     void Look() {
         MScrollList& list = model_.list("list");
-        list.SetRowHeight(std::max(canvas_.maxExtent, canvas_.graph->font.height) + 2);
+        list.SetRowHeight(std::max(canvas_.looks.maxExtent, canvas_.graph->font.height) + 2);
         for (int row = 0; row < list.RowCount(); ++row) {
             const size_t legendRow = RowOf(row);
             const bool heading =
@@ -173,16 +174,16 @@ class LegendWindow {
 
     void Draw(Surface& surface, int x, int y, int w, int h, uint64_t id) {
         if (id >= laLegend_RowCount(canvas_))
-            return canvas_.host->Message("Error happended in Legend_OwnerDraw().");
+            return canvas_.calls.host->Message("Error happended in Legend_OwnerDraw().");
         const auto row = static_cast<size_t>(id);
         if (laLegend_IsStatus(canvas_, row)) {
-            const LegendStatus& status = canvas_.legend.statuses[row];
+            const LegendStatus& status = canvas_.looks.legend.statuses[row];
             const int inset = w >= 16 ? 3 : 0;
             surface.drawStyledLine(x + inset, y + h / 2, x + w - 1 - inset, y + h / 2,
                                    colour_From16(status.red, status.green, status.blue),
                                    std::clamp(status.thickness, 1, std::max(1, h)), status.lineStyle, 0);
         } else if (IsEvent(row)) {
-            const IconHandle icon = canvas_.eventLooks[laLegend_EventOf(canvas_, row)].icon;
+            const IconHandle icon = canvas_.looks.eventLooks[laLegend_EventOf(canvas_, row)].icon;
             surface.drawIcon(x + std::max(0, (w - icon_Width(icon)) / 2),
                              y + std::max(0, (h - icon_Height(icon)) / 2), icon);
         }
@@ -191,12 +192,12 @@ class LegendWindow {
     void Change(size_t row) {
         if (row == none) return;
         if (laLegend_IsStatus(canvas_, row)) {
-            const auto setting = legend_AskStatus(*canvas_.host, canvas_, row);
+            const auto setting = legend_AskStatus(*canvas_.calls.host, canvas_, row);
             if (!setting || *setting == laLegend_StatusSetting(canvas_, row)) return;
             Remember();
             laLegend_SetStatus(canvas_, row, *setting);
         } else if (IsEvent(row)) {
-            const auto icon = legend_AskIcon(*canvas_.host, Event(row).iconName);
+            const auto icon = legend_AskIcon(*canvas_.calls.host, Event(row).iconName);
             if (!icon) return;
             Remember();
             laLegend_SetIcon(canvas_, laLegend_EventOf(canvas_, row), *icon);
@@ -252,9 +253,9 @@ void add_edit_menu() {
 }
 
 bool open_legend(_LaCanvasData& canvas) {
-    if (canvas.host == nullptr) return false;
-    if (canvas.legendWindow != nullptr) {
-        canvas.host->Raise(*canvas.legendWindow);
+    if (canvas.calls.host == nullptr) return false;
+    if (canvas.calls.legendWindow != nullptr) {
+        canvas.calls.host->Raise(*canvas.calls.legendWindow);
         return true;
     }
     add_edit_menu();
@@ -271,14 +272,14 @@ bool open_legend(_LaCanvasData& canvas) {
     model.onRowClick = [window](const std::string&, int row, int column, int clicks) {
         window->RowClick(row, column, clicks);
     };
-    model.onClose = [&canvas](int) { canvas.legendWindow = nullptr; };
-    canvas.legendWindow = &model;
-    canvas.host->Open(std::move(made));
+    model.onClose = [&canvas](int) { canvas.calls.legendWindow = nullptr; };
+    canvas.calls.legendWindow = &model;
+    canvas.calls.host->Open(std::move(made));
     return true;
 }
 
 }  // namespace
 
 void legend_Attach(_LaCanvasData& canvas) {
-    canvas.upper.commands["Legend"] = [&canvas](const std::string&) { return open_legend(canvas); };
+    canvas.calls.upper.commands["Legend"] = [&canvas](const std::string&) { return open_legend(canvas); };
 }

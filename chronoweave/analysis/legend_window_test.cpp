@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/traxfunc/canvas_testing.h"
-#include "chronoweave/traxfunc/commands.h"
-#include "chronoweave/traxfunc/legend_edit.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/legend_edit.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -37,7 +37,7 @@ class LegendWindowTest : public testing::Test {
   protected:
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
-        canvas.host = &host;
+        canvas.calls.host = &host;
         legend_Attach(canvas);
     }
     void TearDown() override { gen_set_console_sink({}); }
@@ -46,9 +46,9 @@ class LegendWindowTest : public testing::Test {
         ASSERT_TRUE(laCanvas_Command(canvas, "Legend"));
         ASSERT_EQ(host.windows.size(), 1u);
         window = host.windows[0].get();
-        canvas.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
     }
-    bool Changed() const { return (canvas.flags & Canvas_LegendChanged) != 0; }
+    bool Changed() const { return (canvas.view.flags & Canvas_LegendChanged) != 0; }
     // The first row of the list that shows this name.
     int Row(const std::string& name, int from = 0) const {
         const MScrollList& list = window->list("list");
@@ -73,7 +73,7 @@ TEST_F(LegendWindowTest, OpensOnceAndSaysWhatEachRowIs) {
     EXPECT_FALSE(laCanvas_Command(canvas, "Legend"));
     EXPECT_EQ(test.message(), "Legend is not loaded until you open a VOREL Chronoweave source file.");
     Open();
-    EXPECT_EQ(window->title(), "Legend for " + canvas.canvasName);
+    EXPECT_EQ(window->title(), "Legend for " + canvas.source.canvasName);
     laCanvas_Command(canvas, "Legend");
     EXPECT_EQ(host.raised, window);
     EXPECT_EQ(host.windows.size(), 1u);
@@ -99,7 +99,7 @@ TEST_F(LegendWindowTest, OpensOnceAndSaysWhatEachRowIs) {
     window->menu("TraxPrint");
     EXPECT_EQ(host.beeps, 1);
     window->menu("Close");
-    EXPECT_EQ(canvas.legendWindow, nullptr);
+    EXPECT_EQ(canvas.calls.legendWindow, nullptr);
 }
 
 TEST_F(LegendWindowTest, VisibilityGoesToNamesakesAndRollsUp) {
@@ -120,25 +120,25 @@ TEST_F(LegendWindowTest, VisibilityGoesToNamesakesAndRollsUp) {
     EXPECT_EQ(Visibility(Row("Others")), "Invisible");
 
     window->clickRow("list", Row("Ready"), 3);
-    EXPECT_FALSE(canvas.statusLooks[0].shown);
+    EXPECT_FALSE(canvas.looks.statusLooks[0].shown);
     // The thickest visible status makes the row high.
-    const int before = canvas.rowHeight;
+    const int before = canvas.looks.rowHeight;
     host.drive = [](DialogModel& dialog) {
         dialog.type("tf_thickness", "40");
         dialog.press("bt_ok");
     };
     window->clickRow("list", Row("Pend"), 2);
-    EXPECT_GT(canvas.rowHeight, before);
+    EXPECT_GT(canvas.looks.rowHeight, before);
     window->clickRow("list", Row("Pend"), 3);
-    EXPECT_EQ(canvas.rowHeight, before);
+    EXPECT_EQ(canvas.looks.rowHeight, before);
     window->clickRow("list", Row("Semaphores"), 2);
     EXPECT_EQ(Visibility(Row("Semaphores")), "Invisible") << "nothing there to click";
 
     host.drive = [](DialogModel& dialog) { FAIL() << "no dialog comes up: " << dialog.title(); };
     for (const int clicks : {1, 2}) window->clickRow("list", Row("Give"), 3, clicks);
     EXPECT_EQ(Visibility(Row("Give")), "Invisible") << "a double click is two clicks";
-    canvas.refreshInterval += 100;
-    canvas.flags |= Canvas_LegendChanged;
+    canvas.options.refreshInterval += 100;
+    canvas.view.flags |= Canvas_LegendChanged;
     window->clickRow("list", Row("Give"), 3);
     while (window->item("bt_undo").enabled) window->press("bt_undo");
     EXPECT_TRUE(Changed()) << "the refresh interval still is";
@@ -166,7 +166,7 @@ TEST_F(LegendWindowTest, TheDialogOfAStatus) {
     EXPECT_EQ(title, "Configure Status \"Suspend\"");
     EXPECT_EQ(red, "0x20");
     EXPECT_EQ(style, Line_Dash);
-    const LegendStatus& status = canvas.legend.statuses[1];
+    const LegendStatus& status = canvas.looks.legend.statuses[1];
     EXPECT_EQ(status.red, 0x8000);
     EXPECT_EQ(status.green, 300);
     EXPECT_EQ(status.blue, 17 << 8);
@@ -175,7 +175,7 @@ TEST_F(LegendWindowTest, TheDialogOfAStatus) {
     EXPECT_TRUE(Changed());
     answer("1", "2", "3", "4", false);
     window->activate("list", Row("Suspend"));
-    EXPECT_EQ(canvas.legend.statuses[1].red, 0x8000) << "cancelled";
+    EXPECT_EQ(canvas.looks.legend.statuses[1].red, 0x8000) << "cancelled";
     window->clickRow("list", Row("Preempt"), 2);
     EXPECT_EQ(title, "Configure Context Switch \"Preempt\"");
     // The colour chooser fills the fields.
@@ -185,10 +185,10 @@ TEST_F(LegendWindowTest, TheDialogOfAStatus) {
         dialog.press("bt_ok");
     };
     window->clickRow("list", Row("Suspend"), 2);
-    EXPECT_EQ(canvas.legend.statuses[1].green, 0x3400);
+    EXPECT_EQ(canvas.looks.legend.statuses[1].green, 0x3400);
     window->menu("Undo");
     window->menu("Undo");
-    EXPECT_EQ(canvas.legend.statuses[1].red, 0x2000);
+    EXPECT_EQ(canvas.looks.legend.statuses[1].red, 0x2000);
 }
 
 TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
@@ -202,7 +202,7 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
     };
     window->clickRow("list", Row("Take"), 2);
     size_t takes = 0;
-    for (const LegendEvent& event : canvas.legend.events)
+    for (const LegendEvent& event : canvas.looks.legend.events)
         if (event.name == "Take") takes += event.iconName == "alarm" ? 1u : 0u;
     EXPECT_EQ(takes, 2u) << "with its namesake";
     EXPECT_TRUE(Changed());
@@ -210,7 +210,7 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
     EXPECT_FALSE(window->item("bt_important").checked);
     window->check("bt_important", true);
     EXPECT_TRUE(
-        canvas.legend.events[laLegend_EventOf(canvas, static_cast<size_t>(Row("Give")))].isImportant());
+        canvas.looks.legend.events[laLegend_EventOf(canvas, static_cast<size_t>(Row("Give")))].isImportant());
     host.popUpAnswer = 4;
     window->rowMenu("list", Row("Give"), 1);
     EXPECT_FALSE(window->item("bt_important").checked) << "undone";
@@ -223,7 +223,7 @@ TEST_F(LegendWindowTest, GoesWithTheSource) {
     Open();
     laCanvas_Reset(canvas, true, true);
     EXPECT_TRUE(host.windows[0]->isClosed());
-    EXPECT_EQ(canvas.legendWindow, nullptr);
+    EXPECT_EQ(canvas.calls.legendWindow, nullptr);
 }
 
 }  // namespace

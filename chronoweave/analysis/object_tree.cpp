@@ -4,7 +4,7 @@
 
 #include "chronoweave/analysis/detail_window.h"
 #include "chronoweave/analysis/detail_windows.h"
-#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/msl/tree_manager.h"
@@ -21,9 +21,9 @@ class RelativeNode : public MSLTreeNode {
     RelativeNode(const _LaCanvasData& canvas, const MslObjectEntry& entry)
         : MSLTreeNode(true),
           name_(text_utf8(laTask_WithoutFake(entry.name))),
-          tip_(canvas.taskList->RowTip(entry)) {
-        if (entry.lane < canvas.lanes.size()) {
-            const laItem_Line& lane = canvas.lanes[entry.lane];
+          tip_(canvas.list.taskList->RowTip(entry)) {
+        if (entry.lane < canvas.items.lanes.size()) {
+            const laItem_Line& lane = canvas.items.lanes[entry.lane];
             object_ = lane.objectId;
             priority_ = object_PriorityText(lane.priority);
         }
@@ -122,13 +122,13 @@ DialogDescription object_InfoWindow(const std::string& term) {
 
 void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {
     static unsigned windows = 1;
-    if (canvas.host == nullptr || canvas.timeMode == Time_Tick) return;
+    if (canvas.calls.host == nullptr || canvas.axis.timeMode == Time_Tick) return;
     const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
     if (lane == nullptr || lane->isAgent || lane->listEntry == nullptr) return;
     // The whole of the topmost group; the entry above that stands for no row.
     const MslObjectEntry* top = lane->listEntry;
     while (top->parent != nullptr && top->parent->parent != nullptr) top = top->parent;
-    const std::string title = canvas.objectTerm + " Info Window " + gen_format("0x%x", windows++) + " for '" +
-                              detail_CanvasTitle(canvas, "NO_NAME") + "'";
-    detail_Open<ObjectInfo>(canvas, object_InfoWindow(canvas.objectTerm), title, *top, objectId);
+    const std::string title = canvas.list.objectTerm + " Info Window " + gen_format("0x%x", windows++) +
+                              " for '" + detail_CanvasTitle(canvas, "NO_NAME") + "'";
+    detail_Open<ObjectInfo>(canvas, object_InfoWindow(canvas.list.objectTerm), title, *top, objectId);
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/search_dialogs.h"
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "windlib/dialog/host.h"
 
 namespace {
@@ -51,7 +51,7 @@ std::optional<ReportRange> report_AskRange(TraceFacts& facts) {
         if (name == "ok" && !(range = fields.Take())) return;
         model.close(name == "ok" ? accepted : Dialog_Dismissed);
     };
-    return facts.canvas.host->Run(model) == accepted ? range : std::nullopt;
+    return facts.canvas.calls.host->Run(model) == accepted ? range : std::nullopt;
 }
 
 std::optional<ReportObject> report_AskObject(TraceFacts& facts) {
@@ -76,13 +76,13 @@ std::optional<ReportObject> report_AskObject(TraceFacts& facts) {
         chosen = {*range, objects.front()};
         model.close(accepted);
     };
-    return facts.canvas.host->Run(model) == accepted ? std::optional(chosen) : std::nullopt;
+    return facts.canvas.calls.host->Run(model) == accepted ? std::optional(chosen) : std::nullopt;
 }
 
 std::optional<ReportGeneral> report_AskGeneral(TraceFacts& facts) {
     ReportGeneral chosen;
     chosen.request.canvas = &facts.canvas;
-    chosen.request.timeMode = facts.canvas.timeMode;
+    chosen.request.timeMode = facts.canvas.axis.timeMode;
     if (!search_AskObjects(facts, chosen.request) || !search_AskKind(facts, chosen.request, true) ||
         !search_AskTarget(facts, chosen.request))
         return std::nullopt;
@@ -90,7 +90,7 @@ std::optional<ReportGeneral> report_AskGeneral(TraceFacts& facts) {
     model.setChoice("order", 1);
     model.setEnabled("first", chosen.request.kind != Search_Event);
     model.onPress = [&](const std::string& name) { model.close(name == "ok" ? accepted : Dialog_Dismissed); };
-    if (facts.canvas.host->Run(model) != accepted) return std::nullopt;
+    if (facts.canvas.calls.host->Run(model) != accepted) return std::nullopt;
     chosen.order.increasing = model.item("order").choice == increasingChoice;
     chosen.order.timeFirst = model.item("first").choice == timeChoice;
     return chosen;

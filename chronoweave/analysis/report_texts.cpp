@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 

@@ -5,7 +5,7 @@
 #include "chronoweave/analysis/report_texts.h"
 #include "chronoweave/analysis/search_window.h"
 #include "chronoweave/analysis/table_text.h"
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/host.h"
@@ -110,7 +110,7 @@ void show_load(DialogModel& model, const AnalysisWords& words, const LoadReport&
 }
 
 std::string title_of(const TraceFacts& facts) {
-    return text_utf8(report_WindowTitle(facts.canvas.canvasName));
+    return text_utf8(report_WindowTitle(facts.canvas.source.canvasName));
 }
 
 // Opens a filled window: its menu, and its place among the canvas's windows. table is the described list.
@@ -121,13 +121,14 @@ void open(const std::shared_ptr<TraceFacts>& facts, std::unique_ptr<DialogModel>
     model.onPress = [&model](const std::string&) { model.close(Dialog_Dismissed); };
     model.onMenu = [&model, &canvas, table](const std::string& command) {
         const MScrollList& list = model.list(table);
-        if (command == "Copy") canvas.host->CopyText(table_ForClipboard(list));
-        if (command == "SaveCsv") table_SaveCsv(*canvas.host, "report.csv", {&list, &model.list("load")});
+        if (command == "Copy") canvas.calls.host->CopyText(table_ForClipboard(list));
+        if (command == "SaveCsv")
+            table_SaveCsv(*canvas.calls.host, "report.csv", {&list, &model.list("load")});
         if (command == "Close") model.close(Dialog_Dismissed);
     };
     model.onClose = [&model, &canvas](int) { analysis_RemoveWindow(canvas, model); };
     analysis_AddWindow(canvas, model);
-    canvas.host->Open(std::move(made));
+    canvas.calls.host->Open(std::move(made));
 }
 
 // What a walk says that did not end well. False then, and there is no window.
@@ -196,7 +197,7 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     LegendStatistics statistics;
     LoadReport load;
     const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
-    DialogHost& host = *facts->canvas.host;
+    DialogHost& host = *facts->canvas.calls.host;
     host.SetBusy(true);
     const ReportOutcome outcome =
         object ? report_OneObject(facts->source, *object, range.from, range.to, statistics)
@@ -227,7 +228,7 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
     ChosenReport report;
     LoadReport load;
     const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
-    DialogHost& host = *facts->canvas.host;
+    DialogHost& host = *facts->canvas.calls.host;
     host.SetBusy(true);
     const ReportOutcome outcome = report_ChosenObjects(facts->source, request, order, report);
     const bool whole = outcome == ReportOutcome::Done && !report.stopped;

@@ -67,7 +67,7 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
     EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.095000", "95.0%"}));
     EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@inner)", "0.052000", "52.0%"}));
     EXPECT_TRUE(list.IsOwnerDrawn(2) && list.IsOwnerDrawn(4) && !list.IsOwnerDrawn(3));
-    EXPECT_EQ(canvas.viewWindows.size(), 1u);
+    EXPECT_EQ(canvas.calls.viewWindows.size(), 1u);
     ASSERT_TRUE(Window().select("Status", {3}));
     ASSERT_TRUE(Window().menu("Copy"));
     EXPECT_EQ(
@@ -75,7 +75,7 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
         "Object Name\tObject Count\tPercent of Total Objects\tTime (in Seconds)\tPercent of Total Time\n"
         "Status Running\t2\t40.0%\t0.095000\t47.5%\n");
     ASSERT_TRUE(Window().menu("Close"));
-    EXPECT_TRUE(canvas.viewWindows.empty());
+    EXPECT_TRUE(canvas.calls.viewWindows.empty());
 }
 
 TEST_F(ReportWindowTest, AnIdleObjectIsNoLoad) {
@@ -115,7 +115,7 @@ TEST_F(ReportWindowTest, RangesAreCutAndChecked) {
 
 TEST_F(ReportWindowTest, OneObjectIsReported) {
     Open();
-    canvas.timeMode = Time_Millisecond;
+    canvas.axis.timeMode = Time_Millisecond;
     Ask("ReportTask", {[](DialogModel& d) {
             EXPECT_EQ(d.title(), "Select One Task");
             EXPECT_EQ(d.item("t_prompt").text, "Select one task:");
@@ -259,7 +259,7 @@ TEST_F(ReportWindowTest, AStoppedReportSaysHowFarItGoes) {
     std::vector<TestEvent> events;
     for (uint32_t i = 0; i < 40000; ++i) events.push_back(status_change(i, i % 7 + 1, i % 2));
     ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
-    canvas.progress = [](double, double) { return false; };
+    canvas.calls.progress = [](double, double) { return false; };
     Ask("ReportObjects", {press("ok")});
     EXPECT_EQ(test.message(), "The report covers a part. It was stopped at 16.383 Seconds.");
     EXPECT_EQ(Window().item("txt_subtitle").text, "(from 0 to 16.383 Second)");

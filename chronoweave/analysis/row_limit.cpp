@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "chronoweave/traxfunc/draw.h"
-#include "chronoweave/traxfunc/layout.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/layout.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -13,7 +13,7 @@ const std::string separator(1, '\0');  // no name holds it
 
 laPath path_of(const _LaCanvasData& canvas, const RowLimit::Named& one) {
     laPath path = laTask_MakePath(
-        canvas, one.name ? *one.name : canvas.objectTerm + gen_format(" 0x%x", one.object), false);
+        canvas, one.name ? *one.name : canvas.list.objectTerm + gen_format(" 0x%x", one.object), false);
     path.id = one.object;
     return path;
 }
@@ -35,10 +35,10 @@ void RowLimit::Set(const std::vector<uint32_t>& shown, const std::vector<Named>&
         }
     };
     for (const Named& one : all) take(path_of(canvas_, one));
-    for (uint32_t i = 0; i < canvas_.lanes.size(); ++i)
-        if (!canvas_.lanes[i].isAgent) take(laTask_PathOfLane(canvas_, canvas_.lanes[i]));
+    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i)
+        if (!canvas_.items.lanes[i].isAgent) take(laTask_PathOfLane(canvas_, canvas_.items.lanes[i]));
 
-    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.list.taskList->hiddenPaths();
     std::unordered_set<std::string> known;
     for (const laPath& path : hidden)
         if (!path.wildcard) known.insert(path.Joined(separator));
@@ -56,7 +56,7 @@ void RowLimit::Lift() {
     set_ = false;
     std::unordered_set<std::string> gone;
     for (const laPath& path : added_) gone.insert(path.Joined(separator));
-    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.list.taskList->hiddenPaths();
     std::erase_if(hidden, [&](const laPath& path) {
         return !path.wildcard && gone.count(path.Joined(separator)) != 0;
     });
@@ -66,7 +66,7 @@ void RowLimit::Lift() {
 
 void RowLimit::Apply(std::vector<laPath> paths) {
     laCanvas_Paint(canvas_, [&] {
-        canvas_.taskList->SetHiddenPaths(std::move(paths));
+        canvas_.list.taskList->SetHiddenPaths(std::move(paths));
         laCanvas_Resort(canvas_);
         laCanvas_Repaint(canvas_);
     });

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 
 class RowLimit {
   public:

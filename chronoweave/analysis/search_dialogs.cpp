@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/host.h"
@@ -25,7 +25,7 @@ void refuse(TraceFacts& facts, DialogModel& model, const std::string& message) {
 }
 void error(TraceFacts& facts, const std::string& message) {
     laCanvas_Beep(facts.canvas);
-    facts.canvas.host->Message(message);
+    facts.canvas.calls.host->Message(message);
 }
 
 std::string with_max(const TraceFacts& facts, const std::string& text) {
@@ -154,7 +154,7 @@ bool search_AskObjects(TraceFacts& facts, SearchRequest& request) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
         if (take_objects(facts, model, from, to, request)) model.close(accepted);
     };
-    return facts.canvas.host->Run(model) == accepted;
+    return facts.canvas.calls.host->Run(model) == accepted;
 }
 
 bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport) {
@@ -185,7 +185,7 @@ bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport) {
         request.target = request.kind == Search_Switch ? facts.words.legend->contextSwitchStatus : -1;
         model.close(accepted);
     };
-    return facts.canvas.host->Run(model) == accepted;
+    return facts.canvas.calls.host->Run(model) == accepted;
 }
 
 bool search_AskTarget(TraceFacts& facts, SearchRequest& request) {
@@ -207,11 +207,11 @@ bool search_AskTarget(TraceFacts& facts, SearchRequest& request) {
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
         const auto chosen = model.selectedIds("list");
-        if (chosen.empty()) return facts.canvas.host->Message("No object is selected.");
+        if (chosen.empty()) return facts.canvas.calls.host->Message("No object is selected.");
         request.target = resolved(legend, request.kind, static_cast<size_t>(chosen.front()));
         model.close(accepted);
     };
-    return facts.canvas.host->Run(model) == accepted;
+    return facts.canvas.calls.host->Run(model) == accepted;
 }
 
 bool search_AskPattern(TraceFacts& facts, SearchRequest& request) {
@@ -233,13 +233,13 @@ bool search_AskPattern(TraceFacts& facts, SearchRequest& request) {
         if (!fault.empty()) return error(facts, fault);
         model.close(accepted);
     };
-    return facts.canvas.host->Run(model) == accepted;
+    return facts.canvas.calls.host->Run(model) == accepted;
 }
 
 std::optional<SearchRequest> search_Ask(TraceFacts& facts) {
     SearchRequest request;
     request.canvas = &facts.canvas;
-    request.timeMode = facts.canvas.timeMode;
+    request.timeMode = facts.canvas.axis.timeMode;
     request.flags = Search_OfferPattern;
     if (!search_AskObjects(facts, request) || !search_AskKind(facts, request)) return std::nullopt;
     const bool done =
@@ -261,7 +261,7 @@ bool take_criteria(TraceFacts& facts, DialogModel& model, const IntervalFields& 
         const auto choice = static_cast<size_t>(std::max(0, model.item(item).choice));
         return facts.words.legend->events[static_cast<size_t>(rows.at(choice))].name;
     };
-    const auto rows = search_IntervalEvents(*facts.words.legend, facts.canvas.allForIntervalSearch);
+    const auto rows = search_IntervalEvents(*facts.words.legend, facts.canvas.options.allForIntervalSearch);
     const auto begin = analysis_SelectedObjects(model, "begin_objects"),
                end = analysis_SelectedObjects(model, "end_objects");
     empty = fields.from.isEmpty() || fields.to.isEmpty() || begin.empty() || end.empty();
@@ -279,7 +279,7 @@ bool take_criteria(TraceFacts& facts, DialogModel& model, const IntervalFields& 
 
 std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
     const Legend& legend = *facts.words.legend;
-    const auto rows = search_IntervalEvents(legend, facts.canvas.allForIntervalSearch);
+    const auto rows = search_IntervalEvents(legend, facts.canvas.options.allForIntervalSearch);
     if (rows.empty()) return std::nullopt;
     if (facts.objects.empty()) {
         laCanvas_Refuse(facts.canvas, "There is no " + facts.words.lowerTerm + '.');
@@ -305,9 +305,9 @@ std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
         if (take_criteria(facts, model, {from, to}, criteria, empty))
             model.close(empty ? Dialog_Dismissed : accepted);
     };
-    if (facts.canvas.host->Run(model) != accepted) return std::nullopt;
+    if (facts.canvas.calls.host->Run(model) != accepted) return std::nullopt;
     SearchRequest request = search_IntervalRequest(legend, criteria);
     request.canvas = &facts.canvas;
-    request.timeMode = facts.canvas.timeMode;
+    request.timeMode = facts.canvas.axis.timeMode;
     return request;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/canvas.h"
+#include "chronoweave/traxfunc/model/canvas.h"
 
 namespace {
 constexpr double most_ticks = 4e18;
@@ -32,13 +32,13 @@ mt_Time AnalysisSource::tickOf(double time) const {
 
 AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
     AnalysisSource source;
-    source.store = canvas.store.get();
-    source.legend = &canvas.legend;
-    source.osKind = canvas.osKind;
-    source.ticksPerSecond = canvas.ticksPerSecond;
-    source.baseTick = canvas.baseTick;
-    source.totalLength = canvas.totalLength;
-    source.progress = canvas.progress;
+    source.store = canvas.source.store.get();
+    source.legend = &canvas.looks.legend;
+    source.osKind = canvas.source.osKind;
+    source.ticksPerSecond = canvas.source.ticksPerSecond;
+    source.baseTick = canvas.source.baseTick;
+    source.totalLength = canvas.source.totalLength;
+    source.progress = canvas.calls.progress;
     return source;
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/canvas.h"
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -63,8 +63,9 @@ std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
 }
 
 AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names) {
-    return {&canvas.legend,         &names,          canvas.objectTerm,
-            canvas.objectTermLower, canvas.timeMode, laTime_UnitName(canvas, true)};
+    return {&canvas.looks.legend,   &names,
+            canvas.list.objectTerm, canvas.list.objectTermLower,
+            canvas.axis.timeMode,   laTime_UnitName(canvas, true)};
 }
 
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "chronoweave/analysis/search_source.h"
-#include "chronoweave/traxfunc/items.h"
+#include "chronoweave/traxfunc/model/items.h"
 
 class ObjectTracker {
   public:

@@ -9,23 +9,23 @@
 #include "chronoweave/analysis/histogram.h"
 #include "chronoweave/analysis/row_limit.h"
 #include "chronoweave/analysis/table_text.h"
-#include "chronoweave/traxfunc/cursor.h"
-#include "chronoweave/traxfunc/draw.h"
-#include "chronoweave/traxfunc/hit_marks.h"
-#include "chronoweave/traxfunc/time.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/hit_marks.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/host.h"
 
 void analysis_AddWindow(_LaCanvasData& canvas, DialogModel& model) {
-    canvas.viewWindows.push_back(&model);
-    if (canvas.buttonsChanged) canvas.buttonsChanged();
+    canvas.calls.viewWindows.push_back(&model);
+    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
 }
 
 void analysis_RemoveWindow(_LaCanvasData& canvas, const DialogModel& model) {
-    std::erase(canvas.viewWindows, &model);
-    if (canvas.buttonsChanged) canvas.buttonsChanged();
+    std::erase(canvas.calls.viewWindows, &model);
+    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
 }
 
 // What stands behind a result window while it is open. A row's id in the list is its place in the result.
@@ -85,14 +85,14 @@ class SearchWindow {
     RowLimit limit_;
     Histogram histogram_;
     int histogramWidth_ = 0;      // as last painted
-    std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.hits
+    std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.marks.hits
     size_t hit_ = SIZE_MAX;       // last shown by a step
 };
 
 void SearchWindow::Fill() {
     const AnalysisWords& words = facts_->words;
-    model_.setTitle(text_utf8(
-        search_ResultTitle(*words.legend, result_.request, canvas_.canvasName, canvas_.sourceFile)));
+    model_.setTitle(text_utf8(search_ResultTitle(*words.legend, result_.request, canvas_.source.canvasName,
+                                                 canvas_.source.sourceFile)));
     model_.setText("t_stat", search_StatisticsLine(words, result_));
     std::vector<std::string> titles;
     for (const SearchColumn& column : columns_) titles.push_back(column.title);
@@ -189,17 +189,17 @@ void SearchWindow::Show(const SearchRow& row) {
         if (Spans()) {
             const double length = row.timeB - row.timeA, beside = length / 6;
             const auto seen = [this](double time) {
-                return time >= canvas_.viewLow && time <= canvas_.viewHigh;
+                return time >= canvas_.view.viewLow && time <= canvas_.view.viewHigh;
             };
             if (!(seen(row.timeA) && seen(row.timeB)) && length > 0)
                 laCanvas_Zoom(canvas_, beside < row.timeA ? row.timeA - beside : 0,
-                              std::min(row.timeB + beside, canvas_.totalLength), true, Zoom_Range);
+                              std::min(row.timeB + beside, canvas_.source.totalLength), true, Zoom_Range);
         }
         laCanvas_SetSelection(canvas_, std::max(0.0, row.timeA),
                               std::max(0.0, Spans() ? row.timeB : row.timeA));
         laCanvas_Reveal(canvas_, row.timeA, row.objectA);
     });
-    const std::string message = search_InvisibleMessage(canvas_.legend, result_.request);
+    const std::string message = search_InvisibleMessage(canvas_.looks.legend, result_.request);
     if (!message.empty()) laCanvas_Refuse(canvas_, text_utf8(message));
 }
 
@@ -230,7 +230,7 @@ void SearchWindow::RowMenu(int row) {
                 {popUpSeparator},
                 {"Move Cursor to Start &Point"},
                 {"Move Cursor to &End Point"}};
-    const int answer = canvas_.host->PopUp("Operations", rows);
+    const int answer = canvas_.calls.host->PopUp("Operations", rows);
     if (model_.isClosed()) return;
     if (answer == 0) Show(chosen);
     if (answer == 2) MoveTo(chosen.timeA, chosen.objectA);
@@ -238,8 +238,8 @@ void SearchWindow::RowMenu(int row) {
 }
 
 void SearchWindow::Menu(const std::string& command) {
-    if (command == "Copy") canvas_.host->CopyText(table_ForClipboard(model_.list("list")));
-    if (command == "SaveCsv") table_SaveCsv(*canvas_.host, "search.csv", {&model_.list("list")});
+    if (command == "Copy") canvas_.calls.host->CopyText(table_ForClipboard(model_.list("list")));
+    if (command == "SaveCsv") table_SaveCsv(*canvas_.calls.host, "search.csv", {&model_.list("list")});
     if (command == "Close") model_.close(Dialog_Dismissed);
 }
 
@@ -264,21 +264,21 @@ void SearchWindow::LimitRows(bool on) {
 }
 
 bool SearchWindow::StepHit(bool forward) {
-    const std::vector<double>& times = canvas_.hits;
-    const double cursor = canvas_.cursor[0];
+    const std::vector<double>& times = canvas_.marks.hits;
+    const double cursor = canvas_.marks.cursor[0];
     size_t next;  // SIZE_MAX ahead of the first
     if (hit_ < times.size() && cursor == std::max(0.0, times[hit_])) {
         next = forward ? hit_ + 1 : hit_ - 1;
     } else if (forward) {
-        next = static_cast<size_t>((cursor >= 0
-                                        ? std::upper_bound(times.begin(), times.end(), cursor)
-                                        : std::lower_bound(times.begin(), times.end(), canvas_.viewLow)) -
-                                   times.begin());
+        next = static_cast<size_t>(
+            (cursor >= 0 ? std::upper_bound(times.begin(), times.end(), cursor)
+                         : std::lower_bound(times.begin(), times.end(), canvas_.view.viewLow)) -
+            times.begin());
     } else {
-        next = static_cast<size_t>((cursor >= 0
-                                        ? std::lower_bound(times.begin(), times.end(), cursor)
-                                        : std::upper_bound(times.begin(), times.end(), canvas_.viewHigh)) -
-                                   times.begin()) -
+        next = static_cast<size_t>(
+                   (cursor >= 0 ? std::lower_bound(times.begin(), times.end(), cursor)
+                                : std::upper_bound(times.begin(), times.end(), canvas_.view.viewHigh)) -
+                   times.begin()) -
                1;
     }
     if (next >= times.size()) {
@@ -325,7 +325,7 @@ void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::share
     model.onRowMenu = [window](const std::string&, int row, int) { window->RowMenu(row); };
     model.onClose = [window](int) { window->Close(); };
     analysis_AddWindow(facts->canvas, model);
-    facts->canvas.host->Open(std::move(made));
+    facts->canvas.calls.host->Open(std::move(made));
 }
 
 void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
@@ -334,9 +334,9 @@ void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::share
     desk->last = nullptr;
     laCanvas_Paint(canvas, [&] { laHits_Set(canvas, {}); });
     SearchResult result;
-    canvas.host->SetBusy(true);
+    canvas.calls.host->SetBusy(true);
     const bool done = search_Run(facts->source, std::move(request), result);
-    canvas.host->SetBusy(false);
+    canvas.calls.host->SetBusy(false);
     if (!done) return;
     const Legend& legend = *facts->words.legend;
     std::string message;

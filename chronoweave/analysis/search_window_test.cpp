@@ -9,7 +9,7 @@
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/analysis/table_text.h"
 #include "chronoweave/analysis/window_testing.h"
-#include "chronoweave/traxfunc/task_list.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "windlib/dialog/dialog_testing.h"
 
 namespace {
@@ -28,7 +28,9 @@ class SearchWindowTest : public AnalysisWindowTest {
     void SearchPairs(bool same = false) {
         Search({all_objects(), press("event_pattern"), pattern("Take", "Give", same)});
     }
-    std::string Selection() const { return gen_format("%.3f-%.3f", canvas.cursor[0], canvas.cursor[1]); }
+    std::string Selection() const {
+        return gen_format("%.3f-%.3f", canvas.marks.cursor[0], canvas.marks.cursor[1]);
+    }
 };
 
 TEST(SearchDescriptions, SurviveFontsAndSizes) {
@@ -96,18 +98,18 @@ TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
         Texts menu;
         for (const PopUpRow& row : host.popUp) menu.push_back(row.text);
         EXPECT_EQ(menu, c.menu);
-        EXPECT_EQ(canvas.hits.size(), static_cast<size_t>(Window().list("list").RowCount()));
+        EXPECT_EQ(canvas.marks.hits.size(), static_cast<size_t>(Window().list("list").RowCount()));
     }
-    EXPECT_EQ(canvas.viewWindows.size(), 5u);
+    EXPECT_EQ(canvas.calls.viewWindows.size(), 5u);
     EXPECT_EQ(host.busy, 0);
     ASSERT_TRUE(Do("DelViews"));
     host.DropClosed();
-    EXPECT_TRUE(host.windows.empty() && canvas.viewWindows.empty() && canvas.hits.empty());
+    EXPECT_TRUE(host.windows.empty() && canvas.calls.viewWindows.empty() && canvas.marks.hits.empty());
 }
 
 TEST_F(SearchWindowTest, DialogsSayWhatTheyAskForAndArePrefilled) {
     Open();
-    canvas.timeMode = Time_Millisecond;
+    canvas.axis.timeMode = Time_Millisecond;
     Search({[](DialogModel& d) {
                 EXPECT_EQ(d.title(), "Select Tasks");
                 EXPECT_EQ(d.item("t_prompt").text, "Select tasks:");
@@ -224,7 +226,7 @@ TEST_F(SearchWindowTest, NothingFoundIsTold) {
     SearchTakes();
     Search({all_objects(), range("0.08", "0.02", "event"), choose("Take")});
     EXPECT_EQ(test.message(), "Did not find any 'Take'.");
-    EXPECT_TRUE(canvas.hits.empty());  // the marks of the search before are gone
+    EXPECT_TRUE(canvas.marks.hits.empty());  // the marks of the search before are gone
     Search({all_objects(), range("0", "0.001", "event_pattern"), pattern("Take", "Give", false)});
     EXPECT_EQ(test.message(), "Did not find instance for event pattern \"Take*Give\".");
     Search({all_objects(), press("status"), choose("Stopped")});
@@ -236,7 +238,7 @@ TEST_F(SearchWindowTest, AStoppedSearchShowsWhatItFound) {
     std::vector<TestEvent> events;
     for (uint32_t i = 0; i < 40000; ++i) events.push_back(user(i, 1, 2));
     ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
-    canvas.progress = [](double, double) { return false; };
+    canvas.calls.progress = [](double, double) { return false; };
     SearchTakes();
     const int rows = Window().list("list").RowCount();
     EXPECT_GT(rows, 0);
@@ -255,13 +257,13 @@ TEST_F(SearchWindowTest, ClicksLeadToTheCanvas) {
     laCanvas_ShowRange(canvas, 0.06, 0.07, true, true);
     // Out of view: the interval with a sixth of it on either side.
     ASSERT_TRUE(Window().clickRow("list", 0, 4));
-    EXPECT_NEAR(canvas.viewLow, 0.010 - 0.020 / 6, 1e-4);
-    EXPECT_NEAR(canvas.viewHigh, 0.030 + 0.020 / 6, 1e-4);
+    EXPECT_NEAR(canvas.view.viewLow, 0.010 - 0.020 / 6, 1e-4);
+    EXPECT_NEAR(canvas.view.viewHigh, 0.030 + 0.020 / 6, 1e-4);
     EXPECT_EQ(Selection(), "0.010-0.030");
     EXPECT_EQ(warped, "");
     test.ShowAll();
     ASSERT_TRUE(Window().clickRow("list", 2, 0));  // in view, which stays
-    EXPECT_EQ(canvas.viewLow, 0);
+    EXPECT_EQ(canvas.view.viewLow, 0);
     EXPECT_EQ(Selection(), "0.050-0.090");
     for (const auto& [column, at] : {std::pair{1, "500"}, {3, "900"}, {0, ""}}) {
         warped.clear();
@@ -280,7 +282,7 @@ TEST_F(SearchWindowTest, ClicksLeadToTheCanvas) {
     ASSERT_TRUE(Window().clickRow("list", 1, 0, 2));
     EXPECT_EQ(warped, "400");
     EXPECT_TRUE(Window().press("quit"));
-    EXPECT_EQ(canvas.viewWindows.size(), 1u);
+    EXPECT_EQ(canvas.calls.viewWindows.size(), 1u);
 }
 
 TEST_F(SearchWindowTest, WhatIsInvisibleIsTold) {
@@ -289,11 +291,11 @@ TEST_F(SearchWindowTest, WhatIsInvisibleIsTold) {
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "Event \"Give\" is invisible.");
     Search({all_objects(), press("status"), choose("Running")});
-    canvas.legend.statuses[3].visible = false;
+    canvas.looks.legend.statuses[3].visible = false;
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "Status \"Running\" is invisible.");
     Search({all_objects(), press("ctx_switch")});
-    canvas.legend.statuses[8].visible = false;
+    canvas.looks.legend.statuses[8].visible = false;
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "\"ContextSwitch\" is invisible.");
 }
@@ -303,7 +305,7 @@ TEST_F(SearchWindowTest, KeysStepFromHitToHit) {
     EXPECT_FALSE(Do("NextHit"));
     EXPECT_EQ(test.message(), "There is no search result.");
     SearchTakes();
-    EXPECT_EQ(canvas.hits, (std::vector<double>{0.010, 0.040, 0.050}));
+    EXPECT_EQ(canvas.marks.hits, (std::vector<double>{0.010, 0.040, 0.050}));
     const struct {
         const char* command;
         double cursor;  // set before; -1 to leave it
@@ -318,11 +320,11 @@ TEST_F(SearchWindowTest, KeysStepFromHitToHit) {
                 {"PrevHit", 0.010, false, 0.010, "There is no earlier hit."},
                 {"NextHit", 0.045, true, 0.050, "Hit 3 of 3."},
                 {"PrevHit", 0.045, true, 0.040, "Hit 2 of 3."}};
-    canvas.cursor[0] = canvas.cursor[1] = -100;
+    canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100;
     for (const auto& c : walk) {
-        if (c.cursor >= 0) canvas.cursor[0] = canvas.cursor[1] = c.cursor;
+        if (c.cursor >= 0) canvas.marks.cursor[0] = canvas.marks.cursor[1] = c.cursor;
         EXPECT_EQ(Do(c.command), c.done);
-        EXPECT_EQ(canvas.cursor[0], c.at) << c.message;
+        EXPECT_EQ(canvas.marks.cursor[0], c.at) << c.message;
         EXPECT_EQ(test.message(), c.message);
     }
     EXPECT_EQ(Window().selectedRow("list"), 1);
@@ -331,7 +333,7 @@ TEST_F(SearchWindowTest, KeysStepFromHitToHit) {
     ASSERT_TRUE(Do("NextHit"));
     EXPECT_EQ(Window().selectedRow("list"), 0);
     ASSERT_TRUE(Do("Close"));
-    EXPECT_TRUE(canvas.hits.empty());
+    EXPECT_TRUE(canvas.marks.hits.empty());
     EXPECT_FALSE(Do("PrevHit"));
 }
 
@@ -342,12 +344,12 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
     test.ShowAll();
     const auto visible = [this] {
         std::set<uint32_t> ids;
-        for (uint32_t i = 0; i < canvas.lanes.size(); ++i)
-            if (canvas.lanes[i].row >= 0) ids.insert(canvas.lanes[i].objectId);
+        for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
+            if (canvas.items.lanes[i].row >= 0) ids.insert(canvas.items.lanes[i].objectId);
         return ids;
     };
     const std::set<uint32_t> all = visible();
-    canvas.taskList->AddHiddenPath({{"four"}, false, 4});
+    canvas.list.taskList->AddHiddenPath({{"four"}, false, 4});
     const auto ends = [](DialogModel& d) {
         d.type("tf_from", "0.049");
         d.press("event");
@@ -366,7 +368,7 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
     ASSERT_TRUE(Window().check("only_rows", true));
     Window().dismiss();
     EXPECT_EQ(visible().size(), all.size() - 1);
-    EXPECT_EQ(canvas.taskList->hiddenPaths().size(), 1u);
+    EXPECT_EQ(canvas.list.taskList->hiddenPaths().size(), 1u);
 }
 
 TEST_F(SearchWindowTest, TablesAreCopiedAndSaved) {
@@ -392,7 +394,7 @@ TEST_F(SearchWindowTest, TablesAreCopiedAndSaved) {
     ASSERT_EQ(host.messages.size(), 1u);
     EXPECT_NE(host.messages[0].find(host.saveAnswer), std::string::npos);
     ASSERT_TRUE(Window().menu("Close"));
-    EXPECT_TRUE(canvas.viewWindows.empty());
+    EXPECT_TRUE(canvas.calls.viewWindows.empty());
 }
 
 TEST(TableText, CellsAreQuotedForTheirForm) {
@@ -504,12 +506,12 @@ TEST_F(SearchWindowTest, IntervalsAreSearchedByOneDialog) {
         EXPECT_EQ(d.message(), "Invalid time range.");
     });
     EXPECT_EQ(host.windows.size(), windows);
-    canvas.allForIntervalSearch = true;
+    canvas.options.allForIntervalSearch = true;
     ask([](DialogModel& d) {
         EXPECT_EQ(d.item("begin").choices, (Texts{"Take", "Give", "Status", "Switch", "Take", "Unknown"}));
     });
-    canvas.allForIntervalSearch = false;
-    for (LegendEvent& event : canvas.legend.events) event.flags &= ~LegendEvent_IntervalSearch;
+    canvas.options.allForIntervalSearch = false;
+    for (LegendEvent& event : canvas.looks.legend.events) event.flags &= ~LegendEvent_IntervalSearch;
     shown.clear();
     EXPECT_TRUE(Do("SearchInterval"));
     EXPECT_TRUE(shown.empty());

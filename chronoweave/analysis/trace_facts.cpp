@@ -3,16 +3,17 @@
 #include <charconv>
 #include <cmath>
 
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
 TraceFacts::TraceFacts(_LaCanvasData& of)
     : canvas(of),
       source(analysis_SourceOfCanvas(of)),
-      names(*of.store, of.separator.empty() ? '\0' : of.separator[0]),
+      names(*of.source.store, of.list.separator.empty() ? '\0' : of.list.separator[0]),
       words(analysis_WordsOfCanvas(of, names)) {
-    if (mt_GetEventCount(*of.store) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
+    if (mt_GetEventCount(*of.source.store) > 0)
+        objects = analysis_ObjectsAlive(source, 0, source.totalLength);
 }
 
 std::string TraceFacts::shown(double time, int decimals) const {

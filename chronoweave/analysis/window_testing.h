@@ -8,7 +8,7 @@
 
 #include "chronoweave/analysis/analysis.h"
 #include "chronoweave/analysis/analysis_testing.h"
-#include "chronoweave/traxfunc/commands.h"
+#include "chronoweave/traxfunc/input/commands.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/host_testing.h"
 
@@ -16,7 +16,7 @@ class AnalysisWindowTest : public testing::Test {
   protected:
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
-        canvas.host = &host;
+        canvas.calls.host = &host;
         analysis_Attach(canvas);
         host.drive = [this](DialogModel& dialog) {
             shown.push_back(dialog.description().name);
@@ -64,7 +64,7 @@ class AnalysisWindowTest : public testing::Test {
     }
     void Open() {
         ASSERT_TRUE(test.Open(pair_events(), "ThreadX", pair_legend()));
-        canvas.canvasName = "Board";
+        canvas.source.canvasName = "Board";
         test.ShowAll();
     }
     bool Do(const char* command) { return laCanvas_Command(canvas, command); }

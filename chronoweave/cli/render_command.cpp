@@ -4,12 +4,12 @@
 #include "chronoweave/cli/commands.h"
 #include "chronoweave/cli/opened.h"
 #include "chronoweave/cli/rows.h"
-#include "chronoweave/traxfunc/axis.h"
-#include "chronoweave/traxfunc/layout.h"
-#include "chronoweave/traxfunc/picture.h"
-#include "chronoweave/traxfunc/session.h"
-#include "chronoweave/traxfunc/task_list.h"
-#include "chronoweave/traxfunc/view.h"
+#include "chronoweave/traxfunc/draw/axis.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/picture.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/qt/picture_file.h"
 
@@ -35,23 +35,24 @@ std::optional<RenderSize> render_size(const CommandLine& line) {
 
 // Applies --flat, --hide and --sort to the object list.
 void arrange(_LaCanvasData& canvas, const CommandLine& line) {
-    canvas.flatView = line.flat;
-    if (!line.sort.empty()) canvas.sortField = line.sort == "id" ? 1 : 0;
+    canvas.list.flatView = line.flat;
+    if (!line.sort.empty()) canvas.list.sortField = line.sort == "id" ? 1 : 0;
     if (!line.hide.empty()) {
         laPath pattern;
         pattern.components = {line.hide};
         pattern.wildcard = true;
-        canvas.taskList->AddHiddenPath(pattern);
+        canvas.list.taskList->AddHiddenPath(pattern);
     }
 }
 
 // The range in the canvas's time base; the whole trace by default.
 bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& range) {
     const auto base = [&](mt_Time tick) {
-        return static_cast<double>(static_cast<int64_t>(tick - canvas.baseTick)) / canvas.ticksPerSecond;
+        return static_cast<double>(static_cast<int64_t>(tick - canvas.source.baseTick)) /
+               canvas.source.ticksPerSecond;
     };
     const double low = line.from.empty() ? 0 : base(range.first);
-    const double high = line.to.empty() ? canvas.totalLength : base(range.end);
+    const double high = line.to.empty() ? canvas.source.totalLength : base(range.end);
     if (high <= low) return false;
     return laCanvas_ShowRange(canvas, low, high, false, true);
 }
@@ -63,8 +64,8 @@ nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPictur
     for (const auto& id : ids)
         objects.push_back(id ? nlohmann::ordered_json(*id) : nlohmann::ordered_json(nullptr));
     return {{"file", file},
-            {"low", canvas.viewLow},
-            {"high", canvas.viewHigh},
+            {"low", canvas.view.viewLow},
+            {"high", canvas.view.viewHigh},
             {"rows", ids.size()},
             {"rowHeight", picture.rowHeight},
             {"graphLeft", picture.graphLeft},
@@ -104,11 +105,11 @@ int command_Render(const CommandLine& line) {
         shown = laCanvas_SetUpFromStore(*canvas, std::move(opened.store), std::move(legend), line.path);
         if (!shown) return;
         arrange(*canvas, line);
-        shown = !canvas->storeHasEvents || show_range(*canvas, line, *range);
+        shown = !canvas->source.storeHasEvents || show_range(*canvas, line, *range);
         laCanvas_Resort(*canvas);
         int height = size->height;
         if (height == 0) {
-            const int rows = static_cast<int>(canvas->taskList->rows().size()) * canvas->rowHeight;
+            const int rows = static_cast<int>(canvas->list.taskList->rows().size()) * canvas->looks.rowHeight;
             const int below =
                 laAxis_StripHeight(surface.fontMetrics(Font_Axis)) + laPicture_FooterHeight(graph.font);
             height =
@@ -116,7 +117,7 @@ int command_Render(const CommandLine& line) {
         }
         // Laid out twice: the view snaps to pixels of the width that the first pass finds.
         picture = laPicture_LayOut(*canvas, surface, size->width, height);
-        if (canvas->storeHasEvents) shown = show_range(*canvas, line, *range) && shown;
+        if (canvas->source.storeHasEvents) shown = show_range(*canvas, line, *range) && shown;
         picture = laPicture_LayOut(*canvas, surface, size->width, height);
     });
     if (!shown)

@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "windlib/qt/canvas_window.h"
+#include "chronoweave/qt/canvas_window.h"
 
 namespace {
 

@@ -11,14 +11,14 @@
 #include <filesystem>
 #include <thread>
 
-#include "chronoweave/traxfunc/canvas.h"
-#include "chronoweave/traxfunc/task_list.h"
-#include "chronoweave/traxfunc/time.h"
+#include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxmain/driven_robot.h"
 #include "chronoweave/traxmain/trvgui.h"
 #include "libtrv/test_store.h"
-#include "windlib/qt/canvas_window.h"
-#include "windlib/qt/picture_view.h"
 
 namespace {
 
@@ -74,21 +74,21 @@ void open_by_dialog(Robot& robot, const std::string& trace) {
     robot.type(trace);
     robot.picture("1-file-dialog");
     robot.key("Return");
-    robot.waitFor("the trace", [] { return canvas_data().storeHasEvents; });
+    robot.waitFor("the trace", [] { return canvas_data().source.storeHasEvents; });
     robot.picture("2-opened");
 }
 
 void zoom_by_tool_bar(Robot& robot) {
     double before = 0, after = 0;
-    robot.look([&] { before = canvas_data().viewLength; });
+    robot.look([&] { before = canvas_data().view.viewLength; });
     robot.click("ZoomOut");
     robot.click("ZoomOut");
-    robot.look([&] { after = canvas_data().viewLength; });
+    robot.look([&] { after = canvas_data().view.viewLength; });
     robot.expect(after > before * 2, "the tool bar zooms out");
     QPoint middle;
     robot.look([&] { middle = on_screen(300, 60); });
     robot.wheel(middle, 2, "ctrl");
-    robot.look([&] { before = canvas_data().viewLength; });
+    robot.look([&] { before = canvas_data().view.viewLength; });
     robot.expect(before < after, "Ctrl+wheel zooms in");
 }
 
@@ -96,8 +96,8 @@ void drag_past_the_edge(Robot& robot) {
     double low = 0, high = 0;
     QPoint from, to;
     robot.look([&] {
-        low = canvas_data().viewLow;
-        high = canvas_data().viewHigh;
+        low = canvas_data().view.viewLow;
+        high = canvas_data().view.viewHigh;
         const int width = Robot::canvas()->view().picture().graphWidth;
         from = on_screen(width - 150, 40);
         to = on_screen(width + 12, 44);
@@ -105,15 +105,16 @@ void drag_past_the_edge(Robot& robot) {
     robot.press(from);
     robot.moveTo(from + QPoint(60, 2));
     robot.moveTo(to);
-    robot.waitFor("the picture to follow", [&] { return canvas_data().viewLow > low; });
+    robot.waitFor("the picture to follow", [&] { return canvas_data().view.viewLow > low; });
     robot.pause(200);
     robot.release();
     robot.pause(100);
     robot.picture("3-selection");
     robot.look([&] {
         const _LaCanvasData& canvas = canvas_data();
-        robot.expect(canvas.cursor[1] > high, "the selection reaches beyond the old edge");
-        robot.expect(canvas.cursor[0] >= low && canvas.cursor[0] < high, "and begins where the press was");
+        robot.expect(canvas.marks.cursor[1] > high, "the selection reaches beyond the old edge");
+        robot.expect(canvas.marks.cursor[0] >= low && canvas.marks.cursor[0] < high,
+                     "and begins where the press was");
     });
 }
 
@@ -121,18 +122,18 @@ void hide_by_menu(Robot& robot) {
     size_t before = 0, after = 0;
     QPoint row;
     robot.look([&] {
-        before = canvas_data().taskList->rows().size();
+        before = canvas_data().list.taskList->rows().size();
         PictureView& view = Robot::canvas()->view();
-        for (const MslObjectEntry* entry : canvas_data().taskList->rows())
+        for (const MslObjectEntry* entry : canvas_data().list.taskList->rows())
             if (entry->lane != laNoLane && entry->row > 0) {
                 row = view.mapToGlobal(
-                    QPoint(40, view.picture().graphTop + entry->row * canvas_data().rowHeight + 8));
+                    QPoint(40, view.picture().graphTop + entry->row * canvas_data().looks.rowHeight + 8));
                 break;
             }
     });
     robot.click(row, 3);
     robot.choose("Hide");
-    robot.look([&] { after = canvas_data().taskList->rows().size(); });
+    robot.look([&] { after = canvas_data().list.taskList->rows().size(); });
     robot.expect(after < before, "a row is hidden by its menu");
 }
 
@@ -140,13 +141,15 @@ void sort_around_event(Robot& robot) {
     QPoint icon;
     robot.look([&] {
         const _LaCanvasData& canvas = canvas_data();
-        for (uint32_t i = 0; i < canvas.bitmaps.size(); ++i) {
-            const laItem_Bitmap& one = canvas.bitmaps[i];
-            if (canvas.lanes[one.lane].hidden || !canvas.eventLooks[static_cast<size_t>(one.event)].shown)
+        for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i) {
+            const laItem_Bitmap& one = canvas.items.bitmaps[i];
+            if (canvas.items.lanes[one.lane].hidden ||
+                !canvas.looks.eventLooks[static_cast<size_t>(one.event)].shown)
                 continue;
             const laRect box = laItem_Rect(canvas, one);
-            if (one.time < canvas.viewLow || box.left < 20 || box.right > canvas.graph->width - 20) continue;
-            icon = on_screen((box.left + box.right) / 2, box.top + 3 - canvas.verticalOffset);
+            if (one.time < canvas.view.viewLow || box.left < 20 || box.right > canvas.graph->width - 20)
+                continue;
+            icon = on_screen((box.left + box.right) / 2, box.top + 3 - canvas.view.verticalOffset);
             break;
         }
     });
@@ -154,12 +157,12 @@ void sort_around_event(Robot& robot) {
     robot.click(icon, 3);
     robot.picture("4-menu");
     robot.choose("Sort Around Clicked Event");
-    robot.waitFor("the sort", [] { return canvas_data().sortAroundEvent; });
+    robot.waitFor("the sort", [] { return canvas_data().list.sortAroundEvent; });
 }
 
 void bookmark(Robot& robot) {
     robot.key("ctrl+b");
-    robot.waitFor("a bookmark", [] { return !canvas_data().bookmarks.empty(); });
+    robot.waitFor("a bookmark", [] { return !canvas_data().marks.bookmarks.empty(); });
     QPoint graph;
     robot.look([&] { graph = on_screen(300, 60); });
     robot.moveTo(graph);
@@ -168,8 +171,8 @@ void bookmark(Robot& robot) {
     robot.choose("Bookmark: ");
     robot.waitFor("the bookmark's place", [] {
         const _LaCanvasData& canvas = canvas_data();
-        const double time = canvas.bookmarks.front().time;
-        return time >= canvas.viewLow && time <= canvas.viewHigh;
+        const double time = canvas.marks.bookmarks.front().time;
+        return time >= canvas.view.viewLow && time <= canvas.view.viewHigh;
     });
     robot.picture("5-bookmark");
 }
@@ -194,7 +197,7 @@ void colour_in_legend(Robot& robot) {
     robot.type("0x12");
     robot.picture("7-colour");
     robot.click("bt_ok");
-    robot.waitFor("the colour", [] { return canvas_data().legend.statuses[0].red == 0x1200; });
+    robot.waitFor("the colour", [] { return canvas_data().looks.legend.statuses[0].red == 0x1200; });
     robot.key("Escape");
     robot.waitFor("the canvas", [] { return Robot::canvas()->isActiveWindow(); });
 }
@@ -234,14 +237,15 @@ TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
     });
     ASSERT_EQ(first, 0);
     const int second = run_program({trace}, pictures, [&](Robot& robot) {
-        robot.waitFor("the trace", [] { return canvas_data().storeHasEvents; });
+        robot.waitFor("the trace", [] { return canvas_data().source.storeHasEvents; });
         robot.pause(300);
         robot.picture("9-next-day");
         robot.look([&] {
             const _LaCanvasData& canvas = canvas_data();
-            robot.expect(canvas.legend.statuses[0].red == 0x1200, "the colour was saved");
-            robot.expect(canvas.bookmarks.size() == 1 || canvas.bookmarks.size() == 2, "bookmarks are back");
-            robot.expect(!canvas.taskList->hiddenPaths().empty(), "what was hidden is hidden");
+            robot.expect(canvas.looks.legend.statuses[0].red == 0x1200, "the colour was saved");
+            robot.expect(canvas.marks.bookmarks.size() == 1 || canvas.marks.bookmarks.size() == 2,
+                         "bookmarks are back");
+            robot.expect(!canvas.list.taskList->hiddenPaths().empty(), "what was hidden is hidden");
         });
         robot.key("ctrl+q");
     });

@@ -14,12 +14,12 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/traxfunc/commands.h"
-#include "chronoweave/traxfunc/cursor.h"
-#include "chronoweave/traxfunc/items.h"
-#include "chronoweave/traxfunc/view.h"
-#include "windlib/qt/canvas_window.h"
-#include "windlib/qt/picture_view.h"
+#include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/model/items.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -122,8 +122,8 @@ void keep_first_screen(CanvasWindow& window) {
 void keep_selection(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
     laCanvas_Paint(canvas, [&] {
-        laCanvas_SetSelection(canvas, canvas.viewLow + canvas.viewLength * 0.4,
-                              canvas.viewLow + canvas.viewLength * 0.7);
+        laCanvas_SetSelection(canvas, canvas.view.viewLow + canvas.view.viewLength * 0.4,
+                              canvas.view.viewLow + canvas.view.viewLength * 0.7);
     });
     keep(&window, "selection");
     laCanvas_Paint(canvas, [&] { laCanvas_ClearCursors(canvas); });
@@ -132,8 +132,9 @@ void keep_selection(CanvasWindow& window) {
 void keep_bookmarks(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
     for (const double share : {0.2, 0.6}) {
-        laCanvas_Paint(canvas,
-                       [&] { laCanvas_MoveCursor(canvas, 0, canvas.viewLow + canvas.viewLength * share); });
+        laCanvas_Paint(canvas, [&] {
+            laCanvas_MoveCursor(canvas, 0, canvas.view.viewLow + canvas.view.viewLength * share);
+        });
         run(window, "AddBookmark");
     }
     run(window, "EditBookmarks", {picture("bookmarks")});
@@ -144,11 +145,11 @@ void keep_bookmarks(CanvasWindow& window) {
 // The windows of the first event in the view, and of its object.
 void keep_details(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
-    const uint32_t icon = laBm_FirstAt(canvas, canvas.viewLow);
-    const uint32_t lane = canvas.bitmaps[icon].lane;
-    canvas.openInfo(canvas.lanes[lane].objectId);
+    const uint32_t icon = laBm_FirstAt(canvas, canvas.view.viewLow);
+    const uint32_t lane = canvas.items.bitmaps[icon].lane;
+    canvas.calls.openInfo(canvas.items.lanes[lane].objectId);
     keepOpened("ObjectInfo", "info");
-    canvas.openDetail({laItemType_Bitmap, lane, icon});
+    canvas.calls.openDetail({laItemType_Bitmap, lane, icon});
     keepOpened("EventDetail", "details");
 }
 

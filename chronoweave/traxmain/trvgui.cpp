@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/traxmain/main_loop.h"
 #include "chronoweave/traxmain/start_options.h"
 #include "shared/libcxxutil/report.h"
@@ -14,7 +15,6 @@
 #include "windlib/config/option_file.h"
 #include "windlib/config/settings.h"
 #include "windlib/menu/menu.h"
-#include "windlib/qt/canvas_window.h"
 #include "windlib/qt/console_window.h"
 #include "windlib/qt/platform.h"
 

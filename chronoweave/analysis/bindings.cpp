@@ -1,0 +1,141 @@
+#include "chronoweave/analysis/bindings.h"
+
+#include <algorithm>
+
+#include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/traxfunc/input/goto.h"
+#include "chronoweave/traxfunc/list/hide_dialog.h"
+#include "chronoweave/traxfunc/model/time_unit.h"
+
+namespace {
+
+constexpr int accepted = 1, cancelled = 0;
+
+void run(const DialogDraw& draw, const std::function<void()>& work) {
+    if (draw)
+        draw(work);
+    else
+        work();
+}
+
+// The hide dialog's state shown in its items, and back.
+class HideBinding : public std::enable_shared_from_this<HideBinding> {
+  public:
+    HideBinding(_LaCanvasData& canvas, DialogModel& model, DialogDraw draw)
+        : logic_(canvas), model_(model), draw_(std::move(draw)) {}
+
+    void begin() {
+        model_.setTitle(logic_.title);
+        model_.setText("t_show", logic_.showTitle);
+        model_.setText("t_hide", logic_.hideTitle);
+        for (const char* name : {"to_show", "to_hide"}) {
+            model_.setColumnTitles(name, {logic_.nameColumn, logic_.idColumn});
+            MScrollList& list = model_.list(name);
+            list.SetComparison(1, msl_CompareUnsigned);
+            list.viewResized = [&list](int width) {
+                const int first = laHideDialog::NameColumnWidth(width);
+                list.SetWidth(0, first);
+                list.SetWidth(1, std::max(0, width - first));
+            };
+        }
+        show();
+        const auto self = shared_from_this();
+        model_.onPress = [self](const std::string& name) { self->press(name); };
+        model_.onEdit = [self](const std::string&, const std::string& text) {
+            self->logic_.pattern = text;
+            self->enable();
+        };
+        model_.onSelect = [self](const std::string&) {
+            self->takeSelection();
+            self->enable();
+        };
+        model_.onActivate = [self](const std::string& list, int row) {
+            const bool inToShow = list == "to_show";
+            const std::vector<laHideRow>& rows = inToShow ? self->logic_.toShow : self->logic_.toHide;
+            const uint64_t id = self->model_.rowId(list, row);
+            const auto at = std::find_if(rows.begin(), rows.end(),
+                                         [id](const laHideRow& each) { return each.data == id; });
+            self->logic_.DoubleClick(inToShow, static_cast<size_t>(at - rows.begin()));
+            self->show();
+        };
+    }
+
+  private:
+    static std::vector<DialogRow> rowsOf(const std::vector<laHideRow>& rows) {
+        std::vector<DialogRow> shown;
+        for (const laHideRow& row : rows) shown.push_back({{row.name, row.id}, row.data});
+        return shown;
+    }
+    void takeSelection() {
+        const auto take = [&](const char* list, std::vector<laHideRow>& rows) {
+            const std::vector<uint64_t> ids = model_.selectedIds(list);
+            const std::set<uint64_t> selected(ids.begin(), ids.end());
+            for (laHideRow& row : rows) row.selected = selected.count(row.data) > 0;
+        };
+        take("to_show", logic_.toShow);
+        take("to_hide", logic_.toHide);
+    }
+    void enable() {
+        for (const char* button : {"hide", "show", "hideall", "showall"})
+            model_.setEnabled(button, logic_.Enabled(button));
+    }
+    void show() {
+        model_.setRows("to_show", rowsOf(logic_.toShow));
+        model_.setRows("to_hide", rowsOf(logic_.toHide));
+        model_.setText("pattern", logic_.pattern);
+        enable();
+    }
+    void press(const std::string& name) {
+        takeSelection();
+        run(draw_, [&] { logic_.Press(name); });
+        if (logic_.isOpen())
+            show();
+        else
+            model_.close(name == "ok" ? accepted : cancelled);
+    }
+
+    laHideDialog logic_;
+    DialogModel& model_;
+    DialogDraw draw_;
+};
+
+}  // namespace
+
+std::unique_ptr<DialogModel> dialogs_OpenHide(_LaCanvasData& canvas, DialogDraw draw) {
+    auto model = std::make_unique<DialogModel>(dialogs_Hide());
+    std::make_shared<HideBinding>(canvas, *model, std::move(draw))->begin();
+    return model;
+}
+
+std::unique_ptr<DialogModel> dialogs_OpenTimeUnit(_LaCanvasData& canvas, DialogDraw draw) {
+    const auto state = laTimeUnit_Open(canvas);
+    if (!state) return nullptr;
+    auto model = std::make_unique<DialogModel>(dialogs_TimeUnit());
+    DialogModel& shown = *model;
+    shown.setChoice("units", state->unit);
+    shown.setChecked("auto", state->autoAdjust);
+    shown.onPress = [&canvas, &shown, draw = std::move(draw),
+                     state = *state](const std::string& name) mutable {
+        if (name == "ok") {
+            state.unit = shown.item("units").choice;
+            state.autoAdjust = shown.item("auto").checked;
+            run(draw, [&] { laTimeUnit_Apply(canvas, laTimeUnit_Result(state)); });
+        }
+        shown.close(name == "ok" ? accepted : cancelled);
+    };
+    return model;
+}
+
+std::unique_ptr<DialogModel> dialogs_OpenGoto(_LaCanvasData& canvas, DialogDraw draw) {
+    auto model = std::make_unique<DialogModel>(dialogs_GotoTime());
+    DialogModel& shown = *model;
+    shown.onPress = [&canvas, &shown, draw = std::move(draw)](const std::string& name) {
+        bool went = true;
+        if (name == "ok") run(draw, [&] { went = laCanvas_GotoText(canvas, shown.item("time").text); });
+        if (went)
+            shown.close(name == "ok" ? accepted : cancelled);
+        else
+            shown.setMessage(canvas.fields.message);  // and the text stays, to be mended
+    };
+    return model;
+}

@@ -1,0 +1,172 @@
+#include <algorithm>
+
+#include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/program_dialogs.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+#include "windlib/menu/menu.h"
+
+namespace {
+
+// The bookmarks in their list. A row's id is the position in the canvas's list, which nobody else changes
+// while the dialog is open.
+class BookmarkList {
+  public:
+    BookmarkList(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw)
+        : host_(host), canvas_(canvas), draw_(std::move(draw)), model_(dialogs_Bookmarks()) {
+        model_.onSelect = [this](const std::string&) { enable(); };
+        model_.onActivate = [this](const std::string&, int) { goTo(); };
+        model_.onCommit = [this](const std::string&, const std::string&) { rename(); };
+        model_.onPress = [this](const std::string& name) { press(name); };
+        fill(0);
+    }
+    void run() { host_.Run(model_); }
+
+  private:
+    LaBookmark* selected() {
+        const int row = model_.selectedRow("marks");
+        const auto& rows = model_.item("marks").rows;
+        if (row < 0 || static_cast<size_t>(row) >= rows.size()) return nullptr;
+        const auto at = static_cast<size_t>(rows[static_cast<size_t>(row)].id);
+        return at < canvas_.marks.bookmarks.size() ? &canvas_.marks.bookmarks[at] : nullptr;
+    }
+    std::string objectOf(const LaBookmark& mark) {
+        if (mark.objectId == laAgentId) return {};
+        const laItem_Line* lane = laCanvas_FindLane(canvas_, mark.objectId);
+        return lane ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas_, *lane)))
+                    : gen_format("0x%x", mark.objectId);
+    }
+    void fill(size_t select) {
+        std::vector<DialogRow> rows;
+        for (size_t i = 0; i < canvas_.marks.bookmarks.size(); ++i) {
+            const LaBookmark& mark = canvas_.marks.bookmarks[i];
+            DialogRow row;
+            row.cells = {text_unescape(mark.label), laTime_Text(canvas_, mark.time), objectOf(mark),
+                         gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
+            row.id = i;
+            rows.push_back(std::move(row));
+        }
+        const size_t count = rows.size();
+        model_.setRows("marks", std::move(rows));
+        if (count > 0) model_.setSelected("marks", {static_cast<int>(std::min(select, count - 1))});
+        enable();
+    }
+    void enable() {
+        LaBookmark* mark = selected();
+        for (const char* name : {"label", "rename", "colour", "goto", "delete"})
+            model_.setEnabled(name, mark != nullptr);
+        model_.setText("label", mark ? text_unescape(mark->label) : "");
+    }
+    void draw(const std::function<void()>& work) {
+        if (draw_)
+            draw_(work);
+        else
+            work();
+    }
+    void goTo() {
+        if (const LaBookmark* mark = selected())
+            draw([&] { laCanvas_Reveal(canvas_, mark->time, mark->objectId); });
+    }
+    void rename() {
+        LaBookmark* mark = selected();
+        const std::string& label = model_.item("label").text;
+        if (!mark || label.empty()) return;
+        mark->label = text_escape(label);
+        fill(static_cast<size_t>(mark - canvas_.marks.bookmarks.data()));
+    }
+    void changeColour() {
+        LaBookmark* mark = selected();
+        const auto colour = host_.ChooseColour("Colour of the bookmark", mark->colour & 0xFFFFFF);
+        if (!colour) return;
+        mark->colour = *colour;
+        draw([&] { laCanvas_Repaint(canvas_); });
+        fill(static_cast<size_t>(mark - canvas_.marks.bookmarks.data()));
+    }
+    void press(const std::string& name) {
+        if (name == "close") return model_.close(0);
+        LaBookmark* mark = selected();
+        if (!mark) return;
+        const auto at = static_cast<size_t>(mark - canvas_.marks.bookmarks.data());
+        if (name == "goto") goTo();
+        if (name == "rename") rename();
+        if (name == "colour") changeColour();
+        if (name == "delete") {
+            draw([&] { laBookmark_DeleteAt(canvas_, at, true); });
+            fill(at);
+        }
+    }
+
+    DialogHost& host_;
+    _LaCanvasData& canvas_;
+    DialogDraw draw_;
+    DialogModel model_;
+};
+
+struct ListedCommand {
+    std::string label, menu, keys, body;
+};
+
+void collect(MenuRegistry& menus, const MenuResource& menu, const std::string& path,
+             std::vector<ListedCommand>& all, int depth) {
+    constexpr int deepest = 8;
+    for (const MenuRow& row : menu.rows) {
+        if (row.isSeparator() || (row.flags & (MenuRow_Hidden | MenuRow_Disabled))) continue;
+        const std::string label = dialog_PlainText(row.label);
+        if (row.child && depth < deepest)
+            collect(menus, *row.child, path.empty() ? label : path + ", " + label, all, depth + 1);
+        else if (!row.child)
+            all.push_back({label, path, menu_ShownAccelerator(row.accelerator), row.body});
+    }
+}
+
+bool contains_nocase(std::string_view text, std::string_view part) {
+    for (size_t i = 0; i + part.size() <= text.size(); ++i)
+        if (text_starts_nocase(text.substr(i), part)) return true;
+    return false;
+}
+
+}  // namespace
+
+void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw) {
+    BookmarkList(host, canvas, std::move(draw)).run();
+}
+
+std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const std::string& menu) {
+    std::vector<ListedCommand> all;
+    if (MenuResource* root = menus.Find(menu, true)) {
+        menus.Update(*root);
+        collect(menus, *root, "", all, 0);
+    }
+    DialogModel model(dialogs_Palette());
+    const auto fill = [&](const std::string& part) {
+        std::vector<DialogRow> rows;
+        for (const ListedCommand& command : all)
+            if (contains_nocase(command.label, part) || contains_nocase(command.body, part))
+                rows.push_back({{command.label, command.menu, command.keys}, rows.size(), command.body});
+        const bool any = !rows.empty();
+        model.setRows("commands", std::move(rows));
+        if (any) model.setSelected("commands", {0});
+        model.setEnabled("run", any);
+    };
+    fill("");
+    std::string chosen;
+    const auto take = [&] {
+        const int row = model.selectedRow("commands");
+        if (row < 0) return;
+        chosen = model.item("commands").rows[static_cast<size_t>(row)].data;
+        model.close(1);
+    };
+    model.onEdit = [&](const std::string&, const std::string& text) { fill(text); };
+    model.onActivate = [&](const std::string&, int) { take(); };
+    model.onSelect = [&](const std::string&) { model.setEnabled("run", model.selectedRow("commands") >= 0); };
+    model.onPress = [&](const std::string& name) { name == "run" ? take() : model.close(0); };
+    host.Run(model);
+    return chosen;
+}

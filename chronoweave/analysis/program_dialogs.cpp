@@ -1,0 +1,137 @@
+#include "chronoweave/analysis/program_dialogs.h"
+
+#include <charconv>
+
+#include "chronoweave/analysis/dialogs.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr int accepted = 1, cancelled = 0;
+
+void close_by_buttons(DialogModel& model, const char* ok) {
+    model.onPress = [&model, ok](const std::string& name) { model.close(name == ok ? accepted : cancelled); };
+}
+
+struct OptionBox {
+    const char* item;
+    bool ProgramOptions::*option;
+};
+constexpr OptionBox optionBoxes[] = {
+    {"wheel", &ProgramOptions::bareWheelZooms},   {"snap", &ProgramOptions::cursorsSnap},
+    {"newtrv", &ProgramOptions::newTrv},          {"prefetch", &ProgramOptions::prefetch},
+    {"kernel", &ProgramOptions::kernel},          {"icons", &ProgramOptions::iconButtons},
+    {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom},
+    {"dark", &ProgramOptions::darkColours}};
+
+struct Key {
+    const char* keys;
+    const char* what;
+};
+constexpr Key keyTable[] = {
+    {"Ctrl+O", "open a trace (or drop a file)"},
+    {"Ctrl+N", "another window"},
+    {"Ctrl+Q, Ctrl+W", "close the window"},
+    {"Alt+letter, F10", "menus"},
+    {"Ctrl+Shift+P", "find a command by its name"},
+    {"Ctrl+wheel, W, S, +, -", "zoom at the pointer"},
+    {"Wheel, Up, Down", "scroll over the rows"},
+    {"Shift+wheel, A, D, Left, Right", "scroll in time"},
+    {"Page Up, Page Down", "scroll by a view"},
+    {"Home, End", "to the ends"},
+    {"0", "show everything"},
+    {"Drag", "select (Alt: without snapping)"},
+    {"Middle drag, Space+drag", "move the picture"},
+    {"F", "centre the selection, again: fit it"},
+    {"Z", "zoom to the selection"},
+    {"Ctrl+G", "go to a time"},
+    {"Ctrl+E", "show or hide the table of events"},
+    {"Ctrl+H", "hide objects"},
+    {"Ctrl+B", "bookmark the cursors"},
+    {"Ctrl+F", "search"},
+    {"F3, Shift+F3", "to the next and the previous hit"},
+    {"Ctrl+P", "print"},
+    {"Alt+Left, Alt+Right", "back and forth in the history"},
+    {"F1", "the manual, at the page of the window"},
+    {"?", "this sheet"},
+    {"Escape", "stop long work"},
+};
+
+}  // namespace
+
+std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value) {
+    DialogModel model(dialogs_GetValue());
+    model.setText("tf_val", value);
+    close_by_buttons(model, "bs_ok");
+    if (host.Run(model) != accepted) return std::nullopt;
+    return model.item("tf_val").text;
+}
+
+void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas) {
+    const auto answer = dialogs_AskValue(host, std::to_string(canvas.options.refreshInterval));
+    if (!answer) return;
+    std::string_view text = text_trim(*answer);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    int value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value);  // 0 when there is none, or too large
+    if (value < 1 || value == canvas.options.refreshInterval) return;
+    canvas.options.refreshInterval = value;
+    canvas.view.flags |= Canvas_LegendChanged;
+    if (canvas.calls.upper.refreshIntervalChanged) canvas.calls.upper.refreshIntervalChanged();
+}
+
+bool dialogs_AskCanvasName(DialogHost& host, _LaCanvasData& canvas, const std::string& title) {
+    const auto answer = dialogs_AskValue(host, title);
+    if (!answer || answer->empty()) return false;
+    canvas.source.canvasName = *answer;
+    return true;
+}
+
+std::optional<ProgramOptions> dialogs_AskOptions(DialogHost& host, const ProgramOptions& options) {
+    DialogModel model(dialogs_Options());
+    for (const OptionBox& box : optionBoxes) model.setChecked(box.item, options.*box.option);
+    close_by_buttons(model, "ok");
+    if (host.Run(model) != accepted) return std::nullopt;
+    ProgramOptions wanted = options;
+    for (const OptionBox& box : optionBoxes) wanted.*box.option = model.item(box.item).checked;
+    return wanted;
+}
+
+void dialogs_TakeScrollPos(int r, ProgramOptions& options) {
+    options.verticalBarRight = r > 9;
+    options.horizontalBarBottom = r % 10 == 0;
+}
+
+std::optional<ProgramOptions> dialogs_AskScrollPos(DialogHost& host, const ProgramOptions& options) {
+    DialogModel model(dialogs_ScrollPos());
+    model.setChoice("side", options.verticalBarRight ? 1 : 0);
+    model.setChoice("end", options.horizontalBarBottom ? 1 : 0);
+    model.onPress = [&model](const std::string& name) {
+        const int answer = 10 * model.item("side").choice + (model.item("end").choice == 0 ? 1 : 0);
+        model.close(name == "ok" ? answer : Dialog_Dismissed);
+    };
+    const int answer = host.Run(model);
+    if (answer < 0) return std::nullopt;
+    ProgramOptions wanted = options;
+    dialogs_TakeScrollPos(answer, wanted);
+    return wanted;
+}
+
+void dialogs_ShowKeys(DialogHost& host) {
+    DialogModel model(dialogs_KeySheet());
+    std::vector<DialogRow> rows;
+    for (const Key& key : keyTable) rows.push_back({{key.keys, key.what}});
+    model.setRows("keys", std::move(rows));
+    close_by_buttons(model, "close");
+    host.Run(model);
+}
+
+void dialogs_ShowAbout(DialogHost& host) {
+    DialogModel model(dialogs_About());
+    model.setText("t_version", "Version " CW_VERSION);
+    model.setText("t_build", gen_format("%s build, compiler %d.%d.%d", CW_BUILD_TYPE, __GNUC__,
+                                        __GNUC_MINOR__, __GNUC_PATCHLEVEL__));
+    close_by_buttons(model, "ok");
+    host.Run(model);
+}

@@ -1,0 +1,35 @@
+// The small dialogs of the canvas window's commands, run to their end through a host: each asks, and carries
+// out the answer. The canvas's refusals (no source and the like) are its dispatch's and come before.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "chronoweave/analysis/bindings.h"
+#include "windlib/config/settings.h"
+#include "windlib/dialog/host.h"
+
+class MenuRegistry;
+
+// A value typed in place of one; none when the user cancelled.
+std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value);
+// "RefreshGap": the period of live reading, milliseconds. What is no number above 0 is dropped.
+void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas);
+// "CanvasName": the title of the canvas. True when there is a new one in canvasName.
+bool dialogs_AskCanvasName(DialogHost& host, _LaCanvasData& canvas, const std::string& title);
+
+// The options as the user wants them; none when cancelled.
+std::optional<ProgramOptions> dialogs_AskOptions(DialogHost& host, const ProgramOptions& options);
+// The same for the sides of the scroll bars alone.
+std::optional<ProgramOptions> dialogs_AskScrollPos(DialogHost& host, const ProgramOptions& options);
+// What the dialog's answer r means: right by r > 9, top by r % 10.
+void dialogs_TakeScrollPos(int r, ProgramOptions& options);
+
+// "EditBookmarks": the list of bookmarks, until it is closed.
+void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw);
+// The sheet of keys.
+void dialogs_ShowKeys(DialogHost& host);
+void dialogs_ShowAbout(DialogHost& host);
+// All rows of the menus under this one that can be used now. The command chosen; empty for none.
+std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const std::string& menu);

@@ -1,0 +1,160 @@
+#include "chronoweave/analysis/program_dialogs.h"
+
+#include <gtest/gtest.h>
+
+#include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/menus.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "windlib/dialog/host_testing.h"
+
+namespace {
+
+class ProgramDialogs : public testing::Test {
+  protected:
+    // Types into a field of the next dialog and presses a button.
+    void Answer(const char* field, const char* text, const char* button) {
+        host.drive = [=](DialogModel& model) {
+            EXPECT_TRUE(model.edit(field, text));
+            EXPECT_TRUE(model.press(button));
+        };
+    }
+    RecordingHost host;
+    TestCanvas test;
+    _LaCanvasData& canvas = *test.canvas;
+};
+
+TEST_F(ProgramDialogs, OnlyANewPeriodIsTaken) {
+    int restarted = 0;
+    canvas.calls.upper.refreshIntervalChanged = [&] { ++restarted; };
+    const struct {
+        const char *text, *button;
+        int period;
+        bool changed;
+    } cases[] = {
+        {"250", "bs_ok", 250, true}, {" 250 ", "bs_ok", 250, false},       {"300", "cancel", 250, false},
+        {"0", "bs_ok", 250, false},  {"-5", "bs_ok", 250, false},          {"soon", "bs_ok", 250, false},
+        {"", "bs_ok", 250, false},   {"99999999999", "bs_ok", 250, false}, {"40 ms", "bs_ok", 40, true}};
+    for (const auto& one : cases) {
+        restarted = 0;
+        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+        Answer("tf_val", one.text, one.button);
+        dialogs_AskRefreshInterval(host, canvas);
+        EXPECT_EQ(canvas.options.refreshInterval, one.period) << one.text;
+        EXPECT_EQ(restarted, one.changed ? 1 : 0) << one.text;
+        EXPECT_EQ((canvas.view.flags & Canvas_LegendChanged) != 0, one.changed) << one.text;
+    }
+    host.drive = [](DialogModel& model) {
+        EXPECT_EQ(model.item("tf_val").text, "40");
+        EXPECT_EQ(model.title(), "Get Value");
+    };
+    dialogs_AskRefreshInterval(host, canvas);
+}
+
+TEST_F(ProgramDialogs, TheCanvasTakesAName) {
+    Answer("tf_val", "Night run", "bs_ok");
+    EXPECT_TRUE(dialogs_AskCanvasName(host, canvas, "old"));
+    EXPECT_EQ(canvas.source.canvasName, "Night run");
+    Answer("tf_val", "", "bs_ok");
+    EXPECT_FALSE(dialogs_AskCanvasName(host, canvas, "old"));
+    EXPECT_EQ(canvas.source.canvasName, "Night run");
+    EXPECT_EQ(canvas.view.flags & Canvas_LegendChanged, 0u);
+}
+
+TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {
+    ProgramOptions options;
+    host.drive = [](DialogModel& model) {
+        for (const char* box : {"newtrv", "prefetch", "icons", "right", "bottom", "snap"})
+            EXPECT_TRUE(model.item(box).checked) << box;
+        for (const char* box : {"wheel", "kernel", "dark"}) EXPECT_FALSE(model.item(box).checked) << box;
+        EXPECT_TRUE(model.check("wheel", true));
+        EXPECT_TRUE(model.check("snap", false));
+        EXPECT_TRUE(model.check("bottom", false));
+        EXPECT_TRUE(model.key(DialogKey::Enter));
+    };
+    ProgramOptions wanted = options;
+    wanted.bareWheelZooms = true;
+    wanted.cursorsSnap = wanted.horizontalBarBottom = false;
+    EXPECT_EQ(dialogs_AskOptions(host, options), wanted);
+    host.drive = [](DialogModel& model) { model.key(DialogKey::Escape); };
+    EXPECT_FALSE(dialogs_AskOptions(host, options));
+    for (const bool right : {false, true}) {
+        for (const bool bottom : {false, true}) {
+            host.drive = [=](DialogModel& model) {
+                model.choose("side", right ? 1 : 0);
+                model.choose("end", bottom ? 1 : 0);
+                model.press("ok");
+                EXPECT_EQ(model.result(), (right ? 10 : 0) + (bottom ? 0 : 1));
+            };
+            const auto sides = dialogs_AskScrollPos(host, options);
+            ASSERT_TRUE(sides);
+            EXPECT_EQ(sides->verticalBarRight, right);
+            EXPECT_EQ(sides->horizontalBarBottom, bottom);
+        }
+    }
+    host.drive = {};
+    EXPECT_FALSE(dialogs_AskScrollPos(host, options));
+}
+
+TEST_F(ProgramDialogs, BookmarksAreEdited) {
+    ASSERT_TRUE(test.Open({name_event(0, 0x400, "One"), name_event(5000, 0x800, "Two")}));
+    laBookmark_Add(canvas, laAgentId, 1, false);
+    laBookmark_Add(canvas, 0x800, 4, false);
+    host.colourAnswer = 0x00FF00;
+    host.drive = [&](DialogModel& model) {
+        const auto cell = [&](size_t row, size_t column) {
+            return model.item("marks").rows[row].cells[column];
+        };
+        ASSERT_EQ(model.item("marks").rows.size(), 2u);
+        EXPECT_EQ(cell(0, 2), "Two");
+        EXPECT_EQ(cell(1, 3), "#0000FF");
+        EXPECT_TRUE(model.select("marks", {1}));
+        EXPECT_TRUE(model.type("label", "it's {late}"));
+        EXPECT_EQ(cell(1, 0), "it's {late}");
+        EXPECT_EQ(canvas.marks.bookmarks[1].label, "it\\'s {late}");
+        EXPECT_TRUE(model.press("colour"));
+        EXPECT_EQ(canvas.marks.bookmarks[1].colour, 0x00FF00u);
+        EXPECT_TRUE(model.activate("marks", 1));
+        EXPECT_TRUE(canvas.view.viewLow <= 1 && canvas.view.viewHigh >= 1);
+        EXPECT_TRUE(model.press("delete"));
+        EXPECT_EQ(canvas.marks.bookmarks.size(), 1u);
+        EXPECT_EQ(model.selectedRow("marks"), 0);
+        EXPECT_TRUE(model.press("delete"));
+        EXPECT_FALSE(model.press("goto"));
+        EXPECT_TRUE(model.press("close"));
+    };
+    dialogs_EditBookmarks(host, canvas, {});
+    EXPECT_TRUE(canvas.marks.bookmarks.empty());
+}
+
+TEST_F(ProgramDialogs, ACommandIsFoundByItsName) {
+    MenuRegistry menus;
+    laMenus_Register(menus);
+    for (const char* name : {"TraxFile", "TraxView", "TraxReport", "TraxConfig", "TraxBookmark"})
+        laCanvas_MenuHook(menus, name, canvas);
+    host.drive = [](DialogModel& model) {
+        EXPECT_TRUE(model.edit("filter", "search"));
+        EXPECT_TRUE(model.item("commands").rows.empty()) << "without a source";
+        EXPECT_FALSE(model.press("run"));
+        EXPECT_TRUE(model.edit("filter", "CANVAS"));
+        ASSERT_EQ(model.item("commands").rows.size(), 1u);
+        EXPECT_EQ(model.item("commands").rows[0].cells[1], "Config");
+        EXPECT_TRUE(model.key(DialogKey::Enter, "filter"));
+    };
+    EXPECT_EQ(dialogs_AskCommand(host, menus, "TraxMenuBar"), "CanvasName");
+    host.drive = {};
+    EXPECT_EQ(dialogs_AskCommand(host, menus, "TraxMenuBar"), "");
+}
+
+TEST_F(ProgramDialogs, KeysAndVersionAreShown) {
+    host.drive = [](DialogModel& model) {
+        const bool keys = model.description().name == "KeySheet";
+        EXPECT_TRUE(!keys || model.item("keys").rows.size() > 15u);
+        EXPECT_TRUE(keys || model.item("t_version").text.find('.') != std::string::npos);
+        EXPECT_TRUE(model.key(DialogKey::Enter));
+        EXPECT_TRUE(model.isClosed());
+    };
+    dialogs_ShowKeys(host);
+    dialogs_ShowAbout(host);
+}
+
+}  // namespace

@@ -1,0 +1,259 @@
+// What the canvas window does of the table of commands: whatever needs a window, a dialog or the settings.
+#include <QKeyEvent>
+#include <QMenuBar>
+#include <QTimer>
+#include <filesystem>
+
+#include "chronoweave/analysis/analysis.h"
+#include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/analysis/legend_window.h"
+#include "chronoweave/analysis/program_dialogs.h"
+#include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/event_dock.h"
+#include "chronoweave/qt/overview_strip.h"
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/tool_bar.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/session/legend_save.h"
+#include "windlib/config/settings.h"
+#include "windlib/qt/dialog_host.h"
+#include "windlib/qt/dialog_view.h"
+#include "windlib/qt/manual_window.h"
+#include "windlib/qt/menu_view.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+constexpr const char* menuName = "TraxMenuBar";
+
+void registerMenus() {
+    if (menu_Registry().Find(menuName, false)) return;
+    laMenus_Register(menu_Registry());
+    menu_InstallPopUps(menu_Registry());
+}
+
+// Options of windows that were given no settings.
+ProgramOptions& looseOptions() {
+    static ProgramOptions options;
+    return options;
+}
+
+struct KeyCommand {
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    const char* command;
+};
+// Beside the keys that stand in the menus.
+const KeyCommand keyTable[] = {
+    {Qt::Key_O, Qt::ControlModifier, "Open"},        {Qt::Key_N, Qt::ControlModifier, "NewWindow"},
+    {Qt::Key_W, Qt::ControlModifier, "Quit"},        {Qt::Key_H, Qt::ControlModifier, "HideTasks"},
+    {Qt::Key_B, Qt::ControlModifier, "AddBookmark"}, {Qt::Key_F, Qt::ControlModifier, "Search"},
+    {Qt::Key_P, Qt::ControlModifier, "TraxPrint"},   {Qt::Key_Left, Qt::AltModifier, "PrevHistory"},
+    {Qt::Key_Right, Qt::AltModifier, "NextHistory"}, {Qt::Key_F3, Qt::NoModifier, "NextHit"},
+    {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
+};
+
+}  // namespace
+
+void CanvasWindow::makeMenus() {
+    registerMenus();
+    auto* bar = new QMenuBar;
+    bar->setObjectName(QString::fromUtf8(menuName));
+    bar->setAccessibleName(QStringLiteral("Menus"));
+    setMenuBar(bar);
+    menus_ = new MenuView(
+        bar, menuName,
+        [this](const std::string& name) { laCanvas_MenuHook(menu_Registry(), name, view_->canvas()); },
+        [this](const std::string& body) { command(body); });
+}
+
+QWidget* CanvasWindow::makeTools() {
+    tools_ = new ToolBarView([this](const std::string& text) { command(text); },
+                             [this](const std::string& help) {
+                                 model_.setMessage(help.empty() ? view_->canvas().fields.message : help);
+                             });
+    return tools_;
+}
+
+void CanvasWindow::command(const std::string& text) {
+    laCanvas_Command(view_->canvas(), text);
+}
+
+// The menus follow when the present work is over: a change often comes in many steps.
+void CanvasWindow::showButtons() {
+    if (!dialog_) return;
+    const _LaCanvasData& canvas = view_->canvas();
+    if (laCanvas_UpdateButtons(canvas, buttons_)) tools_->take(buttons_);
+    model_.setEnabled("changeunit", laCanvas_CanDo(canvas, "changeunit"));
+    if (menusStale_ || !menus_) return;
+    menusStale_ = true;
+    QTimer::singleShot(0, this, [this] {
+        menusStale_ = false;
+        menus_->refresh();
+    });
+}
+
+const ProgramOptions& CanvasWindow::options() const {
+    return services_.settings ? services_.settings->options : looseOptions();
+}
+
+void CanvasWindow::takeOptions() {
+    const ProgramOptions& wanted = options();
+    _LaCanvasData& canvas = view_->canvas();
+    const bool rows = canvas.options.kernelGroup != wanted.kernel,
+               icons = canvas.options.newTrv != wanted.newTrv;
+    canvas.options.newTrv = wanted.newTrv;
+    canvas.options.prefetch = wanted.prefetch;
+    canvas.options.kernelGroup = wanted.kernel;
+    canvas.options.snapCursors = wanted.cursorsSnap;
+    canvas.calls.upper.iconButtons = wanted.iconButtons;
+    view_->setBareWheelZooms(wanted.bareWheelZooms);
+    platform_SetDark(wanted.darkColours);
+    tools_->showIcons(wanted.iconButtons);
+    model_.setText("TraxBtns", wanted.iconButtons ? "" : "texts");  // its place is measured anew
+    placeBars();
+    if (canvas.source.store && (rows || icons)) {
+        view_->draw([&] {
+            if (rows) laCanvas_Resort(canvas);
+            laCanvas_Repaint(canvas);
+        });
+        view_->layOutAndPaint();
+    }
+    showButtons();
+}
+
+// All windows have the same options.
+bool CanvasWindow::setOptions(const std::optional<ProgramOptions>& wanted) {
+    if (!wanted) return true;
+    (services_.settings ? services_.settings->options : looseOptions()) = *wanted;
+    for (CanvasWindow* window : all()) window->takeOptions();
+    if (services_.settings) services_.settings->Save();
+    return true;
+}
+
+void CanvasWindow::closeSource() {
+    laLegend_OfferSave(view_->canvas());
+    keepArrangement();
+    view_->draw([&] { laCanvas_CloseSource(view_->canvas()); });
+    showNoSource();
+}
+
+// The canvas is empty; so is all that stands about it.
+void CanvasWindow::showNoSource() {
+    source_.clear();
+    endGrowing();
+    setWindowTitle(QString::fromStdString(title_));
+    setWindowIconText(QString::fromStdString(title_));
+    overview_->rebuild();
+    view_->layOutAndPaint();
+}
+
+bool CanvasWindow::openFile(const std::string& name) {
+    if (name.empty()) {
+        chooseAndLoad();
+        return true;
+    }
+    if (load(name)) return true;
+    std::error_code none;
+    if (services_.settings && !std::filesystem::exists(name, none)) services_.settings->RemoveRecent(name);
+    showButtons();
+    return false;
+}
+
+bool CanvasWindow::chooseCommand() {
+    menus_->refresh();
+    const std::string chosen = dialogs_AskCommand(*host_, menu_Registry(), menuName);
+    if (!chosen.empty()) command(chosen);
+    return !chosen.empty();
+}
+
+void CanvasWindow::fillUpperFloor() {
+    _LaCanvasData& canvas = view_->canvas();
+    laUpperFloor& upper = canvas.calls.upper;
+    host_ = std::make_unique<QtDialogHost>(this, services_.settings);
+    host_->makeMenuBar = [](const std::string&, DialogModel& model) { return menu_MakeBar(model); };
+    host_->setBusy = [this](bool busy) { setBusy(busy); };
+    canvas.calls.host = host_.get();
+    upper.recentFiles = [this] {
+        return services_.settings ? services_.settings->Recent() : std::vector<std::string>();
+    };
+    const DialogDraw draw = [this](const std::function<void()>& work) { view_->draw(work); };
+    // Work that waits for the user in a dialog: the picture has the keyboard again afterwards.
+    const auto ask = [this](std::function<void()> work) {
+        return [this, work = std::move(work)](const std::string&) {
+            work();
+            view_->setFocus();
+            return true;
+        };
+    };
+    auto& commands = upper.commands;
+    commands["About"] = ask([this] { dialogs_ShowAbout(*host_); });
+    commands["KeySheet"] = ask([this] { dialogs_ShowKeys(*host_); });
+    commands["Quit"] = [this](const std::string&) { return close(); };
+    commands["Open"] = [this](const std::string& name) { return openFile(name); };
+    commands["Close"] = [this](const std::string&) { return closeSource(), true; };
+    commands["NewWindow"] = [this](const std::string&) { return openAnother() != nullptr; };
+    commands["HideTasks"] = ask([this, draw] { openDialog(dialogs_OpenHide(view_->canvas(), draw)); });
+    commands["GoToTime"] = ask([this, draw] { openDialog(dialogs_OpenGoto(view_->canvas(), draw)); });
+    commands["TimeUnit"] = ask([this, draw] { openDialog(dialogs_OpenTimeUnit(view_->canvas(), draw)); });
+    commands["EditBookmarks"] = ask([this, draw] { dialogs_EditBookmarks(*host_, view_->canvas(), draw); });
+    commands["RefreshGap"] = ask([this] { dialogs_AskRefreshInterval(*host_, view_->canvas()); });
+    commands["CanvasName"] = ask([this] {
+        _LaCanvasData& named = view_->canvas();
+        if (dialogs_AskCanvasName(*host_, named, windowTitle().toStdString()))
+            setWindowTitle(QString::fromStdString(named.source.canvasName));
+    });
+    commands["Options"] = ask([this] { setOptions(dialogs_AskOptions(*host_, options())); });
+    commands["ScrollPos"] = ask([this] { setOptions(dialogs_AskScrollPos(*host_, options())); });
+    commands["IconButton"] = [this](const std::string&) {
+        ProgramOptions wanted = options();
+        wanted.iconButtons = !wanted.iconButtons;
+        return setOptions(wanted);
+    };
+    legend_Attach(canvas);
+    detail_Attach(canvas);
+    analysis_Attach(canvas);
+    upper.manual = [this](const std::string& entry) { return manual_Open(entry, this); };
+    commands["Help"] = [this](const std::string&) {
+        if (manual_Open("start", this)) return true;
+        laCanvas_Refuse(view_->canvas(), "Sorry, on-line help is not supported.");
+        return false;
+    };
+    commands["ReadOn"] = [this](const std::string&) { return readOn(); };
+    commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
+}
+
+void CanvasWindow::makeEventTable() {
+    events_ = new EventDock(*view_, services_.settings, this);
+    events_->hide();
+    addDockWidget(Qt::BottomDockWidgetArea, events_);
+    events_->busy = [this] { return busy_ > 0; };
+    const bool shown = options().eventTable;
+    events_->setVisible(shown);
+    view_->canvas().calls.upper.eventTable = shown;
+    // With its window it goes without being hidden.
+    events_->shownChanged = [this] {
+        ProgramOptions& kept = services_.settings ? services_.settings->options : looseOptions();
+        kept.eventTable = view_->canvas().calls.upper.eventTable = !events_->isHidden();
+        showButtons();
+    };
+    view_->canvas().calls.upper.commands["EventTable"] = [this](const std::string&) {
+        events_->toggle();
+        return true;
+    };
+}
+
+void CanvasWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->text() == QStringLiteral("?")) return command("KeySheet");
+    for (const KeyCommand& known : keyTable)
+        if (event->key() == known.key && event->modifiers() == known.modifiers) return command(known.command);
+    QMainWindow::keyPressEvent(event);
+}
+
+// Several windows share the menus: those of the one that is worked in show its state.
+void CanvasWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) showButtons();
+}

@@ -1,0 +1,132 @@
+// One canvas window: the picture with its scroll bars, the overview, the fields of view and selection, the
+// message line with the progress of long work, loading, and what the user arranged with each trace.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QMainWindow>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "chronoweave/import/import.h"
+#include "chronoweave/traxfunc/input/menus.h"
+#include "windlib/dialog/model.h"
+
+class ArrangementStore;
+class DialogView;
+class EventDock;
+class LongWork;
+class MenuView;
+class OverviewStrip;
+class PictureView;
+class QGridLayout;
+class QScrollBar;
+class QtDialogHost;
+class SettingsManager;
+class ToolBarView;
+struct ProgramOptions;
+
+// What all windows share; either may be null. Both outlive the windows.
+struct CanvasServices {
+    SettingsManager* settings = nullptr;
+    ArrangementStore* arrangements = nullptr;
+};
+
+class CanvasWindow : public QMainWindow {
+    Q_OBJECT
+  public:
+    CanvasWindow(const std::string& title, bool live, CanvasServices services = {});
+    ~CanvasWindow() override;
+
+    // Opens a data source in place of the one shown: imports it when it is raw, reads its configure file,
+    // shows the first view, or the one that the user left it with. False when nothing could be shown; the
+    // user was told.
+    bool load(const std::string& name);
+    PictureView& view() { return *view_; }
+    DialogModel& items() { return model_; }
+    QtDialogHost& host() { return *host_; }
+    // Menus, buttons and keys all end here: a command of the canvas by its text.
+    void command(const std::string& text);
+    bool isLive() const { return live_; }
+    // The text of the message line.
+    std::string message() const;
+    void chooseAndLoad();
+
+    // The data source's full path; empty without one.
+    const std::string& source() const { return source_; }
+    // A second window beside this one, empty.
+    CanvasWindow* openAnother();
+
+    // Windows that are open now, in order of creation, and their number.
+    static const std::vector<CanvasWindow*>& all();
+    static int count() { return static_cast<int>(all().size()); }
+    // The first that shows this file, compared as full paths; null when there is none.
+    static CanvasWindow* find(const std::string& file);
+    // Closes the window of a file, or every window for an empty name.
+    static void closeAll(const std::string& file = {});
+    // In every window, or that of the file: reads text as seconds and, where the trace reaches that far, puts
+    // the cursor there and brings it and the object's row into view. True when any did.
+    static bool showTime(const std::string& file, uint32_t objectId, const std::string& text);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void build();
+    void makeMenus();
+    void fillUpperFloor();
+    void makeEventTable();
+    QWidget* makeItem(const DialogItem& item);
+    QWidget* makePane();
+    QWidget* makeTools();
+    void connectItems();
+    const ProgramOptions& options() const;
+    void takeOptions();
+    bool setOptions(const std::optional<ProgramOptions>& wanted);
+    void placeBars();
+    void syncBars();
+    void showButtons();
+    void showFields();
+    void showHover(const std::string& text);
+    // said: takes what the reading of the configure file said.
+    bool showStore(struct OpenedSource& opened, const std::string& name, std::string& said);
+    bool readOn();
+    void setBusy(bool busy);  // long work begins and ends; calls nest
+    void restoreArrangement();
+    void keepArrangement();
+    void say(const std::string& text);
+    void openDialog(std::unique_ptr<DialogModel> model);
+    void closeSource();
+    void showNoSource();
+    void endGrowing();
+    bool openFile(const std::string& name);
+    bool chooseCommand();
+
+    RawSessionPtr growing_;  // the raw file of the store shown, while it may grow
+    std::string title_;      // of an empty window
+    bool live_;
+    CanvasServices services_;
+    bool loading_ = false;
+    int busy_ = 0;
+    std::unique_ptr<LongWork> work_;  // while busy
+    std::string source_;              // full path of the data source; empty without one
+    DialogModel model_;
+    PictureView* view_ = nullptr;
+    OverviewStrip* overview_ = nullptr;
+    QScrollBar* horizontal_ = nullptr;
+    QScrollBar* vertical_ = nullptr;
+    QGridLayout* grid_ = nullptr;
+    DialogView* dialog_ = nullptr;
+    ToolBarView* tools_ = nullptr;
+    MenuView* menus_ = nullptr;
+    EventDock* events_ = nullptr;
+    std::vector<laButtonState> buttons_;
+    std::string said_;  // last on the message line, but for the place of the pointer
+    QElapsedTimer saidSince_;
+    bool menusStale_ = false;             // they are renewed soon
+    std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas
+};

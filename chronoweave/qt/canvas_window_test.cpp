@@ -1,0 +1,320 @@
+// The window, driven on the offscreen platform: what it shows must be what a picture file shows.
+#include "chronoweave/qt/canvas_window.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <filesystem>
+#include <fstream>
+
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/legend_edit.h"
+#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/session/session.h"
+#include "libtrv/test_store.h"
+#include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/report.h"
+#include "windlib/config/arrangement_store.h"
+#include "windlib/config/config_dirs.h"
+#include "windlib/config/settings.h"
+#include "windlib/qt/application_testing.h"
+#include "windlib/qt/dialog_host.h"
+#include "windlib/qt/picture_file.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+class Window : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { testing_StartApplication(); }
+    void SetUp() override {
+        std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
+        window->resize(1000, 600);
+        window->show();
+        QApplication::processEvents();
+    }
+    void key(int code) {
+        QKeyEvent press(QEvent::KeyPress, code, Qt::NoModifier);
+        QApplication::sendEvent(&window->view(), &press);
+    }
+    void wheel(QPoint at, int turn, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event(at, at, QPoint(), QPoint(0, turn), Qt::NoButton, modifiers, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(&window->view(), &event);
+    }
+    _LaCanvasData& canvas() { return window->view().canvas(); }
+
+    TestFolder folder;
+    std::string trace = folder / "run.trr";
+    std::unique_ptr<CanvasWindow> window = std::make_unique<CanvasWindow>("VOREL Chronoweave", false);
+};
+
+}  // namespace
+
+TEST_F(Window, ShowsThePixelsOfThePictureFile) {
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(window->windowTitle().toStdString(), trace + " - VOREL Chronoweave");
+    canvas().marks.cursor[0] = -100;
+    key(Qt::Key_0);
+    canvas().axis.timeMode =
+        Time_Second;  // the first view made the unit finer, and only a command takes it back
+    const QSize size = window->view().size();
+    window->view().layOutAndPaint();
+    const laPicture& shown = window->view().picture();
+
+    LaGraph graph;
+    std::unique_ptr<_LaCanvasData> other;
+    laPicture picture;
+    picture_Measure([&](Surface& surface) {
+        graph.font = surface.fontMetrics(Font_Application);
+        other = laCanvas_Create(graph, 0);
+        Legend legend;
+        ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
+        ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));
+        picture = laPicture_LayOut(*other, surface, size.width(),
+                                   size.height() + laPicture_FooterHeight(graph.font));
+        laCanvas_ShowAll(*other);
+        picture = laPicture_LayOut(*other, surface, size.width(),
+                                   size.height() + laPicture_FooterHeight(graph.font));
+    });
+    EXPECT_EQ(picture.graphLeft, shown.graphLeft);
+    EXPECT_EQ(picture.graphHeight, shown.graphHeight);
+    std::string why;
+    const auto draw = [&](Surface& surface) { laPicture_Draw(*other, surface, picture, false); };
+    ASSERT_TRUE(picture_Write(folder / "p.png", picture.width, picture.height, 1, draw, why)) << why;
+    const QImage file(QString::fromStdString(folder / "p.png"));
+    // All but the line under the picture, whose texts the window shows beside its fields.
+    EXPECT_EQ(file.convertToFormat(QImage::Format_RGB32).copy(QRect(QPoint(), size)), window->view().image());
+}
+
+TEST_F(Window, ZoomsAtThePointerAndScrolls) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    EXPECT_NEAR(canvas().view.viewHigh, canvas().source.totalLength, 1e-9);
+    const laPicture& picture = window->view().picture();
+    const int x = picture.graphLeft + picture.graphWidth / 4;
+    const double pixel = 1 / canvas().view.pixelsPerUnit;
+    const double pointed = canvas().view.viewLow + (x - picture.graphLeft) * pixel;
+    for (int i = 0; i < 20; ++i) wheel({x, 50}, 120, Qt::ControlModifier);
+    EXPECT_LT(canvas().view.viewLength, canvas().source.totalLength / 50);
+    EXPECT_NEAR(canvas().view.viewLow + (x - picture.graphLeft) / canvas().view.pixelsPerUnit, pointed,
+                pixel);
+    const double low = canvas().view.viewLow, length = canvas().view.viewLength;
+    wheel({x, 50}, -120, Qt::ShiftModifier);
+    EXPECT_GT(canvas().view.viewLow, low);
+    EXPECT_NEAR(canvas().view.viewLength, length, length * 1e-9);
+    key(Qt::Key_End);
+    EXPECT_GE(canvas().view.viewHigh, canvas().source.totalLength);
+    key(Qt::Key_Home);
+    EXPECT_EQ(canvas().view.viewLow, 0);
+    auto* bar = window->findChild<QScrollBar*>("HScroll");
+    bar->setValue(bar->maximum());
+    EXPECT_GE(canvas().view.viewHigh, canvas().source.totalLength);
+    key(Qt::Key_0);
+    auto* rows = window->findChild<QScrollBar*>("VScroll");
+    wheel({x, 50}, -120, Qt::NoModifier);
+    EXPECT_EQ(rows->value(), 3 * canvas().looks.rowHeight);
+    EXPECT_EQ(canvas().view.verticalOffset, rows->value());
+}
+
+TEST_F(Window, ADraggedScrollBarIsOneStepOfTheHistory) {
+    ASSERT_TRUE(window->load(trace));
+    auto* bar = window->findChild<QScrollBar*>("HScroll");
+    const int before = canvas().past.historyNewest;
+    EXPECT_EQ(before, 0) << "the first picture";
+    bar->setSliderDown(true);
+    for (int place = 100; place < 1000; place += 100) bar->setValue(place);
+    EXPECT_EQ(canvas().past.historyNewest, before);
+    bar->setSliderDown(false);
+    EXPECT_EQ(canvas().past.historyNewest, before + 1);
+    bar->setValue(50);
+    EXPECT_EQ(canvas().past.historyNewest, before + 2) << "a click on the bar is a step of its own";
+}
+
+TEST_F(Window, WhatIsSavedOfALegendIsWhatTheNextTraceHas) {
+    config_SetUserDirectory(folder / "user");
+    ASSERT_TRUE(window->load(trace));
+    laLegend_ToggleVisible(canvas(), 0);
+    canvas().options.refreshInterval = 250;
+    const bool shown = canvas().looks.legend.statuses[0].visible;
+    window->host().answer = [](const std::string&) { return true; };
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(canvas().looks.legend.statuses[0].visible, shown);
+    EXPECT_EQ(canvas().looks.legend.path, folder / "user/chrono_weave/korvantis.tc");
+    EXPECT_EQ(canvas().options.refreshInterval, 250);
+    canvas().options.refreshInterval = 300;
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_EQ(canvas().options.refreshInterval, 250) << "the file says so";
+    config_SetUserDirectory("");
+}
+
+TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
+    std::string said;
+    gen_set_report_sink([&](int, const std::string& line) { said += line; });
+    EXPECT_FALSE(window->load(folder / "none.TRR"));
+    EXPECT_NE(said.find("Cannot open file."), std::string::npos) << said;
+    EXPECT_NE(said.find("Can't open VOREL Chronoweave source file"), std::string::npos) << said;
+    EXPECT_EQ(window->message(), "") << "nothing is being loaded any more";
+    EXPECT_FALSE(window->load(""));
+    EXPECT_EQ(window->message(), "Invalid file name.");
+    // A clock that stands still can't be shown: the window is empty, not half of what it was.
+    ASSERT_TRUE(window->load(folder / "./run.trr"));
+    EXPECT_EQ(CanvasWindow::find(trace), window.get()) << "however its path is written";
+    std::string bytes;
+    ASSERT_TRUE(file_read_whole(trace, bytes));
+    bytes.replace(16, 4, std::string(4, '\0'));
+    std::ofstream(folder / "still.trr", std::ios::binary) << bytes;
+    EXPECT_FALSE(window->load(folder / "still.trr"));
+    EXPECT_EQ(window->windowTitle().toStdString().find("run.trr"), std::string::npos);
+    EXPECT_FALSE(canvas().calls.upper.sourceGrows);
+    EXPECT_FALSE(CanvasWindow::find(trace));
+    gen_set_report_sink({});
+    EXPECT_TRUE(window->load(trace));
+    window->resize(700, 400);
+    QApplication::processEvents();
+    EXPECT_EQ(canvas().graph->width, window->view().picture().graphWidth);
+}
+
+TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
+    SettingsManager settings(folder / "config");
+    ArrangementStore arrangements(folder / "config");
+    const CanvasServices services{&settings, &arrangements};
+    const auto open = [&] {
+        auto* made = new CanvasWindow("VOREL Chronoweave", false, services);
+        made->setAttribute(Qt::WA_DeleteOnClose, false);
+        made->show();
+        EXPECT_TRUE(made->load(trace));
+        return std::unique_ptr<CanvasWindow>(made);
+    };
+    auto first = open();
+    first->resize(900, 640);
+    QApplication::processEvents();
+    _LaCanvasData& left = first->view().canvas();
+    first->view().draw([&] {
+        laCanvas_ShowRange(left, 0.02, 0.05, true, true);
+        laCanvas_SetSelection(left, 0.03, 0.04);
+    });
+    first->view().command("AddBookmark");
+    const double low = left.view.viewLow;
+    first->close();
+    first.reset();
+
+    SettingsManager later(folder / "config");
+    EXPECT_TRUE(later.Load());
+    EXPECT_EQ(later.Recent(), std::vector<std::string>{trace});
+    auto second = open();
+    EXPECT_EQ(second->width(), 900);
+    EXPECT_NEAR(second->view().canvas().view.viewLow, low, 1e-6);
+    EXPECT_EQ(second->view().canvas().marks.cursor[1], 0.04);
+    EXPECT_EQ(second->view().canvas().marks.bookmarks.size(), 2u);
+    second->close();
+    second.reset();
+
+    std::filesystem::resize_file(trace, 300000);
+    auto third = open();
+    EXPECT_EQ(third->view().canvas().view.viewLow, 0);
+    EXPECT_TRUE(third->view().canvas().marks.bookmarks.empty());
+    EXPECT_NE(third->message().find("changed"), std::string::npos) << third->message();
+}
+
+TEST_F(Window, SeveralWindowsAreFoundByTheirFiles) {
+    ASSERT_TRUE(window->load(trace));
+    CanvasWindow* another = window->openAnother();
+    std::filesystem::copy_file(trace, folder / "two.trr");
+    ASSERT_TRUE(another->load(folder / "two.trr"));
+    EXPECT_EQ(CanvasWindow::count(), 2);
+    EXPECT_EQ(CanvasWindow::find(trace), window.get());
+    EXPECT_EQ(CanvasWindow::find(folder / "x/../two.trr"), nullptr);
+    EXPECT_TRUE(CanvasWindow::showTime(folder / "two.trr", 0, "0.1"));
+    EXPECT_EQ(another->view().canvas().marks.cursor[0], 0.1);
+    EXPECT_NE(canvas().marks.cursor[0], 0.1);
+    EXPECT_FALSE(CanvasWindow::showTime("", 0, "9"));
+    EXPECT_FALSE(CanvasWindow::showTime("", 0, "soon"));
+    CanvasWindow::closeAll(folder / "two.trr");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(CanvasWindow::count(), 1);
+}
+
+TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    canvas().axis.timeMode = Time_Second;
+    EXPECT_TRUE(window->items().type("tf_view_from", "0.05"));
+    EXPECT_NEAR(canvas().view.viewLow, 0.05, 1e-3);
+    EXPECT_TRUE(window->items().type("tf_view_to", "-1"));
+    EXPECT_EQ(window->message(), "Invalid time.");
+    window->view().layOutAndPaint();  // the names of the rows that came have their width
+    const laPicture& picture = window->view().picture();
+    const auto mouse = [&](QEvent::Type type, int x) {
+        const QPointF at(picture.graphLeft + x, 100);
+        QMouseEvent event(type, at, at, Qt::LeftButton, Qt::LeftButton, Qt::AltModifier);
+        QApplication::sendEvent(&window->view(), &event);
+    };
+    mouse(QEvent::MouseButtonPress, 300);
+    mouse(QEvent::MouseMove, 200);
+    mouse(QEvent::MouseMove, 100);
+    mouse(QEvent::MouseButtonRelease, 100);
+    EXPECT_LT(canvas().marks.cursor[0], canvas().marks.cursor[1]);
+    EXPECT_NEAR((canvas().marks.cursor[1] - canvas().marks.cursor[0]) * canvas().view.pixelsPerUnit, 200, 2);
+    EXPECT_FALSE(window->items().item("tf_sel_len").text.empty());
+    const QImage dragged = window->view().image().copy();
+    window->view().layOutAndPaint();
+    EXPECT_EQ(dragged, window->view().image());  // what the drag left is what a whole repaint draws
+    EXPECT_NE(window->findChild<QWidget*>("tf_sel_len"), nullptr);
+    EXPECT_FALSE(window->findChild<QWidget*>("Overview")->accessibleName().isEmpty());
+}
+
+TEST_F(Window, AGrowingFileIsReadOn) {
+    std::string whole;
+    ASSERT_TRUE(file_read_whole(trace, whole));
+    {
+        std::ofstream cut(trace, std::ios::binary | std::ios::trunc);
+        cut << whole.substr(0, whole.size() / 3 + 5);  // in the middle of a record
+    }
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    const uint32_t before = mt_GetEventCount(*canvas().source.store);
+    const double length = canvas().source.totalLength;
+    EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
+    EXPECT_EQ(window->message(), "0 more events.");
+    {
+        std::ofstream more(trace, std::ios::binary | std::ios::app);
+        more << whole.substr(whole.size() / 3 + 5);
+    }
+    EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
+    const uint32_t after = mt_GetEventCount(*canvas().source.store);
+    EXPECT_EQ(window->message(), std::to_string(after - before) + " more events.");
+    EXPECT_GT(canvas().source.totalLength, length);
+    window->view().command("ShowAll");
+    const std::string other = folder / "other.trr";
+    std::ofstream(other, std::ios::binary) << whole;
+    ASSERT_TRUE(window->load(other));
+    EXPECT_EQ(mt_GetEventCount(*canvas().source.store), after) << "as many as read at once";
+    ASSERT_TRUE(window->load(folder / "other.trs"));
+    EXPECT_FALSE(canvas().calls.upper.sourceGrows) << "a store is what it is";
+}
+
+TEST_F(Window, ADarkSchemeReachesThePicture) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    const QPalette light = QApplication::palette();
+    platform_SetDark(true);
+    QApplication::processEvents();
+    const QImage& image = window->view().image();
+    EXPECT_EQ(image.pixelColor(image.width() - 2, 2), QColor(0x1E1E1E));
+    const laPicture& picture = window->view().picture();
+    EXPECT_EQ(image.pixelColor(picture.graphLeft + 5, picture.dataHeight),
+              QColor(0xE0E0E0));  // the axis line
+    platform_SetDark(false);
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::palette().color(QPalette::Base), light.color(QPalette::Base));
+    EXPECT_EQ(image.pixelColor(image.width() - 2, 2), light.color(QPalette::Base));
+}

@@ -1,0 +1,198 @@
+// Menus, tool bar and options of the canvas window on the offscreen platform.
+#include "windlib/qt/menu_view.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QGridLayout>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTimer>
+#include <QToolButton>
+#include <filesystem>
+
+#include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "libtrv/test_store.h"
+#include "shared/libcxxutil/report.h"
+#include "windlib/config/settings.h"
+#include "windlib/dialog/model.h"
+#include "windlib/qt/application_testing.h"
+#include "windlib/qt/dialog_host.h"
+
+namespace {
+
+class WindowMenus : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { testing_StartApplication(); }
+    void SetUp() override {
+        std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
+        window = Make();
+        QApplication::processEvents();
+    }
+    std::unique_ptr<CanvasWindow> Make() {
+        auto made =
+            std::make_unique<CanvasWindow>("VOREL Chronoweave", false, CanvasServices{&settings, nullptr});
+        made->setAttribute(Qt::WA_DeleteOnClose, false);
+        made->resize(1000, 600);
+        made->show();
+        return made;
+    }
+    _LaCanvasData& canvas() { return window->view().canvas(); }
+    // The action of a command, after its menu was opened.
+    QAction* Row(const char* menu, const char* command) {
+        auto* shown = window->findChild<QMenu*>(QString::fromUtf8(menu));
+        Q_EMIT shown->aboutToShow();
+        for (QAction* action : shown->actions())
+            if (action->data().toString() == QString::fromUtf8(command)) return action;
+        return nullptr;
+    }
+    QToolButton* Button(const char* name) { return window->findChild<QToolButton*>(QString::fromUtf8(name)); }
+    void Answer(const std::function<void(QWidget&)>& work) {
+        QTimer::singleShot(0, window.get(), [work] {
+            if (QWidget* dialog = QApplication::activeModalWidget()) work(*dialog);
+        });
+    }
+
+    TestFolder folder;
+    std::string trace = folder / "run.trr";
+    SettingsManager settings{folder / "config"};
+    std::unique_ptr<CanvasWindow> window;
+};
+
+TEST_F(WindowMenus, RowsAndButtonsFollowTheSourceAndReachTheCanvas) {
+    EXPECT_EQ(window->menuBar()->actions().size(), 8);
+    EXPECT_FALSE(Row("TraxView", "ZoomIn")->isEnabled());
+    EXPECT_FALSE(Button("ZoomIn")->isEnabled());
+    EXPECT_TRUE(Button("NoRefresh")->isChecked());
+    EXPECT_FALSE(window->items().item("changeunit").enabled);
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_TRUE(Button("ZoomIn")->isEnabled());
+    EXPECT_TRUE(window->items().item("changeunit").enabled);
+    const double length = canvas().view.viewLength;
+    Row("TraxView", "ZoomIn")->trigger();
+    EXPECT_NEAR(canvas().view.viewLength, length / 2, length / 100);
+    Button("ZoomIn")->click();
+    EXPECT_NEAR(canvas().view.viewLength, length / 4, length / 100);
+    EXPECT_TRUE(Button("PrevHistory")->isEnabled());
+    Button("PrevHistory")->click();
+    EXPECT_NEAR(canvas().view.viewLength, length / 2, length / 100);
+    Button("PrevHistory")->click();
+    EXPECT_NEAR(canvas().view.viewLength, length, length / 100) << "the first picture";
+    EXPECT_FALSE(Button("PrevHistory")->isEnabled());
+    EXPECT_TRUE(Row("TraxView", "NextHistory")->isEnabled());
+    QAction* flat = Row("TraxView", "FlatView");
+    EXPECT_TRUE(flat->isCheckable() && !flat->isChecked());
+    flat->trigger();
+    EXPECT_TRUE(Row("TraxView", "FlatView")->isChecked());
+    Button("NoRefresh")->click();
+    EXPECT_FALSE(Button("NoRefresh")->isChecked());
+    EXPECT_NE(canvas().view.flags & Canvas_LiveRefresh, 0u);
+    window->command("Close");
+    EXPECT_FALSE(Button("ZoomIn")->isEnabled());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("VOREL Chronoweave"));
+    EXPECT_TRUE(window->source().empty());
+    ASSERT_TRUE(Row("TraxFile", ("Open " + trace).c_str()));
+    Row("TraxFile", ("Open " + trace).c_str())->trigger();
+    EXPECT_EQ(window->source(), trace);
+}
+
+TEST_F(WindowMenus, BookmarksAreRowsOfTheirWindow) {
+    ASSERT_TRUE(window->load(trace));
+    std::unique_ptr<CanvasWindow> other = Make();
+    laBookmark_Add(canvas(), laAgentId, 0.05, false);
+    QAction* mark = Row("TraxBookmark", "ShowBookmark 0");
+    ASSERT_TRUE(mark);
+    mark->trigger();
+    EXPECT_TRUE(canvas().view.viewLow < 0.05 && canvas().view.viewHigh > 0.05);
+    auto* others = other->findChild<QMenu*>("TraxBookmark");
+    Q_EMIT others->aboutToShow();
+    EXPECT_EQ(others->actions().size(), 3);
+    QApplication::processEvents();
+    QApplication::processEvents();
+    EXPECT_TRUE(Row("TraxBookmark", "ShowBookmark 0"));
+    EXPECT_FALSE(menu_Registry().anyChanged() &&
+                 (QApplication::processEvents(), menu_Registry().anyChanged()));
+}
+
+TEST_F(WindowMenus, AKeyBelongsToOneRowAndIsShownOnce) {
+    MenuRegistry menus;
+    menus.Define("Bar", "{&One ->Sub}{Late ->Later}");
+    menus.Define("Sub", "{&A 'C-k' a}{B 'Ctrl+K' b}{C 'no key' c}{-}{D d}");
+    QMenuBar bar;
+    std::string ran;
+    new MenuView(
+        &bar, "Bar", {}, [&](const std::string& body) { ran = body; }, menus);
+    const auto* sub = bar.findChild<QMenu*>("Sub");
+    ASSERT_TRUE(sub);
+    EXPECT_EQ(sub->actions()[0]->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_K));
+    EXPECT_EQ(sub->actions()[0]->text(), QStringLiteral("&A"));
+    EXPECT_TRUE(sub->actions()[1]->shortcut().isEmpty());
+    EXPECT_EQ(sub->actions()[1]->text(), QStringLiteral("B\tCtrl+K"));
+    EXPECT_EQ(sub->actions()[2]->text(), QStringLiteral("C\tno key"));
+    EXPECT_TRUE(sub->actions()[3]->isSeparator());
+    sub->actions()[4]->trigger();
+    EXPECT_EQ(ran, "d");
+    menus.Define("Sub", "{X x}");
+    menus.Define("Later", "{Y y}");
+    menus.Idle();
+    ASSERT_TRUE(bar.findChild<QMenu*>("Later"));
+    sub = bar.actions()[0]->menu<QMenu*>();
+    ASSERT_EQ(sub->actions().size(), 1);
+    sub->actions()[0]->trigger();
+    EXPECT_EQ(ran, "x");
+}
+
+TEST_F(WindowMenus, OptionsReachAllWindowsAndTheSettings) {
+    std::unique_ptr<CanvasWindow> other = Make();
+    const auto* bar = window->findChild<QWidget*>("VScroll");
+    EXPECT_GT(bar->x(), 0);
+    window->command("IconButton");
+    EXPECT_EQ(other->findChild<QToolButton*>("Open")->toolButtonStyle(), Qt::ToolButtonTextOnly);
+    EXPECT_FALSE(settings.options.iconButtons);
+    Answer([](QWidget& dialog) {
+        EXPECT_EQ(dialog.objectName(), QStringLiteral("ScrollPos"));
+        for (auto* choice : dialog.findChildren<QAbstractButton*>())
+            if (choice->text() == QStringLiteral("&Left") || choice->text() == QStringLiteral("&Top"))
+                choice->click();
+        dialog.findChild<QAbstractButton*>("ok")->click();
+    });
+    window->command("ScrollPos");
+    QApplication::processEvents();
+    EXPECT_EQ(bar->x(), 0);
+    EXPECT_GT(bar->y(), 0);
+    SettingsManager later(folder / "config");
+    EXPECT_TRUE(later.Load());
+    EXPECT_EQ(later.options, settings.options);
+    EXPECT_FALSE(later.options.verticalBarRight || later.options.horizontalBarBottom);
+}
+
+TEST_F(WindowMenus, AnotherWindowTakesTheMenuOfItsDescription) {
+    DialogDescription description;
+    description.name = "Statistics";
+    description.items = {{"TraxStatisticsMenu", DialogKind::MenuLine}};
+    DialogModel model(description);
+    std::string chosen;
+    model.onMenu = [&](const std::string& body) { chosen = body; };
+    const std::unique_ptr<QMenuBar> bar(menu_MakeBar(model));
+    ASSERT_TRUE(bar);
+    bar->actions()[0]->menu<QMenu*>()->actions().last()->trigger();
+    EXPECT_EQ(chosen, "Close");
+    DialogModel none{DialogDescription{}};
+    EXPECT_EQ(menu_MakeBar(none), nullptr);
+}
+
+TEST_F(WindowMenus, AButtonTellsOfItselfOnTheMessageLine) {
+    canvas().fields.message = "before";
+    QEvent enter(QEvent::Enter), leave(QEvent::Leave);
+    QApplication::sendEvent(Button("Open"), &enter);
+    EXPECT_EQ(window->message(), "Choose a data file and show it in the canvas");
+    EXPECT_EQ(Button("Open")->toolTip(), QStringLiteral("Open Data File"));
+    QApplication::sendEvent(Button("Open"), &leave);
+    EXPECT_EQ(window->message(), "before");
+}
+
+}  // namespace

@@ -1,0 +1,53 @@
+#include "chronoweave/qt/overview_strip.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/input/history.h"
+#include "windlib/qt/qt_surface.h"
+
+OverviewStrip::OverviewStrip(PictureView& view, QWidget* parent) : QWidget(parent), view_(view) {
+    setMouseTracking(true);
+    connect(&view, &PictureView::barsChanged, this, [this] { update(); });
+}
+
+void OverviewStrip::rebuild() {
+    overview_ = laOverview_Build(view_.canvas());
+    update();
+}
+
+void OverviewStrip::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Base));
+    QtSurface surface(painter, nullptr, width(), height(), surfaceColours(palette()));
+    if (overview_.length > 0) laOverview_Draw(view_.canvas(), overview_, surface, width(), height());
+}
+
+void OverviewStrip::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || overview_.length <= 0) return;
+    grabbed_ = static_cast<int>(event->position().x());
+    part_ = laOverview_HitTest(view_.canvas(), overview_, width(), grabbed_);
+    start_ = {view_.canvas().view.viewLow, view_.canvas().view.viewHigh};
+    if (part_ == Overview_Outside) mouseMoveEvent(event);
+}
+
+void OverviewStrip::mouseMoveEvent(QMouseEvent* event) {
+    const int x = static_cast<int>(event->position().x());
+    if (grabbed_ < 0) {
+        const laOverviewPart part = overview_.length > 0
+                                        ? laOverview_HitTest(view_.canvas(), overview_, width(), x)
+                                        : Overview_Outside;
+        setCursor(part == Overview_Inside    ? Qt::OpenHandCursor
+                  : part == Overview_Outside ? Qt::ArrowCursor
+                                             : Qt::SizeHorCursor);
+        return;
+    }
+    const laOverviewRange range = laOverview_Drag(overview_, width(), part_, start_, grabbed_, x);
+    view_.draw([&] { laOverview_Show(view_.canvas(), range); });
+}
+
+void OverviewStrip::mouseReleaseEvent(QMouseEvent*) {
+    if (grabbed_ >= 0) laHistory_Add(view_.canvas());
+    grabbed_ = -1;
+}

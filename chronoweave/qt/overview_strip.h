@@ -1,0 +1,29 @@
+// The overview strip on screen: the whole trace, with the view as a frame that the pointer drags and resizes.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "chronoweave/traxfunc/draw/overview.h"
+
+class PictureView;
+
+class OverviewStrip : public QWidget {
+  public:
+    explicit OverviewStrip(PictureView& view, QWidget* parent = nullptr);
+    // Counts the store anew.
+    void rebuild();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+  private:
+    PictureView& view_;
+    laOverview overview_;
+    laOverviewPart part_ = Overview_Outside;
+    laOverviewRange start_;
+    int grabbed_ = -1;  // column of the press; -1 while there is none
+};

@@ -1,0 +1,155 @@
+// The name column of the canvas on screen: pointer, keyboard, menu, and the divider that sizes it.
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <optional>
+
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/input/context_menu.h"
+#include "chronoweave/traxfunc/list/names.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+constexpr int dividerReach = 3;  // pixels to either side that still take hold of it
+constexpr int leastNameWidth = 40;
+
+std::optional<MslKey> listKey(const QKeyEvent& event) {
+    switch (event.key()) {
+        case Qt::Key_Up:
+            return MslKey::Up;
+        case Qt::Key_Down:
+            return MslKey::Down;
+        case Qt::Key_PageUp:
+            return MslKey::PageUp;
+        case Qt::Key_PageDown:
+            return MslKey::PageDown;
+        case Qt::Key_Home:
+            return MslKey::Home;
+        case Qt::Key_End:
+            return MslKey::End;
+        case Qt::Key_Left:
+            return MslKey::Left;
+        case Qt::Key_Right:
+            return MslKey::Right;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            return MslKey::Enter;
+        case Qt::Key_Space:
+            return MslKey::Space;
+        case Qt::Key_A:
+            if (event.modifiers() & Qt::ControlModifier) return MslKey::SelectAll;
+            return std::nullopt;
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
+bool PictureView::overDivider(QPoint at) const {
+    return at.y() < picture_.graphTop + picture_.graphHeight && at.x() >= picture_.nameWidth - dividerReach &&
+           at.x() < picture_.graphLeft + 1;
+}
+
+bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
+    const QPoint at = event.position().toPoint();
+    if (event.button() == Qt::LeftButton && overDivider(at)) {
+        if (clicks == 2) {
+            canvas_->list.nameWidth = 0;
+            layOutAndPaint();
+        } else {
+            held_ = Held::Divider;
+        }
+        return true;
+    }
+    if (!overNames(at)) return at.x() < picture_.graphLeft;
+    const int y = at.y() - picture_.graphTop;
+    const bool control = event.modifiers() & Qt::ControlModifier,
+               shift = event.modifiers() & Qt::ShiftModifier;
+    focusNames(true);
+    if (event.button() == Qt::RightButton) {
+        MslObjectEntry* clicked = nullptr;
+        draw([&] { clicked = laNames_RightClick(*canvas_, y); });
+        listMenu(clicked);
+    } else if (event.button() == Qt::LeftButton) {
+        draw([&] {
+            if (!laNames_Click(*canvas_, at.x(), y, clicks, control, shift)) laNames_ClearSelection(*canvas_);
+        });
+        const std::string tip = laNames_Tip(*canvas_, y);
+        platform_ShowTip(event.globalPosition().toPoint(), tip, this);
+        held_ = Held::Names;
+    }
+    return true;
+}
+
+void PictureView::moveNames(QPoint at) {
+    if (held_ == Held::Names) return draw([&] { laNames_DragTo(*canvas_, at.y() - picture_.graphTop); });
+    canvas_->list.nameWidth = std::clamp(at.x(), leastNameWidth, std::max(leastNameWidth, width() / 2));
+    layOutAndPaint();
+}
+
+// The names and the picture are two stations of the keyboard in one widget.
+void PictureView::focusNames(bool on) {
+    if (canvas_->list.taskList->focused == on) return;
+    draw([&] {
+        if (!on) laNames_EndSearch(*canvas_);
+        laNames_Focus(*canvas_, on);
+    });
+}
+
+bool PictureView::focusNextPrevChild(bool next) {
+    const bool names = canvas_->list.taskList->focused;
+    if (next == names || canvas_->list.taskList->rows().empty()) {
+        focusNames(false);
+        return QWidget::focusNextPrevChild(next);
+    }
+    focusNames(next);
+    return true;
+}
+
+void PictureView::focusInEvent(QFocusEvent* event) {
+    if (event->reason() == Qt::BacktabFocusReason) focusNames(true);
+    QWidget::focusInEvent(event);
+}
+
+bool PictureView::keyToNames(const QKeyEvent& event) {
+    if (!canvas_->list.taskList->focused) return false;
+    const bool control = event.modifiers() & Qt::ControlModifier,
+               shift = event.modifiers() & Qt::ShiftModifier;
+    if (event.modifiers() & Qt::AltModifier) return false;
+    bool taken = true;
+    const std::string typed = event.text().toStdString();
+    draw([&] {
+        const auto key = listKey(event);
+        if (key && !(*key == MslKey::Space && canvas_->list.taskList->list().Searching()))
+            taken = laNames_Key(*canvas_, *key, control, shift);
+        else if (event.key() == Qt::Key_Escape)
+            laNames_EndSearch(*canvas_);
+        else if (event.key() == Qt::Key_Backspace)
+            taken = laNames_Backspace(*canvas_);
+        else if (!control && !typed.empty() && event.text().front().isPrint() && typed != "?")
+            laNames_Type(*canvas_, typed);
+        else
+            taken = false;
+    });
+    if (event.key() == Qt::Key_Escape) focusNames(false);
+    return taken;
+}
+
+void PictureView::listMenu(MslObjectEntry* clicked) {
+    if (canvas_->source.storeHasEvents)
+        popUp(laCanvas_ListMenu(*canvas_, clicked, laNames_Selected(*canvas_)));
+}
+
+// The menu key: about the selected rows, or the place of the first cursor.
+void PictureView::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() != QContextMenuEvent::Keyboard || !canvas_->source.storeHasEvents) return;
+    const std::vector<MslObjectEntry*> selected = laNames_Selected(*canvas_);
+    if (canvas_->list.taskList->focused) return listMenu(selected.empty() ? nullptr : selected.front());
+    const int x = canvas_->marks.cursor[0] >= canvas_->view.viewLow &&
+                          canvas_->marks.cursor[0] <= canvas_->view.viewHigh
+                      ? laCanvas_TimeToPixel(*canvas_, canvas_->marks.cursor[0], Time_Second)
+                      : picture_.graphWidth / 2;
+    popUp(laCanvas_CanvasMenu(*canvas_, x, canvas_->looks.rowHeight / 2));
+}

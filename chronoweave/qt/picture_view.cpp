@@ -1,0 +1,421 @@
+#include "chronoweave/qt/picture_view.h"
+
+#include <QDragEnterEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <cmath>
+
+#include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/scroll.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/context_menu.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/list/names.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "windlib/lagraph/translated_surface.h"
+#include "windlib/qt/platform.h"
+#include "windlib/qt/qt_surface.h"
+
+namespace {
+
+constexpr double notch = 120.0;  // of a wheel
+constexpr double zoomPerNotch = 1.25;
+constexpr int columnsPerNotch = 80;
+constexpr int rowsPerNotch = 3;  // rows of the list
+constexpr int keyColumns = 60;
+constexpr int autoScrollEvery = 40;  // milliseconds
+constexpr int autoScrollWidths = 3;  // character widths a step
+
+}  // namespace
+
+PictureView::PictureView(QWidget* parent) : QWidget(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAcceptDrops(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(240, 120);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    graph_.font = surfaceFonts().plain(Font_Application);
+    graph_.beep = platform_Beep;
+    graph_.setBusy = platform_SetBusy;
+    autoScroll_.setInterval(autoScrollEvery);
+    connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
+    graph_.listChanged = [this] { namesStale_ = true; };
+    graph_.raise = [this] {
+        window()->raise();
+        window()->activateWindow();
+    };
+    graph_.warpPointer = [this](int x, int y) {
+        QCursor::setPos(mapToGlobal(QPoint(x + picture_.graphLeft, y + picture_.graphTop)));
+    };
+    graph_.showTip = [this](const std::string& text) { platform_ShowTip(QCursor::pos(), text, this); };
+    canvas_ = laCanvas_Create(graph_, 0);
+    canvas_->calls.upper.draw = [this](const std::function<void()>& work) { draw(work); };
+    pointer_ = std::make_unique<laPointer>(*canvas_);
+    // The bars of the canvas may move in the middle of anything: painting needs the surface open.
+    for (ScrollBarModel* bar : {&graph_.horizontal, &graph_.vertical})
+        bar->onChange = [this, changed = bar->onChange] { draw(changed); };
+}
+
+PictureView::~PictureView() = default;
+
+void PictureView::makeImage() {
+    const double ratio = devicePixelRatioF();
+    image_ = QImage(static_cast<int>(std::ceil(width() * ratio)),
+                    static_cast<int>(std::ceil(height() * ratio)), QImage::Format_RGB32);
+    image_.setDevicePixelRatio(ratio);
+    image_.fill(palette().color(QPalette::Base));
+}
+
+void PictureView::draw(const std::function<void()>& work) {
+    if (drawing_ > 0 || image_.isNull()) return work();
+    ++drawing_;
+    {
+        QPainter painter(&image_);
+        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
+        {
+            TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
+                                   picture_.graphHeight);
+            graph_.surface = &area;
+            work();
+            graph_.surface = nullptr;
+        }
+        if (namesStale_) drawNames(whole);
+    }
+    --drawing_;
+    finishDrawing();
+}
+
+// Windows keep living during long work: a resize that came in its middle is carried out now.
+void PictureView::finishDrawing() {
+    if (resized_) {
+        resized_ = false;
+        makeImage();
+        layOutAndPaint();
+        return;
+    }
+    update();
+    Q_EMIT barsChanged();
+}
+
+void PictureView::drawNames(Surface& whole) {
+    namesStale_ = false;
+    whole.clearRect(0, picture_.graphTop, picture_.nameWidth, picture_.dataHeight);
+    TranslatedSurface column(whole, 0, picture_.graphTop, picture_.nameWidth, picture_.dataHeight);
+    laNames_Draw(*canvas_, column, picture_.nameWidth, picture_.dataHeight);
+}
+
+void PictureView::layOutAndPaint() {
+    if (drawing_ > 0 || image_.isNull()) return;
+    if (image_.devicePixelRatioF() != devicePixelRatioF()) makeImage();
+    {
+        QPainter painter(&image_);
+        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
+        ++drawing_;
+        picture_ = laPicture_LayOut(*canvas_, whole, width(), height(), false);
+        laPicture_Draw(*canvas_, whole, picture_, true);
+        --drawing_;
+        namesStale_ = false;
+    }
+    finishDrawing();
+}
+
+void PictureView::paintEvent(QPaintEvent*) {
+    if (drawing_ == 0 && image_.devicePixelRatioF() != devicePixelRatioF()) layOutAndPaint();
+    QPainter painter(this);
+    painter.drawImage(0, 0, image_);
+    drawSelectionLength(painter);
+    drawMarkedEvent(painter);
+    if (hasFocus()) {
+        painter.setPen(palette().color(QPalette::Highlight));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+}
+
+void PictureView::resizeEvent(QResizeEvent*) {
+    if (drawing_ > 0) {
+        resized_ = true;
+        return;
+    }
+    makeImage();
+    layOutAndPaint();
+}
+
+void PictureView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange) layOutAndPaint();
+}
+
+int PictureView::pointerColumn() const {
+    const int x = mapFromGlobal(QCursor::pos()).x() - picture_.graphLeft;
+    return x >= 0 && x < picture_.graphWidth ? x : picture_.graphWidth / 2;
+}
+
+// Ctrl zooms at the pointer, Shift or a sideways wheel scrolls in time, the bare wheel over the rows. Never
+// two at once.
+void PictureView::wheelEvent(QWheelEvent* event) {
+    const QPoint turn = event->angleDelta();
+    const int x = static_cast<int>(event->position().x()) - picture_.graphLeft;
+    const bool control = event->modifiers() & Qt::ControlModifier;
+    const bool sideways = std::abs(turn.x()) > std::abs(turn.y()) || (event->modifiers() & Qt::ShiftModifier);
+    draw([&] {
+        if (!sideways && control != bareWheelZooms_) {
+            const int column = x >= 0 && x < picture_.graphWidth ? x : picture_.graphWidth / 2;
+            laCanvas_ZoomAtColumn(*canvas_, column, std::pow(zoomPerNotch, -turn.y() / notch));
+        } else if (sideways) {
+            laCanvas_ScrollColumns(*canvas_, std::lround(-(turn.x() + turn.y()) / notch * columnsPerNotch));
+        } else {
+            laCanvas_ScrollRows(*canvas_,
+                                std::lround(-turn.y() / notch * rowsPerNotch * canvas_->looks.rowHeight));
+        }
+    });
+    event->accept();
+}
+
+void PictureView::command(const std::string& text) {
+    laCanvas_Command(*canvas_, text);
+}
+
+bool PictureView::handleKey(const QKeyEvent& event) {
+    _LaCanvasData& canvas = *canvas_;
+    const auto carryOut = [&](const char* text) {
+        laCanvas_Command(canvas, text);
+        return true;
+    };
+    switch (event.key()) {
+        case Qt::Key_W:
+        case Qt::Key_Plus:
+        case Qt::Key_Equal:
+            laCanvas_ZoomAtColumn(canvas, pointerColumn(), 1 / zoomPerNotch);
+            return true;
+        case Qt::Key_S:
+        case Qt::Key_Minus:
+            laCanvas_ZoomAtColumn(canvas, pointerColumn(), zoomPerNotch);
+            return true;
+        case Qt::Key_A:
+        case Qt::Key_Left:
+            laCanvas_ScrollColumns(canvas, -keyColumns);
+            return true;
+        case Qt::Key_D:
+        case Qt::Key_Right:
+            laCanvas_ScrollColumns(canvas, keyColumns);
+            return true;
+        case Qt::Key_Up:
+            laCanvas_ScrollRows(canvas, -canvas.looks.rowHeight);
+            return true;
+        case Qt::Key_Down:
+            laCanvas_ScrollRows(canvas, canvas.looks.rowHeight);
+            return true;
+        case Qt::Key_PageUp:
+            return carryOut("PageLeft");
+        case Qt::Key_PageDown:
+            return carryOut("PageRight");
+        case Qt::Key_Home:
+            return carryOut("ScrollHome");
+        case Qt::Key_End:
+            return carryOut("ScrollEnd");
+        case Qt::Key_0:
+            return carryOut("ShowAll");
+        case Qt::Key_F:
+            return carryOut("Focus");
+        case Qt::Key_Z:
+            return carryOut("ZoomToRange");
+        default:
+            return false;
+    }
+}
+
+void PictureView::keyPressEvent(QKeyEvent* event) {
+    if (keyToNames(*event)) return;
+    space_ = space_ || event->key() == Qt::Key_Space;
+    bool taken = event->key() == Qt::Key_Space;
+    if (!taken && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
+        draw([&] { taken = handleKey(*event); });
+    if (!taken) QWidget::keyPressEvent(event);
+}
+
+void PictureView::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) space_ = false;
+    QWidget::keyReleaseEvent(event);
+}
+
+laPointerEvent PictureView::pointerEvent(const QMouseEvent& event, int clicks) const {
+    const QPoint at = inGraph(event.position().toPoint());
+    unsigned modifiers = 0;
+    if (event.modifiers() & Qt::ShiftModifier) modifiers |= laModifier_Shift;
+    if (event.modifiers() & Qt::ControlModifier) modifiers |= laModifier_Control;
+    if (event.modifiers() & Qt::AltModifier) modifiers |= laModifier_Alt;
+    const int button = event.button() == Qt::RightButton  ? laButton_Right
+                       : event.button() == Qt::LeftButton ? laButton_Left
+                                                          : 0;
+    return {at.x(), at.y(), modifiers, clicks, button};
+}
+
+// The middle button, or the left with Space held, moves the picture; everything else in it is the canvas's.
+void PictureView::mousePressEvent(QMouseEvent* event) {
+    const QPoint at = event->position().toPoint();
+    if (pressNames(*event, 1)) return;
+    focusNames(false);
+    const bool pans = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_);
+    if (pans && canvas_->source.storeHasEvents && !pointer_->dragging()) {
+        panning_ = true;
+        laScroll_Hold(*canvas_);
+        last_ = inGraph(at);
+        setCursor(Qt::ClosedHandCursor);
+    } else if (!panning_) {
+        draw([&] { pointer_->Press(pointerEvent(*event, 1)); });
+    }
+}
+
+void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!pressNames(*event, 2)) draw([&] { pointer_->Press(pointerEvent(*event, 2)); });
+}
+
+void PictureView::pan(QPoint at) {
+    const QPoint moved = last_ - at;
+    draw([&] {
+        laCanvas_ScrollColumns(*canvas_, moved.x());
+        laCanvas_ScrollRows(*canvas_, moved.y());
+    });
+    last_ = at;
+}
+
+// While a selection is dragged past an edge, the picture follows.
+void PictureView::followDrag() {
+    const bool outside = pointer_->dragging() && (pointer_->x() < 0 || pointer_->x() >= picture_.graphWidth ||
+                                                  pointer_->y() < 0 || pointer_->y() >= picture_.dataHeight);
+    if (outside && !autoScroll_.isActive()) autoScroll_.start();
+    if (!outside) autoScroll_.stop();
+}
+
+void PictureView::autoScroll() {
+    if (!pointer_->dragging()) return autoScroll_.stop();
+    const int x = pointer_->x(), y = pointer_->y();
+    const int across = autoScrollWidths * graph_.font.charWidth, down = graph_.font.height;
+    draw([&] {
+        if (x < 0 || x >= picture_.graphWidth) laCanvas_ScrollColumns(*canvas_, x < 0 ? -across : across);
+        if (y < 0 || y >= picture_.graphHeight) laCanvas_ScrollRows(*canvas_, y < 0 ? -down : down);
+        pointer_->Scrolled();
+    });
+}
+
+void PictureView::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint at = inGraph(event->position().toPoint());
+    if (panning_) return pan(at);
+    const QPoint whole = event->position().toPoint();
+    if (held_ != Held::Nothing) return moveNames(whole);
+    setCursor(overDivider(whole) ? Qt::SplitHCursor : Qt::ArrowCursor);
+    if (event->buttons() != Qt::NoButton) {
+        draw([&] { pointer_->Move(pointerEvent(*event, 1)); });
+        followDrag();
+    } else if (canvas_->source.storeHasEvents && at.x() >= 0 && at.x() < picture_.graphWidth) {
+        Q_EMIT hovered(QString::fromStdString(laCanvas_HoverText(*canvas_, at.x())));
+    }
+}
+
+void PictureView::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    Q_EMIT hovered({});
+}
+
+void PictureView::mouseReleaseEvent(QMouseEvent* event) {
+    if (held_ != Held::Nothing) {
+        held_ = Held::Nothing;
+        return;
+    }
+    if (panning_) {
+        panning_ = false;
+        laScroll_Release(*canvas_);
+        unsetCursor();
+        return;
+    }
+    bool menu = false;
+    const laPointerEvent released = pointerEvent(*event, 1);
+    draw([&] { menu = pointer_->Release(released); });
+    followDrag();
+    if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
+}
+
+void PictureView::popUp(laContextMenu menu) {
+    if (canvas_->calls.host) menu.act(canvas_->calls.host->PopUp(menu.title, menu.rows));
+}
+
+// The press may have gone to another window's side: what was dragged stays where it is.
+void PictureView::focusOutEvent(QFocusEvent* event) {
+    if (event->reason() == Qt::ActiveWindowFocusReason && pointer_->dragging())
+        draw([&] { pointer_->Cancel(); });
+    space_ = false;
+    if (event->reason() != Qt::PopupFocusReason) focusNames(false);
+    QWidget::focusOutEvent(event);
+}
+
+bool PictureView::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip) return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QPoint at = inGraph(help->pos());
+    std::string text;
+    if (overNames(help->pos()))
+        text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
+    else if (at.x() >= 0 && canvas_->source.storeHasEvents)
+        text = laPointer_Tip(*canvas_, at.x(), at.y());
+    platform_ShowTip(help->globalPos(), text, this);
+    return true;
+}
+
+// The selection shows its length beside it.
+void PictureView::drawSelectionLength(QPainter& painter) {
+    const _LaCanvasData& canvas = *canvas_;
+    if (canvas.marks.cursor[0] < 0 || canvas.marks.cursor[1] < 0 ||
+        canvas.marks.cursor[0] == canvas.marks.cursor[1])
+        return;
+    const double last = std::max(canvas.marks.cursor[0], canvas.marks.cursor[1]);
+    if (last < canvas.view.viewLow || last > canvas.view.viewHigh) return;
+    const QString shown = QString::fromStdString(
+        laTime_Text(canvas, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
+    painter.setFont(surfaceFonts().fonts[Font_Application]);
+    const QFontMetrics& metrics = surfaceFonts().metrics[Font_Application];
+    const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);
+    const int textWidth = metrics.horizontalAdvance(shown) + 8;
+    const int x = std::min(column + 4, picture_.graphLeft + picture_.graphWidth - textWidth);
+    const QRect box(x, picture_.graphTop + picture_.dataHeight - metrics.height() - 4, textWidth,
+                    metrics.height() + 2);
+    painter.fillRect(box, palette().color(QPalette::ToolTipBase));
+    painter.setPen(palette().color(QPalette::ToolTipText));
+    painter.drawText(box, Qt::AlignCenter, shown);
+}
+
+// The event chosen in the table has a frame around its icon.
+void PictureView::drawMarkedEvent(QPainter& painter) {
+    constexpr int gap = 3;
+    const auto icon =
+        canvas_->marks.markedEvent ? detail_FindIcon(*canvas_, canvas_->marks.markedEvent) : std::nullopt;
+    if (!icon) return;
+    const laItem_Bitmap& item = canvas_->items.bitmaps[static_cast<uint32_t>(*icon)];
+    const bool seen = item.time >= canvas_->view.viewLow && item.time <= canvas_->view.viewHigh;
+    if (!seen || item.lane == laNoLane || canvas_->items.lanes[item.lane].hidden) return;
+    const laRect box = laItem_Rect(*canvas_, item);
+    const QRect frame(picture_.graphLeft + box.left - gap,
+                      picture_.graphTop + box.top - canvas_->view.verticalOffset - gap,
+                      box.right - box.left + 2 * gap, box.bottom - box.top + 2 * gap);
+    painter.setClipRect(picture_.graphLeft, picture_.graphTop, picture_.graphWidth, picture_.dataHeight);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(frame);
+    painter.setClipping(false);
+}
+
+void PictureView::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls() && event->mimeData()->urls().front().isLocalFile())
+        event->acceptProposedAction();
+}
+
+void PictureView::dropEvent(QDropEvent* event) {
+    if (!event->mimeData()->hasUrls()) return;
+    event->acceptProposedAction();
+    Q_EMIT fileDropped(event->mimeData()->urls().front().toLocalFile());
+}

@@ -1,0 +1,99 @@
+// The canvas on screen: names and drawing area on one backing image at the screen's own resolution, so that
+// the canvas can paint parts of it, and what wheel, keys and pointer do there.
+#pragma once
+
+#include <QImage>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "chronoweave/traxfunc/draw/picture.h"
+#include "chronoweave/traxfunc/input/pointer.h"
+#include "chronoweave/traxfunc/model/canvas.h"
+
+class PictureView : public QWidget {
+    Q_OBJECT
+  public:
+    explicit PictureView(QWidget* parent = nullptr);
+    ~PictureView() override;
+
+    _LaCanvasData& canvas() { return *canvas_; }
+    LaGraph& graph() { return graph_; }
+    const laPicture& picture() const { return picture_; }
+    const QImage& image() const { return image_; }
+    void setBareWheelZooms(bool on) { bareWheelZooms_ = on; }
+
+    // Runs work with the graph's surface open on the image, then updates the screen and the bars. Every
+    // operation of the canvas that may paint goes through here. Calls may nest.
+    void draw(const std::function<void()>& work);
+    // Places the parts for the present size and paints everything.
+    void layOutAndPaint();
+    // Carries out a command of the canvas.
+    void command(const std::string& text);
+
+  Q_SIGNALS:
+    void barsChanged();
+    // What the message line says while the pointer stands there; empty when it left.
+    void hovered(const QString& text);
+    void fileDropped(const QString& path);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool event(QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    void drawNames(Surface& whole);
+    void drawSelectionLength(QPainter& painter);
+    void drawMarkedEvent(QPainter& painter);
+    void makeImage();
+    void finishDrawing();
+    bool handleKey(const QKeyEvent& event);
+    // The names (picture_names.cpp).
+    enum class Held { Nothing, Names, Divider };
+    bool overNames(QPoint at) const { return at.x() < picture_.nameWidth; }
+    bool overDivider(QPoint at) const;
+    bool pressNames(const QMouseEvent& event, int clicks);
+    void moveNames(QPoint at);
+    void focusNames(bool on);
+    bool keyToNames(const QKeyEvent& event);
+    void listMenu(MslObjectEntry* clicked);
+    void pan(QPoint at);
+    void followDrag();
+    void autoScroll();
+    laPointerEvent pointerEvent(const QMouseEvent& event, int clicks) const;
+    void popUp(struct laContextMenu menu);
+    QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
+    int pointerColumn() const;
+
+    LaGraph graph_;
+    std::unique_ptr<_LaCanvasData> canvas_;
+    laPicture picture_;
+    QImage image_;
+    int drawing_ = 0;          // depth of draw
+    bool namesStale_ = false;  // the list must be painted
+    bool resized_ = false;     // while drawing
+    bool bareWheelZooms_ = false;
+    bool space_ = false;  // held: a drag pans
+    std::unique_ptr<laPointer> pointer_;
+    Held held_ = Held::Nothing;
+    bool panning_ = false;
+    QPoint last_;  // of the pan, in the drawing area
+    QTimer autoScroll_;
+};

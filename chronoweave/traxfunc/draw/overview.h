@@ -1,0 +1,42 @@
+// The overview: the whole trace in a strip, with how busy it was, the bookmarks, and the view as a frame that
+// can be dragged and resized. What it shows is counted once into a fixed number of bins, so that drawing
+// costs the same for any trace.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "chronoweave/traxfunc/model/canvas.h"
+
+constexpr uint32_t laOverview_Bins = 4096;
+
+struct laOverview {
+    double length = 0;            // of the trace, time base; 0 for an empty one
+    std::vector<float> activity;  // events per bin, laOverview_Bins of them; empty for an empty trace
+};
+
+// Counts the canvas's store: a short one event by event, a long one by its blocks, whose events are spread
+// evenly over the time of each. canvas.calls.progress is told and may stop it; what was counted then stands.
+laOverview laOverview_Build(_LaCanvasData& canvas);
+
+// Draws the strip from the surface's origin.
+void laOverview_Draw(const _LaCanvasData& canvas, const laOverview& overview, Surface& surface, int width,
+                     int height);
+
+enum laOverviewPart { Overview_Outside, Overview_LeftEdge, Overview_Inside, Overview_RightEdge };
+// What of the frame lies at a column of a strip of this width. An edge is caught within 4 columns.
+laOverviewPart laOverview_HitTest(const _LaCanvasData& canvas, const laOverview& overview, int width, int x);
+
+struct laOverviewRange {
+    double low = 0, high = 0;  // time base
+};
+// The range that a drag gives, from the range and the column where it began. A press outside the frame takes
+// the frame's middle there. The range stays within the trace; an edge keeps a column away from the other.
+laOverviewRange laOverview_Drag(const laOverview& overview, int width, laOverviewPart part,
+                                laOverviewRange start, int grabbed, int x);
+// Shows a range; the caller records the end of a drag with laHistory_Add.
+bool laOverview_Show(_LaCanvasData& canvas, laOverviewRange range);
+
+// Between columns and times.
+int laOverview_Column(const laOverview& overview, int width, double time);
+double laOverview_Time(const laOverview& overview, int width, int x);

@@ -1,0 +1,91 @@
+#include "chronoweave/traxfunc/draw/picture.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/draw/axis.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/list/names.h"
+#include "windlib/lagraph/translated_surface.h"
+
+namespace {
+
+constexpr int divider = 3;     // pixels between the names and the drawing area
+constexpr int footerGap = 12;  // between the texts of the line below it
+
+}  // namespace
+
+int laPicture_FooterHeight(const FontMetrics& font) {
+    return font.height + 4;
+}
+
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
+    laPicture picture;
+    picture.width = width;
+    picture.height = height;
+    const int wanted =
+        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : laNames_Width(canvas, surface, width / 4);
+    picture.nameWidth = std::min(wanted, std::max(0, width - divider));
+    picture.graphLeft = picture.nameWidth + divider;
+    picture.graphWidth = std::max(0, width - picture.graphLeft);
+    picture.footer = footer;
+    const int below = footer ? laPicture_FooterHeight(surface.fontMetrics(Font_Application)) : 0;
+    picture.graphHeight = std::max(0, height - below);
+    picture.dataHeight =
+        std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
+    picture.rowHeight = canvas.looks.rowHeight;
+    Surface* const own = canvas.graph->surface;
+    canvas.graph->surface = &surface;
+    laCanvas_Resized(canvas, picture.graphWidth, picture.graphHeight);
+    canvas.graph->surface = own;
+    return picture;
+}
+
+void laPicture_DrawFooter(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture) {
+    const int top = picture.graphTop + picture.graphHeight;
+    surface.clearRect(0, top, picture.width, std::max(1, picture.height - top));
+    const FontMetrics font = surface.fontMetrics(Font_Application);
+    const int baseline = picture.graphTop + picture.graphHeight + 2 + font.ascent;
+    const int oldFont = surface.setFont(Font_Application);
+    int x = picture.graphLeft;
+    for (const std::string& text : {canvas.fields.tickPattern, canvas.fields.tickUnit}) {
+        if (text.empty()) continue;
+        surface.drawText(x, baseline, text, surface.foreground(), NoColour);
+        x += surface.textExtent(text).width + footerGap;
+    }
+    const std::string total = canvas.fields.totalLengthTitle + ": " + canvas.fields.totalLength;
+    const int left = picture.width - surface.textExtent(total).width - 4;
+    if (left >= x) surface.drawText(left, baseline, total, surface.foreground(), NoColour);
+    if (oldFont >= 0) surface.setFont(oldFont);
+}
+
+void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors) {
+    LaGraph& graph = *canvas.graph;
+    Surface* const own = graph.surface;
+    const double cursors[2] = {canvas.marks.cursor[0], canvas.marks.cursor[1]};
+    if (!withCursors) canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100.0;
+    surface.clearRect(0, 0, picture.width, picture.height);
+    {
+        TranslatedSurface area(surface, picture.graphLeft, picture.graphTop, picture.graphWidth,
+                               picture.graphHeight);
+        graph.surface = &area;
+        laCanvas_Repaint(canvas);
+        graph.surface = own;
+    }
+    {
+        TranslatedSurface column(surface, 0, picture.graphTop, picture.nameWidth, picture.dataHeight);
+        laNames_Draw(canvas, column, picture.nameWidth, picture.dataHeight, withCursors);
+    }
+    const int line = picture.nameWidth + divider / 2;
+    surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,
+                     surface.foreground());
+    if (picture.footer) laPicture_DrawFooter(canvas, surface, picture);
+    std::copy(cursors, cursors + 2, canvas.marks.cursor);
+}
+
+std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas) {
+    std::vector<std::optional<uint32_t>> ids;
+    for (const MslObjectEntry* entry : canvas.list.taskList->rows())
+        ids.push_back(canvas.list.taskList->PathOf(*entry).id);
+    return ids;
+}

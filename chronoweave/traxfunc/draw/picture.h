@@ -1,0 +1,36 @@
+// A whole picture on one surface: the name column on the left, the drawing area with its axis strip, and
+// under it a line with the pattern of the labels, the unit and the total length. The window places its parts
+// by the same geometry; picture files and pages are drawn by laPicture_Draw.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "chronoweave/traxfunc/model/canvas.h"
+
+struct laPicture {
+    int width = 0, height = 0;  // of the whole
+    int nameWidth = 0;          // of the name column
+    int graphLeft = 0, graphTop = 0, graphWidth = 0,
+        graphHeight = 0;  // the drawing area, axis strip included
+    int dataHeight = 0;   // rows of the drawing area above the axis strip
+    int rowHeight = 0;
+    bool footer = true;  // there is a line under the drawing area
+};
+
+// The line under the drawing area.
+int laPicture_FooterHeight(const FontMetrics& font);
+// Places the parts for a total size and gives the canvas its drawing area; the names take what the longest of
+// the present rows needs, from 100 pixels to a quarter of the width. So show the range first, then lay out:
+// the times shown stay as they are.
+// Without a footer the drawing area goes down to the lower edge: a window has labels for those texts.
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height,
+                           bool footer = true);
+// Draws everything. The canvas keeps its own surface. Cursors and their band, and the selection of
+// the names, only when asked for.
+void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);
+// Clears and draws the line under the drawing area.
+void laPicture_DrawFooter(const _LaCanvasData& canvas, Surface& surface, const laPicture& picture);
+// Ids of the rows from the top; none for a group or the agent.
+std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas);

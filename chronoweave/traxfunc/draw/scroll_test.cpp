@@ -1,0 +1,164 @@
+#include "chronoweave/traxfunc/draw/scroll.h"
+
+#include <gtest/gtest.h>
+
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/hit_marks.h"
+#include "chronoweave/traxfunc/draw/pixel_surface_testing.h"
+#include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+// A canvas on pixels, moved at random; after each move the picture must be that of a whole repaint.
+class Walk {
+  public:
+    Walk(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events)
+        : random_(seed), pixels_(width, height) {
+        gen_set_console_sink([](std::string_view) {});
+        EXPECT_TRUE(test_.Open(events, "Korvantis", legend));
+        test_.graph.surface = &pixels_;
+        laCanvas_Resized(canvas_, width, height);
+        laCanvas_ShowRange(canvas_, 0, canvas_.source.totalLength / 3, true, true);
+    }
+    ~Walk() { gen_set_console_sink({}); }
+
+    int copies() const { return copies_ + pixels_.copies; }
+
+    std::string Move() {
+        const double span = canvas_.view.viewLength;
+        switch (Below(15)) {
+            case 0:
+                laCanvas_ZoomAtColumn(canvas_, Below(pixels_.width()), Below(2) ? 0.5 : 0.83);
+                return "zoom in";
+            case 1:
+                laCanvas_ZoomAtColumn(canvas_, Below(pixels_.width()), 2.1);
+                return "zoom out";
+            case 2:
+                laHistory_Command(canvas_, Below(2) ? laHistory_Prev : laHistory_Next);
+                return "history";
+            case 3:
+                if (Below(3) == 0) Resize();
+                return "resize";
+            case 4:
+                laBookmark_Add(canvas_, laAgentId, canvas_.view.viewLow + span * Below(100) / 100, true);
+                if (canvas_.marks.bookmarks.size() > 3) laBookmark_DeleteAt(canvas_, 2, true);
+                return "bookmark";
+            case 5:
+            case 6:
+                return Drag();
+            case 14:
+                laHits_Set(canvas_, Hits(Below(3) == 0 ? 0 : Below(40)));
+                return "hits";
+            case 7:
+            case 8:
+            case 9:
+                laCanvas_ScrollRows(canvas_, Below(81) - 40);
+                return "rows";
+            default:
+                laCanvas_ScrollColumns(canvas_, Below(5) == 0 ? Below(600) - 300 : Below(61) - 30);
+                return "columns";
+        }
+    }
+
+    // Number of pixels that differ from a whole repaint.
+    int Wrong() {
+        PixelSurface whole(pixels_.width(), pixels_.height());
+        const LaPainted painted = canvas_.view.painted;
+        test_.graph.surface = &whole;
+        laCanvas_Repaint(canvas_);
+        test_.graph.surface = &pixels_;
+        canvas_.view.painted = painted;
+        int wrong = 0;
+        for (size_t i = 0; i < whole.pixels().size(); ++i) wrong += whole.pixels()[i] != pixels_.pixels()[i];
+        return wrong;
+    }
+
+  private:
+    static constexpr int width = 400, height = 180;
+
+    int Below(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
+    std::vector<double> Hits(int count) {
+        std::vector<double> times;
+        for (int i = 0; i < count; ++i)
+            times.push_back(canvas_.view.viewLow + canvas_.view.viewLength * (Below(1400) - 200) / 1000);
+        std::sort(times.begin(), times.end());
+        return times;
+    }
+    void Resize() {
+        copies_ += pixels_.copies;
+        pixels_ = PixelSurface(width - Below(60), height - Below(60));
+        laCanvas_Resized(canvas_, pixels_.width(), pixels_.height());
+        laCanvas_Repaint(canvas_);
+    }
+    // A press, a few moves, and now and then a release: scrolls happen with a cursor in exclusive-or too.
+    std::string Drag() {
+        if (canvas_.hand.dragStartView < 0) {
+            laCanvas_BeginDrag(canvas_, Below(pixels_.width()), Below(height), Below(2) == 0);
+            return "press";
+        }
+        const int x = Below(pixels_.width() + 80) - 40;
+        laCanvas_DragTo(canvas_, x, Below(height), Below(2) == 0);
+        if (Below(3) == 0) laCanvas_EndDrag(canvas_);
+        return "drag to " + std::to_string(x);
+    }
+
+    std::mt19937 random_;
+    TestCanvas test_;
+    _LaCanvasData& canvas_ = *test_.canvas;
+    PixelSurface pixels_;
+    int copies_ = 0;
+};
+
+// A legend whose switches all look the same, so that rows may be copied.
+Legend plain_legend() {
+    Legend legend = test_legend();
+    legend.statuses[9].visible = false;
+    legend.BuildLookups();
+    return legend;
+}
+
+void run(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, int leastCopies) {
+    Walk walk(seed, legend, events);
+    ASSERT_EQ(walk.Wrong(), 0);
+    for (int step = 0; step < 250; ++step) {
+        const std::string what = walk.Move();
+        ASSERT_EQ(walk.Wrong(), 0) << "seed " << seed << " step " << step << ": " << what;
+    }
+    EXPECT_GE(walk.copies(), leastCopies);
+}
+
+TEST(Scroll, APartlyRepaintedPictureIsTheWholeOne) {
+    for (unsigned seed = 1; seed <= 4; ++seed) run(seed, plain_legend(), random_events(seed, 4000), 30);
+}
+
+TEST(Scroll, SoItIsWithSwitchesOfSeveralLooksAndFewEvents) {
+    for (unsigned seed = 11; seed <= 13; ++seed) run(seed, test_legend(), random_events(seed, 300), 20);
+}
+
+TEST(Scroll, ASmallStepPaintsLittle) {
+    gen_set_console_sink([](std::string_view) {});
+    PixelSurface pixels(1000, 600);
+    TestCanvas test;
+    ASSERT_TRUE(test.Open(random_events(3, 300)));
+    test.graph.surface = &pixels;
+    laCanvas_ShowRange(*test.canvas, 0, test.canvas->source.totalLength / 4, true, true);
+    pixels.touched = 0;
+    laCanvas_ScrollColumns(*test.canvas, 5);
+    EXPECT_EQ(pixels.copies, 1);
+    EXPECT_LT(pixels.touched, 1000u * 600 / 3);
+    // Other items, another order or another scale is painted whole.
+    ++test.canvas->items.itemsVersion;
+    laCanvas_ScrollColumns(*test.canvas, 5);
+    test.canvas->items.lanes[0].y += 1;
+    laCanvas_ScrollColumns(*test.canvas, 5);
+    laCanvas_ZoomAtColumn(*test.canvas, 500, 0.5);
+    EXPECT_EQ(pixels.copies, 1);
+    gen_set_console_sink({});
+}
+
+}  // namespace

@@ -1,0 +1,141 @@
+#include "chronoweave/traxfunc/fetch/fetch.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/fetch/sweep.h"
+
+namespace {
+
+// Rows of event codes, asked of the legend once per code and fetch, so that an unknown code is reported once.
+class EventRows {
+  public:
+    explicit EventRows(const Legend& legend) : legend_(legend), slots_(1024) {}
+    int32_t of(uint16_t type, uint16_t subtype) {
+        const uint32_t code = uint32_t{type} << 16 | subtype;
+        Slot& slot = slots_[(code * 0x9E3779B1u) >> 22];
+        if (slot.row == -2 || slot.code != code) slot = {code, legend_.EventIndex(type, subtype)};
+        return slot.row;
+    }
+
+  private:
+    struct Slot {
+        uint32_t code = 0;
+        int32_t row = -2;
+    };
+    const Legend& legend_;
+    std::vector<Slot> slots_;
+};
+
+void make_agent(_LaCanvasData& canvas) {
+    laItem_Line agent;
+    agent.objectId = laAgentId;
+    agent.isAgent = true;
+    agent.hasName = true;
+    agent.name = "__VRL_Agent_For_Hidden_" + laCanvas_Plural(canvas.list.objectTerm) + "__";
+    agent.openSince = agent.firstTime = -1.0;
+    canvas.items.hiddenAgent = canvas.items.lanes.push_back(std::move(agent));
+}
+
+uint64_t tick_of(const _LaCanvasData& canvas, double time) {
+    return canvas.source.baseTick +
+           static_cast<uint64_t>(std::clamp(time * canvas.source.ticksPerSecond, 0.0, 9.2e18));
+}
+
+// One fetch over low to high, the lists being empty.
+class RangeFetch {
+  public:
+    RangeFetch(_LaCanvasData& canvas, double low, double high)
+        : canvas_(canvas), low_(low), high_(high), rows_(canvas.looks.legend) {}
+
+    // Gives where the fetch ended: high, or earlier when it was stopped. Negative when the store gave
+    // nothing.
+    double Run() {
+        TraceStore& store = *canvas_.source.store;
+        const uint64_t first = tick_of(canvas_, low_);
+        const uint64_t end = tick_of(canvas_, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
+        const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
+        EventWalk walk;
+        if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return -1.0;
+        if (canvas_.list.showHiddenAgent) make_agent(canvas_);
+        for (uint32_t id : objects)
+            if (canvas_.items.laneIndex.find(id) == laNoLane) laLn_New(canvas_, id);
+
+        LaneSweep sweep(canvas_, state_);
+        sweep.All(low_, false, true);
+        EventRecord event;
+        uint32_t count = 0;
+        double reached = high_;
+        while (mt_NextEvent(walk, event)) {
+            if (count == 0) canvas_.items.firstSequence = event.sequence;
+            const double time =
+                static_cast<double>(static_cast<int64_t>(event.time - canvas_.source.baseTick)) /
+                canvas_.source.ticksPerSecond;
+            if ((count & 0x3FFF) == 0x3FFF && canvas_.calls.progress &&
+                !canvas_.calls.progress(time - low_, high_ - low_)) {
+                reached = std::max(low_, time);
+                break;
+            }
+            Take(sweep, event, time, count);
+            ++count;
+        }
+        sweep.All(reached, true, false);
+        return reached;
+    }
+
+  private:
+    void Take(LaneSweep& sweep, const EventRecord& event, double time, uint32_t sequence) {
+        StateChange change;
+        for (ChangeList list = event.changes; list.next(change);)
+            if (change.objectType == mt_ObjectTask) sweep.TouchObject(change.objectId);
+        mt_ApplyEventToState(state_, event);
+        if (time < low_) return;
+        sweep.Step(time);
+        uint16_t objectType = 0;
+        uint32_t objectId = 0;
+        if (!mt_GetEventObject(*canvas_.source.store, event, objectType, objectId)) return;
+        uint32_t lane = canvas_.items.laneIndex.find(objectId);
+        if (lane == laNoLane) {
+            lane = laLn_New(canvas_, objectId);
+            sweep.Touch(lane);
+        }
+        const int32_t row = rows_.of(event.type, event.subtype);
+        laBm_Append(canvas_, {time, lane, sequence, row, event.type, event.subtype});
+    }
+
+    _LaCanvasData& canvas_;
+    double low_, high_;
+    EventRows rows_;
+    StateTable state_;
+};
+
+}  // namespace
+
+bool laCanvas_IsCached(const _LaCanvasData& canvas, double low, double high) {
+    return canvas.items.cachedHigh > canvas.items.cachedLow && low >= canvas.items.cachedLow &&
+           std::min(high, canvas.source.totalLength) <= canvas.items.cachedHigh;
+}
+
+bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high) {
+    laCpu_Clear(canvas);
+    if (canvas.source.store == nullptr) return true;
+    if (!canvas.source.storeHasEvents)
+        canvas.source.storeHasEvents = mt_GetEventCount(*canvas.source.store) > 0;
+    if (!canvas.source.storeHasEvents || canvas.looks.legend.empty()) return true;
+    if (canvas.options.prefetch) {
+        const double length = high - low;
+        low = low < length / 2 ? 0 : low - length / 2;
+        high = low + 2 * length;
+    }
+    high = std::min(high, canvas.source.totalLength);
+    if (low > high) return true;
+    laCanvas_ClearItems(canvas);
+    canvas.list.sortAroundEvent = false;
+    const double reached = RangeFetch(canvas, low, high).Run();
+    if (reached < 0) {
+        laCanvas_ClearItems(canvas);
+        return false;
+    }
+    canvas.items.cachedLow = low;
+    canvas.items.cachedHigh = reached;
+    return true;
+}

@@ -1,0 +1,23 @@
+// Bookmarks: marked times, drawn as dotted lines over the rows and listed in the menu, newest first. Times
+// are of the time base; no two bookmarks share one.
+#pragma once
+
+#include <cstddef>
+
+#include "chronoweave/traxfunc/model/canvas.h"
+
+// The bookmark at exactly this time, or, when not exact, the first of the list within 3 pixels of it. Null
+// when there is none. Valid until the list changes.
+const LaBookmark* laBookmark_Find(const _LaCanvasData& canvas, double time, bool exact);
+// Adds one unless there is one at exactly this time, and gives it. objectId is laAgentId for no object. With
+// repaint, draws it.
+const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, double time, bool repaint);
+// True when one went.
+bool laBookmark_Delete(_LaCanvasData& canvas, double time, bool exact, bool repaint);
+// False, and nothing, for an index behind the list.
+bool laBookmark_DeleteAt(_LaCanvasData& canvas, size_t index, bool repaint);
+void laBookmark_DeleteAll(_LaCanvasData& canvas, bool repaint);
+// Brings it and its object into view, with the pointer. False, with a beep, for an index behind the list.
+bool laBookmark_Show(_LaCanvasData& canvas, size_t index);
+// Adds one for each cursor that is set. False, with a beep, when none is.
+bool laBookmark_AddForCursors(_LaCanvasData& canvas);

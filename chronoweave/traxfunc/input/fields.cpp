@@ -1,0 +1,96 @@
+#include "chronoweave/traxfunc/input/fields.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr double tolerance = 1e-12;
+constexpr double shortestEnd = 1.0;  // a view typed by its end alone begins at 0 only beyond this
+constexpr const char* badRange = "Invalid view time range or view time range is too small.";
+
+bool refuse(_LaCanvasData& canvas, int group, const char* message) {
+    laCanvas_Beep(canvas);
+    laCanvas_UpdateFields(canvas, group, message);
+    return false;
+}
+
+bool show(_LaCanvasData& canvas, double low, double high) {
+    const bool shown = laCanvas_Zoom(canvas, low, high, true, Zoom_Range);
+    laCanvas_UpdateFields(canvas, Fields_View);
+    return shown;
+}
+
+bool commit_view_from(_LaCanvasData& canvas, double v) {
+    if (canvas.view.viewHigh > v + tolerance) return show(canvas, v, canvas.view.viewHigh);
+    if (v + canvas.view.viewLength > canvas.source.totalLength) return refuse(canvas, Fields_View, badRange);
+    return show(canvas, v, v + canvas.view.viewLength);
+}
+
+bool commit_view_to(_LaCanvasData& canvas, double v) {
+    if (v > canvas.view.viewLow + tolerance) return show(canvas, canvas.view.viewLow, v);
+    if (v > canvas.view.viewLength) return show(canvas, v - canvas.view.viewLength, v);
+    if (v <= shortestEnd) return refuse(canvas, Fields_View, badRange);
+    return show(canvas, 0, v);
+}
+
+bool commit_view_length(_LaCanvasData& canvas, double v) {
+    if (v <= tolerance) return refuse(canvas, Fields_View, "View time range is too small.");
+    return show(canvas, canvas.view.viewLow, canvas.view.viewLow + v);
+}
+
+bool move(_LaCanvasData& canvas, int which, double time) {
+    laCanvas_MoveCursor(canvas, which, time);
+    return true;
+}
+
+bool commit_selection_from(_LaCanvasData& canvas, double v) {
+    const double first = canvas.marks.cursor[0], second = canvas.marks.cursor[1];
+    if (second >= 0 && second < v) move(canvas, 1, first < 0 ? v : v + (second - first));
+    return move(canvas, 0, v);
+}
+
+bool commit_selection_to(_LaCanvasData& canvas, double v) {
+    const double first = canvas.marks.cursor[0], second = canvas.marks.cursor[1];
+    if (v < first) move(canvas, 0, second < 0 ? v : std::max(0.0, v - (second - first)));
+    return move(canvas, 1, v);
+}
+
+bool commit_selection_length(_LaCanvasData& canvas, double v) {
+    if (canvas.marks.cursor[0] < 0) return refuse(canvas, Fields_Selection, "Invalid time.");
+    return move(canvas, 1, canvas.marks.cursor[0] + v);
+}
+
+struct Field {
+    const char* name;
+    int group;
+    std::string LaCanvasFields::*text;
+    bool (*commit)(_LaCanvasData&, double);
+};
+
+constexpr Field fieldTable[] = {
+    {"tf_view_from", Fields_View, &LaCanvasFields::viewFrom, commit_view_from},
+    {"tf_view_to", Fields_View, &LaCanvasFields::viewTo, commit_view_to},
+    {"tf_view_len", Fields_View, &LaCanvasFields::viewLength, commit_view_length},
+    {"tf_sel_from", Fields_Selection, &LaCanvasFields::selFrom, commit_selection_from},
+    {"tf_sel_to", Fields_Selection, &LaCanvasFields::selTo, commit_selection_to},
+    {"tf_sel_len", Fields_Selection, &LaCanvasFields::selLength, commit_selection_length},
+};
+
+}  // namespace
+
+bool laCanvas_CommitField(_LaCanvasData& canvas, std::string_view name, std::string_view text) {
+    for (const Field& field : fieldTable) {
+        if (name != field.name) continue;
+        if (text == canvas.fields.*field.text) return true;
+        const auto value = scan_double(text);
+        if (!value) return refuse(canvas, field.group, "Invalid time.");
+        if (*value < 0) return refuse(canvas, Fields_View | Fields_Selection, "Invalid time.");
+        return field.commit(canvas, laTime_Convert(canvas.axis.timeMode, *value, Time_Second));
+    }
+    return false;
+}

@@ -1,0 +1,179 @@
+#include "chronoweave/traxfunc/input/goto.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr int unitOfTicks = Time_Tick;
+
+struct Unit {
+    const char* name;
+    int mode;
+};
+constexpr Unit unitTable[] = {
+    {"s", Time_Second},
+    {"sec", Time_Second},
+    {"second", Time_Second},
+    {"seconds", Time_Second},
+    {"ms", Time_Millisecond},
+    {"millisecond", Time_Millisecond},
+    {"us", Time_Microsecond},
+    {"\xC2\xB5s", Time_Microsecond},
+    {"\xCE\xBCs", Time_Microsecond},
+    {"ns", Time_Nanosecond},
+    {"nanosecond", Time_Nanosecond},
+    {"milliseconds", Time_Millisecond},
+    {"t", unitOfTicks},
+    {"tick", unitOfTicks},
+    {"ticks", unitOfTicks},
+    {"microsecond", Time_Microsecond},
+    {"microseconds", Time_Microsecond},
+    {"nanoseconds", Time_Nanosecond},
+};
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+class Scanner {
+  public:
+    Scanner(const _LaCanvasData& canvas, std::string_view text, std::string& why)
+        : canvas_(canvas), rest_(text_trim(text)), why_(why) {}
+
+    bool atEnd() {
+        rest_ = text_trim(rest_);
+        return rest_.empty();
+    }
+
+    // A number and its unit, as a time of the time base.
+    std::optional<double> Time() {
+        rest_ = text_trim(rest_);
+        if (!rest_.empty() && rest_[0] == '-') return Fail("A time can't be negative.");
+        const size_t length = NumberLength();
+        const auto value = scan_double(rest_.substr(0, length));
+        if (length == 0 || !value) return Fail("\"" + std::string(rest_) + "\" doesn't begin with a number.");
+        rest_.remove_prefix(length);
+        rest_ = text_trim(rest_);
+        const size_t end = UnitLength();
+        std::string_view name = rest_.substr(0, end);
+        // "to" stands between two times.
+        if (text_equal_nocase(name, "to")) name = {};
+        rest_.remove_prefix(name.size());
+        return InTimeBase(*value, name);
+    }
+
+    // What stands between two times; '+' or ' '.
+    char Between() {
+        rest_ = text_trim(rest_);
+        if (rest_[0] == '+') return Skip(1), '+';
+        if (rest_.substr(0, 2) == "..") return Skip(2), ' ';
+        if (rest_[0] == ',' || rest_[0] == '-') return Skip(1), ' ';
+        if (text_starts_nocase(rest_, "to")) Skip(2);
+        return ' ';
+    }
+
+  private:
+    std::nullopt_t Fail(std::string message) {
+        why_ = std::move(message);
+        return std::nullopt;
+    }
+    void Skip(size_t count) { rest_.remove_prefix(count); }
+
+    // Digits with at most one point, unless ".." follows, and an exponent only with digits of its own: the
+    // "+" behind "1e" would begin a length.
+    size_t NumberLength() const {
+        size_t at = 0;
+        const auto digits = [&] {
+            while (at < rest_.size() && is_digit(rest_[at])) ++at;
+        };
+        digits();
+        if (at < rest_.size() && rest_[at] == '.' && rest_.substr(at, 2) != "..") {
+            ++at;
+            digits();
+        }
+        if (at > 0 && at < rest_.size() && (rest_[at] == 'e' || rest_[at] == 'E')) {
+            size_t power = at + 1;
+            if (power < rest_.size() && (rest_[power] == '-' || rest_[power] == '+')) ++power;
+            if (power < rest_.size() && is_digit(rest_[power])) {
+                at = power;
+                digits();
+            }
+        }
+        return at;
+    }
+    size_t UnitLength() const {
+        size_t at = 0;
+        while (at < rest_.size() && ((text_lower(rest_[at]) >= 'a' && text_lower(rest_[at]) <= 'z') ||
+                                     (static_cast<unsigned char>(rest_[at]) & 0x80) != 0))
+            ++at;
+        return at;
+    }
+
+    std::optional<double> InTimeBase(double value, std::string_view name) {
+        if (name.empty()) return laTime_Convert(canvas_.axis.timeMode, value, Time_Second);
+        for (const Unit& unit : unitTable) {
+            if (!text_equal_nocase(name, unit.name)) continue;
+            if (unit.mode == unitOfTicks)
+                return canvas_.axis.timeMode == Time_Sequential
+                           ? Fail("A trace in sequence numbers has no ticks.")
+                           : std::optional(value / canvas_.source.ticksPerSecond);
+            if (canvas_.axis.timeMode >= Time_Tick)
+                return Fail("\"" + std::string(name) + "\": this trace has no clock, only a count.");
+            return laTime_Convert(unit.mode, value, Time_Second);
+        }
+        return Fail("\"" + std::string(name) + "\" is no unit; use s, ms, us, ns or ticks.");
+    }
+
+    const _LaCanvasData& canvas_;
+    std::string_view rest_;
+    std::string& why_;
+};
+
+bool refuse(_LaCanvasData& canvas, const std::string& why) {
+    laCanvas_Refuse(canvas, why);
+    return false;
+}
+
+}  // namespace
+
+std::optional<laGotoTarget> laGoto_Parse(const _LaCanvasData& canvas, std::string_view text,
+                                         std::string& why) {
+    Scanner scanner(canvas, text, why);
+    if (scanner.atEnd()) {
+        why = "No time was given.";
+        return std::nullopt;
+    }
+    const auto low = scanner.Time();
+    if (!low) return std::nullopt;
+    laGotoTarget target;
+    target.low = *low;
+    if (scanner.atEnd()) return target;
+    const char between = scanner.Between();
+    const auto second = scanner.Time();
+    if (!second) return std::nullopt;
+    if (!scanner.atEnd()) {
+        why = "There is more than two times.";
+        return std::nullopt;
+    }
+    target.high = between == '+' ? *low + *second : *second;
+    if (*target.high > *low) return target;
+    why = between == '+' ? "A length must be greater than 0." : "The end is not behind the start.";
+    return std::nullopt;
+}
+
+bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text) {
+    std::string why;
+    const auto target = laGoto_Parse(canvas, text, why);
+    if (!target) return refuse(canvas, why);
+    if (!canvas.source.storeHasEvents) return refuse(canvas, "There is nothing to go to.");
+    if (target->low > canvas.source.totalLength)
+        return refuse(canvas, "The trace ends at " + laTime_Text(canvas, canvas.source.totalLength) + " " +
+                                  laTime_UnitName(canvas, true) + "s.");
+    if (target->high) return laCanvas_Zoom(canvas, target->low, *target->high, true, Zoom_Range);
+    const double low = std::max(0.0, target->low - canvas.view.viewLength / 2);
+    return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength, true, Zoom_Range);
+}

@@ -1,0 +1,366 @@
+#include "chronoweave/traxfunc/input/menus.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+#include "windlib/dialog/model.h"
+
+namespace {
+
+const char* const windowMenus[] = {"TraxFile",    "TraxView",  "TraxReport",   "TraxConfig",
+                                   "TraxControl", "TraxTools", "TraxBookmark", "TraxHelp"};
+
+class CanvasMenus : public testing::Test {
+  protected:
+    void SetUp() override {
+        laMenus_Register(menus);
+        menus.Update(*menus.Find("TraxMenuBar", true));
+    }
+    void Open() {
+        Legend legend = test_legend();
+        legend.events[0].flags |= LegendEvent_IntervalSearch;
+        ASSERT_TRUE(test.Open(random_events(6, 300), "KORVANTIS", std::move(legend)));
+    }
+    void Hook() {
+        for (const char* name : windowMenus) laCanvas_MenuHook(menus, name, canvas);
+        laCanvas_UpdateButtons(canvas, buttons);
+    }
+    const MenuRow* Row(std::string_view command) {
+        for (const char* name : windowMenus)
+            if (const MenuRow* row = menus.Find(name, true)->rowOf(command)) return row;
+        return nullptr;
+    }
+    // "+" when the row of a command can be chosen, "-" when not, and the same for its button.
+    std::string State(std::string_view command) {
+        const MenuRow* row = Row(command);
+        std::string state = !row ? " " : row->flags & MenuRow_Disabled ? "-" : "+";
+        const auto bar = laMenus_ToolBar();
+        for (size_t i = 0; i < bar.size(); ++i)
+            if (bar[i].command == command) state += buttons[i].enabled ? "+" : "-";
+        return state;
+    }
+
+    TestCanvas test;
+    _LaCanvasData& canvas = *test.canvas;
+    MenuRegistry menus;
+    std::vector<laButtonState> buttons;
+};
+
+// In each state of the canvas, what becomes of the rows and buttons that it concerns: menu, then button.
+TEST_F(CanvasMenus, RowsAndButtonsFollowTheCanvas) {
+    struct Case {
+        const char* state;
+        std::function<void()> make;
+        std::vector<std::pair<const char*, const char*>> shown;
+    };
+    DialogModel view{DialogDescription{}};
+    const Case cases[] = {
+        {"empty", [] {}, {{"NewWindow", "+"},     {"Open", "+"},           {"TraxPrint", "--"},
+                          {"Quit", "++"},         {"Search", "--"},        {"SearchInterval", "--"},
+                          {"ZoomIn", "--"},       {"ZoomToRange", "--"},   {"ZoomOut", "--"},
+                          {"HideTasks", "-"},     {"BottomHistory", "--"}, {"PrevHistory", "--"},
+                          {"NextHistory", "--"},  {"TopHistory", "--"},    {"DelViews", "--"},
+                          {"FlatView", "-"},      {"GoToTime", "-"},       {"ShowAll", "-"},
+                          {"ReportObjects", "-"}, {"ReportTask", "-"},     {"ReportGeneral", "-"},
+                          {"Legend", "--"},       {"RefreshGap", "-"},     {"CanvasName", "+"},
+                          {"TimeUnit", "-"},      {"changeunit", " -"},    {"IconButton", "+"},
+                          {"Options", "+"},       {"Korvantis", "+"},      {"Threadx", "-"},
+                          {"AddBookmark", "-"},   {"EditBookmarks", "-"},  {"DeleteBookmarks", "-"},
+                          {"About", "+"},         {"KeySheet", "+"},       {"Help", " +"},
+                          {"open", " +"},         {"NoRefresh", " +"},     {"vorelbar", "+"}}},
+        {"a source, its first view shown",
+         [&] {
+             Open();
+             canvas.past.historyNewest = canvas.past.historyOldest = canvas.past.historyCurrent = -1;
+             canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100;
+         },
+         {{"TraxPrint", "++"},
+          {"Search", "++"},
+          {"SearchInterval", "++"},
+          {"ZoomIn", "++"},
+          {"HideTasks", "+"},
+          {"ReportTask", "+"},
+          {"Legend", "++"},
+          {"RefreshGap", "+"},
+          {"TimeUnit", "+"},
+          {"changeunit", " +"},
+          {"GoToTime", "+"},
+          {"TopHistory", "--"},
+          {"PrevHistory", "--"},
+          {"Korvantis", "+"},
+          {"AddBookmark", "-"},
+          {"FlatView", "+"}}},
+        {"no event starts an interval",
+         [&] { canvas.looks.legend.events[0].flags &= ~static_cast<uint32_t>(LegendEvent_IntervalSearch); },
+         {{"SearchInterval", "--"}, {"Search", "++"}}},
+        {"all events start intervals",
+         [&] { canvas.options.allForIntervalSearch = true; },
+         {{"SearchInterval", "++"}}},
+        {"history at its latest entry",
+         [&] { canvas.past.historyNewest = canvas.past.historyCurrent = 3, canvas.past.historyOldest = 1; },
+         {{"TopHistory", "--"}, {"NextHistory", "--"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
+        {"history at its earliest entry",
+         [&] { canvas.past.historyCurrent = 1; },
+         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "--"}, {"BottomHistory", "--"}}},
+        {"history in between",
+         [&] { canvas.past.historyCurrent = 2; },
+         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
+        {"one cursor", [&] { canvas.marks.cursor[1] = 0.1; }, {{"AddBookmark", "+"}}},
+        {"bookmarks",
+         [&] { laBookmark_Add(canvas, laAgentId, 0.1, false); },
+         {{"EditBookmarks", "+"}, {"DeleteBookmarks", "+"}, {"ShowBookmark 0", "+"}}},
+        {"whole names", [&] { canvas.list.flatView = true; }, {{"FlatView", "+"}}},
+        {"a detail window", [&] { canvas.calls.viewWindows.push_back(&view); }, {{"DelViews", "++"}}},
+        {"times in ticks",
+         [&] { canvas.axis.timeMode = Time_Tick; },
+         {{"TimeUnit", "-"}, {"changeunit", " -"}, {"ZoomIn", "++"}}},
+        {"another system",
+         [&] { canvas.source.osKind = Os_ThreadX; },
+         {{"Korvantis", "-"}, {"Threadx", "-"}}},
+        {"an event server", [&] { canvas.calls.upper.serverConnected = true; }, {{"Korvantis", "+"}}},
+        {"closed",
+         [&] { laCanvas_Command(canvas, "Close"); },
+         {{"Search", "--"},
+          {"Legend", "--"},
+          {"DelViews", "--"},
+          {"TopHistory", "--"},
+          {"EditBookmarks", "-"}}},
+    };
+    for (const Case& one : cases) {
+        one.make();
+        Hook();
+        for (const auto& [command, state] : one.shown)
+            EXPECT_EQ(State(command), state) << one.state << ": " << command;
+    }
+}
+
+TEST_F(CanvasMenus, LabelsAndCheckMarks) {
+    Open();
+    const struct {
+        const char *term, *hide, *report;
+    } terms[] = {{"Task", "Change &Hidden Task List", "&Task..."},
+                 {"Object", "Change &Hidden Object List", "Object..."},
+                 {"group", "Change &Hidden group List", "group..."},
+                 {"R&D", "Change &Hidden R&&D List", "&R&&D..."},
+                 {"", "Change &Hidden  List", "&..."}};
+    for (const auto& one : terms) {
+        canvas.list.objectTerm = one.term;
+        Hook();
+        EXPECT_EQ(Row("HideTasks")->label, one.hide);
+        EXPECT_EQ(Row("ReportTask")->label, one.report);
+    }
+    const struct {
+        double first, second;
+        const char* label;
+    } cursors[] = {{-1, -1, "&Add Bookmark for Selection"},
+                   {1, -1, "&Add Bookmark for Selection"},
+                   {1, 1, "&Add Bookmark for Selection"},
+                   {1, 2, "&Add Bookmarks for Selection"}};
+    for (const auto& one : cursors) {
+        canvas.marks.cursor[0] = one.first;
+        canvas.marks.cursor[1] = one.second;
+        Hook();
+        EXPECT_EQ(Row("AddBookmark")->label, one.label);
+    }
+    for (const bool on : {true, false}) {
+        canvas.list.flatView = canvas.calls.upper.iconButtons = on;
+        Hook();
+        for (const char* command : {"FlatView", "IconButton"}) {
+            EXPECT_TRUE(Row(command)->flags & MenuRow_Checkable);
+            EXPECT_EQ((Row(command)->flags & MenuRow_Checked) != 0, on);
+        }
+    }
+}
+
+TEST_F(CanvasMenus, RecentFilesFillTheirRows) {
+    std::vector<std::string> files;
+    canvas.calls.upper.recentFiles = [&] { return files; };
+    const auto shown = [&] {
+        Hook();
+        std::string text;
+        for (const MenuRow& row : menus.Find("TraxFile", true)->rows)
+            if (!row.alternateLabel.empty() && !(row.flags & MenuRow_Hidden))
+                text += row.label + "=" + row.body + ";";
+        return text;
+    };
+    EXPECT_EQ(shown(), "");
+    files = {"/a&b/run.trr", "/x.trs"};
+    EXPECT_EQ(shown(), "&1 /a&&b/run.trr=Open /a&b/run.trr;&2 /x.trs=Open /x.trs;");
+    files.assign(12, "/f");
+    EXPECT_NE(shown().find("&9 /f=Open /f;"), std::string::npos);
+    EXPECT_EQ(shown().find("10"), std::string::npos);
+    files.clear();
+    EXPECT_EQ(shown(), "");
+    std::string written;
+    menus.ForEach([&](const std::string& text) { written += text; });
+    EXPECT_NE(written.find("{'&9 TRVDataFiles' Open }"), std::string::npos);
+}
+
+TEST_F(CanvasMenus, BookmarksAreRowsWhateverTheyAreCalled) {
+    Open();
+    const char* names[] = {"it's", "a {b", "}", "\"q\"", "Gru\xC3\x9F", "-", "a\\b", "\x01"};
+    for (size_t i = 0; i < std::size(names); ++i) {
+        LaBookmark mark;
+        mark.label = text_escape(names[i]);
+        canvas.marks.bookmarks.push_back(mark);
+    }
+    Hook();
+    const MenuResource* menu = menus.Find("TraxBookmark", true);
+    ASSERT_EQ(menu->rows.size(), 4 + std::size(names));
+    EXPECT_TRUE(menu->rows[3].isSeparator());
+    for (size_t i = 0; i < std::size(names); ++i) {
+        EXPECT_EQ(menu->rows[4 + i].body, "ShowBookmark " + std::to_string(i));
+        EXPECT_EQ(menu->rows[4 + i].label, names[i]);
+    }
+    // What has not changed is not defined anew: its users would be told each time that it opens.
+    menus.Idle();
+    Hook();
+    EXPECT_FALSE(menus.anyChanged());
+    canvas.marks.bookmarks.clear();
+    Hook();
+    EXPECT_TRUE(menus.anyChanged());
+    EXPECT_EQ(menus.Find("TraxBookmark", true)->rows.size(), 3u);
+}
+
+TEST_F(CanvasMenus, EveryRowAndButtonIsAKnownCommandWithItsOwnLetterAndKey) {
+    std::set<std::string> keys;
+    for (const char* name : windowMenus) {
+        std::set<char> letters;
+        for (const MenuRow& row : menus.Find(name, true)->rows) {
+            if (row.isSeparator()) continue;
+            if (row.child == nullptr && row.body != "Threadx") {
+                EXPECT_TRUE(laCanvas_HasCommand(row.body)) << row.label;
+            }
+            const char letter = dialog_Shortcut(row.label);
+            EXPECT_TRUE(letter == 0 || letters.insert(letter).second) << name << ": " << row.label;
+            EXPECT_TRUE(row.accelerator.empty() || keys.insert(row.accelerator).second) << row.label;
+        }
+    }
+    std::set<std::string> names;
+    for (const laToolButton& button : laMenus_ToolBar()) {
+        if (button.isGap()) continue;
+        EXPECT_TRUE(laCanvas_HasCommand(button.command)) << button.name;
+        EXPECT_TRUE(names.insert(button.name).second);
+        EXPECT_FALSE(button.longHelp().empty() || button.toolTip().empty());
+        EXPECT_EQ(button.longHelp() + "@@" + button.toolTip(), button.tip);
+        EXPECT_NE(icon_Find(button.icon), NoIcon) << button.icon;
+    }
+    EXPECT_EQ(names.size(), 17u);
+}
+
+// What a command changed: one word for each part of the canvas, or what was called above it.
+class Effects : public CanvasMenus {
+  protected:
+    // A state in which every row can do something: the middle of a history, a selection, a bookmark, a
+    // window.
+    void Prepare() {
+        laCanvas_Reset(canvas, true, false);
+        Open();
+        canvas.source.canvasName = "run";
+        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_AutoAdjustUnit);
+        for (const double low : {0.1, 0.3, 0.5})
+            laCanvas_Zoom(canvas, canvas.source.totalLength * low, canvas.source.totalLength * (low + 0.2),
+                          false, Zoom_Range);
+        laHistory_Command(canvas, laHistory_Prev);
+        canvas.marks.cursor[0] = canvas.view.viewLow + canvas.view.viewLength / 4;
+        canvas.marks.cursor[1] = canvas.view.viewLow + canvas.view.viewLength / 2;
+        laBookmark_Add(canvas, laAgentId, canvas.source.totalLength / 3, false);
+        window = std::make_unique<DialogModel>(DialogDescription());
+        window->onClose = [this](int) { canvas.calls.viewWindows.clear(); };
+        canvas.calls.viewWindows = {window.get()};
+        called.clear();
+        for (const std::string& name : laCanvas_CommandNames()) Record(name);
+    }
+    void Record(const std::string& name) {
+        // Those that the canvas does by itself stay its own.
+        for (const char* own : {"ZoomIn", "ZoomToRange", "ZoomOut", "ShowAll", "TopHistory", "BottomHistory",
+                                "PrevHistory", "NextHistory", "FlatView", "DelViews", "AddBookmark",
+                                "DeleteBookmarks", "changeunit", "NoRefresh"})
+            if (name == own) return;
+        canvas.calls.upper.commands[name] = [this, name](const std::string&) {
+            called += "above: " + name;
+            return true;
+        };
+    }
+    std::string EffectOf(const std::string& command) {
+        Prepare();
+        const double low = canvas.view.viewLow, high = canvas.view.viewHigh;
+        const int history = canvas.past.historyCurrent, unit = canvas.axis.timeMode;
+        const size_t bookmarks = canvas.marks.bookmarks.size();
+        const bool flat = canvas.list.flatView;
+        const uint32_t flags = canvas.view.flags;
+        gen_set_console_sink([this](std::string_view text) { called += text; });
+        laCanvas_Command(canvas, command);
+        gen_set_console_sink({});
+        std::string effect = called;
+        if (canvas.view.viewLow != low || canvas.view.viewHigh != high) effect += "view ";
+        if (canvas.past.historyCurrent != history) effect += "history ";
+        if (canvas.marks.bookmarks.size() != bookmarks)
+            effect += canvas.marks.bookmarks.empty() ? "no bookmarks " : "bookmark ";
+        if (canvas.list.flatView != flat) effect += "flat ";
+        if (canvas.axis.timeMode != unit) effect += "unit ";
+        if ((canvas.view.flags ^ flags) & Canvas_LiveRefresh) effect += "freeze ";
+        if (canvas.calls.viewWindows.empty()) effect += "windows ";
+        return effect;
+    }
+
+    std::unique_ptr<DialogModel> window;
+    std::string called;
+};
+
+TEST_F(Effects, EveryRowAndButtonDoesWhatItSays) {
+    const std::map<std::string, std::string> own{
+        {"ZoomIn", "view history "},
+        {"ZoomToRange", "view history "},
+        {"ZoomOut", "view history "},
+        {"ShowAll", "view history "},
+        {"TopHistory", "view history "},
+        {"BottomHistory", "view history "},
+        {"PrevHistory", "view history "},
+        {"NextHistory", "view history "},
+        {"FlatView", "flat "},
+        {"DelViews", "windows "},
+        {"AddBookmark", "bookmark "},
+        {"DeleteBookmarks", "no bookmarks "},
+        {"changeunit", "unit "},
+        {"NoRefresh", "freeze "},
+        {"Threadx", "Chronoweave: Unknown item <Threadx> is selected.\n"}};
+    const auto check = [&](const std::string& command) {
+        const auto found = own.find(command);
+        const std::string name = command == "open" ? "Open" : command;
+        EXPECT_EQ(EffectOf(command), found == own.end() ? "above: " + name : found->second) << command;
+    };
+    gen_set_console_sink([](std::string_view) {});
+    size_t rows = 0;
+    for (const char* name : windowMenus)
+        for (const MenuRow& row : menus.Find(name, true)->rows)
+            if (!row.isSeparator() && row.child == nullptr) check(row.body), ++rows;
+    for (const laToolButton& button : laMenus_ToolBar())
+        if (!button.isGap()) check(button.command), ++rows;
+    EXPECT_GE(rows, 50u);
+}
+
+TEST_F(CanvasMenus, TheFreezeButtonLooksPressedWhileFrozen) {
+    const auto pressed = [&] {
+        for (size_t i = 0; i < buttons.size(); ++i)
+            if (buttons[i].pressed) return std::string(laMenus_ToolBar()[i].name);
+        return std::string();
+    };
+    Hook();
+    EXPECT_EQ(pressed(), "NoRefresh");
+    EXPECT_TRUE(laCanvas_Command(canvas, "norefresh"));
+    EXPECT_TRUE(laCanvas_UpdateFreezeButton(canvas, buttons));
+    EXPECT_FALSE(laCanvas_UpdateFreezeButton(canvas, buttons));
+    EXPECT_EQ(pressed(), "");
+    EXPECT_FALSE(laCanvas_UpdateButtons(canvas, buttons));
+}
+
+}  // namespace

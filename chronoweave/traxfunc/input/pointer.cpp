@@ -1,0 +1,113 @@
+#include "chronoweave/traxfunc/input/pointer.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "chronoweave/traxfunc/draw/axis.h"
+#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/hit.h"
+
+namespace {
+
+constexpr int still = 2;  // pixels that the pointer may move with its tip
+constexpr int noCursor = -100;
+
+bool inside(const _LaCanvasData& canvas, const laPointerEvent& event) {
+    return event.x >= 0 && event.x < canvas.graph->width && event.y >= 0 && event.y < canvas.graph->height;
+}
+
+}  // namespace
+
+std::string laPointer_Tip(_LaCanvasData& canvas, int x, int y) {
+    if (y >= laAxis_Top(canvas)) return {};
+    canvas.hand.hoverPass = true;
+    canvas.hand.hoverText.clear();
+    laCanvas_HitTest(canvas, x, y, true, nullptr);
+    canvas.hand.hoverPass = false;
+    return std::exchange(canvas.hand.hoverText, {});
+}
+
+void laPointer::Press(const laPointerEvent& event) {
+    if (!canvas_.source.storeHasEvents || !inside(canvas_, event)) return;
+    last_ = event;
+    if (event.button == laButton_Left) PressLeft(event);
+    if (event.button == laButton_Right) PressRight(event);
+}
+
+void laPointer::PressLeft(const laPointerEvent& event) {
+    if (event.modifiers & laModifier_Shift) {
+        canvas_.hand.pendingCursorX = event.x;
+        const Colour colour = canvas_.graph->surface ? canvas_.graph->surface->foreground() : 0;
+        laCanvas_DrawCursor(canvas_, event.x, true, nullptr, true, colour);
+        return;
+    }
+    if (event.clicks >= 2) {
+        if (dragging_) EndDrag();
+        if (event.y < laAxis_Top(canvas_)) laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
+        return;
+    }
+    pressX_ = event.x;
+    pressY_ = event.y;
+    ShowTip(event);
+    laCanvas_BeginDrag(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
+    dragging_ = true;
+    if (!canvas_.calls.iconPressed || event.y >= laAxis_Top(canvas_)) return;
+    if (const auto icon = laCanvas_IconAt(canvas_, event.x, event.y)) canvas_.calls.iconPressed(*icon);
+}
+
+void laPointer::ShowTip(const laPointerEvent& event) {
+    const std::string text = laPointer_Tip(canvas_, event.x, event.y);
+    tip_ = !text.empty();
+    if (canvas_.graph->showTip) canvas_.graph->showTip(text);
+}
+
+void laPointer::PressRight(const laPointerEvent& event) {
+    if (dragging_) EndDrag();
+    const bool first = event.modifiers & laModifier_Shift, second = event.modifiers & laModifier_Control;
+    if (!first && !second) return;
+    const double time = canvas_.marks.cursor[first ? 0 : 1];
+    if (time < 0)
+        laCanvas_Beep(canvas_);
+    else
+        laCanvas_GoTo(canvas_, time, laAgentId);
+}
+
+void laPointer::Move(const laPointerEvent& event) {
+    last_ = event;
+    if (tip_ && (std::abs(event.x - pressX_) > still || std::abs(event.y - pressY_) > still)) {
+        tip_ = false;
+        if (canvas_.graph->showTip) canvas_.graph->showTip({});
+    }
+    if (dragging_) laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
+}
+
+void laPointer::Scrolled() {
+    if (dragging_) laCanvas_DragTo(canvas_, last_.x, last_.y, true);
+}
+
+bool laPointer::Release(const laPointerEvent& event) {
+    if (canvas_.hand.pendingCursorX != noCursor) {
+        const int x = std::exchange(canvas_.hand.pendingCursorX, noCursor);
+        laCanvas_EraseCursor(canvas_, x);
+    } else if (dragging_ && event.button == laButton_Left) {
+        // A release where the press was selects nothing between.
+        if (event.x != pressX_ || canvas_.marks.cursor[1] >= 0)
+            laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
+        EndDrag();
+    }
+    return event.button == laButton_Right && canvas_.source.storeHasEvents && inside(canvas_, event) &&
+           (event.modifiers & (laModifier_Shift | laModifier_Control)) == 0;
+}
+
+void laPointer::EndDrag() {
+    dragging_ = false;
+    laCanvas_EndDrag(canvas_);
+}
+
+void laPointer::Cancel() {
+    if (dragging_) EndDrag();
+    if (canvas_.hand.pendingCursorX != noCursor)
+        laCanvas_EraseCursor(canvas_, std::exchange(canvas_.hand.pendingCursorX, noCursor));
+}

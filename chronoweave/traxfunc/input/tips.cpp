@@ -1,0 +1,124 @@
+#include "chronoweave/traxfunc/input/tips.h"
+
+#include <algorithm>
+#include <map>
+
+#include "chronoweave/import/extra_format.h"
+#include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+
+namespace {
+
+constexpr size_t mostNames = 8;  // of the events under a mark
+
+std::string quoted(const std::string& name) {
+    return '"' + text_utf8(name) + '"';
+}
+
+// The object of a lane as a context line's tip names it.
+std::string object_text(const _LaCanvasData& canvas, uint32_t lane) {
+    const laItem_Line& item = canvas.items.lanes[lane];
+    return canvas.list.objectTerm + (item.hasName ? " " + quoted(std::string(laTask_WithoutFake(item.name)))
+                                                  : gen_format(" 0x%x", item.objectId));
+}
+
+std::string status_tip(const _LaCanvasData& canvas, const laItemRef& item) {
+    const laItem_Line& lane = canvas.items.lanes[item.lane];
+    const LaLnSeg& segment = lane.segments[item.index];
+    std::string text =
+        "Status " + quoted(canvas.looks.legend.statuses[static_cast<size_t>(segment.status)].name);
+    const std::string length = " with length " + laTip_Time(canvas, segment.t1 - segment.t0);
+    text += canvas.axis.timeMode == Time_Tick
+                ? " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas, lane)))) +
+                      " from " + laTip_Time(canvas, segment.t0)
+                : " from " + laTip_Time(canvas, segment.t0) + " to " + laTip_Time(canvas, segment.t1);
+    return text + length + " (in " + laTime_UnitName(canvas, true) + "s)";
+}
+
+// How many events an icon stands for, and of which names, the most frequent first.
+std::string group_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon, size_t index) {
+    const laItem_Line& lane = canvas.items.lanes[icon.lane];
+    const auto first = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), icon.time);
+    auto number = static_cast<size_t>(first - lane.iconTimes.begin());
+    while (number < lane.iconTimes.size() && laBm_OfLane(canvas, icon.lane, number) != index) ++number;
+    const laIconGroup group = laIcons_Group(canvas, lane, number);
+    std::map<std::string, size_t> counts;
+    size_t total = 0;
+    for (size_t i = group.first; i < group.end; ++i) {
+        const auto row = static_cast<size_t>(lane.iconEvents[i]);
+        if (!canvas.looks.eventLooks[row].shown) continue;
+        ++counts[canvas.looks.legend.events[row].name];
+        ++total;
+    }
+    if (total < 2) return {};
+    std::vector<std::pair<size_t, std::string>> names;
+    for (const auto& [name, count] : counts) names.emplace_back(count, name);
+    std::stable_sort(names.begin(), names.end(),
+                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    std::string text = gen_format("\n%zu events: ", total);
+    for (size_t i = 0; i < std::min(names.size(), mostNames); ++i)
+        text += (i ? ", " : "") + std::to_string(names[i].first) + " " + quoted(names[i].second);
+    return text + (names.size() > mostNames ? ", ..." : "");
+}
+
+std::string event_tip(_LaCanvasData& canvas, const laItemRef& item) {
+    const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(item.index)];
+    const std::string extra = laItem_EventText(canvas, icon);
+    return "Event " + quoted(laItem_EventName(canvas, icon)) + (extra.empty() ? "" : ", " + extra) +
+           group_text(canvas, icon, item.index);
+}
+
+std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
+    const laItem_Ctx& line = canvas.items.ctxLines[static_cast<uint32_t>(item.index)];
+    const std::string& name = canvas.looks.legend.statuses[static_cast<size_t>(line.status)].name;
+    return (name.empty() ? "Context Switch" : text_utf8(name)) + " from " +
+           object_text(canvas, line.fromLane) + " to " + object_text(canvas, line.toLane);
+}
+
+}  // namespace
+
+std::string laTip_Time(const _LaCanvasData& canvas, double time) {
+    return laTime_TrimZeros(gen_format("%.10f", laTime_Convert(Time_Second, time, canvas.axis.timeMode)));
+}
+
+std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    const LegendEvent& event = canvas.looks.legend.events[static_cast<size_t>(icon.event)];
+    const bool codes = event.isWildcard() || icon.event == canvas.looks.legend.unknownEvent;
+    return event.name + (codes ? gen_format("(Types=0x%x/0x%x)", icon.type, icon.subtype) : "");
+}
+
+std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    const std::string& format = canvas.looks.legend.events[static_cast<size_t>(icon.event)].extraFormat;
+    if (format.empty() || !canvas.source.store) return {};
+    const uint32_t wanted = laItem_StoreSequence(canvas, icon);
+    // A walk from a multiple of the checkpoint interval begins one event later, so it begins one earlier.
+    EventWalk walk;
+    if (!mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 3, nullptr, walk)) return {};
+    EventRecord event;
+    while (mt_NextEvent(walk, event)) {
+        if (event.sequence != wanted) continue;
+        std::string text;
+        bool problem = false;
+        extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store),
+                     (canvas.view.flags & Canvas_ExtraDataWarning) != 0,
+                     (canvas.view.flags & Canvas_UnusedExtraDataWarning) != 0, text, &problem);
+        return text_utf8(text);
+    }
+    return {};
+}
+
+std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item) {
+    switch (item.itype) {
+        case laItemType_Line:
+            return status_tip(canvas, item);
+        case laItemType_Bitmap:
+            return event_tip(canvas, item);
+        case laItemType_Ctx:
+            return switch_tip(canvas, item);
+        default:
+            return {};
+    }
+}

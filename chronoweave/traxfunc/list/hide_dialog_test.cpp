@@ -1,0 +1,177 @@
+#include "chronoweave/traxfunc/list/hide_dialog.h"
+
+#include <gtest/gtest.h>
+
+#include "chronoweave/traxfunc/draw/overview.h"
+#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/arrangement.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+class Hiding : public testing::Test {
+  protected:
+    void SetUp() override {
+        gen_set_console_sink([](std::string_view) {});
+        ASSERT_TRUE(test.Open({name_event(0, 0x400, "AS@T1"),
+                               name_event(1, 0x800, "AS@T2"),
+                               name_event(2, 0xC00, "Idle"),
+                               {3, mt_UserEvent, 0, words({0x1000, 0})},
+                               {9000, mt_TaskChange, 0, words({0x400, 0})}}));
+        test.ShowAll();
+    }
+    void TearDown() override { gen_set_console_sink({}); }
+    static std::string Names(const std::vector<laHideRow>& rows) {
+        std::string all;
+        for (const laHideRow& row : rows) all += row.name + "=" + row.id + " ";
+        return all;
+    }
+
+    TestCanvas test;
+    _LaCanvasData& canvas = *test.canvas;
+};
+
+TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
+    canvas.view.flags |= Canvas_LiveRefresh;
+    laHideDialog dialog(canvas);
+    EXPECT_EQ(dialog.title, "Select tasks to hide");
+    EXPECT_EQ(dialog.showTitle + dialog.hideTitle, "Tasks to ShowTasks to Hide");
+    EXPECT_EQ(dialog.nameColumn + dialog.idColumn, "Task NameTask ID");
+    EXPECT_EQ(canvas.view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_EQ(Names(dialog.toShow), "AS@T1=0x400 AS@T2=0x800 Idle=0xc00 Task 0x1000=0x1000 ");
+    for (const char* off : {"hide", "show", "showall", "nothing"}) {
+        EXPECT_FALSE(dialog.Enabled(off)) << off;
+        EXPECT_FALSE(dialog.Press(off)) << off;
+    }
+    dialog.toShow[1].selected = true;
+    dialog.pattern = "I";
+    EXPECT_TRUE(dialog.Press("hide"));
+    EXPECT_EQ(Names(dialog.toHide), "I*=N/A AS@T2=0x800 ");
+    EXPECT_EQ(Names(dialog.toShow), "AS@T1=0x400 Task 0x1000=0x1000 ");
+    EXPECT_EQ(dialog.pattern, "");
+    dialog.pattern = "I*";
+    EXPECT_TRUE(dialog.Press("hide"));
+    EXPECT_EQ(dialog.toHide.size(), 2u) << "none is repeated";
+    dialog.toHide[0].selected = true;
+    EXPECT_TRUE(dialog.Press("show"));
+    EXPECT_EQ(Names(dialog.toHide), "AS@T2=0x800 ");
+    dialog.DoubleClick(true, 0);
+    dialog.DoubleClick(true, 99);
+    EXPECT_EQ(Names(dialog.toHide), "AS@T2=0x800 AS@T1=0x400 ");
+    dialog.DoubleClick(false, 0);
+    EXPECT_EQ(Names(dialog.toHide), "AS@T1=0x400 ");
+    EXPECT_TRUE(dialog.Press("hideall"));
+    EXPECT_TRUE(dialog.toShow.empty() && !dialog.Enabled("hideall"));
+    EXPECT_TRUE(dialog.Press("showall"));
+    EXPECT_TRUE(dialog.toHide.empty());
+    EXPECT_EQ(canvas.list.taskList->rows().size(), 5u) << "nothing is applied yet";
+    dialog.pattern = "AS?T?";
+    EXPECT_TRUE(dialog.Press("ok"));
+    EXPECT_EQ(canvas.list.taskList->rows().size(), 2u);
+    EXPECT_NE(canvas.view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_FALSE(dialog.isOpen() || dialog.Press("ok"));
+    EXPECT_EQ(laHideDialog::NameColumnWidth(300) + laHideDialog::NameColumnWidth(90), 180);
+}
+
+TEST_F(Hiding, CancelKeepsWhatWas) {
+    {
+        laHideDialog dialog(canvas);
+        dialog.Press("hideall");
+        dialog.Press("cancel");
+    }
+    { laHideDialog(canvas).Press("hideall"); }
+    EXPECT_EQ(canvas.list.taskList->rows().size(), 5u);
+    EXPECT_EQ(canvas.view.flags & Canvas_LiveRefresh, 0u);
+}
+
+TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
+    const laSourceIdentity source{1234, -5, 5};
+    laCanvas_ShowRange(canvas, 2, 4, false, true);
+    canvas.marks.cursor[0] = 1.0 / 3;
+    canvas.marks.cursor[1] = 2.5;
+    canvas.marks.bookmarks.resize(2);
+    canvas.marks.bookmarks[0].label = "a \"b\"\n'c'\\ \x01";
+    canvas.marks.bookmarks[0].time = 0.1;
+    canvas.marks.bookmarks[1].objectId = 0x400;
+    laPath path;
+    path.components = {"AS", "T1 \"x\""};
+    path.id = 0x400;
+    canvas.list.taskList->SetHiddenPaths({path, laTask_PatternPath("I")});
+    canvas.list.sortField = 1;
+    canvas.list.sortAscending = false;
+    const std::string text = laArrangement_ToText(laArrangement_Take(canvas, source));
+    std::string why;
+    const auto read = laArrangement_FromText(text + "later=1 2 3\n", why);
+    ASSERT_TRUE(read) << why;
+    EXPECT_EQ(laArrangement_ToText(*read), text);
+
+    TestCanvas other;
+    ASSERT_TRUE(other.Open(random_events(6, 300)));
+    const double low = other.canvas->view.viewLow;
+    EXPECT_FALSE(laArrangement_Restore(*other.canvas, *read, {1234, -5, 6}));
+    EXPECT_EQ(other.message(), "The source has changed since it was last open; it is shown afresh.");
+    EXPECT_EQ(other.canvas->view.viewLow, low);
+
+    test.ShowAll();
+    canvas.list.taskList->SetHiddenPaths({});
+    canvas.marks.bookmarks.clear();
+    canvas.marks.cursor[0] = -100;
+    canvas.list.sortField = 0;
+    EXPECT_TRUE(laArrangement_Restore(canvas, *read, source));
+    EXPECT_EQ(laArrangement_ToText(laArrangement_Take(canvas, source)), text);
+    EXPECT_EQ(canvas.marks.bookmarks[0].label, "a \"b\"\n'c'\\ \x01");
+}
+
+TEST_F(Hiding, ADamagedArrangementIsRefusedWithItsLine) {
+    const char* const good = "view=1 2 0\n";
+    for (const char* bad :
+         {"view=2 1 0", "view=1", "view=1 2 x", "cursors=1", "sort=2 1", "bookmark=1 2 3", "hidden=pattern",
+          "hidden=what \"x\"", "hidden=path \"open", "source=1 2", "unit=9", "nonsense", "flat=1 1",
+          "bookmark=-1 0 0 0 0 \"x\"", "bookmark=1 0 0 0 99 \"x\"", "view=nan 2 0"}) {
+        std::string why;
+        EXPECT_FALSE(laArrangement_FromText(std::string(good) + bad + "\n", why)) << bad;
+        EXPECT_EQ(why.substr(0, 6), "line 2") << bad;
+    }
+    std::string why;
+    EXPECT_FALSE(laArrangement_FromText("", why));
+    EXPECT_TRUE(laArrangement_FromText(good, why));
+}
+
+TEST_F(Hiding, TheOverviewCountsEveryEventAndItsFrameMoves) {
+    TestCanvas many;
+    ASSERT_TRUE(many.Open(random_events(6, 3000)));
+    _LaCanvasData& trace = *many.canvas;
+    const laOverview overview = laOverview_Build(trace);
+    double sum = 0;
+    for (float bin : overview.activity) sum += static_cast<double>(bin);
+    EXPECT_EQ(sum, 3000);
+    EXPECT_GT(overview.activity[0], 0.0f);
+    const double total = overview.length;
+    laCanvas_ShowRange(trace, total * 0.25, total * 0.5, false, true);
+    for (const auto& [x, part] : {std::pair{100, Overview_Outside}, std::pair{247, Overview_LeftEdge},
+                                  std::pair{253, Overview_LeftEdge}, std::pair{400, Overview_Inside},
+                                  std::pair{498, Overview_RightEdge}, std::pair{506, Overview_Outside}})
+        EXPECT_EQ(laOverview_HitTest(trace, overview, 1000, x), part) << x;
+    struct Case {
+        laOverviewPart part;
+        int grabbed, x;
+        double low, high;
+    };
+    for (const Case& one :
+         {Case{Overview_Inside, 300, 400, 0.35, 0.6}, Case{Overview_Inside, 300, 2000, 0.75, 1},
+          Case{Overview_Inside, 300, -50, 0, 0.25}, Case{Overview_LeftEdge, 250, 150, 0.15, 0.5},
+          Case{Overview_LeftEdge, 250, 900, 0.499, 0.5}, Case{Overview_RightEdge, 500, 100, 0.25, 0.251},
+          Case{Overview_RightEdge, 500, 5000, 0.25, 1}, Case{Overview_Outside, 800, 800, 0.675, 0.925}}) {
+        const laOverviewRange range =
+            laOverview_Drag(overview, 1000, one.part, {total * 0.25, total * 0.5}, one.grabbed, one.x);
+        EXPECT_NEAR(range.low, total * one.low, total * 1e-9) << one.part << " " << one.x;
+        EXPECT_NEAR(range.high, total * one.high, total * 1e-9) << one.part << " " << one.x;
+    }
+    RecordingSurface strip(1000, 40);
+    laOverview_Draw(trace, overview, strip, 1000, 40);
+    EXPECT_LE(strip.ops.size(), 1010u);
+    EXPECT_EQ(strip.of(SurfaceOp::Line).size(), 4u);
+    laOverview_Draw(trace, laOverview(), strip, 1000, 40);
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#include "chronoweave/traxfunc/session/legend_save.h"
+
+#include "chronoweave/rtos/configure_writer.h"
+#include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
+#include "windlib/config/config_dirs.h"
+#include "windlib/dialog/host.h"
+
+namespace {
+
+bool save(_LaCanvasData& canvas, const std::string& folder, const std::string& file) {
+    if (!path_is_directory(folder) && !path_make_directory(folder)) {
+        canvas.calls.host->Message(gen_format("Cannot create directory \"%s\"", folder.c_str()));
+        return false;
+    }
+    if (!canvas.calls.host->Ask(gen_format("Save changes to configuration file \"%s\"?", file.c_str())))
+        return true;
+    const std::string osName =
+        canvas.source.store ? mt_GetOsName(canvas.source.store.get()) : canvas.looks.legend.osName;
+    std::string why;
+    if (file_replace(file, configure_WriteText(laLegend_ForSaving(canvas), osName), &why)) return true;
+    canvas.calls.host->Message(gen_format("Can't open configure file \"%s\" to write.", file.c_str()) +
+                               (why.empty() ? "" : "\n" + why));
+    return false;
+}
+
+}  // namespace
+
+Legend laLegend_ForSaving(const _LaCanvasData& canvas) {
+    Legend legend = canvas.looks.legend;
+    LegendMisc& misc = legend.misc;
+    misc.refreshInterval = canvas.options.refreshInterval;
+    misc.maxRefreshedEvents = canvas.options.maxRefreshedEvents;
+    misc.targetTimeout = canvas.options.targetTimeout;
+    misc.extraDataWarning = (canvas.view.flags & Canvas_ExtraDataWarning) != 0;
+    misc.unusedExtraDataWarning = (canvas.view.flags & Canvas_UnusedExtraDataWarning) != 0;
+    misc.centerStatus = canvas.looks.centerStatus;
+    misc.tickPattern = canvas.axis.tickPattern;
+    misc.showHiddenAgent = canvas.list.showHiddenAgent;
+    misc.allForIntervalSearch = canvas.options.allForIntervalSearch;
+    misc.sortField = canvas.list.sortField;
+    misc.sortAscending = canvas.list.sortAscending;
+    misc.objectTerm = canvas.list.objectTerm;
+    misc.separator = canvas.list.separator;
+    return legend;
+}
+
+LegendMisc laLegend_Kept(const _LaCanvasData& canvas) {
+    LegendMisc misc;
+    misc.refreshInterval = canvas.options.refreshInterval;
+    misc.maxRefreshedEvents = canvas.options.maxRefreshedEvents;
+    misc.targetTimeout = canvas.options.targetTimeout;
+    return misc;
+}
+
+bool laLegend_OfferSave(_LaCanvasData& canvas) {
+    const bool changed = (canvas.view.flags & Canvas_LegendChanged) != 0;
+    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+    if (!changed || canvas.calls.host == nullptr || canvas.looks.legend.path.empty()) return true;
+    const std::string& user = config_UserDirectory(true);
+    if (user.empty() || !path_is_directory(user)) return false;
+    const std::string folder = path_join(user, "chrono_weave");
+    return save(canvas, folder, path_join(folder, path_file(canvas.looks.legend.path)));
+}

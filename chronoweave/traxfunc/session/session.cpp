@@ -1,0 +1,119 @@
+#include "chronoweave/traxfunc/session/session.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+constexpr const char* programTitle = "VOREL Chronoweave";
+
+bool fail(_LaCanvasData& canvas, const std::string& name) {
+    laCanvas_Reset(canvas, true, false);
+    laCanvas_UpdateFields(canvas, 0,
+                          gen_format("Error on loading source file \"%s\".", name.c_str()).c_str());
+    return false;
+}
+
+bool show_first_view(_LaCanvasData& canvas, uint32_t count) {
+    const double length = laSession_FirstViewLength(canvas, count);
+    if (length < 0) return false;
+    canvas.marks.cursor[0] = length / 2;
+    if (count == 0) {
+        canvas.view.viewHigh = canvas.view.viewLength = canvas.source.totalLength;
+        laCanvas_Rescale(canvas, false);
+        return true;
+    }
+    // No view of the canvas before is taken for this one, and the first fetch is of what is shown alone.
+    canvas.view.viewLow = canvas.view.viewHigh = 0;
+    const bool prefetch = canvas.options.prefetch;
+    canvas.options.prefetch = false;
+    const bool shown = laCanvas_ShowRange(canvas, 0, length, false, true);
+    canvas.options.prefetch = prefetch;
+    return shown && canvas.view.viewHigh > canvas.view.viewLow;
+}
+
+}  // namespace
+
+void laCanvas_TakeBounds(_LaCanvasData& canvas) {
+    const mt_Range range = mt_GetTimeRange(*canvas.source.store);
+    const uint32_t count = mt_GetEventCount(*canvas.source.store);
+    canvas.source.storeHasEvents = count > 0;
+    canvas.source.eventBatch = count < 10000 ? 1000 : 10000;
+    canvas.source.baseTick = range.first;
+    canvas.source.totalLength = static_cast<double>(range.end - range.first) / canvas.source.ticksPerSecond;
+    const double margin = std::max(canvas.source.totalLength / 1000, 1e-12);
+    canvas.source.scrollExtent = std::max(canvas.source.scrollExtent, canvas.source.totalLength + margin);
+}
+
+void laCanvas_SourceGrew(_LaCanvasData& canvas) {
+    if (!canvas.source.store) return;
+    mt_RefreshIndex(*canvas.source.store);
+    laCanvas_TakeBounds(canvas);
+    // What was fetched up to the old end may lack what came at that very time.
+    if (canvas.view.viewHigh >= canvas.items.cachedHigh) canvas.items.cachedLow = canvas.items.cachedHigh = 0;
+    const uint32_t flags = canvas.view.flags;
+    canvas.view.flags |= Canvas_LiveRefresh;  // so that the same view is fetched anew
+    laCanvas_ShowRange(canvas, canvas.view.viewLow, canvas.view.viewHigh, false, false);
+    canvas.view.flags = (canvas.view.flags & ~Canvas_LiveRefresh) | (flags & Canvas_LiveRefresh);
+    laCanvas_Rescale(canvas, false);
+    laCanvas_UpdateTotal(canvas);
+}
+
+double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
+    EventWalk walk;
+    if (!mt_StartWalkBySequence(*canvas.source.store, 1, count, nullptr, walk)) return -1;
+    EventRecord event;
+    uint64_t first = 0, last = 0;
+    uint32_t seen = 0;
+    for (; mt_NextEvent(walk, event); ++seen) {
+        if (seen == 0) first = event.time;
+        last = event.time;
+    }
+    if (seen == 0) return -1;
+    return seen < count
+               ? 0
+               : static_cast<double>(static_cast<int64_t>(last - first)) / canvas.source.ticksPerSecond;
+}
+
+double laSession_FirstViewLength(const _LaCanvasData& canvas, uint32_t eventCount) {
+    const int stepWidth = std::max(1, canvas.looks.maxIconWidth);
+    uint32_t wanted = static_cast<uint32_t>(std::max(30, 2 * (canvas.graph->width / stepWidth)));
+    if (eventCount <= wanted) return canvas.source.totalLength;
+    for (int tries = 0; tries < 8; ++tries) {
+        const double span = laSession_SampleSpan(canvas, wanted + 1);
+        if (span > 0) return span;
+        wanted = std::min(wanted * 2, eventCount - 1);
+    }
+    for (double divisor : {10000.0, 1000.0, 100.0, 10.0})
+        if (canvas.source.totalLength / divisor >= 1e-8) return canvas.source.totalLength / divisor;
+    return canvas.source.totalLength;
+}
+
+bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend legend,
+                             const std::string& name) {
+    laCanvas_Reset(canvas, true, false);
+    if (store == nullptr || !laCanvas_LoadLegend(canvas, std::move(legend))) return fail(canvas, name);
+    canvas.source.store = std::move(store);
+    const char* osName = mt_GetOsName(canvas.source.store.get());
+    canvas.source.osKind = legend_OsKind(osName != nullptr ? osName : "");
+    canvas.axis.timeMode = canvas.source.osKind == Os_TraceFunctionFlow ? Time_Tick : Time_Second;
+    // In tick mode times are the tick numbers themselves.
+    const uint64_t rate = mt_GetTicksPerSecond(*canvas.source.store);
+    if (rate == 0) return fail(canvas, name);
+    canvas.source.ticksPerSecond = canvas.axis.timeMode == Time_Tick ? 1.0 : static_cast<double>(rate);
+    canvas.source.sourcePath = path_directory(name);
+    canvas.source.sourceFile = std::string(path_file(name));
+    canvas.source.scrollExtent = 0;
+    laCanvas_TakeBounds(canvas);
+    if (!show_first_view(canvas, mt_GetEventCount(*canvas.source.store))) return fail(canvas, name);
+    canvas.source.canvasName = name + " - " + programTitle;
+    canvas.source.shortName = canvas.source.sourceFile;
+    laCanvas_UpdateTotal(canvas);
+    laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
+    return true;
+}
