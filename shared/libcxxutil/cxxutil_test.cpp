@@ -7,6 +7,7 @@
 #include "shared/libcxxutil/return_point.h"
 #include "shared/libcxxutil/table.h"
 #include "shared/libcxxutil/text.h"
+#include "shared/libcxxutil/tick_text.h"
 
 TEST(Report, ComposesTheLineOfEachLevel) {
     gen_set_short_name("/usr/bin/-tool");
@@ -108,6 +109,41 @@ TEST(Text, MatchesWildCards) {
     EXPECT_TRUE(text_matches("a\\*b", "a*b"));
     EXPECT_FALSE(text_matches("a\\*b", "axb"));
     EXPECT_TRUE(text_matches("*a*a*a*a*b", std::string(200, 'a') + "b"));
+}
+
+TEST(TickText, HasTheDecimalsOfATickAndNoOthers) {
+    constexpr uint64_t ns = 1000000000;
+    const struct {
+        TickScale scale;
+        double time;
+        int most;
+        const char* text;
+    } rows[] = {
+        {{ns, 1}, 1700001.336, 10, "1700001.336000000"},  // the double is 1700001.3359999999
+        {{ns, 1000}, 4.2516416711, 7, "4.251642"},
+        {{ns, 1000000}, 7.0004, 4, "7.000"},
+        {{ns, ns}, 12.4, 1, "12"},
+        {{1000, ns}, 3e6, 1, "3000000"},  // a tick is a million units
+        {{1000000, 1}, 0.00025, 9, "0.000250"},
+        {{1000000, 1}, 0.0000006, 9, "0.000001"},  // between two ticks: the nearer one
+        {{4, 1}, 0.25, 10, "0.25"},
+        {{40000000, 1}, 25e-9, 10, "0.000000025"},
+        {{24000000, 1}, 1.0 / 24000000, 10, "0.0000000417"},
+        {{3, 1}, 0.6666, 3, "0.667"},
+        {{3, 1}, 0.9999, 2, "1.00"},
+        {{ns, 1}, 1.5, 2, "1.50"},
+        {{ns, 1}, -0.000000001, 9, "-0.000000001"},
+        {{ns, 1}, -1e-12, 9, "0.000000000"},
+        {{60, 60}, 7, 3, "7"},
+        {{ns, 1}, 1e22, 0, "10000000000000000000000"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(tick_Text(row.scale, row.time, row.most), row.text);
+    // Ticks that a double no longer tells apart.
+    char text[TickWriter::room];
+    EXPECT_EQ(std::string(text, TickWriter({ns, 1}, 9).put(INT64_MAX, text)), "9223372036.854775807");
+    EXPECT_EQ(std::string(text, TickWriter({ns, 1}, 9).put(INT64_MIN, text)), "-9223372036.854775808");
+    EXPECT_EQ(std::string(text, TickWriter({7, 1}, 17).put(INT64_MAX, text)),
+              "1317624576693539401.00000000000000000");
 }
 
 TEST(Paths, CutTheLastComponentOnly) {
