@@ -2,8 +2,16 @@
 
 #include <algorithm>
 
-int EventTasks::Add(std::chrono::milliseconds interval, Clock::time_point now, Work work) {
-    tasks_.push_back({++last_, interval, now + interval, std::move(work)});
+using std::chrono::milliseconds;
+
+int EventTasks::Add(milliseconds interval, Clock::time_point now, Work work) {
+    const auto least = std::max(interval, milliseconds(1));
+    tasks_.push_back({++last_, Repeat::Yes, least, now + least, std::move(work)});
+    return last_;
+}
+
+int EventTasks::Once(milliseconds delay, Clock::time_point now, Work work) {
+    tasks_.push_back({++last_, Repeat::No, delay, now + delay, std::move(work)});
     return last_;
 }
 
@@ -11,7 +19,7 @@ void EventTasks::Remove(int number) {
     std::erase_if(tasks_, [&](const Task& task) { return task.number == number; });
 }
 
-std::optional<std::chrono::milliseconds> EventTasks::Run(Clock::time_point now) {
+std::optional<milliseconds> EventTasks::Run(Clock::time_point now) {
     std::vector<int> due;
     for (const Task& task : tasks_)
         if (task.due <= now) due.push_back(task.number);
@@ -21,12 +29,15 @@ std::optional<std::chrono::milliseconds> EventTasks::Run(Clock::time_point now) 
         if (task == tasks_.end()) continue;  // an earlier one took it out
         task->due = now + task->interval;
         const Work work = task->work;  // it may take itself out
+        if (task->repeat == Repeat::No) tasks_.erase(task);
         if (!work()) return std::nullopt;
     }
+    return UntilNext(now);
+}
+
+milliseconds EventTasks::UntilNext(Clock::time_point now) const {
     auto next = longest;
-    for (const Task& task : tasks_) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(task.due - now);
-        next = std::clamp(left, std::chrono::milliseconds(0), next);
-    }
+    for (const Task& task : tasks_)
+        next = std::clamp(std::chrono::ceil<milliseconds>(task.due - now), milliseconds(0), next);
     return next;
 }

@@ -35,3 +35,18 @@ TEST(EventTasks, ATaskMayTakeItselfOutAndMayFail) {
     tasks.Add(1ms, start, [] { return false; });
     EXPECT_FALSE(tasks.Run(start + 1ms).has_value());
 }
+
+TEST(EventTasks, TheWaitIsRoundedUpAndOneTimeTasksRunOnce) {
+    EventTasks tasks;
+    const auto start = EventTasks::Clock::time_point{};
+    int calls = 0;
+    tasks.Once(10ms, start + 300us, [&] { return ++calls > 0; });
+    EXPECT_EQ(tasks.UntilNext(start), 11ms);
+    EXPECT_EQ(tasks.Run(start + 10ms), 1ms);  // waited for a hair too short: never 0, or the loop would spin
+    EXPECT_EQ(calls, 0);
+    EXPECT_EQ(tasks.Run(start + 11ms), EventTasks::longest);
+    tasks.Run(start + 30ms);
+    EXPECT_EQ(calls, 1);
+    tasks.Add(0ms, start, [&] { return ++calls > 0; });
+    EXPECT_EQ(tasks.Run(start), 1ms);
+}

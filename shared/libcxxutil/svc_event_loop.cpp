@@ -1,0 +1,77 @@
+#include "shared/libcxxutil/svc_event_loop.h"
+
+#include <utility>
+
+namespace {
+
+// What the program's loops share.
+struct Shared {
+    std::vector<std::unique_ptr<CleanupAction>> cleanup;
+    SleepTime* sleep = nullptr;
+};
+
+Shared& shared() {
+    static Shared state;
+    return state;
+}
+
+}  // namespace
+
+void Svc_EventLoop::setDefaultSleepTime(SleepTime* object) {
+    shared().sleep = object;
+}
+
+void Svc_EventLoop::addCleanupAction(std::unique_ptr<CleanupAction> action) {
+    shared().cleanup.push_back(std::move(action));
+}
+
+void Svc_EventLoop::runCleanupActions() {
+    // An action may add one, which then has its turn in the next round.
+    const auto actions = std::exchange(shared().cleanup, {});
+    for (const auto& action : actions) action->run();
+}
+
+void Svc_EventLoop::run() {
+    while (link_.alive()) {
+        iterate();
+        if (!isDone()) {
+            served_.reset();
+            continue;
+        }
+        const auto now = std::chrono::floor<std::chrono::milliseconds>(loop_.now().time_since_epoch());
+        if (served_ && *served_ >= now) continue;
+        served_ = now;
+        link_.serve();
+    }
+}
+
+bool Svc_EventLoop::isDone() {
+    bool allowed = true;
+    for (ExitCondition* condition : exitConditions_) {
+        if (condition->forcesExit()) return true;
+        if (!condition->allowsExit()) allowed = false;
+    }
+    if (!allowed) return false;
+    for (const auto& allows : exitFunctions_)
+        if (!allows()) return false;
+    return true;
+}
+
+void Svc_EventLoop::runActions() {
+    for (LoopAction* action : std::vector(loopActions_)) action->run();
+    for (const auto& action : std::vector(loopFunctions_)) action();
+    runCleanupActions();
+}
+
+void Svc_EventLoop::iterate() {
+    runActions();
+    loop_.watches.wait(std::chrono::milliseconds(0));
+    loop_.round(sleepTime());
+}
+
+std::chrono::milliseconds Svc_EventLoop::sleepTime() {
+    if (sleepObject_) return sleepObject_->milliseconds();
+    if (sleepFunction_) return sleepFunction_();
+    if (shared().sleep) return shared().sleep->milliseconds();
+    return std::chrono::milliseconds(1000);
+}
