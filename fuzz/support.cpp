@@ -119,12 +119,12 @@ class Import {
         std::string why;
         switch (session_ReadHeader(session_)) {
             case RawKind::Stream:
-                if (session_OpenWriter(session_, maker(), why)) session_ReadOn(session_, 0);
+                if (session_OpenWriter(session_, maker()).ok()) session_ReadOn(session_, 0);
                 break;
             case RawKind::LogImage:
                 if (source_ReadRest(*session_.source, raw_LongHeaderSize, UINT32_MAX, rest) &&
                     log_Read(std::move(rest), session_.header.bigEndian, image) &&
-                    session_OpenWriter(session_, maker(), why))
+                    session_OpenWriter(session_, maker()).ok())
                     log_ReadThrough(session_, image);
                 break;
             case RawKind::Core: {
@@ -140,10 +140,11 @@ class Import {
 
   private:
     WriterMaker maker() {
-        return [this](uint32_t rate, const char* os, bool big, std::string&) {
-            version_ = StoreWriter::EncodeVersionFile(rate, os, big);
-            return StoreWriter::OnDevices(std::make_unique<MemoryDevice>(events_),
-                                          std::make_unique<MemoryDevice>(index_), big, TaskTracker);
+        return [this](const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
+            version_ = store_EncodeVersionFile(facts);
+            writer = StoreWriter::OnDevices(std::make_unique<MemoryDevice>(events_),
+                                            std::make_unique<MemoryDevice>(index_), facts, TaskTracker);
+            return Result();
         };
     }
 

@@ -7,11 +7,12 @@
 #include <cstring>
 #include <memory>
 #include <span>
-#include <vector>
+#include <string>
 
 #include "libtrv/byte_order.h"
 #include "libtrv/gfile.h"
 #include "libtrv/store_format.h"
+#include "shared/libcxxutil/result.h"
 
 // Bytes that grow at the end, with room made ahead so that small puts are stores.
 class ByteBuffer {
@@ -50,35 +51,30 @@ class ByteBuffer {
 };
 
 // One growing file under the commit protocol. pending holds what is to come behind the terminator, beginning
-// with the byte that takes the terminator's place.
+// with the byte that takes the terminator's place. Failures name the file.
 struct CommittedFile {
     std::unique_ptr<FileDevice> device;
+    std::string name;
     uint64_t terminator = 0;
     ByteBuffer pending;
 
-    bool create(const GFileHeader& header) {
-        std::vector<uint8_t> bytes = gf_EncodeHeader(header);
-        bytes.push_back(mt_PacketEnd);
-        terminator = bytes.size() - 1;
-        return device->write_at(0, bytes) == static_cast<int64_t>(bytes.size());
-    }
+    // Makes the file of a name, with a header of this kind and its terminator.
+    Result create(const std::string& fileName, uint32_t kind);
+    // The same on a device.
+    Result begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind);
 
-    // Writes what is pending behind the terminator, a new terminator included, and tells how many bytes of it
+    // Writes what is pending behind the terminator, a new terminator included. wrote: how many bytes of it
     // the device took. Nothing is visible to a reader yet.
-    size_t write_behind() {
-        pending.put8(mt_PacketEnd);
-        const int64_t wrote = device->write_at(terminator + 1, {pending.data() + 1, pending.size() - 1});
-        pending.cut(pending.size() - 1);
-        return wrote > 0 ? static_cast<size_t>(wrote) : 0;
-    }
+    Result write_behind(size_t& wrote);
+    // Puts a terminator behind the first size bytes of what is pending, all of which were taken.
+    Result end_behind(size_t size);
+    // Makes the first size bytes of what is pending visible, behind which a terminator already stands, and
+    // lets go of the rest.
+    Result turn_terminator(size_t size);
 
-    // Makes the first size bytes of what is pending visible, behind which a terminator already stands.
-    bool turn_terminator(size_t size) {
-        if (device->write_at(terminator, {pending.data(), 1}) != 1) return false;
-        terminator += size;
-        pending.cut(0);
-        return true;
-    }
-
-    void cut_back() { device->truncate(terminator + 1); }
+    // Takes away what was written behind the terminator and never became visible. Where that fails the bytes
+    // stay, and no reader looks at them.
+    void cut_back();
+    // Asks the disk to keep what was written.
+    Result sync();
 };

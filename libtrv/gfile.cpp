@@ -39,23 +39,28 @@ class FileOnDisk : public FileDevice {
         }
         return static_cast<int64_t>(done);
     }
-    int64_t write_at(uint64_t offset, std::span<const uint8_t> bytes) override {
-        size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t n =
-                ::pwrite(file_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
+    DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> bytes) override {
+        DeviceWrite written;
+        while (written.bytes < bytes.size()) {
+            const ssize_t n = ::pwrite(file_, bytes.data() + written.bytes, bytes.size() - written.bytes,
+                                       static_cast<off_t>(offset + written.bytes));
             if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) break;
-            done += static_cast<size_t>(n);
+            if (n <= 0) {
+                written.error = n < 0 ? errno : 0;
+                break;
+            }
+            written.bytes += static_cast<size_t>(n);
         }
-        return static_cast<int64_t>(done);
+        return written;
     }
-    bool truncate(uint64_t size) override { return ::ftruncate(file_, static_cast<off_t>(size)) == 0; }
+    int truncate(uint64_t size) override {
+        return ::ftruncate(file_, static_cast<off_t>(size)) == 0 ? 0 : errno;
+    }
     uint64_t size() override {
         struct stat facts {};
         return ::fstat(file_, &facts) == 0 ? static_cast<uint64_t>(facts.st_size) : 0;
     }
-    bool sync() override { return ::fdatasync(file_) == 0; }
+    int sync() override { return ::fdatasync(file_) == 0 ? 0 : errno; }
 
   private:
     int file_;

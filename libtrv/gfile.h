@@ -13,18 +13,25 @@
 
 #include "libtrv/byte_order.h"
 
+// What a device took of a write: how many bytes, and when they are fewer than were given the system's error
+// number, 0 where it gives none.
+struct DeviceWrite {
+    size_t bytes = 0;
+    int error = 0;
+};
+
 // Where the bytes are: a file of the operating system, or something else in a test. Offsets are 64 bits.
 class FileDevice {
   public:
     virtual ~FileDevice() = default;
     // Bytes read, fewer only at the end of the file; -1 on an error.
     virtual int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) = 0;
-    // Bytes written, fewer or -1 when the device took no more.
-    virtual int64_t write_at(uint64_t offset, std::span<const uint8_t> bytes) = 0;
-    virtual bool truncate(uint64_t size) = 0;
+    virtual DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> bytes) = 0;
+    // 0, or the system's error number.
+    [[nodiscard]] virtual int truncate(uint64_t size) = 0;
     virtual uint64_t size() = 0;
-    // Asks the disk to keep what was written.
-    virtual bool sync() = 0;
+    // Asks the disk to keep what was written. 0, or the system's error number.
+    [[nodiscard]] virtual int sync() = 0;
 };
 
 // Opens a file of the operating system; null when it can't be opened. create also empties it.

@@ -1,5 +1,5 @@
-// The writing half of the store: events go in one by one, state is tracked by a callback, and every 100
-// events a checkpoint is written.
+// The writing half of the store: events go in one by one, state is tracked by a callback, and every so many
+// events, the checkpoint interval, a checkpoint is written.
 //
 // Commit protocol: the files always end in a byte 0, at offset T. An append writes everything behind T first,
 // hands it to the operating system, and then turns the byte at T from 0 into the type of the first new
@@ -8,14 +8,16 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "libtrv/state_table.h"
+#include "libtrv/store_files.h"
 #include "libtrv/store_format.h"
-#include "libtrv/trace_store.h"
+#include "shared/libcxxutil/result.h"
 
 class FileDevice;
 
@@ -34,34 +36,44 @@ using mt_EventCallback = bool (*)(StoreWriter& writer, const mt_WriteRecord& rec
 
 class StoreWriter {
   public:
-    // Deletes files of the three names that exist, makes the .trs and .tri with their terminators, and moves
-    // the complete .trv into place last. Null on failure, with what and where in why.
+    // Makes a store of a base name in place of one that stands there. Where that fails, an earlier one is
+    // gone all the same.
+    static Result Create(const std::string& base, const StoreFacts& facts, mt_EventCallback callback,
+                         std::unique_ptr<StoreWriter>& writer);
+    // The same with an interval of 100; null on failure.
     static std::unique_ptr<StoreWriter> OpenForWrite(const std::string& base, uint32_t ticksPerSecond,
                                                      const std::string& osName, bool bigEndianTarget,
-                                                     mt_EventCallback callback, std::string* why = nullptr);
-    // Commits what is pending and asks the disk to keep it.
+                                                     mt_EventCallback callback);
+    // Closes without a word: whoever has to tell of a failure calls Close before.
     ~StoreWriter();
 
-    // Appends one event. Without grouping it is committed on return. False when it was refused: the store
-    // then ends where it ended before, stays valid, and lastError() says why.
-    [[nodiscard]] bool AppendEvent(mt_Time time, uint16_t type, uint16_t subtype,
-                                   std::span<const uint8_t> extra);
+    // Appends one event. Without grouping it is committed on success. A failure means that it was refused, or
+    // with grouping that events of its group were: the store then ends behind the last event that could be
+    // taken and stays valid. Whoever appends on leaves a hole, unless it begins with the first one refused.
+    Result AppendEvent(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra);
 
     // With grouping, appends are held in memory and committed together once about groupBytes are pending, at
-    // Commit, and at the end. The files are the same bytes either way. 0 turns grouping off and commits what
-    // is pending.
-    bool SetGrouping(size_t groupBytes);
-    // Commits what is pending. False when the device refused something, be it an index record, which then
-    // stays pending; as many whole events as it took are kept.
-    [[nodiscard]] bool Commit();
-    // Flushes to the operating system and the disk.
-    bool Flush();
+    // Commit, and at the end. The files are the same bytes either way. With 0 each append is one commit, with
+    // what may be pending.
+    void SetGrouping(size_t groupBytes);
+    // Commits what is pending. Events that the device did not take are refused, all behind the first of them.
+    // An index record that it did not take stays pending and goes with the next commit.
+    Result Commit();
+    // Commits and asks the disk to keep it.
+    Result Flush();
+    // Flushes and lets go of the files; the first failure of all. Nothing can be appended afterwards. A
+    // second call does nothing.
+    Result Close();
 
     uint32_t eventsWritten() const;  // committed and pending
     uint64_t eventsRefused() const;  // appended, but not stored
-    const std::string& lastError() const;
+    // Time of the last event that is stored or pending; nothing for an empty store.
+    std::optional<mt_Time> lastTime() const;
+    // Why events were refused, the last time that it happened.
+    const Result& refusal() const;
     const std::string& base() const;
-    bool bigEndianTarget() const;
+    const StoreFacts& facts() const;
+    bool bigEndianTarget() const { return facts().bigEndianTarget; }
 
     // For callbacks: the state of all objects now, and its changes. Each change is applied and then written.
     // A create of a key that is in already changes nothing but is written all the same.
@@ -77,13 +89,9 @@ class StoreWriter {
 
     // For tests: the devices in place of files, and the offset past which appends are refused (2^32 - 1).
     static std::unique_ptr<StoreWriter> OnDevices(std::unique_ptr<FileDevice> events,
-                                                  std::unique_ptr<FileDevice> index, bool bigEndianTarget,
+                                                  std::unique_ptr<FileDevice> index, const StoreFacts& facts,
                                                   mt_EventCallback callback);
     void SetOffsetLimit(uint64_t limit);
-
-    // The bytes of a .trv file.
-    static std::vector<uint8_t> EncodeVersionFile(uint32_t ticksPerSecond, const std::string& osName,
-                                                  bool bigEndianTarget);
 
     struct Impl;
 

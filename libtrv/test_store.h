@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -39,24 +40,29 @@ class MemoryDevice : public FileDevice {
         std::copy_n(bytes_->begin() + static_cast<ptrdiff_t>(offset), n, out.begin());
         return static_cast<int64_t>(n);
     }
-    int64_t write_at(uint64_t offset, std::span<const uint8_t> in) override {
-        if (offset >= room_) return 0;
+    DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> in) override {
+        if (failing_ > 0 && --failing_ == 0) return {0, EIO};
+        if (offset >= room_) return {0, ENOSPC};
         const size_t n = std::min<size_t>(in.size(), room_ - offset);
         if (bytes_->size() < offset + n) bytes_->resize(offset + n);
         std::copy_n(in.begin(), n, bytes_->begin() + static_cast<ptrdiff_t>(offset));
-        return static_cast<int64_t>(n);
+        return {n, n == in.size() ? 0 : ENOSPC};
     }
-    bool truncate(uint64_t size) override {
+    int truncate(uint64_t size) override {
         bytes_->resize(size);
-        return true;
+        return 0;
     }
     uint64_t size() override { return bytes_->size(); }
-    bool sync() override { return true; }
+    int sync() override { return sync_; }
     void set_room(size_t room) { room_ = room; }
+    // The n-th write from now fails once, without a byte.
+    void fail_write(int n) { failing_ = n; }
+    void set_sync(int error) { sync_ = error; }
 
   private:
     std::shared_ptr<Bytes> bytes_;
     size_t room_;
+    int failing_ = 0, sync_ = 0;
 };
 
 struct TestEvent {

@@ -106,7 +106,7 @@ bool mt_FlushFiles(TraceStore* store) {
     if (!store) return true;
     bool kept = true;
     for (GFile* file : {store->version.get(), store->events.get(), store->index.get()})
-        if (file) kept = file->device().sync() && kept;
+        if (file) kept = file->device().sync() == 0 && kept;
     return kept;
 }
 

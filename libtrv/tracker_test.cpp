@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "libtrv/event.h"
 #include "libtrv/task_tracker.h"
 #include "libtrv/test_store.h"
 
@@ -8,9 +9,9 @@ namespace {
 // Appends events and gives the changes of the last one as text: "+id", "id@offset=bytes".
 struct Tracked {
     std::shared_ptr<Bytes> events = std::make_shared<Bytes>();
-    std::unique_ptr<StoreWriter> writer =
-        StoreWriter::OnDevices(std::make_unique<MemoryDevice>(events),
-                               std::make_unique<MemoryDevice>(std::make_shared<Bytes>()), true, TaskTracker);
+    std::unique_ptr<StoreWriter> writer = StoreWriter::OnDevices(
+        std::make_unique<MemoryDevice>(events), std::make_unique<MemoryDevice>(std::make_shared<Bytes>()),
+        {.bigEndianTarget = true}, TaskTracker);
     std::string append(uint16_t type, uint16_t subtype, const Bytes& extra) {
         const size_t before = events->size();
         EXPECT_TRUE(writer->AppendEvent(0, type, subtype, extra));

@@ -11,15 +11,17 @@ struct InMemory {
     MemoryDevice* device = nullptr;
     MemoryDevice* indexDevice = nullptr;
     std::unique_ptr<StoreWriter> writer;
-    explicit InMemory(bool big_endian = true) {
+    explicit InMemory(uint32_t interval = mt_CheckpointInterval) {
         auto e = std::make_unique<MemoryDevice>(events);
         auto i = std::make_unique<MemoryDevice>(index);
         device = e.get();
         indexDevice = i.get();
-        writer = StoreWriter::OnDevices(std::move(e), std::move(i), big_endian, TaskTracker);
+        writer =
+            StoreWriter::OnDevices(std::move(e), std::move(i),
+                                   {.bigEndianTarget = true, .checkpointInterval = interval}, TaskTracker);
     }
     bool append(const TestEvent& event) {
-        return writer->AppendEvent(event.time, event.type, event.subtype, event.extra);
+        return writer->AppendEvent(event.time, event.type, event.subtype, event.extra).ok();
     }
 };
 
@@ -74,7 +76,9 @@ TEST(StoreWriter, KeepsWholeEventsAndTheirStateWhenTheDeviceIsFull) {
             }
             const uint32_t kept = store.writer->eventsWritten();
             ASSERT_EQ(kept + store.writer->eventsRefused(), std::min(appended + 1, events.size()));
-            ASSERT_FALSE(store.writer->lastError().empty());
+            ASSERT_EQ(store.writer->refusal().text(), ".trs: No space left on device");
+            ASSERT_EQ(store.writer->lastTime(),
+                      kept == 0 ? std::nullopt : std::optional(events[kept - 1].time));
             // What is there is the store of a prefix, and as much of it as there was room for.
             ASSERT_EQ(std::make_pair(*store.events, *store.index), store_of(events, kept, 0)) << room;
             if (kept < events.size()) {
@@ -95,7 +99,8 @@ TEST(StoreWriter, IndexRecordsThatFoundNoRoomFollowLater) {
     store.indexDevice->set_room(40);
     for (const TestEvent& event : events) EXPECT_TRUE(store.append(event));
     EXPECT_EQ(store.index->size(), 34u);  // one whole record and its terminator
-    EXPECT_FALSE(store.writer->Commit());
+    EXPECT_EQ(store.writer->Commit().text(), ".tri: No space left on device");
+    EXPECT_EQ(store.writer->eventsRefused(), 0u);
     store.indexDevice->set_room(SIZE_MAX);
     EXPECT_TRUE(store.writer->Commit());
     EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, events.size(), 0));
@@ -111,7 +116,7 @@ TEST(StoreWriter, RefusesWhatLiesPastTheLastOffset) {
     EXPECT_TRUE(store.writer->Commit());
     EXPECT_EQ(store.writer->eventsWritten(), taken);
     EXPECT_EQ(store.writer->eventsRefused(), events.size() - taken);
-    EXPECT_NE(store.writer->lastError().find("four gigabytes"), std::string::npos);
+    EXPECT_NE(store.writer->refusal().what().find("four gigabytes"), std::string::npos);
     EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, taken, 0));
     EXPECT_LE(store.events->size(), 9001u);
     EXPECT_GT(store_of(events, taken + 1, 0).first.size(), 9001u);
@@ -130,9 +135,9 @@ bool deleting(StoreWriter& writer, const mt_WriteRecord& record) {
 
 TEST(StoreWriter, DeletedObjectsStayUsedInTheirBlockAndARefusedEventLeavesNothing) {
     auto bytes = std::make_shared<Bytes>();
-    auto writer =
-        StoreWriter::OnDevices(std::make_unique<MemoryDevice>(bytes),
-                               std::make_unique<MemoryDevice>(std::make_shared<Bytes>()), true, deleting);
+    auto writer = StoreWriter::OnDevices(std::make_unique<MemoryDevice>(bytes),
+                                         std::make_unique<MemoryDevice>(std::make_shared<Bytes>()),
+                                         {.bigEndianTarget = true}, deleting);
     EXPECT_TRUE(writer->AppendEvent(0, 1, 0, words({1})));
     EXPECT_TRUE(writer->AppendEvent(0, 2, 0, words({1})));
     EXPECT_TRUE(writer->AppendEvent(0, 1, 0, words({1})));  // comes back: used once
@@ -151,7 +156,49 @@ TEST(StoreWriter, DeletedObjectsStayUsedInTheirBlockAndARefusedEventLeavesNothin
 
 TEST(StoreWriter, SaysWhichFileCannotBeMade) {
     TestFolder folder;
-    std::string why;
-    EXPECT_EQ(StoreWriter::OpenForWrite(folder / "none/run", 1, "x", true, TaskTracker, &why), nullptr);
-    EXPECT_NE(why.find("none/run.trs"), std::string::npos) << why;
+    std::unique_ptr<StoreWriter> writer;
+    const Result made = StoreWriter::Create(folder / "none/run", {1, "x", true}, TaskTracker, writer);
+    EXPECT_EQ(made.text(), folder / "none/run.trs" + ": No such file or directory");
+    EXPECT_EQ(writer, nullptr);
+}
+
+TEST(StoreWriter, CheckpointsStandAtTheMultiplesOfTheInterval) {
+    const auto events = random_events(5, 700);
+    for (const uint32_t interval : {1u, 7u, 100u, 300u, 1000u}) {
+        InMemory store(interval);
+        for (const TestEvent& event : events) ASSERT_TRUE(store.append(event));
+        const size_t records = (store.index->size() - mt_HeaderSize) / 13;
+        ASSERT_EQ(records, (events.size() + interval - 1) / interval) << interval;
+        for (size_t record = 0; record < records; ++record) {
+            const uint8_t* at = store.index->data() + mt_HeaderSize + record * 13;
+            EXPECT_EQ(load_be64(at + 1), events[record * interval].time);
+            EXPECT_EQ((*store.events)[load_be32(at + 9)], mt_PacketObjectsUsed);
+        }
+    }
+}
+
+TEST(StoreWriter, ATransientFailureOfAWriteLosesItsGroupAndWhatClosingMeetsIsTold) {
+    const auto events = random_events(6, 400);
+    for (int n = 1; n < 30; ++n) {
+        InMemory store;
+        store.writer->SetGrouping(2000);
+        store.device->fail_write(n);
+        size_t taken = 0;
+        while (taken < events.size() && store.append(events[taken])) ++taken;
+        const Result closed = store.writer->Close();
+        const uint32_t kept = store.writer->eventsWritten();
+        ASSERT_EQ(std::make_pair(*store.events, *store.index), store_of(events, kept, 0)) << n;
+        ASSERT_EQ(kept == events.size(), store.writer->refusal().ok()) << n;
+        ASSERT_TRUE(kept == events.size() || taken < events.size() || !closed.ok()) << n;
+        ASSERT_EQ(kept + store.writer->eventsRefused(), std::min(taken + 1, events.size())) << n;
+    }
+    for (const bool index : {false, true}) {
+        InMemory store;
+        for (const TestEvent& event : events) ASSERT_TRUE(store.append(event));
+        (index ? store.indexDevice : store.device)->set_sync(EIO);
+        EXPECT_EQ(store.writer->Close().text(),
+                  std::string(index ? ".tri" : ".trs") + ": the disk did not keep it: Input/output error");
+        EXPECT_TRUE(store.writer->Close().ok());
+        EXPECT_FALSE(store.append(events[0]));
+    }
 }

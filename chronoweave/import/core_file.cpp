@@ -204,9 +204,12 @@ bool core_Import(RawSession& session, std::span<const uint8_t> file, const std::
     session.header.bigEndian = image.bigEndian;
     session.header.ticksPerSecond = image.ticksPerSecond;
     if (image.version == 2) session.header.osName = "TOLMUND";
-    if (!session_OpenWriter(session, make, error)) return false;
+    if (const Result made = session_OpenWriter(session, make); !made.ok()) {
+        error = made.text();
+        return false;
+    }
     const CoreRun run = decode_all(session, image);
-    session_Settle(session);
+    session.trouble = session_Settle(session);
     if (run.end >= 0) return true;
     if (!run.whole || image.wild)
         error = name.empty() ? words_CoreNoName : gen_format(words_CoreWild, name.c_str());

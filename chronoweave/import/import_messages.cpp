@@ -12,9 +12,8 @@ void ImportMessages::print(std::string_view line) const {
 }
 
 void ImportMessages::finish() {
-    constexpr std::array<const char*, 4> kinds{"bad TRR bytes", "events dropped as too long",
-                                               "events dropped as too short",
-                                               "events that the store did not take"};
+    constexpr std::array<const char*, 3> kinds{"bad TRR bytes", "events dropped as too long",
+                                               "events dropped as too short"};
     for (size_t kind = 0; kind < seen_.size(); ++kind) {
         if (seen_[kind] > limit)
             print(gen_format("... and %llu more %s\n", static_cast<unsigned long long>(seen_[kind] - limit),

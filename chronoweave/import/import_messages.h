@@ -7,7 +7,7 @@
 #include <functional>
 #include <string_view>
 
-enum class ImportProblem { BadByte, TooLong, TooShort, Refused };
+enum class ImportProblem { BadByte, TooLong, TooShort };
 
 // Takes one line, line end included. An empty function means the console.
 using ImportMessageSink = std::function<void(std::string_view line)>;
@@ -24,6 +24,6 @@ class ImportMessages {
     void finish();
 
   private:
-    std::array<uint64_t, 4> seen_{};
+    std::array<uint64_t, 3> seen_{};
     ImportMessageSink sink_;
 };

@@ -7,7 +7,10 @@ inline constexpr char words_CannotOpen[] = "Cannot open file.";
 inline constexpr char words_BadFormatTrr[] = "Bad format TRR file.";
 inline constexpr char words_Unsupported[] = "Unsupported OS or Architecture.";
 inline constexpr char words_NoSource[] = "Can't open VOREL Chronoweave source file \"%s\".";
-inline constexpr char words_Refused[] = "%llu events could not be taken into the store: %s";
+inline constexpr char words_Refused[] = "%llu events could not be taken into the store, which %s: %s";
+inline constexpr char words_EndsAt[] = "ends at %s s";
+inline constexpr char words_EndsEmpty[] = "is empty";
+inline constexpr char words_EarlierGone[] = "The earlier store \"%s\" was removed.";
 inline constexpr char words_SourceIsStore[] = "The store's file \"%s\" is the source itself.";
 
 inline constexpr char words_HeaderRead[] = "Error in reading KORVANTIS Raw Event File";

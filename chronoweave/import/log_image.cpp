@@ -109,5 +109,5 @@ void log_ReadThrough(RawSession& session, RawLogImage& image) {
         session.counts.stopped = true;
         break;
     }
-    session_Settle(session);
+    session.trouble = session_Settle(session);
 }

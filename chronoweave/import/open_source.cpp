@@ -68,26 +68,25 @@ class Opening {
     }
 
     // Chooses the store's place and makes the writer there.
-    std::unique_ptr<StoreWriter> make_writer(uint32_t rate, const char* osName, bool bigEndian,
-                                             std::string& why) {
+    Result make_writer(const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
         const StorePlace place = store_ChoosePlace(name_, options_.outputBase);
-        if (path_file(place.base).empty()) {
-            why = words_InvalidName;
-            return nullptr;
-        }
+        if (path_file(place.base).empty()) return Result::failure(words_InvalidName);
         const std::string taken = store_FileThatIsSource(name_, place.base);
-        if (!taken.empty()) {
-            why = gen_format(words_SourceIsStore, taken.c_str());
-            return nullptr;
-        }
+        if (!taken.empty()) return Result::failure(gen_format(words_SourceIsStore, taken.c_str()));
         result_.base = place.base;
         result_.inCache = place.inCache;
-        return StoreWriter::OpenForWrite(place.base, rate, osName, bigEndian, TaskTracker, &why);
+        replaces_earlier_ = path_is_readable_file(place.base + ".trv");
+        return StoreWriter::Create(place.base, facts, TaskTracker, writer);
     }
     WriterMaker maker() {
-        return [this](uint32_t rate, const char* osName, bool bigEndian, std::string& why) {
-            return make_writer(rate, osName, bigEndian, why);
+        return [this](const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
+            return make_writer(facts, writer);
         };
+    }
+    // After a failure: the store that stood there before, unless it still stands.
+    void tell_earlier_store() {
+        if (replaces_earlier_ && (session_.writer || !path_is_readable_file(result_.base + ".trv")))
+            say(gen_format(words_EarlierGone, result_.base.c_str()));
     }
 
     void import_raw() {
@@ -119,9 +118,10 @@ class Opening {
     }
 
     bool open_writer() {
-        std::string why;
-        if (session_OpenWriter(session_, maker(), why)) return true;
-        say(why);
+        const Result made = session_OpenWriter(session_, maker());
+        if (made.ok()) return true;
+        say(made.text());
+        tell_earlier_store();
         return false;
     }
 
@@ -164,14 +164,22 @@ class Opening {
         std::string error;
         const bool made = core_Import(session_, bytes, name_, maker(), error, fatal_);
         if (!error.empty()) say(error);
-        if (made) finish_import();
+        if (made)
+            finish_import();
+        else
+            tell_earlier_store();
     }
 
     // Closes the writer and opens what it wrote.
     void finish_import() {
-        if (session_.counts.refused > 0)
-            say(gen_format(words_Refused, static_cast<unsigned long long>(session_.counts.refused),
-                           session_.writer->lastError().c_str()));
+        // A store that stays open is kept by the disk when it is closed.
+        if (!stays_open_) session_.trouble = session_Close(session_);
+        const std::string missing = session_MissingEvents(session_);
+        if (!missing.empty())
+            say(missing);
+        else if (!session_.trouble.ok())
+            say(session_.trouble.text());
+        if (!missing.empty() || !session_.trouble.ok()) tell_earlier_store();
         result_.imported = true;
         result_.counts = session_.counts;
         if (stays_open_) result_.growing.reset(new RawSession(std::move(session_)));
@@ -186,6 +194,7 @@ class Opening {
     OpenedSource result_;
     bool fatal_ = false;  // the error stands alone
     bool stays_open_ = false;
+    bool replaces_earlier_ = false;  // a store stood under the name that is written
 };
 
 }  // namespace
@@ -205,7 +214,8 @@ uint64_t import_ReadOn(RawSession& session, std::string& why) {
     if (session_ReadOn(session, 0) == ReadOnEnd::Failed)
         why = gen_format(words_Seek, static_cast<unsigned long long>(session.offset));
     if (session.counts.refused > refused)
-        why = gen_format(words_Refused, static_cast<unsigned long long>(session.counts.refused - refused),
-                         session.writer->lastError().c_str());
+        why = session_MissingEvents(session);
+    else if (!session.trouble.ok())
+        why = session.trouble.text();
     return session.counts.events - before;
 }

@@ -1,10 +1,13 @@
 #include "chronoweave/import/raw_decoder.h"
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "chronoweave/import/import_words.h"
 #include "libtrv/byte_order.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/tick_text.h"
 
 namespace {
 
@@ -28,6 +31,13 @@ bool drop(RawSession& session, size_t length) {
         session.messages.print(isLong ? gen_format(words_TooLong, static_cast<int>(length), 164)
                                       : gen_format(words_TooShort, static_cast<int>(length), 16));
     return false;
+}
+
+// Nothing more goes into the store; told once.
+void end_store(RawSession& session, Result why) {
+    if (!session.storeEnd.ok()) return;
+    session.storeEnd = std::move(why);
+    session.messages.print(words_AppendFailed);
 }
 
 // The store time of an event: ticks since the first timed event, never decreasing. When time goes back behind
@@ -107,13 +117,14 @@ int64_t raw_SteadyClock() {
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-bool session_OpenWriter(RawSession& session, const WriterMaker& make, std::string& why) {
+Result session_OpenWriter(RawSession& session, const WriterMaker& make) {
     const EventSourceHeader& header = session.header;
     const auto rate = static_cast<uint32_t>(header.ticksPerSecond);
     if (rate != header.ticksPerSecond)
         gen_console(words_ClockRate, static_cast<unsigned long long>(header.ticksPerSecond), rate);
-    session.writer = make(rate, header.osName, header.bigEndian, why);
-    return session.writer != nullptr && session.writer->SetGrouping(group_bytes);
+    Result made = make({rate, header.osName, header.bigEndian}, session.writer);
+    if (made.ok()) session.writer->SetGrouping(group_bytes);
+    return made;
 }
 
 bool session_DecodeRecord(RawSession& session, std::span<const uint8_t> record) {
@@ -122,18 +133,55 @@ bool session_DecodeRecord(RawSession& session, std::span<const uint8_t> record) 
     const bool big = session.header.bigEndian;
     const mt_Time raw = static_cast<mt_Time>(load_32(p + 8, big)) << 32 | load_32(p + 4, big);
     const mt_Time time = store_time(session, raw);
-    if (session.writer->AppendEvent(time, load_be16(p), load_be16(p + 2), record.subspan(12))) return true;
-    if (session.messages.count(ImportProblem::Refused)) session.messages.print(words_AppendFailed);
+    if (!session.storeEnd.ok()) {
+        ++session.passed;
+        return false;
+    }
+    Result taken = session.writer->AppendEvent(time, load_be16(p), load_be16(p + 2), record.subspan(12));
+    if (taken.ok()) return true;
+    end_store(session, std::move(taken));
     return false;
 }
 
-void session_Settle(RawSession& session) {
-    if (session.writer) {
-        if (!session.writer->Commit()) session.messages.print(words_AppendFailed);
-        session.counts.events = session.writer->eventsWritten();
-        session.counts.refused = session.writer->eventsRefused();
+namespace {
+
+std::string shown_time(const RawSession& session, mt_Time time) {
+    const uint64_t rate = session.writer->facts().ticksPerSecond;
+    char text[TickWriter::room];
+    const TickWriter writer({std::max<uint64_t>(1, rate), 1}, 9);
+    return {text, writer.put(static_cast<int64_t>(time), text)};
+}
+
+Result settle(RawSession& session, Result (StoreWriter::*step)()) {
+    Result result;
+    if (StoreWriter* writer = session.writer.get()) {
+        const uint64_t refused = writer->eventsRefused();
+        result = (writer->*step)();
+        if (writer->eventsRefused() > refused) end_store(session, writer->refusal());
+        session.counts.events = writer->eventsWritten();
+        session.counts.refused = writer->eventsRefused() + session.passed;
     }
     session.messages.finish();
+    return result;
+}
+
+}  // namespace
+
+Result session_Settle(RawSession& session) {
+    return settle(session, &StoreWriter::Commit);
+}
+
+Result session_Close(RawSession& session) {
+    return settle(session, &StoreWriter::Close);
+}
+
+std::string session_MissingEvents(const RawSession& session) {
+    if (session.counts.refused == 0) return {};
+    const auto last = session.writer->lastTime();
+    const std::string end =
+        last ? gen_format(words_EndsAt, shown_time(session, *last).c_str()) : words_EndsEmpty;
+    return gen_format(words_Refused, static_cast<unsigned long long>(session.counts.refused), end.c_str(),
+                      session.storeEnd.text().c_str());
 }
 
 ReadOnEnd session_ReadOn(RawSession& session, int64_t limitMs) {
@@ -142,7 +190,7 @@ ReadOnEnd session_ReadOn(RawSession& session, int64_t limitMs) {
     session.buffer.resize(limited ? timed_buffer : whole_buffer);
     const Pass pass = read_passes(session, limited, deadline);
     session.offset += pass.consumed;
-    session_Settle(session);
+    session.trouble = session_Settle(session);
     if (!limited) {
         session.buffer = {};
         session.counts.stopped = pass.end == ReadOnEnd::Stopped;

@@ -30,6 +30,11 @@ struct RawSession {
     uint64_t offset = 0;  // of the next unread record; 0: the header is still to be read
     mt_Time firstRawTime = 0;
     mt_Time lastRawTime = 0;
+    // The store ends at the first event that it could not take: what comes behind is only counted, so that no
+    // hole is left within it.
+    Result storeEnd;
+    uint64_t passed = 0;  // events behind the store's end
+    Result trouble;       // what the last settling said
     // Of the whole session; those of the store are brought up to date by session_Settle.
     ImportCounts counts;
     ImportMessages messages;
@@ -39,19 +44,24 @@ struct RawSession {
     std::vector<uint8_t> buffer;
 };
 
-// Makes the writer of a source's store; null with the reason in why.
-using WriterMaker = std::function<std::unique_ptr<StoreWriter>(uint32_t ticksPerSecond, const char* osName,
-                                                               bool bigEndian, std::string& why)>;
+// Makes the writer of a source's store.
+using WriterMaker = std::function<Result(const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer)>;
 // Opens the session's writer with the header's clock rate, name and byte order. A rate above 32 bits is told
 // on the console and cut to its low word.
 // The writer commits in groups; session_Settle commits the last.
-[[nodiscard]] bool session_OpenWriter(RawSession& session, const WriterMaker& make, std::string& why);
+Result session_OpenWriter(RawSession& session, const WriterMaker& make);
 
 // Translates one raw event and appends it. False when it was dropped or refused; the session has counted it.
 bool session_DecodeRecord(RawSession& session, std::span<const uint8_t> record);
 
 // Commits what was appended, ends the messages of this read, and takes the store's counts into the session's.
-void session_Settle(RawSession& session);
+// A failure that lost no event, but left the store's index or its keeping by the disk behind, is the result;
+// lost events are counted as refused.
+Result session_Settle(RawSession& session);
+// The same, and closes the store's files.
+Result session_Close(RawSession& session);
+// One sentence on the events that the store did not take; empty when it took all.
+std::string session_MissingEvents(const RawSession& session);
 
 enum class ReadOnEnd {
     Done,      // nothing more to read now

@@ -1,0 +1,171 @@
+// An import whose n-th call of the system fails, for every n: there is never a wrong store with nothing said,
+// and what is left opens and holds the first events of the whole.
+//
+// The linker sends the calls that make and write files here first (--wrap).
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <functional>
+
+#include "chronoweave/import/import_testing.h"
+
+namespace {
+
+enum class Fault { None, Fails, FailsOn, Short };  // once, from there on, and half of a write
+
+struct Faults {
+    Fault fault = Fault::None;
+    int error = EIO;
+    int from = 0;      // which of the calls, from 1
+    int calls = 0;     // so far
+    int writes = 0;    // of them, those that put bytes of events down
+    std::string last;  // the call that was failed
+} faults;
+
+// Whether this call is to fail.
+bool fails(const char* name) {
+    if (faults.fault == Fault::None) return false;
+    const int call = ++faults.calls;
+    const bool hit = faults.fault == Fault::FailsOn ? call >= faults.from : call == faults.from;
+    if (hit) faults.last = name;
+    return hit;
+}
+
+int refused() {
+    errno = faults.error;
+    return -1;
+}
+
+}  // namespace
+
+extern "C" {
+int __real_open(const char* name, int how, ...);
+int __real_mkstemp(char* name);
+int __real_unlink(const char* name);
+int __real_rename(const char* from, const char* to);
+int __real_fdatasync(int file);
+int __real_ftruncate(int file, off_t size);
+ssize_t __real_pwrite(int file, const void* bytes, size_t count, off_t offset);
+
+int __wrap_open(const char* name, int how, ...) {
+    va_list rest;
+    va_start(rest, how);
+    const mode_t mode = (how & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    va_end(rest);
+    return fails("open") ? refused() : __real_open(name, how, mode);
+}
+int __wrap_mkstemp(char* name) {
+    return fails("mkstemp") ? refused() : __real_mkstemp(name);
+}
+int __wrap_unlink(const char* name) {
+    return fails("unlink") ? refused() : __real_unlink(name);
+}
+int __wrap_rename(const char* from, const char* to) {
+    return fails("rename") ? refused() : __real_rename(from, to);
+}
+int __wrap_fdatasync(int file) {
+    return fails("fdatasync") ? refused() : __real_fdatasync(file);
+}
+int __wrap_ftruncate(int file, off_t size) {
+    return fails("ftruncate") ? refused() : __real_ftruncate(file, size);
+}
+ssize_t __wrap_pwrite(int file, const void* bytes, size_t count, off_t offset) {
+    if (!fails("pwrite")) return __real_pwrite(file, bytes, count, offset);
+    if (faults.fault == Fault::Short && count > 1) return __real_pwrite(file, bytes, count / 2, offset);
+    return refused();
+}
+}
+
+namespace {
+
+class FailingCallsTest : public ImportTest {
+  protected:
+    static constexpr uint32_t events_there = 12000;
+
+    void SetUp() override {
+        ImportTest::SetUp();
+        // Names of an earlier run must not be taken for one that stands there before the first import.
+        setenv("XDG_CACHE_HOME", path("cache").c_str(), 1);
+        Bytes bytes = short_header(true);
+        for (uint32_t i = 0; i < events_there; ++i)
+            put_record(bytes, raw_event(1 + i % 7, i % 11, 1 + i, 1 + i * 7 % 41, true, 4 + i % 9));
+        trace_ = write("run.trr", bytes);
+        whole_ = events(*import_OpenSource(trace_, {}).store);
+    }
+    void TearDown() override {
+        faults = {};
+        unsetenv("XDG_CACHE_HOME");
+        ImportTest::TearDown();
+    }
+
+    // The import with the n-th call failing. False when it made fewer calls.
+    bool run(Fault fault, int error, int n) {
+        faults = {fault, error, n, 0, 0, {}};
+        const OpenedSource source = import_OpenSource(trace_, {});
+        const Faults met = std::exchange(faults, Faults{});
+        const std::string where = met.last + " at call " + std::to_string(n) + ": " + source.error;
+        check(source, where);
+        console();
+        return met.calls >= n;
+    }
+
+    void check(const OpenedSource& source, const std::string& where) {
+        const TraceStorePtr left = mt_OpenForRead(source.base.empty() ? path("run") : source.base);
+        const std::string read = left ? events(*left) : "";
+        EXPECT_EQ(whole_.compare(0, read.size(), read), 0) << where;
+        if (source.error.empty()) {
+            ASSERT_TRUE(source.store) << where;
+            EXPECT_EQ(source.counts.events, events_there) << where;
+            EXPECT_EQ(read, whole_) << where;
+            return;
+        }
+        if (source.store) {
+            EXPECT_EQ(mt_GetEventCount(*source.store), source.counts.events) << where;
+        }
+        if (source.counts.refused == 0) return;
+        EXPECT_EQ(source.counts.events + source.counts.refused, events_there) << where;
+        EXPECT_NE(source.error.find(gen_format("%llu events could not be taken into the store, which ",
+                                               static_cast<unsigned long long>(source.counts.refused))),
+                  std::string::npos)
+            << where;
+        // The store that every import here replaces.
+        EXPECT_NE(source.error.find("The earlier store \"" + path("run") + "\" was removed."),
+                  std::string::npos)
+            << where;
+        EXPECT_EQ(source.error.find("Success"), std::string::npos) << where;
+    }
+
+    std::string trace_, whole_;
+};
+
+TEST_F(FailingCallsTest, everyCallFailsOnceAndFromThereOn) {
+    for (const Fault fault : {Fault::Fails, Fault::FailsOn, Fault::Short}) {
+        int n = 1;
+        while (run(fault, fault == Fault::Fails ? EIO : ENOSPC, n) && !HasFatalFailure()) {
+            ++n;
+            // What stands there before is whole again.
+            ASSERT_EQ(import_OpenSource(trace_, {}).error, "");
+        }
+        EXPECT_GT(n, 20) << "the calls are not counted";
+    }
+}
+
+TEST_F(FailingCallsTest, anEarlierStoreThatIsGoneIsNamedWhereNoNewOneCouldBeMade) {
+    // The creating of the new .trs, and whatever comes behind it.
+    int n = 1;
+    OpenedSource source;
+    do {
+        ASSERT_EQ(import_OpenSource(trace_, {}).error, "");
+        faults = {Fault::FailsOn, EACCES, n++, 0, 0, {}};
+        source = import_OpenSource(trace_, {});
+    } while (std::exchange(faults, Faults{}).last != "open" ||
+             source.error.find(".trs: ") == std::string::npos);
+    EXPECT_EQ(
+        source.error.substr(0, source.error.find("\nCan't")),
+        path("run.trs") + ": Permission denied\nThe earlier store \"" + path("run") + "\" was removed.");
+}
+
+}  // namespace

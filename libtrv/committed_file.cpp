@@ -1,0 +1,55 @@
+#include "libtrv/committed_file.h"
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+Result CommittedFile::create(const std::string& fileName, uint32_t kind) {
+    errno = 0;
+    auto made = gf_OpenDevice(fileName, true);
+    if (!made) return Result::system(fileName, errno);
+    return begin(std::move(made), fileName, kind);
+}
+
+Result CommittedFile::begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind) {
+    device = std::move(on);
+    name = fileName;
+    GFileHeader header;
+    header.kind = kind;
+    std::vector<uint8_t> bytes = gf_EncodeHeader(header);
+    bytes.push_back(mt_PacketEnd);
+    terminator = bytes.size() - 1;
+    const DeviceWrite written = device->write_at(0, bytes);
+    return written.bytes == bytes.size() ? Result() : Result::system(name, written.error);
+}
+
+Result CommittedFile::write_behind(size_t& wrote) {
+    pending.put8(mt_PacketEnd);
+    const DeviceWrite written = device->write_at(terminator + 1, {pending.data() + 1, pending.size() - 1});
+    pending.cut(pending.size() - 1);
+    wrote = written.bytes;
+    return wrote == pending.size() ? Result() : Result::system(name, written.error);
+}
+
+Result CommittedFile::end_behind(size_t size) {
+    const uint8_t end[1] = {mt_PacketEnd};
+    const DeviceWrite written = device->write_at(terminator + size, end);
+    return written.bytes == 1 ? Result() : Result::system(name, written.error);
+}
+
+Result CommittedFile::turn_terminator(size_t size) {
+    const DeviceWrite written = device->write_at(terminator, {pending.data(), 1});
+    if (written.bytes != 1) return Result::system(name, written.error);
+    terminator += size;
+    pending.cut(0);
+    return {};
+}
+
+void CommittedFile::cut_back() {
+    static_cast<void>(device->truncate(terminator + 1));
+}
+
+Result CommittedFile::sync() {
+    const int error = device->sync();
+    return error == 0 ? Result() : Result::system(name, error, "the disk did not keep it");
+}

@@ -1,0 +1,50 @@
+// What a writer knows of the objects: their state now, the keys that the block in progress uses, and for each
+// group of tasks who is in it and who runs.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "libtrv/committed_file.h"
+#include "libtrv/event.h"
+#include "libtrv/state_table.h"
+#include "libtrv/store_format.h"
+
+class WriterState {
+  public:
+    const StateTable& table() const { return table_; }
+    // The keys of the block in progress in packet form, each once; count of them.
+    std::span<const uint8_t> used() const { return {used_.data(), used_.size()}; }
+    uint32_t usedCount() const;
+    // Positions in the table of the tasks of a group: all of them, and those whose status is running.
+    const std::vector<uint32_t>& group(uint32_t id) const { return group_[id & mt_GroupMask]; }
+    const std::vector<uint32_t>& running(uint32_t id) const { return running_[id & mt_GroupMask]; }
+
+    void clear();
+    // The changes of the record operations. A create of a key that is in already changes nothing.
+    void create(uint16_t type, uint32_t id, std::span<const uint8_t> block);
+    void modify(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes);
+    void remove(uint16_t type, uint32_t id);
+
+    // The next block starts with every object now known.
+    void begin_block();
+    // Takes over a block's state as it was read from the store, then its events one by one, then regroup.
+    StateTable& loading() { return table_; }
+    void load_begun();
+    void load_event(const EventRecord& event);
+    void regroup();
+
+  private:
+    void enter_used(uint16_t type, uint32_t id);
+    bool is_task(uint32_t position) const;
+    uint16_t status_of(uint32_t position) const {
+        return load_be16(table_.block_at(position) + mt_TaskStatus);
+    }
+
+    StateTable table_;
+    ByteBuffer used_;
+    bool deletedInBlock_ = false;
+    std::array<std::vector<uint32_t>, mt_GroupMask + 1> group_, running_;
+};
