@@ -6,6 +6,7 @@
 #include "chronoweave/analysis/search.h"
 #include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "windlib/busy.h"
 
 namespace {
 
@@ -18,22 +19,6 @@ constexpr uint32_t progressMask = 0x3FFF;
 bool same(double a, double b) {
     return std::fabs(a - b) <= sameInstant;
 }
-
-// While one lives, long reading shows how far it is.
-class Busy {
-  public:
-    explicit Busy(_LaCanvasData& canvas) : graph_(*canvas.graph) {
-        if (graph_.setBusy) graph_.setBusy(true);
-    }
-    ~Busy() {
-        if (graph_.setBusy) graph_.setBusy(false);
-    }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-
-  private:
-    LaGraph& graph_;
-};
 
 // The place of a stretch in its lane: for a walk forward the last that fits, for one backward the first.
 std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& wanted, bool forward) {
@@ -111,7 +96,7 @@ std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const Detai
     const StoreStep step{Search_Status, target, from.time, from.object, true, forward};
     SearchRow row;
     {
-        const Busy busy(canvas);
+        const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
         source.running.clear();
         // Several changes at the present instant can hide what comes behind them.
         const bool found = search_Step(source, step, row) && !same(row.timeA, from.time);
@@ -291,7 +276,7 @@ std::optional<DetailEvent> detail_StepEvent(_LaCanvasData& canvas, const DetailE
     if (!canvas.source.store) return std::nullopt;
     std::optional<DetailEvent> found;
     {
-        const Busy busy(canvas);
+        const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
         EventSeeker seeker(canvas, from, sameEvent, sameObject);
         found = forward ? seeker.Behind(reached) : seeker.Ahead(reached);
     }
@@ -341,7 +326,7 @@ std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const Detai
     for (int tries = 0; tries < mostSteps; ++tries) {
         SearchRow row;
         {
-            const Busy busy(canvas);
+            const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
             source.running.clear();
             if (forward && tries == 0) source.running.enter(source.processorOf(from.toObject), from.toObject);
             if (!step_past(source, step, row)) return std::nullopt;

@@ -9,6 +9,7 @@
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
 
 namespace {
 
@@ -258,8 +259,7 @@ bool EventTable::FilterByText(std::vector<uint32_t>& ids) {
                                       [this](uint32_t id) { return textStates_[id] == Fits::Unknown; });
     bool whole = true;
     if (unknown != ids.end() && canvas_.source.store) {
-        const LaGraph& graph = *canvas_.graph;
-        if (graph.setBusy) graph.setBusy(true);
+        const BusyWork busy(GateWork::Search, canvas_.graph->setBusy);
         IconReader reader(canvas_, *unknown);
         uint32_t count = 0;
         for (auto at = unknown; at != ids.end() && whole; ++at) {
@@ -272,7 +272,6 @@ bool EventTable::FilterByText(std::vector<uint32_t>& ids) {
             const int32_t row = canvas_.items.bitmaps[*at].event;
             state = read && pattern.fits(extra_text(canvas_, reader.event, row)) ? Fits::Yes : Fits::No;
         }
-        if (graph.setBusy) graph.setBusy(false);
     }
     std::erase_if(ids, [this](uint32_t id) { return textStates_[id] != Fits::Yes; });
     return whole;

@@ -1,6 +1,7 @@
 #include "chronoweave/analysis/report_window.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "chronoweave/analysis/report_texts.h"
 #include "chronoweave/analysis/search_window.h"
@@ -8,6 +9,7 @@
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
 #include "windlib/dialog/host.h"
 
 namespace {
@@ -197,15 +199,14 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     LegendStatistics statistics;
     LoadReport load;
     const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
-    DialogHost& host = *facts->canvas.calls.host;
-    host.SetBusy(true);
+    auto busy = std::make_optional<BusyWork>(GateWork::Report, dialog_Busy(*facts->canvas.calls.host));
     const ReportOutcome outcome =
         object ? report_OneObject(facts->source, *object, range.from, range.to, statistics)
                : report_AllObjects(facts->source, range.from, range.to, statistics);
     const bool whole = outcome == ReportOutcome::Done && !statistics.stopped;
     if (whole && report_ProcessorLoad(facts->source, idle, range.from, range.to, load) != ReportOutcome::Done)
         load = {};
-    host.SetBusy(false);
+    busy.reset();
     if (!good(*facts, outcome)) return;
     const AnalysisWords& words = facts->words;
     auto model = std::make_unique<DialogModel>(report_StatisticsWindow());
@@ -228,14 +229,13 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
     ChosenReport report;
     LoadReport load;
     const std::vector<uint32_t> idle = report_IdleObjects(facts->words, facts->objects);
-    DialogHost& host = *facts->canvas.calls.host;
-    host.SetBusy(true);
+    auto busy = std::make_optional<BusyWork>(GateWork::Report, dialog_Busy(*facts->canvas.calls.host));
     const ReportOutcome outcome = report_ChosenObjects(facts->source, request, order, report);
     const bool whole = outcome == ReportOutcome::Done && !report.stopped;
     if (whole && report_ProcessorLoad(facts->source, idle, report.rangeFrom, report.rangeTo, load) !=
                      ReportOutcome::Done)
         load = {};
-    host.SetBusy(false);
+    busy.reset();
     if (!good(*facts, outcome)) return;
     auto model = std::make_unique<DialogModel>(report_ChosenWindow());
     set_fields(*model, *facts, report);

@@ -16,6 +16,7 @@
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
 #include "windlib/dialog/host.h"
 
 void analysis_AddWindow(_LaCanvasData& canvas, DialogModel& model) {
@@ -334,10 +335,10 @@ void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::share
     desk->last = nullptr;
     laCanvas_Paint(canvas, [&] { laHits_Set(canvas, {}); });
     SearchResult result;
-    canvas.calls.host->SetBusy(true);
-    const bool done = search_Run(facts->source, std::move(request), result);
-    canvas.calls.host->SetBusy(false);
-    if (!done) return;
+    {
+        const BusyWork busy(GateWork::Search, dialog_Busy(*canvas.calls.host));
+        if (!search_Run(facts->source, std::move(request), result)) return;
+    }
     const Legend& legend = *facts->words.legend;
     std::string message;
     if (result.rows.empty()) {

@@ -4,6 +4,7 @@
 
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
 
 namespace {
 
@@ -62,9 +63,10 @@ bool table_SaveCsv(DialogHost& host, const std::string& suggested,
     const std::string path = host.ChooseSaveFile("Save As CSV", suggested, "Comma-Separated Values (*.csv)");
     if (path.empty()) return false;
     std::string why;
-    host.SetBusy(true);
-    const bool written = file_replace(path, table_AsCsv(lists), &why);
-    host.SetBusy(false);
+    const bool written = [&] {
+        const BusyWork busy(GateWork::Print, dialog_Busy(host));
+        return file_replace(path, table_AsCsv(lists), &why);
+    }();
     if (!written) host.Message("Can't write \"" + path + "\": " + why + '.');
     return written;
 }

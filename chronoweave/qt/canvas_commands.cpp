@@ -17,6 +17,7 @@
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
+#include "shared/libcxxutil/gate.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
@@ -78,6 +79,7 @@ QWidget* CanvasWindow::makeTools() {
 }
 
 void CanvasWindow::command(const std::string& text) {
+    if (!gate_May(GateActivity::Command)) return;
     laCanvas_Command(view_->canvas(), text);
 }
 
@@ -229,7 +231,6 @@ void CanvasWindow::makeEventTable() {
     events_ = new EventDock(*view_, services_.settings, this);
     events_->hide();
     addDockWidget(Qt::BottomDockWidgetArea, events_);
-    events_->busy = [this] { return busy_ > 0; };
     const bool shown = options().eventTable;
     events_->setVisible(shown);
     view_->canvas().calls.upper.eventTable = shown;

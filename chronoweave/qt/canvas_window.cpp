@@ -30,10 +30,12 @@
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
+#include "windlib/qt/long_work.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -77,6 +79,16 @@ std::string fileOf(const std::string& name) {
     return std::filesystem::absolute(base ? name + ".trs" : name, none).lexically_normal().string();
 }
 
+// None for an empty name.
+std::vector<CanvasWindow*> windowsOf(const std::string& name) {
+    std::vector<CanvasWindow*> showing;
+    if (name.empty()) return showing;
+    const std::string path = fileOf(name);
+    for (CanvasWindow* window : windows())
+        if (window->source() == path) showing.push_back(window);
+    return showing;
+}
+
 }  // namespace
 
 CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices services)
@@ -114,27 +126,24 @@ const std::vector<CanvasWindow*>& CanvasWindow::all() {
 }
 
 CanvasWindow* CanvasWindow::find(const std::string& file) {
-    const std::string path = fileOf(file);
-    for (CanvasWindow* window : windows())
-        if (window->source_ == path) return window;
-    return nullptr;
+    const std::vector<CanvasWindow*> showing = windowsOf(file);
+    return showing.empty() ? nullptr : showing.front();
 }
 
-void CanvasWindow::closeAll(const std::string& file) {
-    const std::vector<CanvasWindow*> open = windows();
-    const CanvasWindow* only = file.empty() ? nullptr : find(file);
-    for (CanvasWindow* window : open)
-        if (file.empty() || window == only) window->close();
+void CanvasWindow::closeFile(const std::string& file) {
+    for (CanvasWindow* window : windowsOf(file)) window->close();
+}
+
+void CanvasWindow::closeAll() {
+    for (CanvasWindow* window : std::vector<CanvasWindow*>(windows())) window->close();
 }
 
 bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const std::string& text) {
     const auto time = scan_double(text);
     if (!time) return false;
-    const CanvasWindow* only = file.empty() ? nullptr : find(file);
     bool any = false;
-    for (CanvasWindow* window : windows()) {
+    for (CanvasWindow* window : file.empty() ? windows() : windowsOf(file)) {
         _LaCanvasData& canvas = window->view_->canvas();
-        if (!file.empty() && window != only) continue;
         if (!canvas.source.storeHasEvents || *time < 0 || *time > canvas.source.totalLength) continue;
         canvas.view.flags &= ~Canvas_LiveRefresh;
         window->view_->draw([&] {
@@ -298,22 +307,20 @@ void CanvasWindow::setBusy(bool busy) {
 }
 
 bool CanvasWindow::load(const std::string& name) {
-    if (loading_) return false;
+    if (!gate_May(GateActivity::Command)) return false;
     if (name.empty()) {
         say("Invalid file name.");
         return false;
     }
     keepArrangement();
-    loading_ = true;
     const std::string loadingText = gen_format("Loading data from file \"%s\" ...", name.c_str());
     say(loadingText);
-    setBusy(true);
+    auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
     ImportOptions options;
     options.progress = view_->canvas().calls.progress;
     options.keepGrowing = true;
     // A store has one writer: the file is made anew, and who showed it shows what it has.
-    for (CanvasWindow* window : windows())
-        if (window->source_ == fileOf(name)) window->endGrowing();
+    for (CanvasWindow* window : windowsOf(name)) window->endGrowing();
     OpenedSource opened = import_OpenSource(name, options);
     std::string losses = lossesOf(opened.counts);
     if (opened.counts.stopped) losses = "stopped" + (losses.empty() ? "" : "; " + losses);
@@ -325,8 +332,7 @@ bool CanvasWindow::load(const std::string& name) {
         view_->canvas().calls.upper.sourceGrows = growing_ != nullptr;
     }
     showButtons();
-    setBusy(false);
-    loading_ = false;
+    busy.reset();
     std::string message = opened.inCache ? "The store is " + opened.base + ".trs" : "";
     for (const std::string& more : {losses, configureSaid})
         if (!more.empty()) message += (message.empty() ? "" : "; ") + more;
@@ -354,7 +360,7 @@ void CanvasWindow::endGrowing() {
 // What the target has logged since goes into the store and into the view.
 bool CanvasWindow::readOn() {
     if (!growing_) return false;
-    setBusy(true);
+    auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
     std::string why;
     const uint64_t events = import_ReadOn(*growing_, why);
     if (events > 0) {
@@ -363,7 +369,7 @@ bool CanvasWindow::readOn() {
         overview_->rebuild();
     }
     showButtons();
-    setBusy(false);
+    busy.reset();
     say(why.empty() ? std::to_string(events) + " more events." : why);
     return why.empty();
 }
@@ -457,6 +463,7 @@ void CanvasWindow::chooseAndLoad() {
         last = services_.settings->Recent().front();
     if (!last.empty()) dialog.setDirectory(QString::fromStdString(path_directory(last)));
     if (!source_.empty()) dialog.selectFile(QString::fromStdString(source_));
+    const Gate::Token open = gate_Begin(GateWork::ModalDialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
     QString name = dialog.selectedFiles().constFirst();
     if (QFileInfo(name).suffix().isEmpty()) name += QStringLiteral(".trs");

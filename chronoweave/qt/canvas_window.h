@@ -63,10 +63,12 @@ class CanvasWindow : public QMainWindow {
     static int count() { return static_cast<int>(all().size()); }
     // The first that shows this file, compared as full paths; null when there is none.
     static CanvasWindow* find(const std::string& file);
-    // Closes the window of a file, or every window for an empty name.
-    static void closeAll(const std::string& file = {});
-    // In every window, or that of the file: reads text as seconds and, where the trace reaches that far, puts
-    // the cursor there and brings it and the object's row into view. True when any did.
+    // Closes every window that shows a file; none for an empty name.
+    static void closeFile(const std::string& file);
+    static void closeAll();
+    // In every window, or in those of the file when one is named: reads text as seconds and, where the trace
+    // reaches that far, puts the cursor there and brings it and the object's row into view. True when any
+    // did.
     static bool showTime(const std::string& file, uint32_t objectId, const std::string& text);
 
   protected:
@@ -110,7 +112,6 @@ class CanvasWindow : public QMainWindow {
     std::string title_;      // of an empty window
     bool live_;
     CanvasServices services_;
-    bool loading_ = false;
     int busy_ = 0;
     std::unique_ptr<LongWork> work_;  // while busy
     std::string source_;              // full path of the data source; empty without one

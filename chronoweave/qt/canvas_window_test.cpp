@@ -238,9 +238,21 @@ TEST_F(Window, SeveralWindowsAreFoundByTheirFiles) {
     EXPECT_NE(canvas().marks.cursor[0], 0.1);
     EXPECT_FALSE(CanvasWindow::showTime("", 0, "9"));
     EXPECT_FALSE(CanvasWindow::showTime("", 0, "soon"));
-    CanvasWindow::closeAll(folder / "two.trr");
+    // Two windows of one file go together; no name is no file.
+    CanvasWindow* twin = window->openAnother();
+    ASSERT_TRUE(twin->load(folder / "two.trr"));
+    CanvasWindow* empty = window->openAnother();
+    CanvasWindow::closeFile("");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_EQ(CanvasWindow::count(), 1);
+    EXPECT_EQ(CanvasWindow::count(), 4);
+    EXPECT_TRUE(CanvasWindow::showTime(folder / "two.trr", 0, "0.11"));
+    EXPECT_EQ(another->view().canvas().marks.cursor[0], 0.11);
+    EXPECT_EQ(twin->view().canvas().marks.cursor[0], 0.11);
+    CanvasWindow::closeFile(folder / "two.trr");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(CanvasWindow::all(), (std::vector<CanvasWindow*>{window.get(), empty}));
+    empty->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {

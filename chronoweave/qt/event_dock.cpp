@@ -4,6 +4,7 @@
 #include <QMainWindow>
 
 #include "chronoweave/qt/picture_view.h"
+#include "shared/libcxxutil/gate.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_view.h"
 
@@ -37,13 +38,15 @@ EventDock::EventDock(PictureView& picture, SettingsManager* settings, QWidget* p
 EventDock::~EventDock() {
     disconnect(&picture_, nullptr, this, nullptr);
     shownChanged = {};
-    busy = {};
+    gate_Program().Forget(this);
     delete view_;
 }
 
 void EventDock::follow() {
     if (!isVisible()) return;
-    if (busy && busy()) return later_.start();
+    // While long work goes on the rows stay; they follow when it is over.
+    if (!gate_May(GateActivity::Command))
+        return gate_Program().WhenMay(GateActivity::Command, this, [this] { follow(); });
     table_.Sync();
 }
 

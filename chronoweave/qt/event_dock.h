@@ -19,8 +19,6 @@ class EventDock : public QDockWidget {
     EventDock(PictureView& picture, SettingsManager* settings, QWidget* parent);
     ~EventDock() override;
 
-    // True while long work goes on: the rows follow when it is over. May be empty.
-    std::function<bool()> busy;
     std::function<void()> shownChanged;  // it was shown or hidden; may be empty
     EventTable& table() { return table_; }
     // Shows it with the keyboard in its rows, or hides it and gives the keyboard to the picture.

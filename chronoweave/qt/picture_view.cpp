@@ -17,6 +17,7 @@
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/gate.h"
 #include "windlib/lagraph/translated_surface.h"
 #include "windlib/qt/platform.h"
 #include "windlib/qt/qt_surface.h"
@@ -295,6 +296,7 @@ void PictureView::followDrag() {
 
 void PictureView::autoScroll() {
     if (!pointer_->dragging()) return autoScroll_.stop();
+    if (!gate_May(GateActivity::Command)) return;  // the next step comes when the last one is done
     const int x = pointer_->x(), y = pointer_->y();
     const int across = autoScrollWidths * graph_.font.charWidth, down = graph_.font.height;
     draw([&] {
@@ -359,6 +361,7 @@ bool PictureView::event(QEvent* event) {
     const auto* help = static_cast<QHelpEvent*>(event);
     const QPoint at = inGraph(help->pos());
     std::string text;
+    if (!gate_May(GateActivity::Command)) return true;
     if (overNames(help->pos()))
         text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
     else if (at.x() >= 0 && canvas_->source.storeHasEvents)

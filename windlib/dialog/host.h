@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,3 +48,8 @@ class DialogHost {
     // The busy pointer with progress and Escape (see Progress); calls nest.
     virtual void SetBusy(bool busy) = 0;
 };
+
+// For BusyWork. The host outlives what is made.
+inline std::function<void(bool)> dialog_Busy(DialogHost& host) {
+    return [&host](bool busy) { host.SetBusy(busy); };
+}

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_view.h"
@@ -230,6 +231,7 @@ bool QtDialogHost::Ask(const std::string& question) {
         return false;
     }
     const Waiting waiting(*this);
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(), text(question),
                     QMessageBox::Yes | QMessageBox::No, parentOfDialogs());
     box.setObjectName(QStringLiteral("Ask"));
@@ -273,6 +275,7 @@ int QtDialogHost::PopUp(const std::string& title, const std::vector<PopUpRow>& r
     const Waiting waiting(*this);
     QMenu menu(parentOfDialogs());
     fillMenu(menu, title, rows);
+    const Gate::Token open = gate_Begin(GateWork::ContextMenu);
     if (popUpShown) popUpShown(menu);
     const QAction* chosen = menu.exec(menuPlace());
     return chosen && chosen->data().isValid() ? chosen->data().toInt() : -1;
@@ -281,6 +284,7 @@ int QtDialogHost::PopUp(const std::string& title, const std::vector<PopUpRow>& r
 std::optional<uint32_t> QtDialogHost::ChooseColour(const std::string& title, uint32_t start) {
     if (platform_IsAutomatic()) return std::nullopt;
     const Waiting waiting(*this);
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     const QColor chosen =
         QColorDialog::getColor(QColor::fromRgb(start & 0xFFFFFF), parentOfDialogs(), text(title));
     if (!chosen.isValid()) return std::nullopt;
@@ -291,6 +295,7 @@ std::string QtDialogHost::ChooseSaveFile(const std::string& title, const std::st
                                          const std::string& filter) {
     if (platform_IsAutomatic()) return {};
     const Waiting waiting(*this);
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     return QFileDialog::getSaveFileName(parentOfDialogs(), text(title), text(suggested), text(filter))
         .toStdString();
 }

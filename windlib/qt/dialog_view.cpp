@@ -18,6 +18,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/qt/manual_window.h"
 #include "windlib/qt/msl_view.h"
@@ -335,6 +336,7 @@ class DialogFrame : public QDialog {
 
 int dialog_Run(QWidget* parent, DialogModel& model) {
     if (model.isClosed()) return model.result();
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     const QPointer<DialogFrame> frame = new DialogFrame(parent, model);
     frame->exec();
     // The dialog goes with the window that it stands over, unasked; the canvas may be gone then.

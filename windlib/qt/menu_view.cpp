@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include "shared/libcxxutil/gate.h"
 #include "windlib/dialog/model.h"
 
 namespace {
@@ -195,6 +196,7 @@ void menu_InstallPopUps(MenuRegistry& menus) {
     menus.trackPopUp = [](MenuResource& resource, void* window, int x, int y, const MenuCallback& chosen) {
         QMenu menu(static_cast<QWidget*>(window));
         menu_FillPopUp(menu, resource, "", chosen);
+        const Gate::Token open = gate_Begin(GateWork::ContextMenu);
         menu.exec(x == -1 && y == -1 ? QCursor::pos() : QPoint(x, y));
     };
 }

@@ -1,20 +1,17 @@
 #include "windlib/qt/platform.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QIcon>
-#include <QKeyEvent>
 #include <QMessageBox>
 #include <QTimer>
 #include <QToolTip>
 
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
 #include "windlib/qt/manual_window.h"
 
 namespace {
-
-constexpr qint64 paintEvery = 40;  // milliseconds between looks at the window system during long work
 
 QPalette darkPalette() {
     const QColor text(0xE0, 0xE0, 0xE0), faint(0x80, 0x80, 0x80), window(0x2B, 0x2B, 0x2B);
@@ -45,6 +42,9 @@ std::unique_ptr<QApplication> platform_Start(int& argc, char** argv) {
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path)));
     manual_TakeF1();
+    gate_Program().SetWake([] {
+        if (qApp) QTimer::singleShot(0, qApp, [] { gate_Program().RunHeld(); });
+    });
     return application;
 }
 
@@ -95,62 +95,9 @@ void platform_MessageBox(QWidget* parent, const std::string& text) {
         gen_error("%s", text.c_str());
         return;
     }
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     QMessageBox box(QMessageBox::Warning, QApplication::applicationDisplayName(),
                     QString::fromStdString(text), QMessageBox::Ok, parent);
     box.setTextFormat(Qt::PlainText);
     box.exec();
-}
-
-class LongWork::Filter : public QObject {
-  public:
-    explicit Filter(std::function<void(double, double)> show) : show_(std::move(show)) {
-        since_.start();
-        qApp->installEventFilter(this);
-    }
-    bool tell(double done, double total) {
-        if (since_.elapsed() >= paintEvery) {
-            if (show_) show_(done, total);
-            QCoreApplication::processEvents();
-            since_.restart();
-        }
-        return !stopped_;
-    }
-    bool stopped() const { return stopped_; }
-    bool eventFilter(QObject*, QEvent* event) override {
-        switch (event->type()) {
-            case QEvent::KeyPress:
-            case QEvent::ShortcutOverride:
-                stopped_ = stopped_ || static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
-                return true;
-            case QEvent::KeyRelease:
-            case QEvent::Shortcut:
-            case QEvent::MouseButtonPress:
-            case QEvent::MouseButtonRelease:
-            case QEvent::MouseButtonDblClick:
-            case QEvent::Wheel:
-            case QEvent::ContextMenu:
-            case QEvent::DragEnter:
-            case QEvent::Drop:
-            case QEvent::Close:
-                event->ignore();
-                return true;
-            default:
-                return false;
-        }
-    }
-
-  private:
-    std::function<void(double, double)> show_;
-    QElapsedTimer since_;
-    bool stopped_ = false;
-};
-
-LongWork::LongWork(std::function<void(double, double)> show)
-    : filter_(std::make_unique<Filter>(std::move(show))) {}
-LongWork::~LongWork() = default;
-bool LongWork::tell(double done, double total) {
-    return filter_->tell(done, total);
-}
-bool LongWork::stopped() const {
-    return filter_->stopped();
 }

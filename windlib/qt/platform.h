@@ -1,8 +1,7 @@
-// The window system as the program's main loop sees it, and what long work needs of it.
+// The window system as the program's main loop sees it.
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -10,7 +9,8 @@ class QApplication;
 class QPoint;
 class QWidget;
 
-// The application object, with the style and the icon of the program. Owns argv's lifetime needs.
+// The application object, with the style and the icon of the program. Owns argv's lifetime needs. Whatever
+// the gate held runs from its loops.
 std::unique_ptr<QApplication> platform_Start(int& argc, char** argv);
 
 void platform_ProcessPending();
@@ -33,20 +33,3 @@ bool platform_IsAutomatic();
 // A message that the user must acknowledge. In an automatic run (offscreen platform) it goes to the report
 // sink.
 void platform_MessageBox(QWidget* parent, const std::string& text);
-
-// One stretch of long work: while it lives, windows keep painting, Escape asks it to stop, and no other input
-// is taken, so that no command starts inside. One at a time.
-class LongWork {
-  public:
-    explicit LongWork(std::function<void(double done, double total)> show);
-    ~LongWork();
-    LongWork(const LongWork&) = delete;
-    LongWork& operator=(const LongWork&) = delete;
-    // For the worker: keeps the windows alive now and then; false once Escape was pressed.
-    bool tell(double done, double total);
-    bool stopped() const;
-
-  private:
-    class Filter;
-    std::unique_ptr<Filter> filter_;
-};

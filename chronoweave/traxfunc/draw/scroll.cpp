@@ -141,16 +141,16 @@ void laCanvas_HorizontalScrolled(_LaCanvasData& canvas) {
     const double low = laCanvas_AbsoluteTime(canvas, canvas.graph->horizontal.position());
     laCanvas_ShowRange(canvas, low, low + canvas.view.viewLength, false, false);
     laScroll_Paint(canvas);
-    if (!canvas.hand.scrollHeld && canvas.hand.dragStartView < 0) laHistory_Add(canvas);
+    if (!canvas.hand.heldView && canvas.hand.dragStartView < 0) laHistory_Add(canvas);
 }
 
 void laScroll_Hold(_LaCanvasData& canvas) {
-    canvas.hand.scrollHeld = true;
+    canvas.hand.heldView = gate_Begin(GateWork::HeldDrawing);
 }
 
 void laScroll_Release(_LaCanvasData& canvas) {
-    if (!canvas.hand.scrollHeld) return;
-    canvas.hand.scrollHeld = false;
+    if (!canvas.hand.heldView) return;
+    canvas.hand.heldView.reset();
     laHistory_Add(canvas);
 }
 

@@ -8,7 +8,9 @@
 #include "chronoweave/traxfunc/fetch/fetch.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
+#include "windlib/busy.h"
 
 namespace {
 
@@ -21,10 +23,6 @@ void invalid_range(_LaCanvasData& canvas, double low, double high) {
     laCanvas_Beep(canvas);
 }
 
-void set_busy(const _LaCanvasData& canvas, bool busy) {
-    if (canvas.graph->setBusy) canvas.graph->setBusy(busy);
-}
-
 bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
     canvas.view.flags &= ~Canvas_ViewChanging;
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection, message);
@@ -34,15 +32,22 @@ bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
 // Fetches a range that is not cached. A failure leaves an empty canvas with both cursors in the middle of the
 // old view.
 bool fetch(_LaCanvasData& canvas, double low, double high) {
-    set_busy(canvas, true);
+    const BusyWork busy(GateWork::Fetch, canvas.graph->setBusy);
     const bool fetched = laCanvas_FetchRange(canvas, low, high);
     if (!fetched) {
         laCanvas_ClearItems(canvas);
         canvas.marks.cursor[0] = canvas.marks.cursor[1] = (canvas.view.viewLow + canvas.view.viewHigh) / 2;
         laCanvas_Resort(canvas);
     }
-    set_busy(canvas, false);
     return fetched;
+}
+
+// A range that is asked for while another is fetched waits, in place of one that waits already.
+bool show_later(_LaCanvasData& canvas, double low, double high, bool setLength) {
+    gate_Program().WhenMay(GateActivity::Command, &canvas, [&canvas, low, high, setLength] {
+        laCanvas_Paint(canvas, [&] { laCanvas_ShowRange(canvas, low, high, true, setLength); });
+    });
+    return false;
 }
 
 // The range of a zoom command that gives none. False when the mode is unknown.
@@ -81,6 +86,7 @@ double pulled_back(const _LaCanvasData& canvas, double high) {
 }  // namespace
 
 bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool repaint, bool setLength) {
+    if (gate_Program().Runs(GateWork::Fetch)) return show_later(canvas, low, high, setLength);
     low = std::max(low, 0.0);
     if (!(low + tolerance < high)) {
         invalid_range(canvas, low, high);

@@ -7,6 +7,8 @@
 // Shows low to high, moved so that it begins on a whole pixel of the virtual picture; fetches what is not
 // cached. With repaint, paints; with setLength, the view's length becomes that of the range. False when
 // refused: past the limit of zoom, or nothing could be fetched. An empty range is reported, and true.
+// False too while a fetch runs: the range is then shown, and painted, when the gate lets commands run again,
+// if no other is asked for until then.
 bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool repaint, bool setLength);
 
 enum ZoomMode : int { Zoom_Left = 0, Zoom_Right = 1, Zoom_Selection = 2, Zoom_Range = 3 };

@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -108,6 +109,27 @@ TEST_F(View, HistoryKeepsFiftyViewsAndNoRepetition) {
     EXPECT_EQ(canvas.past.historyOldest, 1);
     laHistory_Add(canvas);
     EXPECT_EQ(canvas.past.historyNewest, 0);
+}
+
+TEST_F(View, ARangeAskedForDuringAFetchIsShownAfterwardsAndTheLastOneCounts) {
+    ASSERT_TRUE(test.Open(random_events(6, 50000)));
+    total = canvas.source.totalLength;
+    int asked = 0;
+    canvas.calls.progress = [&](double, double) {
+        const size_t items = canvas.items.bitmaps.size();
+        const double low = total * 0.1 * ++asked;
+        EXPECT_FALSE(laCanvas_ShowRange(canvas, low, low + total / 50, true, true));
+        EXPECT_EQ(canvas.items.bitmaps.size(), items) << "no fetch in a fetch";
+        EXPECT_EQ(gate_Program().RunHeld(), 0u);
+        return true;
+    };
+    EXPECT_TRUE(laCanvas_ShowRange(canvas, 0, total * 0.95, true, true));
+    EXPECT_GE(asked, 2);
+    ExpectView(0, total * 0.95);
+    canvas.calls.progress = {};
+    EXPECT_EQ(gate_Program().RunHeld(), 1u);
+    ExpectView(total * 0.1 * asked, total * 0.1 * asked + total / 50);
+    EXPECT_EQ(gate_Program().RunHeld(), 0u);
 }
 
 TEST_F(View, MovesToATimeAndARow) {

@@ -44,7 +44,7 @@ void laPointer::PressLeft(const laPointerEvent& event) {
         return;
     }
     if (event.clicks >= 2) {
-        if (dragging_) EndDrag();
+        if (drag_) EndDrag();
         if (event.y < laAxis_Top(canvas_)) laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
         return;
     }
@@ -52,7 +52,7 @@ void laPointer::PressLeft(const laPointerEvent& event) {
     pressY_ = event.y;
     ShowTip(event);
     laCanvas_BeginDrag(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
-    dragging_ = true;
+    drag_ = gate_Begin(GateWork::DraggedCursor);
     if (!canvas_.calls.iconPressed || event.y >= laAxis_Top(canvas_)) return;
     if (const auto icon = laCanvas_IconAt(canvas_, event.x, event.y)) canvas_.calls.iconPressed(*icon);
 }
@@ -64,7 +64,7 @@ void laPointer::ShowTip(const laPointerEvent& event) {
 }
 
 void laPointer::PressRight(const laPointerEvent& event) {
-    if (dragging_) EndDrag();
+    if (drag_) EndDrag();
     const bool first = event.modifiers & laModifier_Shift, second = event.modifiers & laModifier_Control;
     if (!first && !second) return;
     const double time = canvas_.marks.cursor[first ? 0 : 1];
@@ -80,18 +80,18 @@ void laPointer::Move(const laPointerEvent& event) {
         tip_ = false;
         if (canvas_.graph->showTip) canvas_.graph->showTip({});
     }
-    if (dragging_) laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
+    if (drag_) laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
 }
 
 void laPointer::Scrolled() {
-    if (dragging_) laCanvas_DragTo(canvas_, last_.x, last_.y, true);
+    if (drag_) laCanvas_DragTo(canvas_, last_.x, last_.y, true);
 }
 
 bool laPointer::Release(const laPointerEvent& event) {
     if (canvas_.hand.pendingCursorX != noCursor) {
         const int x = std::exchange(canvas_.hand.pendingCursorX, noCursor);
         laCanvas_EraseCursor(canvas_, x);
-    } else if (dragging_ && event.button == laButton_Left) {
+    } else if (drag_ && event.button == laButton_Left) {
         // A release where the press was selects nothing between.
         if (event.x != pressX_ || canvas_.marks.cursor[1] >= 0)
             laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
@@ -102,12 +102,12 @@ bool laPointer::Release(const laPointerEvent& event) {
 }
 
 void laPointer::EndDrag() {
-    dragging_ = false;
+    drag_.reset();
     laCanvas_EndDrag(canvas_);
 }
 
 void laPointer::Cancel() {
-    if (dragging_) EndDrag();
+    if (drag_) EndDrag();
     if (canvas_.hand.pendingCursorX != noCursor)
         laCanvas_EraseCursor(canvas_, std::exchange(canvas_.hand.pendingCursorX, noCursor));
 }

@@ -2,7 +2,10 @@
 // windows. The platform passes what happened; x and y are pixels of the drawing area and may lie outside it.
 #pragma once
 
+#include <optional>
+
 #include "chronoweave/traxfunc/model/canvas.h"
+#include "shared/libcxxutil/gate.h"
 
 enum : unsigned { laModifier_Shift = 1, laModifier_Control = 2, laModifier_Alt = 4 };
 constexpr int laButton_Left = 1, laButton_Right = 3;
@@ -24,7 +27,7 @@ class laPointer {
     // True when the context menu is to be shown, outside of any drawing (see context_menu.h).
     bool Release(const laPointerEvent& event);
 
-    bool dragging() const { return dragging_; }
+    bool dragging() const { return drag_.has_value(); }
     // Where the last press or move was, for scrolling while a drag stays beyond an edge.
     int x() const { return last_.x; }
     int y() const { return last_.y; }
@@ -42,8 +45,8 @@ class laPointer {
     _LaCanvasData& canvas_;
     laPointerEvent last_;
     int pressX_ = 0, pressY_ = 0;
-    bool dragging_ = false;
-    bool tip_ = false;  // one is shown
+    std::optional<Gate::Token> drag_;  // while a cursor or a selection follows the pointer
+    bool tip_ = false;                 // one is shown
 };
 
 // The tip of the item at a point, for a pointer that rests there; empty for none.

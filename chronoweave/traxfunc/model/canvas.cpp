@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/model.h"
 
@@ -111,6 +112,7 @@ _LaCanvasData::_LaCanvasData(LaGraph& place) : graph(&place) {
 }
 
 _LaCanvasData::~_LaCanvasData() {
+    gate_Program().Forget(this);
     graph->horizontal.onChange = nullptr;
     graph->vertical.onChange = nullptr;
 }

@@ -15,6 +15,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,7 @@
 #include "chronoweave/rtos/legend.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "libtrv/trace_store.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/progress.h"
 #include "shared/libcxxutil/table.h"
 #include "windlib/lagraph/graph.h"
@@ -252,7 +254,7 @@ struct LaHand {
     bool hoverPass = false;       // an item that is hit makes its tip and opens no window
     std::string hoverText;        // that tip
     double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
-    bool scrollHeld = false;      // the user holds the view: it goes to the history when let go
+    std::optional<Gate::Token> heldView;  // the user holds the view: it goes to the history when let go
 };
 
 // The ranges that were shown before.
