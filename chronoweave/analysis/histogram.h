@@ -15,16 +15,21 @@ struct LengthFigures {
     double min = 0, max = 0, mean = 0, median = 0, percentile95 = 0, percentile99 = 0, jitter = 0;
 };
 
+// How the bars divide the lengths: each as wide as the others, or each ending at the same multiple of where
+// it begins.
+enum class HistogramScale { Linear, Logarithmic };
+
 class Histogram {
   public:
     static constexpr size_t mostBars = 60;
 
     Histogram() = default;
-    // Of lengths in the unit in which they are shown. Not numbers are not allowed.
-    explicit Histogram(std::vector<double> lengths);
+    // Of lengths in the unit in which they are shown. Not numbers are not allowed. On a logarithmic scale
+    // lengths of 0 have a bar of their own ahead of the others.
+    explicit Histogram(std::vector<double> lengths, HistogramScale scale = HistogramScale::Linear);
 
     const LengthFigures& figures() const { return figures_; }
-    // How many lengths fall into each bar. Bars are of one width from min to max, each with its lower end;
+    // How many lengths fall into each bar. Bars divide what lies from min to max, each with its lower end;
     // the last has max, too.
     const std::vector<uint32_t>& counts() const { return counts_; }
     size_t barOf(double length) const;
@@ -32,12 +37,20 @@ class Histogram {
     size_t barAt(int x, int width) const;
     // The figures as two lines of text, with what jitter means. unit is the word of the unit.
     std::string text(const std::string& unit) const;
-    // Draws bars, their ends and the highest count on a surface of w by h. A bar that holds something is
-    // never lower than a pixel.
+    // Draws bars, the axis with its ends and, on a logarithmic one, the powers of ten between them, and the
+    // highest count on a surface of w by h. A bar that holds something is never lower than a pixel.
     void draw(Surface& surface, int w, int h) const;
 
   private:
+    double placed(double length) const;  // on the scale
+    void drawBars(Surface& surface, int w, int top, int base) const;
+    void drawAxis(Surface& surface, int w, int base) const;
+    int columnOf(double length, int w) const;
+
+    HistogramScale scale_ = HistogramScale::Linear;
     LengthFigures figures_;
     std::vector<uint32_t> counts_;
-    double width_ = 0;  // of a bar
+    size_t zeros_ = 0;  // bars ahead of the scale's: 1 for lengths of 0 on a logarithmic one
+    double low_ = 0;    // where the first bar of the scale begins, on the scale
+    double width_ = 0;  // of a bar, on the scale
 };

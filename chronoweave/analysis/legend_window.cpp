@@ -246,9 +246,9 @@ class LegendWindow {
 
 void add_edit_menu() {
     MenuRegistry& menus = menu_Registry();
-    if (menus.Find("TraxLegendEdit", false)) return;
-    menus.Define("TraxLegendEdit", "{'&Undo' C-z Undo}");
-    if (menus.Find("TraxLegendMenu", false))
+    if (!menus.Find("TraxLegendEdit", false)) menus.Define("TraxLegendEdit", "{'&Undo' 'C-z' Undo}");
+    MenuResource* bar = menus.Find("TraxLegendMenu", false);
+    if (bar && !bar->rowOf("->TraxLegendEdit"))
         menus.AddRow("TraxLegendMenu", {"&Edit", "", "->TraxLegendEdit"});
 }
 

@@ -122,11 +122,7 @@ void open(const std::shared_ptr<TraceFacts>& facts, std::unique_ptr<DialogModel>
     model.setTitle(title_of(*facts));
     model.onPress = [&model](const std::string&) { model.close(Dialog_Dismissed); };
     model.onMenu = [&model, &canvas, table](const std::string& command) {
-        const MScrollList& list = model.list(table);
-        if (command == "Copy") canvas.calls.host->CopyText(table_ForClipboard(list));
-        if (command == "SaveCsv")
-            table_SaveCsv(*canvas.calls.host, "report.csv", {&list, &model.list("load")});
-        if (command == "Close") model.close(Dialog_Dismissed);
+        table_Menu(model, *canvas.calls.host, {table, {table, "load"}, "report.csv"}, command);
     };
     model.onClose = [&model, &canvas](int) { analysis_RemoveWindow(canvas, model); };
     analysis_AddWindow(canvas, model);

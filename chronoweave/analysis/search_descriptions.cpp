@@ -221,7 +221,7 @@ DialogDescription search_IntervalDialog() {
     return d;
 }
 
-DialogDescription search_ResultWindow(bool histogram) {
+DialogDescription search_ResultWindow(bool histogram, int letters) {
     DialogDescription d;
     d.name = histogram ? "SearchIntervals" : "SearchResult";
     d.title = "Search Result";
@@ -240,14 +240,17 @@ DialogDescription search_ResultWindow(bool histogram) {
         d.items.push_back({"histogram", DialogKind::Strip, "", "Histogram of the lengths"});
     }
     d.items.push_back({"only_rows", DialogKind::CheckBox, "&Only these rows on the time line"});
+    if (histogram) d.items.push_back({"log_lengths", DialogKind::CheckBox, "&Logarithmic lengths"});
     d.items.push_back({"quit", DialogKind::Button, "Quit", "", Dialog_Cancel});
     LayoutLines lines;
-    lines.atLeast({{"@t_stat", 25}, {histogram ? "@t_lengths" : "@t_stat", 16}, {"@only_rows,@quit", 40}});
+    lines.atLeast({{"@t_stat", 25},
+                   {histogram ? "@t_lengths" : "@t_stat", 16},
+                   {histogram ? "@only_rows,@log_lengths,@quit" : "@only_rows,@quit", 48}});
     lines.least.push_back("0,(),(),80,56,0,0,0,1,1,1,Horizontal");
     lines.least.push_back(histogram ? "0,(@t_stat,@t_lengths,@quit),(),48,0,0,14,0,1,1,1,Vertical"
                                     : "0,(@t_stat,@quit),(),40,0,0,6,0,1,1,1,Vertical");
-    lines.sizes = {"0,(),(),12,88,0,0,0,1,1,1,Horizontal", "0,(),(),46,0,0,32,0,1,1,1,Vertical",
-                   "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
+    lines.sizes = {"0,(),(),12," + std::to_string(letters) + ",0,0,0,1,1,1,Horizontal",
+                   "0,(),(),46,0,0,32,0,1,1,1,Vertical", "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
     if (histogram) {
         lines.sizes.insert(
             lines.sizes.end(),
@@ -259,9 +262,12 @@ DialogDescription search_ResultWindow(bool histogram) {
     lines.positions = {"(@list,@t_stat,@only_rows),0,8,0,0,0,0,Left,Left,Left",
                        "(@list),0,8,0,0,0,0,Top,Top,Top", "(@t_stat),@list,4,0,0,0,0,Top,Top,Bottom"};
     if (histogram)
-        lines.positions.insert(lines.positions.end(), {"(@t_lengths,@histogram),0,8,0,0,0,0,Left,Left,Left",
-                                                       "(@t_lengths),@t_stat,4,0,0,0,0,Top,Top,Bottom",
-                                                       "(@histogram),@t_lengths,4,0,0,0,0,Top,Top,Bottom"});
+        lines.positions.insert(lines.positions.end(),
+                               {"(@t_lengths,@histogram),0,8,0,0,0,0,Left,Left,Left",
+                                "(@t_lengths),@t_stat,4,0,0,0,0,Top,Top,Bottom",
+                                "(@histogram),@t_lengths,4,0,0,0,0,Top,Top,Bottom",
+                                "(@log_lengths),@only_rows,16,0,0,0,0,Left,Left,Right",
+                                "(@log_lengths),@quit,0,0,0,0,0,TBCenter,TBCenter,TBCenter"});
     lines.corner({"quit"});
     lines.positions.emplace_back("(@only_rows),@quit,0,0,0,0,0,TBCenter,TBCenter,TBCenter");
     d.layout = lines.all();

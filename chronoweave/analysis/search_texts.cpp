@@ -44,8 +44,8 @@ ObjectNames::ObjectNames(TraceStore& store, char separator) {
     if (!mt_StartWalkInTimeRange(store, INT64_MAX, INT64_MAX, &state, walk)) return;
     for (uint32_t position = 0; position < state.size(); ++position) {
         if (state.entry(position).objectType != mt_ObjectTask) continue;
-        if (auto name = mt_TaskNameAt(store, state, position, separator))
-            names_[state.id_at(position)] = std::move(*name);
+        auto name = mt_TaskNameAt(store, state, position, separator);
+        if (name && !text_trim(*name).empty()) names_[state.id_at(position)] = std::move(*name);
     }
 }
 

@@ -9,7 +9,8 @@
 
 #include "chronoweave/analysis/search.h"
 
-// The names of objects as they stand at the end of a store; an object that lost or never had a name has none.
+// The names of objects as they stand at the end of a store; an object that lost or never had a name, or whose
+// name shows nothing, has none.
 class ObjectNames {
   public:
     ObjectNames() = default;

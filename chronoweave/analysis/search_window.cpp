@@ -42,8 +42,12 @@ class SearchWindow {
           columns_(search_Columns(facts_->words, result_.request)),
           limit_(canvas_) {
         Fill();
-        if (Spans()) ShowLengths();
-        MarkHits();
+        if (Spans()) {
+            model.setChecked("log_lengths", desk_->scale == HistogramScale::Logarithmic);
+            ShowLengths();
+        }
+        OrderHits();
+        Lead();
     }
 
     void Menu(const std::string& command);
@@ -53,7 +57,7 @@ class SearchWindow {
     void Activate(int row);
     void RowMenu(int row);
     void Picture(int x);
-    void LimitRows(bool on);
+    void Check(const std::string& name, bool on);
     bool StepHit(bool forward);
     void Close();
 
@@ -73,7 +77,9 @@ class SearchWindow {
     void SetKey(MScrollList& list, int column, SearchColumnKind kind);
     std::function<uint64_t(uint64_t)> NameKey() const;
     void ShowLengths();
-    void MarkHits();
+    void OrderHits();
+    void Lead();
+    void LimitRows(bool on);
     void Show(const SearchRow& row);
     void MoveTo(double time, uint32_t object);
 
@@ -86,7 +92,7 @@ class SearchWindow {
     RowLimit limit_;
     Histogram histogram_;
     int histogramWidth_ = 0;      // as last painted
-    std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.marks.hits
+    std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.marks.hits while this leads
     size_t hit_ = SIZE_MAX;       // last shown by a step
 };
 
@@ -152,7 +158,7 @@ void SearchWindow::ShowLengths() {
     std::vector<double> lengths;
     lengths.reserve(result_.rows.size());
     for (const SearchRow& row : result_.rows) lengths.push_back(Length(row));
-    histogram_ = Histogram(std::move(lengths));
+    histogram_ = Histogram(std::move(lengths), desk_->scale);
     model_.setText("t_lengths", histogram_.text(facts_->words.unit));
     model_.setPainter("histogram", [this](Surface& surface, int w, int h) {
         histogramWidth_ = w;
@@ -160,16 +166,22 @@ void SearchWindow::ShowLengths() {
     });
 }
 
-void SearchWindow::MarkHits() {
+void SearchWindow::OrderHits() {
     hits_.resize(result_.rows.size());
     std::iota(hits_.begin(), hits_.end(), 0);
     std::stable_sort(hits_.begin(), hits_.end(), [this](uint32_t a, uint32_t b) {
         return result_.rows[a].timeA < result_.rows[b].timeA;
     });
+}
+
+// From now on this result's rows are the hits.
+void SearchWindow::Lead() {
+    if (!desk_->open.empty() && desk_->open.back() == this) return;
+    std::erase(desk_->open, this);
+    desk_->open.push_back(this);
     std::vector<double> times;
     times.reserve(hits_.size());
     for (const uint32_t row : hits_) times.push_back(result_.rows[row].timeA);
-    desk_->last = this;
     laCanvas_Paint(canvas_, [&] { laHits_Set(canvas_, std::move(times)); });
 }
 
@@ -186,6 +198,7 @@ void SearchWindow::Picture(int x) {
 }
 
 void SearchWindow::Show(const SearchRow& row) {
+    Lead();
     laCanvas_Paint(canvas_, [&] {
         if (Spans()) {
             const double length = row.timeB - row.timeA, beside = length / 6;
@@ -205,6 +218,7 @@ void SearchWindow::Show(const SearchRow& row) {
 }
 
 void SearchWindow::MoveTo(double time, uint32_t object) {
+    Lead();
     laCanvas_Paint(canvas_, [&] { laCanvas_GoTo(canvas_, time, object); });
 }
 
@@ -239,9 +253,14 @@ void SearchWindow::RowMenu(int row) {
 }
 
 void SearchWindow::Menu(const std::string& command) {
-    if (command == "Copy") canvas_.calls.host->CopyText(table_ForClipboard(model_.list("list")));
-    if (command == "SaveCsv") table_SaveCsv(*canvas_.calls.host, "search.csv", {&model_.list("list")});
-    if (command == "Close") model_.close(Dialog_Dismissed);
+    table_Menu(model_, *canvas_.calls.host, {"list", {"list"}, "search.csv"}, command);
+}
+
+void SearchWindow::Check(const std::string& name, bool on) {
+    if (name == "only_rows") return LimitRows(on);
+    desk_->scale = on ? HistogramScale::Logarithmic : HistogramScale::Linear;
+    ShowLengths();
+    model_.repaint("histogram");
 }
 
 void SearchWindow::LimitRows(bool on) {
@@ -300,23 +319,43 @@ bool SearchWindow::StepHit(bool forward) {
 void SearchWindow::Close() {
     if (desk_->limiting == this) desk_->limiting = nullptr;
     limit_.Lift();
-    if (desk_->last == this) {
-        desk_->last = nullptr;
+    const bool led = desk_->open.back() == this;
+    std::erase(desk_->open, this);
+    if (led && !desk_->open.empty()) {
+        SearchWindow* next = desk_->open.back();
+        desk_->open.pop_back();
+        next->Lead();
+    } else if (led) {
         laCanvas_Paint(canvas_, [&] { laHits_Set(canvas_, {}); });
     }
     analysis_RemoveWindow(canvas_, model_);
 }
 
+int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result) {
+    constexpr size_t mostRows = 1000;
+    constexpr int most = 200, besideText = 3, scrollBar = 6;
+    const size_t step = std::max<size_t>(1, result.rows.size() / mostRows);
+    int letters = scrollBar;
+    for (const SearchColumn& column : search_Columns(words, result.request)) {
+        size_t widest = text_utf8(column.title).size();
+        for (size_t row = 0; row < result.rows.size(); row += step)
+            widest =
+                std::max(widest, text_utf8(search_CellText(words, result.rows[row], column.kind)).size());
+        letters += besideText + static_cast<int>(std::min<size_t>(widest, most));
+    }
+    return std::clamp(letters, search_LeastLetters, most);
+}
+
 void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
                        SearchResult result) {
     const int kind = result.request.kind;
-    auto made =
-        std::make_unique<DialogModel>(search_ResultWindow(kind == Search_Pattern || kind == Search_Status));
+    auto made = std::make_unique<DialogModel>(search_ResultWindow(
+        kind == Search_Pattern || kind == Search_Status, search_OpeningLetters(facts->words, result)));
     DialogModel& model = *made;
     auto window = std::make_shared<SearchWindow>(desk, facts, std::move(result), model);
     model.onMenu = [window](const std::string& command) { window->Menu(command); };
     model.onPress = [&model](const std::string&) { model.close(Dialog_Dismissed); };
-    model.onCheck = [window](const std::string&, bool on) { window->LimitRows(on); };
+    model.onCheck = [window](const std::string& name, bool on) { window->Check(name, on); };
     model.onPicture = [window](const std::string&, int x, int) { window->Picture(x); };
     // A double click comes as clicks 1 and 2, and as an activation.
     model.onRowClick = [window](const std::string&, int row, int, int clicks) {
@@ -332,8 +371,6 @@ void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::share
 void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
                        SearchRequest request) {
     _LaCanvasData& canvas = facts->canvas;
-    desk->last = nullptr;
-    laCanvas_Paint(canvas, [&] { laHits_Set(canvas, {}); });
     SearchResult result;
     {
         const BusyWork busy(GateWork::Search, dialog_Busy(*canvas.calls.host));
@@ -355,7 +392,7 @@ void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::share
 }
 
 bool search_StepHit(_LaCanvasData& canvas, SearchDesk& desk, bool forward) {
-    if (desk.last != nullptr) return desk.last->StepHit(forward);
+    if (!desk.open.empty()) return desk.open.back()->StepHit(forward);
     laCanvas_Refuse(canvas, "There is no search result.");
     return false;
 }

@@ -1,10 +1,12 @@
 // The windows of search results: rows that lead back to the canvas, their figures, and a histogram of their
-// lengths. The rows of the last search are marked on the picture for as long as its window is open, and the
-// canvas steps from one to the next.
+// lengths. The rows of the last search are marked on the picture, and the canvas steps from one to the next.
+// When its window closes, or an older one is worked with, it is that one's turn.
 #pragma once
 
 #include <memory>
+#include <vector>
 
+#include "chronoweave/analysis/histogram.h"
 #include "chronoweave/analysis/trace_facts.h"
 #include "windlib/dialog/description.h"
 
@@ -12,24 +14,31 @@ class SearchWindow;
 
 // What the result windows of one canvas share.
 struct SearchDesk {
-    SearchWindow* last = nullptr;      // that of the last search, whose rows are marked
-    SearchWindow* limiting = nullptr;  // that whose objects alone are shown
+    // The open ones, that which was worked with last behind: its rows are marked, and F3 steps through them.
+    std::vector<SearchWindow*> open;
+    SearchWindow* limiting = nullptr;               // that whose objects alone are shown
+    HistogramScale scale = HistogramScale::Linear;  // as chosen last
 };
 
 // Runs a search with progress, tells what came of it on the message line and opens a window with the rows, if
-// there are any. The marks of the search before go in any case.
+// there are any; the marks are theirs then.
 void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
                        SearchRequest request);
 // Opens the window of a result with rows, without its messages.
 void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
                        SearchResult result);
-// Shows the next or previous row of the last search, from the first cursor or the end of the view. False,
-// with a beep and a message, when there is none.
+// Shows the next or previous row of the result worked with last, from the first cursor or the end of the
+// view. False, with a beep and a message, when there is none.
 bool search_StepHit(_LaCanvasData& canvas, SearchDesk& desk, bool forward);
 
 // "SearchResult" or, with a histogram, "SearchIntervals": menu line, list "list", "t_stat", "t_lengths" and
-// strip "histogram", check box "only_rows", button "quit".
-DialogDescription search_ResultWindow(bool histogram);
+// strip "histogram" with the check box "log_lengths", check box "only_rows", button "quit". letters: the
+// width at first.
+constexpr int search_LeastLetters = 88;
+DialogDescription search_ResultWindow(bool histogram, int letters = search_LeastLetters);
+// The width at which a result's window shows its columns whole, in letters; of very many rows a thousand are
+// looked at. Not below search_LeastLetters, and not above what a screen has.
+int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result);
 
 // Takes a window into the canvas's list of windows and out of it.
 void analysis_AddWindow(_LaCanvasData& canvas, DialogModel& model);

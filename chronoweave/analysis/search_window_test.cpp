@@ -226,7 +226,7 @@ TEST_F(SearchWindowTest, NothingFoundIsTold) {
     SearchTakes();
     Search({all_objects(), range("0.08", "0.02", "event"), choose("Take")});
     EXPECT_EQ(test.message(), "Did not find any 'Take'.");
-    EXPECT_TRUE(canvas.marks.hits.empty());  // the marks of the search before are gone
+    EXPECT_EQ(canvas.marks.hits.size(), 3u);  // those of the result that is still open
     Search({all_objects(), range("0", "0.001", "event_pattern"), pattern("Take", "Give", false)});
     EXPECT_EQ(test.message(), "Did not find instance for event pattern \"Take*Give\".");
     Search({all_objects(), press("status"), choose("Stopped")});
@@ -337,6 +337,53 @@ TEST_F(SearchWindowTest, KeysStepFromHitToHit) {
     EXPECT_FALSE(Do("PrevHit"));
 }
 
+TEST_F(SearchWindowTest, KeysStepThroughTheResultWorkedWithLast) {
+    Open();
+    const std::vector<double> takes = {0.010, 0.040, 0.050}, gives = {0.030, 0.045, 0.090};
+    SearchTakes();
+    Search({all_objects(), press("event"), choose("Give")});
+    EXPECT_EQ(canvas.marks.hits, gives);
+    DialogModel &older = *host.windows[0], &newer = *host.windows[1];
+    ASSERT_TRUE(older.clickRow("list", 0, 0));
+    EXPECT_EQ(canvas.marks.hits, takes);
+    ASSERT_TRUE(Do("NextHit"));
+    EXPECT_EQ(canvas.marks.cursor[0], 0.040);
+    ASSERT_TRUE(newer.activate("list", 1));
+    EXPECT_EQ(canvas.marks.hits, gives);
+    // A search that finds nothing, and the end of the newer result, leave the older one.
+    Search({all_objects(), press("status"), choose("Stopped")});
+    EXPECT_EQ(canvas.marks.hits, gives);
+    newer.dismiss();
+    EXPECT_EQ(canvas.marks.hits, takes);
+    canvas.marks.cursor[0] = canvas.marks.cursor[1] = 0.045;
+    ASSERT_TRUE(Do("NextHit"));
+    EXPECT_EQ(canvas.marks.cursor[0], 0.050);
+    older.dismiss();
+    EXPECT_TRUE(canvas.marks.hits.empty());
+    EXPECT_FALSE(Do("NextHit"));
+}
+
+TEST_F(SearchWindowTest, AResultOpensAsWideAsItsColumns) {
+    std::vector<TestEvent> events = pair_events();
+    const std::string name(40, 'n');
+    events[0] = name_event(0, 1, name);
+    events[1] = name_event(0, 2, "x" + name);
+    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    Search({all_objects(), press("ctx_switch")});
+    const std::string cell = Cells("list", 1)[1];
+    ASSERT_GT(cell.size(), 35u);
+    const DialogMetrics font = dialog_TestFont(20, false);
+    const auto opened = [&](const DialogDescription& d) {
+        DialogLayout layout(d, font);
+        EXPECT_EQ(layout.open().check, "");
+        return layout.width();
+    };
+    EXPECT_GT(opened(Window().description()),
+              font.textWidth(cell) * 2 + font.textWidth(Cells("list", 1)[2]) + 30);
+    SearchTakes();
+    EXPECT_EQ(opened(Window().description()), opened(search_ResultWindow(false)));
+}
+
 TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
     std::vector<TestEvent> events = pair_events();
     events.insert(events.begin(), {name_event(0, 3, "two"), name_event(0, 4, "four")});
@@ -427,6 +474,41 @@ TEST_F(SearchWindowTest, ABarOfTheHistogramSelectsItsRows) {
     }
     ASSERT_TRUE(Window().picture("histogram", 1, 50));  // beside the bars
     EXPECT_EQ(Window().selectedRow("list"), 2);
+    // Between 5 and 40 a bar ends at 1.68 times where it begins: 20 stands two thirds of the way.
+    ASSERT_TRUE(Window().check("log_lengths", true));
+    for (const auto& [x, row] : {std::pair{20, 0}, {250, 1}, {400, 2}}) {
+        ASSERT_TRUE(Window().picture("histogram", x, 50));
+        EXPECT_EQ(Window().selectedRow("list"), row);
+    }
+    SearchPairs();
+    EXPECT_TRUE(Window().item("log_lengths").checked);
+    EXPECT_TRUE(canvas.marks.hits.size() == 3 && !Window().item("only_rows").checked);
+}
+
+TEST(HistogramFigures, ALogarithmicScaleSpreadsWhatALinearOneHeaps) {
+    std::vector<double> lengths = {0, 0};
+    for (int power = -6; power <= 0; ++power)
+        for (int i = 1; i <= 9; ++i) lengths.push_back(i * std::pow(10.0, power));
+    const Histogram linear(lengths), spread(lengths, HistogramScale::Logarithmic);
+    EXPECT_GT(linear.counts().front(), lengths.size() / 2);
+    EXPECT_EQ(spread.counts().front(), 2u);  // of 0
+    EXPECT_LT(*std::max_element(spread.counts().begin(), spread.counts().end()), lengths.size() / 4);
+    EXPECT_EQ(spread.barOf(9), spread.counts().size() - 1);
+    EXPECT_EQ(spread.barOf(1e-6), 1u);
+    size_t last = 0;
+    for (double length = 1e-6; length <= 9; length *= 1.3) {
+        const size_t bar = spread.barOf(length);
+        EXPECT_TRUE(bar == last || bar == last + 1 || last == 0) << length;
+        last = bar;
+    }
+    RecordingSurface surface(600, 100);
+    spread.draw(surface, 600, 100);
+    const Texts shown = surface.texts();
+    for (const char* text : {"0", "9", "0.001", "1"})
+        EXPECT_NE(std::find(shown.begin(), shown.end(), text), shown.end()) << text;
+    EXPECT_EQ(Histogram({0, 0}, HistogramScale::Logarithmic).counts(), std::vector<uint32_t>{2});
+    EXPECT_EQ(Histogram({3, 3}, HistogramScale::Logarithmic).counts(), std::vector<uint32_t>{2});
+    EXPECT_EQ(Histogram({0, 3}, HistogramScale::Logarithmic).counts(), (std::vector<uint32_t>{1, 1}));
 }
 
 TEST(HistogramFigures, AreThoseOfSortedLengths) {

@@ -70,3 +70,17 @@ bool table_SaveCsv(DialogHost& host, const std::string& suggested,
     if (!written) host.Message("Can't write \"" + path + "\": " + why + '.');
     return written;
 }
+
+void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command) {
+    if (command == "Copy") {
+        host.CopyText(table_ForClipboard(model.list(menu.copied)));
+    } else if (command == "SaveCsv") {
+        std::vector<const MScrollList*> lists;
+        for (const std::string& name : menu.saved) lists.push_back(&model.list(name));
+        table_SaveCsv(host, menu.file, lists);
+    } else if (command == "Close") {
+        model.close(Dialog_Dismissed);
+    } else {
+        host.Beep();
+    }
+}

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "windlib/dialog/host.h"
@@ -16,3 +17,12 @@ std::string table_AsCsv(const std::vector<const MScrollList*>& lists);
 // was written.
 bool table_SaveCsv(DialogHost& host, const std::string& suggested,
                    const std::vector<const MScrollList*>& lists);
+
+// What the menu of a window with tables works on, by the names of its lists.
+struct TableMenu {
+    std::string copied;              // the list that "Copy" takes
+    std::vector<std::string> saved;  // those that "Save As CSV..." writes
+    std::string file;                // and the file's name at first
+};
+// Carries out a command of that menu: "Copy", "SaveCsv" or "Close". Any other one beeps.
+void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command);

@@ -41,12 +41,6 @@ ProgramOptions& looseOptions() {
     return options;
 }
 
-struct KeyCommand {
-    int key;
-    Qt::KeyboardModifiers modifiers;
-    const char* command;
-};
-// Beside the keys that stand in the menus.
 const KeyCommand keyTable[] = {
     {Qt::Key_O, Qt::ControlModifier, "Open"},        {Qt::Key_N, Qt::ControlModifier, "NewWindow"},
     {Qt::Key_W, Qt::ControlModifier, "Quit"},        {Qt::Key_H, Qt::ControlModifier, "HideTasks"},
@@ -244,6 +238,10 @@ void CanvasWindow::makeEventTable() {
         events_->toggle();
         return true;
     };
+}
+
+std::span<const KeyCommand> CanvasWindow::keys() {
+    return keyTable;
 }
 
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {

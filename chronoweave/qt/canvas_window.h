@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,9 +34,18 @@ struct CanvasServices {
     ArrangementStore* arrangements = nullptr;
 };
 
+// A key of the window, beside those that stand in its menus.
+struct KeyCommand {
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    const char* command;
+};
+
 class CanvasWindow : public QMainWindow {
     Q_OBJECT
   public:
+    static std::span<const KeyCommand> keys();
+
     CanvasWindow(const std::string& title, bool live, CanvasServices services = {});
     ~CanvasWindow() override;
 

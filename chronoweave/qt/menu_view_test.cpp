@@ -146,6 +146,30 @@ TEST_F(WindowMenus, AKeyBelongsToOneRowAndIsShownOnce) {
     EXPECT_EQ(ran, "x");
 }
 
+TEST_F(WindowMenus, EveryKeyIsOneAndReachesAKnownCommand) {
+    menu_Registry().ForEach([](const std::string& statement) {
+        const MenuResource* menu = menu_Registry().Find(statement.substr(0, statement.find(' ')), true);
+        ASSERT_NE(menu, nullptr) << statement;
+        for (const MenuRow& row : menu->rows) {
+            if (row.accelerator.empty()) continue;
+            const auto keys = QKeySequence::fromString(
+                QString::fromStdString(menu_ShownAccelerator(row.accelerator)), QKeySequence::PortableText);
+            EXPECT_TRUE(keys.count() == 1 && keys[0].key() != Qt::Key_unknown) << row.accelerator;
+        }
+    });
+    for (const KeyCommand& key : CanvasWindow::keys()) EXPECT_TRUE(laCanvas_HasCommand(key.command));
+    // What the picture itself takes.
+    ASSERT_TRUE(window->load(trace));
+    std::string said;
+    gen_set_console_sink([&](std::string_view text) { said += text; });
+    for (int key = Qt::Key_Space; key <= Qt::Key_AsciiTilde; ++key)
+        if (key != Qt::Key_Question)  // opens a dialog
+            testing_Key(window->view(), key);
+    for (int key = Qt::Key_Home; key <= Qt::Key_PageDown; ++key) testing_Key(window->view(), key);
+    gen_set_console_sink({});
+    EXPECT_EQ(said, "");
+}
+
 TEST_F(WindowMenus, OptionsReachAllWindowsAndTheSettings) {
     std::unique_ptr<CanvasWindow> other = Make();
     const auto* bar = window->findChild<QWidget*>("VScroll");

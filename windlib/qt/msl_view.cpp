@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -23,6 +24,14 @@ constexpr int headerPadding = 18;      // of a header beyond its text, for the m
 constexpr int searchEndsAfter = 2500;  // milliseconds with no key
 constexpr int busyFrom = 100000;       // rows whose sorting takes a moment
 constexpr size_t mostRanges = 1000;    // of selected rows that Qt's own selection follows
+
+bool isModifier(int key) {
+    static constexpr Qt::Key modifiers[] = {
+        Qt::Key_Shift,   Qt::Key_Control,    Qt::Key_Alt,         Qt::Key_AltGr,    Qt::Key_Meta,
+        Qt::Key_Super_L, Qt::Key_Super_R,    Qt::Key_Hyper_L,     Qt::Key_Hyper_R,  Qt::Key_CapsLock,
+        Qt::Key_NumLock, Qt::Key_ScrollLock, Qt::Key_Mode_switch, Qt::Key_Multi_key};
+    return std::find(std::begin(modifiers), std::end(modifiers), key) != std::end(modifiers);
+}
 
 }  // namespace
 
@@ -358,6 +367,8 @@ bool MslView::keyInSearch(const QKeyEvent& event) {
         list_.TypeAhead(typed.toStdString());
         return true;
     }
+    // A key that only changes what another one types is part of typing that.
+    if (isModifier(event.key())) return list_.Searching();
     const bool searching = list_.Searching();
     list_.EndSearch();
     return searching && event.key() == Qt::Key_Escape;

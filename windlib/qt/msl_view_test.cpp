@@ -176,6 +176,13 @@ TEST_F(ListView, TypingSearchesAndShowsWhatWasTyped) {
     EXPECT_EQ(label->text(), "Srch: pea");
     testing_Key(view, Qt::Key_Escape, "\x1b");
     EXPECT_FALSE(label->isVisible() || list.Searching());
+    // A capital letter comes behind the key that makes it one.
+    testing_Key(view, Qt::Key_P, "p");
+    for (const int key : {Qt::Key_Shift, Qt::Key_CapsLock}) testing_Key(view, key);
+    EXPECT_EQ(label->text(), "Srch: p");
+    testing_Key(view, Qt::Key_E, "E");
+    EXPECT_EQ(label->text(), "Srch: pE");
+    testing_Key(view, Qt::Key_Escape, "\x1b");
     view.footer = [&](const std::string& text) { return shown = text, true; };
     testing_Key(view, Qt::Key_P, "p");
     EXPECT_EQ(shown, "Srch: p");

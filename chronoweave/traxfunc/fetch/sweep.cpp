@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "shared/libcxxutil/text.h"
+
 namespace {
 
 // Inserts into a short list in order; nothing when it is in.
@@ -65,7 +67,8 @@ LaCpuEntry& LaneSweep::CpuOf(uint32_t objectId) {
 void LaneSweep::LearnFacts(laItem_Line& lane, uint32_t position) {
     if (!lane.hasName) {
         const char separator = canvas_.list.separator.empty() ? '\0' : canvas_.list.separator[0];
-        if (auto name = mt_TaskNameAt(*canvas_.source.store, state_, position, separator)) {
+        auto name = mt_TaskNameAt(*canvas_.source.store, state_, position, separator);
+        if (name && !text_trim(*name).empty()) {
             lane.name = std::move(*name);
             lane.hasName = true;
         }

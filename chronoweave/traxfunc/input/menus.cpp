@@ -17,7 +17,8 @@ struct MenuText {
 constexpr const char* recentMark = " TRVDataFiles";  // ends the label of a row for a recent file
 
 // Of windows with a table.
-constexpr const char* tableFile = "{'&Copy' C-c Copy} {'Save &As CSV...' C-s SaveCsv} {\x01} {&Close Close}";
+constexpr const char* tableFile =
+    "{'&Copy' 'C-c' Copy} {'Save &As CSV...' 'C-s' SaveCsv} {\x01} {&Close Close}";
 
 // A separator row's text is the byte 1.
 constexpr MenuText menuTexts[] = {

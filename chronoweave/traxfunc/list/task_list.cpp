@@ -291,7 +291,11 @@ void TraxTaskList::AddHiddenPath(laPath path) {
 }
 
 std::string TraxTaskList::RowText(const MslObjectEntry& entry, int column) const {
-    return column == 0 ? std::string(laTask_WithoutFake(entry.name)) : std::string();
+    if (column != 0) return {};
+    const std::string_view name = laTask_WithoutFake(entry.name);
+    if (!text_trim(name).empty() || entry.lane >= canvas_.items.lanes.size()) return std::string(name);
+    // The last part of a name can be empty: the row still says what it is.
+    return canvas_.list.objectTerm + gen_format(" 0x%x", canvas_.items.lanes[entry.lane].objectId);
 }
 
 Colour TraxTaskList::RowColour(const MslObjectEntry& entry) const {

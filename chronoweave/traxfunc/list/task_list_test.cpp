@@ -74,6 +74,15 @@ TEST_F(TaskList, ObjectsWithoutANameShowTermAndId) {
     EXPECT_EQ(rows(test), "Task 0x800 idle");
 }
 
+TEST_F(TaskList, NoRowIsBlank) {
+    ASSERT_TRUE(test.Open({name_event(0, 0x10, ""), name_event(0, 0x20, "  "), name_event(0, 0x30, "group@"),
+                           name_event(1, 0x40, "group@leaf")}));
+    test.ShowAll();
+    EXPECT_EQ(rows(test), "Task 0x10 Task 0x20 group .Task 0x30 .leaf");
+    const TraxTaskList& list = *test.canvas->list.taskList;
+    EXPECT_EQ(list.RowTip(*list.rows()[0]), "Task 0x10, Priority = 0x5");
+}
+
 TEST_F(TaskList, LanesFollowTheirRows) {
     OpenNamed({"B@y", "A@x", "C"});
     const int height = test.canvas->looks.rowHeight;
