@@ -27,3 +27,14 @@ inline std::vector<uint8_t> documented_Bytes(const std::string& name) {
     EXPECT_FALSE(bytes.empty()) << "docs/formats.md has no bytes of " << name;
     return bytes;
 }
+
+// The text of the page's block that begins with "```text NAME", up to the "$" that ends it there.
+inline std::string documented_Text(const std::string& name) {
+    std::ifstream page(CW_SOURCE_DIR "/docs/formats.md");
+    std::string line, text;
+    while (std::getline(page, line) && line != "```text " + name) {
+    }
+    while (std::getline(page, line) && line != "```") text += line;
+    EXPECT_TRUE(text.ends_with('$')) << "docs/formats.md has no text of " << name;
+    return text.substr(0, text.rfind('$'));
+}

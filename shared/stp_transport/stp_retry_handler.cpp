@@ -1,0 +1,39 @@
+#include "shared/stp_transport/stp_retry_handler.h"
+
+#include <algorithm>
+#include <utility>
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr milliseconds round{10000}, napWithoutTransport{50}, addedToTimeout{1000000};
+
+}  // namespace
+
+STPRetryHandler::STPRetryHandler(Ref<STPTransport> transport, std::optional<milliseconds> limit, Now now,
+                                 PollFunction poll)
+    : RetryHandler(limit, std::move(now)), transport_(std::move(transport)), poll_(std::move(poll)) {}
+
+bool STPRetryHandler::keepTrying() {
+    if (!RetryHandler::keepTrying() || !transport_) return false;
+    return (transport_->bound() || transport_->listening()) && transport_->status().ok();
+}
+
+void STPRetryHandler::wait() {
+    if (!transport_) {
+        poll_({}, static_cast<int>(napWithoutTransport.count()));
+        return;
+    }
+    // Not beyond the limit: the wait ends when it should.
+    auto longest = round;
+    if (limit()) {
+        const auto left = *limit() - std::chrono::floor<milliseconds>(sinceStart());
+        longest = std::clamp(left, milliseconds(1), round);
+    }
+    transport_->serviceOnce(longest);
+}
+
+TimeoutSTPRetryHandler::TimeoutSTPRetryHandler(Ref<STPTransport> transport, milliseconds timeout, Now now,
+                                               PollFunction poll)
+    : STPRetryHandler(std::move(transport), timeout + addedToTimeout, std::move(now), std::move(poll)) {}
