@@ -1,8 +1,16 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/return_point.h"
 #include "shared/libcxxutil/table.h"
@@ -44,6 +52,12 @@ TEST(Report, CountsByLevelAndTakesUserTextAsIs) {
     EXPECT_EQ(gen_error_total, total + 1);
     gen_set_report_sink({});
     gen_set_console_sink({});
+}
+
+TEST(Report, SendsNoControlsToATerminal) {
+    testing::internal::CaptureStderr();
+    gen_console_raw("a\x1B[2J\tb\x9B\nc\xC2\x9B");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a?[2J\tb\xEF\xBF\xBD\nc?");
 }
 
 TEST(ReturnPoint, CatchesAFaultAndNests) {
@@ -101,6 +115,11 @@ TEST(Text, ReplacesInvalidUtf8ByteByByte) {
     EXPECT_EQ(text_utf8("\xED\xA0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
+TEST(Text, IsMadeSafeForATerminal) {
+    EXPECT_EQ(text_printable("a\x1B\n\x7F\xC2\x80\xC2\x9F\xC2\xA0\x9B\xC3\xA4"),
+              "a?????\xC2\xA0\xEF\xBF\xBD\xC3\xA4");
+}
+
 TEST(Text, MatchesWildCards) {
     EXPECT_TRUE(text_matches("T*1", "Task@1"));
     EXPECT_TRUE(text_matches("*", ""));
@@ -154,6 +173,52 @@ TEST(Paths, CutTheLastComponentOnly) {
     EXPECT_EQ(path_directory("run"), ".");
     EXPECT_EQ(path_directory("/run"), "/");
     EXPECT_EQ(path_file("a/b"), "b");
+}
+
+TEST(Paths, KnowOneFileByManyNames) {
+    namespace fs = std::filesystem;
+    std::string folder = (fs::temp_directory_path() / "paths_XXXXXX").string();
+    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
+    const auto in = [&](const char* name) { return folder + '/' + name; };
+    std::ofstream(in("file")) << 1;
+    fs::create_symlink("file", in("link"));
+    fs::create_hard_link(in("file"), in("hard"));
+    fs::create_symlink("none", in("dangling"));
+    fs::create_symlink("loop", in("loop"));
+    const struct {
+        const char *one, *other;
+        bool same;
+    } rows[] = {{"file", "file", true},       {"file", "link", true},     {"hard", "link", true},
+                {"file", "./link", true},     {"file", "none", false},    {"none", "none", true},
+                {"none", "dangling", true},   {"none", "other", false},   {"none", "./none", true},
+                {"no/such", "no/such", true}, {"no/such", "such", false}, {"loop", "none", false}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(path_same_file(in(row.one), in(row.other)), row.same) << row.one << ' ' << row.other;
+        EXPECT_EQ(path_same_file(in(row.other), in(row.one)), row.same) << row.one << ' ' << row.other;
+    }
+    fs::remove_all(folder);
+}
+
+TEST(ProcessStart, WritesFailWhereASignalWouldEndTheProgram) {
+    process_LetWritesFail();
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    ::close(ends[0]);
+    EXPECT_EQ(::write(ends[1], "x", 1), -1);
+    EXPECT_EQ(errno, EPIPE);
+    ::close(ends[1]);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    std::FILE* file = std::tmpfile();
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
+    const auto wrote = ::write(::fileno(file), "x", 1);
+    const int why = errno;
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(wrote, -1);
+    EXPECT_EQ(why, EFBIG);
+    std::fclose(file);
 }
 
 TEST(Table, KeepsOrderAcrossChunksAndMiddleInsertions) {

@@ -28,6 +28,20 @@ bool holds_installation(const fs::path& directory) {
     return fs::is_directory(directory / "defaults", none) && fs::is_directory(directory / "icons", none);
 }
 
+// Where a file of this name would be made: the folder by its true name, and links followed that lead nowhere
+// yet.
+fs::path place_of(fs::path name) {
+    constexpr int most_links = 40;
+    std::error_code error;
+    for (int links = 0; links < most_links; ++links) {
+        fs::path target = fs::read_symlink(name, error);
+        if (error) break;
+        name = name.parent_path() / target;  // an absolute target stands alone
+    }
+    const fs::path folder = fs::canonical(name.has_parent_path() ? name.parent_path() : ".", error);
+    return error ? fs::absolute(name, error).lexically_normal() : folder / name.filename();
+}
+
 std::string find_installation() {
     const std::string named = environment("CHRONOWEAVE_HOME");
     if (!named.empty()) return named;
@@ -70,6 +84,13 @@ std::string path_join(std::string_view directory, std::string_view name) {
     std::string joined(directory);
     if (!joined.empty() && joined.back() != '/') joined.push_back('/');
     return joined.append(name);
+}
+
+bool path_same_file(const std::string& one, const std::string& other) {
+    std::error_code error;
+    if (fs::equivalent(one, other, error)) return true;
+    if (fs::exists(one, error) || fs::exists(other, error)) return false;
+    return place_of(one) == place_of(other);
 }
 
 bool path_is_readable_file(const std::string& path) {

@@ -13,6 +13,10 @@ std::string_view path_file(std::string_view path);
 std::string path_directory(std::string_view path);
 std::string path_join(std::string_view directory, std::string_view name);
 
+// True when both names lead to one file, whatever links lie between. Names of files that do not stand are
+// the same when what would be made is.
+bool path_same_file(const std::string& one, const std::string& other);
+
 bool path_is_readable_file(const std::string& path);
 bool path_is_directory(const std::string& path);
 // True when a file can be made in the directory; tried by making one, so that read-only file systems count.

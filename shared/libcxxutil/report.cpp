@@ -7,6 +7,8 @@
 #include <cstring>
 #include <utility>
 
+#include "shared/libcxxutil/text.h"
+
 std::array<unsigned, 7> gen_error_count{};
 unsigned gen_error_total = 0;
 
@@ -40,7 +42,20 @@ Reporting& reporting() {
     return state;
 }
 
-void to_standard_error(std::string_view text) {
+// Names of files and traces stand in messages: of all controls only line ends and tabs get to a terminal.
+std::string safe_for_terminal(std::string_view text) {
+    std::string safe;
+    while (true) {
+        const size_t at = text.find_first_of("\n\t");
+        safe += text_printable(text.substr(0, at));
+        if (at == std::string_view::npos) return safe;
+        safe += text[at];
+        text.remove_prefix(at + 1);
+    }
+}
+
+void to_standard_error(std::string_view message) {
+    const std::string text = safe_for_terminal(message);
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
 }

@@ -229,6 +229,20 @@ std::string text_utf8(std::string_view bytes) {
     return valid;
 }
 
+std::string text_printable(std::string_view bytes) {
+    std::string text = text_utf8(bytes);
+    size_t length = 0;
+    for (size_t at = 0; at < text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        // Controls are also the two-byte characters from U+0080 to U+009F.
+        const bool upper = byte == 0xC2 && static_cast<unsigned char>(text[at + 1]) < 0xA0;
+        text[length++] = byte < ' ' || byte == 0x7F || upper ? '?' : text[at];
+        if (upper) ++at;
+    }
+    text.resize(length);
+    return text;
+}
+
 bool text_matches(std::string_view pattern, std::string_view text) {
     size_t p = 0, t = 0, star = std::string_view::npos, resume = 0;
     while (t < text.size()) {

@@ -42,6 +42,8 @@ std::string text_csv(std::string_view text);
 
 // The same text with every byte that is no valid UTF-8 replaced by U+FFFD.
 std::string text_utf8(std::string_view bytes);
+// The same with every control character replaced by '?': safe to show on a terminal, and one line.
+std::string text_printable(std::string_view bytes);
 
 // Whole-text match with '*' (any run), '?' (one character) and '\' as the escape.
 bool text_matches(std::string_view pattern, std::string_view text);

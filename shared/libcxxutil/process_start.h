@@ -1,0 +1,12 @@
+// What a program does before anything else.
+#pragma once
+
+// Keeps the places of the standard streams: one that was closed by whoever started the program must not be
+// given to the next file that is opened, which would then take the messages. Reading from such a stream gives
+// nothing, writing fails.
+void process_KeepStandardStreams();
+
+// Lets writes fail with their error number where the system would end the process by a signal and say
+// nothing: into a pipe that nobody reads, and past the limit of a file's size. Programs that this one starts
+// have the system's way again.
+void process_LetWritesFail();
