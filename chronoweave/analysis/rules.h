@@ -52,6 +52,9 @@ struct RuleProblem {
 std::vector<TimingRule> rules_Read(std::string_view text, std::vector<RuleProblem>& problems);
 // The names that a rule has of the legend; false, with why, when one is unknown there.
 bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string& why);
+// False, with why, when the range of a rule ends ahead of its begin by this clock. Where both ends have one
+// unit rules_Read has found it.
+bool rules_FitsClock(const TimingRule& rule, double ticksPerSecond, std::string& why);
 
 struct RuleOutcome {
     bool passed = false;
@@ -62,7 +65,8 @@ struct RuleOutcome {
     std::optional<uint32_t> object;
     bool damaged = false;  // the store can't be read on within the range
 };
-// Tests one rule whose names fit the legend. known are the objects of the trace, ascending.
+// Tests one rule whose names fit the legend and whose range fits the clock. known are the objects of the
+// trace, ascending.
 RuleOutcome rules_Check(AnalysisSource& source, const TimingRule& rule, const std::vector<uint32_t>& known,
                         const AnalysisWords& words);
 

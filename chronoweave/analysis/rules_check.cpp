@@ -1,11 +1,12 @@
 // What a trace is worth before a rule.
 #include <algorithm>
 #include <cmath>
-#include <unordered_map>
+#include <map>
 
 #include "chronoweave/analysis/report.h"
 #include "chronoweave/analysis/rules.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/tick_text.h"
 
 namespace {
 
@@ -37,13 +38,15 @@ class RuleChecker {
         : source_(source), rule_(rule), known_(known), words_(words) {}
 
     RuleOutcome run() {
+        const double length = source_.totalLength;
         from_ = rule_.from ? seconds(*rule_.from) : 0;
-        to_ = rule_.to ? std::min(seconds(*rule_.to), source_.totalLength) : source_.totalLength;
-        if (from_ > to_) {
-            fail(gen_format("the range is empty: it begins at %.9f s, and ends at %.9f s", from_, to_));
-        } else if (objectsOf(rule_.object, objects_)) {
+        to_ = rule_.to ? std::min(seconds(*rule_.to), length) : length;
+        if (from_ > length)
+            fail("the range begins behind the trace, which ends at " + timeText(length));
+        else if (objectsOf(rule_.object, objects_))
             check();
-        }
+        if (rule_.to && seconds(*rule_.to) > length && from_ <= length)
+            outcome_.message += "; the range reaches past the trace, which ends at " + timeText(length);
         return outcome_;
     }
 
@@ -83,6 +86,10 @@ class RuleChecker {
         ids = std::move(*found);
         return true;
     }
+    // A length that is whole ticks, less what doubles lost on the way.
+    double onTick(double length) const {
+        return std::round(length * source_.ticksPerSecond) / source_.ticksPerSecond;
+    }
     double seconds(const RuleValue& value) const {
         return value.unit == RuleUnit::Ticks ? value.number / source_.ticksPerSecond : value.number;
     }
@@ -90,7 +97,16 @@ class RuleChecker {
     double limit(const RuleValue& value) const {
         return value.unit == RuleUnit::Ticks ? seconds(value) : value.number;
     }
-    std::string where(double time) const { return gen_format(" at %.9f s", time); }
+    std::string timeText(double time) const {
+        constexpr int mostDecimals = 9;
+        return tick_Text({static_cast<uint64_t>(source_.ticksPerSecond), 1}, time, mostDecimals) + " s";
+    }
+    std::string where(double time) const { return " at " + timeText(time); }
+    // The last tick of the range that is known of: the trace ends a tick behind its last event.
+    double lastTick() const {
+        return std::min({to_, reached_, source_.totalLength - 1 / source_.ticksPerSecond});
+    }
+    static bool isOutside(double out, double value) { return out > slack * std::max(1.0, std::fabs(value)); }
     std::string of(uint32_t object) const { return " on " + analysis_ObjectText(words_, object); }
 
     // By how much a value is outside the limits; negative: inside, by how much it is from the nearer one.
@@ -111,11 +127,17 @@ class RuleChecker {
     }
     // Keeps the worst of many values.
     void measure(double value, std::optional<double> time, std::optional<uint32_t> object) {
-        const double out = excess(value);
+        keep(value, excess(value), time, object, "");
+    }
+    // out: by how much the value is outside, negative for inside. note: what is to be said of it as the
+    // worst.
+    void keep(double value, double out, std::optional<double> time, std::optional<uint32_t> object,
+              const char* note) {
         ++measured_;
-        if (out > slack * std::max(1.0, std::fabs(value))) ++outside_;
+        if (isOutside(out, value)) ++outside_;
         if (outcome_.worst && out <= worstExcess_ + slack) return;  // the first of equals
         worstExcess_ = out;
+        worstNote_ = note;
         outcome_.worst = value;
         outcome_.time = time;
         outcome_.object = object;
@@ -124,9 +146,11 @@ class RuleChecker {
     void conclude(const std::string& what, RuleUnit unit) {
         outcome_.unit = unit;
         outcome_.passed = outside_ == 0 && !outcome_.damaged;
+        if (unit == RuleUnit::Seconds) outcome_.worst = onTick(*outcome_.worst);
         outcome_.message = what + ' ' + value_text(*outcome_.worst, unit);
         if (outcome_.time) outcome_.message += where(*outcome_.time);
         if (outcome_.object) outcome_.message += of(*outcome_.object);
+        outcome_.message += worstNote_;
         if (outside_ > 0) outcome_.message += "; wanted " + wanted();
         if (measured_ > 1) outcome_.message += gen_format("; %zu of %zu are outside", outside_, measured_);
         tellDamage();
@@ -134,7 +158,7 @@ class RuleChecker {
     void tellDamage() {
         if (!outcome_.damaged) return;
         outcome_.passed = false;
-        outcome_.message += gen_format("; the store can't be read on behind %.9f s", reached_);
+        outcome_.message += "; the store can't be read on behind " + timeText(reached_);
     }
     bool search(SearchRequest request, SearchResult& result) {
         request.rangeFrom = from_;
@@ -162,11 +186,21 @@ class RuleChecker {
         SearchResult result;
         if (!search(request, result)) return;
         for (const SearchRow& row : result.rows) measure(row.timeB - row.timeA, row.timeA, row.objectA);
+        openIntervals(result);
         if (measured_ == 0) {
             nothing("no \"" + rule_.event + "\" is followed by \"" + rule_.endEvent + '"');
             return tellDamage();
         }
         conclude("the worst interval is", RuleUnit::Seconds);
+    }
+    // A begin whose end has not come within the maximum is as bad as an end that came too late.
+    void openIntervals(const SearchResult& result) {
+        if (!rule_.most) return;
+        for (const SearchRow& row : result.open) {
+            const double length = lastTick() - row.timeA, out = length - limit(*rule_.most);
+            if (isOutside(out, length))
+                keep(length, out, row.timeA, row.objectA, ", and has no end in the range");
+        }
     }
     // A status that no object is ever in is never held too long.
     void stretch() {
@@ -248,21 +282,18 @@ class RuleChecker {
         SearchResult result;
         if (!search(request, result)) return;
         const double wanted = seconds(rule_.period), jitter = seconds(rule_.jitter);
-        std::unordered_map<uint32_t, double> last;
-        double farthest = -1;
+        std::map<uint32_t, double> last;
         for (const SearchRow& row : result.rows) {
             const auto [at, fresh] = last.try_emplace(row.objectA, row.timeA);
             if (fresh) continue;
-            const double gap = row.timeA - at->second, off = std::fabs(gap - wanted);
-            ++measured_;
-            if (off > jitter + slack * std::max(1.0, gap)) ++outside_;
-            if (off > farthest + slack) {
-                farthest = off;
-                outcome_.worst = gap;
-                outcome_.time = at->second;
-                outcome_.object = row.objectA;
-            }
+            const double gap = row.timeA - at->second;
+            keep(gap, std::fabs(gap - wanted) - jitter, at->second, row.objectA, "");
             at->second = row.timeA;
+        }
+        // A period that stops: the next event should have come by now.
+        for (const auto& [object, time] : last) {
+            const double gap = lastTick() - time, out = gap - wanted - jitter;
+            if (isOutside(out, gap)) keep(gap, out, time, object, ", and no further one comes in the range");
         }
         if (measured_ == 0) {
             nothing("\"" + rule_.event + "\" does not occur twice on one object");
@@ -280,6 +311,7 @@ class RuleChecker {
     ChosenReport report_;
     size_t measured_ = 0, outside_ = 0;
     double worstExcess_ = 0;
+    std::string worstNote_;
     RuleOutcome outcome_;
 };
 

@@ -225,7 +225,8 @@ class RuleReader {
         if (next().kind != Token::Word || next().text[0] < '0' || next().text[0] > '9') return true;
         if (!time(end, "the range's end")) return false;
         rule_.to = end;
-        return true;
+        const bool clock = (end.unit == RuleUnit::Ticks) != (rule_.from->unit == RuleUnit::Ticks);
+        return (clock && end.number > 0) || rules_FitsClock(rule_, 1, why_);
     }
     bool without() {
         do {
@@ -252,6 +253,10 @@ class RuleReader {
     size_t at_ = 0;
     bool periodGiven_ = false;
 };
+
+constexpr double seconds_of(const RuleValue& value, double ticksPerSecond) {
+    return value.unit == RuleUnit::Ticks ? value.number / ticksPerSecond : value.number;
+}
 
 }  // namespace
 
@@ -284,4 +289,11 @@ bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string&
     for (const std::string* event : {&rule.event, &rule.endEvent})
         if (!event->empty() && !analysis_FindEvent(legend, *event, why)) return false;
     return rule.status.empty() || analysis_FindStatus(legend, rule.status, why);
+}
+
+bool rules_FitsClock(const TimingRule& rule, double ticksPerSecond, std::string& why) {
+    if (!rule.from || !rule.to) return true;
+    if (seconds_of(*rule.from, ticksPerSecond) <= seconds_of(*rule.to, ticksPerSecond)) return true;
+    why = "the range ends before it begins";
+    return false;
 }

@@ -12,7 +12,9 @@ class RulesTest : public AnalysisTest {
         if (!problems.empty()) return gen_format("%zu: ", problems[0].line) + problems[0].what;
         if (rules.size() != 1) return "no rule";
         std::string why;
-        if (!rules_FitsLegend(rules[0], legend_, why)) return why;
+        if (!rules_FitsLegend(rules[0], legend_, why) ||
+            !rules_FitsClock(rules[0], source_.ticksPerSecond, why))
+            return why;
         const ObjectNames names(*store_, '@');
         const RuleOutcome outcome =
             rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names));
@@ -32,20 +34,20 @@ TEST_F(RulesTest, RulesTellTheWorstCaseAndWhereItIs) {
         const char *rule, *result;
     } cases[] = {
         {"interval \"Take\" -> \"Give\" on net max 5ms in 0s..28ms",
-         "pass: the worst interval is 5 ms at 0.020000000 s on 0x400 (net); 0 of 2 are outside"},
+         "pass: the worst interval is 5 ms at 0.020 s on 0x400 (net); 0 of 2 are outside"},
         {"interval \"take\" -> \"GIVE\" on 0x400 max 2.5 ms  # comment \"",
-         "fail: the worst interval is 70 ms at 0.030000000 s on 0x400 (net); wanted at most 2.5 ms; 2 of 3 "
+         "fail: the worst interval is 70 ms at 0.030 s on 0x400 (net); wanted at most 2.5 ms; 2 of 3 "
          "are "
          "outside"},
         {"interval \"Take\" -> \"Give\" from net to 0x800 between 1ms and 100ms",
-         "pass: the worst interval is 30 ms at 0.010000000 s on 0x400 (net)"},
+         "pass: the worst interval is 30 ms at 0.010 s on 0x400 (net)"},
         {"interval \"Give\" -> \"Status\" on 0x400 max 1s", "fail: no \"Give\" is followed by \"Status\""},
         {"interval \"Give\" -> \"Status\" on 0x400 max 1s or none",
          "pass: no \"Give\" is followed by \"Status\""},
         {"status \"Running\" of * never longer than 50ms",
-         "pass: the worst stretch is 50 ms at 0.030000000 s on 0x800; 0 of 2 are outside"},
+         "pass: the worst stretch is 50 ms at 0.030 s on 0x800; 0 of 2 are outside"},
         {"status \"Running\" of * never longer than 49ticks",
-         "fail: the worst stretch is 50 ms at 0.030000000 s on 0x800; wanted at most 49 ms; 1 of 2 are "
+         "fail: the worst stretch is 50 ms at 0.030 s on 0x800; wanted at most 49 ms; 1 of 2 are "
          "outside"},
         {"status \"EvWait\" of * never longer than 1ms", "pass: the status does not occur"},
         {"status \"Running\" of 0x400 at least 40% in 0s..60ms", "pass: the worst is 50% on 0x400 (net)"},
@@ -59,17 +61,76 @@ TEST_F(RulesTest, RulesTellTheWorstCaseAndWhereItIs) {
         {"count of \"Take\" on 0x400 in 15ms.. between 3 and 4",
          "fail: counted 2 on 0x400 (net); wanted 3 to 4"},
         {"count of \"Call\" at most 0", "pass: counted 0"},
-        {"period of \"Take\" on * 10ms jitter 0s",
-         "pass: the worst period is 10 ms at 0.010000000 s on 0x400 (net); "
+        {"period of \"Take\" on * 10ms jitter 0s in 0s..40ms",
+         "pass: the worst period is 10 ms at 0.010 s on 0x400 (net); "
          "0 of 2 are outside"},
         {"period of \"Give\" on 0x400 10ms jitter 5ms",
-         "fail: the worst period is 75 ms at 0.025000000 s on 0x400 (net); wanted 10 ms, jitter 5 ms; 1 of 2 "
+         "fail: the worst period is 75 ms at 0.025 s on 0x400 (net); wanted 10 ms, jitter 5 ms; 1 of 2 "
          "are "
          "outside"},
         {"period of \"Switch\" 1s", "fail: \"Switch\" does not occur twice on one object"},
         {"count of \"Take\" on \"nett\" at most 1", "fail: there is no object \"nett\"; near: \"net\""},
-        {"count of \"Take\" at most 1 in 50ms..20ms",
-         "fail: the range is empty: it begins at 0.050000000 s, and ends at 0.020000000 s"},
+        {"count of \"Take\" at most 3 in 20ms..20ms", "pass: counted 1"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(check(c.rule), c.result) << c.rule;
+}
+
+TEST_F(RulesTest, WhatDoesNotEndInTimeFails) {
+    open_trace();
+    const struct {
+        const char *rule, *result;
+    } cases[] = {
+        // The Take at 30 ms ends at 100 ms.
+        {"interval \"Take\" -> \"Give\" on net max 20ms in 0s..50ms",
+         "pass: the worst interval is 5 ms at 0.020 s on 0x400 (net); 0 of 2 are outside"},
+        {"interval \"Take\" -> \"Give\" on net max 20ms in 0s..51ms",
+         "fail: the worst interval is 21 ms at 0.030 s on 0x400 (net), and has no end in the range; wanted "
+         "at "
+         "most 20 ms; 1 of 3 are outside"},
+        {"interval \"Take\" -> \"Give\" on net at least 4ms in 0s..90ms",
+         "fail: the worst interval is 2 ms at 0.010 s on 0x400 (net); wanted at least 4 ms; 1 of 2 are "
+         "outside"},
+        {"interval \"Give\" -> \"Status\" on 0x400 max 80ms or none",
+         "fail: the worst interval is 88 ms at 0.012 s on 0x400 (net), and has no end in the range; wanted "
+         "at "
+         "most 80 ms"},
+        {"interval \"Give\" -> \"Status\" on 0x400 max 88ms or none",
+         "pass: no \"Give\" is followed by \"Status\""},
+        {"interval \"Take\" -> \"Status\" from net to 0x800 max 69ms",
+         "fail: the worst interval is 70 ms at 0.010 s on 0x400 (net); wanted at most 69 ms"},
+        {"period of \"Take\" on * 10ms jitter 0s in 0s..41ms",
+         "fail: the worst period is 11 ms at 0.030 s on 0x400 (net), and no further one comes in the range; "
+         "wanted 10 ms, jitter 0 s; 1 of 3 are outside"},
+        {"period of \"Take\" on * 10ms jitter 59ms",
+         "fail: the worst period is 70 ms at 0.030 s on 0x400 (net), and no further one comes in the range; "
+         "wanted 10 ms, jitter 59 ms; 1 of 3 are outside"},
+        {"period of \"Take\" on * 10ms jitter 60ms",
+         "pass: the worst period is 10 ms at 0.010 s on 0x400 (net); 0 of 2 are outside"},
+        {"period of \"Take\" on * 10ms in 25ms.. or none",
+         "fail: the worst period is 70 ms at 0.030 s on 0x400 (net), and no further one comes in the range; "
+         "wanted 10 ms, jitter 0 s"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(check(c.rule), c.result) << c.rule;
+}
+
+TEST_F(RulesTest, ARangeIsHeldAgainstTheTrace) {
+    open_trace();
+    const struct {
+        const char *rule, *result;
+    } cases[] = {
+        {"count of \"Take\" exactly 3 in 0s..100ms", "pass: counted 3"},
+        {"count of \"Take\" exactly 3 in 0s..2s",
+         "pass: counted 3; the range reaches past the trace, which ends at 0.101 s"},
+        {"interval \"Give\" -> \"Status\" on 0x400 max 1s or none in 0s..200ms",
+         "pass: no \"Give\" is followed by \"Status\"; the range reaches past the trace, which ends at 0.101 "
+         "s"},
+        {"count of \"Take\" at most 3 in 1s..2s",
+         "fail: the range begins behind the trace, which ends at 0.101 s"},
+        {"count of \"Take\" at most 1 in 50ms..20ms", "1: the range ends before it begins"},
+        {"count of \"Take\" at most 1 in 2ticks..1ticks", "1: the range ends before it begins"},
+        {"count of \"Take\" at most 1 in 1tick..0", "1: the range ends before it begins"},
+        {"count of \"Take\" at most 1 in 20ms..19ticks", "the range ends before it begins"},
+        {"count of \"Take\" at most 1 in 20ms..20ticks", "pass: counted 1"},
     };
     for (const auto& c : cases) EXPECT_EQ(check(c.rule), c.result) << c.rule;
 }

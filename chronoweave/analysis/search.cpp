@@ -63,6 +63,7 @@ class EventSearch {
         if (mt_GetEventObject(*source_.store, event, type, object) && objects_.has(object))
             rows_.add(object, object, time, time);
     }
+    void finish(SearchResult&) {}
 
   private:
     const AnalysisSource& source_;
@@ -94,6 +95,9 @@ class PatternSearch {
         if (end && ends_.has(object) && close(object, time)) return;
         // An open begin that nothing can close need not be kept.
         if (begin && begins_.has(object) && (same_ || objects_.has(object))) open_.try_emplace(object, time);
+    }
+    void finish(SearchResult& result) {
+        for (const auto& [object, time] : open_) result.open.push_back({object, object, time, 0});
     }
 
   private:
@@ -207,6 +211,7 @@ bool walk_events(const AnalysisSource& source, SearchResult& result) {
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, nullptr);
     EventRecord event;
     for (double time = 0; !rows.full() && walk.next(event, time);) search.take(event, time);
+    search.finish(result);
     take_end(walk, result);
     return walk.started();
 }

@@ -51,10 +51,12 @@ struct SearchRow {
 struct SearchResult {
     SearchRequest request;        // object lists sorted
     std::vector<SearchRow> rows;  // in the order found
-    uint64_t found = 0;           // rows found; more than rows.size() only with keepLast
-    size_t keepLast = 0;          // keep only so many of the last rows; 0 for all
-    bool stopped = false;         // by progress; rows hold what was found up to reached
-    bool damaged = false;         // the store can't be read on behind reached; rows hold what was found
+    std::vector<SearchRow>
+        open;              // of a pattern: begins with no end up to reached, as object and time, timeB 0
+    uint64_t found = 0;    // rows found; more than rows.size() only with keepLast
+    size_t keepLast = 0;   // keep only so many of the last rows; 0 for all
+    bool stopped = false;  // by progress; rows hold what was found up to reached
+    bool damaged = false;  // the store can't be read on behind reached; rows hold what was found
     double reached = 0;
 };
 
