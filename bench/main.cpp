@@ -95,5 +95,6 @@ int main(int argc, char** argv) {
     register_CanvasBenchmarks(place);
     register_NavigationBenchmarks(place);
     register_AnalysisBenchmarks(place);
+    register_TextBenchmarks(place);
     return measure_RunAll() == 0 ? 0 : 1;
 }

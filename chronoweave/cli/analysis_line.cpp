@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
-
-using Json = nlohmann::ordered_json;
 
 bool AnalysisLine::open(int& status) {
     if (!named.openWithLegend(line_, status)) return false;
@@ -55,7 +52,7 @@ std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string&
         const auto some = analysis_FindObjects(text_trim(std::string_view(text).substr(at, comma - at)),
                                                objects, names, nameMeansAll, why);
         if (!some) {
-            cli_UsageError(std::string(option) + ": " + text_utf8(why));
+            cli_UsageError(std::string(option) + ": " + why);
             return std::nullopt;
         }
         ids.insert(ids.end(), some->begin(), some->end());
@@ -69,33 +66,39 @@ std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string&
 std::optional<int32_t> AnalysisLine::event(const std::string& name, const char* option) const {
     std::string why;
     const auto row = analysis_FindEvent(named.legend, name, why);
-    if (!row) cli_UsageError(std::string(option) + ": " + text_utf8(why));
+    if (!row) cli_UsageError(std::string(option) + ": " + why);
     return row;
 }
 
 std::optional<int32_t> AnalysisLine::status(const std::string& name, const char* option) const {
     std::string why;
     const auto row = analysis_FindStatus(named.legend, name, why);
-    if (!row) cli_UsageError(std::string(option) + ": " + text_utf8(why));
+    if (!row) cli_UsageError(std::string(option) + ": " + why);
     return row;
 }
 
-Json AnalysisLine::nameOf(uint32_t object) const {
+Cell AnalysisLine::nameOf(uint32_t object) const {
     const std::string* name = names.find(object);
-    return name ? Json(text_utf8(*name)) : Json(nullptr);
+    return name ? Cell(*name) : Cell();
 }
 
-Json AnalysisLine::shownTime(double time) const {
-    return line_.ticks ? Json(source.tickOf(time)) : Json(time);
+Cell AnalysisLine::shownTime(double time) const {
+    const mt_Time tick = source.tickOf(time);
+    return line_.ticks ? Cell(tick) : Cell::ticks(static_cast<int64_t>(tick - source.baseTick));
 }
 
-Json AnalysisLine::shownLength(double length) const {
-    return line_.ticks ? Json(std::llround(length * source.ticksPerSecond)) : Json(length);
+Cell AnalysisLine::shownLength(double length) const {
+    const int64_t ticks = std::llround(length * source.ticksPerSecond);
+    return line_.ticks ? Cell(ticks) : Cell::ticks(ticks);
+}
+
+Cell AnalysisLine::shownMean(double length) const {
+    return line_.ticks ? shownLength(length) : Cell(length);
 }
 
 std::string AnalysisLine::shownRange(double length) const {
     return line_.ticks ? gen_format("%lld ticks", std::llround(length * source.ticksPerSecond))
-                       : gen_format("%.9f seconds", length);
+                       : tick_Text({clock(), 1}, length, CellWriter::mostDecimals) + " seconds";
 }
 
 int AnalysisLine::finish(RowWriter& rows, bool damaged, double reached) const {
@@ -105,6 +108,6 @@ int AnalysisLine::finish(RowWriter& rows, bool damaged, double reached) const {
                        "; the result is of what stands ahead of it");
 }
 
-void AnalysisLine::say(const std::string& message) const {
-    if (!line_.quiet) std::fprintf(stderr, "chronoweave: %s\n", text_utf8(message).c_str());
+void AnalysisLine::say(std::string_view message) const {
+    if (!line_.quiet) cli_Say(message);
 }

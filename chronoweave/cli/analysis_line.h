@@ -33,16 +33,21 @@ class AnalysisLine {
     // A name of an option as a row; nothing, with the message said, when there is none.
     std::optional<int32_t> event(const std::string& name, const char* option) const;
     std::optional<int32_t> status(const std::string& name, const char* option) const;
-    // The name as printed, null when the object has none.
-    nlohmann::ordered_json nameOf(uint32_t object) const;
-    // A time as the command shows it: seconds, or store ticks with --ticks; and a length.
-    nlohmann::ordered_json shownTime(double time) const;
-    nlohmann::ordered_json shownLength(double length) const;
+    // The object's name, null when it has none.
+    Cell nameOf(uint32_t object) const;
+    // A time of the trace as the command shows it: seconds, or store ticks with --ticks; and a length, which
+    // is the difference of two, or a sum of such.
+    Cell shownTime(double time) const;
+    Cell shownLength(double length) const;
+    // A mean of lengths, which need not be whole ticks.
+    Cell shownMean(double length) const;
+    // Of the store, for the rows.
+    uint64_t clock() const { return mt_GetTicksPerSecond(named.store()); }
     // The same for a sentence, with its unit.
     std::string shownRange(double length) const;
     // Closes the output and gives the exit status: that of a failure when the store could not be read on.
     int finish(RowWriter& rows, bool damaged, double reached) const;
-    void say(const std::string& message) const;  // on standard error, unless quiet
+    void say(std::string_view message) const;  // on standard error, unless quiet
 
   private:
     bool takeRange();

@@ -64,7 +64,7 @@ TEST_F(CliTest, SearchesGiveRowsAndASummary) {
     const Words text = lines_of(run({"search", "status", "--status", "RUNNING", base, "--to", "0.0004"}).out);
     EXPECT_EQ(text.back(), "Number: 1, Interval (in Second): max=0.0004 min=0.0004 ave=0.0004");
     EXPECT_EQ(run({"search", "event", "--event", "UserEvent", "--csv", "--limit", "1", base}).out,
-              "objectA,timeA,nameA\n0x402,0.000250000,\n");
+              "objectA,timeA,nameA\n0x402,0.000250,\n");
 }
 
 TEST_F(CliTest, SearchNamesAreCheckedInWords) {
@@ -85,6 +85,9 @@ TEST_F(CliTest, SearchNamesAreCheckedInWords) {
          "no common task"},
         {{"search", "event", "--status", "READY"}, "search event does not take --status"},
         {{"search", "event", "--limit", "-1"}, "--limit"},
+        {{"search", "event", "--objects", ""}, "--objects: a value is missing"},
+        {{"report", "load", "--idle", ""}, "--idle: a value is missing"},
+        {{"search", "event", "-o", ""}, "--output: a value is missing"},
         {{"search", "event", "--from", "noon"}, "--from: not a time: noon"},
         {{"search", "thing"}, "KIND"},
         {{"report", "object"}, "--object is required"},
@@ -146,7 +149,7 @@ TEST_F(CliTest, ChosenObjectsAreSortedAndShownAsTables) {
     EXPECT_EQ(keys_of(rising[0]), "kind name code count countPercent time timePercent object ");
     const Words lines = lines_of(run({"report", "objects", "--csv", small()}).out);
     EXPECT_EQ(lines[0], "kind,name,code,count,countPercent,time,timePercent");
-    EXPECT_EQ(lines[4], "status,RUNNING,0x3,1,50.00,0.001001000,100.00");
+    EXPECT_EQ(lines[4], "status,RUNNING,0x3,1,50.00,0.001001,100.00");
     const Ran empty =
         run({"report", "objects", "--ticks", "--from", "0", "--to", "400", small(), "-o", path("r")});
     EXPECT_EQ(empty.status, 0);

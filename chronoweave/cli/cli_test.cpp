@@ -180,7 +180,7 @@ TEST_F(CliTest, TablesForPeopleHaveAHeadAndWholeLines) {
     const Words events = lines_of(run({"events", "--csv", small()}).out);
     ASSERT_EQ(events.size(), 7u);
     EXPECT_EQ(events[0], "seq,tick,time,type,subtype,object,objectName,event,extra,text");
-    EXPECT_EQ(events[5], "5,500,0.000500000,4,7,0x402,,UserEvent,0204000000000000,");
+    EXPECT_EQ(events[5], "5,500,0.000500,4,7,0x402,,UserEvent,0204000000000000,");
 }
 
 TEST_F(CliTest, FailuresSayWhatAndWhere) {
@@ -268,12 +268,87 @@ TEST_F(CliTest, ResultsGoIntoAFileButNeverOverTheTrace) {
     const Ran nowhere = run({"events", trace, "--output", path("none/result")});
     EXPECT_EQ(nowhere.status, 1);
     EXPECT_NE(nowhere.err.find(path("none/result") + ": No such file"), std::string::npos);
-    std::filesystem::create_symlink(trace, path("link"));
-    for (const char* name : {"small.trr", "small.trs", "small.tri", "small.trv", "link"}) {
-        const std::string before = content(path(name));
-        EXPECT_EQ(run({"events", trace, "-o", path(name)}).status, 1);
-        EXPECT_EQ(content(path(name)), before) << name;
+}
+
+TEST_F(CliTest, NoResultIsWrittenOverItsSourcesUnderAnyName) {
+    namespace fs = std::filesystem;
+    const std::string trace = small(), base = path("small");
+    ASSERT_EQ(run({"import", trace}).status, 0);
+    const std::string rules = write("ok.rules", {}), config = path("own.tc");
+    std::ofstream(rules) << "count of \"UserEvent\" at most 9\n";
+    fs::copy_file(CW_SOURCE_DIR "/defaults/chrono_weave/korvantis.tc", config);
+    fs::create_symlink(trace, path("link"));
+    fs::create_hard_link(path("small.trs"), path("hard"));
+    fs::create_directory(path("folder"));
+    fs::create_directory_symlink(path("folder"), path("way"));
+    fs::create_symlink(path("small.core"), path("to-come"));
+    const std::string other = path("folder/../ok.rules");
+    const struct {
+        Words words;
+        int status;
+    } cases[] = {
+        {{"events", trace, "-o", path("small.trr")}, 1},
+        {{"events", trace, "-o", path("small.tri")}, 1},
+        {{"events", base, "-o", path("small.trr")}, 1},  // the base name stands for the source too
+        {{"events", path("small.trs"), "-o", path("./folder/../small.trv")}, 1},
+        {{"events", base, "-o", path("small.core")}, 1},  // which does not stand, and would be the source
+        {{"events", base, "-o", path("to-come")}, 1},
+        {{"info", trace, "-o", path("link")}, 1},
+        {{"search", "event", base, "-o", path("hard")}, 1},
+        {{"report", "objects", base, "-o", path("hard")}, 1},
+        {{"render", base, "-o", path("hard")}, 1},
+        {{"check", rules, base, "--junit", trace}, 1},
+        {{"check", rules, base, "-o", path("small.trs")}, 1},
+        {{"check", rules, base, "--junit", other}, 2},
+        {{"check", rules, base, "-o", other}, 2},
+        {{"check", rules, base, "-o", path("folder/new"), "--junit", path("way/new")}, 2},
+        {{"events", trace, "--config", config, "-o", path("folder/../own.tc")}, 2},
+        {{"config", "check", config, "-o", path("folder/../own.tc")}, 1},
+    };
+    for (const auto& c : cases) {
+        std::map<std::string, std::string> before;
+        for (const char* name : {"small.trr", "small.trs", "small.tri", "small.trv", "ok.rules", "own.tc"})
+            before[name] = content(path(name));
+        const Ran ran = run(c.words);
+        EXPECT_EQ(ran.status, c.status) << testing::PrintToString(c.words) << ran.err;
+        EXPECT_EQ(lines_of(ran.err).size(), 1u) << ran.err;
+        for (const auto& [name, bytes] : before) EXPECT_EQ(content(path(name)), bytes) << name;
+        EXPECT_FALSE(fs::exists(path("small.core")) || fs::exists(path("folder/new")));
     }
+    // Names that only look alike are free.
+    EXPECT_EQ(run({"events", base, "-o", path("folder/small.trs")}).status, 0);
+    EXPECT_EQ(run({"check", rules, base, "-o", path("a"), "--junit", path("b")}).status, 0);
+}
+
+TEST_F(CliTest, AStoreInTheCacheIsToldAndKeptEvenWhenQuiet) {
+    const std::string trace = small();
+    ::setenv("XDG_CACHE_HOME", path("cache").c_str(), 1);
+    const Ran ran = run({"import", "-q", "--csv", trace, "-o", "/proc/small"});
+    const std::string base = path("cache/chronoweave/small");
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_NE(ran.err.find("chronoweave: /proc: the folder can't be written, the store is " + base),
+              std::string::npos)
+        << ran.err;
+    ::unsetenv("XDG_CACHE_HOME");
+}
+
+TEST_F(CliTest, MessagesHoldNoControls) {
+    const std::string name = path("a\x1B[2J\nb\x9B\xC2\x9B.trr");
+    const std::string safe = path("a?[2J b\xEF\xBF\xBD?.trr");
+    const Words lines[] = {{"info", name},
+                           {"info", "--shiny\x1B", name},
+                           {"events", "--config", name, small()},
+                           {"config", "check", name},
+                           {"check", name, small()},
+                           {"events", "--from", name, small()}};
+    for (const Words& words : lines) {
+        const Ran ran = run(words);
+        EXPECT_NE(ran.status, 0);
+        EXPECT_NE(ran.err, "");
+        EXPECT_EQ(ran.err.find('\x1B'), std::string::npos) << testing::PrintToString(words);
+        EXPECT_EQ(ran.err.find('\x9B'), std::string::npos) << testing::PrintToString(words);
+    }
+    EXPECT_NE(run({"info", name}).err.find(safe), std::string::npos);
 }
 
 TEST_F(CliTest, ConfigCheckReportsEveryBadLine) {

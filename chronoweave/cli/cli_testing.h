@@ -28,7 +28,7 @@ inline Ran run(const Words& words) {
     testing::internal::CaptureStderr();
     Ran ran;
     const auto line = cli_Parse(static_cast<int>(argv.size()), argv.data(), ran.status);
-    if (line) ran.status = cli_FindCommand(line->command)(*line);
+    if (line) ran.status = cli_Run(*line);
     std::fflush(stdout);
     ran.out = testing::internal::GetCapturedStdout();
     ran.err = testing::internal::GetCapturedStderr();

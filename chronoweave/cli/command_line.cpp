@@ -1,11 +1,12 @@
 #include "chronoweave/cli/command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <iostream>
+#include <sstream>
 
 #include "chronoweave/cli/commands.h"
-#include "shared/libcxxutil/report.h"
+#include "chronoweave/cli/outputs.h"
+#include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {
@@ -148,7 +149,11 @@ void add_options(CLI::App& app, const CommandSpec& spec, CommandLine& line) {
         if (option.flag)
             app.add_flag(option.names, line.*option.flag, option.help);
         else
-            app.add_option(option.names, line.*option.text, option.help)->type_name(option.argument);
+            app.add_option(option.names, line.*option.text, option.help)
+                ->type_name(option.argument)
+                ->check([](const std::string& value) {
+                    return value.empty() ? "a value is missing" : std::string();
+                });
     }
 }
 
@@ -199,7 +204,12 @@ std::optional<CommandLine> cli_Parse(int argc, const char* const* argv, int& sta
         app.parse(argc, argv);
         return line;
     } catch (const CLI::ParseError& error) {
-        if (app.exit(error) != 0) status = Exit_Usage;
+        // What is wrong is told in the user's own words, which are made safe for a terminal.
+        std::ostringstream said;
+        if (app.exit(error, std::cout, said) != 0) status = Exit_Usage;
+        const std::string words = said.str();
+        std::string_view rest = words;
+        for (std::string_view one; text_next_line(rest, one);) cli_SayLine(one);
         return std::nullopt;
     }
 }
@@ -210,17 +220,9 @@ CommandFunction cli_FindCommand(const std::string& name) {
     return nullptr;
 }
 
-int cli_UsageError(const std::string& text) {
-    std::fprintf(stderr, "chronoweave: %s\n", text.c_str());
-    return Exit_Usage;
-}
-
-int cli_Failure(const std::string& text) {
-    std::string line(text_trim(text));
-    for (char& c : line)
-        if (c == '\n') c = ' ';
-    std::fprintf(stderr, "chronoweave: %s\n", line.c_str());
-    return Exit_Failed;
+int cli_Run(const CommandLine& line) {
+    int status = Exit_Usage;
+    return cli_OutputsAreFree(line, status) ? cli_FindCommand(line.command)(line) : status;
 }
 
 std::string cli_CompletionScript() {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "chronoweave/cli/messages.h"
+
 // What the user asked for. Texts are empty, and flags false, where the option was not given.
 struct CommandLine {
     std::string command;  // name of the command, "config check" for the nested one
@@ -28,9 +30,6 @@ struct CommandLine {
     std::string limit, junit;
 };
 
-// Exit statuses.
-enum ExitStatus : int { Exit_Done = 0, Exit_Failed = 1, Exit_Usage = 2 };
-
 // Parses; nothing when the program is done already (help, version) or the line was wrong, with the exit
 // status in status and everything said.
 std::optional<CommandLine> cli_Parse(int argc, const char* const* argv, int& status);
@@ -39,11 +38,9 @@ std::optional<CommandLine> cli_Parse(int argc, const char* const* argv, int& sta
 std::string cli_CompletionScript();  // for bash
 std::string cli_ManPage();           // in man(7) form
 
-// Runs one command and gives the exit status.
+// One command, which gives the exit status.
 using CommandFunction = int (*)(const CommandLine&);
 CommandFunction cli_FindCommand(const std::string& name);
 
-// Says what is wrong with the command line on standard error; Exit_Usage.
-int cli_UsageError(const std::string& text);
-// Says what failed, as one line on standard error; Exit_Failed.
-int cli_Failure(const std::string& text);
+// Runs the command of a parsed line, unless its result would overwrite what it is made of. The exit status.
+int cli_Run(const CommandLine& line);

@@ -1,9 +1,6 @@
 #include "chronoweave/cli/named_store.h"
 
 #include "libtrv/event_names.h"
-#include "shared/libcxxutil/text.h"
-
-using Json = nlohmann::ordered_json;
 
 bool NamedStore::open(const CommandLine& line, int& status) {
     opened = cli_Open(line);
@@ -27,27 +24,14 @@ bool NamedStore::openWithLegend(const CommandLine& line, int& status) {
     return false;
 }
 
-std::string NamedStore::event_name(const EventRecord& event, int32_t row) const {
-    return hasLegend ? legend.events[static_cast<size_t>(row)].name
-                     : mt_EventLongName(event.type, event.subtype);
-}
-
-Json NamedStore::status_name(uint16_t code) const {
-    if (hasLegend) return text_utf8(legend.statuses[static_cast<size_t>(legend.StatusIndex(code))].name);
+Cell NamedStore::status_name(uint16_t code) const {
+    if (hasLegend) return legend.statuses[static_cast<size_t>(legend.StatusIndex(code))].name;
     const char* name = mt_StatusName(code);
-    return name ? Json(name) : Json(nullptr);
-}
-
-Json name_or_null(const std::optional<std::string>& name) {
-    return name ? Json(text_utf8(*name)) : Json(nullptr);
-}
-
-Json shown_time(const TimeScale& scale, mt_Time tick) {
-    return scale.ticks ? Json(tick) : Json(scale.seconds(tick));
+    return name ? Cell(name) : Cell();
 }
 
 TimeScale scale_of(const CommandLine& line, TraceStore& store) {
-    return {mt_GetTimeRange(store).first, static_cast<double>(mt_GetTicksPerSecond(store)), line.ticks};
+    return {mt_GetTimeRange(store).first, line.ticks};
 }
 
 int closed(RowWriter& rows, const OpenedSource& opened) {

@@ -19,12 +19,10 @@ struct NamedStore {
     // The same for commands that can do nothing without a legend.
     bool openWithLegend(const CommandLine& line, int& status);
     TraceStore& store() const { return *opened.store; }
-    std::string event_name(const EventRecord& event, int32_t row) const;
-    nlohmann::ordered_json status_name(uint16_t code) const;
+    // Null where neither the legend nor the store knows the code.
+    Cell status_name(uint16_t code) const;
 };
 
-nlohmann::ordered_json name_or_null(const std::optional<std::string>& name);
-nlohmann::ordered_json shown_time(const TimeScale& scale, mt_Time tick);
 TimeScale scale_of(const CommandLine& line, TraceStore& store);
 // Closes the output of a command and gives its exit status.
 int closed(RowWriter& rows, const OpenedSource& opened);

@@ -1,8 +1,8 @@
 #include "chronoweave/cli/opened.h"
 
 #include <cmath>
-#include <cstdio>
 
+#include "chronoweave/cli/outputs.h"
 #include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "shared/libcxxutil/paths.h"
@@ -15,9 +15,14 @@ OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase) {
     options.outputBase = outputBase;
     options.progress = bar.progress();
     OpenedSource opened = import_OpenSource(line.path, options);
-    if (opened.inCache && !line.quiet)
-        std::fprintf(stderr, "chronoweave: %s: the folder can't be written, the store is %s\n",
-                     path_directory(line.path).c_str(), opened.base.c_str());
+    if (opened.inCache)
+        cli_Say(path_directory(outputBase.empty() ? line.path : outputBase) +
+                ": the folder can't be written, the store is " + opened.base);
+    // A store in the cache has a name that the command line does not tell.
+    if (const std::string output = cli_OutputInStore(line, opened.base); opened.store && !output.empty()) {
+        opened.store.reset();
+        opened.error = output + ": the result would overwrite what it is made of";
+    }
     return opened;
 }
 
@@ -34,7 +39,7 @@ bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& le
     const bool loaded = line.config.empty() ? configure_Read(legend, os, callbacks, 0)
                                             : configure_ReadFile(legend, line.config, os, callbacks, 0);
     fatal = !loaded && !line.config.empty();
-    if (!problem.empty()) std::fprintf(stderr, "chronoweave: %s\n", std::string(text_trim(problem)).c_str());
+    if (!problem.empty()) cli_Say(problem);
     return loaded;
 }
 

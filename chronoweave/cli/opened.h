@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "chronoweave/cli/cell.h"
 #include "chronoweave/cli/command_line.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/legend.h"
@@ -35,7 +36,8 @@ std::optional<uint32_t> cli_Number(const std::string& text, const char* option, 
 // A tick as the commands show it: seconds from the first event, or the tick.
 struct TimeScale {
     mt_Time first = 0;
-    double ticksPerSecond = 1;
     bool ticks = false;
-    double seconds(mt_Time tick) const { return static_cast<double>(tick - first) / ticksPerSecond; }
+    Cell cell(mt_Time tick) const {
+        return ticks ? Cell(tick) : Cell::ticks(static_cast<int64_t>(tick - first));
+    }
 };

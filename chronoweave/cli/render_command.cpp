@@ -57,22 +57,19 @@ bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& 
     return laCanvas_ShowRange(canvas, low, high, false, true);
 }
 
-nlohmann::ordered_json picture_facts(const _LaCanvasData& canvas, const laPicture& picture,
-                                     const std::string& file) {
-    nlohmann::ordered_json objects = nlohmann::ordered_json::array();
+void put_facts(RowWriter& rows, const _LaCanvasData& canvas, const laPicture& picture,
+               const std::string& file) {
     const auto ids = laPicture_RowIds(canvas);
-    for (const auto& id : ids)
-        objects.push_back(id ? nlohmann::ordered_json(*id) : nlohmann::ordered_json(nullptr));
-    return {{"file", file},
-            {"low", canvas.view.viewLow},
-            {"high", canvas.view.viewHigh},
-            {"rows", ids.size()},
-            {"rowHeight", picture.rowHeight},
-            {"graphLeft", picture.graphLeft},
-            {"graphTop", picture.graphTop},
-            {"graphWidth", picture.graphWidth},
-            {"graphHeight", picture.graphHeight},
-            {"objects", objects}};
+    rows.facts({{"file", file},
+                {"low", canvas.view.viewLow},
+                {"high", canvas.view.viewHigh},
+                {"rows", ids.size()},
+                {"rowHeight", picture.rowHeight},
+                {"graphLeft", picture.graphLeft},
+                {"graphTop", picture.graphTop},
+                {"graphWidth", picture.graphWidth},
+                {"graphHeight", picture.graphHeight},
+                {"objects", Cell::ids(ids)}});
 }
 
 }  // namespace
@@ -127,6 +124,6 @@ int command_Render(const CommandLine& line) {
     CommandLine facts = line;
     facts.output.clear();  // -o names the picture
     RowWriter rows(facts, {});
-    rows.facts(picture_facts(*canvas, picture, line.output));
+    put_facts(rows, *canvas, picture, line.output);
     return rows.close() ? cli_Finish(opened) : Exit_Failed;
 }

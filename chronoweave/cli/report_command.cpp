@@ -3,26 +3,27 @@
 #include "chronoweave/cli/analysis_line.h"
 #include "chronoweave/cli/commands.h"
 #include "shared/libcxxutil/report.h"
-#include "shared/libcxxutil/text.h"
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
-const std::vector<Column> figure_columns{{"kind", -8},
-                                         {"name", -28},
-                                         {"code", 9},
-                                         {"count", 9},
-                                         {"countPercent", 12, ColumnForm::Percent},
-                                         {"time", 14, ColumnForm::Seconds},
-                                         {"timePercent", 11, ColumnForm::Percent}};
-
-Json percent(double fraction) {
-    return fraction < 0 ? Json(nullptr) : Json(100 * fraction);
+// The object's column is of report general alone.
+RowLayout figure_layout(bool withObject) {
+    RowLayout layout{{{"kind", -8},
+                      {"name", -28},
+                      {"code", 9, CellForm::Id},
+                      {"count", 9},
+                      {"countPercent", 12, CellForm::Percent},
+                      {"time", 14},
+                      {"timePercent", 11, CellForm::Percent},
+                      {"object", 10, CellForm::Id}},
+                     withObject ? SIZE_MAX : 7,
+                     {"kind", "name", "code", "count", "countPercent", "time", "timePercent"}};
+    if (withObject) layout.tables.insert(layout.tables.begin() + 1, "object");
+    return layout;
 }
 
-Json status_code(const CommandLine& line, const LegendStatus& status) {
-    return line.json ? Json(status.code) : Json(gen_format("0x%x", status.code));
+Cell percent(double fraction) {
+    return fraction < 0 ? Cell() : Cell(100 * fraction);
 }
 
 std::string event_code(const LegendEvent& event) {
@@ -32,15 +33,18 @@ std::string event_code(const LegendEvent& event) {
     return part(LegendEvent_AnyType, event.type) + '/' + part(LegendEvent_AnySubtype, event.subtype);
 }
 
-Json figure_row(const char* kind, const Json& name, const Json& code, const Json& count, double countFraction,
-                const Json& time, double timeFraction) {
-    return {{"kind", kind},
-            {"name", name},
-            {"code", code},
-            {"count", count},
-            {"countPercent", percent(countFraction)},
-            {"time", time},
-            {"timePercent", percent(timeFraction)}};
+struct Figures {
+    const char* kind;
+    Cell name, code, count;
+    double countFraction;  // below 0 for none
+    Cell time;
+    double timeFraction;
+    Cell object = {};
+};
+
+void put_figures(RowWriter& rows, const Figures& figures) {
+    rows.row({figures.kind, figures.name, figures.code, figures.count, percent(figures.countFraction),
+              figures.time, percent(figures.timeFraction), figures.object});
 }
 
 const char* kind_word(ReportRowKind kind) {
@@ -56,29 +60,29 @@ const char* kind_word(ReportRowKind kind) {
     }
 }
 
-void put_statistics(const CommandLine& line, const AnalysisLine& analysis, const LegendStatistics& statistics,
-                    bool oneObject, RowWriter& rows) {
+void put_statistics(const AnalysisLine& analysis, const LegendStatistics& statistics, bool oneObject,
+                    RowWriter& rows) {
     const Legend& legend = analysis.named.legend;
     rows.note(report_Title(analysis.words, statistics, oneObject));
     rows.note(report_Subtitle(analysis.words, statistics));
     for (const ReportRow& row : report_Rows(analysis.words, statistics, oneObject)) {
         const auto at = static_cast<size_t>(row.row);
         if (row.kind == ReportRowKind::Empty) continue;
-        if (row.kind == ReportRowKind::Status || row.kind == ReportRowKind::Switch)
-            rows.row(figure_row(kind_word(row.kind), text_utf8(legend.statuses[at].name),
-                                status_code(line, legend.statuses[at]), statistics.statusCounts[at],
-                                row.countFraction, analysis.shownLength(statistics.statusTimes[at]),
-                                row.timeFraction));
-        else
-            rows.row(figure_row(
-                kind_word(row.kind), text_utf8(legend.events[at].name),
-                row.kind == ReportRowKind::Category ? Json(nullptr) : Json(event_code(legend.events[at])),
-                statistics.eventCounts[at], row.countFraction, nullptr, -1));
+        if (row.kind == ReportRowKind::Status || row.kind == ReportRowKind::Switch) {
+            put_figures(rows, {kind_word(row.kind), legend.statuses[at].name, legend.statuses[at].code,
+                               statistics.statusCounts[at], row.countFraction,
+                               analysis.shownLength(statistics.statusTimes[at]), row.timeFraction});
+            continue;
+        }
+        const std::string code = event_code(legend.events[at]);
+        put_figures(rows, {kind_word(row.kind), legend.events[at].name,
+                           row.kind == ReportRowKind::Category ? Cell() : Cell(code),
+                           statistics.eventCounts[at], row.countFraction, nullptr, -1});
     }
-    rows.row(figure_row("total", "statuses", nullptr, statistics.totalStatusCount, -1,
-                        analysis.shownLength(statistics.totalStatusTime), -1));
-    rows.row(figure_row("total", "events", nullptr, statistics.totalEvents, -1,
-                        analysis.shownLength(statistics.rangeLength), -1));
+    put_figures(rows, {"total", "statuses", nullptr, statistics.totalStatusCount, -1,
+                       analysis.shownLength(statistics.totalStatusTime), -1});
+    put_figures(rows, {"total", "events", nullptr, statistics.totalEvents, -1,
+                       analysis.shownLength(statistics.rangeLength), -1});
 }
 
 // True when the outcome ends the command, with its exit status.
@@ -97,10 +101,10 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
     if (one) {
         std::string why;
         const auto found = analysis_FindObject(line.object, analysis.objects, analysis.names, why);
-        if (!found) return cli_UsageError("--object: " + text_utf8(why));
+        if (!found) return cli_UsageError("--object: " + why);
         object = *found;
     }
-    RowWriter rows(line, figure_columns);
+    RowWriter rows(line, figure_layout(false), analysis.clock());
     if (!rows.good()) return Exit_Failed;
     LegendStatistics statistics;
     const ReportOutcome outcome =
@@ -109,7 +113,7 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
     int status = Exit_Done;
     if (over(line, analysis, outcome, status))
         return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
-    put_statistics(line, analysis, statistics, one, rows);
+    put_statistics(analysis, statistics, one, rows);
     return analysis.finish(rows, statistics.damaged, statistics.rangeTo);
 }
 
@@ -140,9 +144,7 @@ std::optional<SearchRequest> general_request(const CommandLine& line, const Anal
 int report_general(const CommandLine& line, AnalysisLine& analysis) {
     const auto request = general_request(line, analysis);
     if (!request) return Exit_Usage;
-    auto columns = figure_columns;
-    columns.insert(columns.begin() + 1, {"object", 10, ColumnForm::Id});
-    RowWriter rows(line, columns);
+    RowWriter rows(line, figure_layout(true), analysis.clock());
     if (!rows.good()) return Exit_Failed;
     ChosenReport report;
     const ReportOrder order{line.increasing, line.sort == "time"};
@@ -159,16 +161,12 @@ int report_general(const CommandLine& line, AnalysisLine& analysis) {
     for (size_t i = 0; i < shown.size(); ++i) {
         const ObjectFigures& figures = *report.sorted[i];
         time += figures.time;
-        Json row = figure_row(
-            "object", analysis.nameOf(figures.object), nullptr, figures.count, shown[i].countFraction,
-            timed ? analysis.shownLength(figures.time) : Json(nullptr), timed ? shown[i].timeFraction : -1);
-        row["object"] = figures.object;
-        rows.row(row);
+        put_figures(rows, {"object", analysis.nameOf(figures.object), nullptr, figures.count,
+                           shown[i].countFraction, timed ? analysis.shownLength(figures.time) : Cell(),
+                           timed ? shown[i].timeFraction : -1, figures.object});
     }
-    Json total = figure_row("total", "objects", nullptr, report.totalCount, -1,
-                            timed ? analysis.shownLength(time) : Json(nullptr), -1);
-    total["object"] = nullptr;
-    rows.row(total);
+    put_figures(rows, {"total", "objects", nullptr, report.totalCount, -1,
+                       timed ? analysis.shownLength(time) : Cell(), -1});
     return analysis.finish(rows, report.damaged, report.rangeTo);
 }
 
@@ -179,12 +177,14 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
         if (!ids) return Exit_Usage;
         idle = *ids;
     }
-    RowWriter rows(line, {{"kind", -9},
-                          {"processor", 9},
-                          {"object", 10, ColumnForm::Id},
-                          {"time", 14, ColumnForm::Seconds},
-                          {"timePercent", 11, ColumnForm::Percent},
-                          {"name"}});
+    RowLayout layout{{{"kind", -9},
+                      {"processor", 9},
+                      {"object", 10, CellForm::Id},
+                      {"name"},
+                      {"time", 14},
+                      {"timePercent", 11, CellForm::Percent}}};
+    layout.tables = {"kind", "processor", "object", "time", "timePercent", "name"};
+    RowWriter rows(line, layout, analysis.clock());
     if (!rows.good()) return Exit_Failed;
     LoadReport report;
     int status = Exit_Done;
@@ -192,14 +192,10 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
              status))
         return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
     const double length = report.rangeLength();
-    const auto put = [&](const char* kind, uint32_t processor, const Json& object, double time,
-                         const Json& name) {
-        rows.row({{"kind", kind},
-                  {"processor", processor},
-                  {"object", object},
-                  {"name", name},
-                  {"time", analysis.shownLength(time)},
-                  {"timePercent", percent(length > 0 ? time / length : -1)}});
+    const auto put = [&](const char* kind, uint32_t processor, const Cell& object, double time,
+                         const Cell& name) {
+        rows.row({kind, processor, object, name, analysis.shownLength(time),
+                  percent(length > 0 ? time / length : -1)});
     };
     rows.note(
         gen_format("Share of %s in which some object executes on the processor%s, and the objects that "

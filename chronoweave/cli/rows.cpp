@@ -1,52 +1,47 @@
 #include "chronoweave/cli/rows.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+#include <string_view>
 
-#include "shared/libcxxutil/paths.h"
-#include "shared/libcxxutil/report.h"
-#include "shared/libcxxutil/text.h"
+#include "chronoweave/cli/messages.h"
 
 namespace {
 
-std::string value_text(const nlohmann::ordered_json& value, ColumnForm form) {
-    if (value.is_string()) return value.get<std::string>();
-    if (form == ColumnForm::Id && value.is_number()) return gen_format("0x%x", value.get<uint32_t>());
-    if (form == ColumnForm::Seconds && value.is_number_float())
-        return gen_format("%.9f", value.get<double>());
-    if (form == ColumnForm::Percent && value.is_number_float())
-        return gen_format("%.2f", value.get<double>());
-    return value.dump();
+constexpr size_t block_bytes = size_t{64} << 10;
+
+RowForm form_of(const CommandLine& line) {
+    return line.json ? RowForm::Json : line.csv ? RowForm::Csv : RowForm::Text;
 }
 
-// Names come from traces: no byte of theirs may break a line or reach the terminal as a control.
-std::string printable(std::string text) {
-    for (char& c : text)
-        if ((c >= 0 && c < ' ') || c == 0x7F) c = '?';
-    return text;
+bool goes_to_terminal(const CommandLine& line) {
+    return line.output.empty() && ::isatty(STDOUT_FILENO);
 }
 
-// True when the output is the command's own input: the file itself, or a file of its store.
-bool is_input(const std::string& output, const std::string& path) {
-    for (const std::string& base : {path, path_without_extension(path)})
-        for (const char* extension : {"", ".trs", ".tri", ".trv"}) {
-            std::error_code error;
-            if (std::filesystem::equivalent(output, base + extension, error)) return true;
-        }
-    return false;
+std::vector<size_t> shown_columns(const RowLayout& layout) {
+    std::vector<size_t> shown;
+    if (layout.tables.empty())
+        for (size_t at = 0; at < layout.columns.size(); ++at) shown.push_back(at);
+    for (const std::string_view key : layout.tables)
+        for (size_t at = 0; at < layout.columns.size(); ++at)
+            if (key == layout.columns[at].key) shown.push_back(at);
+    return shown;
 }
 
 }  // namespace
 
-RowWriter::RowWriter(const CommandLine& line, std::vector<Column> columns)
-    : name_(line.output), columns_(std::move(columns)) {
-    form_ = line.json ? Form::Json : line.csv ? Form::Csv : Form::Text;
-    if (!name_.empty() && is_input(name_, line.path)) {
-        cli_Failure(name_ + ": the result would overwrite what it is made of");
-        return;
-    }
+RowWriter::RowWriter(const CommandLine& line, RowLayout layout, uint64_t ticksPerSecond)
+    : name_(line.output),
+      form_(form_of(line)),
+      terminal_(goes_to_terminal(line)),
+      layout_(std::move(layout)),
+      shown_(shown_columns(layout_)),
+      writer_(form_, terminal_) {
+    writer_.setClock(ticksPerSecond);
+    for (const Column& column : layout_.columns)
+        if (jsonKeys_.size() < layout_.ofJson) jsonKeys_.push_back('"' + std::string(column.key) + "\":");
     file_ = name_.empty() ? stdout : std::fopen(name_.c_str(), "w");
     if (!file_) cli_Failure(name_ + ": " + std::strerror(errno));
 }
@@ -55,68 +50,127 @@ RowWriter::~RowWriter() {
     if (file_ && file_ != stdout) std::fclose(file_);
 }
 
-std::string RowWriter::cell(const Column& column, const nlohmann::ordered_json& values) const {
-    const auto found = values.find(column.key);
-    if (found == values.end() || found->is_null())
-        return form_ == Form::Csv || column.form == ColumnForm::Percent ? "" : "-";
-    return value_text(*found, column.form);
+void RowWriter::row(std::span<const Cell> cells) {
+    if (form_ == RowForm::Json) return jsonRow(cells);
+    if (!headed_) head();
+    tableRow(cells);
+}
+
+void RowWriter::jsonRow(std::span<const Cell> cells) {
+    char mark = '{';
+    for (size_t at = 0; at < jsonKeys_.size(); ++at) {
+        if (cells[at].kind() == Cell::Kind::Absent) continue;
+        buffer_.put(mark);
+        mark = ',';
+        buffer_.put(jsonKeys_[at]);
+        writer_.put(cells[at], layout_.columns[at].form, buffer_);
+    }
+    buffer_.put('}');
+    endLine();
+}
+
+void RowWriter::tableRow(std::span<const Cell> cells) {
+    const bool csv = form_ == RowForm::Csv;
+    std::string_view mark;
+    for (const size_t at : shown_) {
+        buffer_.put(mark);
+        mark = csv ? "," : "  ";
+        if (csv)
+            writer_.put(cells[at], layout_.columns[at].form, buffer_);
+        else
+            padded(cells[at], layout_.columns[at]);
+    }
+    endLine();
 }
 
 void RowWriter::head() {
     headed_ = true;
-    nlohmann::ordered_json names;
-    for (const Column& column : columns_) names[column.key] = column.key;
-    row(names);
+    std::vector<Cell> keys;
+    for (const Column& column : layout_.columns) keys.emplace_back(column.key);
+    tableRow(keys);
 }
 
-void RowWriter::row(const nlohmann::ordered_json& values) {
-    if (form_ == Form::Json) {
-        std::fputs((values.dump() + '\n').c_str(), file_);
-        return;
-    }
-    if (!headed_) head();
-    std::string line;
-    for (size_t i = 0; i < columns_.size(); ++i) {
-        const std::string text = cell(columns_[i], values);
-        if (form_ == Form::Csv) {
-            line += (i > 0 ? "," : "") + text_csv(text);
-        } else {
-            if (i > 0) line += "  ";
-            line += gen_format("%*s", columns_[i].width, printable(text).c_str());
-        }
-    }
-    std::fputs((line + '\n').c_str(), file_);
+void RowWriter::padded(const Cell& cell, const Column& column) {
+    const size_t start = buffer_.size();
+    writer_.put(cell, column.form, buffer_);
+    const auto least = static_cast<size_t>(std::abs(column.width));
+    const size_t length = buffer_.size() - start;
+    if (length >= least) return;
+    const size_t blanks = least - length;
+    char* const behind = buffer_.room(blanks);
+    if (column.width > 0) std::memmove(behind - length + blanks, behind - length, length);
+    std::memset(column.width > 0 ? behind - length : behind, ' ', blanks);
+    buffer_.took(behind + blanks);
 }
 
-void RowWriter::facts(const nlohmann::ordered_json& values) {
-    if (form_ == Form::Json) return row(values);
-    if (form_ == Form::Csv) {
-        std::string keys, line;
-        for (const auto& [key, value] : values.items()) {
-            keys += (keys.empty() ? "" : ",") + text_csv(key);
-            line += (line.empty() ? "" : ",") + text_csv(value_text(value, ColumnForm::Plain));
-        }
-        std::fputs((keys + '\n' + line + '\n').c_str(), file_);
-        return;
+void RowWriter::facts(std::span<const Fact> facts) {
+    switch (form_) {
+        case RowForm::Json:
+            return jsonFacts(facts);
+        case RowForm::Csv:
+            for (const Fact& fact : facts) {
+                if (&fact != &facts.front()) buffer_.put(',');
+                buffer_.put(std::string_view(fact.key));
+            }
+            endLine();
+            for (const Fact& fact : facts) {
+                if (&fact != &facts.front()) buffer_.put(',');
+                writer_.put(fact.value, CellForm::Plain, buffer_);
+            }
+            return endLine();
+        case RowForm::Text:
+            for (const Fact& fact : facts) {
+                padded(fact.key, {"", -20});
+                buffer_.put(' ');
+                writer_.put(fact.value, CellForm::Plain, buffer_);
+                endLine();
+            }
+            return;
     }
-    for (const auto& [key, value] : values.items())
-        std::fputs(
-            gen_format("%-20s %s\n", key.c_str(), printable(value_text(value, ColumnForm::Plain)).c_str())
-                .c_str(),
-            file_);
 }
 
-void RowWriter::note(const std::string& line) {
-    if (form_ == Form::Text) std::fputs((printable(line) + '\n').c_str(), file_);
+void RowWriter::jsonFacts(std::span<const Fact> facts) {
+    char mark = '{';
+    for (const Fact& fact : facts) {
+        buffer_.put(mark);
+        mark = ',';
+        buffer_.put('"');
+        buffer_.put(std::string_view(fact.key));
+        buffer_.put(std::string_view("\":"));
+        writer_.put(fact.value, CellForm::Plain, buffer_);
+    }
+    buffer_.put('}');
+    endLine();
+}
+
+void RowWriter::note(std::string_view line) {
+    if (form_ != RowForm::Text) return;
+    writer_.putText(line, buffer_);
+    endLine();
+}
+
+void RowWriter::endLine() {
+    buffer_.put('\n');
+    if (terminal_ || buffer_.size() >= block_bytes) flush();
+}
+
+void RowWriter::flush() {
+    errno = 0;
+    const bool whole = std::fwrite(buffer_.data(), 1, buffer_.size(), file_) == buffer_.size() &&
+                       (!terminal_ || std::fflush(file_) == 0);
+    if (!whole && reason_ == 0) reason_ = errno != 0 ? errno : EIO;
+    buffer_.clear();
 }
 
 bool RowWriter::close() {
-    if (form_ != Form::Json && !headed_ && !columns_.empty()) head();
-    const bool written = std::fflush(file_) == 0 && !std::ferror(file_);
-    const int reason = errno;
-    const bool closed = file_ == stdout || std::fclose(file_) == 0;
+    if (form_ != RowForm::Json && !headed_ && !layout_.columns.empty()) head();
+    flush();
+    errno = 0;
+    const bool flushed = std::fflush(file_) == 0;
+    if (!flushed && reason_ == 0) reason_ = errno != 0 ? errno : EIO;
+    if (file_ != stdout && std::fclose(file_) != 0 && reason_ == 0) reason_ = errno;
     file_ = nullptr;
-    if (written && closed) return true;
-    cli_Failure((name_.empty() ? "standard output" : name_) + ": " + std::strerror(reason));
+    if (reason_ == 0) return true;
+    cli_Failure((name_.empty() ? "standard output" : name_) + ": " + std::strerror(reason_));
     return false;
 }

@@ -1,51 +1,76 @@
-// Rows of a result in one of three forms: JSON (one object a line), CSV, or text in columns for people.
+// Rows of a result in one of three forms: JSON (one object a line), CSV, or text in columns for people. A row
+// is written value by value into one block of bytes, which goes out when it is full.
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
-#include <nlohmann/json.hpp>
+#include <initializer_list>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "chronoweave/cli/cell.h"
 #include "chronoweave/cli/command_line.h"
-
-// How a column's values read in text and CSV. Id: numbers as 0x12ab. Seconds: nine decimals. Percent: two.
-enum class ColumnForm { Plain, Id, Seconds, Percent };
 
 struct Column {
     const char* key;
     int width = 0;  // least characters in text; negative: aligned left
-    ColumnForm form = ColumnForm::Plain;
+    CellForm form = CellForm::Plain;
+};
+
+// The columns of a command, in the order in which rows have them.
+struct RowLayout {
+    std::vector<Column> columns;
+    size_t ofJson = SIZE_MAX;              // so many of them, from the first, are keys of JSON
+    std::vector<const char*> tables = {};  // those of text and CSV, in their order; none: all as they stand
+};
+
+struct Fact {
+    const char* key;
+    Cell value;
 };
 
 class RowWriter {
   public:
-    // Opens the output; good() is false when that failed, which has been said. An output that is the
-    // command's input, or a file of its store, is refused.
-    RowWriter(const CommandLine& line, std::vector<Column> columns);
+    // Opens the output; good() is false when that failed, which has been said. ticksPerSecond is of the clock
+    // of the rows' times.
+    RowWriter(const CommandLine& line, RowLayout layout, uint64_t ticksPerSecond = 1);
     ~RowWriter();
     RowWriter(const RowWriter&) = delete;
     RowWriter& operator=(const RowWriter&) = delete;
-    bool good() const { return file_ != nullptr; }
+    // False, too, once something could not be written: what follows would be in vain.
+    bool good() const { return file_ != nullptr && reason_ == 0; }
+    RowForm form() const { return form_; }
 
-    // One row; keys are those of the columns, a key may be absent, null reads "-" in text.
-    void row(const nlohmann::ordered_json& values);
-    // Facts of one thing: JSON as a row, CSV as a head and a row, otherwise a key and its value a line.
-    void facts(const nlohmann::ordered_json& values);
+    // One row, a value for each column.
+    void row(std::span<const Cell> cells);
+    void row(std::initializer_list<Cell> cells) { row(std::span(cells.begin(), cells.size())); }
+    // Facts of one thing: JSON as an object, CSV as a head and a row, otherwise a key and its value a line.
+    void facts(std::span<const Fact> facts);
+    void facts(std::initializer_list<Fact> list) { facts(std::span(list.begin(), list.size())); }
     // A line for people, in text alone; a line of the program's own words and of names.
-    void note(const std::string& line);
-    // Flushes, ahead of that the head of a table with no rows; false, and a message, when something could not
-    // be written.
+    void note(std::string_view line);
+    // Writes out what is held, ahead of that the head of a table with no rows; false, and a message, when
+    // something could not be written.
     [[nodiscard]] bool close();
 
   private:
-    enum class Form { Json, Csv, Text };
-    std::string cell(const Column& column, const nlohmann::ordered_json& values) const;
+    void jsonRow(std::span<const Cell> cells);
+    void tableRow(std::span<const Cell> cells);
     void head();
+    void padded(const Cell& cell, const Column& column);
+    void jsonFacts(std::span<const Fact> facts);
+    void endLine();
+    void flush();
 
     std::string name_;
     std::FILE* file_ = nullptr;
-    Form form_ = Form::Text;
-    std::vector<Column> columns_;
+    RowForm form_;
+    bool terminal_ = false;
+    RowLayout layout_;
+    std::vector<size_t> shown_;          // columns of a table, by place
+    std::vector<std::string> jsonKeys_;  // with quotes and colon
+    CellWriter writer_;
+    RowBuffer buffer_;
     bool headed_ = false;
+    int reason_ = 0;  // why something could not be written
 };

@@ -6,8 +6,6 @@
 #include "chronoweave/cli/commands.h"
 #include "shared/libcxxutil/text.h"
 
-using Json = nlohmann::ordered_json;
-
 namespace {
 
 int kind_of(const std::string& word) {
@@ -81,7 +79,7 @@ bool bounds_intervals(const CommandLine& line, const AnalysisLine& analysis) {
                 return text_equal_nocase(legend.events[static_cast<size_t>(row)].name, *name);
             }))
             continue;
-        cli_UsageError(std::string(option) + ": the event \"" + text_utf8(*name) +
+        cli_UsageError(std::string(option) + ": the event \"" + *name +
                        "\" can't bound an interval: the configure file gives it no TRV_Interval_Search, and "
                        "TRV_All_For_Interval_Search is off");
         return false;
@@ -118,46 +116,46 @@ std::optional<SearchRequest> make_request(const CommandLine& line, const Analysi
     return request;
 }
 
-std::vector<Column> columns_of(int kind) {
-    const Column objectA{"objectA", 10, ColumnForm::Id}, objectB{"objectB", 10, ColumnForm::Id},
-        timeA{"timeA", 14, ColumnForm::Seconds}, timeB{"timeB", 14, ColumnForm::Seconds},
-        interval{"interval", 14, ColumnForm::Seconds}, nameA{"nameA", -20}, nameB{"nameB"};
-    if (kind == Search_Event) return {objectA, timeA, nameA};
-    if (kind == Search_Switch) return {objectA, objectB, timeA, nameA, nameB};
-    if (kind == Search_Status) return {objectA, timeA, timeB, interval, nameA};
-    return {objectA, objectB, timeA, timeB, interval, nameA, nameB};
+// JSON has the same keys for every kind, tables the columns that tell something.
+RowLayout layout_of(int kind) {
+    RowLayout layout{{{"objectA", 10, CellForm::Id},
+                      {"objectB", 10, CellForm::Id},
+                      {"timeA", 14},
+                      {"timeB", 14},
+                      {"interval", 14},
+                      {"nameA", -20},
+                      {"nameB"}},
+                     4};
+    if (kind == Search_Event)
+        layout.tables = {"objectA", "timeA", "nameA"};
+    else if (kind == Search_Switch)
+        layout.tables = {"objectA", "objectB", "timeA", "nameA", "nameB"};
+    else if (kind == Search_Status)
+        layout.tables = {"objectA", "timeA", "timeB", "interval", "nameA"};
+    return layout;
 }
 
-void put_rows(const CommandLine& line, const AnalysisLine& analysis, const SearchResult& result,
-              RowWriter& rows) {
+void put_rows(const AnalysisLine& analysis, const SearchResult& result, RowWriter& rows) {
     const bool event = result.request.kind == Search_Event;
     for (const SearchRow& row : result.rows) {
-        Json values{{"objectA", row.objectA},
-                    {"objectB", event ? Json(nullptr) : Json(row.objectB)},
-                    {"timeA", analysis.shownTime(row.timeA)},
-                    {"timeB", event ? Json(nullptr) : analysis.shownTime(row.timeB)}};
-        if (!line.json) {
-            values["interval"] = analysis.shownLength(row.timeB - row.timeA);
-            values["nameA"] = analysis.nameOf(row.objectA);
-            values["nameB"] = analysis.nameOf(row.objectB);
-        }
-        rows.row(values);
+        if (!rows.good()) return;
+        rows.row({row.objectA, event ? Cell() : Cell(row.objectB), analysis.shownTime(row.timeA),
+                  event ? Cell() : analysis.shownTime(row.timeB), analysis.shownLength(row.timeB - row.timeA),
+                  analysis.nameOf(row.objectA), analysis.nameOf(row.objectB)});
     }
 }
 
-void put_summary(const CommandLine& line, const AnalysisLine& analysis, const SearchResult& result,
-                 RowWriter& rows) {
+void put_summary(const AnalysisLine& analysis, const SearchResult& result, RowWriter& rows) {
     const int kind = result.request.kind;
-    if (!line.json) return rows.note(search_StatisticsLine(analysis.words, result));
-    Json summary{{"rows", result.rows.size()}};
-    if (kind == Search_Pattern || kind == Search_Status) {
-        const IntervalFigures figures = search_IntervalFigures(result);
-        const bool any = !result.rows.empty();
-        summary["max"] = any ? analysis.shownLength(figures.max) : Json(nullptr);
-        summary["min"] = any ? analysis.shownLength(figures.min) : Json(nullptr);
-        summary["ave"] = any ? analysis.shownLength(figures.ave) : Json(nullptr);
-    }
-    rows.row(summary);
+    if (rows.form() != RowForm::Json) return rows.note(search_StatisticsLine(analysis.words, result));
+    if (kind != Search_Pattern && kind != Search_Status) return rows.facts({{"rows", result.rows.size()}});
+    const IntervalFigures figures = search_IntervalFigures(result);
+    const bool any = !result.rows.empty();
+    const auto shown = [&](double length) { return any ? analysis.shownLength(length) : Cell(); };
+    rows.facts({{"rows", result.rows.size()},
+                {"max", shown(figures.max)},
+                {"min", shown(figures.min)},
+                {"ave", any ? analysis.shownMean(figures.ave) : Cell()}});
 }
 
 }  // namespace
@@ -171,7 +169,7 @@ int command_Search(const CommandLine& line) {
     if (!analysis.open(status)) return status;
     const auto request = make_request(line, analysis);
     if (!request) return Exit_Usage;
-    RowWriter rows(line, columns_of(request->kind));
+    RowWriter rows(line, layout_of(request->kind), analysis.clock());
     if (!rows.good()) return Exit_Failed;
     SearchResult result;
     result.request = *request;
@@ -179,11 +177,11 @@ int command_Search(const CommandLine& line) {
     if (!search_Run(analysis.source, *request, result, *limit) &&
         mt_GetEventCount(analysis.named.store()) > 0)
         return cli_Failure(line.path + ": the store can't be read");
-    put_rows(line, analysis, result, rows);
+    put_rows(analysis, result, rows);
     if (result.rows.empty())
         analysis.say(search_NotFoundMessage(analysis.named.legend, result.request));
     else
-        put_summary(line, analysis, result, rows);
-    if (result.rows.empty() && line.json) put_summary(line, analysis, result, rows);
+        put_summary(analysis, result, rows);
+    if (result.rows.empty() && line.json) put_summary(analysis, result, rows);
     return analysis.finish(rows, result.damaged, result.reached);
 }

@@ -6,25 +6,9 @@
 #include "chronoweave/cli/named_store.h"
 #include "chronoweave/import/extra_format.h"
 #include "chronoweave/rtos/configure_reader.h"
+#include "libtrv/event_names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
-
-using Json = nlohmann::ordered_json;
-
-namespace {
-
-std::string hex_text(std::span<const uint8_t> bytes) {
-    constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
-    for (const uint8_t byte : bytes) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
-}  // namespace
 
 int command_Info(const CommandLine& line) {
     const OpenedSource opened = cli_Open(line);
@@ -33,21 +17,21 @@ int command_Info(const CommandLine& line) {
     const uint32_t events = mt_GetEventCount(store);
     const mt_Range range = mt_GetTimeRange(store);
     const TimeScale scale = scale_of(line, store);
-    RowWriter rows(line, {});
+    RowWriter rows(line, {}, mt_GetTicksPerSecond(store));
     if (!rows.good()) return Exit_Failed;
-    Json facts{{"base", text_utf8(opened.base)},
-               {"formatVersion", mt_GetFormatVersion(store)},
-               {"ticksPerSecond", mt_GetTicksPerSecond(store)},
-               {"os", text_utf8(mt_GetOsName(&store))},
-               {"osKind", static_cast<int>(legend_OsKind(mt_GetOsName(&store)))},
-               {"bigEndian", mt_IsBigEndianTarget(store)},
-               {"checkpointInterval", mt_GetCheckpointInterval(store)},
-               {"blocks", mt_GetBlockCount(store)},
-               {"events", events},
-               {"firstTick", range.first},
-               {"endTick", range.end}};
-    facts["duration"] = line.ticks ? Json(range.end - range.first) : Json(scale.seconds(range.end));
-    rows.facts(facts);
+    const mt_Time length = range.end - range.first;
+    rows.facts({{"base", opened.base},
+                {"formatVersion", mt_GetFormatVersion(store)},
+                {"ticksPerSecond", mt_GetTicksPerSecond(store)},
+                {"os", mt_GetOsName(&store)},
+                {"osKind", static_cast<int>(legend_OsKind(mt_GetOsName(&store)))},
+                {"bigEndian", mt_IsBigEndianTarget(store)},
+                {"checkpointInterval", mt_GetCheckpointInterval(store)},
+                {"blocks", mt_GetBlockCount(store)},
+                {"events", events},
+                {"firstTick", range.first},
+                {"endTick", range.end},
+                {"duration", line.ticks ? Cell(length) : scale.cell(range.end)}});
     return closed(rows, opened);
 }
 
@@ -62,32 +46,41 @@ int command_Import(const CommandLine& line) {
     form.output.clear();  // -o names the store
     RowWriter rows(form, {});
     const ImportCounts& counts = opened.counts;
-    Json facts{{"base", text_utf8(opened.base)}, {"events", counts.events}, {"dropped", counts.dropped()},
-               {"badBytes", counts.badBytes},    {"unread", counts.unread}, {"seconds", seconds}};
+    if (!rows.good()) return Exit_Failed;
+    std::vector<Fact> facts{{"base", opened.base},         {"events", counts.events},
+                            {"dropped", counts.dropped()}, {"badBytes", counts.badBytes},
+                            {"unread", counts.unread},     {"seconds", seconds}};
     if (!line.json)
-        facts["eventsPerSecond"] =
-            seconds > 0 ? static_cast<uint64_t>(static_cast<double>(counts.events) / seconds) : 0;
+        facts.push_back({"eventsPerSecond",
+                         seconds > 0 ? static_cast<uint64_t>(static_cast<double>(counts.events) / seconds)
+                                     : uint64_t{0}});
     rows.facts(facts);
     return closed(rows, opened);
 }
 
 namespace {
 
-// The names of objects while a walk goes on: looked up again only when an event changed the object.
+// The names of objects while a walk goes on: looked up again only when an event changed the object's name.
 class ObjectNames {
   public:
     ObjectNames(const TraceStore& store, const StateTable& state, char separator)
         : store_(store), state_(state), separator_(separator) {}
     void changed_by(const EventRecord& event) {
         StateChange change;
-        for (ChangeList changes = event.changes; changes.next(change);) known_.erase(change.objectId);
+        for (ChangeList changes = event.changes; changes.next(change);) {
+            const bool elsewhere =
+                change.kind == mt_ChangeModify &&
+                (change.offset > mt_TaskPrefixValid || change.offset + change.bytes.size() <= mt_TaskName);
+            if (!elsewhere) known_.erase(change.objectId);
+        }
     }
-    const Json& of(uint32_t id) {
+    // Null when the object has none. Lasts until the object changes.
+    Cell of(uint32_t id) {
         const auto [at, fresh] = known_.try_emplace(id);
         if (fresh) {
             const uint32_t position = state_.find(mt_ObjectTask, id);
             if (position != StateTable::npos)
-                at->second = name_or_null(mt_TaskNameAt(store_, state_, position, separator_));
+                at->second = mt_TaskNameAt(store_, state_, position, separator_);
         }
         return at->second;
     }
@@ -96,7 +89,7 @@ class ObjectNames {
     const TraceStore& store_;
     const StateTable& state_;
     char separator_;
-    std::unordered_map<uint32_t, Json> known_;
+    std::unordered_map<uint32_t, std::optional<std::string>> known_;
 };
 
 struct EventQuery {
@@ -121,16 +114,16 @@ std::optional<EventQuery> event_query(const CommandLine& line) {
     return query;
 }
 
-const std::vector<Column> event_columns{{"seq", 8},
-                                        {"tick", 14},
-                                        {"time", 14, ColumnForm::Seconds},
-                                        {"type", 4},
-                                        {"subtype", 7},
-                                        {"object", 10, ColumnForm::Id},
-                                        {"objectName", -20},
-                                        {"event", -24},
-                                        {"extra", -24},
-                                        {"text"}};
+const RowLayout event_layout{{{"seq", 8},
+                              {"tick", 14},
+                              {"time", 14},
+                              {"type", 4},
+                              {"subtype", 7},
+                              {"object", 10, CellForm::Id},
+                              {"objectName", -20},
+                              {"event", -24},
+                              {"extra", -24},
+                              {"text"}}};
 
 class EventRows {
   public:
@@ -143,26 +136,18 @@ class EventRows {
 
     void changed_by(const EventRecord& event) { names_.changed_by(event); }
     void put(const EventRecord& event, const std::optional<uint32_t>& object) {
-        const int32_t row = named_.hasLegend ? named_.legend.EventIndex(event.type, event.subtype) : -1;
-        Json values{{"seq", event.sequence},
-                    {"tick", event.time},
-                    {"time", shown_time(scale_, event.time)},
-                    {"type", event.type},
-                    {"subtype", event.subtype},
-                    {"object", nullptr},
-                    {"objectName", nullptr},
-                    {"event", text_utf8(named_.event_name(event, row))},
-                    {"extra", hex_text(event.extra)}};
-        if (object) {
-            values["object"] = *object;
-            values["objectName"] = names_.of(*object);
-        }
-        const std::string* format =
-            row < 0 ? nullptr : &named_.legend.events[static_cast<size_t>(row)].extraFormat;
-        if (format && !format->empty() &&
-            extra_Format(event, *format, bigEndian_, false, false, text_, nullptr))
-            values["text"] = text_utf8(text_);
-        rows_.row(values);
+        const LegendEvent* known = nullptr;
+        if (named_.hasLegend)
+            known = &named_.legend
+                         .events[static_cast<size_t>(named_.legend.EventIndex(event.type, event.subtype))];
+        else
+            ownName_ = mt_EventLongName(event.type, event.subtype);
+        const bool formatted =
+            known && !known->extraFormat.empty() &&
+            extra_Format(event, known->extraFormat, bigEndian_, false, false, text_, nullptr);
+        rows_.row({event.sequence, event.time, scale_.cell(event.time), event.type, event.subtype, object,
+                   object ? names_.of(*object) : Cell(), known ? known->name : ownName_,
+                   Cell::hex(event.extra), formatted ? Cell(text_) : Cell::absent()});
     }
 
   private:
@@ -171,7 +156,7 @@ class EventRows {
     ObjectNames names_;
     RowWriter& rows_;
     bool bigEndian_;
-    std::string text_;
+    std::string text_, ownName_;
 };
 
 std::optional<uint32_t> object_of(const EventRecord& event, bool bigEndian) {
@@ -189,7 +174,7 @@ int command_Events(const CommandLine& line) {
     TraceStore& store = named.store();
     const auto range = cli_Range(line, store);
     if (!range) return Exit_Usage;
-    RowWriter rows(line, event_columns);
+    RowWriter rows(line, event_layout, mt_GetTicksPerSecond(store));
     if (!rows.good()) return Exit_Failed;
     StateTable state;
     EventWalk walk;
@@ -203,7 +188,7 @@ int command_Events(const CommandLine& line) {
     EventRows output(named, scale, state, rows);
     const bool bigEndian = mt_IsBigEndianTarget(store);
     EventRecord event;
-    while (left > 0 && mt_NextEvent(walk, event)) {
+    while (left > 0 && rows.good() && mt_NextEvent(walk, event)) {
         mt_ApplyEventToState(state, event);
         output.changed_by(event);
         const auto object = object_of(event, bigEndian);
@@ -225,19 +210,16 @@ int command_State(const CommandLine& line) {
     if (!at) return cli_UsageError("--at: not a time: " + line.at);
     RowWriter rows(
         line,
-        {{"object", 10, ColumnForm::Id}, {"status", 6}, {"statusName", -16}, {"priority", 10}, {"name"}});
+        {{{"object", 10, CellForm::Id}, {"status", 6}, {"statusName", -16}, {"priority", 10}, {"name"}}});
     if (!rows.good()) return Exit_Failed;
     StateTable state;
     EventWalk walk;
     mt_StartWalkInTimeRange(store, *at, *at, &state, walk);
     for (const uint32_t position : state.sorted()) {
         const auto code = mt_TaskStatusAt(state, position);
-        const auto priority = mt_TaskPriorityAt(state, position);
-        rows.row({{"object", state.id_at(position)},
-                  {"status", code ? Json(*code) : Json(nullptr)},
-                  {"statusName", code ? named.status_name(*code) : Json(nullptr)},
-                  {"priority", priority ? Json(*priority) : Json(nullptr)},
-                  {"name", name_or_null(mt_TaskNameAt(store, state, position, named.separator))}});
+        const auto name = mt_TaskNameAt(store, state, position, named.separator);
+        rows.row({state.id_at(position), code, code ? named.status_name(*code) : Cell(),
+                  mt_TaskPriorityAt(state, position), name});
     }
     return closed(rows, named.opened);
 }
@@ -249,7 +231,7 @@ int command_Objects(const CommandLine& line) {
     TraceStore& store = named.store();
     const auto range = cli_Range(line, store);
     if (!range) return Exit_Usage;
-    RowWriter rows(line, {{"object", 10, ColumnForm::Id}, {"name"}});
+    RowWriter rows(line, {{{"object", 10, CellForm::Id}, {"name"}}});
     if (!rows.good()) return Exit_Failed;
     // Names as they stand at the end of the range.
     StateTable state;
@@ -260,7 +242,7 @@ int command_Objects(const CommandLine& line) {
         const auto name = position == StateTable::npos
                               ? std::nullopt
                               : mt_TaskNameAt(store, state, position, named.separator);
-        rows.row({{"object", id}, {"name", name_or_null(name)}});
+        rows.row({id, name});
     }
     return closed(rows, named.opened);
 }
@@ -268,7 +250,7 @@ int command_Objects(const CommandLine& line) {
 int command_ConfigCheck(const CommandLine& line) {
     const ConfigureCheck check = configure_Check(line.path);
     for (const ConfigureCheck::Message& message : check.messages)
-        std::fprintf(stderr, "%s: %s\n", line.path.c_str(), std::string(text_trim(message.text)).c_str());
+        cli_SayLine(line.path + ": " + std::string(text_trim(message.text)));
     if (check.errors < 0) return Exit_Failed;
     RowWriter rows(line, {});
     if (!rows.good()) return Exit_Failed;
