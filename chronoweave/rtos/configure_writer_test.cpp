@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
 #include <random>
 
+#include "chronoweave/rtos/configure_loss.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/report.h"
@@ -109,6 +111,7 @@ TEST(ConfigureWriter, WhatIsWrittenReadsBackToTheSameLegend) {
         const std::string text = configure_WriteText(first, "Os");
         const Legend second = read_back(text);
         ASSERT_EQ(describe(second), describe(first)) << seed << "\n" << text;
+        ASSERT_EQ(configure_FirstLoss(first, text), std::nullopt) << seed << "\n" << text;
         ASSERT_EQ(configure_WriteText(second, "Os"), text) << seed;
     }
     for (const char* name : {"korvantis", "threadx", "tolmund", "trace_function_flow"}) {
@@ -116,10 +119,45 @@ TEST(ConfigureWriter, WhatIsWrittenReadsBackToTheSameLegend) {
         ASSERT_TRUE(
             file_read_whole(std::string(CW_SOURCE_DIR) + "/defaults/chrono_weave/" + name + ".tc", text));
         const Legend ours = read_back(text);
-        EXPECT_EQ(describe(read_back(configure_WriteText(ours, name))), describe(ours)) << name;
+        const std::string written = configure_WriteText(ours, name);
+        EXPECT_EQ(describe(read_back(written)), describe(ours)) << name;
+        EXPECT_EQ(configure_FirstLoss(ours, written), std::nullopt) << name;
     }
     gen_set_report_sink({});
     gen_set_console_sink({});
+}
+
+TEST(ConfigureWriter, WhatALineCannotHoldIsNamed) {
+    std::string text;
+    ASSERT_TRUE(file_read_whole(CW_SOURCE_DIR "/defaults/chrono_weave/korvantis.tc", text));
+    const Legend whole = read_back(text);
+    const auto events = [](Legend& l) -> std::vector<LegendEvent>& { return l.events; };
+    size_t event = 0, category = 0;
+    while (whole.events[event].isCategory()) ++event;
+    while (!whole.events[category].isCategory()) ++category;
+    const struct {
+        std::function<void(Legend&)> change;
+        std::string named;
+    } cases[] = {
+        {[](Legend& l) { l.statuses[1].name = "a:b"; }, "status \"a:b\""},
+        {[](Legend& l) { l.statuses[2].name = "TRV_Execution=x"; }, "status \"TRV_Execution=x\""},
+        {[](Legend& l) { l.statuses[0].name = " blank"; }, "status \" blank\""},
+        {[](Legend& l) { l.statuses[0].thickness = -1; }, "status \"" + whole.statuses[0].name + '"'},
+        {[&](Legend& l) { events(l)[event].name = "two\nlines"; }, "event \"two\nlines\""},
+        {[&](Legend& l) { events(l)[event].iconName = "icon:name"; },
+         "event \"" + whole.events[event].name + '"'},
+        {[&](Legend& l) { events(l)[category].name = ""; }, "category \"\""},
+        {[](Legend& l) { l.misc.objectTerm = "Task:Thread"; }, "misc item \"TRV_Object_Term\""},
+        {[](Legend& l) { l.misc.separator = "::"; }, "misc item \"TRV_Object_Hierarchy_Separator\""},
+    };
+    for (const auto& c : cases) {
+        Legend legend = whole;
+        c.change(legend);
+        EXPECT_EQ(configure_FirstLoss(legend, configure_WriteText(legend, "Os")), c.named);
+    }
+    Legend fine = whole;
+    fine.statuses[0].red ^= 0xFF;  // a file has the high bytes
+    EXPECT_EQ(configure_FirstLoss(fine, configure_WriteText(fine, "Os")), std::nullopt);
 }
 
 TEST(ConfigureWriter, EveryFormOfLineStandsAsItIsDescribed) {

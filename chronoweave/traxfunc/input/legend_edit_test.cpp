@@ -92,6 +92,22 @@ TEST_F(LegendSave, FailuresAreToldAndLeaveTheOldFileWhole) {
     EXPECT_EQ(host.messages.back(), "Cannot create directory \"" + place + "\"");
 }
 
+TEST_F(LegendSave, WhatAFileCannotSayIsRefusedByName) {
+    laLegend_ToggleVisible(canvas, 0);
+    ASSERT_TRUE(laLegend_OfferSave(canvas));
+    std::string before;
+    ASSERT_TRUE(file_read_whole(Target(), before));
+    canvas.looks.legend.events[2].name = "mutex: taken";
+    laLegend_ToggleVisible(canvas, 0);
+    EXPECT_FALSE(laLegend_OfferSave(canvas));
+    EXPECT_EQ(host.messages, std::vector<std::string>{"Can't save configure file \"" + Target() +
+                                                      "\":\nevent \"mutex: taken\" would not read back the "
+                                                      "same."});
+    std::string after;
+    ASSERT_TRUE(file_read_whole(Target(), after));
+    EXPECT_EQ(after, before);
+}
+
 TEST(LegendFields, AreScannedAsTyped) {
     const struct {
         const char* text;

@@ -1,9 +1,11 @@
 #include "chronoweave/traxfunc/session/legend_save.h"
 
+#include "chronoweave/rtos/configure_loss.h"
 #include "chronoweave/rtos/configure_writer.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
 #include "windlib/config/config_dirs.h"
 #include "windlib/dialog/host.h"
 
@@ -18,8 +20,16 @@ bool save(_LaCanvasData& canvas, const std::string& folder, const std::string& f
         return true;
     const std::string osName =
         canvas.source.store ? mt_GetOsName(canvas.source.store.get()) : canvas.looks.legend.osName;
+    const Legend legend = laLegend_ForSaving(canvas);
+    const std::string text = configure_WriteText(legend, osName);
+    if (const auto lost = configure_FirstLoss(legend, text)) {
+        canvas.calls.host->Message(
+            gen_format("Can't save configure file \"%s\":\n%s would not read back the same.", file.c_str(),
+                       text_utf8(*lost).c_str()));
+        return false;
+    }
     std::string why;
-    if (file_replace(file, configure_WriteText(laLegend_ForSaving(canvas), osName), &why)) return true;
+    if (file_replace(file, text, &why)) return true;
     canvas.calls.host->Message(gen_format("Can't open configure file \"%s\" to write.", file.c_str()) +
                                (why.empty() ? "" : "\n" + why));
     return false;

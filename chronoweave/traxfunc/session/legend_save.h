@@ -11,7 +11,8 @@ Legend laLegend_ForSaving(const _LaCanvasData& canvas);
 // The misc values that a next reading starts from: how a live source is read outlasts the trace.
 LegendMisc laLegend_Kept(const _LaCanvasData& canvas);
 // Asks whether to save a legend that was changed, through canvas.calls.host, and saves it: beside the old
-// file and then in its place, so that there is always a whole one. Asked once; the mark is cleared in any
-// case. False when it could not be saved, which the user was told. To be called with the surface closed,
+// file and then in its place, so that there is always a whole one. A legend that would not read back the same
+// is not saved; its first such entry is named. Asked once; the mark is cleared in any case. False when it
+// could not be saved, which the user was told. To be called with the surface closed,
 // before the source goes.
 bool laLegend_OfferSave(_LaCanvasData& canvas);
