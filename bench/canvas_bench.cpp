@@ -5,8 +5,8 @@
 #include "bench/measure.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/fetch/fetch.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "windlib/lagraph/recording_surface.h"
 #ifdef CW_BENCH_QT
 #include "windlib/qt/picture_file.h"

@@ -10,7 +10,7 @@
 #include "bench/generate.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/paths.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "libtrv/trace_store.h"
 
 struct BenchInput {

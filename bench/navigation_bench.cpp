@@ -3,9 +3,9 @@
 #include "bench/inputs.h"
 #include "bench/measure.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 
 namespace {
@@ -82,10 +82,9 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
         return step_cost(
             place, place.thousandTasks, whole,
             [](_LaCanvasData& canvas) {
-                canvas.list.taskList->SetHiddenPaths(
-                    {laTask_PatternPath("task1*"), laTask_PatternPath("*7")});
+                canvas.taskList->SetHiddenPaths({laTask_PatternPath("task1*"), laTask_PatternPath("*7")});
                 laCanvas_Resort(canvas);
-                canvas.list.taskList->SetHiddenPaths({});
+                canvas.taskList->SetHiddenPaths({});
                 laCanvas_Resort(canvas);
             },
             100);  // hides and shows: two of 50 ms

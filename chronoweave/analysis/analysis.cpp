@@ -4,6 +4,7 @@
 #include "chronoweave/analysis/report_window.h"
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/analysis/search_window.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 namespace {

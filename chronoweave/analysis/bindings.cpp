@@ -4,8 +4,8 @@
 
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/traxfunc/input/goto.h"
+#include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/list/hide_dialog.h"
-#include "chronoweave/traxfunc/model/time_unit.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/model.h"
 
 using DialogDraw = std::function<void(const std::function<void()>&)>;

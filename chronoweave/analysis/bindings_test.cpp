@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 
 namespace {
 
@@ -31,13 +31,13 @@ TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
     EXPECT_TRUE(model->item("hide").enabled);
     EXPECT_TRUE(model->press("ok"));
     EXPECT_TRUE(model->isClosed());
-    EXPECT_EQ(canvas.list.taskList->rows().size(), 1u);
+    EXPECT_EQ(canvas.taskList->rows().size(), 1u);
     EXPECT_GT(drawn, 0);
     const auto again = dialogs_OpenHide(canvas, {});
     EXPECT_EQ(again->item("to_hide").rows.size(), 2u);
     EXPECT_TRUE(again->activate("to_hide", 0));
     EXPECT_TRUE(again->key(DialogKey::Escape));
-    EXPECT_EQ(canvas.list.taskList->rows().size(), 1u);
+    EXPECT_EQ(canvas.taskList->rows().size(), 1u);
 }
 
 TEST_F(Bindings, WhatIsHiddenFollowsTheRowsAsTheUserSortedThem) {

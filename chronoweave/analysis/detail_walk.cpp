@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "chronoweave/analysis/search.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "windlib/busy.h"
 
 namespace {
@@ -103,7 +103,7 @@ std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const Detai
         if (!found && !step_past(source, step, row)) return std::nullopt;
     }
     detail_MoveCursor(canvas, row.timeA, from.object);
-    const laItem_Line* lane = laCanvas_FindLane(canvas, from.object);
+    const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object);
     const auto found = lane ? find_found(*lane, row.timeA, target, forward) : std::nullopt;
     if (!found) return std::nullopt;
     return stretch_at(*lane, *found);
@@ -119,7 +119,7 @@ DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
     const laItem_Bitmap& item = canvas.items.bitmaps[static_cast<uint32_t>(icon)];
     return {item.time,
             item.lane == laNoLane ? laAgentId : canvas.items.lanes[item.lane].objectId,
-            laItem_StoreSequence(canvas, item),
+            laItem_StoreSequence(canvas.items, item),
             item.event,
             item.type,
             item.subtype};
@@ -137,13 +137,13 @@ std::optional<size_t> detail_FindIcon(const _LaCanvasData& canvas, uint32_t sequ
     uint32_t first = 0;
     for (uint32_t end = canvas.items.bitmaps.size(); first < end;) {
         const uint32_t middle = first + (end - first) / 2;
-        if (laItem_StoreSequence(canvas, canvas.items.bitmaps[middle]) < sequence)
+        if (laItem_StoreSequence(canvas.items, canvas.items.bitmaps[middle]) < sequence)
             first = middle + 1;
         else
             end = middle;
     }
     if (first == canvas.items.bitmaps.size() ||
-        laItem_StoreSequence(canvas, canvas.items.bitmaps[first]) != sequence)
+        laItem_StoreSequence(canvas.items, canvas.items.bitmaps[first]) != sequence)
         return std::nullopt;
     return first;
 }
@@ -159,7 +159,7 @@ void detail_MoveCursor(_LaCanvasData& canvas, double time, uint32_t object) {
 std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const DetailStatus& from,
                                               bool sameStatus, bool forward) {
     const int32_t target = sameStatus ? from.status : -1;
-    if (const laItem_Line* lane = laCanvas_FindLane(canvas, from.object)) {
+    if (const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object)) {
         const auto present = find_stretch(*lane, from, forward);
         const auto next = present ? follow(*lane, *present, target, forward) : std::nullopt;
         const size_t edge = forward ? lane->segments.size() - 1 : 0;

@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "chronoweave/analysis/search_source.h"
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // A stretch of an object in one status; times in the time base.
 struct DetailStatus {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/host.h"
 
 class DetailWindow {

@@ -3,6 +3,7 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/detail_window.h"
 #include "chronoweave/analysis/object_tree.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -160,7 +161,7 @@ class ObjectDetail : public DetailWindow {
 
     void Press(const std::string& name) override {
         uint32_t at = laNoLane;
-        if (!laCanvas_FindLane(canvas_, object_, &at)) return Refuse(taskGone);
+        if (!laCanvas_FindLane(canvas_.items, object_, &at)) return Refuse(taskGone);
         const uint32_t next = Neighbour(at, name[0] == 'N');
         if (next == laNoLane) {
             Enable(at);
@@ -185,7 +186,7 @@ class ObjectDetail : public DetailWindow {
     }
     void Fill() {
         uint32_t at = laNoLane;
-        const laItem_Line* lane = laCanvas_FindLane(canvas_, object_, &at);
+        const laItem_Line* lane = laCanvas_FindLane(canvas_.items, object_, &at);
         if (!lane) return;
         model_.setText("tf_id", gen_format("0x%x", object_));
         model_.setText("tf_name", lane->hasName ? text_utf8(laTask_WithoutFake(lane->name))
@@ -209,19 +210,19 @@ void open_detail(_LaCanvasData& canvas, const laItemRef& item) {
     if (canvas.calls.host == nullptr) return;
     const std::string& term = canvas.list.objectTerm;
     switch (item.itype) {
-        case laItemType_Line:
+        case laItemType::Line:
             detail_Open<StatusDetail>(canvas, detail_StatusWindow(term), numbered("S", statuses, canvas),
                                       detail_StatusOf(canvas, item));
             return;
-        case laItemType_Bitmap:
+        case laItemType::Bitmap:
             detail_Open<EventDetail>(canvas, detail_EventWindow(term, canvas.source.osKind != Os_ThreadX),
                                      numbered("E", events, canvas), detail_EventOf(canvas, item.index));
             return;
-        case laItemType_Ctx:
+        case laItemType::Ctx:
             detail_Open<SwitchDetail>(canvas, detail_SwitchWindow(term), numbered("CS", switches, canvas),
                                       detail_SwitchOf(canvas, item.index));
             return;
-        default:
+        case laItemType::None:
             return;
     }
 }
@@ -246,7 +247,7 @@ std::string DetailWindow::ObjectText(uint32_t object) const {
 }
 
 std::string DetailWindow::TimeText(double time) const {
-    return laTip_Time(canvas_, time) + " " + laTime_UnitName(canvas_, true);
+    return laTip_Time(canvas_, time) + " " + laTime_UnitName(canvas_.axis, true);
 }
 
 std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed) {
@@ -255,7 +256,7 @@ std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed)
 
 void detail_OpenTask(_LaCanvasData& canvas, uint32_t objectId) {
     if (canvas.calls.host == nullptr) return;
-    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
     if (lane == nullptr || lane->isAgent) return laCanvas_Refuse(canvas, taskGone);
     detail_Open<ObjectDetail>(canvas, detail_TaskWindow(canvas.list.objectTerm), canvas.list.objectTerm,
                               objectId);

@@ -3,7 +3,7 @@
 // number may be open; the canvas closes them with itself (viewWindows).
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/description.h"
 
 // Makes double clicks and menus of the canvas open these windows (openDetail, openInfo). Does nothing where

@@ -7,7 +7,7 @@
 #include "chronoweave/analysis/object_tree.h"
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/commands.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -33,13 +33,13 @@ class DetailTest : public testing::Test {
 
     void OpenStatus(uint32_t object, double time) {
         uint32_t at = laNoLane;
-        ASSERT_TRUE(laCanvas_FindLane(canvas, object, &at));
+        ASSERT_TRUE(laCanvas_FindLane(canvas.items, object, &at));
         for (size_t i = 0; i < canvas.items.lanes[at].segments.size(); ++i)
             if (canvas.items.lanes[at].segments[i].t0 == time)
-                return canvas.calls.openDetail({laItemType_Line, at, i});
+                return canvas.calls.openDetail({laItemType::Line, at, i});
         FAIL() << "no stretch at " << time;
     }
-    void OpenEvent(size_t icon) { canvas.calls.openDetail({laItemType_Bitmap, 0, icon}); }
+    void OpenEvent(size_t icon) { canvas.calls.openDetail({laItemType::Bitmap, 0, icon}); }
 
     RecordingHost host;
     TestCanvas test;
@@ -124,7 +124,7 @@ TEST_F(DetailTest, StatusWalks) {
 
 TEST_F(DetailTest, GoMovesTheCursorAndSaysWhatIsInvisible) {
     Open(status_trace());
-    laCanvas_FindLane(canvas, 0x400)->hidden = false;
+    laCanvas_FindLane(canvas.items, 0x400)->hidden = false;
     OpenStatus(0x400, 4.0);
     Press("g_next");
     EXPECT_EQ(Text("tf_status"), "EvWait") << "an invisible status can be walked to";
@@ -258,7 +258,7 @@ TEST_F(DetailTest, StatusWalksVisitAllStretches) {
         for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
             for (size_t s = 0; s < canvas.items.lanes[i].segments.size(); ++s)
                 if (canvas.items.lanes[i].segments[s].t1 > canvas.items.lanes[i].segments[s].t0)
-                    stretches.push_back(detail_StatusOf(canvas, {laItemType_Line, i, s}));
+                    stretches.push_back(detail_StatusOf(canvas, {laItemType::Line, i, s}));
         canvas.options.prefetch = false;
         laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 20, false, true);
         for (size_t i = 0; i + 1 < stretches.size(); ++i) {
@@ -325,7 +325,7 @@ TEST_F(DetailTest, SwitchWalksVisitAllSwitches) {
 
 TEST_F(DetailTest, ASwitchWindow) {
     Open(switching(9, 40));
-    canvas.calls.openDetail({laItemType_Ctx, laNoLane, 3});
+    canvas.calls.openDetail({laItemType::Ctx, laNoLane, 3});
     const DetailSwitch shown = detail_SwitchOf(canvas, 3), next = detail_SwitchOf(canvas, 4);
     EXPECT_EQ(Window().title().substr(0, 5), "CS-W ");
     EXPECT_EQ(Text("tf_ftaskid"), gen_format("0x%x", shown.fromObject));

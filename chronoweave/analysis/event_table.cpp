@@ -43,7 +43,7 @@ class Pattern {
 
 std::string object_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
     if (icon.lane == laNoLane) return {};
-    return text_utf8(laTask_WithoutFake(laCanvas_LaneName(canvas, canvas.items.lanes[icon.lane])));
+    return text_utf8(laTask_WithoutFake(laCanvas_LaneName(canvas.list, canvas.items.lanes[icon.lane])));
 }
 std::string event_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
     return text_utf8(laItem_EventName(canvas, icon));
@@ -66,13 +66,13 @@ std::string extra_text(const _LaCanvasData& canvas, const EventRecord& event, in
 class IconReader {
   public:
     IconReader(const _LaCanvasData& canvas, uint32_t first) : canvas_(canvas) {
-        const uint32_t wanted = laItem_StoreSequence(canvas, canvas.items.bitmaps[first]);
+        const uint32_t wanted = laItem_StoreSequence(canvas.items, canvas.items.bitmaps[first]);
         // A walk from a checkpoint begins one event later, so it begins one earlier.
         mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 0, nullptr, walk_);
     }
     // False when the store ends ahead of it.
     bool Read(uint32_t icon) {
-        const uint32_t wanted = laItem_StoreSequence(canvas_, canvas_.items.bitmaps[icon]);
+        const uint32_t wanted = laItem_StoreSequence(canvas_.items, canvas_.items.bitmaps[icon]);
         while (mt_NextEvent(walk_, event))
             if (event.sequence >= wanted) return event.sequence == wanted;
         return false;
@@ -208,7 +208,7 @@ bool EventTable::Escape(const std::string& item) {
 void EventTable::Filter() {
     basis_ = Present();
     texts_.clear();
-    list_.SetHeader(0, Column_Time, std::string("Time (") + laTime_UnitName(canvas_, true) + "s)");
+    list_.SetHeader(0, Column_Time, std::string("Time (") + laTime_UnitName(canvas_.axis, true) + "s)");
     std::vector<uint32_t> ids = Candidates();
     const bool stopped = NeedsText() && !FilterByText(ids);
     if (!NeedsText()) textStates_ = {};
@@ -234,7 +234,7 @@ std::vector<uint32_t> EventTable::Candidates() const {
     }
     std::vector<uint32_t> ids;
     const uint32_t end = canvas_.items.bitmaps.size();
-    for (uint32_t i = laBm_FirstAt(canvas_, canvas_.view.viewLow);
+    for (uint32_t i = laBm_FirstAt(canvas_.items, canvas_.view.viewLow);
          i < end && canvas_.items.bitmaps[i].time <= canvas_.view.viewHigh; ++i) {
         const laItem_Bitmap& icon = canvas_.items.bitmaps[i];
         if (icon.lane == laNoLane || !lanes[icon.lane]) continue;
@@ -310,7 +310,7 @@ void EventTable::SelectIcon(uint32_t icon, bool scroll) {
     list_.SelectOnly(row);
     if (!scroll) return;
     list_.ScrollToRow(row);
-    canvas_.marks.markedEvent = laItem_StoreSequence(canvas_, canvas_.items.bitmaps[icon]);
+    canvas_.marks.markedEvent = laItem_StoreSequence(canvas_.items, canvas_.items.bitmaps[icon]);
 }
 
 void EventTable::Choose(int row) {
@@ -324,7 +324,7 @@ void EventTable::Choose(int row) {
 void EventTable::Activate(int row) {
     if (row < 0 || row >= list_.RowCount() || Present() != basis_ || !canvas_.calls.openDetail) return;
     const auto icon = static_cast<uint32_t>(list_.RowId(row));
-    canvas_.calls.openDetail({laItemType_Bitmap, canvas_.items.bitmaps[icon].lane, icon});
+    canvas_.calls.openDetail({laItemType::Bitmap, canvas_.items.bitmaps[icon].lane, icon});
 }
 
 // A cursor that was moved elsewhere brings the rows about it into sight.
@@ -333,7 +333,7 @@ void EventTable::FollowCursor() {
     if (time == cursor_) return;
     cursor_ = time;
     if (time < canvas_.view.viewLow || time > canvas_.view.viewHigh) return;
-    const int row = RowOf(laBm_FirstAt(canvas_, time));
+    const int row = RowOf(laBm_FirstAt(canvas_.items, time));
     list_.ScrollToRow(std::min(row, list_.RowCount() - 1));
 }
 

@@ -14,7 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/model.h"
 
 // "tf_object", "tf_event", "tf_text", the list "list" and the message "ts_info".

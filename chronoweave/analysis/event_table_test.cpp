@@ -10,7 +10,8 @@
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/pointer.h"
 #include "chronoweave/traxfunc/input/tips.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/geometry.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -151,7 +152,9 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     uint32_t icon = 0;
     for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i)
         if (canvas.items.bitmaps[i].time == 1.2) icon = i;
-    const laRect box = laItem_Rect(canvas, canvas.items.bitmaps[icon]);
+    const laRect box =
+        laItem_Rect(canvas.items, canvas.looks, {canvas.view, canvas.axis, canvas.graph->width},
+                    canvas.items.bitmaps[icon]);
     laPointer pointer(canvas);
     const laPointerEvent at{(box.left + box.right) / 2,
                             (box.top + box.bottom) / 2 - canvas.view.verticalOffset};
@@ -159,7 +162,7 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     pointer.Release(at);
     ASSERT_GE(model.selectedRow("list"), 0);
     EXPECT_EQ(Cell(model.selectedRow("list"), 0), "1.2");
-    EXPECT_EQ(canvas.marks.markedEvent, laItem_StoreSequence(canvas, canvas.items.bitmaps[icon]));
+    EXPECT_EQ(canvas.marks.markedEvent, laItem_StoreSequence(canvas.items, canvas.items.bitmaps[icon]));
     model.activate("list", 3);
     ASSERT_EQ(host.windows.size(), 1u);
     EXPECT_EQ(host.windows[0]->item("tf_comments").text, "value 1");

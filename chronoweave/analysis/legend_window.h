@@ -3,7 +3,7 @@
 // the window is open.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/description.h"
 
 // Makes "Legend" a command of the canvas: opens its one window, or raises it.

@@ -4,7 +4,7 @@
 
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -46,9 +46,9 @@ class LegendWindowTest : public testing::Test {
         ASSERT_TRUE(laCanvas_Command(canvas, "Legend"));
         ASSERT_EQ(host.windows.size(), 1u);
         window = host.windows[0].get();
-        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+        canvas.looks.legendChanged = false;
     }
-    bool Changed() const { return (canvas.view.flags & Canvas_LegendChanged) != 0; }
+    bool Changed() const { return canvas.looks.legendChanged; }
     // The first row of the list that shows this name.
     int Row(const std::string& name, int from = 0) const {
         const MScrollList& list = window->list("list");
@@ -138,7 +138,7 @@ TEST_F(LegendWindowTest, VisibilityGoesToNamesakesAndRollsUp) {
     for (const int clicks : {1, 2}) window->clickRow("list", Row("Give"), 3, clicks);
     EXPECT_EQ(Visibility(Row("Give")), "Invisible") << "a double click is two clicks";
     canvas.options.refreshInterval += 100;
-    canvas.view.flags |= Canvas_LegendChanged;
+    canvas.looks.legendChanged = true;
     window->clickRow("list", Row("Give"), 3);
     while (window->item("bt_undo").enabled) window->press("bt_undo");
     EXPECT_TRUE(Changed()) << "the refresh interval still is";

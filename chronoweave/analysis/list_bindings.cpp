@@ -3,9 +3,9 @@
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -39,8 +39,8 @@ class BookmarkList {
     }
     std::string objectOf(const LaBookmark& mark) {
         if (mark.objectId == laAgentId) return {};
-        const laItem_Line* lane = laCanvas_FindLane(canvas_, mark.objectId);
-        return lane ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas_, *lane)))
+        const laItem_Line* lane = laCanvas_FindLane(canvas_.items, mark.objectId);
+        return lane ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas_.list, *lane)))
                     : gen_format("0x%x", mark.objectId);
     }
     void fill(size_t select) {
@@ -48,7 +48,7 @@ class BookmarkList {
         for (size_t i = 0; i < canvas_.marks.bookmarks.size(); ++i) {
             const LaBookmark& mark = canvas_.marks.bookmarks[i];
             DialogRow row;
-            row.cells = {text_unescape(mark.label), laTime_Text(canvas_, mark.time), objectOf(mark),
+            row.cells = {text_unescape(mark.label), laTime_Text(canvas_.axis, mark.time), objectOf(mark),
                          gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
             row.id = i;
             rows.push_back(std::move(row));

@@ -21,7 +21,7 @@ class RelativeNode : public MSLTreeNode {
     RelativeNode(const _LaCanvasData& canvas, const MslObjectEntry& entry)
         : MSLTreeNode(true),
           name_(text_utf8(laTask_WithoutFake(entry.name))),
-          tip_(canvas.list.taskList->RowTip(entry)) {
+          tip_(canvas.taskList->RowTip(entry)) {
         if (entry.lane < canvas.items.lanes.size()) {
             const laItem_Line& lane = canvas.items.lanes[entry.lane];
             object_ = lane.objectId;
@@ -123,7 +123,7 @@ DialogDescription object_InfoWindow(const std::string& term) {
 void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {
     static unsigned windows = 1;
     if (canvas.calls.host == nullptr || canvas.axis.timeMode == Time_Tick) return;
-    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
     if (lane == nullptr || lane->isAgent || lane->listEntry == nullptr) return;
     // The whole of the topmost group; the entry above that stands for no row.
     const MslObjectEntry* top = lane->listEntry;

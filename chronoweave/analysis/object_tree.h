@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/description.h"
 
 // Opens one. Nothing in tick mode, for an object that the canvas doesn't have, and where it has no host.

@@ -77,7 +77,7 @@ void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas) {
     std::from_chars(text.data(), text.data() + text.size(), value);  // 0 when there is none, or too large
     if (value < 1 || value == canvas.options.refreshInterval) return;
     canvas.options.refreshInterval = value;
-    canvas.view.flags |= Canvas_LegendChanged;
+    canvas.looks.legendChanged = true;
     if (canvas.calls.upper.refreshIntervalChanged) canvas.calls.upper.refreshIntervalChanged();
 }
 

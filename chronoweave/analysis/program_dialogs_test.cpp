@@ -4,7 +4,7 @@
 
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/menus.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "windlib/dialog/host_testing.h"
 
 namespace {
@@ -36,12 +36,12 @@ TEST_F(ProgramDialogs, OnlyANewPeriodIsTaken) {
         {"", "bs_ok", 250, false},   {"99999999999", "bs_ok", 250, false}, {"40 ms", "bs_ok", 40, true}};
     for (const auto& one : cases) {
         restarted = 0;
-        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+        canvas.looks.legendChanged = false;
         Answer("tf_val", one.text, one.button);
         dialogs_AskRefreshInterval(host, canvas);
         EXPECT_EQ(canvas.options.refreshInterval, one.period) << one.text;
         EXPECT_EQ(restarted, one.changed ? 1 : 0) << one.text;
-        EXPECT_EQ((canvas.view.flags & Canvas_LegendChanged) != 0, one.changed) << one.text;
+        EXPECT_EQ(canvas.looks.legendChanged, one.changed) << one.text;
     }
     host.drive = [](DialogModel& model) {
         EXPECT_EQ(model.item("tf_val").text, "40");
@@ -57,7 +57,7 @@ TEST_F(ProgramDialogs, TheCanvasTakesAName) {
     Answer("tf_val", "", "bs_ok");
     EXPECT_FALSE(dialogs_AskCanvasName(host, canvas, "old"));
     EXPECT_EQ(canvas.source.canvasName, "Night run");
-    EXPECT_EQ(canvas.view.flags & Canvas_LegendChanged, 0u);
+    EXPECT_FALSE(canvas.looks.legendChanged);
 }
 
 TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/search_dialogs.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "windlib/dialog/host.h"
 

@@ -6,6 +6,7 @@
 #include "chronoweave/analysis/report_texts.h"
 #include "chronoweave/analysis/search_window.h"
 #include "chronoweave/analysis/table_text.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"

@@ -38,7 +38,7 @@ void RowLimit::Set(const std::vector<uint32_t>& shown, const std::vector<Named>&
     for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i)
         if (!canvas_.items.lanes[i].isAgent) take(laTask_PathOfLane(canvas_, canvas_.items.lanes[i]));
 
-    std::vector<laPath> hidden = canvas_.list.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
     std::unordered_set<std::string> known;
     for (const laPath& path : hidden)
         if (!path.wildcard) known.insert(path.Joined(separator));
@@ -56,7 +56,7 @@ void RowLimit::Lift() {
     set_ = false;
     std::unordered_set<std::string> gone;
     for (const laPath& path : added_) gone.insert(path.Joined(separator));
-    std::vector<laPath> hidden = canvas_.list.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
     std::erase_if(hidden, [&](const laPath& path) {
         return !path.wildcard && gone.count(path.Joined(separator)) != 0;
     });
@@ -66,7 +66,7 @@ void RowLimit::Lift() {
 
 void RowLimit::Apply(std::vector<laPath> paths) {
     laCanvas_Paint(canvas_, [&] {
-        canvas_.list.taskList->SetHiddenPaths(std::move(paths));
+        canvas_.taskList->SetHiddenPaths(std::move(paths));
         laCanvas_Resort(canvas_);
         laCanvas_Repaint(canvas_);
     });

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 namespace {
 constexpr double most_ticks = 4e18;

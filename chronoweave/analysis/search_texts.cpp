@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -65,7 +65,7 @@ std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
 AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names) {
     return {&canvas.looks.legend,   &names,
             canvas.list.objectTerm, canvas.list.objectTermLower,
-            canvas.axis.timeMode,   laTime_UnitName(canvas, true)};
+            canvas.axis.timeMode,   laTime_UnitName(canvas.axis, true)};
 }
 
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names) {

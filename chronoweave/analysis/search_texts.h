@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "chronoweave/analysis/search.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // The names of objects as they stand at the end of a store; an object that lost or never had a name, or whose
 // name shows nothing, has none.

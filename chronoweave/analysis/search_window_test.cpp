@@ -396,7 +396,7 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
         return ids;
     };
     const std::set<uint32_t> all = visible();
-    canvas.list.taskList->AddHiddenPath({{"four"}, false, 4});
+    canvas.taskList->AddHiddenPath({{"four"}, false, 4});
     const auto ends = [](DialogModel& d) {
         d.type("tf_from", "0.049");
         d.press("event");
@@ -415,7 +415,7 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
     ASSERT_TRUE(Window().check("only_rows", true));
     Window().dismiss();
     EXPECT_EQ(visible().size(), all.size() - 1);
-    EXPECT_EQ(canvas.list.taskList->hiddenPaths().size(), 1u);
+    EXPECT_EQ(canvas.taskList->hiddenPaths().size(), 1u);
 }
 
 TEST_F(SearchWindowTest, TablesAreCopiedAndSaved) {

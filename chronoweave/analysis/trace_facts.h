@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "chronoweave/analysis/search_texts.h"
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/model.h"
 
 struct TraceFacts {

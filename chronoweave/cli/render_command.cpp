@@ -4,10 +4,10 @@
 #include "chronoweave/cli/commands.h"
 #include "chronoweave/cli/opened.h"
 #include "chronoweave/cli/rows.h"
+#include "chronoweave/traxfunc/canvas/picture.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/picture.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/report.h"
@@ -41,7 +41,7 @@ void arrange(_LaCanvasData& canvas, const CommandLine& line) {
         laPath pattern;
         pattern.components = {line.hide};
         pattern.wildcard = true;
-        canvas.list.taskList->AddHiddenPath(pattern);
+        canvas.taskList->AddHiddenPath(pattern);
     }
 }
 
@@ -106,7 +106,7 @@ int command_Render(const CommandLine& line) {
         laCanvas_Resort(*canvas);
         int height = size->height;
         if (height == 0) {
-            const int rows = static_cast<int>(canvas->list.taskList->rows().size()) * canvas->looks.rowHeight;
+            const int rows = static_cast<int>(canvas->taskList->rows().size()) * canvas->looks.rowHeight;
             const int below =
                 laAxis_StripHeight(surface.fontMetrics(Font_Axis)) + laPicture_FooterHeight(graph.font);
             height =

@@ -13,6 +13,7 @@
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/qt/tool_bar.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/commands.h"

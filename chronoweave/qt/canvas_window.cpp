@@ -17,12 +17,13 @@
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/draw/scroll.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/fields.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/scroll.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
@@ -145,7 +146,7 @@ bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const st
     for (CanvasWindow* window : file.empty() ? windows() : windowsOf(file)) {
         _LaCanvasData& canvas = window->view_->canvas();
         if (!canvas.source.storeHasEvents || *time < 0 || *time > canvas.source.totalLength) continue;
-        canvas.view.flags &= ~Canvas_LiveRefresh;
+        canvas.source.liveRefresh = false;
         window->view_->draw([&] {
             laCanvas_MoveCursor(canvas, 0, *time);
             laCanvas_Reveal(canvas, *time, objectId == 0 ? laAgentId : objectId);
@@ -386,11 +387,11 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std:
         opened.error += opened.error.empty() ? text : "\n" + text;
     };
     _LaCanvasData& canvas = view_->canvas();
-    const uint32_t changed = canvas.view.flags & Canvas_LegendChanged;
+    const bool changed = canvas.looks.legendChanged;
     laLegend_OfferSave(canvas);  // what is saved now may be what is read next
     legend.misc = laLegend_Kept(canvas);
     if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height)) {
-        canvas.view.flags |= changed;
+        canvas.looks.legendChanged = canvas.looks.legendChanged || changed;
         return false;
     }
     laCanvas_CloseViews(canvas);

@@ -13,11 +13,11 @@
 
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/files.h"

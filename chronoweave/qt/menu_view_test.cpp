@@ -90,7 +90,7 @@ TEST_F(WindowMenus, RowsAndButtonsFollowTheSourceAndReachTheCanvas) {
     EXPECT_TRUE(Row("TraxView", "FlatView")->isChecked());
     Button("NoRefresh")->click();
     EXPECT_FALSE(Button("NoRefresh")->isChecked());
-    EXPECT_NE(canvas().view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_TRUE(canvas().source.liveRefresh);
     window->command("Close");
     EXPECT_FALSE(Button("ZoomIn")->isEnabled());
     EXPECT_EQ(window->windowTitle(), QStringLiteral("VOREL Chronoweave"));

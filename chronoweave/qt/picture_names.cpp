@@ -6,6 +6,7 @@
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/list/names.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "windlib/qt/platform.h"
 
@@ -91,7 +92,7 @@ void PictureView::moveNames(QPoint at) {
 
 // The names and the picture are two stations of the keyboard in one widget.
 void PictureView::focusNames(bool on) {
-    if (canvas_->list.taskList->focused == on) return;
+    if (canvas_->taskList->focused == on) return;
     draw([&] {
         if (!on) laNames_EndSearch(*canvas_);
         laNames_Focus(*canvas_, on);
@@ -99,8 +100,8 @@ void PictureView::focusNames(bool on) {
 }
 
 bool PictureView::focusNextPrevChild(bool next) {
-    const bool names = canvas_->list.taskList->focused;
-    if (next == names || canvas_->list.taskList->rows().empty()) {
+    const bool names = canvas_->taskList->focused;
+    if (next == names || canvas_->taskList->rows().empty()) {
         focusNames(false);
         return QWidget::focusNextPrevChild(next);
     }
@@ -114,7 +115,7 @@ void PictureView::focusInEvent(QFocusEvent* event) {
 }
 
 bool PictureView::keyToNames(const QKeyEvent& event) {
-    if (!canvas_->list.taskList->focused) return false;
+    if (!canvas_->taskList->focused) return false;
     const bool control = event.modifiers() & Qt::ControlModifier,
                shift = event.modifiers() & Qt::ShiftModifier;
     if (event.modifiers() & Qt::AltModifier) return false;
@@ -122,7 +123,7 @@ bool PictureView::keyToNames(const QKeyEvent& event) {
     const std::string typed = event.text().toStdString();
     draw([&] {
         const auto key = listKey(event);
-        if (key && !(*key == MslKey::Space && canvas_->list.taskList->list().Searching()))
+        if (key && !(*key == MslKey::Space && canvas_->taskList->list().Searching()))
             taken = laNames_Key(*canvas_, *key, control, shift);
         else if (event.key() == Qt::Key_Escape)
             laNames_EndSearch(*canvas_);
@@ -146,7 +147,7 @@ void PictureView::listMenu(MslObjectEntry* clicked) {
 void PictureView::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() != QContextMenuEvent::Keyboard || !canvas_->source.storeHasEvents) return;
     const std::vector<MslObjectEntry*> selected = laNames_Selected(*canvas_);
-    if (canvas_->list.taskList->focused) return listMenu(selected.empty() ? nullptr : selected.front());
+    if (canvas_->taskList->focused) return listMenu(selected.empty() ? nullptr : selected.front());
     const int x = canvas_->marks.cursor[0] >= canvas_->view.viewLow &&
                           canvas_->marks.cursor[0] <= canvas_->view.viewHigh
                       ? laCanvas_TimeToPixel(*canvas_, canvas_->marks.cursor[0], Time_Second)

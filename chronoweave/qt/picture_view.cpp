@@ -9,13 +9,14 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/scroll.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/scroll.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/names.h"
+#include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/gate.h"
 #include "windlib/lagraph/translated_surface.h"
@@ -379,7 +380,7 @@ void PictureView::drawSelectionLength(QPainter& painter) {
     const double last = std::max(canvas.marks.cursor[0], canvas.marks.cursor[1]);
     if (last < canvas.view.viewLow || last > canvas.view.viewHigh) return;
     const QString shown = QString::fromStdString(
-        laTime_Text(canvas, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
+        laTime_Text(canvas.axis, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
     painter.setFont(surfaceFonts().fonts[Font_Application]);
     const QFontMetrics& metrics = surfaceFonts().metrics[Font_Application];
     const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);
@@ -401,7 +402,8 @@ void PictureView::drawMarkedEvent(QPainter& painter) {
     const laItem_Bitmap& item = canvas_->items.bitmaps[static_cast<uint32_t>(*icon)];
     const bool seen = item.time >= canvas_->view.viewLow && item.time <= canvas_->view.viewHigh;
     if (!seen || item.lane == laNoLane || canvas_->items.lanes[item.lane].hidden) return;
-    const laRect box = laItem_Rect(*canvas_, item);
+    const laRect box = laItem_Rect(canvas_->items, canvas_->looks,
+                                   {canvas_->view, canvas_->axis, canvas_->graph->width}, item);
     const QRect frame(picture_.graphLeft + box.left - gap,
                       picture_.graphTop + box.top - canvas_->view.verticalOffset - gap,
                       box.right - box.left + 2 * gap, box.bottom - box.top + 2 * gap);

@@ -8,9 +8,10 @@
 #include <functional>
 #include <memory>
 
-#include "chronoweave/traxfunc/draw/picture.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/canvas/picture.h"
+#include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/pointer.h"
-#include "chronoweave/traxfunc/model/canvas.h"
 
 class PictureView : public QWidget {
     Q_OBJECT

@@ -13,8 +13,9 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxmain/driven_robot.h"
 #include "chronoweave/traxmain/trvgui.h"
@@ -122,9 +123,9 @@ void hide_by_menu(Robot& robot) {
     size_t before = 0, after = 0;
     QPoint row;
     robot.look([&] {
-        before = canvas_data().list.taskList->rows().size();
+        before = canvas_data().taskList->rows().size();
         PictureView& view = Robot::canvas()->view();
-        for (const MslObjectEntry* entry : canvas_data().list.taskList->rows())
+        for (const MslObjectEntry* entry : canvas_data().taskList->rows())
             if (entry->lane != laNoLane && entry->row > 0) {
                 row = view.mapToGlobal(
                     QPoint(40, view.picture().graphTop + entry->row * canvas_data().looks.rowHeight + 8));
@@ -133,7 +134,7 @@ void hide_by_menu(Robot& robot) {
     });
     robot.click(row, 3);
     robot.choose("Hide");
-    robot.look([&] { after = canvas_data().list.taskList->rows().size(); });
+    robot.look([&] { after = canvas_data().taskList->rows().size(); });
     robot.expect(after < before, "a row is hidden by its menu");
 }
 
@@ -146,7 +147,8 @@ void sort_around_event(Robot& robot) {
             if (canvas.items.lanes[one.lane].hidden ||
                 !canvas.looks.eventLooks[static_cast<size_t>(one.event)].shown)
                 continue;
-            const laRect box = laItem_Rect(canvas, one);
+            const laRect box =
+                laItem_Rect(canvas.items, canvas.looks, {canvas.view, canvas.axis, canvas.graph->width}, one);
             if (one.time < canvas.view.viewLow || box.left < 20 || box.right > canvas.graph->width - 20)
                 continue;
             icon = on_screen((box.left + box.right) / 2, box.top + 3 - canvas.view.verticalOffset);
@@ -245,7 +247,7 @@ TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
             robot.expect(canvas.looks.legend.statuses[0].red == 0x1200, "the colour was saved");
             robot.expect(canvas.marks.bookmarks.size() == 1 || canvas.marks.bookmarks.size() == 2,
                          "bookmarks are back");
-            robot.expect(!canvas.list.taskList->hiddenPaths().empty(), "what was hidden is hidden");
+            robot.expect(!canvas.taskList->hiddenPaths().empty(), "what was hidden is hidden");
         });
         robot.key("ctrl+q");
     });

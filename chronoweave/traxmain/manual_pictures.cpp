@@ -16,9 +16,9 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "windlib/qt/platform.h"
 
@@ -145,11 +145,11 @@ void keep_bookmarks(CanvasWindow& window) {
 // The windows of the first event in the view, and of its object.
 void keep_details(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
-    const uint32_t icon = laBm_FirstAt(canvas, canvas.view.viewLow);
+    const uint32_t icon = laBm_FirstAt(canvas.items, canvas.view.viewLow);
     const uint32_t lane = canvas.items.bitmaps[icon].lane;
     canvas.calls.openInfo(canvas.items.lanes[lane].objectId);
     keepOpened("ObjectInfo", "info");
-    canvas.calls.openDetail({laItemType_Bitmap, lane, icon});
+    canvas.calls.openDetail({laItemType::Bitmap, lane, icon});
     keepOpened("EventDetail", "details");
 }
 

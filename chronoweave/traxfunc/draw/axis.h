@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // The tick step for the present view and width. Sets tickDigits, tickFormat and tickBase; tickDigits is -1,
 // and the result 1.0, when not even one label fits.
@@ -19,9 +19,10 @@ std::string laAxis_PatternText(const _LaCanvasData& canvas);
 int laAxis_Top(const _LaCanvasData& canvas);
 int laAxis_StripHeight(const FontMetrics& font);
 
-// Repaints the strip between two columns, or all of it when the labels changed. May refine the unit
-// (auto-adjust). Nothing with no surface.
-void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1);
+// Whether a smaller unit may be taken so that the labels need few digits.
+enum class laUnitRule { Adjust, Keep };
+// Repaints the strip between two columns, or all of it when the labels changed. Nothing with no surface.
+void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule = laUnitRule::Adjust);
 // The strip's ground between two columns, with the selection; gives the selection's columns, -1 and -1 when a
 // cursor is unset. A cursor left of the view counts as column -1.
 void laAxis_DrawBand(const _LaCanvasData& canvas, int x0, int x1, int& left, int& right);

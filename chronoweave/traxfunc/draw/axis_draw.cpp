@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/model/time.h"
 
@@ -39,15 +40,16 @@ struct TickPass {
 };
 
 // Refines the unit until the labels need few digits. True when it drew the axis anew.
-bool auto_adjust(_LaCanvasData& canvas) {
-    if ((canvas.view.flags & Canvas_AutoAdjustUnit) == 0 || (canvas.view.flags & Canvas_UserUnitChange) != 0)
-        return false;
+bool auto_adjust(_LaCanvasData& canvas, laUnitRule rule) {
+    if (!canvas.axis.autoAdjustUnit || rule == laUnitRule::Keep) return false;
     if (canvas.axis.timeMode >= Time_Nanosecond) return false;
     int mode = canvas.axis.timeMode;
     for (; canvas.axis.tickDigits > 2 && mode < Time_Nanosecond; ++mode) canvas.axis.tickDigits -= 3;
     if (mode == canvas.axis.timeMode) return false;
     canvas.axis.tickStep = 0;  // a full repaint, whatever the digits
-    laCanvas_SetTimeMode(canvas, mode, true);
+    canvas.axis.timeMode = mode;
+    laAxis_Draw(canvas, 0, canvas.graph->width, rule);
+    laCanvas_UpdateTotal(canvas);
     return true;
 }
 
@@ -70,7 +72,7 @@ void draw_ticks(_LaCanvasData& canvas, double from, double to, const TickPass& p
 void new_labels(_LaCanvasData& canvas, double step) {
     canvas.axis.tickStep = step;
     canvas.fields.tickPattern = laAxis_PatternText(canvas);
-    canvas.fields.tickUnit = laTime_UnitName(canvas, true);
+    canvas.fields.tickUnit = laTime_UnitName(canvas.axis, true);
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
 }
 
@@ -99,7 +101,7 @@ void laAxis_DrawBand(const _LaCanvasData& canvas, int c0, int c1, int& left, int
     clear(right + 1, c1);
 }
 
-void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1) {
+void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule) {
     LaGraph& graph = *canvas.graph;
     if (graph.surface == nullptr || canvas.view.viewLength < 1e-12 || graph.width <= 0) return;
     const int oldDigits = canvas.axis.tickDigits, oldFormat = canvas.axis.tickFormat;
@@ -107,7 +109,7 @@ void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1) {
     if (x0 != 0) --x0;
     ++x1;
     const double step = laAxis_ChooseStep(canvas);
-    if (auto_adjust(canvas)) return;
+    if (auto_adjust(canvas, rule)) return;
 
     int left = -1, right = -1;
     if (canvas.axis.tickDigits < 0) {
@@ -120,8 +122,8 @@ void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1) {
     double from = std::floor(low / step) * step;
     double to = laTime_Convert(Time_Second, canvas.view.viewHigh, canvas.axis.timeMode);
     if (same) {
-        from = std::max(from, std::floor(laCanvas_PixelToUnit(canvas, x0) / step) * step);
-        to = std::min(to, laCanvas_PixelToUnit(canvas, x1 + 1));
+        from = std::max(from, std::floor(laCanvas_PixelToUnit(canvas.view, canvas.axis, x0) / step) * step);
+        to = std::min(to, laCanvas_PixelToUnit(canvas.view, canvas.axis, x1 + 1));
     } else {
         x0 = 0;
         x1 = graph.width;

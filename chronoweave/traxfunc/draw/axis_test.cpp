@@ -4,8 +4,10 @@
 
 #include <cmath>
 
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 
 namespace {
 
@@ -42,7 +44,7 @@ TEST(Time, MarksWhatLiesOutsideTheView) {
                             Case{4.0, 0, 500}, Case{4000.0, 1, 500}, Case{4e9, 3, 500}})
         EXPECT_EQ(laCanvas_TimeToPixel(*test.canvas, one.value, one.mode), one.x) << one.value;
     test.canvas->axis.timeMode = Time_Millisecond;
-    EXPECT_DOUBLE_EQ(laCanvas_PixelToUnit(*test.canvas, 500), 4000.0);
+    EXPECT_DOUBLE_EQ(laCanvas_PixelToUnit(test.canvas->view, test.canvas->axis, 500), 4000.0);
     test.canvas->axis.timeMode = Time_Sequential;
     EXPECT_EQ(laCanvas_TimeToPixel(*test.canvas, 0, Time_Sequential), 0);
     EXPECT_EQ(laCanvas_TimeToPixel(*test.canvas, 8, Time_Sequential), 2000);
@@ -54,16 +56,17 @@ TEST(Time, ColumnsAndTimesAgreeInBothDirections) {
     for (double length : {1e-6, 0.37, 12.0, 5000.0})
         for (double low : {0.0, 3.25, 777.0}) {
             set_view(*test.canvas, low, length);
-            const laTimeScale scale(*test.canvas);
+            const laTimeScale scale(test.canvas->view, test.canvas->axis, test.canvas->graph->width);
             for (int x = 0; x < 1920; x += 37)
                 EXPECT_EQ(scale.toPixel(scale.toTime(x)), x) << length << " " << low;
-            const uint64_t pixel = laCanvas_AbsolutePixel(*test.canvas, low + length / 2);
-            EXPECT_EQ(laCanvas_AbsolutePixel(*test.canvas, laCanvas_AbsoluteTime(*test.canvas, pixel)),
-                      pixel);
+            const uint64_t pixel = laCanvas_AbsolutePixel(test.canvas->view, low + length / 2);
+            EXPECT_EQ(
+                laCanvas_AbsolutePixel(test.canvas->view, laCanvas_AbsoluteTime(test.canvas->view, pixel)),
+                pixel);
         }
     test.canvas->view.pixelsPerUnit = 1e18;
-    EXPECT_EQ(laCanvas_AbsolutePixel(*test.canvas, 1e9), UINT64_MAX);
-    EXPECT_EQ(laCanvas_AbsolutePixel(*test.canvas, -3), 0u);
+    EXPECT_EQ(laCanvas_AbsolutePixel(test.canvas->view, 1e9), UINT64_MAX);
+    EXPECT_EQ(laCanvas_AbsolutePixel(test.canvas->view, -3), 0u);
 }
 
 TEST(Time, TrimsZerosBehindThePointOnly) {
@@ -180,7 +183,7 @@ TEST(Axis, RefinesTheUnitByItselfUnlessTheUserSetIt) {
     test.canvas->axis.timeMode = Time_Tick;
     laCanvas_NextTimeMode(*test.canvas);
     EXPECT_EQ(test.message(), "Cannot change tick into other units.");
-    laCanvas_SetTimeMode(*test.canvas, Time_Sequential, true);
+    laCanvas_SetTimeMode(*test.canvas, Time_Sequential);
     EXPECT_EQ(test.message(), "Can't change unit into or from SEQUENTIAL mode.");
     EXPECT_EQ(test.canvas->axis.timeMode, Time_Tick);
     EXPECT_EQ(test.beeps, 2);

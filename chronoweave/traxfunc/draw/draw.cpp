@@ -2,12 +2,14 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw_items.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/scroll.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/scroll.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 
@@ -18,7 +20,7 @@ bool catch_up(_LaCanvasData& canvas) {
     LaGraph& graph = *canvas.graph;
     canvas.view.verticalOffset = static_cast<int>(graph.vertical.position());
     if (graph.horizontal.position() != canvas.view.scrollPosition) {
-        const double low = laCanvas_AbsoluteTime(canvas, graph.horizontal.position());
+        const double low = laCanvas_AbsoluteTime(canvas.view, graph.horizontal.position());
         if (!laCanvas_ShowRange(canvas, low, low + canvas.view.viewLength, false, false))
             graph.horizontal.setPosition(canvas.view.scrollPosition);
     } else if (graph.width != canvas.view.laidOutWidth) {
@@ -51,12 +53,12 @@ void paint_cursors(_LaCanvasData& canvas, const laRect& part) {
     Surface& surface = *canvas.graph->surface;
     surface.pushClip(part.left, part.top, part.right - part.left, part.bottom - part.top, true);
     for (int which = 0; which < 2; ++which) {
-        if (which == 1 && (canvas.view.flags & Canvas_SecondCursor) == 0) continue;
+        if (which == 1 && !canvas.marks.secondShown) continue;
         const double time = canvas.marks.cursor[which];
         if (time < canvas.view.viewLow || time > canvas.view.viewHigh || time < 0) continue;
         const int x = laCanvas_TimeToPixel(canvas, time, Time_Second);
         if (x < part.left || x >= part.right || x >= canvas.graph->width) continue;
-        const bool dragged = which == 1 && (canvas.view.flags & Canvas_CursorDragged) != 0;
+        const bool dragged = which == 1 && canvas.marks.secondDragged;
         if (dragged) surface.setExclusiveOr(true);
         laCanvas_DrawCursor(canvas, x, false, nullptr, false, dragged ? 0xFFFFFF : surface.foreground());
         if (dragged) surface.setExclusiveOr(false);
@@ -132,11 +134,11 @@ void laCanvas_DrawCursor(_LaCanvasData& canvas, int x, bool showMessage, const c
         laCanvas_UpdateFields(canvas, 0, message);
         return;
     }
-    const std::string time = laTime_TrimZeros(
-        gen_format("%.*f", std::max(0, canvas.axis.tickDigits + 3), laCanvas_PixelToUnit(canvas, x)));
+    const std::string time = laTime_TrimZeros(gen_format("%.*f", std::max(0, canvas.axis.tickDigits + 3),
+                                                         laCanvas_PixelToUnit(canvas.view, canvas.axis, x)));
     const std::string text = canvas.axis.timeMode == Time_Sequential
                                  ? gen_format("%s Sequences.", time.c_str())
-                                 : gen_format("%s %ss.", time.c_str(), laTime_UnitName(canvas, true));
+                                 : gen_format("%s %ss.", time.c_str(), laTime_UnitName(canvas.axis, true));
     laCanvas_UpdateFields(canvas, 0, text.c_str());
 }
 

@@ -6,7 +6,7 @@
 // All coordinates that reach the surface lie in the drawing area or close to it.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Rows y0 to y1 and columns x0 to x1 of the drawing area, axis strip included; the last ones are not
 // included. With widen, items that reach into the rectangle from outside are drawn too. First takes over the

@@ -25,7 +25,7 @@ class LanePainter {
     LanePainter(const laPaint& paint, const laItem_Line& lane)
         : paint_(paint),
           segments_(lane.segments),
-          y_(laLn_LineY(paint.canvas, lane) - paint.canvas.view.verticalOffset),
+          y_(laLn_LineY(paint.canvas.looks, lane) - paint.canvas.view.verticalOffset),
           width_(paint.canvas.graph->width) {}
 
     void Draw() {
@@ -89,7 +89,7 @@ class LanePainter {
 // The icons of one lane that meet the rectangle.
 void draw_icons(const laPaint& paint, const laItem_Line& lane) {
     const _LaCanvasData& canvas = paint.canvas;
-    const int centre = laLn_IconY(canvas, lane) - canvas.view.verticalOffset;
+    const int centre = laLn_IconY(canvas.looks, lane) - canvas.view.verticalOffset;
     laIconWalk walk(canvas, lane, paint.scale, paint.rect.right);
     for (laShownIcon shown; walk.Next(shown);) {
         const LaEventLook& look = canvas.looks.eventLooks[lane.iconEvents[shown.number]];

@@ -4,14 +4,19 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 // One repaint. rect is in columns of the area and rows of the content, inside the data area; its ends are not
 // included.
 struct laPaint {
     laPaint(const _LaCanvasData& data, Surface& target, const laRect& part)
-        : canvas(data), surface(target), scale(data), rect(part), dataHeight(0) {}
+        : canvas(data),
+          surface(target),
+          scale(data.view, data.axis, data.graph->width),
+          rect(part),
+          dataHeight(0) {}
 
     const _LaCanvasData& canvas;
     Surface& surface;

@@ -17,7 +17,7 @@ class SwitchPainter {
             const laItem_Line& lane = canvas_.items.lanes[i];
             const laItem_Line& at =
                 lane.hidden && agentShown ? canvas_.items.lanes[canvas_.items.hiddenAgent] : lane;
-            const int y = laLn_LineY(canvas_, at) - canvas_.view.verticalOffset;
+            const int y = laLn_LineY(canvas_.looks, at) - canvas_.view.verticalOffset;
             ends_[i].y = std::clamp(y, 0, paint.dataHeight);
             ends_[i].hidden = lane.hidden ? (agentShown ? End::AtAgent : End::AtAgent | End::Nowhere) : 0;
             ends_[i].beyond = y < 0 ? End::Above : y > paint.dataHeight ? End::Below : 0;
@@ -64,7 +64,7 @@ class SwitchPainter {
     void DrawInOrder() {
         const Table<laItem_Ctx>& lines = canvas_.items.ctxLines;
         const double high = High();
-        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
+        for (uint32_t i = laCtx_FirstAt(canvas_.items, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
             Add(lines[i]);
         Flush();
     }
@@ -83,7 +83,7 @@ class SwitchPainter {
         const auto column = [&](size_t at) {
             return paint_.scale.toPixel(lines[static_cast<uint32_t>(at)].t0);
         };
-        for (uint32_t i = laCtx_FirstAt(canvas_, Low()); i < lines.size() && lines[i].t0 <= high;) {
+        for (uint32_t i = laCtx_FirstAt(canvas_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
             lastX_ = column(i);
             const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
             // Two that take turns cross the same rows each time.

@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <map>
 
+#include "chronoweave/traxfunc/canvas/picture.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/picture.h"
 #include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -28,7 +29,7 @@ class Clusters : public testing::Test {
         canvas.looks.eventLooks[1] = {second, 20, 10, true};
         canvas.looks.maxIconWidth = 20;
         canvas.looks.overlapIcon = NoIcon;
-        for (uint32_t id : {1u, 2u}) laLn_New(canvas, id);
+        for (uint32_t id : {1u, 2u}) laLn_New(canvas.items, id);
         canvas.source.totalLength = canvas.source.scrollExtent = 1000 * unit;
         laCanvas_ShowRange(canvas, 0, 1000 * unit, false, true);
         laCanvas_Resort(canvas);
@@ -36,14 +37,14 @@ class Clusters : public testing::Test {
     void ASSERT_LOAD() { EXPECT_TRUE(laCanvas_LoadLegend(*test.canvas, test_legend())); }
 
     void Icon(int x, uint32_t lane = 0, int32_t event = 0) {
-        laBm_Append(*test.canvas, {x * unit, lane, test.canvas->items.bitmaps.size(), event, 1, 0});
+        laBm_Append(test.canvas->items, {x * unit, lane, test.canvas->items.bitmaps.size(), event, 1, 0});
     }
     // Icons drawn in a lane, as pairs of column and handle.
     std::vector<std::pair<int, IconHandle>> Drawn(uint32_t lane = 0) {
         test.surface.forget();
         laCanvas_Repaint(*test.canvas);
         std::vector<std::pair<int, IconHandle>> drawn;
-        const int middle = laLn_IconY(*test.canvas, test.canvas->items.lanes[lane]);
+        const int middle = laLn_IconY(test.canvas->looks, test.canvas->items.lanes[lane]);
         for (const SurfaceOp& op : test.surface.of(SurfaceOp::Icon))
             if (op.y0 == middle - 5) drawn.emplace_back(op.x0, op.icon);
         return drawn;
@@ -88,7 +89,7 @@ TEST_F(Clusters, OlderRuleShowsWhatTheIconBeforeLeavesFree) {
 
 TEST_F(Clusters, SwitchesOfAColumnAreDrawnOnlyAsFarAsTheyShow) {
     _LaCanvasData& canvas = *test.canvas;
-    for (uint32_t id : {3u, 4u}) laLn_New(canvas, id);
+    for (uint32_t id : {3u, 4u}) laLn_New(canvas.items, id);
     laCanvas_Resort(canvas);
     const int32_t plain = canvas.looks.legend.contextSwitchStatus;
     for (const auto& [x, from, to] :
@@ -98,7 +99,7 @@ TEST_F(Clusters, SwitchesOfAColumnAreDrawnOnlyAsFarAsTheyShow) {
     std::map<int, std::vector<std::pair<int, int>>> columns;
     for (const SurfaceOp& op : test.surface.of(SurfaceOp::StyledLine))
         columns[op.x0].emplace_back(op.y0, op.y1);
-    const auto y = [&](uint32_t lane) { return laLn_LineY(canvas, canvas.items.lanes[lane]); };
+    const auto y = [&](uint32_t lane) { return laLn_LineY(canvas.looks, canvas.items.lanes[lane]); };
     EXPECT_EQ(columns[10], (std::vector<std::pair<int, int>>{{y(0), y(3)}}));
     EXPECT_EQ(columns[11], (std::vector<std::pair<int, int>>{{y(1), y(2)}, {y(2), y(3)}}));
 }
@@ -107,18 +108,18 @@ TEST_F(Clusters, SwitchOfAHiddenObjectRunsToTheAgentAndIsInvisibleWithoutOne) {
     _LaCanvasData& canvas = *test.canvas;
     canvas.items.ctxLines.push_back({1, 0, 1, canvas.looks.legend.contextSwitchStatus});
     int y0 = 0, y1 = 0;
-    EXPECT_TRUE(laCtx_Ends(canvas, canvas.items.ctxLines[0], y0, y1));
+    EXPECT_TRUE(laCtx_Ends(canvas.items, canvas.looks, canvas.items.ctxLines[0], y0, y1));
     canvas.items.lanes[1].hidden = true;
-    EXPECT_FALSE(laCtx_Ends(canvas, canvas.items.ctxLines[0], y0, y1));
+    EXPECT_FALSE(laCtx_Ends(canvas.items, canvas.looks, canvas.items.ctxLines[0], y0, y1));
     laItem_Line agent;
     agent.isAgent = true;
     agent.hidden = false;
     agent.y = 300;
     canvas.items.hiddenAgent = canvas.items.lanes.push_back(std::move(agent));
-    EXPECT_TRUE(laCtx_Ends(canvas, canvas.items.ctxLines[0], y0, y1));
-    EXPECT_EQ(y1, laLn_LineY(canvas, canvas.items.lanes[2]));
+    EXPECT_TRUE(laCtx_Ends(canvas.items, canvas.looks, canvas.items.ctxLines[0], y0, y1));
+    EXPECT_EQ(y1, laLn_LineY(canvas.looks, canvas.items.lanes[2]));
     canvas.items.lanes[0].hidden = true;
-    EXPECT_FALSE(laCtx_Ends(canvas, canvas.items.ctxLines[0], y0, y1));
+    EXPECT_FALSE(laCtx_Ends(canvas.items, canvas.looks, canvas.items.ctxLines[0], y0, y1));
 }
 
 TEST_F(Clusters, DashesStandStillWhileThePictureScrolls) {
@@ -237,7 +238,7 @@ TEST(Draw, CursorsAndTheirMessage) {
     test.ShowAll();
     canvas.marks.cursor[0] = 0.25;
     canvas.marks.cursor[1] = 0.75;
-    canvas.view.flags |= Canvas_CursorDragged;
+    canvas.marks.secondDragged = true;
     test.surface.forget();
     laCanvas_Repaint(canvas);
     int plain = 0, dragged = 0;

@@ -20,7 +20,7 @@ void laHits_Set(_LaCanvasData& canvas, std::vector<double> times) {
 void laHits_Paint(const _LaCanvasData& canvas, int x0, int x1) {
     Surface& surface = *canvas.graph->surface;
     const int height = std::min(laHits_Height, laAxis_Top(canvas));
-    const laTimeScale scale(canvas);
+    const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
     const auto end = canvas.marks.hits.end();
     // The first mark that is not left of a column: columns rise with time.
     const auto from = [&](auto first, int x) {

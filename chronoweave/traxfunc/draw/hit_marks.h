@@ -2,7 +2,7 @@
 // are canvas.marks.hits, of the time base, ascending.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // How far a mark reaches from its column, and its rows.
 constexpr int laHits_Reach = 3, laHits_Height = 5;

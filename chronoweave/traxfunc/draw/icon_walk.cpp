@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/draw/draw_items.h"
+#include "chronoweave/traxfunc/model/looks.h"
 
 laSpaceRule::Shows laSpaceRule::Step(const _LaCanvasData& canvas, const LaEventLook& look, int x) {
     if (x > nextFree) {
@@ -76,7 +77,7 @@ bool laIconWalk::ByRectangles(const LaEventLook& look, laShownIcon& shown) {
 }
 
 laIconGroup laIcons_Group(const _LaCanvasData& canvas, const laItem_Line& lane, size_t number) {
-    const laTimeScale scale(canvas);
+    const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
     laIconWalk walk(canvas, lane, scale, canvas.graph->width);
     bool found = false;
     for (laShownIcon shown; walk.Next(shown);) {

@@ -2,7 +2,8 @@
 // all ask here, so that what is pointed at is what is seen.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/model/looks.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 // The rule by free space: a cluster of any size is its first icon and one mark about every icon width.

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 
@@ -46,7 +46,7 @@ bool laCanvas_Layout(_LaCanvasData& canvas, bool adjustVertical) {
         if (!agent.hidden) build_agent(canvas, agent);
     }
 
-    int height = canvas.looks.rowHeight * static_cast<int>(canvas.list.taskList->rows().size());
+    int height = canvas.looks.rowHeight * static_cast<int>(canvas.taskList->rows().size());
     bool scrolled = false;
     if (height < canvas.view.contentHeight) {
         const int visible = static_cast<int>(canvas.graph->vertical.visible());
@@ -57,12 +57,13 @@ bool laCanvas_Layout(_LaCanvasData& canvas, bool adjustVertical) {
             scrolled = true;
         }
     }
-    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas, canvas.source.scrollExtent), height, false);
+    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas.view, canvas.source.scrollExtent), height,
+                       false);
     return scrolled;
 }
 
 void laCanvas_Resort(_LaCanvasData& canvas) {
-    canvas.list.taskList->Fill();
+    canvas.taskList->Fill();
     laCanvas_Layout(canvas, true);
     if (canvas.graph->listChanged) canvas.graph->listChanged();
 }
@@ -76,12 +77,12 @@ void laCanvas_Relayout(_LaCanvasData& canvas) {
 void laCanvas_Rescale(_LaCanvasData& canvas, bool repaint) {
     if (canvas.source.scrollExtent > canvas.view.viewLength * 1e18) {
         gen_console("Cannot show %0.15f out of %0.15f %s.\n", canvas.view.viewLength,
-                    canvas.source.scrollExtent, laCanvas_Plural(laTime_UnitName(canvas, false)).c_str());
+                    canvas.source.scrollExtent, laCanvas_Plural(laTime_UnitName(canvas.axis, false)).c_str());
         return;
     }
     canvas.view.pixelsPerUnit = std::max(1, canvas.graph->width) / canvas.view.viewLength;
-    const int rows = canvas.looks.rowHeight * static_cast<int>(canvas.list.taskList->rows().size());
-    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas, canvas.source.scrollExtent),
+    const int rows = canvas.looks.rowHeight * static_cast<int>(canvas.taskList->rows().size());
+    laCanvas_SetExtent(canvas, laCanvas_AbsolutePixel(canvas.view, canvas.source.scrollExtent),
                        std::max(rows, canvas.view.contentHeight), repaint);
 }
 
@@ -91,7 +92,7 @@ void laCanvas_SetExtent(_LaCanvasData& canvas, uint64_t virtualWidth, int conten
     canvas.view.contentHeight = contentHeight;
     canvas.view.laidOutWidth = graph.width;
     const auto width = static_cast<uint64_t>(std::max(0, graph.width));
-    uint64_t position = laCanvas_AbsolutePixel(canvas, canvas.view.viewLow);
+    uint64_t position = laCanvas_AbsolutePixel(canvas.view, canvas.view.viewLow);
     // A double doesn't tell every pixel of a picture this wide from the next: a bar that stands as near as
     // one can say keeps its own.
     const uint64_t at = graph.horizontal.position();

@@ -2,7 +2,7 @@
 // switches take their places from their lanes when they are drawn.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Gives every lane its y from its row, hides those with none, and builds the agent's line anew from the
 // hidden lanes. With adjustVertical the content may shrink, and the view scrolls up to what is left; without,

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/model/marks.h"
+#include "chronoweave/traxfunc/model/source.h"
 
 namespace {
 
@@ -18,11 +20,6 @@ size_t bin_of(const laOverview& overview, double time) {
     return part <= 0 ? 0 : std::min<size_t>(laOverview_Bins - 1, static_cast<size_t>(part));
 }
 
-double time_of(const _LaCanvasData& canvas, mt_Time tick) {
-    return static_cast<double>(static_cast<int64_t>(tick - canvas.source.baseTick)) /
-           canvas.source.ticksPerSecond;
-}
-
 // Stops when nobody wants to wait any longer.
 bool go_on(const _LaCanvasData& canvas, uint32_t done, uint32_t total) {
     return (done & 0x3FFF) != 0x3FFF || !canvas.calls.progress || canvas.calls.progress(done, total);
@@ -33,7 +30,7 @@ void count_events(_LaCanvasData& canvas, laOverview& overview, uint32_t total) {
     if (!mt_StartWalkBySequence(*canvas.source.store, 1, 0, nullptr, walk)) return;
     EventRecord event;
     for (uint32_t done = 0; mt_NextEvent(walk, event) && go_on(canvas, done, total); ++done)
-        ++overview.activity[bin_of(overview, time_of(canvas, event.time))];
+        ++overview.activity[bin_of(overview, laSource_TimeOf(canvas.source, event.time))];
 }
 
 // Spreads events over the bins that a stretch of time touches, each by its share.
@@ -55,9 +52,10 @@ void count_blocks(_LaCanvasData& canvas, laOverview& overview, uint32_t total) {
     TraceStore& store = *canvas.source.store;
     const uint32_t blocks = mt_GetBlockCount(store), each = mt_GetCheckpointInterval(store);
     for (uint32_t block = 0; block < blocks && go_on(canvas, block, blocks); ++block) {
-        const double from = time_of(canvas, mt_GetBlockTime(store, block));
+        const double from = laSource_TimeOf(canvas.source, mt_GetBlockTime(store, block));
         const bool last = block + 1 == blocks;
-        const double to = last ? overview.length : time_of(canvas, mt_GetBlockTime(store, block + 1));
+        const double to =
+            last ? overview.length : laSource_TimeOf(canvas.source, mt_GetBlockTime(store, block + 1));
         const uint64_t before = static_cast<uint64_t>(block) * each;
         const double events = last ? static_cast<double>(total - std::min<uint64_t>(total, before)) : each;
         spread(overview, from, to, events);

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 constexpr uint32_t laOverview_Bins = 4096;
 

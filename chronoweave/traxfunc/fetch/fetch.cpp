@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/fetch/sweep.h"
+#include "chronoweave/traxfunc/model/list.h"
+#include "chronoweave/traxfunc/model/source.h"
 
 namespace {
 
@@ -36,11 +38,6 @@ void make_agent(_LaCanvasData& canvas) {
     canvas.items.hiddenAgent = canvas.items.lanes.push_back(std::move(agent));
 }
 
-uint64_t tick_of(const _LaCanvasData& canvas, double time) {
-    return canvas.source.baseTick +
-           static_cast<uint64_t>(std::clamp(time * canvas.source.ticksPerSecond, 0.0, 9.2e18));
-}
-
 // One fetch over low to high, the lists being empty.
 class RangeFetch {
   public:
@@ -51,14 +48,15 @@ class RangeFetch {
     // nothing.
     double Run() {
         TraceStore& store = *canvas_.source.store;
-        const uint64_t first = tick_of(canvas_, low_);
-        const uint64_t end = tick_of(canvas_, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
+        const uint64_t first = laSource_TickOf(canvas_.source, low_);
+        const uint64_t end =
+            laSource_TickOf(canvas_.source, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
         const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
         EventWalk walk;
         if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return -1.0;
         if (canvas_.list.showHiddenAgent) make_agent(canvas_);
         for (uint32_t id : objects)
-            if (canvas_.items.laneIndex.find(id) == laNoLane) laLn_New(canvas_, id);
+            if (canvas_.items.laneIndex.find(id) == laNoLane) laLn_New(canvas_.items, id);
 
         LaneSweep sweep(canvas_, state_);
         sweep.All(low_, false, true);
@@ -67,9 +65,7 @@ class RangeFetch {
         double reached = high_;
         while (mt_NextEvent(walk, event)) {
             if (count == 0) canvas_.items.firstSequence = event.sequence;
-            const double time =
-                static_cast<double>(static_cast<int64_t>(event.time - canvas_.source.baseTick)) /
-                canvas_.source.ticksPerSecond;
+            const double time = laSource_TimeOf(canvas_.source, event.time);
             if ((count & 0x3FFF) == 0x3FFF && canvas_.calls.progress &&
                 !canvas_.calls.progress(time - low_, high_ - low_)) {
                 reached = std::max(low_, time);
@@ -95,11 +91,11 @@ class RangeFetch {
         if (!mt_GetEventObject(*canvas_.source.store, event, objectType, objectId)) return;
         uint32_t lane = canvas_.items.laneIndex.find(objectId);
         if (lane == laNoLane) {
-            lane = laLn_New(canvas_, objectId);
+            lane = laLn_New(canvas_.items, objectId);
             sweep.Touch(lane);
         }
         const int32_t row = rows_.of(event.type, event.subtype);
-        laBm_Append(canvas_, {time, lane, sequence, row, event.type, event.subtype});
+        laBm_Append(canvas_.items, {time, lane, sequence, row, event.type, event.subtype});
     }
 
     _LaCanvasData& canvas_;
@@ -116,7 +112,7 @@ bool laCanvas_IsCached(const _LaCanvasData& canvas, double low, double high) {
 }
 
 bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high) {
-    laCpu_Clear(canvas);
+    laCpu_Clear(canvas.items);
     if (canvas.source.store == nullptr) return true;
     if (!canvas.source.storeHasEvents)
         canvas.source.storeHasEvents = mt_GetEventCount(*canvas.source.store) > 0;

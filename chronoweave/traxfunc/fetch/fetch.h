@@ -2,7 +2,7 @@
 // nothing of an event is kept but its icon, and texts are decoded when they are shown.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Fills the items for low to high, in the time base; with the prefetch option for twice that, half on each
 // side. The whole cache is replaced. Time behind the end of the trace holds nothing. canvas.calls.progress is

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <map>
 
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -196,14 +196,14 @@ TEST(Fetch, SequenceNumbersLeadBackToTheStore) {
     ASSERT_GT(test.canvas->items.bitmaps.size(), 10u);
     for (uint32_t i = 0; i < test.canvas->items.bitmaps.size(); ++i) {
         const laItem_Bitmap& icon = test.canvas->items.bitmaps[i];
-        const TestEvent& event = events[laItem_StoreSequence(*test.canvas, icon) - 1];
+        const TestEvent& event = events[laItem_StoreSequence(test.canvas->items, icon) - 1];
         EXPECT_EQ(event.type, icon.type);
         EXPECT_EQ(event.subtype, icon.subtype);
     }
     std::vector<size_t> seen(test.canvas->items.lanes.size());
     for (uint32_t i = 0; i < test.canvas->items.bitmaps.size(); ++i) {
         const uint32_t lane = test.canvas->items.bitmaps[i].lane;
-        EXPECT_EQ(laBm_OfLane(*test.canvas, lane, seen[lane]++), i);
+        EXPECT_EQ(laBm_OfLane(test.canvas->items, lane, seen[lane]++), i);
     }
 }
 
@@ -249,7 +249,7 @@ TEST(Fetch, RangeWithNoEventsShowsTheStatesBeforeIt) {
     test.canvas->options.prefetch = false;
     ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, 1.0, 2.0));
     EXPECT_EQ(test.canvas->items.bitmaps.size(), 0u);
-    const laItem_Line* lane = laCanvas_FindLane(*test.canvas, 0x400);
+    const laItem_Line* lane = laCanvas_FindLane(test.canvas->items, 0x400);
     ASSERT_NE(lane, nullptr);
     ASSERT_EQ(lane->segments.size(), 1u);
     EXPECT_EQ(lane->segments[0].t0, 1.0);

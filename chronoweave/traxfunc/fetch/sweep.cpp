@@ -34,10 +34,6 @@ uint32_t laCpu_RunningLane(const _LaCanvasData& canvas, uint32_t objectId) {
     return laNoLane;
 }
 
-void laCpu_Clear(_LaCanvasData& canvas) {
-    for (LaCpuEntry& cpu : canvas.items.cpus) cpu.running = laNoLane;
-}
-
 LaneSweep::LaneSweep(_LaCanvasData& canvas, const StateTable& state)
     : canvas_(canvas), state_(state), statusRows_(0x10000, -2), cpuOfKey_(mt_GroupMask + 1, -1) {
     for (size_t i = 0; i < canvas.items.cpus.size(); ++i)
@@ -115,7 +111,7 @@ void LaneSweep::TakeProcessor(uint32_t index, double time) {
         // The colour of a switch is decided by the status of the one that leaves, as far as the sweep has
         // come.
         const int32_t left = canvas_.items.lanes[cpu.running].openStatus;
-        laCtx_Append(canvas_, {time, cpu.running, index, canvas_.looks.legend.LinkedStatus(left)});
+        laCtx_Append(canvas_.items, {time, cpu.running, index, canvas_.looks.legend.LinkedStatus(left)});
     }
     cpu.running = index;
 }

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 class LaneSweep {
   public:
@@ -53,5 +53,3 @@ class LaneSweep {
 uint32_t laCpu_Key(const _LaCanvasData& canvas, uint32_t objectId);
 // The lane that runs where an object would; laNoLane when none does or the processor was not seen yet.
 uint32_t laCpu_RunningLane(const _LaCanvasData& canvas, uint32_t objectId);
-// No processor has a running lane any more.
-void laCpu_Clear(_LaCanvasData& canvas);

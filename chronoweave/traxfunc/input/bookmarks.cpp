@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -16,9 +18,9 @@ std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
     std::string label =
         gen_format(canvas.axis.timeMode >= Time_Tick ? "Bookmark: %.2f" : "Bookmark: %.10f", time);
     if (objectId == laAgentId) return label;
-    const laItem_Line* lane = laCanvas_FindLane(canvas, objectId);
+    const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
     const std::string name = lane != nullptr
-                                 ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas, *lane)))
+                                 ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, *lane)))
                                  : canvas.list.objectTerm + gen_format(" 0x%x", objectId);
     return text_escape(label + " on " + name);
 }

@@ -4,7 +4,8 @@
 
 #include <cstddef>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/model/marks.h"
 
 // The bookmark at exactly this time, or, when not exact, the first of the list within 3 pixels of it. Null
 // when there is none. Valid until the list changes.

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <optional>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
-#include "chronoweave/traxfunc/model/time.h"
-#include "chronoweave/traxfunc/model/time_unit.h"
+#include "chronoweave/traxfunc/input/time_unit.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/model.h"
@@ -48,7 +48,7 @@ struct Command {
 
 template <bool (*move)(_LaCanvasData&)>
 bool history(_LaCanvasData& canvas, const Argument&) {
-    return laHistory_Command(canvas, move);
+    return move(canvas);
 }
 template <void (*act)(_LaCanvasData&)>
 bool done(_LaCanvasData& canvas, const Argument&) {
@@ -328,6 +328,6 @@ std::string laCanvas_SortOrderLabel(const _LaCanvasData& canvas) {
 }
 
 void laCanvas_ToggleFreeze(_LaCanvasData& canvas) {
-    canvas.view.flags ^= Canvas_LiveRefresh;
+    canvas.source.liveRefresh = !canvas.source.liveRefresh;
     if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
 }

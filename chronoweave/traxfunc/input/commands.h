@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Clears the message line and carries out a command: menus, buttons and keys all come here. Letters compare
 // without regard to case. False for one that was refused, after a beep and mostly a message, and for one that

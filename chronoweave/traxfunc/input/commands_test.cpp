@@ -7,8 +7,8 @@
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/model.h"
 
@@ -194,7 +194,6 @@ TEST_F(Commands, HistoryMovesRefuseAtTheirEndsAndRecordNothing) {
     }
     EXPECT_EQ(canvas.past.historyNewest, 5);
     EXPECT_EQ(canvas.past.historyOldest, 6);
-    EXPECT_NE(canvas.view.flags & Canvas_RecordHistory, 0u);
     canvas.calls.buttonsChanged = nullptr;
 }
 
@@ -241,7 +240,7 @@ TEST_F(Commands, SortingFlatViewUnitAndFreeze) {
     EXPECT_TRUE(canvas.list.flatView && canvas.list.sortAroundEvent);
     EXPECT_TRUE(laCanvas_Command(canvas, laCanvas_SortOrderLabel(canvas)));
     EXPECT_FALSE(canvas.list.sortAscending || canvas.list.sortAroundEvent);
-    const auto& rows = canvas.list.taskList->rows();
+    const auto& rows = canvas.taskList->rows();
     ASSERT_GT(rows.size(), 2u);
     for (size_t i = 1; i < rows.size(); ++i)
         EXPECT_GT(canvas.items.lanes[rows[i - 1]->lane].objectId, canvas.items.lanes[rows[i]->lane].objectId);
@@ -255,9 +254,9 @@ TEST_F(Commands, SortingFlatViewUnitAndFreeze) {
     canvas.axis.timeMode = Time_Tick;
     EXPECT_FALSE(laCanvas_Command(canvas, "changeunit"));
     EXPECT_EQ(test.message(), "Cannot change tick into other units.");
-    const uint32_t before = canvas.view.flags;
+    const bool before = canvas.source.liveRefresh;
     EXPECT_TRUE(laCanvas_Command(canvas, "NoRefresh"));
-    EXPECT_EQ(canvas.view.flags ^ before, static_cast<uint32_t>(Canvas_LiveRefresh));
+    EXPECT_NE(canvas.source.liveRefresh, before);
 }
 
 TEST(ZoomLimit, EveryPixelUpToTwoToTheSixtyFourCanBeReachedAndNoFurther) {
@@ -306,10 +305,12 @@ TEST_F(Commands, CursorsSnapToWhatThePointerMeans) {
         lane.segments.clear();
     }
     laItem_Line& lane = canvas.items.lanes[2];
-    lane.iconTimes = {laTimeScale(canvas).toTime(500) + 0.1 / canvas.view.pixelsPerUnit};
+    lane.iconTimes = {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(500) +
+                      0.1 / canvas.view.pixelsPerUnit};
     lane.iconEvents = {0};
-    lane.segments = {{canvas.view.viewLow, laTimeScale(canvas).toTime(700), 0},
-                     {laTimeScale(canvas).toTime(700), canvas.view.viewHigh, 4}};
+    lane.segments = {
+        {canvas.view.viewLow, laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(700), 0},
+        {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(700), canvas.view.viewHigh, 4}};
     const int y = lane.y - canvas.view.verticalOffset, other = y + canvas.looks.rowHeight;
     const auto at = [&](int x, int row, bool free) {
         return laCanvas_TimeToPixel(canvas, laCanvas_PointerTime(canvas, x, row, free), Time_Second);
@@ -333,14 +334,14 @@ TEST_F(Commands, ADragSelectsInOrderAndOnlyAScrollIsRecorded) {
     laCanvas_BeginDrag(canvas, 600, 10, false);
     laCanvas_EndDrag(canvas);
     EXPECT_EQ(canvas.marks.cursor[0], canvas.marks.cursor[1]);
-    EXPECT_NE(canvas.view.flags & Canvas_SecondCursor, 0u);
+    EXPECT_TRUE(canvas.marks.secondShown);
     laCanvas_BeginDrag(canvas, 600, 10, false);
     laCanvas_DragTo(canvas, 300, 10, false);
-    EXPECT_NE(canvas.view.flags & Canvas_CursorDragged, 0u);
+    EXPECT_TRUE(canvas.marks.secondDragged);
     laCanvas_EndDrag(canvas);
     EXPECT_EQ(laCanvas_TimeToPixel(canvas, canvas.marks.cursor[0], Time_Second), 300);
     EXPECT_EQ(laCanvas_TimeToPixel(canvas, canvas.marks.cursor[1], Time_Second), 600);
-    EXPECT_EQ(canvas.view.flags & Canvas_CursorDragged, 0u);
+    EXPECT_FALSE(canvas.marks.secondDragged);
     EXPECT_EQ(canvas.past.historyNewest, newest);
     EXPECT_EQ(canvas.hand.dragStartView, -1.0);
     laCanvas_BeginDrag(canvas, 600, 10, false);
@@ -352,7 +353,7 @@ TEST_F(Commands, ADragSelectsInOrderAndOnlyAScrollIsRecorded) {
     Show(0, 0.2);
     laCanvas_BeginDrag(canvas, 100, 10, false);
     laCanvas_DragTo(canvas, -20, 10, false);
-    EXPECT_EQ(canvas.view.flags & Canvas_SecondCursor, 0u) << "nothing is left to scroll to";
+    EXPECT_FALSE(canvas.marks.secondShown) << "nothing is left to scroll to";
     laCanvas_EndDrag(canvas);
     EXPECT_EQ(canvas.marks.cursor[0], canvas.view.viewLow);
 }

@@ -4,11 +4,14 @@
 #include <cstdlib>
 #include <set>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/model/list.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -104,7 +107,7 @@ bool has_object(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
 }
 
 void hide_object(_LaCanvasData& canvas, uint32_t id) {
-    laItem_Line* lane = laCanvas_FindLane(canvas, id);
+    laItem_Line* lane = laCanvas_FindLane(canvas.items, id);
     if (lane && lane->listEntry) laTask_Hide(canvas, *lane->listEntry, false, true);
 }
 
@@ -137,7 +140,7 @@ void laCanvas_SortAroundEvent(_LaCanvasData& canvas, uint32_t sequence) {
 void laCanvas_ShowInfo(_LaCanvasData& canvas, MslObjectEntry& entry) {
     if (entry.lane != laNoLane) {
         if (canvas.calls.openInfo) canvas.calls.openInfo(canvas.items.lanes[entry.lane].objectId);
-    } else if (canvas.list.taskList->SetCollapsed(entry, !entry.collapsed)) {
+    } else if (canvas.taskList->SetCollapsed(entry, !entry.collapsed)) {
         laCanvas_Relayout(canvas);
     }
 }

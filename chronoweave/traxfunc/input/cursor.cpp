@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/history.h"
@@ -19,7 +20,7 @@ constexpr Colour invert = 0xFFFFFF;
 int drawn_column(const _LaCanvasData& canvas, int which) {
     const double time = canvas.marks.cursor[which];
     if (time < 0 || time < canvas.view.viewLow || time > canvas.view.viewHigh) return -1;
-    if (which == 1 && (canvas.view.flags & Canvas_SecondCursor) == 0) return -1;
+    if (which == 1 && !canvas.marks.secondShown) return -1;
     const int x = laCanvas_TimeToPixel(canvas, time, Time_Second);
     return x >= 0 && x < canvas.graph->width ? x : -1;
 }
@@ -66,7 +67,10 @@ const laItem_Line* lane_at(const _LaCanvasData& canvas, int y) {
 class Nearest {
   public:
     Nearest(const _LaCanvasData& canvas, int x)
-        : scale_(canvas), x_(x), time_(scale_.toTime(x)), best_(time_) {}
+        : scale_(canvas.view, canvas.axis, canvas.graph->width),
+          x_(x),
+          time_(scale_.toTime(x)),
+          best_(time_) {}
 
     double from() const { return scale_.toTime(x_ - snapReach - 1); }
     double to() const { return scale_.toTime(x_ + snapReach + 1); }
@@ -105,21 +109,22 @@ void offer_lane(const _LaCanvasData& canvas, const laItem_Line& lane, Nearest& n
 
 // Whether a drag to beyond this end of the view still shows the second cursor.
 void show_second(_LaCanvasData& canvas, bool shown) {
-    if (shown == ((canvas.view.flags & Canvas_SecondCursor) != 0)) return;
+    if (shown == canvas.marks.secondShown) return;
     const int old = drawn_column(canvas, 1);
-    canvas.view.flags ^= Canvas_SecondCursor;
+    canvas.marks.secondShown = shown;
     const int x = shown ? drawn_column(canvas, 1) : old;
-    if (x >= 0 && (canvas.view.flags & Canvas_CursorDragged) != 0) invert_column(canvas, x);
-    if (!shown) canvas.view.flags &= ~static_cast<uint32_t>(Canvas_CursorDragged);
+    if (x >= 0 && canvas.marks.secondDragged) invert_column(canvas, x);
+    if (!shown) canvas.marks.secondDragged = false;
 }
 
 }  // namespace
 
 void laCanvas_SetCursor(_LaCanvasData& canvas, int x, int which, bool eraseOld) {
-    const double time =
-        x == -1 ? canvas.view.viewLow
-        : x < 0 ? canvas.view.viewHigh
-                : laTime_Convert(canvas.axis.timeMode, laCanvas_PixelToUnit(canvas, x), Time_Second);
+    const double time = x == -1 ? canvas.view.viewLow
+                        : x < 0
+                            ? canvas.view.viewHigh
+                            : laTime_Convert(canvas.axis.timeMode,
+                                             laCanvas_PixelToUnit(canvas.view, canvas.axis, x), Time_Second);
     laCanvas_SetCursorTime(canvas, time, which, eraseOld);
 }
 
@@ -127,13 +132,11 @@ void laCanvas_SetCursorTime(_LaCanvasData& canvas, double time, int which, bool 
     if (which == 0) canvas.hand.dragStartView = canvas.view.viewLow;
     const double before = canvas.marks.cursor[which];
     const int old = drawn_column(canvas, which);
-    const bool inverted = which == 1 && (canvas.view.flags & Canvas_CursorDragged) != 0;
+    const bool inverted = which == 1 && canvas.marks.secondDragged;
     canvas.marks.cursor[which] = time;
     const int x = drawn_column(canvas, which);
     if (which == 1 && (old >= 0) && inverted && eraseOld) invert_column(canvas, old);
-    if (which == 1)
-        canvas.view.flags = x >= 0 ? canvas.view.flags | Canvas_CursorDragged
-                                   : canvas.view.flags & ~static_cast<uint32_t>(Canvas_CursorDragged);
+    if (which == 1) canvas.marks.secondDragged = x >= 0;
     if (eraseOld && !inverted) restore_column(canvas, old);
     if (x >= 0 && which == 1) {
         // Restoring may just have drawn it in the same column.
@@ -152,8 +155,8 @@ void laCanvas_MoveCursor(_LaCanvasData& canvas, int which, double time) {
     const int old = drawn_column(canvas, which);
     canvas.marks.cursor[which] = time;
     if (which == 1) {
-        canvas.view.flags |= Canvas_SecondCursor;
-        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_CursorDragged);
+        canvas.marks.secondShown = true;
+        canvas.marks.secondDragged = false;
     }
     restore_column(canvas, old);
     restore_column(canvas, drawn_column(canvas, which));
@@ -165,7 +168,7 @@ void laCanvas_ClearCursors(_LaCanvasData& canvas) {
     const int columns[2] = {drawn_column(canvas, 0), drawn_column(canvas, 1)};
     const double times[2] = {canvas.marks.cursor[0], canvas.marks.cursor[1]};
     canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100.0;
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_CursorDragged);
+    canvas.marks.secondDragged = false;
     for (int x : columns) restore_column(canvas, x);
     if (times[0] >= 0 && times[1] >= 0) repaint_axis(canvas, times[0], times[1]);
     laCanvas_UpdateFields(canvas, Fields_Selection);
@@ -180,7 +183,7 @@ bool laCanvas_SetSelection(_LaCanvasData& canvas, double t0, double t1) {
     laCanvas_ClearCursors(canvas);
     canvas.marks.cursor[0] = t0;
     canvas.marks.cursor[1] = t1;
-    canvas.view.flags |= Canvas_SecondCursor;
+    canvas.marks.secondShown = true;
     repaint_axis(canvas, t0, t1);
     for (int which : {0, 1}) restore_column(canvas, drawn_column(canvas, which));
     laCanvas_UpdateFields(canvas, Fields_Selection);
@@ -219,8 +222,8 @@ void laCanvas_DragTo(_LaCanvasData& canvas, int x, int y, bool free) {
 void laCanvas_EndDrag(_LaCanvasData& canvas) {
     // A press that never moved selects nothing: both cursors stand where it was.
     if (canvas.marks.cursor[1] < 0) canvas.marks.cursor[1] = canvas.marks.cursor[0];
-    canvas.view.flags |= Canvas_SecondCursor;
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_CursorDragged);
+    canvas.marks.secondShown = true;
+    canvas.marks.secondDragged = false;
     if (canvas.marks.cursor[0] > canvas.marks.cursor[1])
         std::swap(canvas.marks.cursor[0], canvas.marks.cursor[1]);
     for (int which : {0, 1}) restore_column(canvas, drawn_column(canvas, which));
@@ -232,13 +235,14 @@ void laCanvas_EndDrag(_LaCanvasData& canvas) {
 
 std::string laCanvas_HoverText(const _LaCanvasData& canvas, int x) {
     const auto unit = [&](const std::string& value) {
-        return canvas.axis.timeMode == Time_Sequential ? value + " Sequences"
-                                                       : value + " " + laTime_UnitName(canvas, true) + "s";
+        return canvas.axis.timeMode == Time_Sequential
+                   ? value + " Sequences"
+                   : value + " " + laTime_UnitName(canvas.axis, true) + "s";
     };
-    const double time = laTimeScale(canvas).toTime(x);
-    std::string text = unit(laTime_Text(canvas, time));
+    const double time = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(x);
+    std::string text = unit(laTime_Text(canvas.axis, time));
     if (canvas.marks.cursor[0] < 0) return text + ".";
     const double distance = time - canvas.marks.cursor[0];
-    text += ", " + unit(laTime_Text(canvas, std::fabs(distance)));
+    text += ", " + unit(laTime_Text(canvas.axis, std::fabs(distance)));
     return text + (distance < 0 ? " before the first cursor." : " after the first cursor.");
 }

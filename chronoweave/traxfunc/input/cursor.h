@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Moves a cursor (0 or 1) to a column: its time becomes that of the column, of the view's low end for -1 and
 // of its high end for any other column left of the area. A column outside the area stores the time and draws

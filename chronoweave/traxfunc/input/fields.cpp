@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/text.h"
 

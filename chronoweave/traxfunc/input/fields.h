@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // A field by its item name ("tf_view_from", "tf_view_to", "tf_view_len", "tf_sel_from", "tf_sel_to",
 // "tf_sel_len") was committed with a text. An unchanged text is nothing. A view is shown and goes to the

@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/goto.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/model/time.h"
-#include "chronoweave/traxfunc/model/time_unit.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -111,7 +112,7 @@ TEST_F(Fields, TheUnitIsChosenInADialog) {
     dialog->autoAdjust = false;
     EXPECT_TRUE(laTimeUnit_Apply(canvas, laTimeUnit_Result(*dialog)));
     EXPECT_EQ(canvas.axis.timeMode, Time_Microsecond);
-    EXPECT_EQ(canvas.view.flags & (Canvas_AutoAdjustUnit | Canvas_UserUnitChange), 0u);
+    EXPECT_FALSE(canvas.axis.autoAdjustUnit);
     for (int result : {-1, 4, 9, 14, 100}) EXPECT_FALSE(laTimeUnit_Apply(canvas, result)) << result;
     for (const auto& [mode, message] :
          {std::pair{Time_Tick, "Cannot change tick into other units."},

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 struct laGotoTarget {
     double low = 0;

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/view.h"
 
 namespace {
 
@@ -39,7 +40,6 @@ bool move_to(_LaCanvasData& canvas, int end, const char* refusal, int target) {
 }  // namespace
 
 void laHistory_Add(_LaCanvasData& canvas) {
-    if ((canvas.view.flags & Canvas_RecordHistory) == 0) return;
     if (canvas.past.historyNewest >= 0) {
         const LaHistoryEntry& newest = canvas.past.history[canvas.past.historyNewest];
         if (newest.low == canvas.view.viewLow && newest.high == canvas.view.viewHigh) return;
@@ -71,12 +71,4 @@ bool laHistory_Prev(_LaCanvasData& canvas) {
 bool laHistory_Next(_LaCanvasData& canvas) {
     return move_to(canvas, canvas.past.historyNewest, "No later history entry.",
                    (canvas.past.historyCurrent + 1) % places);
-}
-
-bool laHistory_Command(_LaCanvasData& canvas, bool (*move)(_LaCanvasData&)) {
-    const uint32_t recording = canvas.view.flags & Canvas_RecordHistory;
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_RecordHistory);
-    const bool moved = move(canvas);
-    canvas.view.flags |= recording;
-    return moved;
 }

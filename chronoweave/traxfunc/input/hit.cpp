@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/input/tips.h"
+#include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 namespace {
@@ -12,7 +13,10 @@ constexpr int nearLine = 3;  // pixels around a line that still hit it
 class HitSearch {
   public:
     HitSearch(_LaCanvasData& canvas, int x, int y)
-        : canvas_(canvas), scale_(canvas), x_(x), y_(y + canvas.view.verticalOffset) {}
+        : canvas_(canvas),
+          scale_(canvas.view, canvas.axis, canvas.graph->width),
+          x_(x),
+          y_(y + canvas.view.verticalOffset) {}
 
     // The lane of the row, and its first stretch that holds the point.
     bool Lanes(laHit& hit) const {
@@ -26,10 +30,10 @@ class HitSearch {
                                            [&, low = low](const LaLnSeg& one) { return one.t1 < low; });
             for (; at != lane.segments.end() && at->t0 <= high; ++at) {
                 const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(at->status)];
-                if (!look.shown ||
-                    !Holds(laItem_Rect(canvas_, lane, *at), std::max(nearLine, look.thickness / 2)))
+                if (!look.shown || !Holds(laItem_Rect(canvas_.looks, scale_, lane, *at),
+                                          std::max(nearLine, look.thickness / 2)))
                     continue;
-                hit.item = {laItemType_Line, i, static_cast<size_t>(at - lane.segments.begin())};
+                hit.item = {laItemType::Line, i, static_cast<size_t>(at - lane.segments.begin())};
                 return true;
             }
         }
@@ -40,13 +44,14 @@ class HitSearch {
     bool Icons(laHit& hit) const {
         const auto [low, high] = TimesAround(canvas_.looks.maxIconWidth + 1);
         const uint32_t end = canvas_.items.bitmaps.size();
-        for (uint32_t i = laBm_FirstAt(canvas_, low); i < end && canvas_.items.bitmaps[i].time <= high; ++i) {
+        for (uint32_t i = laBm_FirstAt(canvas_.items, low); i < end && canvas_.items.bitmaps[i].time <= high;
+             ++i) {
             const laItem_Bitmap& icon = canvas_.items.bitmaps[i];
             if (icon.lane == laNoLane || canvas_.items.lanes[icon.lane].hidden) continue;
             if (!canvas_.looks.eventLooks[static_cast<size_t>(icon.event)].shown) continue;
             if (icon.time < canvas_.view.viewLow || icon.time > canvas_.view.viewHigh) continue;
-            if (!Holds(laItem_Rect(canvas_, icon), 0)) continue;
-            hit.item = {laItemType_Bitmap, icon.lane, i};
+            if (!Holds(laItem_Rect(canvas_.items, canvas_.looks, scale_, icon), 0)) continue;
+            hit.item = {laItemType::Bitmap, icon.lane, i};
             hit.icon = i;
             hit.time = icon.time;
             return true;
@@ -57,15 +62,15 @@ class HitSearch {
     bool Switches(laHit& hit) const {
         const auto [low, high] = TimesAround(std::max(nearLine, canvas_.looks.maxExtent));
         const Table<laItem_Ctx>& lines = canvas_.items.ctxLines;
-        for (uint32_t i = laCtx_FirstAt(canvas_, low); i < lines.size() && lines[i].t0 <= high; ++i) {
+        for (uint32_t i = laCtx_FirstAt(canvas_.items, low); i < lines.size() && lines[i].t0 <= high; ++i) {
             const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(lines[i].status)];
             int y0 = 0, y1 = 0;
-            if (!look.shown || !laCtx_Ends(canvas_, lines[i], y0, y1)) continue;
+            if (!look.shown || !laCtx_Ends(canvas_.items, canvas_.looks, lines[i], y0, y1)) continue;
             if (lines[i].t0 < canvas_.view.viewLow || lines[i].t0 > canvas_.view.viewHigh) continue;
             const int column = scale_.toPixel(lines[i].t0), reach = std::max(nearLine, look.thickness / 2);
             if (x_ < column - reach || x_ > column + reach) continue;
             if (y_ < std::min(y0, y1) - reach || y_ > std::max(y0, y1) + reach) continue;
-            hit.item = {laItemType_Ctx, laNoLane, i};
+            hit.item = {laItemType::Ctx, laNoLane, i};
             return true;
         }
         return false;

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 struct laHit {
     uint32_t lane = laNoLane;    // whose row holds the point

@@ -11,7 +11,7 @@ namespace {
 
 // The looks follow the tables; the layout follows when the rows have another height.
 void take_effect(_LaCanvasData& canvas, bool repaint) {
-    canvas.view.flags |= Canvas_LegendChanged;
+    canvas.looks.legendChanged = true;
     const bool rows = laCanvas_LegendTouched(canvas);
     laCanvas_Paint(canvas, [&] {
         if (rows)
@@ -146,8 +146,7 @@ void laLegend_SetImportant(_LaCanvasData& canvas, size_t event, bool important) 
 }
 
 laLegendTables laLegend_Take(const _LaCanvasData& canvas) {
-    return {canvas.looks.legend.statuses, canvas.looks.legend.events,
-            (canvas.view.flags & Canvas_LegendChanged) != 0};
+    return {canvas.looks.legend.statuses, canvas.looks.legend.events, canvas.looks.legendChanged};
 }
 
 void laLegend_PutBack(_LaCanvasData& canvas, laLegendTables tables) {
@@ -156,5 +155,5 @@ void laLegend_PutBack(_LaCanvasData& canvas, laLegendTables tables) {
     take_effect(canvas, true);
     // The refresh interval is not in the tables.
     const bool same = canvas.options.refreshInterval == canvas.looks.legend.misc.refreshInterval;
-    if (!tables.changed && same) canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+    if (!tables.changed && same) canvas.looks.legendChanged = false;
 }

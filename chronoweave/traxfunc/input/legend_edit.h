@@ -1,5 +1,5 @@
 // Changes that the user makes to the legend of a canvas. Each takes effect at once: in the tables, in the
-// height of the rows and in the picture, and marks the legend as changed (Canvas_LegendChanged). They open
+// height of the rows and in the picture, and marks the legend as changed (LaLooks::legendChanged). They open
 // the surface themselves, see laCanvas_Paint. Rows out of range are passed over.
 #pragma once
 
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // The legend as one list: first the statuses, then the events with their categories.
 size_t laLegend_RowCount(const _LaCanvasData& canvas);

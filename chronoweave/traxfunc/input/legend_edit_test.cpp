@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/report.h"

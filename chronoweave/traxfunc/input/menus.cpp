@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -265,7 +266,7 @@ bool laCanvas_UpdateFreezeButton(const _LaCanvasData& canvas, std::vector<laButt
     bool changed = false;
     for (size_t i = 0; i < std::min(states.size(), std::size(toolTable)); ++i) {
         if (std::string_view(toolTable[i].name) != "NoRefresh") continue;
-        const bool pressed = (canvas.view.flags & Canvas_LiveRefresh) == 0;
+        const bool pressed = !canvas.source.liveRefresh;
         changed = states[i].pressed != pressed;
         states[i].pressed = pressed;
     }

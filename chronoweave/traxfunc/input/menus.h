@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/menu/menu.h"
 
 // Defines all menus of the analyzer's windows; "TraxMenuBar" is the canvas window's.

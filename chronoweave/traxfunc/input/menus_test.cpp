@@ -8,7 +8,8 @@
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/history.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/model.h"
@@ -265,11 +266,11 @@ class Effects : public CanvasMenus {
         laCanvas_Reset(canvas, true, false);
         Open();
         canvas.source.canvasName = "run";
-        canvas.view.flags &= ~static_cast<uint32_t>(Canvas_AutoAdjustUnit);
+        canvas.axis.autoAdjustUnit = false;
         for (const double low : {0.1, 0.3, 0.5})
             laCanvas_Zoom(canvas, canvas.source.totalLength * low, canvas.source.totalLength * (low + 0.2),
                           false, Zoom_Range);
-        laHistory_Command(canvas, laHistory_Prev);
+        laHistory_Prev(canvas);
         canvas.marks.cursor[0] = canvas.view.viewLow + canvas.view.viewLength / 4;
         canvas.marks.cursor[1] = canvas.view.viewLow + canvas.view.viewLength / 2;
         laBookmark_Add(canvas, laAgentId, canvas.source.totalLength / 3, false);
@@ -296,7 +297,7 @@ class Effects : public CanvasMenus {
         const int history = canvas.past.historyCurrent, unit = canvas.axis.timeMode;
         const size_t bookmarks = canvas.marks.bookmarks.size();
         const bool flat = canvas.list.flatView;
-        const uint32_t flags = canvas.view.flags;
+        const bool live = canvas.source.liveRefresh;
         gen_set_console_sink([this](std::string_view text) { called += text; });
         laCanvas_Command(canvas, command);
         gen_set_console_sink({});
@@ -307,7 +308,7 @@ class Effects : public CanvasMenus {
             effect += canvas.marks.bookmarks.empty() ? "no bookmarks " : "bookmark ";
         if (canvas.list.flatView != flat) effect += "flat ";
         if (canvas.axis.timeMode != unit) effect += "unit ";
-        if ((canvas.view.flags ^ flags) & Canvas_LiveRefresh) effect += "freeze ";
+        if (canvas.source.liveRefresh != live) effect += "freeze ";
         if (canvas.calls.viewWindows.empty()) effect += "windows ";
         return effect;
     }

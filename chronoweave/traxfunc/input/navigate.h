@@ -2,7 +2,7 @@
 // changes of view.h, paint, and record a zoom in the history.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Zooms by a factor about a column, whose time stays where it is; below 1 zooms in. Zooming out stops at the
 // whole trace.

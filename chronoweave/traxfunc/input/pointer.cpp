@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/hit.h"
+#include "chronoweave/traxfunc/input/view.h"
 
 namespace {
 

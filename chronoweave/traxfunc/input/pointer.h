@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "shared/libcxxutil/gate.h"
 
 enum : unsigned { laModifier_Shift = 1, laModifier_Control = 2, laModifier_Alt = 4 };

@@ -7,8 +7,10 @@
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/tips.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/geometry.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -30,7 +32,7 @@ class Pointing : public testing::Test {
 
     // The middle of the first item of a kind in the view that the hit test finds there, as x and y of the
     // area.
-    std::optional<std::pair<int, int>> Find(int32_t kind, laHit* hit = nullptr) {
+    std::optional<std::pair<int, int>> Find(laItemType kind, laHit* hit = nullptr) {
         laHit found;
         for (int y = 0; y < canvas.view.contentHeight; ++y)
             for (int x = 0; x < graph.width; ++x)
@@ -66,11 +68,11 @@ class Pointing : public testing::Test {
 
 TEST_F(Pointing, EveryKindOfItemIsHitHasATipAndOpensItsWindow) {
     const struct {
-        int32_t kind;
+        laItemType kind;
         const char* begins;
-    } kinds[] = {{laItemType_Line, "Status \""},
-                 {laItemType_Bitmap, "Event \""},
-                 {laItemType_Ctx, "ContextSwitch from "}};
+    } kinds[] = {{laItemType::Line, "Status \""},
+                 {laItemType::Bitmap, "Event \""},
+                 {laItemType::Ctx, "ContextSwitch from "}};
     for (const auto& [kind, begins] : kinds) {
         laHit hit;
         const auto place = Find(kind, &hit);
@@ -103,17 +105,17 @@ TEST_F(Pointing, AStretchShorterThanAPixelIsHitFromThreePixelsAround) {
     const double middle = (canvas.view.viewLow + canvas.view.viewHigh) / 2;
     lane.segments = {{middle, middle, 3}};
     lane.iconTimes.clear();
-    const int x = laCanvas_TimeToPixel(canvas, middle, Time_Second), y = laLn_LineY(canvas, lane);
+    const int x = laCanvas_TimeToPixel(canvas, middle, Time_Second), y = laLn_LineY(canvas.looks, lane);
     laHit hit;
     EXPECT_TRUE(laCanvas_HitTest(canvas, x - 3, y + 2, false, &hit));
-    EXPECT_EQ(hit.item.itype, laItemType_Line);
+    EXPECT_EQ(hit.item.itype, laItemType::Line);
     laCanvas_HitTest(canvas, x - 4, y, false, &hit);
-    EXPECT_NE(hit.item.itype, laItemType_Line);
+    EXPECT_NE(hit.item.itype, laItemType::Line);
 }
 
 TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
     laHit hit;
-    ASSERT_TRUE(Find(laItemType_Line, &hit));
+    ASSERT_TRUE(Find(laItemType::Line, &hit));
     const LaLnSeg& segment = canvas.items.lanes[hit.item.lane].segments[hit.item.index];
     canvas.axis.timeMode = Time_Millisecond;
     const std::string text = laTip_Text(canvas, hit.item);
@@ -126,7 +128,7 @@ TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
     laCanvas_ShowAll(canvas);
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
         const laItem_Line& lane = canvas.items.lanes[i];
-        const laTimeScale scale(canvas);
+        const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
         laIconWalk walk(canvas, lane, scale, graph.width);
         size_t next = 0, visible = 0;
         for (laShownIcon shown; walk.Next(shown);) {
@@ -150,7 +152,7 @@ TEST_F(Pointing, AnImportantEventIsNeverHidden) {
         canvas.options.newTrv = newTrv;
         for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
             const laItem_Line& lane = canvas.items.lanes[i];
-            const laTimeScale scale(canvas);
+            const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
             laIconWalk walk(canvas, lane, scale, graph.width);
             std::vector<size_t> whole;
             for (laShownIcon shown; walk.Next(shown);)
@@ -166,7 +168,7 @@ TEST_F(Pointing, AnImportantEventIsNeverHidden) {
 TEST_F(Pointing, ClicksAndDragsSelect) {
     Click(300, 5);
     EXPECT_EQ(canvas.marks.cursor[0], canvas.marks.cursor[1]);
-    EXPECT_TRUE(canvas.view.flags & Canvas_SecondCursor);
+    EXPECT_TRUE(canvas.marks.secondShown);
     pointer.Press({400, 5});
     pointer.Move({350, 9});
     pointer.Release({300, 9});
@@ -205,12 +207,12 @@ TEST_F(Pointing, ClicksAndDragsSelect) {
 
 TEST_F(Pointing, TheMenuOfThePicture) {
     laHit hit;
-    const auto icon = Find(laItemType_Bitmap, &hit);
+    const auto icon = Find(laItemType::Bitmap, &hit);
     ASSERT_TRUE(icon);
     laContextMenu menu = laCanvas_CanvasMenu(canvas, icon->first, icon->second);
     EXPECT_EQ(menu.title, "Please choose");
     ASSERT_EQ(menu.rows.size(), 19u);
-    const std::string name = laCanvas_LaneName(canvas, canvas.items.lanes[hit.lane]);
+    const std::string name = laCanvas_LaneName(canvas.list, canvas.items.lanes[hit.lane]);
     EXPECT_FALSE(Row(menu, 0).enabled) << "no selection";
     EXPECT_TRUE(Row(menu, 2).enabled);
     EXPECT_EQ(Row(menu, 3).text, "\x01");
@@ -237,9 +239,9 @@ TEST_F(Pointing, TheMenuOfThePicture) {
     const uint32_t clicked = canvas.items.lanes[hit.lane].objectId;
     Choose(menu, "Sort Around Clicked Event");
     EXPECT_TRUE(canvas.list.sortAroundEvent);
-    EXPECT_EQ(laCanvas_FindLane(canvas, clicked)->eventDistance, 0);
+    EXPECT_EQ(laCanvas_FindLane(canvas.items, clicked)->eventDistance, 0);
     int32_t last = -laFarFromEvent;
-    for (const MslObjectEntry* entry : canvas.list.taskList->rows()) {
+    for (const MslObjectEntry* entry : canvas.taskList->rows()) {
         if (canvas.items.lanes[entry->lane].isAgent) continue;
         EXPECT_GE(canvas.items.lanes[entry->lane].eventDistance, last)
             << "from those before it to those behind";
@@ -247,9 +249,9 @@ TEST_F(Pointing, TheMenuOfThePicture) {
     }
     EXPECT_GE(warped.first, 0);
 
-    const size_t shown = canvas.list.taskList->rows().size();
+    const size_t shown = canvas.taskList->rows().size();
     Choose(laCanvas_CanvasMenu(canvas, icon->first, 5), "&Hide Task");
-    EXPECT_LT(canvas.list.taskList->rows().size(), shown);
+    EXPECT_LT(canvas.taskList->rows().size(), shown);
     const double length = canvas.view.viewLength;
     Choose(laCanvas_CanvasMenu(canvas, 500, 5), "Zoom &In");
     EXPECT_NEAR(canvas.view.viewLength, length / 2, length * 1e-3);
@@ -264,7 +266,7 @@ TEST_F(Pointing, TheMenuOfThePicture) {
 }
 
 TEST_F(Pointing, TheMenuOfTheList) {
-    const auto& rows = canvas.list.taskList->rows();
+    const auto& rows = canvas.taskList->rows();
     ASSERT_GE(rows.size(), 3u);
     laContextMenu menu = laCanvas_ListMenu(canvas, rows[0], {rows[0]});
     EXPECT_EQ(menu.title, "Operations");
@@ -284,11 +286,11 @@ TEST_F(Pointing, TheMenuOfTheList) {
     EXPECT_EQ(infos.size(), 2u);
     const size_t before = rows.size();
     Choose(menu, "&Hide Tasks");
-    EXPECT_LE(canvas.list.taskList->rows().size(), before - 2);
+    EXPECT_LE(canvas.taskList->rows().size(), before - 2);
     Choose(laCanvas_ListMenu(canvas, nullptr, {}), "Sort in &Descending");
     EXPECT_FALSE(canvas.list.sortAscending);
 
-    laItem_Line& lane = canvas.items.lanes[canvas.list.taskList->rows()[0]->lane];
+    laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->lane];
     lane.isAgent = true;
     menu = laCanvas_ListMenu(canvas, lane.listEntry, {lane.listEntry});
     EXPECT_FALSE(Row(menu, 0).enabled) << "the agent is no object";

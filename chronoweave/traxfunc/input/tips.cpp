@@ -6,6 +6,7 @@
 #include "chronoweave/import/extra_format.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -32,10 +33,10 @@ std::string status_tip(const _LaCanvasData& canvas, const laItemRef& item) {
         "Status " + quoted(canvas.looks.legend.statuses[static_cast<size_t>(segment.status)].name);
     const std::string length = " with length " + laTip_Time(canvas, segment.t1 - segment.t0);
     text += canvas.axis.timeMode == Time_Tick
-                ? " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas, lane)))) +
+                ? " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, lane)))) +
                       " from " + laTip_Time(canvas, segment.t0)
                 : " from " + laTip_Time(canvas, segment.t0) + " to " + laTip_Time(canvas, segment.t1);
-    return text + length + " (in " + laTime_UnitName(canvas, true) + "s)";
+    return text + length + " (in " + laTime_UnitName(canvas.axis, true) + "s)";
 }
 
 // How many events an icon stands for, and of which names, the most frequent first.
@@ -43,7 +44,7 @@ std::string group_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon, s
     const laItem_Line& lane = canvas.items.lanes[icon.lane];
     const auto first = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), icon.time);
     auto number = static_cast<size_t>(first - lane.iconTimes.begin());
-    while (number < lane.iconTimes.size() && laBm_OfLane(canvas, icon.lane, number) != index) ++number;
+    while (number < lane.iconTimes.size() && laBm_OfLane(canvas.items, icon.lane, number) != index) ++number;
     const laIconGroup group = laIcons_Group(canvas, lane, number);
     std::map<std::string, size_t> counts;
     size_t total = 0;
@@ -93,7 +94,7 @@ std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& i
 std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
     const std::string& format = canvas.looks.legend.events[static_cast<size_t>(icon.event)].extraFormat;
     if (format.empty() || !canvas.source.store) return {};
-    const uint32_t wanted = laItem_StoreSequence(canvas, icon);
+    const uint32_t wanted = laItem_StoreSequence(canvas.items, icon);
     // A walk from a multiple of the checkpoint interval begins one event later, so it begins one earlier.
     EventWalk walk;
     if (!mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 3, nullptr, walk)) return {};
@@ -103,8 +104,7 @@ std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
         std::string text;
         bool problem = false;
         extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store),
-                     (canvas.view.flags & Canvas_ExtraDataWarning) != 0,
-                     (canvas.view.flags & Canvas_UnusedExtraDataWarning) != 0, text, &problem);
+                     canvas.options.extraDataWarning, canvas.options.unusedExtraDataWarning, text, &problem);
         return text_utf8(text);
     }
     return {};
@@ -112,13 +112,14 @@ std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
 
 std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item) {
     switch (item.itype) {
-        case laItemType_Line:
+        case laItemType::Line:
             return status_tip(canvas, item);
-        case laItemType_Bitmap:
+        case laItemType::Bitmap:
             return event_tip(canvas, item);
-        case laItemType_Ctx:
+        case laItemType::Ctx:
             return switch_tip(canvas, item);
-        default:
-            return {};
+        case laItemType::None:
+            break;
     }
+    return {};
 }

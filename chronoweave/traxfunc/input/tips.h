@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Of a stretch, an icon or a context line. An icon that is drawn as an overlap mark, or that hides others, is
 // followed by how many events stand there and their names.

@@ -5,6 +5,7 @@
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -19,15 +20,13 @@ bool any_selected(const std::vector<laHideRow>& rows) {
 }  // namespace
 
 laHideDialog::laHideDialog(_LaCanvasData& canvas)
-    : canvas_(canvas),
-      paths_(canvas.list.taskList->hiddenPaths()),
-      savedRefresh_(canvas.view.flags & Canvas_LiveRefresh) {
+    : canvas_(canvas), paths_(canvas.taskList->hiddenPaths()), savedRefresh_(canvas.source.liveRefresh) {
     title = "Select " + canvas.list.objectTermLower + "s to hide";
     showTitle = laCanvas_Plural(canvas.list.objectTerm) + " to Show";
     hideTitle = laCanvas_Plural(canvas.list.objectTerm) + " to Hide";
     nameColumn = canvas.list.objectTerm + " Name";
     idColumn = canvas.list.objectTerm + " ID";
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LiveRefresh);
+    canvas.source.liveRefresh = false;
     Refresh();
 }
 
@@ -112,7 +111,7 @@ void laHideDialog::TakePattern() {
 void laHideDialog::HideRows(bool all) {
     for (const laHideRow& row : toShow) {
         if (!all && !row.selected) continue;
-        if (const laItem_Line* lane = laCanvas_FindLane(canvas_, row.data))
+        if (const laItem_Line* lane = laCanvas_FindLane(canvas_.items, row.data))
             Add(laTask_PathOfLane(canvas_, *lane));
     }
 }
@@ -123,7 +122,7 @@ void laHideDialog::ShowRows(bool all) {
 }
 
 void laHideDialog::Apply() {
-    canvas_.list.taskList->SetHiddenPaths(paths_);
+    canvas_.taskList->SetHiddenPaths(paths_);
     laCanvas_Resort(canvas_);
     laCanvas_Repaint(canvas_);
 }
@@ -132,5 +131,5 @@ void laHideDialog::Close() {
     if (!open_) return;
     open_ = false;
     paths_.clear();
-    canvas_.view.flags |= savedRefresh_;
+    canvas_.source.liveRefresh = savedRefresh_;
 }

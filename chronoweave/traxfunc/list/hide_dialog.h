@@ -51,6 +51,6 @@ class laHideDialog {
 
     _LaCanvasData& canvas_;
     std::vector<laPath> paths_;
-    uint32_t savedRefresh_;
+    bool savedRefresh_;
     bool open_ = true;
 };

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "chronoweave/traxfunc/draw/overview.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -32,12 +32,12 @@ class Hiding : public testing::Test {
 };
 
 TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
-    canvas.view.flags |= Canvas_LiveRefresh;
+    canvas.source.liveRefresh = true;
     laHideDialog dialog(canvas);
     EXPECT_EQ(dialog.title, "Select tasks to hide");
     EXPECT_EQ(dialog.showTitle + dialog.hideTitle, "Tasks to ShowTasks to Hide");
     EXPECT_EQ(dialog.nameColumn + dialog.idColumn, "Task NameTask ID");
-    EXPECT_EQ(canvas.view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_FALSE(canvas.source.liveRefresh);
     EXPECT_EQ(Names(dialog.toShow), "AS@T1=0x400 AS@T2=0x800 Idle=0xc00 Task 0x1000=0x1000 ");
     for (const char* off : {"hide", "show", "showall", "nothing"}) {
         EXPECT_FALSE(dialog.Enabled(off)) << off;
@@ -64,11 +64,11 @@ TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
     EXPECT_TRUE(dialog.toShow.empty() && !dialog.Enabled("hideall"));
     EXPECT_TRUE(dialog.Press("showall"));
     EXPECT_TRUE(dialog.toHide.empty());
-    EXPECT_EQ(canvas.list.taskList->rows().size(), 5u) << "nothing is applied yet";
+    EXPECT_EQ(canvas.taskList->rows().size(), 5u) << "nothing is applied yet";
     dialog.pattern = "AS?T?";
     EXPECT_TRUE(dialog.Press("ok"));
-    EXPECT_EQ(canvas.list.taskList->rows().size(), 2u);
-    EXPECT_NE(canvas.view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_EQ(canvas.taskList->rows().size(), 2u);
+    EXPECT_TRUE(canvas.source.liveRefresh);
     EXPECT_FALSE(dialog.isOpen() || dialog.Press("ok"));
     EXPECT_EQ(laHideDialog::NameColumnWidth(300) + laHideDialog::NameColumnWidth(90), 180);
 }
@@ -80,8 +80,8 @@ TEST_F(Hiding, CancelKeepsWhatWas) {
         dialog.Press("cancel");
     }
     { laHideDialog(canvas).Press("hideall"); }
-    EXPECT_EQ(canvas.list.taskList->rows().size(), 5u);
-    EXPECT_EQ(canvas.view.flags & Canvas_LiveRefresh, 0u);
+    EXPECT_EQ(canvas.taskList->rows().size(), 5u);
+    EXPECT_FALSE(canvas.source.liveRefresh);
 }
 
 TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
@@ -96,7 +96,7 @@ TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
     laPath path;
     path.components = {"AS", "T1 \"x\""};
     path.id = 0x400;
-    canvas.list.taskList->SetHiddenPaths({path, laTask_PatternPath("I")});
+    canvas.taskList->SetHiddenPaths({path, laTask_PatternPath("I")});
     canvas.list.sortField = 1;
     canvas.list.sortAscending = false;
     const std::string text = laArrangement_ToText(laArrangement_Take(canvas, source));
@@ -113,7 +113,7 @@ TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
     EXPECT_EQ(other.canvas->view.viewLow, low);
 
     test.ShowAll();
-    canvas.list.taskList->SetHiddenPaths({});
+    canvas.taskList->SetHiddenPaths({});
     canvas.marks.bookmarks.clear();
     canvas.marks.cursor[0] = -100;
     canvas.list.sortField = 0;

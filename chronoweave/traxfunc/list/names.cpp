@@ -19,11 +19,11 @@ int mark_left(const MslObjectEntry& entry) {
 
 // With any nesting, all rows leave room for a mark, so that names of a level stand below each other.
 int text_left(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return mark_left(entry) + (canvas.list.taskList->depth() > 1 ? markSize + margin : 0);
+    return mark_left(entry) + (canvas.taskList->depth() > 1 ? markSize + margin : 0);
 }
 
 std::string shown_text(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return text_utf8(canvas.list.taskList->RowText(entry, 0));
+    return text_utf8(canvas.taskList->RowText(entry, 0));
 }
 
 void draw_mark(Surface& surface, int left, int middle, bool collapsed, Colour colour) {
@@ -54,7 +54,7 @@ Colour tint_for(Colour tint, Colour ground) {
 }
 
 void draw_current(const _LaCanvasData& canvas, Surface& surface, int width) {
-    const int row = canvas.list.taskList->list().CurrentRow();
+    const int row = canvas.taskList->list().CurrentRow();
     if (row < 0) return;
     const int top = row * canvas.looks.rowHeight - canvas.view.verticalOffset,
               bottom = top + canvas.looks.rowHeight - 1;
@@ -68,7 +68,7 @@ void draw_current(const _LaCanvasData& canvas, Surface& surface, int width) {
 // The list stands as the picture does while work goes on in it; where it scrolled, the picture follows.
 template <class Work>
 void with_list(_LaCanvasData& canvas, const Work& work) {
-    MScrollList& list = canvas.list.taskList->list();
+    MScrollList& list = canvas.taskList->list();
     if (list.RowHeight() != canvas.looks.rowHeight) list.SetRowHeight(canvas.looks.rowHeight, false);
     list.SetViewHeight(static_cast<int>(canvas.graph->vertical.visible()));
     list.ScrollTo(canvas.view.verticalOffset);
@@ -100,7 +100,7 @@ std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
 }
 
 void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int height, bool inWindow) {
-    const auto& rows = canvas.list.taskList->rows();
+    const auto& rows = canvas.taskList->rows();
     const int oldFont = surface.setFont(Font_Application);
     surface.clearRect(0, 0, width, height);
     const FontMetrics font = surface.fontMetrics(Font_Application);
@@ -109,15 +109,15 @@ void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int 
         const MslObjectEntry& entry = *rows[i];
         const int top = entry.row * canvas.looks.rowHeight - canvas.view.verticalOffset;
         if (top >= height) break;
-        Colour ground = tint_for(canvas.list.taskList->RowColour(entry), surface.background());
+        Colour ground = tint_for(canvas.taskList->RowColour(entry), surface.background());
         Colour ink = surface.foreground();
         if (ground != NoColour) ink = text_on(ground);
-        if (inWindow && canvas.list.taskList->list().IsSelected(entry.row)) {
+        if (inWindow && canvas.taskList->list().IsSelected(entry.row)) {
             ground = surface.selectionBackground();
             ink = surface.selectionForeground();
         }
         if (ground != NoColour) surface.fillRect(0, top, width, canvas.looks.rowHeight, ground);
-        if (canvas.list.taskList->HasChildren(entry))
+        if (canvas.taskList->HasChildren(entry))
             draw_mark(surface, mark_left(entry), top + canvas.looks.rowHeight / 2, entry.collapsed, ink);
         const int left = text_left(canvas, entry);
         const std::string text = laNames_Elide(surface, shown_text(canvas, entry), width - left - margin);
@@ -125,14 +125,14 @@ void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int 
             surface.drawText(left, top + (canvas.looks.rowHeight - font.height) / 2 + font.ascent, text, ink,
                              NoColour);
     }
-    if (inWindow && canvas.list.taskList->focused) draw_current(canvas, surface, width);
+    if (inWindow && canvas.taskList->focused) draw_current(canvas, surface, width);
     if (oldFont >= 0) surface.setFont(oldFont);
 }
 
 int laNames_Width(const _LaCanvasData& canvas, Surface& surface, int most) {
     int width = leastWidth;
     const int oldFont = surface.setFont(Font_Application);
-    for (const MslObjectEntry* entry : canvas.list.taskList->rows()) {
+    for (const MslObjectEntry* entry : canvas.taskList->rows()) {
         width = std::max(
             width, text_left(canvas, *entry) + surface.textExtent(shown_text(canvas, *entry)).width + margin);
         if (width >= most) break;
@@ -142,7 +142,7 @@ int laNames_Width(const _LaCanvasData& canvas, Surface& surface, int most) {
 }
 
 MslObjectEntry* laNames_RowAt(const _LaCanvasData& canvas, int y) {
-    const auto& rows = canvas.list.taskList->rows();
+    const auto& rows = canvas.taskList->rows();
     const int content = y + canvas.view.verticalOffset;
     if (y < 0 || content < 0 || canvas.looks.rowHeight <= 0) return nullptr;
     const auto row = static_cast<size_t>(content / canvas.looks.rowHeight);
@@ -151,7 +151,7 @@ MslObjectEntry* laNames_RowAt(const _LaCanvasData& canvas, int y) {
 
 bool laNames_HitsMark(const _LaCanvasData& canvas, const MslObjectEntry& entry, int x) {
     const int left = mark_left(entry);
-    return canvas.list.taskList->HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
+    return canvas.taskList->HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
 }
 
 bool laNames_Click(_LaCanvasData& canvas, int x, int y, int clicks, bool control, bool shift) {
@@ -179,20 +179,20 @@ void laNames_DragTo(_LaCanvasData& canvas, int y) {
 MslObjectEntry* laNames_RightClick(_LaCanvasData& canvas, int y) {
     const int row = row_at(canvas, y);
     if (row >= 0) with_list(canvas, [&](MScrollList& list) { list.RightClick(row, 0); });
-    return canvas.list.taskList->EntryAt(row);
+    return canvas.taskList->EntryAt(row);
 }
 
 std::vector<MslObjectEntry*> laNames_Selected(const _LaCanvasData& canvas) {
-    return canvas.list.taskList->SelectedEntries();
+    return canvas.taskList->SelectedEntries();
 }
 
 void laNames_ClearSelection(_LaCanvasData& canvas) {
-    canvas.list.taskList->list().SelectOnly(MScrollList::noRow);
+    canvas.taskList->list().SelectOnly(MScrollList::noRow);
 }
 
 std::string laNames_Tip(const _LaCanvasData& canvas, int y) {
     const MslObjectEntry* entry = laNames_RowAt(canvas, y);
-    return entry == nullptr ? std::string() : canvas.list.taskList->RowTip(*entry);
+    return entry == nullptr ? std::string() : canvas.taskList->RowTip(*entry);
 }
 
 bool laNames_Key(_LaCanvasData& canvas, MslKey key, bool control, bool shift) {
@@ -207,18 +207,18 @@ void laNames_Type(_LaCanvasData& canvas, std::string_view typed) {
 }
 
 bool laNames_Backspace(_LaCanvasData& canvas) {
-    if (!canvas.list.taskList->list().Searching()) return false;
+    if (!canvas.taskList->list().Searching()) return false;
     with_list(canvas, [](MScrollList& list) { list.SearchBackspace(); });
     return true;
 }
 
 void laNames_EndSearch(_LaCanvasData& canvas) {
-    canvas.list.taskList->list().EndSearch();
+    canvas.taskList->list().EndSearch();
 }
 
 void laNames_Focus(_LaCanvasData& canvas, bool focused) {
-    if (canvas.list.taskList->focused == focused) return;
-    canvas.list.taskList->focused = focused;
+    if (canvas.taskList->focused == focused) return;
+    canvas.taskList->focused = focused;
     if (!focused) laNames_EndSearch(canvas);
     if (canvas.graph->listChanged) canvas.graph->listChanged();
 }

@@ -1,10 +1,10 @@
 // The name column beside the picture: the rows of the object list, aligned with the lanes by the row height
 // and the vertical scroll. Used by the window and by picture files. What is selected, expanded and searched
-// is the state of canvas.list.taskList->list(); here it meets the pointer, the keyboard and the drawing.
+// is the state of canvas.taskList->list(); here it meets the pointer, the keyboard and the drawing.
 #pragma once
 
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/canvas.h"
 
 // Draws the rows that meet the column of this width and height, whose top left corner is the surface's
 // origin. Texts that don't fit end in "…". With inWindow, selected rows are drawn in the selection's colours,

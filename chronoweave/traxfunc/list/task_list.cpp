@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -54,7 +56,7 @@ laPath laTask_MakePath(const _LaCanvasData& canvas, std::string_view name, bool 
 }
 
 laPath laTask_PathOfLane(const _LaCanvasData& canvas, const laItem_Line& lane) {
-    laPath path = laTask_MakePath(canvas, laCanvas_LaneName(canvas, lane), lane.isAgent);
+    laPath path = laTask_MakePath(canvas, laCanvas_LaneName(canvas.list, lane), lane.isAgent);
     if (!lane.isAgent) path.id = lane.objectId;
     return path;
 }
@@ -68,7 +70,7 @@ laPath laTask_PatternPath(std::string_view pattern) {
 }
 
 std::string laTask_DisplayName(const _LaCanvasData& canvas, const laItem_Line& lane) {
-    const std::string name = laCanvas_LaneName(canvas, lane);
+    const std::string name = laCanvas_LaneName(canvas.list, lane);
     if ((lane.hasName || canvas.list.flatView) && kernel_applies(canvas) && !has_separator(canvas, name))
         return "Kernel" + canvas.list.separator + name;
     return name;
@@ -103,7 +105,7 @@ bool laHide_IsHidden(const _LaCanvasData& canvas, const laItem_Line& lane,
 }
 
 void laTask_Hide(_LaCanvasData& canvas, MslObjectEntry& entry, bool show, bool repaint) {
-    TraxTaskList& list = *canvas.list.taskList;
+    TraxTaskList& list = *canvas.taskList;
     const laPath path = list.PathOf(entry);
     if (show) {
         std::vector<laPath> kept;
@@ -123,7 +125,7 @@ void laTask_Hide(_LaCanvasData& canvas, MslObjectEntry& entry, bool show, bool r
 }
 
 bool laCanvas_HasHierarchy(const _LaCanvasData& canvas) {
-    return canvas.list.taskList != nullptr && (canvas.list.flatView || canvas.list.taskList->depth() > 1);
+    return canvas.taskList != nullptr && (canvas.list.flatView || canvas.taskList->depth() > 1);
 }
 
 std::string_view laTask_WithoutFake(std::string_view name) {
@@ -264,7 +266,7 @@ std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
     }
     if (entry.lane >= canvas_.items.lanes.size()) return {};
     const laItem_Line& lane = canvas_.items.lanes[entry.lane];
-    const std::string name(laTask_WithoutFake(laCanvas_LaneName(canvas_, lane)));
+    const std::string name(laTask_WithoutFake(laCanvas_LaneName(canvas_.list, lane)));
     if (lane.isAgent || canvas_.axis.timeMode == Time_Tick) return text_utf8(name);
     const std::string priority =
         lane.priority < 0 ? std::string("Unknown") : gen_format("0x%x", static_cast<unsigned>(lane.priority));

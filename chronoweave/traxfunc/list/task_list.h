@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/msl/object_list.h"
 
 // A name as components. A path with a wild card ('*', '?', '\' as the escape) is one component, matched on

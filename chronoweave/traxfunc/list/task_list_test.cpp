@@ -4,10 +4,11 @@
 
 #include <functional>
 
+#include "chronoweave/traxfunc/canvas/picture.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/picture.h"
 #include "chronoweave/traxfunc/list/names.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/geometry.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -15,16 +16,16 @@ namespace {
 // Rows from the top, indented by a dot per level.
 std::string rows(const TestCanvas& test) {
     std::string all;
-    for (const MslObjectEntry* entry : test.canvas->list.taskList->rows()) {
+    for (const MslObjectEntry* entry : test.canvas->taskList->rows()) {
         if (!all.empty()) all += ' ';
-        all += std::string(static_cast<size_t>(entry->depth), '.') +
-               test.canvas->list.taskList->RowText(*entry, 0);
+        all +=
+            std::string(static_cast<size_t>(entry->depth), '.') + test.canvas->taskList->RowText(*entry, 0);
     }
     return all;
 }
 
 MslObjectEntry* row(const TestCanvas& test, const std::string& name) {
-    for (MslObjectEntry* entry : test.canvas->list.taskList->rows())
+    for (MslObjectEntry* entry : test.canvas->taskList->rows())
         if (entry->name == name) return entry;
     return nullptr;
 }
@@ -64,7 +65,7 @@ TEST_F(TaskList, NestsBySeparatorAndSorts) {
     Resort();
     EXPECT_EQ(rows(test), "A@z B@x C A@x B@y");
     test.canvas->list.sortAroundEvent = true;
-    laCanvas_FindLane(*test.canvas, 0xC00)->eventDistance = -4;
+    laCanvas_FindLane(test.canvas->items, 0xC00)->eventDistance = -4;
     Resort();
     EXPECT_EQ(rows(test).substr(0, 2), "C ");
 }
@@ -87,16 +88,16 @@ TEST_F(TaskList, LanesFollowTheirRows) {
     OpenNamed({"B@y", "A@x", "C"});
     const int height = test.canvas->looks.rowHeight;
     EXPECT_EQ(rows(test), "A .x B .y C");
-    EXPECT_EQ(laCanvas_LaneY(*test.canvas, 0x800), height + height / 2);
-    EXPECT_EQ(laCanvas_LaneY(*test.canvas, 0x400), 4 * height + height / 2);
+    EXPECT_EQ(laCanvas_LaneY(test.canvas->items, test.canvas->looks, 0x800), height + height / 2);
+    EXPECT_EQ(laCanvas_LaneY(test.canvas->items, test.canvas->looks, 0x400), 4 * height + height / 2);
     EXPECT_EQ(test.canvas->view.contentHeight, 5 * height);
-    EXPECT_EQ(laCanvas_LaneY(*test.canvas, 0x999), height / 2);
-    EXPECT_TRUE(laCanvas_LaneHidden(*test.canvas, 0x999));
+    EXPECT_EQ(laCanvas_LaneY(test.canvas->items, test.canvas->looks, 0x999), height / 2);
+    EXPECT_TRUE(laCanvas_LaneHidden(test.canvas->items, 0x999));
 
-    EXPECT_TRUE(test.canvas->list.taskList->SetCollapsed(*row(test, "A"), true));
+    EXPECT_TRUE(test.canvas->taskList->SetCollapsed(*row(test, "A"), true));
     laCanvas_Relayout(*test.canvas);
     EXPECT_EQ(rows(test), "A B .y C");
-    EXPECT_TRUE(laCanvas_LaneHidden(*test.canvas, 0x800));
+    EXPECT_TRUE(laCanvas_LaneHidden(test.canvas->items, 0x800));
     EXPECT_EQ(test.canvas->view.contentHeight, 4 * height);
     Resort();
     EXPECT_EQ(rows(test), "A B .y C") << "a collapse outlives the rebuilding of the list";
@@ -104,7 +105,7 @@ TEST_F(TaskList, LanesFollowTheirRows) {
 
 TEST_F(TaskList, HidesByPathAndPattern) {
     OpenNamed({"B@y", "A@x", "C", "B@x", "Cat"});
-    TraxTaskList& list = *test.canvas->list.taskList;
+    TraxTaskList& list = *test.canvas->taskList;
     struct Case {
         laPath path;
         const char* left;
@@ -128,7 +129,7 @@ TEST_F(TaskList, HidesByPathAndPattern) {
     EXPECT_EQ(list.hiddenPaths()[1].id, 0xC00u);
     list.AddHiddenPath(laPath{{"C"}, false, {}});
     EXPECT_EQ(list.hiddenPaths().size(), 2u);
-    laTask_Hide(*test.canvas, *laCanvas_FindLane(*test.canvas, 0xC00)->listEntry, true, false);
+    laTask_Hide(*test.canvas, *laCanvas_FindLane(test.canvas->items, 0xC00)->listEntry, true, false);
     EXPECT_EQ(rows(test), "A .x C Cat");
 }
 
@@ -188,7 +189,7 @@ TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) 
     laNames_EndSearch(canvas);
     EXPECT_FALSE(laNames_Backspace(canvas));
     EXPECT_EQ(test.message(), "");
-    canvas.list.taskList->Clear(true);
+    canvas.taskList->Clear(true);
     Resort();
     EXPECT_EQ(selected(test), "");
 }
@@ -271,10 +272,10 @@ TEST_F(TaskList, AgentSumsUpWhatHiddenObjectsExecute) {
     EXPECT_EQ(rows(test), "A B C __VRL_Agent_For_Hidden_Tasks__");
     const laItem_Line& agent = test.canvas->items.lanes[test.canvas->items.hiddenAgent];
     EXPECT_TRUE(agent.segments.empty());
-    test.canvas->list.taskList->SetHiddenPaths({laPath{{"A"}, false, {}}, laPath{{"B"}, false, {}}});
+    test.canvas->taskList->SetHiddenPaths({laPath{{"A"}, false, {}}, laPath{{"B"}, false, {}}});
     Resort();
-    const auto& a = laCanvas_FindLane(*test.canvas, 0x400)->segments;
-    const auto& b = laCanvas_FindLane(*test.canvas, 0x800)->segments;
+    const auto& a = laCanvas_FindLane(test.canvas->items, 0x400)->segments;
+    const auto& b = laCanvas_FindLane(test.canvas->items, 0x800)->segments;
     double shown = 0, hidden = 0;
     for (const auto* segments : {&a, &b})
         for (const LaLnSeg& segment : *segments)
@@ -284,7 +285,7 @@ TEST_F(TaskList, AgentSumsUpWhatHiddenObjectsExecute) {
     ASSERT_GT(hidden, 0);
     EXPECT_NEAR(shown, hidden, 1e-12);
     EXPECT_LT(agent.segments.size(), a.size() + b.size());
-    EXPECT_EQ(test.canvas->list.taskList->RowColour(*row(test, "__VRL_Agent_For_Hidden_Tasks__")), 0x400000u);
+    EXPECT_EQ(test.canvas->taskList->RowColour(*row(test, "__VRL_Agent_For_Hidden_Tasks__")), 0x400000u);
     EXPECT_EQ(laPicture_RowIds(*test.canvas), (std::vector<std::optional<uint32_t>>{0xC00u, std::nullopt}));
 }
 
@@ -300,7 +301,7 @@ TEST_F(TaskList, TheAgentOfSeveralProcessorsIsTheirUnion) {
         events.push_back({time, mt_TaskChange, 0, words({time % 20 ? 0x401u : 0x801u, 0})});
     ASSERT_TRUE(test.Open(events, "KORVANTIS", std::move(legend)));
     test.ShowAll();
-    test.canvas->list.taskList->SetHiddenPaths({laTask_PatternPath("t*")});
+    test.canvas->taskList->SetHiddenPaths({laTask_PatternPath("t*")});
     Resort();
     const laItem_Line& agent = test.canvas->items.lanes[test.canvas->items.hiddenAgent];
     ASSERT_EQ(agent.segments.size(), 1u);

@@ -1,7 +1,7 @@
 // The drawable items of a canvas: lanes with their status segments, event icons, and context switches. They
-// hold times and rows of tables only: where an item stands on screen is computed when it is drawn or hit,
-// from its time by the conversions of time.h and from its lane's y. So no item ever holds a stale pixel, a
-// zoom or a scroll touches no item, and hiding a lane hides its icons and switches with it.
+// hold times and rows of tables only: where an item stands on screen is computed when it is drawn or hit
+// (geometry.h), from its time by the conversions of time.h and from its lane's y. So no item ever holds a
+// stale pixel, a zoom or a scroll touches no item, and hiding a lane hides its icons and switches with it.
 //
 // Memory: an icon takes 34 bytes, a segment and a switch 24 each.
 #pragma once
@@ -12,10 +12,9 @@
 
 #include "shared/libcxxutil/table.h"
 
-struct _LaCanvasData;
 struct MslObjectEntry;
 
-enum : int32_t { laItemType_Line = 0, laItemType_Bitmap = 1, laItemType_Ctx = 2 };
+enum class laItemType : int32_t { None = -1, Line = 0, Bitmap = 1, Ctx = 2 };
 
 constexpr uint32_t laNoLane = 0xFFFFFFFF;   // no lane, as a position in the lane list
 constexpr uint32_t laAgentId = 0xFFFFFFFF;  // the object id of the agent lane
@@ -29,7 +28,7 @@ struct LaLnSeg {
 
 // A lane: one object, its row on screen, and its segments, which never overlap and are ordered by time.
 struct laItem_Line {
-    static constexpr int32_t itype = laItemType_Line;
+    static constexpr laItemType itype = laItemType::Line;
     uint32_t objectId = 0;
     int32_t priority = -1;  // -1 while not known
     std::string name;       // bytes as in the trace; shown through text_utf8
@@ -52,7 +51,7 @@ struct laItem_Line {
 
 // An event's icon.
 struct laItem_Bitmap {
-    static constexpr int32_t itype = laItemType_Bitmap;
+    static constexpr laItemType itype = laItemType::Bitmap;
     double time = 0;
     uint32_t lane = laNoLane;        // position in the lane list
     uint32_t sequence = 0;           // number within the fetch, from 0; see laItem_StoreSequence
@@ -62,7 +61,7 @@ struct laItem_Bitmap {
 
 // A context switch: at one instant, from one lane to another.
 struct laItem_Ctx {
-    static constexpr int32_t itype = laItemType_Ctx;
+    static constexpr laItemType itype = laItemType::Ctx;
     double t0 = 0;
     uint32_t fromLane = laNoLane, toLane = laNoLane;
     int32_t status = -1;  // row of the context-switch status that gives colour and style
@@ -70,13 +69,6 @@ struct laItem_Ctx {
 };
 
 static_assert(sizeof(LaLnSeg) == 24 && sizeof(laItem_Bitmap) == 24 && sizeof(laItem_Ctx) == 24);
-
-struct laRect {
-    int left = 0, top = 0, right = 0, bottom = 0;  // the last two not included
-    bool meets(const laRect& other) const {
-        return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
-    }
-};
 
 // Lanes by object id, an open-addressed hash.
 class LaneIndex {
@@ -103,42 +95,57 @@ class LaneIndex {
     size_t used_ = 0;
 };
 
+// An item of the picture: a segment of a lane, an icon or a context line. Valid until the items are dropped
+// (LaItems::itemsVersion).
+struct laItemRef {
+    laItemType itype = laItemType::None;
+    uint32_t lane = laNoLane;  // of a segment or icon
+    size_t index = 0;          // into the lane's segments, LaItems::bitmaps or LaItems::ctxLines
+};
+
+// Who runs on one processor, during a fetch.
+struct LaCpuEntry {
+    uint32_t key = 0;
+    uint32_t running = laNoLane;  // position of the lane that runs there; laNoLane for none
+};
+
+// Items of the cached range.
+struct LaItems {
+    Table<laItem_Line> lanes;  // in order of first appearance
+    LaneIndex laneIndex;
+    uint32_t hiddenAgent = laNoLane;       // the agent's position in lanes
+    Table<laItem_Bitmap> bitmaps;          // in time order
+    Table<laItem_Ctx> ctxLines;            // in time order
+    uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
+    std::vector<LaCpuEntry> cpus;          // in order of first use
+    double cachedLow = 0, cachedHigh = 0;  // the range that the items cover; both 0 for none
+    uint32_t itemsVersion = 0;             // grows whenever items are dropped
+};
+
 // Makes a lane at the end of the list and returns its position. The agent has no entry in the index.
-uint32_t laLn_New(_LaCanvasData& canvas, uint32_t objectId);
+uint32_t laLn_New(LaItems& items, uint32_t objectId);
 // Adds a stretch at the end of a lane; t0 must be the end of the last one. A neighbour of the same status
 // grows instead. False, with a message, when it does not join.
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status);
 // Adds an icon at the end of the list and of its lane's.
-void laBm_Append(_LaCanvasData& canvas, const laItem_Bitmap& icon);
+void laBm_Append(LaItems& items, const laItem_Bitmap& icon);
 // Position in the icon list of a lane's icon, given as the lane counts them.
-uint32_t laBm_OfLane(const _LaCanvasData& canvas, uint32_t lane, size_t number);
+uint32_t laBm_OfLane(const LaItems& items, uint32_t lane, size_t number);
 // Position of the first icon not before a time; the list's size when there is none.
-uint32_t laBm_FirstAt(const _LaCanvasData& canvas, double time);
+uint32_t laBm_FirstAt(const LaItems& items, double time);
 // The same for the context lines.
-uint32_t laCtx_FirstAt(const _LaCanvasData& canvas, double time);
+uint32_t laCtx_FirstAt(const LaItems& items, double time);
 // Adds a switch. A repetition of the last one (same target lane, within 1e-12) is dropped: false.
-bool laCtx_Append(_LaCanvasData& canvas, const laItem_Ctx& line);
+bool laCtx_Append(LaItems& items, const laItem_Ctx& line);
+// Drops all items; the cached range becomes 0 to 0. The processors stay, with nobody running.
+void laItems_Clear(LaItems& items);
+// No processor has a running lane any more.
+void laCpu_Clear(LaItems& items);
 
-// The lane of an object; null when there is none.
-laItem_Line* laCanvas_FindLane(_LaCanvasData& canvas, uint32_t objectId, uint32_t* position = nullptr);
-// The lane's y; half a row when there is no such lane.
-int laCanvas_LaneY(_LaCanvasData& canvas, uint32_t objectId);
+// The lane of an object, the agent's for laAgentId, and its position; null and laNoLane when there is none.
+laItem_Line* laCanvas_FindLane(LaItems& items, uint32_t objectId, uint32_t* position = nullptr);
+const laItem_Line* laCanvas_FindLane(const LaItems& items, uint32_t objectId, uint32_t* position = nullptr);
 // True when there is no lane or it is hidden.
-bool laCanvas_LaneHidden(_LaCanvasData& canvas, uint32_t objectId);
-// The name as shown in texts: the lane's own, or the object term and the id.
-std::string laCanvas_LaneName(const _LaCanvasData& canvas, const laItem_Line& lane);
-
-// Content rows (pixels) of the parts of a lane: its status line, its icons' centres.
-int laLn_LineY(const _LaCanvasData& canvas, const laItem_Line& lane);
-int laLn_IconY(const _LaCanvasData& canvas, const laItem_Line& lane);
-
-// Where items stand now: columns of the drawing area, rows of the content. Items outside the view give the
-// markers of laCanvas_TimeToPixel.
-laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Bitmap& icon);
-laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Line& lane, const LaLnSeg& segment);
-laRect laItem_Rect(const _LaCanvasData& canvas, const laItem_Ctx& line);
-// Rows of the two ends of a switch, with a hidden end moved to the agent lane. False when it is not to be
-// seen: both ends hidden, or one and no agent shown.
-bool laCtx_Ends(const _LaCanvasData& canvas, const laItem_Ctx& line, int& y0, int& y1);
+bool laCanvas_LaneHidden(const LaItems& items, uint32_t objectId);
 // Sequence number of an icon's event in the store, to look up its extra data when its text is asked for.
-uint32_t laItem_StoreSequence(const _LaCanvasData& canvas, const laItem_Bitmap& icon);
+uint32_t laItem_StoreSequence(const LaItems& items, const laItem_Bitmap& icon);

@@ -4,7 +4,27 @@
 #include <cstdint>
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/model/view.h"
+
+enum TimeMode : int {
+    Time_Second = 0,
+    Time_Millisecond = 1,
+    Time_Microsecond = 2,
+    Time_Nanosecond = 3,
+    Time_Tick = 4,
+    Time_Sequential = 5
+};
+
+// The axis under the picture: the unit shown, and the ticks as they were last drawn.
+struct LaAxis {
+    int timeMode = Time_Second;
+    bool autoAdjustUnit = true;  // a smaller unit is taken when labels need many digits
+    bool tickPattern = true;     // labels show only the digits that vary
+    int tickDigits = 0;          // decimals that one step needs; -1 when no ticks fit
+    int tickFormat = 0;          // integer digits x 1000 + varying digits
+    double tickStep = 0;         // last step, in the unit shown
+    double tickBase = 0;         // the common prefix of the labels, in the unit shown
+};
 
 // A value of one time mode in another: one multiplication or division by 1000 per step. Modes 4 and 5 convert
 // to and from nothing.
@@ -16,11 +36,10 @@ class laTimeScale {
     static constexpr int leftOfView = -2;
     static constexpr int farRight = 0x7fffffff;
 
-    explicit laTimeScale(const _LaCanvasData& canvas)
-        : low_(canvas.axis.timeMode == Time_Sequential ? 0 : canvas.view.viewLow),
-          high_(canvas.axis.timeMode == Time_Sequential ? 1e300 : canvas.view.viewHigh),
-          perUnit_(canvas.view.pixelsPerUnit),
-          rightOfView_(canvas.graph->width + 3) {}
+    // width: of the drawing area.
+    laTimeScale(const LaView& view, const LaAxis& axis, int width)
+        : laTimeScale(axis.timeMode == Time_Sequential ? 0 : view.viewLow,
+                      axis.timeMode == Time_Sequential ? 1e300 : view.viewHigh, view.pixelsPerUnit, width) {}
     // Of a view that is not the canvas's.
     laTimeScale(double low, double high, double perUnit, int width)
         : low_(low), high_(high), perUnit_(perUnit), rightOfView_(width + 3) {}
@@ -48,32 +67,15 @@ class laTimeScale {
     int rightOfView_;
 };
 
-// Column of a value given in a mode; see laTimeScale.
-int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode);
-// Time at a column, in the canvas's mode.
-double laCanvas_PixelToUnit(const _LaCanvasData& canvas, int x);
+// Time at a column, in the axis's unit.
+double laCanvas_PixelToUnit(const LaView& view, const LaAxis& axis, int x);
 // Pixel of a time in the virtual picture; clamped to 64 bits. And back, exact as far as a double is.
-uint64_t laCanvas_AbsolutePixel(const _LaCanvasData& canvas, double time);
-double laCanvas_AbsoluteTime(const _LaCanvasData& canvas, uint64_t pixel);
+uint64_t laCanvas_AbsolutePixel(const LaView& view, double time);
+double laCanvas_AbsoluteTime(const LaView& view, uint64_t pixel);
 
 // The unit's word. Short form: "Second" for every mode below 4.
-const char* laTime_UnitName(const _LaCanvasData& canvas, bool longForm);
+const char* laTime_UnitName(const LaAxis& axis, bool longForm);
 // Drops zeros and blanks at the end behind a point, then a bare point, and leading blanks.
 std::string laTime_TrimZeros(std::string text);
-// A time of the time base in the canvas's unit, with what its last digits need on this axis, trimmed.
-std::string laTime_Text(const _LaCanvasData& canvas, double time);
-
-// Changes the unit shown; with redraw the axis is drawn anew. Sequential mode is neither entered nor left:
-// refused with a message.
-void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode, bool redraw);
-// The next of second, millisecond, microsecond, nanosecond, and round again, as a user's command.
-void laCanvas_NextTimeMode(_LaCanvasData& canvas);
-
-constexpr int Fields_View = 1, Fields_Selection = 2;
-// Rewrites the texts of the fields named by what, and the message line when one is given, and tells the
-// window.
-void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message = nullptr);
-// Title and value of the total length, and the unit's label.
-std::string laCanvas_TotalLengthText(const _LaCanvasData& canvas);
-std::string laCanvas_TotalLengthTitle(const _LaCanvasData& canvas);
-void laCanvas_UpdateTotal(_LaCanvasData& canvas);
+// A time of the time base in the axis's unit, with what its last digits need there, trimmed.
+std::string laTime_Text(const LaAxis& axis, double time);

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -148,7 +150,7 @@ laArrangement laArrangement_Take(const _LaCanvasData& canvas, const laSourceIden
     std::copy(canvas.marks.cursor, canvas.marks.cursor + 2, all.cursor);
     all.timeMode = canvas.axis.timeMode;
     all.bookmarks = canvas.marks.bookmarks;
-    all.hiddenPaths = canvas.list.taskList->hiddenPaths();
+    all.hiddenPaths = canvas.taskList->hiddenPaths();
     all.sortField = canvas.list.sortField;
     all.sortAscending = canvas.list.sortAscending;
     all.flatView = canvas.list.flatView;
@@ -195,11 +197,11 @@ bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& all, cons
     canvas.list.sortAscending = all.sortAscending;
     canvas.list.flatView = all.flatView;
     canvas.marks.bookmarks = all.bookmarks;
-    canvas.list.taskList->SetHiddenPaths(all.hiddenPaths);
+    canvas.taskList->SetHiddenPaths(all.hiddenPaths);
     // Ticks and sequence numbers are the source's own; only the four units are a choice.
     if (canvas.axis.timeMode < Time_Tick && all.timeMode < Time_Tick) canvas.axis.timeMode = all.timeMode;
     std::copy(all.cursor, all.cursor + 2, canvas.marks.cursor);
-    if (canvas.marks.cursor[1] >= 0) canvas.view.flags |= Canvas_SecondCursor;
+    if (canvas.marks.cursor[1] >= 0) canvas.marks.secondShown = true;
     const double extent = canvas.source.scrollExtent;
     canvas.source.scrollExtent = std::max(extent, std::min(all.viewHigh, 2 * extent));
     if (!laCanvas_ShowRange(canvas, all.viewLow, std::min(all.viewHigh, 2 * extent), false, true))

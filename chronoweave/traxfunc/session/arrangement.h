@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/marks.h"
+#include "chronoweave/traxfunc/model/time.h"
 
 // Tells a source from what it was: an arrangement of another one would point at nothing.
 struct laSourceIdentity {

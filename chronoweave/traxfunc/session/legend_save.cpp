@@ -43,8 +43,8 @@ Legend laLegend_ForSaving(const _LaCanvasData& canvas) {
     misc.refreshInterval = canvas.options.refreshInterval;
     misc.maxRefreshedEvents = canvas.options.maxRefreshedEvents;
     misc.targetTimeout = canvas.options.targetTimeout;
-    misc.extraDataWarning = (canvas.view.flags & Canvas_ExtraDataWarning) != 0;
-    misc.unusedExtraDataWarning = (canvas.view.flags & Canvas_UnusedExtraDataWarning) != 0;
+    misc.extraDataWarning = canvas.options.extraDataWarning;
+    misc.unusedExtraDataWarning = canvas.options.unusedExtraDataWarning;
     misc.centerStatus = canvas.looks.centerStatus;
     misc.tickPattern = canvas.axis.tickPattern;
     misc.showHiddenAgent = canvas.list.showHiddenAgent;
@@ -65,8 +65,8 @@ LegendMisc laLegend_Kept(const _LaCanvasData& canvas) {
 }
 
 bool laLegend_OfferSave(_LaCanvasData& canvas) {
-    const bool changed = (canvas.view.flags & Canvas_LegendChanged) != 0;
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_LegendChanged);
+    const bool changed = canvas.looks.legendChanged;
+    canvas.looks.legendChanged = false;
     if (!changed || canvas.calls.host == nullptr || canvas.looks.legend.path.empty()) return true;
     const std::string& user = config_UserDirectory(true);
     if (user.empty() || !path_is_directory(user)) return false;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // The canvas's legend with the misc values as they are now.
 Legend laLegend_ForSaving(const _LaCanvasData& canvas);

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
@@ -43,7 +44,6 @@ void laCanvas_TakeBounds(_LaCanvasData& canvas) {
     const mt_Range range = mt_GetTimeRange(*canvas.source.store);
     const uint32_t count = mt_GetEventCount(*canvas.source.store);
     canvas.source.storeHasEvents = count > 0;
-    canvas.source.eventBatch = count < 10000 ? 1000 : 10000;
     canvas.source.baseTick = range.first;
     canvas.source.totalLength = static_cast<double>(range.end - range.first) / canvas.source.ticksPerSecond;
     const double margin = std::max(canvas.source.totalLength / 1000, 1e-12);
@@ -56,10 +56,10 @@ void laCanvas_SourceGrew(_LaCanvasData& canvas) {
     laCanvas_TakeBounds(canvas);
     // What was fetched up to the old end may lack what came at that very time.
     if (canvas.view.viewHigh >= canvas.items.cachedHigh) canvas.items.cachedLow = canvas.items.cachedHigh = 0;
-    const uint32_t flags = canvas.view.flags;
-    canvas.view.flags |= Canvas_LiveRefresh;  // so that the same view is fetched anew
+    const bool live = canvas.source.liveRefresh;
+    canvas.source.liveRefresh = true;  // so that the same view is fetched anew
     laCanvas_ShowRange(canvas, canvas.view.viewLow, canvas.view.viewHigh, false, false);
-    canvas.view.flags = (canvas.view.flags & ~Canvas_LiveRefresh) | (flags & Canvas_LiveRefresh);
+    canvas.source.liveRefresh = live;
     laCanvas_Rescale(canvas, false);
     laCanvas_UpdateTotal(canvas);
 }

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Takes over the store and a finished legend and shows the first view: wide enough for about two events per
 // icon's width of the area. name is the source's, for the titles. Does not paint. False, with the message
@@ -13,8 +13,7 @@
 bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend legend,
                              const std::string& name);
 
-// The clock and bounds again, after a live source grew: totalLength, scrollExtent, storeHasEvents,
-// eventBatch.
+// The clock and bounds again, after a live source grew: totalLength, scrollExtent, storeHasEvents.
 void laCanvas_TakeBounds(_LaCanvasData& canvas);
 
 // The store has more events than before: takes the new bounds and, where the view shows what is new, shows

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 struct laPicture {
     int width = 0, height = 0;  // of the whole

@@ -1,5 +1,7 @@
-#include "chronoweave/traxfunc/model/time_unit.h"
+#include "chronoweave/traxfunc/input/time_unit.h"
 
+#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 namespace {
@@ -21,7 +23,7 @@ std::optional<laTimeUnitDialog> laTimeUnit_Open(_LaCanvasData& canvas) {
     laTimeUnitDialog dialog;
     dialog.units = {"Second", "Millisecond", "Microsecond", "Nanosecond"};
     dialog.unit = canvas.axis.timeMode;
-    dialog.autoAdjust = (canvas.view.flags & Canvas_AutoAdjustUnit) != 0;
+    dialog.autoAdjust = canvas.axis.autoAdjustUnit;
     return dialog;
 }
 
@@ -34,11 +36,25 @@ bool laTimeUnit_Apply(_LaCanvasData& canvas, int result) {
     const int unit = autoAdjust ? result - autoAdjustCode : result;
     if (unit < Time_Second || unit > Time_Nanosecond) return false;
     if (laTimeUnit_Refused(canvas)) return false;
-    canvas.view.flags = autoAdjust ? canvas.view.flags | Canvas_AutoAdjustUnit
-                                   : canvas.view.flags & ~static_cast<uint32_t>(Canvas_AutoAdjustUnit);
-    canvas.view.flags |= Canvas_UserUnitChange;
-    laCanvas_SetTimeMode(canvas, unit, true);
-    canvas.view.flags &= ~static_cast<uint32_t>(Canvas_UserUnitChange);
+    canvas.axis.autoAdjustUnit = autoAdjust;
+    laCanvas_SetTimeMode(canvas, unit);
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
     return true;
+}
+
+void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode) {
+    if (mode == canvas.axis.timeMode) return;
+    if (mode == Time_Sequential || canvas.axis.timeMode == Time_Sequential) {
+        laCanvas_Refuse(canvas, "Can't change unit into or from SEQUENTIAL mode.");
+        return;
+    }
+    canvas.axis.timeMode = mode;
+    laAxis_Draw(canvas, 0, canvas.graph->width, laUnitRule::Keep);
+    laCanvas_UpdateTotal(canvas);
+}
+
+void laCanvas_NextTimeMode(_LaCanvasData& canvas) {
+    if (laTimeUnit_Refused(canvas)) return;
+    laCanvas_SetTimeMode(canvas, (canvas.axis.timeMode + 1) % 4);
+    laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
 }

@@ -1,11 +1,12 @@
-#include "chronoweave/traxfunc/draw/picture.h"
+#include "chronoweave/traxfunc/canvas/picture.h"
 
 #include <algorithm>
 
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/names.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "windlib/lagraph/translated_surface.h"
 
 namespace {
@@ -85,7 +86,7 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
 
 std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas) {
     std::vector<std::optional<uint32_t>> ids;
-    for (const MslObjectEntry* entry : canvas.list.taskList->rows())
-        ids.push_back(canvas.list.taskList->PathOf(*entry).id);
+    for (const MslObjectEntry* entry : canvas.taskList->rows())
+        ids.push_back(canvas.taskList->PathOf(*entry).id);
     return ids;
 }

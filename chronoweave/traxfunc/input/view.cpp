@@ -1,7 +1,8 @@
-#include "chronoweave/traxfunc/draw/view.h"
+#include "chronoweave/traxfunc/input/view.h"
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
@@ -24,7 +25,6 @@ void invalid_range(_LaCanvasData& canvas, double low, double high) {
 }
 
 bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
-    canvas.view.flags &= ~Canvas_ViewChanging;
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection, message);
     return result;
 }
@@ -92,8 +92,7 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool rep
         invalid_range(canvas, low, high);
         return true;
     }
-    canvas.view.flags |= Canvas_ViewChanging;
-    const bool live = (canvas.view.flags & Canvas_LiveRefresh) != 0;
+    const bool live = canvas.source.liveRefresh;
     if (low == canvas.view.viewLow && high == canvas.view.viewHigh &&
         (!live || laCanvas_IsCached(canvas, low, high))) {
         if (repaint) laCanvas_SetExtent(canvas, canvas.view.virtualWidth, canvas.view.contentHeight, true);
@@ -112,10 +111,7 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool rep
         low = snapped;
     }
     const bool needed = canvas.source.store != nullptr && !laCanvas_IsCached(canvas, low, high);
-    if (needed && !fetch(canvas, low, high)) {
-        canvas.view.flags &= ~Canvas_ViewChanging;
-        return false;
-    }
+    if (needed && !fetch(canvas, low, high)) return false;
     canvas.view.viewLow = low;
     canvas.view.viewHigh = high;
     if (setLength) canvas.view.viewLength = high - low;
@@ -181,7 +177,7 @@ void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t
         moved = true;
     }
     int y = 10;
-    const laItem_Line* lane = objectId == laAgentId ? nullptr : laCanvas_FindLane(canvas, objectId);
+    const laItem_Line* lane = objectId == laAgentId ? nullptr : laCanvas_FindLane(canvas.items, objectId);
     if (lane != nullptr && !lane->hidden) {
         LaGraph& graph = *canvas.graph;
         y = lane->y - canvas.view.verticalOffset;

@@ -1,4 +1,5 @@
-#include "chronoweave/traxfunc/draw/scroll.h"
+
+#include "chronoweave/traxfunc/input/scroll.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,8 @@
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
-#include "chronoweave/traxfunc/model/canvas_testing.h"
+#include "chronoweave/traxfunc/model/view.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -39,7 +41,7 @@ class Walk {
                 laCanvas_ZoomAtColumn(canvas_, Below(pixels_.width()), 2.1);
                 return "zoom out";
             case 2:
-                laHistory_Command(canvas_, Below(2) ? laHistory_Prev : laHistory_Next);
+                (Below(2) ? laHistory_Prev : laHistory_Next)(canvas_);
                 return "history";
             case 3:
                 if (Below(3) == 0) Resize();

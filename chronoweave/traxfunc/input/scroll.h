@@ -4,7 +4,7 @@
 // columns, or icons whose clusters fall differently when the view begins elsewhere.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // What the scroll bars call after the user moved them. A horizontal move goes to the history, once for all
 // moves between laScroll_Hold and laScroll_Release, or of a drag of the cursor.

@@ -1,4 +1,4 @@
-#include "chronoweave/traxfunc/draw/scroll.h"
+#include "chronoweave/traxfunc/input/scroll.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +9,9 @@
 #include "chronoweave/traxfunc/draw/draw_items.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
-#include "chronoweave/traxfunc/draw/view.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 namespace {
@@ -138,7 +139,7 @@ void laScroll_Paint(_LaCanvasData& canvas) {
 }
 
 void laCanvas_HorizontalScrolled(_LaCanvasData& canvas) {
-    const double low = laCanvas_AbsoluteTime(canvas, canvas.graph->horizontal.position());
+    const double low = laCanvas_AbsoluteTime(canvas.view, canvas.graph->horizontal.position());
     laCanvas_ShowRange(canvas, low, low + canvas.view.viewLength, false, false);
     laScroll_Paint(canvas);
     if (!canvas.hand.heldView && canvas.hand.dragStartView < 0) laHistory_Add(canvas);

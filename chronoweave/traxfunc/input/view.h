@@ -2,7 +2,7 @@
 // message and change nothing.
 #pragma once
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 
 // Shows low to high, moved so that it begins on a whole pixel of the virtual picture; fetches what is not
 // cached. With repaint, paints; with setLength, the view's length becomes that of the range. False when

@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/traxfunc/draw/axis.h"
-#include "chronoweave/traxfunc/draw/view.h"
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
 #include "windlib/lagraph/recording_surface.h"

@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/traxfunc/model/canvas.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/model/time.h"
 
 struct laTimeUnitDialog {
     std::vector<std::string> units;  // one of them is chosen; their numbers are those of TimeMode
@@ -23,3 +24,9 @@ bool laTimeUnit_Apply(_LaCanvasData& canvas, int result);
 
 // True when the unit can't be changed; the user was told.
 bool laTimeUnit_Refused(_LaCanvasData& canvas);
+
+// Changes the unit shown and draws the axis anew, with no smaller unit than this. Sequential mode is neither
+// entered nor left: refused with a message.
+void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode);
+// The next of second, millisecond, microsecond, nanosecond, and round again, as a user's command.
+void laCanvas_NextTimeMode(_LaCanvasData& canvas);

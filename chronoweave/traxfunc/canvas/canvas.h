@@ -1,0 +1,143 @@
+// The canvas: one row per object of a trace, time running to the right. _LaCanvasData is the one record of a
+// canvas; everything else of this folder reads or changes it. It knows no window: it is given a LaGraph
+// (size, scroll bars, surface, and what to call) and a store, and tells of changed texts through a callback.
+//
+// Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
+// scroll.h, history.h, cursor.h, bookmarks.h, hit_marks.h, fields.h, navigate.h, goto.h, commands.h,
+// time_unit.h, hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h,
+// tips.h, pointer.h, context_menu.h.
+//
+// Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
+// negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/traxfunc/model/list.h"
+#include "chronoweave/traxfunc/model/looks.h"
+#include "chronoweave/traxfunc/model/marks.h"
+#include "chronoweave/traxfunc/model/options.h"
+#include "chronoweave/traxfunc/model/source.h"
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/gate.h"
+#include "shared/libcxxutil/progress.h"
+#include "windlib/lagraph/graph.h"
+
+class DialogHost;
+class DialogModel;
+class TraxTaskList;
+
+struct LaHistoryEntry {
+    double low = 0, high = 0;
+    int verticalOffset = 0;
+};
+
+// The texts beside the picture; the window shows them as they are.
+struct LaCanvasFields {
+    std::string viewFrom, viewTo, viewLength;   // "tf_view_from", "tf_view_to", "tf_view_len"
+    std::string selFrom, selTo, selLength;      // "tf_sel_from", "tf_sel_to", "tf_sel_len"
+    std::string message;                        // "ts_info"
+    std::string tickPattern, tickUnit;          // "TickPattern", "TickUnit"
+    std::string totalLengthTitle, totalLength;  // title and value of "TotalLength"
+};
+
+// What lies above the canvas, as its commands and menus need it; the window fills it. All may be empty.
+struct laUpperFloor {
+    // Commands that are not the canvas's own work, by their names in the table of commands; text is what
+    // stands behind the name. False for one that was refused. They may wait for the user, and may destroy the
+    // canvas.
+    std::map<std::string, std::function<bool(const std::string& text)>, std::less<>> commands;
+    // Opens an entry of the manual; false when there is none of this name.
+    std::function<bool(const std::string& entry)> manual;
+    // Runs work that may paint.
+    std::function<void(const std::function<void()>& work)> draw;
+    std::function<std::vector<std::string>()> recentFiles;  // newest first
+    std::function<void()> refreshIntervalChanged;           // the timer starts anew
+    bool iconButtons = true;                                // tool buttons show icons, else texts
+    bool serverConnected = false;                           // an event server is
+    bool eventTable = false;                                // the table of events is open
+    bool sourceGrows = false;                               // the source can be read on
+};
+
+// Whom the canvas tells, and what the floors above handed down; each may be empty.
+struct LaCallbacks {
+    std::function<void()> fieldsChanged;   // after fields were rewritten
+    std::function<void()> buttonsChanged;  // what can be done now changed (history, freeze)
+    Progress progress;                     // of long fetches
+    laUpperFloor upper;
+    DialogHost* host = nullptr;                        // shows dialogs and windows; outlives the canvas
+    std::function<void(const laItemRef&)> openDetail;  // a detail window about an item
+    std::function<void(uint32_t objectId)> openInfo;   // the window about an object
+    std::function<void(size_t icon)> iconPressed;      // an icon was clicked, by its place in bitmaps
+    // Windows about this canvas (details, results, reports), which close with it. Owned by the host; each
+    // takes itself out when it closes.
+    std::vector<DialogModel*> viewWindows;
+    DialogModel* legendWindow = nullptr;  // when it is open; takes itself out as well
+};
+
+// What the pointer is doing.
+struct LaHand {
+    int pendingCursorX = -100;    // of a temporary cursor while the button is held with Shift; -100 for none
+    bool hoverPass = false;       // an item that is hit makes its tip and opens no window
+    std::string hoverText;        // that tip
+    double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
+    std::optional<Gate::Token> heldView;  // the user holds the view: it goes to the history when let go
+};
+
+// The ranges that were shown before.
+struct LaPast {
+    LaHistoryEntry history[50];
+    int historyNewest = -1, historyOldest = -1, historyCurrent = -1;
+};
+
+// The record of a canvas, in parts: a function takes the part that it uses.
+struct _LaCanvasData {
+    explicit _LaCanvasData(LaGraph& graph);
+    ~_LaCanvasData();
+    _LaCanvasData(const _LaCanvasData&) = delete;
+    _LaCanvasData& operator=(const _LaCanvasData&) = delete;
+
+    LaGraph* graph;  // never null; outlives the canvas
+    LaCanvasFields fields;
+    LaCallbacks calls;
+    LaOptions options;
+    LaList list;
+    std::unique_ptr<TraxTaskList> taskList;  // never null
+    LaItems items;
+    LaLooks looks;
+    LaSource source;
+    LaView view;
+    LaMarks marks;
+    LaHand hand;
+    LaPast past;
+    LaAxis axis;
+};
+
+// A canvas on a graph, with the defaults, connected to its scroll bars.
+std::unique_ptr<_LaCanvasData> laCanvas_Create(LaGraph& graph, int contentHeight);
+// Back to an empty view. With releaseSource the store, the legend and what the configure file set go too.
+void laCanvas_Reset(_LaCanvasData& canvas, bool releaseSource, bool announce);
+// Drops what the source brought: store, legend, list, titles and settings.
+void laCanvas_ReleaseSource(_LaCanvasData& canvas);
+// Drops all items; the cached range becomes 0 to 0.
+void laCanvas_ClearItems(_LaCanvasData& canvas);
+
+// Takes over a finished legend with its settings: looks up icons and colours and computes the row height.
+// False, and no change, for an empty one. A missing icon is reported and replaced by "help", with a beep.
+bool laCanvas_LoadLegend(_LaCanvasData& canvas, Legend legend);
+// Recomputes looks and metrics after visibility, colours or icons in canvas.looks.legend changed. True when
+// the row height changed: the caller then lays out and repaints.
+bool laCanvas_LegendTouched(_LaCanvasData& canvas);
+
+// Runs work that may paint: with the surface opened by the window when it isn't open.
+void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work);
+// Column of a value given in a time mode; see laTimeScale.
+int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode);

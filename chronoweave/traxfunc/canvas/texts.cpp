@@ -1,0 +1,57 @@
+#include "chronoweave/traxfunc/canvas/texts.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/report.h"
+
+void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message) {
+    const int precision = std::max(0, canvas.axis.tickDigits + (canvas.axis.timeMode == Time_Tick ? 1 : 3));
+    const auto shown = [&](double time) {
+        return gen_format("%.*f", precision, laTime_Convert(Time_Second, time, canvas.axis.timeMode));
+    };
+    LaCanvasFields& fields = canvas.fields;
+    if ((what & Fields_View) != 0) {
+        fields.viewFrom = shown(canvas.view.viewLow);
+        fields.viewTo = shown(canvas.view.viewHigh);
+        fields.viewLength = shown(canvas.view.viewLength);
+    }
+    if ((what & Fields_Selection) != 0 && canvas.marks.cursor[0] >= 0) {
+        const bool both = canvas.marks.cursor[1] >= 0;
+        const auto [low, high] = std::minmax(canvas.marks.cursor[0], canvas.marks.cursor[1]);
+        fields.selFrom = shown(both ? low : canvas.marks.cursor[0]);
+        fields.selTo = both ? shown(high) : std::string();
+        fields.selLength = both ? shown(high - low) : std::string();
+    }
+    if (message != nullptr) fields.message = message;
+    if (canvas.calls.fieldsChanged) canvas.calls.fieldsChanged();
+}
+
+std::string laCanvas_TotalLengthText(const _LaCanvasData& canvas) {
+    static constexpr int least[] = {10, 7, 4, 1, 1, 1};
+    const int precision = std::max(canvas.axis.tickDigits, least[canvas.axis.timeMode]);
+    return laTime_TrimZeros(gen_format(
+        "%.*f", precision, laTime_Convert(Time_Second, canvas.source.totalLength, canvas.axis.timeMode)));
+}
+
+std::string laCanvas_TotalLengthTitle(const _LaCanvasData& canvas) {
+    if (canvas.axis.timeMode == Time_Tick) return "Total Tick Length";
+    if (canvas.axis.timeMode == Time_Sequential) return "Total Number of Events";
+    return std::string("Total Time Length(in ") + laTime_UnitName(canvas.axis, true) + "s)";
+}
+
+void laCanvas_UpdateTotal(_LaCanvasData& canvas) {
+    canvas.fields.totalLengthTitle = laCanvas_TotalLengthTitle(canvas);
+    canvas.fields.totalLength = laCanvas_TotalLengthText(canvas);
+    canvas.fields.tickUnit = laTime_UnitName(canvas.axis, true);
+    if (canvas.calls.fieldsChanged) canvas.calls.fieldsChanged();
+}
+
+void laCanvas_Beep(const _LaCanvasData& canvas) {
+    if (canvas.graph->beep) canvas.graph->beep();
+}
+
+void laCanvas_Refuse(_LaCanvasData& canvas, std::string_view message) {
+    laCanvas_Beep(canvas);
+    laCanvas_UpdateFields(canvas, 0, std::string(message).c_str());
+}

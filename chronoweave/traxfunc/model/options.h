@@ -1,0 +1,15 @@
+// Options of the program, and those that the configure file gives it.
+#pragma once
+
+struct LaOptions {
+    bool newTrv = true;        // the overlap rule by free space, else by rectangles
+    bool prefetch = true;      // a fetch takes twice the range
+    bool snapCursors = true;   // the pointer's cursors jump to an edge close by
+    bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
+    bool allForIntervalSearch = false;
+    bool extraDataWarning = true;        // in texts of extra data that does not fit its format
+    bool unusedExtraDataWarning = true;  // and of extra data that the format leaves over
+    int refreshInterval = 1000;          // milliseconds
+    int maxRefreshedEvents = 600;
+    int targetTimeout = 5000;  // milliseconds
+};

@@ -1,0 +1,34 @@
+// What of the trace the picture shows, and what the surface shows of it. Times are of the time base; pixels
+// are those of the drawing area, but for the virtual picture's (the whole trace at this zoom), which are
+// 64-bit.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+// What the surface shows, as of the last whole repaint or scroll: what a scroll may copy from.
+struct LaPainted {
+    struct Place {
+        uint32_t objectId = 0;
+        int32_t y = -1;  // of the lane, content pixels; -1 for a hidden one
+        bool operator==(const Place&) const = default;
+    };
+    bool valid = false;
+    std::vector<Place> laneOrder;  // the lanes in the order of the list
+    uint32_t itemsVersion = 0;
+    double low = 0, pixelsPerUnit = 0;
+    uint64_t position = 0;  // pixel of the virtual picture in column 0
+    int verticalOffset = 0, width = 0, height = 0, dataHeight = 0;
+};
+
+// The shown range. viewHigh - viewLow is viewLength but for the snapping to a pixel.
+struct LaView {
+    double viewLow = 0, viewHigh = 1e-6, viewLength = 1e-6;
+    double pixelsPerUnit = 1;     // width of the drawing area / viewLength
+    int laidOutWidth = 0;         // the width that this holds for
+    uint64_t virtualWidth = 0;    // pixels of scrollExtent at this zoom
+    uint64_t scrollPosition = 0;  // position last given to the horizontal bar
+    int verticalOffset = 0;       // first content row on screen
+    int contentHeight = 0;        // pixels
+    LaPainted painted;
+};
