@@ -24,14 +24,16 @@ class PictureView;
 class QGridLayout;
 class QScrollBar;
 class QtDialogHost;
+class QtEventService;
 class SettingsManager;
 class ToolBarView;
 struct ProgramOptions;
 
-// What all windows share; either may be null. Both outlive the windows.
+// What all windows share; each may be null. All outlive the windows.
 struct CanvasServices {
     SettingsManager* settings = nullptr;
     ArrangementStore* arrangements = nullptr;
+    QtEventService* events = nullptr;  // tasks and watches of the program's loop
 };
 
 // A key of the window, beside those that stand in its menus.

@@ -3,7 +3,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
+#include <QEventLoop>
 #include <QStyle>
 #include <QTimer>
 #include <algorithm>
@@ -26,12 +26,6 @@ namespace {
 
 QString folder;
 
-QElapsedTimer started() {
-    QElapsedTimer timer;
-    timer.start();
-    return timer;
-}
-
 // Few colours are in these pictures; one of the 256 most frequent ones takes a third of the room.
 QImage indexed(const QImage& picture) {
     std::unordered_map<QRgb, int> counts;
@@ -47,8 +41,9 @@ QImage indexed(const QImage& picture) {
 
 void keep(QWidget* window, const char* name) {
     // What follows a change a moment later is to be there, too.
-    for (QElapsedTimer waited = started(); waited.elapsed() < 400;)
-        platform_Wait(std::chrono::milliseconds(40));
+    QEventLoop loop;
+    QTimer::singleShot(400, &loop, &QEventLoop::quit);
+    loop.exec();
     const QString file = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
     const QImage picture = indexed(window->grab().toImage().convertToFormat(QImage::Format_RGB32));
     if (!picture.save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "chronoweave/traxmain/main_loop.h"
 #include "chronoweave/traxmain/start_options.h"
-
-using namespace std::chrono_literals;
 
 TEST(StartOptions, TheProgramsOwnPassLooksAtTheFirstLetter) {
     const StartOptions options = start_Parse({"-", "-Later", "run.trr", "other.trr", "-zzz"}, false);
@@ -40,27 +37,4 @@ TEST(StartOptions, PluginAndServiceArgumentsCountInAnyPlaceButTheLast) {
     EXPECT_EQ(last.dataFile, "f.trr");
     EXPECT_TRUE(start_Parse({"-sr_connect_servicerouter_port", "5"}, false).serviceMode);
     EXPECT_FALSE(start_Parse({"-sr_connect_servicerouter_port"}, false).serviceMode);
-}
-
-TEST(MainLoop, WaitsUpToTheNextTaskAndEndsWithItsWindows) {
-    MainLoop loop;
-    std::vector<std::chrono::milliseconds> waits;
-    int pending = 0, rounds = 0;
-    loop.processPending = [&] { ++pending; };
-    loop.wait = [&](std::chrono::milliseconds longest) { waits.push_back(longest); };
-    loop.goOn = [&] { return ++rounds < 3; };
-    loop.now = [] { return EventTasks::Clock::time_point{}; };
-    loop.run();
-    EXPECT_EQ(waits, (std::vector{500ms, 500ms, 500ms}));
-    loop.tasks.Add(60ms, loop.now(), [] { return true; });
-    EXPECT_FALSE(loop.round());
-    EXPECT_EQ(waits.back(), 50ms);
-    loop.tasks.Add(5ms, loop.now(), [] { return true; });
-    EXPECT_FALSE(loop.round());
-    EXPECT_EQ(waits.size(), 4u);  // too near to wait for
-    loop.now = [] { return EventTasks::Clock::time_point{} + 5ms; };
-    loop.tasks.Add(0ms, loop.now(), [] { return false; });
-    EXPECT_TRUE(loop.round());  // a failed task: the next round begins, and nobody asks whether to go on
-    EXPECT_EQ(rounds, 5);
-    EXPECT_EQ(pending, 6);
 }

@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "chronoweave/qt/canvas_window.h"
-#include "chronoweave/traxmain/main_loop.h"
 #include "chronoweave/traxmain/start_options.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/return_point.h"
@@ -16,6 +15,7 @@
 #include "windlib/config/settings.h"
 #include "windlib/menu/menu.h"
 #include "windlib/qt/console_window.h"
+#include "windlib/qt/event_service.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -66,11 +66,7 @@ void openFirstCanvas(const StartOptions& options, CanvasServices services) {
 }
 
 void runLoop() {
-    MainLoop loop;
-    loop.processPending = platform_ProcessPending;
-    loop.wait = platform_Wait;
-    loop.goOn = [] { return CanvasWindow::count() > 0; };
-    loop.run();
+    platform_Loop([] { return CanvasWindow::count() > 0; });
 }
 
 }  // namespace
@@ -97,15 +93,16 @@ int trvgui_Main(int argc, char** argv) {
         gen_warning("Cannot continue, exitting...\n");
         std::_Exit(1);
     }
+    QtEventService events;
     SettingsManager settings;
     ArrangementStore arrangements;
     settings.TakeDefaults(siteOptions());
     if (options.defaultsOnly) {
-        openFirstCanvas(options, {});
+        openFirstCanvas(options, {.events = &events});
         runLoop();
     } else {
         settings.Load();
-        openFirstCanvas(options, {&settings, &arrangements});
+        openFirstCanvas(options, {&settings, &arrangements, &events});
         runLoop();
         settings.Save();
     }

@@ -20,11 +20,15 @@ class EventTasks {
     int Once(std::chrono::milliseconds delay, Clock::time_point now, Work work);
     void Remove(int number);
 
-    // Calls the tasks whose time has come; gives the time to the next one, at most longest, or nothing when a
-    // task failed.
+    // Calls the tasks whose time has come, but none from within itself; gives the time to the next one, at
+    // most longest, or nothing when a task failed.
     std::optional<std::chrono::milliseconds> Run(Clock::time_point now);
-    // The time to the next task, rounded up so that it is due when the wait is over; at most longest.
+    // The time to the next task that does not run now, rounded up so that it is due when the wait is over; at
+    // most longest.
     std::chrono::milliseconds UntilNext(Clock::time_point now) const;
+
+    // Called whenever UntilNext may have become shorter or longer from outside of Run.
+    void SetChanged(std::function<void()> changed) { changed_ = std::move(changed); }
 
     static constexpr std::chrono::milliseconds longest{5000};
 
@@ -36,7 +40,11 @@ class EventTasks {
         std::chrono::milliseconds interval;
         Clock::time_point due;
         Work work;
+        bool runs = false;
     };
+    int Put(Task task);
+
     std::vector<Task> tasks_;
+    std::function<void()> changed_;
     int last_ = 0;
 };

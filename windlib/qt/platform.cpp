@@ -52,11 +52,8 @@ void platform_ProcessPending() {
     QCoreApplication::processEvents();
 }
 
-void platform_Wait(std::chrono::milliseconds longest) {
-    QTimer timer;
-    timer.setSingleShot(true);
-    timer.start(longest);
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+void platform_Loop(const std::function<bool()>& goOn) {
+    while (goOn()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 void platform_SetDark(bool dark) {

@@ -1,7 +1,7 @@
 // The window system as the program's main loop sees it.
 #pragma once
 
-#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,8 +14,8 @@ class QWidget;
 std::unique_ptr<QApplication> platform_Start(int& argc, char** argv);
 
 void platform_ProcessPending();
-// Waits for an event of the window system, at most so long.
-void platform_Wait(std::chrono::milliseconds longest);
+// The main loop: serves events, and sleeps until there is one, as long as goOn says so.
+void platform_Loop(const std::function<bool()>& goOn);
 
 // Dark colours for all windows, or those of the desktop.
 void platform_SetDark(bool dark);
