@@ -7,6 +7,8 @@ preset=$1
 shift
 folder=build-$preset
 [ "$preset" != release ] || folder=build
+# Lets ccache keep what is compiled with precompiled headers.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 # Once there is a build.ninja, the build itself configures again when a CMake file changed.
 [ -f "$folder/build.ninja" ] || cmake --preset "$preset"
 cmake --build --preset "$preset" "$@"

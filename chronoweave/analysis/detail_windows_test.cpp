@@ -6,6 +6,7 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"

@@ -5,6 +5,7 @@
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/menus.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/items.h"
@@ -113,6 +114,21 @@ struct ListedCommand {
     std::string label, menu, keys, body;
 };
 
+std::string keys_of(const MenuRow& row) {
+    const laCommand* command = laCommands_Find(row.body);
+    return command && text_equal_nocase(command->name, row.body) ? laCommand_Keys(*command)
+                                                                 : menu_ShownAccelerator(row.accelerator);
+}
+
+// Those that stand in no menu.
+void collect_others(const _LaCanvasData& canvas, std::vector<ListedCommand>& all) {
+    for (const laCommand& command : laCommands_All())
+        if (*command.label && laMenu_Of(command.name).empty() && (!command.can || command.can(canvas)) &&
+            std::none_of(all.begin(), all.end(),
+                         [&](const ListedCommand& listed) { return listed.body == command.name; }))
+            all.push_back({laCommand_Title(command), "", laCommand_Keys(command), command.name});
+}
+
 void collect(MenuRegistry& menus, const MenuResource& menu, const std::string& path,
              std::vector<ListedCommand>& all, int depth) {
     constexpr int deepest = 8;
@@ -122,7 +138,7 @@ void collect(MenuRegistry& menus, const MenuResource& menu, const std::string& p
         if (row.child && depth < deepest)
             collect(menus, *row.child, path.empty() ? label : path + ", " + label, all, depth + 1);
         else if (!row.child)
-            all.push_back({label, path, menu_ShownAccelerator(row.accelerator), row.body});
+            all.push_back({label, path, keys_of(row), row.body});
     }
 }
 
@@ -138,12 +154,13 @@ void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw d
     BookmarkList(host, canvas, std::move(draw)).run();
 }
 
-std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const std::string& menu) {
+std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const _LaCanvasData& canvas) {
     std::vector<ListedCommand> all;
-    if (MenuResource* root = menus.Find(menu, true)) {
+    if (MenuResource* root = menus.Find("TraxMenuBar", true)) {
         menus.Update(*root);
         collect(menus, *root, "", all, 0);
     }
+    collect_others(canvas, all);
     DialogModel model(dialogs_Palette());
     const auto fill = [&](const std::string& part) {
         std::vector<DialogRow> rows;

@@ -3,6 +3,7 @@
 
 #include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/analysis/window_testing.h"
+#include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/menus.h"
 
 namespace {

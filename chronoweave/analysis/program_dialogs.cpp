@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -24,39 +25,6 @@ constexpr OptionBox optionBoxes[] = {
     {"kernel", &ProgramOptions::kernel},          {"icons", &ProgramOptions::iconButtons},
     {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom},
     {"dark", &ProgramOptions::darkColours}};
-
-struct Key {
-    const char* keys;
-    const char* what;
-};
-constexpr Key keyTable[] = {
-    {"Ctrl+O", "open a trace (or drop a file)"},
-    {"Ctrl+N", "another window"},
-    {"Ctrl+Q, Ctrl+W", "close the window"},
-    {"Alt+letter, F10", "menus"},
-    {"Ctrl+Shift+P", "find a command by its name"},
-    {"Ctrl+wheel, W, S, +, -", "zoom at the pointer"},
-    {"Wheel, Up, Down", "scroll over the rows"},
-    {"Shift+wheel, A, D, Left, Right", "scroll in time"},
-    {"Page Up, Page Down", "scroll by a view"},
-    {"Home, End", "to the ends"},
-    {"0", "show everything"},
-    {"Drag", "select (Alt: without snapping)"},
-    {"Middle drag, Space+drag", "move the picture"},
-    {"F", "centre the selection, again: fit it"},
-    {"Z", "zoom to the selection"},
-    {"Ctrl+G", "go to a time"},
-    {"Ctrl+E", "show or hide the table of events"},
-    {"Ctrl+H", "hide objects"},
-    {"Ctrl+B", "bookmark the cursors"},
-    {"Ctrl+F", "search"},
-    {"F3, Shift+F3", "to the next and the previous hit"},
-    {"Ctrl+P", "print"},
-    {"Alt+Left, Alt+Right", "back and forth in the history"},
-    {"F1", "the manual, at the page of the window"},
-    {"?", "this sheet"},
-    {"Escape", "stop long work"},
-};
 
 }  // namespace
 
@@ -121,7 +89,7 @@ std::optional<ProgramOptions> dialogs_AskScrollPos(DialogHost& host, const Progr
 void dialogs_ShowKeys(DialogHost& host) {
     DialogModel model(dialogs_KeySheet());
     std::vector<DialogRow> rows;
-    for (const Key& key : keyTable) rows.push_back({{key.keys, key.what}});
+    for (const laKeyLine& line : laCommands_KeySheet()) rows.push_back({{line.keys, line.what}});
     model.setRows("keys", std::move(rows));
     close_by_buttons(model, "close");
     host.Run(model);

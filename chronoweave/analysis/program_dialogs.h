@@ -31,5 +31,6 @@ void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw d
 // The sheet of keys.
 void dialogs_ShowKeys(DialogHost& host);
 void dialogs_ShowAbout(DialogHost& host);
-// All rows of the menus under this one that can be used now. The command chosen; empty for none.
-std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const std::string& menu);
+// All commands that can be used now: the rows of the window's menus (recent files and bookmarks among them)
+// and those that stand in no menu. The command chosen; empty for none.
+std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const _LaCanvasData& canvas);

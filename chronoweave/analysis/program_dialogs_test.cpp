@@ -140,9 +140,9 @@ TEST_F(ProgramDialogs, ACommandIsFoundByItsName) {
         EXPECT_EQ(model.item("commands").rows[0].cells[1], "Config");
         EXPECT_TRUE(model.key(DialogKey::Enter, "filter"));
     };
-    EXPECT_EQ(dialogs_AskCommand(host, menus, "TraxMenuBar"), "CanvasName");
+    EXPECT_EQ(dialogs_AskCommand(host, menus, canvas), "CanvasName");
     host.drive = {};
-    EXPECT_EQ(dialogs_AskCommand(host, menus, "TraxMenuBar"), "");
+    EXPECT_EQ(dialogs_AskCommand(host, menus, canvas), "");
 }
 
 TEST_F(ProgramDialogs, KeysAndVersionAreShown) {

@@ -16,6 +16,8 @@
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/actions.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
 #include "shared/libcxxutil/gate.h"
@@ -41,15 +43,6 @@ ProgramOptions& looseOptions() {
     static ProgramOptions options;
     return options;
 }
-
-const KeyCommand keyTable[] = {
-    {Qt::Key_O, Qt::ControlModifier, "Open"},        {Qt::Key_N, Qt::ControlModifier, "NewWindow"},
-    {Qt::Key_W, Qt::ControlModifier, "Quit"},        {Qt::Key_H, Qt::ControlModifier, "HideTasks"},
-    {Qt::Key_B, Qt::ControlModifier, "AddBookmark"}, {Qt::Key_F, Qt::ControlModifier, "Search"},
-    {Qt::Key_P, Qt::ControlModifier, "TraxPrint"},   {Qt::Key_Left, Qt::AltModifier, "PrevHistory"},
-    {Qt::Key_Right, Qt::AltModifier, "NextHistory"}, {Qt::Key_F3, Qt::NoModifier, "NextHit"},
-    {Qt::Key_F3, Qt::ShiftModifier, "PrevHit"},
-};
 
 }  // namespace
 
@@ -161,7 +154,7 @@ bool CanvasWindow::openFile(const std::string& name) {
 
 bool CanvasWindow::chooseCommand() {
     menus_->refresh();
-    const std::string chosen = dialogs_AskCommand(*host_, menu_Registry(), menuName);
+    const std::string chosen = dialogs_AskCommand(*host_, menu_Registry(), view_->canvas());
     if (!chosen.empty()) command(chosen);
     return !chosen.empty();
 }
@@ -241,15 +234,10 @@ void CanvasWindow::makeEventTable() {
     };
 }
 
-std::span<const KeyCommand> CanvasWindow::keys() {
-    return keyTable;
-}
-
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {
-    if (event->text() == QStringLiteral("?")) return command("KeySheet");
-    for (const KeyCommand& known : keyTable)
-        if (event->key() == known.key && event->modifiers() == known.modifiers) return command(known.command);
-    QMainWindow::keyPressEvent(event);
+    const laCommand* known = laCommands_OfKey(platform_KeyName(*event), KeyPlace::Window);
+    if (!known) return QMainWindow::keyPressEvent(event);
+    command(known->name);
 }
 
 // Several windows share the menus: those of the one that is worked in show its state.

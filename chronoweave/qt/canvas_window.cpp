@@ -18,6 +18,7 @@
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/fields.h"

@@ -36,18 +36,9 @@ struct CanvasServices {
     QtEventService* events = nullptr;  // tasks and watches of the program's loop
 };
 
-// A key of the window, beside those that stand in its menus.
-struct KeyCommand {
-    int key;
-    Qt::KeyboardModifiers modifiers;
-    const char* command;
-};
-
 class CanvasWindow : public QMainWindow {
     Q_OBJECT
   public:
-    static std::span<const KeyCommand> keys();
-
     CanvasWindow(const std::string& title, bool live, CanvasServices services = {});
     ~CanvasWindow() override;
 

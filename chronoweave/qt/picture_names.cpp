@@ -139,8 +139,7 @@ bool PictureView::keyToNames(const QKeyEvent& event) {
 }
 
 void PictureView::listMenu(MslObjectEntry* clicked) {
-    if (canvas_->source.storeHasEvents)
-        popUp(laCanvas_ListMenu(*canvas_, clicked, laNames_Selected(*canvas_)));
+    if (canvas_->source.storeHasEvents) popUp(laCanvas_ListMenu(*canvas_, clicked));
 }
 
 // The menu key: about the selected rows, or the place of the first cursor.

@@ -9,6 +9,7 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/cursor.h"
@@ -28,8 +29,7 @@ namespace {
 constexpr double notch = 120.0;  // of a wheel
 constexpr double zoomPerNotch = 1.25;
 constexpr int columnsPerNotch = 80;
-constexpr int rowsPerNotch = 3;  // rows of the list
-constexpr int keyColumns = 60;
+constexpr int rowsPerNotch = 3;      // rows of the list
 constexpr int autoScrollEvery = 40;  // milliseconds
 constexpr int autoScrollWidths = 3;  // character widths a step
 
@@ -55,6 +55,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     graph_.warpPointer = [this](int x, int y) {
         QCursor::setPos(mapToGlobal(QPoint(x + picture_.graphLeft, y + picture_.graphTop)));
     };
+    graph_.pointerColumn = [this] { return pointerColumn(); };
     graph_.showTip = [this](const std::string& text) { platform_ShowTip(QCursor::pos(), text, this); };
     canvas_ = laCanvas_Create(graph_, 0);
     canvas_->calls.upper.draw = [this](const std::function<void()>& work) { draw(work); };
@@ -184,60 +185,17 @@ void PictureView::command(const std::string& text) {
 }
 
 bool PictureView::handleKey(const QKeyEvent& event) {
-    _LaCanvasData& canvas = *canvas_;
-    const auto carryOut = [&](const char* text) {
-        laCanvas_Command(canvas, text);
-        return true;
-    };
-    switch (event.key()) {
-        case Qt::Key_W:
-        case Qt::Key_Plus:
-        case Qt::Key_Equal:
-            laCanvas_ZoomAtColumn(canvas, pointerColumn(), 1 / zoomPerNotch);
-            return true;
-        case Qt::Key_S:
-        case Qt::Key_Minus:
-            laCanvas_ZoomAtColumn(canvas, pointerColumn(), zoomPerNotch);
-            return true;
-        case Qt::Key_A:
-        case Qt::Key_Left:
-            laCanvas_ScrollColumns(canvas, -keyColumns);
-            return true;
-        case Qt::Key_D:
-        case Qt::Key_Right:
-            laCanvas_ScrollColumns(canvas, keyColumns);
-            return true;
-        case Qt::Key_Up:
-            laCanvas_ScrollRows(canvas, -canvas.looks.rowHeight);
-            return true;
-        case Qt::Key_Down:
-            laCanvas_ScrollRows(canvas, canvas.looks.rowHeight);
-            return true;
-        case Qt::Key_PageUp:
-            return carryOut("PageLeft");
-        case Qt::Key_PageDown:
-            return carryOut("PageRight");
-        case Qt::Key_Home:
-            return carryOut("ScrollHome");
-        case Qt::Key_End:
-            return carryOut("ScrollEnd");
-        case Qt::Key_0:
-            return carryOut("ShowAll");
-        case Qt::Key_F:
-            return carryOut("Focus");
-        case Qt::Key_Z:
-            return carryOut("ZoomToRange");
-        default:
-            return false;
-    }
+    const laCommand* known = laCommands_OfKey(platform_BareKeyName(event), KeyPlace::Picture);
+    if (!known) return false;
+    laCanvas_Command(*canvas_, known->name);
+    return true;
 }
 
 void PictureView::keyPressEvent(QKeyEvent* event) {
     if (keyToNames(*event)) return;
     space_ = space_ || event->key() == Qt::Key_Space;
     bool taken = event->key() == Qt::Key_Space;
-    if (!taken && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
-        draw([&] { taken = handleKey(*event); });
+    taken = taken || handleKey(*event);
     if (!taken) QWidget::keyPressEvent(event);
 }
 
@@ -344,8 +302,9 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
     if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
 }
 
-void PictureView::popUp(laContextMenu menu) {
-    if (canvas_->calls.host) menu.act(canvas_->calls.host->PopUp(menu.title, menu.rows));
+void PictureView::popUp(const laContextMenu& menu) {
+    if (canvas_->calls.host)
+        laContextMenu_Choose(*canvas_, menu, canvas_->calls.host->PopUp(menu.title, menu.rows));
 }
 
 // The press may have gone to another window's side: what was dragged stays where it is.

@@ -79,7 +79,7 @@ class PictureView : public QWidget {
     void followDrag();
     void autoScroll();
     laPointerEvent pointerEvent(const QMouseEvent& event, int clicks) const;
-    void popUp(struct laContextMenu menu);
+    void popUp(const struct laContextMenu& menu);
     QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
     int pointerColumn() const;
 

@@ -28,7 +28,7 @@ ToolBarView::ToolBarView(std::function<void(const std::string&)> run,
             actions_.push_back(addSeparator());
             continue;
         }
-        QAction* action = addAction(iconOf(button.icon), QString::fromStdString(button.toolTip()));
+        QAction* action = addAction(iconOf(button.row().icon), QString::fromStdString(button.toolTip()));
         action->setIconText(QString::fromUtf8(button.text));
         action->setToolTip(QString::fromStdString(button.toolTip()));
         action->setCheckable(std::string_view(button.name) == "NoRefresh");

@@ -17,6 +17,7 @@ struct PopUpRow {
     std::string text;  // '&' before the letter of the keyboard shortcut
     bool enabled = true;
     std::optional<bool> checked = {};  // a row with a check mark
+    std::string key = {};              // shown beside it; it works elsewhere
 };
 constexpr const char* popUpSeparator = "\x01";
 

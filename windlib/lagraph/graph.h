@@ -22,6 +22,7 @@ struct LaGraph {
     std::function<void(bool busy)> setBusy;  // nests
     std::function<void()> raise;
     std::function<void(int x, int y)> warpPointer;
+    std::function<int()> pointerColumn;  // column under the pointer, the middle when it is elsewhere
     std::function<void(const std::string& text)> showTip;  // at the pointer; empty: the tip goes
     std::function<void()> listChanged;                     // the object list must be repainted
     // A part of the area was drawn on and must reach the screen: x0, y0, x1, y1, the last two not included.

@@ -33,6 +33,7 @@ enum MenuRowFlag : unsigned {
     MenuRow_Checkable = 16,
     MenuRow_Checked = 32,
     MenuRow_Hidden = 64,
+    MenuRow_KeyOnlyShown = 128,  // the accelerator works elsewhere, by other means
 };
 
 enum MenuFlag : unsigned {

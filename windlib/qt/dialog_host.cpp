@@ -260,7 +260,8 @@ void fillMenu(QMenu& menu, const std::string& title, const std::vector<PopUpRow>
             menu.addSeparator();
             continue;
         }
-        QAction* action = menu.addAction(text(rows[i].text));
+        const std::string key = rows[i].key.empty() ? "" : "\t" + rows[i].key;
+        QAction* action = menu.addAction(text(rows[i].text + key));
         action->setEnabled(rows[i].enabled);
         action->setCheckable(rows[i].checked.has_value());
         action->setChecked(rows[i].checked.value_or(false));

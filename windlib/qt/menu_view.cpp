@@ -138,7 +138,8 @@ void MenuView::takeRow(QAction* action, const MenuRow& row, const std::string& k
     if (row.isSeparator()) return;
     const QKeySequence keys = keyOf(row);
     const std::string written = keys.toString().toStdString();
-    const bool real = !keys.isEmpty() && !row.child && keys_.try_emplace(written, key).first->second == key;
+    const bool real = !keys.isEmpty() && !row.child && !(row.flags & MenuRow_KeyOnlyShown) &&
+                      keys_.try_emplace(written, key).first->second == key;
     action->setText(text(real && !row.label.empty() ? row.label : row.displayLabel));
     if (!row.child) action->setShortcut(real ? keys : QKeySequence());
 }

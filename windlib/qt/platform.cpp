@@ -48,6 +48,24 @@ std::unique_ptr<QApplication> platform_Start(int& argc, char** argv) {
     return application;
 }
 
+std::string platform_KeyName(const QKeyEvent& event) {
+    constexpr int firstNamed = 0x01000000;  // keys below stand for characters
+    const int key = event.key();
+    if (key == Qt::Key_unknown || (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock)) return {};
+    Qt::KeyboardModifiers held = event.modifiers() & ~Qt::KeypadModifier;
+    // A sign that needs Shift on this keyboard and not on that has one name.
+    const bool letter = key >= Qt::Key_A && key <= Qt::Key_Z;
+    if (key < firstNamed && !letter) held &= ~Qt::ShiftModifier;
+    return QKeySequence(static_cast<int>(held.toInt()) | key)
+        .toString(QKeySequence::PortableText)
+        .toStdString();
+}
+
+std::string platform_BareKeyName(const QKeyEvent& event) {
+    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return {};
+    return platform_KeyName(QKeyEvent(QEvent::KeyPress, event.key(), Qt::NoModifier));
+}
+
 void platform_ProcessPending() {
     QCoreApplication::processEvents();
 }

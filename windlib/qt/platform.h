@@ -6,12 +6,18 @@
 #include <string>
 
 class QApplication;
+class QKeyEvent;
 class QPoint;
 class QWidget;
 
 // The application object, with the style and the icon of the program. Owns argv's lifetime needs. Whatever
 // the gate held runs from its loops.
 std::unique_ptr<QApplication> platform_Start(int& argc, char** argv);
+
+// A key with its modifiers, as menus write it ("Ctrl+O", "Shift+F3", "?"); empty for a modifier alone.
+std::string platform_KeyName(const QKeyEvent& event);
+// The key alone ("W", "PgUp"); empty when Ctrl, Alt or Meta is held, or for a modifier.
+std::string platform_BareKeyName(const QKeyEvent& event);
 
 void platform_ProcessPending();
 // The main loop: serves events, and sleeps until there is one, as long as goOn says so.

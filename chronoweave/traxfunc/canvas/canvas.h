@@ -83,8 +83,17 @@ struct LaCallbacks {
     DialogModel* legendWindow = nullptr;  // when it is open; takes itself out as well
 };
 
+// Where a context menu was called up.
+struct LaPlace {
+    int x = 0, y = 0;                // of the drawing area
+    double time = 0;                 // time base
+    uint32_t objectId = 0xFFFFFFFF;  // of the row; 0xFFFFFFFF for none
+    std::optional<size_t> icon;      // of bitmaps, when an icon is there
+};
+
 // What the pointer is doing.
 struct LaHand {
+    LaPlace place;
     int pendingCursorX = -100;    // of a temporary cursor while the button is held with Shift; -100 for none
     bool hoverPass = false;       // an item that is hit makes its tip and opens no window
     std::string hoverText;        // that tip

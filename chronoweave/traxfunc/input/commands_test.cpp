@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
@@ -44,7 +46,7 @@ TEST_F(Commands, ZoomAndFocus) {
     for (const Case& one :
          {Case{"zoomin", 0.45, 0.55}, Case{"ZOOMOUT", 0.3, 0.7}, Case{"ZoomToRange", 0.42, 0.44},
           Case{"LeftZoomIn", 0.37, 0.47}, Case{"RightZoomIn", 0.39, 0.49}, Case{"ShowAll", 0, 1},
-          Case{"ZoomInAt 0", 0.4, 0.5}, Case{"ZoomOutAt 500", 0.3, 0.7}, Case{"ZoomInAt", 0.45, 0.55},
+          Case{"ZoomInAt 0", 0.4, 0.56}, Case{"ZoomOutAt 500", 0.375, 0.625}, Case{"ZoomInAt", 0.42, 0.58},
           Case{"Focus", 0.33, 0.53}, Case{"PageRight", 0.6, 0.8}, Case{"pageleft", 0.2, 0.4}}) {
         Show(0.4, 0.6);
         canvas.marks.cursor[0] = total * 0.42;
@@ -139,7 +141,7 @@ TEST_F(Commands, RefusalsSayWhy) {
     EXPECT_EQ(canvas.source.store, nullptr);
     EXPECT_TRUE(canvas.items.lanes.empty());
     // No command is anything but a message on an empty canvas.
-    for (const std::string& command : laCanvas_CommandNames()) laCanvas_Command(canvas, command);
+    for (const laCommand& command : laCommands_All()) laCanvas_Command(canvas, command.name);
 }
 
 TEST_F(Commands, ClosingEndsTheWindowsAboutTheCanvas) {

@@ -1,60 +1,39 @@
 #include "chronoweave/traxfunc/input/context_menu.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <set>
 
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
-#include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/model/list.h"
-#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/input/hit.h"
+#include "chronoweave/traxfunc/list/names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {
 
-using Act = std::function<void()>;
-
 // Rows as they are put together.
 class Rows {
   public:
-    void Add(std::string text, bool enabled, Act act = {}) {
-        shown_.push_back({std::move(text), enabled, {}});
-        acts_.push_back(std::move(act));
+    explicit Rows(std::string title) { menu_.title = std::move(title); }
+    void Add(std::string text, bool enabled, const char* command = "") {
+        PopUpRow row{std::move(text), enabled, {}};
+        if (const laCommand* known = laCommands_Find(command); known && *command)
+            row.key = laCommand_FirstKey(*known);
+        menu_.rows.push_back(std::move(row));
+        menu_.commands.push_back(command);
     }
-    void AddChecked(std::string text, bool enabled, bool checked, Act act) {
-        Add(std::move(text), enabled, std::move(act));
-        shown_.back().checked = checked;
-    }
-    // One that opens a dialog and so runs with the surface closed.
-    void AddCommand(_LaCanvasData& canvas, std::string text, const char* command) {
-        Add(std::move(text), true, [&canvas, command] { laCanvas_Command(canvas, command); });
-        commands_.insert(shown_.size() - 1);
+    void AddChecked(std::string text, bool enabled, bool checked, const char* command) {
+        Add(std::move(text), enabled, command);
+        menu_.rows.back().checked = checked;
     }
     void AddGap() { Add(popUpSeparator, false); }
-
-    laContextMenu Menu(_LaCanvasData& canvas, std::string title) {
-        laContextMenu menu{std::move(title), std::move(shown_), {}};
-        menu.act = [&canvas, rows = menu.rows, acts = std::move(acts_),
-                    commands = std::move(commands_)](int chosen) {
-            const auto row = static_cast<size_t>(chosen);
-            if (chosen < 0 || row >= acts.size() || !acts[row] || !rows[row].enabled) return;
-            if (commands.contains(row))
-                acts[row]();
-            else
-                laCanvas_Paint(canvas, acts[row]);
-        };
-        return menu;
-    }
+    laContextMenu Menu() { return std::move(menu_); }
 
   private:
-    std::vector<PopUpRow> shown_;
-    std::vector<Act> acts_;
-    std::set<size_t> commands_;
+    laContextMenu menu_;
 };
 
 // A name inside a menu's text.
@@ -74,119 +53,53 @@ std::string hidden_list_row(const _LaCanvasData& canvas) {
     return "&Change Hidden " + canvas.list.objectTerm + " List";
 }
 
-void sort_around(_LaCanvasData& canvas, size_t icon) {
-    const laItem_Bitmap item = canvas.items.bitmaps[static_cast<uint32_t>(icon)];
-    const uint32_t object = canvas.items.lanes[item.lane].objectId;
-    canvas.list.sortAroundEvent = true;
-    laCanvas_SortAroundEvent(canvas, item.sequence);
-    laCanvas_Resort(canvas);
-    laCanvas_Repaint(canvas);
-    laCanvas_MoveToTime(canvas, item.time, Time_Second, object, true);
-}
-
-void view_object(_LaCanvasData& canvas, int x, int y) {
-    if (!laCanvas_HitTest(canvas, x, y, true, nullptr))
-        laCanvas_Refuse(canvas, "There is no object at the place.");
-}
-
 bool is_selection(const _LaCanvasData& canvas) {
     return canvas.marks.cursor[0] >= 0 && canvas.marks.cursor[1] >= 0 &&
            canvas.marks.cursor[0] != canvas.marks.cursor[1];
 }
 
-// The row of the agent for hidden ones stands for no object.
-bool is_object(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return entry.lane != laNoLane && !canvas.items.lanes[entry.lane].isAgent;
-}
-
-// An object of an entry or of one below it.
-bool has_object(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return is_object(canvas, entry) ||
-           std::any_of(entry.children.begin(), entry.children.end(),
-                       [&](const auto& child) { return has_object(canvas, *child); });
-}
-
-void hide_object(_LaCanvasData& canvas, uint32_t id) {
-    laItem_Line* lane = laCanvas_FindLane(canvas.items, id);
-    if (lane && lane->listEntry) laTask_Hide(canvas, *lane->listEntry, false, true);
-}
-
-void show_infos(_LaCanvasData& canvas, const std::vector<MslObjectEntry*>& rows) {
-    for (MslObjectEntry* entry : rows)
-        if (is_object(canvas, *entry)) laCanvas_ShowInfo(canvas, *entry);
-}
-
-void hide_rows(_LaCanvasData& canvas, const std::vector<MslObjectEntry*>& rows) {
-    for (MslObjectEntry* row : rows)
-        if (has_object(canvas, *row)) laTask_Hide(canvas, *row, false, false);
-    laCanvas_Relayout(canvas);  // the last one may have gone with one before it
-}
-
 }  // namespace
-
-void laCanvas_SortAroundEvent(_LaCanvasData& canvas, uint32_t sequence) {
-    for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
-        canvas.items.lanes[i].eventDistance = laFarFromEvent;
-    for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i) {
-        const laItem_Bitmap& icon = canvas.items.bitmaps[i];
-        if (icon.lane == laNoLane || !canvas.looks.eventLooks[static_cast<size_t>(icon.event)].shown)
-            continue;
-        const auto distance = static_cast<int32_t>(icon.sequence - sequence);
-        int32_t& kept = canvas.items.lanes[icon.lane].eventDistance;
-        if (std::abs(distance) < std::abs(kept)) kept = distance;
-    }
-}
-
-void laCanvas_ShowInfo(_LaCanvasData& canvas, MslObjectEntry& entry) {
-    if (entry.lane != laNoLane) {
-        if (canvas.calls.openInfo) canvas.calls.openInfo(canvas.items.lanes[entry.lane].objectId);
-    } else if (canvas.taskList->SetCollapsed(entry, !entry.collapsed)) {
-        laCanvas_Relayout(canvas);
-    }
-}
 
 laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     laHit hit;
     const bool any = laCanvas_HitTest(canvas, x, y, false, &hit);
     const laItem_Line* lane = laHit_Object(canvas, hit) ? &canvas.items.lanes[hit.lane] : nullptr;
+    canvas.hand.place = {x, y, hit.time, lane ? lane->objectId : laAgentId, hit.icon};
     const bool whole = canvas.view.viewLow <= 0 && canvas.view.viewHigh >= canvas.source.totalLength;
     const bool marked = laBookmark_Find(canvas, hit.time, false) != nullptr;
     const std::string object = lane ? object_text(canvas, *lane) : "Clicked " + canvas.list.objectTerm;
     const char* inDebugger =
         canvas.axis.timeMode == Time_Tick ? "Show Tick Position in &Debugger" : "Show Time in &Debugger";
-    const double time = hit.time;
-    const uint32_t id = lane ? lane->objectId : laAgentId;
-    Rows rows;
-    rows.Add("Zoom into &Selection", is_selection(canvas),
-             [&canvas] { laCanvas_Zoom(canvas, -1.0, 0, true, Zoom_Selection); });
-    rows.Add("Zoom &In", true, [&canvas, time] { laCanvas_ZoomInAt(canvas, time); });
-    rows.Add("Zoom &Out", !whole, [&canvas, time] { laCanvas_ZoomOutAt(canvas, time); });
+    Rows rows("Please choose");
+    rows.Add("Zoom into &Selection", is_selection(canvas), "ZoomToRange");
+    rows.Add("Zoom &In", true, "ZoomInHere");
+    rows.Add("Zoom &Out", !whole, "ZoomOutHere");
     rows.AddGap();
-    rows.Add("&View Object", any, [&canvas, x, y] { view_object(canvas, x, y); });
+    rows.Add("&View Object", any, "ViewHere");
     rows.AddGap();
-    rows.Add("&Hide " + object, lane != nullptr, [&canvas, id] { hide_object(canvas, id); });
-    rows.AddCommand(canvas, hidden_list_row(canvas), "HideTasks");
+    rows.Add("&Hide " + object, lane != nullptr, "HideHere");
+    rows.Add(hidden_list_row(canvas), true, "HideTasks");
     // There is no debugger to talk to yet: its rows stand disabled.
     rows.Add("Debug " + object, false);
     rows.AddGap();
     rows.Add(inDebugger, false);
     rows.Add("Show &Rewindscope Debugger", false);
     rows.AddGap();
-    rows.Add("Sort Around Clicked Event", hit.icon.has_value(),
-             [&canvas, icon = hit.icon.value_or(0)] { sort_around(canvas, icon); });
+    rows.Add("Sort Around Clicked Event", hit.icon.has_value(), "SortAroundHere");
     rows.AddGap();
-    rows.AddChecked("&Flat View", true, canvas.list.flatView, [&canvas] { laCanvas_ToggleFlatView(canvas); });
+    rows.AddChecked("&Flat View", true, canvas.list.flatView, "FlatView");
     rows.AddGap();
-    rows.Add("&Add Bookmark", !marked, [&canvas, id, time] { laBookmark_Add(canvas, id, time, true); });
-    rows.Add("Delete &Bookmark", marked, [&canvas, time] { laBookmark_Delete(canvas, time, false, true); });
-    return rows.Menu(canvas, "Please choose");
+    rows.Add("&Add Bookmark", !marked, "AddBookmarkHere");
+    rows.Add("Delete &Bookmark", marked, "DeleteBookmarkHere");
+    return rows.Menu();
 }
 
-laContextMenu laCanvas_ListMenu(_LaCanvasData& canvas, MslObjectEntry* clicked,
-                                const std::vector<MslObjectEntry*>& selected) {
+laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntry* clicked) {
+    const std::vector<MslObjectEntry*> selected = laNames_Selected(canvas);
     const bool group = clicked && clicked->lane == laNoLane;
-    const bool hides = std::any_of(selected.begin(), selected.end(),
-                                   [&](const MslObjectEntry* entry) { return has_object(canvas, *entry); });
+    const bool hides = std::any_of(selected.begin(), selected.end(), [&](const MslObjectEntry* entry) {
+        return laList_HasObject(canvas, *entry);
+    });
     std::string info = "Clicked Object", hide = "Info of Clicked Object", debug = canvas.list.objectTerm;
     if (selected.size() > 1) {
         info = hide = debug = laCanvas_Plural(canvas.list.objectTerm);
@@ -194,21 +107,25 @@ laContextMenu laCanvas_ListMenu(_LaCanvasData& canvas, MslObjectEntry* clicked,
         info = hide = debug = group ? "\"" + menu_text(clicked->name) + '"'
                                     : object_text(canvas, canvas.items.lanes[clicked->lane]);
     }
-    Rows rows;
-    rows.Add("&View Info of " + info, clicked != nullptr && is_object(canvas, *clicked),
-             [&canvas, selected] { show_infos(canvas, selected); });
+    Rows rows("Operations");
+    rows.Add("&View Info of " + info, clicked != nullptr && laList_IsObject(canvas, *clicked),
+             "ViewSelected");
     rows.AddGap();
-    rows.Add("&Hide " + hide, clicked != nullptr && hides,
-             [&canvas, selected] { hide_rows(canvas, selected); });
-    rows.AddCommand(canvas, hidden_list_row(canvas), "HideTasks");
+    rows.Add("&Hide " + hide, clicked != nullptr && hides, "HideSelected");
+    rows.Add(hidden_list_row(canvas), true, "HideTasks");
     rows.Add("&Debug " + debug, false);
     rows.AddGap();
     rows.Add("Show &Rewindscope Debugger", false);
     rows.AddGap();
-    rows.Add(laCanvas_SortFieldLabel(canvas), true, [&canvas] { laCanvas_ToggleSortField(canvas); });
-    rows.Add(laCanvas_SortOrderLabel(canvas), true, [&canvas] { laCanvas_ToggleSortOrder(canvas); });
+    rows.Add(laCanvas_SortFieldLabel(canvas), true, "SortField");
+    rows.Add(laCanvas_SortOrderLabel(canvas), true, "SortOrder");
     rows.AddGap();
-    rows.AddChecked("&Flat View", laCanvas_HasHierarchy(canvas), canvas.list.flatView,
-                    [&canvas] { laCanvas_ToggleFlatView(canvas); });
-    return rows.Menu(canvas, "Operations");
+    rows.AddChecked("&Flat View", laCanvas_HasHierarchy(canvas), canvas.list.flatView, "FlatView");
+    return rows.Menu();
+}
+
+void laContextMenu_Choose(_LaCanvasData& canvas, const laContextMenu& menu, int chosen) {
+    const auto row = static_cast<size_t>(chosen);
+    if (chosen < 0 || row >= menu.rows.size() || !menu.rows[row].enabled || !*menu.commands[row]) return;
+    laCanvas_Command(canvas, menu.commands[row]);
 }

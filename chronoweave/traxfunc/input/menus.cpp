@@ -3,61 +3,106 @@
 #include <algorithm>
 #include <string_view>
 
-#include "chronoweave/traxfunc/list/task_list.h"
-#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/input/commands.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/dialog/description.h"
 
 namespace {
 
-struct MenuText {
+constexpr std::string_view recentMark = " TRVDataFiles";  // ends the label of a row for a recent file
+
+// A row of a menu: a command of the table under its own label or another, a menu, or a separator.
+struct Row {
+    const char* command;  // "->NAME" leads to a menu; "-" is a separator
+    const char* label = nullptr;
+    bool added = false;         // came later: not in MenuForm::Original
+    const char* key = nullptr;  // shown in MenuForm::Original too
+    const char* glue = " ";     // before it in the text
+};
+struct Menu {
     const char* name;
-    const char* text;
+    std::span<const Row> rows;
 };
 
-constexpr const char* recentMark = " TRVDataFiles";  // ends the label of a row for a recent file
+constexpr Row bar[] = {{"->TraxFile", "&File", false, nullptr, ""},
+                       {"->TraxView", "&View", false, nullptr, ""},
+                       {"->TraxReport", "&Report"},
+                       {"->TraxConfig", "&Config"},
+                       {"->TraxControl", "T&arget"},
+                       {"->TraxTools", "&Tools"},
+                       {"->TraxBookmark", "&Bookmarks", false, nullptr, ""},
+                       {"->TraxHelp", "&Help"}};
+constexpr Row file[] = {{"NewWindow"},
+                        {"-"},
+                        {"Open"},
+                        {"-"},
+                        {"Open", "&1 TRVDataFiles"},
+                        {"Open", "&2 TRVDataFiles"},
+                        {"Open", "&3 TRVDataFiles"},
+                        {"Open", "&4 TRVDataFiles"},
+                        {"Open", "&5 TRVDataFiles"},
+                        {"Open", "&6 TRVDataFiles"},
+                        {"Open", "&7 TRVDataFiles"},
+                        {"Open", "&8 TRVDataFiles"},
+                        {"Open", "&9 TRVDataFiles"},
+                        {"-"},
+                        {"TraxMergeEventFiles"},
+                        {"-"},
+                        {"TraxPrint"},
+                        {"-"},
+                        {"Quit", nullptr, false, "Ctrl+Q"}};
+constexpr Row view[] = {{"Search"},
+                        {"SearchInterval"},
+                        {"NextHit", nullptr, true},
+                        {"PrevHit", nullptr, true},
+                        {"-"},
+                        {"ZoomIn"},
+                        {"ZoomToRange"},
+                        {"ZoomOut"},
+                        {"HideTasks"},
+                        {"-"},
+                        {"BottomHistory"},
+                        {"PrevHistory"},
+                        {"NextHistory"},
+                        {"TopHistory"},
+                        {"-"},
+                        {"DelViews"},
+                        {"-"},
+                        {"FlatView"},
+                        {"-", nullptr, true},
+                        {"GoToTime", nullptr, true},
+                        {"ReadOn", nullptr, true},
+                        {"ShowAll", nullptr, true},
+                        {"EventTable", nullptr, true}};
+constexpr Row report[] = {{"ReportObjects"}, {"-"}, {"ReportTask"}, {"-"}, {"ReportGeneral"}};
+constexpr Row config[] = {{"Legend"},
+                          {"-"},
+                          {"RefreshGap"},
+                          {"-"},
+                          {"CanvasName"},
+                          {"-"},
+                          {"TimeUnit"},
+                          {"-", nullptr, true},
+                          {"IconButton", nullptr, true},
+                          {"ScrollPos", nullptr, true},
+                          {"Options", nullptr, true}};
+constexpr Row tools[] = {
+    {"vorelbar"}, {"-"}, {"editor"}, {"notepad"}, {"-", nullptr, true}, {"Palette", nullptr, true}};
+constexpr Row control[] = {{"Korvantis"}, {"Threadx"}};
+constexpr Row help[] = {
+    {"->ManualsMenu", "&Manuals"}, {"-"}, {"About"}, {"-", nullptr, true}, {"KeySheet", nullptr, true}};
+constexpr Row manuals[] = {{"Help"}};
+constexpr Row bookmarks[] = {{"AddBookmark"}, {"DeleteBookmarks"}, {"EditBookmarks"}};
+constexpr Menu menuTable[] = {{"TraxMenuBar", bar},     {"TraxFile", file},     {"TraxView", view},
+                              {"TraxReport", report},   {"TraxConfig", config}, {"TraxTools", tools},
+                              {"TraxControl", control}, {"TraxHelp", help},     {"TraxBookmark", bookmarks},
+                              {"ManualsMenu", manuals}};
 
-// Of windows with a table.
+// Menus of the windows beside the canvas's, whose rows go to their own logic.
 constexpr const char* tableFile =
-    "{'&Copy' 'C-c' Copy} {'Save &As CSV...' 'C-s' SaveCsv} {\x01} {&Close Close}";
-
-// A separator row's text is the byte 1.
-constexpr MenuText menuTexts[] = {
-    {"TraxMenuBar",
-     "{&File ->TraxFile}{&View ->TraxView} {&Report ->TraxReport} {&Config ->TraxConfig} "
-     "{T&arget ->TraxControl} {&Tools ->TraxTools}{&Bookmarks ->TraxBookmark} {&Help ->TraxHelp}"},
-    {"TraxFile",
-     "{'&New Window' NewWindow} {\x01} {'&Open...' Open} {\x01} "
-     "{'&1 TRVDataFiles' Open} {'&2 TRVDataFiles' Open} {'&3 TRVDataFiles' Open} "
-     "{'&4 TRVDataFiles' Open} {'&5 TRVDataFiles' Open} {'&6 TRVDataFiles' Open} "
-     "{'&7 TRVDataFiles' Open} {'&8 TRVDataFiles' Open} {'&9 TRVDataFiles' Open} {\x01} "
-     "{'&Merge Raw Event Files...' TraxMergeEventFiles} {\x01} {'&Print...' TraxPrint} {\x01} "
-     "{'&Quit' 'Ctrl+Q' Quit}"},
-    {"TraxView",
-     "{'&Search...' Search} {'Search Intervals...' SearchInterval} "
-     "{'Ne&xt Hit' 'F3' NextHit} {'Pre&vious Hit' 'Shift+F3' PrevHit} {\x01} "
-     "{'Zoom &In' ZoomIn} {'Zoom To &Range' ZoomToRange} {'Zoom &Out' ZoomOut} "
-     "{'Change &Hidden Task List' HideTasks} {\x01} "
-     "{'&Earliest History Item' BottomHistory} {'&Previous History Item' PrevHistory} "
-     "{'&Next History Item' NextHistory} {'&Latest History Item' TopHistory} {\x01} "
-     "{'&Delete Object Views' DelViews} {\x01} {'&Flat View' FlatView} {\x01} "
-     "{'&Go To Time...' 'Ctrl+G' GoToTime} {'Re&ad On' 'F5' ReadOn} {'Fi&t' ShowAll} {'Event Ta&ble' "
-     "'Ctrl+E' EventTable}"},
-    {"TraxReport",
-     "{'&Objects...' ReportObjects} {\x01} {'&Task...' ReportTask} {\x01} {'&General...' ReportGeneral}"},
-    {"TraxConfig",
-     "{'&Legend' Legend} {\x01} {'&Refresh Interval...' RefreshGap} {\x01} "
-     "{'Canvas &Name...' CanvasName} {\x01} {'&Time Unit...' TimeUnit} {\x01} "
-     "{'&Icon Buttons' IconButton} {'&Scroll Bars...' ScrollPos} {'&Options...' Options}"},
-    {"TraxTools",
-     "{'&VOREL Launcher...' vorelbar} {\x01} {'&Editor...' editor} {'&NotePad...' notepad} {\x01} "
-     "{'&Command List...' 'Ctrl+Shift+P' Palette}"},
-    {"TraxControl", "{&KORVANTIS Korvantis} {&ThreadX Threadx}"},
-    {"TraxHelp",
-     "{&Manuals ->ManualsMenu} {\x01} {'&About VOREL Chronoweave...' About} {\x01} {'&Keys...' KeySheet}"},
-    {"TraxBookmark",
-     "{'&Add Bookmarks for Selection' AddBookmark} {'&Delete All Bookmarks' DeleteBookmarks} "
-     "{'&Edit Bookmarks...' EditBookmarks}"},
+    "{'&Copy' 'Ctrl+C' Copy} {'Save &As CSV...' 'Ctrl+S' SaveCsv} {\x01} {&Close Close}";
+constexpr const char* otherMenus[][2] = {
     {"TraxStatisticsMenu", "{&File ->TraxStatisticsFile}"},
     {"TraxStatisticsFile", tableFile},
     {"TraxGenStatisticsMenu", "{&File ->TraxGenStatisticsFile}"},
@@ -68,123 +113,74 @@ constexpr MenuText menuTexts[] = {
     {"TraxLegendFile", "{&Close Close}"},
 };
 
-constexpr laToolButton gap = {"-", "", "", "", ""};
+constexpr laToolButton gap = {"-", "", ""};
 constexpr laToolButton toolTable[] = {
-    {"Open", "Open", "open", "Choose a data file and show it in the canvas@@Open Data File", "Open"},
+    {"Open", "open", "Open"},
     gap,
-    {"ZoomIn", "zoomin", "ZoomIn", "Zoom in at the canvas center by 2X@@Zoom in at Canvas Center", "Zoom In"},
-    {"ZoomToRange", "rzoomin", "ZoomToRange", "Show the selected range in the whole canvas@@Zoom to Range",
-     "To Range"},
-    {"ZoomOut", "zoomout", "ZoomOut", "Zoom out at the canvas center by 2X@@Zoom out at Canvas Center",
-     "Zoom Out"},
+    {"ZoomIn", "ZoomIn", "Zoom In"},
+    {"ZoomToRange", "ZoomToRange", "To Range"},
+    {"ZoomOut", "ZoomOut", "Zoom Out"},
     gap,
-    {"TimeUnit", "unit", "changeunit", "Change tick unit@@Change Tick Unit", "Unit"},
-    {"Legend", "legend", "Legend", "Show legend@@Legend", "Legend"},
+    {"TimeUnit", "changeunit", "Unit"},
+    {"Legend", "Legend", "Legend"},
     gap,
-    {"Search", "search", "Search", "Search various objects@@Search Objects", "Search"},
-    {"Search_Interval", "search_interval", "SearchInterval", "Search intervals@@Search Intervals",
-     "Intervals"},
+    {"Search", "Search", "Search"},
+    {"Search_Interval", "SearchInterval", "Intervals"},
     gap,
-    {"BottomHistory", "leftend", "BottomHistory", "Show the first image in history@@Show the First Image",
-     "First"},
-    {"PrevHistory", "arrowleft20", "PrevHistory",
-     "Show the previous image in history@@Show the Previous Image", "Previous"},
-    {"NextHistory", "arrowright20", "NextHistory", "Show the next image in history@@Show the Next Image",
-     "Next"},
-    {"TopHistory", "rightend", "TopHistory", "Show the latest image in history@@Show the Latest Image",
-     "Latest"},
+    {"BottomHistory", "BottomHistory", "First"},
+    {"PrevHistory", "PrevHistory", "Previous"},
+    {"NextHistory", "NextHistory", "Next"},
+    {"TopHistory", "TopHistory", "Latest"},
     gap,
-    {"DelViews", "viewdel", "DelViews", "Delete all view windows@@Delete View Windows", "Close Views"},
+    {"DelViews", "DelViews", "Close Views"},
     gap,
-    {"NoRefresh", "freeze", "NoRefresh",
-     "Switch between freezing and refreshing the canvas in live-mode@@Control Refreshing Canvas in "
-     "Live-mode",
-     "Freeze"},
-    {"TraxPrint", "print", "TraxPrint", "Print the contents@@Print", "Print"},
+    {"NoRefresh", "NoRefresh", "Freeze"},
+    {"TraxPrint", "TraxPrint", "Print"},
     gap,
-    {"Help", "help", "Help", "Display online help for VOREL Chronoweave@@Display Online Help", "Help"},
+    {"Help", "Help", "Help"},
     gap,
-    {"Quit", "quit", "Quit", "Close the current canvas@@Close Canvas", "Quit"},
+    {"Quit", "Quit", "Quit"},
 };
 
-bool can_start_intervals(const _LaCanvasData& canvas) {
-    const auto& events = canvas.looks.legend.events;
-    return canvas.options.allForIntervalSearch ||
-           std::any_of(events.begin(), events.end(), [](const LegendEvent& event) {
-               return (event.flags & LegendEvent_IntervalSearch) != 0;
-           });
+bool is_menu(const Row& row) {
+    return std::string_view(row.command).starts_with("->");
 }
 
-using Rule = bool (*)(const _LaCanvasData&);
-struct CommandRule {
-    const char* command;
-    Rule can;
-};
+bool is_separator(const Row& row) {
+    return std::string_view(row.command) == "-";
+}
 
-constexpr Rule withStore = [](const _LaCanvasData& c) { return c.source.store != nullptr; };
-constexpr Rule withUnits = [](const _LaCanvasData& c) {
-    return c.source.store != nullptr && c.axis.timeMode != Time_Tick;
-};
+std::string row_text(const Row& row, MenuForm form) {
+    if (is_separator(row)) return std::string("{") + menuSeparator + "}";
+    const std::string glue = row.glue;
+    if (is_menu(row)) return glue + "{" + row.label + " " + row.command + "}";
+    const laCommand& command = *laCommands_Find(row.command);
+    const bool recent = row.label != nullptr;
+    const std::string key = row.key                             ? row.key
+                            : form == MenuForm::Full && !recent ? laCommand_FirstKey(command)
+                                                                : "";
+    const std::string label = row.label ? row.label : command.label;
+    return glue + "{'" + label + "' " + (key.empty() ? "" : "'" + key + "' ") + row.command + "}";
+}
 
-constexpr CommandRule ruleTable[] = {
-    {"TraxPrint", withStore},
-    {"TopHistory",
-     [](const _LaCanvasData& c) {
-         return c.past.historyNewest >= 0 && c.past.historyCurrent != c.past.historyNewest;
-     }},
-    {"BottomHistory",
-     [](const _LaCanvasData& c) {
-         return c.past.historyOldest >= 0 && c.past.historyCurrent != c.past.historyOldest;
-     }},
-    {"PrevHistory",
-     [](const _LaCanvasData& c) {
-         return c.past.historyCurrent >= 0 && c.past.historyCurrent != c.past.historyOldest;
-     }},
-    {"NextHistory",
-     [](const _LaCanvasData& c) {
-         return c.past.historyCurrent >= 0 && c.past.historyCurrent != c.past.historyNewest;
-     }},
-    {"Search", withStore},
-    {"SearchInterval",
-     [](const _LaCanvasData& c) { return c.source.store != nullptr && can_start_intervals(c); }},
-    {"NextHit", [](const _LaCanvasData& c) { return !c.marks.hits.empty(); }},
-    {"PrevHit", [](const _LaCanvasData& c) { return !c.marks.hits.empty(); }},
-    {"FlatView", laCanvas_HasHierarchy},
-    {"DelViews", [](const _LaCanvasData& c) { return !c.calls.viewWindows.empty(); }},
-    {"ReportObjects", withStore},
-    {"ReportTask", withStore},
-    {"ReportGeneral", withStore},
-    {"RefreshGap", withStore},
-    {"Legend", [](const _LaCanvasData& c) { return !c.looks.legend.empty(); }},
-    {"TimeUnit", withUnits},
-    {"Korvantis",
-     [](const _LaCanvasData& c) {
-         return c.source.store == nullptr || c.source.osKind == Os_Korvantis || c.calls.upper.serverConnected;
-     }},
-    {"Threadx", [](const _LaCanvasData&) { return false; }},
-    {"Tolmund", [](const _LaCanvasData&) { return false; }},
-    {"AddBookmark", [](const _LaCanvasData& c) { return c.marks.cursor[0] >= 0 || c.marks.cursor[1] >= 0; }},
-    {"EditBookmarks", [](const _LaCanvasData& c) { return !c.marks.bookmarks.empty(); }},
-    {"DeleteBookmarks", [](const _LaCanvasData& c) { return !c.marks.bookmarks.empty(); }},
-    // What an empty canvas has nothing for.
-    {"changeunit", withUnits},
-    {"ZoomIn", withStore},
-    {"ZoomToRange", withStore},
-    {"ZoomOut", withStore},
-    {"HideTasks", withStore},
-    {"GoToTime", withStore},
-    {"ShowAll", withStore},
-    {"ReadOn", [](const _LaCanvasData& canvas) { return canvas.calls.upper.sourceGrows; }},
-    {"EventTable", withStore},
-};
+const Menu* find_menu(std::string_view name) {
+    const auto found = std::find_if(std::begin(menuTable), std::end(menuTable),
+                                    [&](const Menu& menu) { return name == menu.name; });
+    return found == std::end(menuTable) ? nullptr : found;
+}
 
 void set_flag(MenuRow& row, unsigned flag, bool on) {
     row.flags = on ? row.flags | flag : row.flags & ~flag;
 }
 
 void enable_rows(MenuResource& menu, const _LaCanvasData& canvas) {
-    for (MenuRow& row : menu.rows)
-        if (!row.child) set_flag(row, MenuRow_Disabled, !laCanvas_CanDo(canvas, row.body));
+    for (MenuRow& row : menu.rows) {
+        if (row.child) continue;
+        const laCommand* command = laCommands_Find(row.body);
+        set_flag(row, MenuRow_Disabled, !laCanvas_CanDo(canvas, row.body));
+        // Letters and arrows belong to the picture: elsewhere they are typed.
+        set_flag(row, MenuRow_KeyOnlyShown, command != nullptr && command->keys[0] == '\0');
+    }
 }
 
 void label_row(MenuRegistry& menus, MenuResource& menu, std::string_view command, std::string label) {
@@ -224,33 +220,50 @@ std::string report_label(const _LaCanvasData& canvas) {
 
 }  // namespace
 
+std::string laMenu_Text(std::string_view name, MenuForm form) {
+    std::string text;
+    if (const Menu* menu = find_menu(name))
+        for (const Row& row : menu->rows)
+            if (form == MenuForm::Full || !row.added) text += row_text(row, form);
+    return std::string(text_trim(text));
+}
+
+std::string laMenu_Of(std::string_view command) {
+    for (const Row& top : bar) {
+        const Menu* menu = find_menu(std::string_view(top.command).substr(2));
+        for (const Row& row : menu->rows)
+            if (command == row.command) return dialog_PlainText(top.label);
+    }
+    return {};
+}
+
 void laMenus_Register(MenuRegistry& menus) {
-    for (const MenuText& menu : menuTexts) menus.Define(menu.name, menu.text);
-    menus.Defer("ManualsMenu", "{'&Chronoweave Manual' Help}");
-    MenuResource* file = menus.Find("TraxFile", false);
-    for (MenuRow& row : file->rows)
+    for (const Menu& menu : menuTable) {
+        if (menu.rows.data() != manuals)
+            menus.Define(menu.name, laMenu_Text(menu.name, MenuForm::Full));
+        else
+            menus.Defer(menu.name, laMenu_Text(menu.name, MenuForm::Full));
+    }
+    for (const auto& [name, text] : otherMenus) menus.Define(name, text);
+    MenuResource* recent = menus.Find("TraxFile", false);
+    for (MenuRow& row : recent->rows)
         if (row.label.ends_with(recentMark)) row.alternateLabel = row.label;
 }
 
+const laCommand& laToolButton::row() const {
+    return *laCommands_Find(command);
+}
+
 std::string laToolButton::longHelp() const {
-    const std::string_view text = tip;
-    return std::string(text.substr(0, text.find("@@")));
+    return row().help;
 }
 
 std::string laToolButton::toolTip() const {
-    const std::string_view text = tip;
-    const size_t at = text.find("@@");
-    return at == std::string_view::npos ? std::string(text) : std::string(text.substr(at + 2));
+    return row().tip;
 }
 
 std::span<const laToolButton> laMenus_ToolBar() {
     return toolTable;
-}
-
-bool laCanvas_CanDo(const _LaCanvasData& canvas, std::string_view command) {
-    for (const CommandRule& rule : ruleTable)
-        if (text_equal_nocase(command, rule.command)) return rule.can(canvas);
-    return true;
 }
 
 bool laCanvas_UpdateButtons(const _LaCanvasData& canvas, std::vector<laButtonState>& states) {
@@ -299,9 +312,9 @@ void laCanvas_MenuHook(MenuRegistry& menus, std::string_view name, const _LaCanv
 
 void laCanvas_BuildBookmarkMenu(MenuRegistry& menus, const _LaCanvasData& canvas) {
     std::string text = "menu TraxBookmark {";
-    text += std::string(" {'&Add Bookmark' ") + "AddBookmark" + "} ";
-    text += std::string(" {'&Delete All Bookmarks' ") + "DeleteBookmarks" + "} ";
-    text += std::string(" {'&Edit Bookmarks...' ") + "EditBookmarks" + "} ";
+    text += " {'&Add Bookmark' '" + laCommand_FirstKey(*laCommands_Find("AddBookmark")) + "' AddBookmark} ";
+    text += " {'&Delete All Bookmarks' DeleteBookmarks} ";
+    text += " {'&Edit Bookmarks...' EditBookmarks} ";
     if (!canvas.marks.bookmarks.empty()) text += " {'-'}";
     for (size_t i = 0; i < canvas.marks.bookmarks.size() && i + 8 < MenuRegistry::mostRows; ++i)
         text += " {" + menu_Quote(menu_PlainLabel(text_unescape(canvas.marks.bookmarks[i].label))) +

@@ -1,24 +1,33 @@
-// The menus and the tool bar of the canvas window as data: their texts, and which rows and buttons can be
-// used in which state of the canvas. Bodies of rows are commands (see commands.h).
+// The menus and the tool bar of the canvas window, made from the table of commands (command_table.h): which
+// command stands where. Bodies of rows are commands.
 #pragma once
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "windlib/menu/menu.h"
 
 // Defines all menus of the analyzer's windows; "TraxMenuBar" is the canvas window's.
 void laMenus_Register(MenuRegistry& menus);
 
+// Which rows of a menu, and how: as it is registered, with all rows and keys; or only what the menu has had
+// since it was first made, which scripts and site files rely on.
+enum class MenuForm { Full, Original };
+// The text of a menu of ours; empty for another name.
+std::string laMenu_Text(std::string_view name, MenuForm form);
+// Name of the menu of the bar that a command stands in, without its mark ("View"); empty for none.
+std::string laMenu_Of(std::string_view command);
+
 struct laToolButton {
     const char* name;     // "-" for a gap
-    const char* icon;     // by name
     const char* command;  // of laCanvas_Command
-    const char* tip;      // long help for the message line, "@@", short tip
     const char* text;     // of a button that shows no icon
     bool isGap() const { return name[0] == '-'; }
+    const laCommand& row() const;  // of the table; the button is no gap
     std::string longHelp() const;
     std::string toolTip() const;
 };
@@ -34,8 +43,6 @@ struct laButtonState {
 bool laCanvas_UpdateButtons(const _LaCanvasData& canvas, std::vector<laButtonState>& states);
 // "NoRefresh" alone: pressed while the canvas does not follow a live source.
 bool laCanvas_UpdateFreezeButton(const _LaCanvasData& canvas, std::vector<laButtonState>& states);
-// True when a command can do something now, by the rules of menus and buttons.
-bool laCanvas_CanDo(const _LaCanvasData& canvas, std::string_view command);
 
 // To be called before the menu of this name opens over the canvas: enables its rows, sets check marks and
 // labels, fills in recent files and bookmarks. The menu may be redefined by it.

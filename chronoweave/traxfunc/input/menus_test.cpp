@@ -251,10 +251,84 @@ TEST_F(CanvasMenus, EveryRowAndButtonIsAKnownCommandWithItsOwnLetterAndKey) {
         EXPECT_TRUE(laCanvas_HasCommand(button.command)) << button.name;
         EXPECT_TRUE(names.insert(button.name).second);
         EXPECT_FALSE(button.longHelp().empty() || button.toolTip().empty());
-        EXPECT_EQ(button.longHelp() + "@@" + button.toolTip(), button.tip);
-        EXPECT_NE(icon_Find(button.icon), NoIcon) << button.icon;
+        EXPECT_NE(icon_Find(button.row().icon), NoIcon) << button.name;
     }
     EXPECT_EQ(names.size(), 17u);
+}
+
+// What scripts and site files know: the texts as they have always been.
+TEST_F(CanvasMenus, OriginalTextsStayByteForByte) {
+    const struct {
+        const char *name, *text;
+    } texts[] = {
+        {"TraxMenuBar",
+         "{&File ->TraxFile}{&View ->TraxView} {&Report ->TraxReport} {&Config ->TraxConfig} "
+         "{T&arget ->TraxControl} {&Tools ->TraxTools}{&Bookmarks ->TraxBookmark} {&Help ->TraxHelp}"},
+        {"TraxFile",
+         "{'&New Window' NewWindow}{\x01} {'&Open...' Open}{\x01} {'&1 TRVDataFiles' Open} "
+         "{'&2 TRVDataFiles' Open} {'&3 TRVDataFiles' Open} {'&4 TRVDataFiles' Open} {'&5 TRVDataFiles' "
+         "Open} "
+         "{'&6 TRVDataFiles' Open} {'&7 TRVDataFiles' Open} {'&8 TRVDataFiles' Open} "
+         "{'&9 TRVDataFiles' Open}{\x01} {'&Merge Raw Event Files...' TraxMergeEventFiles}{\x01} "
+         "{'&Print...' TraxPrint}{\x01} {'&Quit' 'Ctrl+Q' Quit}"},
+        {"TraxView",
+         "{'&Search...' Search} {'Search Intervals...' SearchInterval}{\x01} {'Zoom &In' ZoomIn} "
+         "{'Zoom To &Range' ZoomToRange} {'Zoom &Out' ZoomOut} {'Change &Hidden Task List' HideTasks}{\x01} "
+         "{'&Earliest History Item' BottomHistory} {'&Previous History Item' PrevHistory} "
+         "{'&Next History Item' NextHistory} {'&Latest History Item' TopHistory}{\x01} "
+         "{'&Delete Object Views' DelViews}{\x01} {'&Flat View' FlatView}"},
+        {"TraxReport",
+         "{'&Objects...' ReportObjects}{\x01} {'&Task...' ReportTask}{\x01} {'&General...' ReportGeneral}"},
+        {"TraxConfig",
+         "{'&Legend' Legend}{\x01} {'&Refresh Interval...' RefreshGap}{\x01} {'Canvas &Name...' CanvasName}"
+         "{\x01} {'&Time Unit...' TimeUnit}"},
+        {"TraxTools", "{'&VOREL Launcher...' vorelbar}{\x01} {'&Editor...' editor} {'&NotePad...' notepad}"},
+        {"TraxControl", "{'&KORVANTIS' Korvantis} {'&ThreadX' Threadx}"},
+        {"TraxHelp", "{&Manuals ->ManualsMenu}{\x01} {'&About VOREL Chronoweave...' About}"},
+        {"TraxBookmark",
+         "{'&Add Bookmarks for Selection' AddBookmark} {'&Delete All Bookmarks' DeleteBookmarks} "
+         "{'&Edit Bookmarks...' EditBookmarks}"},
+    };
+    for (const auto& [name, text] : texts) EXPECT_EQ(laMenu_Text(name, MenuForm::Original), text) << name;
+    // Keys and rows are only added.
+    for (const auto& [name, text] : texts) {
+        const auto original = menu_Parse(text, false),
+                   full = menu_Parse(laMenu_Text(name, MenuForm::Full), false);
+        size_t at = 0;
+        for (const MenuRow& row : *full)
+            if (at < original->size() && row.body == (*original)[at].body &&
+                row.label == (*original)[at].label)
+                ++at;
+        EXPECT_EQ(at, original->size()) << name;
+    }
+}
+
+TEST_F(CanvasMenus, EveryKeyHasOneCommandAndIsShown) {
+    std::set<std::string> window, picture;
+    std::string sheet;
+    for (const laKeyLine& line : laCommands_KeySheet()) sheet += line.keys + "\n";
+    const auto each = [](std::string keys, const std::function<void(const std::string&)>& take) {
+        for (size_t end; !keys.empty(); keys.erase(0, std::min(end + 2, keys.size())))
+            take(keys.substr(0, end = std::min(keys.find(", "), keys.size())));
+    };
+    for (const laCommand& command : laCommands_All()) {
+        each(command.keys, [&](const std::string& key) {
+            EXPECT_TRUE(window.insert(key).second) << key;
+            EXPECT_EQ(laCommands_OfKey(key, KeyPlace::Window), &command);
+        });
+        each(command.pictureKeys, [&](const std::string& key) {
+            EXPECT_TRUE(picture.insert(key).second && !window.contains(key)) << key;
+            EXPECT_EQ(laCommands_OfKey(key, KeyPlace::Picture), &command);
+        });
+        const std::string keys = laCommand_Keys(command);
+        EXPECT_TRUE(keys.empty() || sheet.find(keys) != std::string::npos) << keys;
+        EXPECT_TRUE(keys.empty() || *command.label) << command.name << ": no list shows it";
+        if (const MenuRow* row = Row(command.name); row && command.takes != CommandTakes::Text) {
+            EXPECT_EQ(row->accelerator, laCommand_FirstKey(command));
+        }
+    }
+    EXPECT_EQ(laCommands_OfKey("f", KeyPlace::Window), nullptr);
+    EXPECT_EQ(laCommands_OfKey("", KeyPlace::Picture), nullptr);
 }
 
 // What a command changed: one word for each part of the canvas, or what was called above it.
@@ -278,7 +352,7 @@ class Effects : public CanvasMenus {
         window->onClose = [this](int) { canvas.calls.viewWindows.clear(); };
         canvas.calls.viewWindows = {window.get()};
         called.clear();
-        for (const std::string& name : laCanvas_CommandNames()) Record(name);
+        for (const laCommand& command : laCommands_All()) Record(command.name);
     }
     void Record(const std::string& name) {
         // Those that the canvas does by itself stay its own.

@@ -5,6 +5,7 @@
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
+#include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/model/geometry.h"
@@ -50,9 +51,16 @@ class Pointing : public testing::Test {
         for (size_t i = 0; i < menu.rows.size(); ++i)
             if (menu.rows[i].text.starts_with(text)) {
                 EXPECT_TRUE(menu.rows[i].enabled) << text;
-                return menu.act(static_cast<int>(i));
+                return laContextMenu_Choose(canvas, menu, static_cast<int>(i));
             }
         ADD_FAILURE() << text;
+    }
+    // Selects these rows of the list and no other; the last of them, null for none.
+    MslObjectEntry* Select(const std::vector<int>& rows) {
+        MScrollList& list = canvas.taskList->list();
+        list.SelectOnly(MScrollList::noRow);
+        for (const int row : rows) list.Select(row, true);
+        return rows.empty() ? nullptr : canvas.taskList->rows()[static_cast<size_t>(rows.back())];
     }
     static const PopUpRow& Row(const laContextMenu& menu, size_t row) { return menu.rows.at(row); }
 
@@ -268,31 +276,31 @@ TEST_F(Pointing, TheMenuOfThePicture) {
 TEST_F(Pointing, TheMenuOfTheList) {
     const auto& rows = canvas.taskList->rows();
     ASSERT_GE(rows.size(), 3u);
-    laContextMenu menu = laCanvas_ListMenu(canvas, rows[0], {rows[0]});
+    laContextMenu menu = laCanvas_ListMenu(canvas, Select({0}));
     EXPECT_EQ(menu.title, "Operations");
     ASSERT_EQ(menu.rows.size(), 12u);
     EXPECT_TRUE(Row(menu, 0).text.starts_with("&View Info of Task "));
     EXPECT_EQ(Row(menu, 8).text, "Sort by Task &ID");
     EXPECT_EQ(Row(menu, 9).text, "Sort in &Descending Order");
-    menu = laCanvas_ListMenu(canvas, nullptr, {});
+    menu = laCanvas_ListMenu(canvas, Select({}));
     EXPECT_EQ(Row(menu, 0).text, "&View Info of Clicked Object");
     EXPECT_EQ(Row(menu, 2).text, "&Hide Info of Clicked Object");
     EXPECT_EQ(Row(menu, 4).text, "&Debug Task");
     EXPECT_FALSE(Row(menu, 0).enabled);
     EXPECT_FALSE(Row(menu, 2).enabled);
-    menu = laCanvas_ListMenu(canvas, rows[1], {rows[0], rows[1]});
+    menu = laCanvas_ListMenu(canvas, Select({0, 1}));
     EXPECT_EQ(Row(menu, 2).text, "&Hide Tasks");
     Choose(menu, "&View Info of Tasks");
     EXPECT_EQ(infos.size(), 2u);
     const size_t before = rows.size();
     Choose(menu, "&Hide Tasks");
     EXPECT_LE(canvas.taskList->rows().size(), before - 2);
-    Choose(laCanvas_ListMenu(canvas, nullptr, {}), "Sort in &Descending");
+    Choose(laCanvas_ListMenu(canvas, Select({})), "Sort in &Descending");
     EXPECT_FALSE(canvas.list.sortAscending);
 
     laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->lane];
     lane.isAgent = true;
-    menu = laCanvas_ListMenu(canvas, lane.listEntry, {lane.listEntry});
+    menu = laCanvas_ListMenu(canvas, Select({0}));
     EXPECT_FALSE(Row(menu, 0).enabled) << "the agent is no object";
     EXPECT_FALSE(Row(menu, 2).enabled);
     lane.isAgent = false;

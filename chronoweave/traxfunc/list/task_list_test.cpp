@@ -80,7 +80,7 @@ TEST_F(TaskList, NoRowIsBlank) {
                            name_event(1, 0x40, "group@leaf")}));
     test.ShowAll();
     EXPECT_EQ(rows(test), "Task 0x10 Task 0x20 group .Task 0x30 .leaf");
-    const TraxTaskList& list = *test.canvas->list.taskList;
+    const TraxTaskList& list = *test.canvas->taskList;
     EXPECT_EQ(list.RowTip(*list.rows()[0]), "Task 0x10, Priority = 0x5");
 }
 
