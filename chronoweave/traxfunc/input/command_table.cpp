@@ -449,14 +449,14 @@ constexpr laCommand table[] = {
     {.name = "NextHit",
      .label = "Ne&xt Hit",
      .keys = "F3",
-     .tip = "To the next hit of the last search",
+     .tip = "To the next hit of the search result worked with last",
      .page = "search",
      .can = with_hits,
      .missing = "Going to the next hit"},
     {.name = "PrevHit",
      .label = "Pre&vious Hit",
      .keys = "Shift+F3",
-     .tip = "To the previous hit of the last search",
+     .tip = "To the previous hit of the search result worked with last",
      .page = "search",
      .can = with_hits,
      .missing = "Going to the previous hit"},
@@ -717,6 +717,12 @@ std::vector<laKeyLine> laCommands_KeySheet() {
     for (const laCommand& command : table)
         if (std::string keys = laCommand_Keys(command); !keys.empty())
             lines.push_back({std::move(keys), command.tip});
+    for (laKeyLine& line : laCommands_Gestures()) lines.push_back(std::move(line));
+    return lines;
+}
+
+std::vector<laKeyLine> laCommands_Gestures() {
+    std::vector<laKeyLine> lines;
     for (const auto& [keys, what] : gestures) lines.push_back({keys, what});
     return lines;
 }

@@ -65,3 +65,5 @@ struct laKeyLine {
     std::string keys, what;
 };
 std::vector<laKeyLine> laCommands_KeySheet();
+// The last part of it alone.
+std::vector<laKeyLine> laCommands_Gestures();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "chronoweave/traxfunc/input/commands.h"
 #include "shared/libcxxutil/report.h"
@@ -235,6 +236,30 @@ std::string laMenu_Of(std::string_view command) {
             if (command == row.command) return dialog_PlainText(top.label);
     }
     return {};
+}
+
+std::string laCommands_ManualTable() {
+    std::string text = "| menu | row | key | command | what it does |\n|---|---|---|---|---|\n";
+    const auto add = [&](const std::string& menu, const laCommand& command) {
+        std::string what = *command.help ? command.help : command.tip;
+        if (*command.page) what = "[" + what + "](" + command.page + ".md)";
+        std::string keys = laCommand_Keys(command);
+        if (!keys.empty()) keys = "`" + keys + "`";
+        text += "| " + menu + " | " + laCommand_Title(command) + " | " + keys + " | `" + command.name +
+                "` | " + what + " |\n";
+    };
+    for (const Row& top : bar) {
+        std::string menu = dialog_PlainText(top.label);
+        for (const Row& row : find_menu(std::string_view(top.command).substr(2))->rows) {
+            if (is_separator(row) || row.label) continue;
+            add(std::exchange(menu, ""), *laCommands_Find(row.command));
+        }
+    }
+    for (const laCommand& command : laCommands_All())
+        if (*command.label && laMenu_Of(command.name).empty()) add("", command);
+    for (const laKeyLine& line : laCommands_Gestures())
+        text += "| | | " + line.keys + " | | " + line.what + " |\n";
+    return text;
 }
 
 void laMenus_Register(MenuRegistry& menus) {

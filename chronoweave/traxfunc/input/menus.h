@@ -22,6 +22,11 @@ std::string laMenu_Text(std::string_view name, MenuForm form);
 // Name of the menu of the bar that a command stands in, without its mark ("View"); empty for none.
 std::string laMenu_Of(std::string_view command);
 
+// The manual's table of commands (docs/manual/commands.md), as Markdown with links to pages beside it: those
+// of the menus in their order, then those that stand in none, then the keys of the pointer and the window
+// system.
+std::string laCommands_ManualTable();
+
 struct laToolButton {
     const char* name;     // "-" for a gap
     const char* command;  // of laCanvas_Command

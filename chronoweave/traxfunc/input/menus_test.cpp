@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/commands.h"
@@ -301,6 +304,19 @@ TEST_F(CanvasMenus, OriginalTextsStayByteForByte) {
                 ++at;
         EXPECT_EQ(at, original->size()) << name;
     }
+}
+
+// After a change of the table: CW_UPDATE_DOCS=1 traxfunc_test --gtest_filter='*Manual*'
+TEST_F(CanvasMenus, TheManualsTableIsMadeFromTheCommands) {
+    const std::string path = CW_SOURCE_DIR "/docs/manual/commands.md";
+    std::stringstream read;
+    read << std::ifstream(path).rdbuf();
+    std::string page = read.str();
+    const std::string table = laCommands_ManualTable();
+    const size_t first = page.find("| menu | row |"), last = page.find("\n\n", first);
+    ASSERT_NE(first, std::string::npos);
+    if (std::getenv("CW_UPDATE_DOCS")) std::ofstream(path) << page.replace(first, last + 1 - first, table);
+    EXPECT_NE(page.find("\n" + table + "\n"), std::string::npos) << "the page is not of this table";
 }
 
 TEST_F(CanvasMenus, EveryKeyHasOneCommandAndIsShown) {
