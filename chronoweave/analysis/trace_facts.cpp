@@ -17,7 +17,8 @@ TraceFacts::TraceFacts(_LaCanvasData& of)
 }
 
 std::string TraceFacts::shown(double time, int decimals) const {
-    return gen_format("%.*f", decimals, analysis_ShownTime(words, time));
+    return laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time),
+                         decimals);
 }
 
 std::optional<double> TraceFacts::scan(std::string_view text) const {
