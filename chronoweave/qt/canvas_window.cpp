@@ -308,6 +308,14 @@ void CanvasWindow::setBusy(bool busy) {
     }
 }
 
+void CanvasWindow::showEmpty() {
+    view_->draw([this] {
+        _LaCanvasData& canvas = view_->canvas();
+        laCanvas_MoveCursor(canvas, 0, (canvas.view.viewLow + canvas.view.viewHigh) / 2);
+    });
+    showButtons();
+}
+
 bool CanvasWindow::load(const std::string& name) {
     if (!gate_May(GateActivity::Command)) return false;
     if (name.empty()) {
