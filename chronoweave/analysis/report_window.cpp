@@ -28,7 +28,7 @@ struct BarTable {
         std::vector<double> numbers = {};  // that the other columns sort by; empty: the rows don't sort
     };
     std::vector<std::vector<std::string>> titles;  // by column, a text for each row of the header
-    std::vector<int> barColumns, numberColumns;
+    std::vector<int> barColumns;
     std::vector<Row> rows;
 };
 
@@ -67,7 +67,6 @@ void fill(DialogModel& model, const char* name, const Legend& legend, BarTable f
             list.SetNumberKey(column, [table, at](uint64_t id) { return table->rows[id].numbers[at]; });
     }
     for (const int column : table->barColumns) list.SetOwnerDrawn(column, true);
-    for (const int column : table->numberColumns) list.SetRightAligned(column, true);
     list.drawCell = [table, &list, &legend](Surface& surface, int x, int y, int, int h, int row, int column,
                                             bool) {
         const BarTable::Row& drawn = table->rows[static_cast<size_t>(list.RowId(row))];
@@ -90,11 +89,11 @@ BarTable load_table(const AnalysisWords& words, const LoadReport& load) {
     BarTable table;
     table.titles = {{"Processor"}, {"Time (in " + words.unit + "s)"}, {"Percent of Time"}};
     table.barColumns = {2};
-    table.numberColumns = {1};
     const auto add = [&](std::string name, double time) {
         const double share = load.rangeLength() > 0 ? time / load.rangeLength() : -1;
         table.rows.push_back(
-            {{std::move(name), analysis_TimeText(words, time, 6), report_BarText(share)}, {-1, -1, share}});
+            {{std::move(name), gen_format("%f", analysis_ShownTime(words, time)), report_BarText(share)},
+             {-1, -1, share}});
     };
     for (const ProcessorLoad& processor : load.processors) {
         add(gen_format("Processor %u", processor.processor), processor.busy);
@@ -168,7 +167,6 @@ BarTable chosen_table(const AnalysisWords& words, const ChosenReport& report) {
     BarTable table;
     for (const std::string& title : report_ChosenColumnTitles(words)) table.titles.push_back({title});
     table.barColumns = {2, 4};
-    table.numberColumns = {1, 3};
     const auto rows = report_ChosenRows(words, report);
     for (size_t i = 0; i < rows.size(); ++i) {
         const ObjectFigures& figures = *report.sorted[i];
@@ -215,7 +213,6 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     for (const auto& titles : report_ColumnTitles(words, object.has_value()))
         table.titles.push_back({titles[0], titles[1]});
     table.barColumns = {2, 4};
-    table.numberColumns = {1, 3};
     for (const ReportRow& row : report_Rows(words, statistics, object.has_value()))
         table.rows.push_back(row_of(row));
     fill(*model, "Status", *words.legend, std::move(table));

@@ -248,7 +248,7 @@ TEST_F(SearchTest, TextsOfResults) {
     open({name_event(0, 0x400, "net%s"), user(10, 0x400, 2), user(10, 0x401, 2), user(2500, 0x401, 3)},
          "Korvantis", crowded_legend());
     const ObjectNames names(*store_, '@');
-    AnalysisWords words = analysis_WordsOfLegend(legend_, names, test_rate);
+    AnalysisWords words = analysis_WordsOfLegend(legend_, names);
     SearchRequest one = request(Search_Pattern, event("Take"));
     one.endTarget = event("Give");
     SearchResult result;
@@ -268,20 +268,22 @@ TEST_F(SearchTest, TextsOfResults) {
     words.timeMode = Time_Millisecond;
     words.unit = "Millisecond";
     EXPECT_EQ(cells(one, result.rows[0]),
-              "From Task=0x400 (net%s);From Time=10;To Task=0x401;To Time=2500;"
-              "Interval=2490;");
+              "From Task=0x400 (net%s);From Time=10.0000000000;To Task=0x401;To Time=2500.0000000000;"
+              "Interval=2490.0000000000;");
     one.flags = Search_SameObject;
     EXPECT_EQ(cells(one, result.rows[0]),
-              "Task ID=0x400;From Time=10;To Time=2500;Interval=2490;"
+              "Task ID=0x400;From Time=10.0000000000;To Time=2500.0000000000;Interval=2490.0000000000;"
               "Task Name=net%s;");
     one = request(Search_Event, event("Take"));
-    EXPECT_EQ(cells(one, {0x401, 0, 0.01, 0}), "Task ID=0x401;Time(in Millisecond)=10;Task Name=;");
+    EXPECT_EQ(cells(one, {0x401, 0, 0.01, 0}),
+              "Task ID=0x401;Time(in Millisecond)=10.0000000000;Task Name=;");
     ASSERT_TRUE(search_Run(source_, one, result));
     EXPECT_EQ(search_FoundMessage(legend_, result), "Found 2 instances of event 'Take'.");
     EXPECT_EQ(search_StatisticsLine(words, result), "Number of objects: 2");
     words.timeMode = Time_Tick;
     one = request(Search_Switch, status("ContextSwitch"));
-    EXPECT_EQ(cells(one, {0x400, 0x401, 3, 3}), "From Task=net%s;To Task=Task 0x401;Time(in Millisecond)=3;");
+    EXPECT_EQ(cells(one, {0x400, 0x401, 3, 3}),
+              "From Task=net%s;To Task=Task 0x401;Time(in Millisecond)=3.0000000000;");
     EXPECT_EQ(search_ResultTitle(legend_, one, "mine", "run.trr"),
               "Search Result for 'ContextSwitch' in mine");
     legend_.statuses[static_cast<size_t>(one.target)].visible = false;

@@ -72,7 +72,7 @@ class SearchWindow {
         return &result_.rows[static_cast<size_t>(list.RowId(row))];
     }
     double Length(const SearchRow& row) const {
-        return analysis_ShownOnTick(facts_->words, row.timeB - row.timeA);
+        return analysis_ShownTime(facts_->words, row.timeB - row.timeA);
     }
     void Fill();
     void SetKey(MScrollList& list, int column, SearchColumnKind kind);
@@ -118,7 +118,6 @@ void SearchWindow::Fill() {
 
 void SearchWindow::SetKey(MScrollList& list, int column, SearchColumnKind kind) {
     const auto number = [&](auto&& value) {
-        list.SetRightAligned(column, true);
         list.SetNumberKey(column, [this, value](uint64_t id) { return value(result_.rows[id]); });
     };
     switch (kind) {

@@ -17,8 +17,7 @@ TraceFacts::TraceFacts(_LaCanvasData& of)
 }
 
 std::string TraceFacts::shown(double time, int decimals) const {
-    return laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time),
-                         decimals);
+    return gen_format("%.*f", decimals, analysis_ShownTime(words, time));
 }
 
 std::optional<double> TraceFacts::scan(std::string_view text) const {

@@ -23,7 +23,7 @@ struct TraceFacts {
     AnalysisWords words;            // borrows names
     std::vector<uint32_t> objects;  // alive in the whole trace, ascending
 
-    // Any time of the time base in the unit shown, with at most so many decimals (see laTime_Digits).
+    // A time of the time base in the unit shown, as "%.*f".
     std::string shown(double time, int decimals) const;
     // The number at the start of a text, in the time base; what stands behind it is passed over. None when
     // there is no number.

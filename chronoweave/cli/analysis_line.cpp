@@ -11,7 +11,7 @@ bool AnalysisLine::open(int& status) {
     source = analysis_SourceOfStore(named.store(), named.legend);
     source.progress = bar_.progress();
     names = ObjectNames(named.store(), named.separator);
-    words = analysis_WordsOfLegend(named.legend, names, source.ticksPerSecond);
+    words = analysis_WordsOfLegend(named.legend, names);
     if (line_.ticks) {
         words.ticksPerSecond = source.ticksPerSecond;
         words.unit = "Tick";

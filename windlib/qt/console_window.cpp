@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <cstdio>
 #include <memory>
 
 #include "shared/libcxxutil/report.h"
@@ -33,7 +34,7 @@ void console_Open(const std::string& title) {
 }
 
 void console_Write(std::string_view text) {
-    gen_standard_error(text);
+    std::fwrite(text.data(), 1, text.size(), stderr);
     if (!hasDisplay()) return;
     if (!console) console_Open("Trvgui Console");
     console->moveCursor(QTextCursor::End);

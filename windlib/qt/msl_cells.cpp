@@ -109,8 +109,7 @@ void MslCells::paint(QPainter* painter, const QStyleOptionViewItem& given, const
         const QRect place = textOf(row, column, option.rect);
         const QString text = painter->fontMetrics().elidedText(
             QString::fromStdString(list_.Text(row, column)), Qt::ElideRight, place.width());
-        const int side = list_.Column(column).rightAligned ? Qt::AlignRight : Qt::AlignLeft;
-        painter->drawText(place, Qt::AlignVCenter | side | Qt::TextSingleLine, text);
+        painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text);
     }
     const bool current = view_->hasFocus() && row == list_.CurrentRow();
     if (current && (list_.toggleTree || column == list_.CurrentColumn())) {

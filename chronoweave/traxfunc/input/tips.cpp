@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "chronoweave/import/extra_format.h"
-#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/rtos/extra_format.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/list.h"
@@ -83,7 +82,7 @@ std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
 }  // namespace
 
 std::string laTip_Time(const _LaCanvasData& canvas, double time) {
-    return laTime_TrimZeros(laCanvas_ExactTime(canvas, time));
+    return laTime_TrimZeros(gen_format("%.10f", laTime_Convert(Time_Second, time, canvas.axis.timeMode)));
 }
 
 std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
