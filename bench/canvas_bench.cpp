@@ -27,10 +27,8 @@ View first_view(_LaCanvasData& canvas) {
     view.end = mt_GetTimeRange(*canvas.source.store).end;
     EventWalk walk;
     EventRecord event;
-    // A walk that would begin at a checkpoint begins behind it.
-    const uint32_t behind =
-        view.events + (view.events % mt_GetCheckpointInterval(*canvas.source.store) == 0 ? 1 : 0);
-    if (mt_StartWalkBySequence(*canvas.source.store, behind, 1, nullptr, walk) && mt_NextEvent(walk, event))
+    if (mt_StartWalkAtEvent(*canvas.source.store, view.events + 1, 1, nullptr, walk) &&
+        mt_NextEvent(walk, event))
         view.end = event.time;
     view.high = static_cast<double>(view.end - canvas.source.baseTick) / canvas.source.ticksPerSecond;
     return view;

@@ -40,8 +40,8 @@ void expect_prefix(TraceStore& part, TraceStore& whole, uint32_t& events) {
     EventWalk walk, reference;
     EventRecord event, expected;
     StateTable state, last;
-    const bool started = mt_StartWalkBySequence(part, 1, 0, nullptr, walk);
-    ASSERT_TRUE(mt_StartWalkBySequence(whole, 1, 0, &state, reference));
+    const bool started = mt_StartWalkAtEvent(part, 1, 0, nullptr, walk);
+    ASSERT_TRUE(mt_StartWalkAtEvent(whole, 1, 0, &state, reference));
     uint32_t count = 0;
     for (; started && mt_NextEvent(walk, event); ++count) {
         ASSERT_TRUE(mt_NextEvent(reference, expected));

@@ -6,7 +6,7 @@
 
 Result CommittedFile::create(const std::string& fileName, uint32_t kind) {
     errno = 0;
-    auto made = gf_OpenDevice(fileName, true);
+    auto made = gf_CreateDevice(fileName);
     if (!made) return Result::system(fileName, errno);
     return begin(std::move(made), fileName, kind);
 }

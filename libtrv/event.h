@@ -68,6 +68,13 @@ struct EventRecord {
     ChangeList changes;
 };
 
+// A stretch of time whose events can't be read: behind one event, up to the next one that can.
+constexpr mt_Time mt_NoTime = INT64_MAX;
+struct mt_Gap {
+    mt_Time from = 0;
+    mt_Time to = mt_NoTime;  // mt_NoTime: nothing behind it can be read
+};
+
 // Events with their bytes, held in one arena of large blocks.
 class EventList {
   public:

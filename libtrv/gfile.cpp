@@ -66,13 +66,41 @@ class FileOnDisk : public FileDevice {
     int file_;
 };
 
+DeviceWrap& device_wrap() {
+    static DeviceWrap wrap;
+    return wrap;
+}
+
+std::unique_ptr<FileDevice> wrapped(std::unique_ptr<FileDevice> device, const std::string& name) {
+    return device_wrap() ? device_wrap()(std::move(device), name) : std::move(device);
+}
+
 }  // namespace
 
-std::unique_ptr<FileDevice> gf_OpenDevice(const std::string& name, bool create) {
-    const int file = create ? ::open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)
-                            : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+Result gf_OpenDevice(const std::string& name, std::unique_ptr<FileDevice>& device) {
+    // Looked at ahead of opening, since opening alone can do something to a device; and opened without
+    // waiting, since the name may have changed hands in between.
+    struct stat facts {};
+    if (::stat(name.c_str(), &facts) != 0) return Result::system(name, errno);
+    if (S_ISDIR(facts.st_mode)) return Result::system(name, EISDIR);
+    const int file = S_ISREG(facts.st_mode) ? ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
+    if (S_ISREG(facts.st_mode) && file < 0) return Result::system(name, errno);
+    if (file < 0 || ::fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) {
+        if (file >= 0) ::close(file);
+        return Result::failure("Not a regular file", name);
+    }
+    device = wrapped(std::make_unique<FileOnDisk>(file), name);
+    return {};
+}
+
+std::unique_ptr<FileDevice> gf_CreateDevice(const std::string& name) {
+    const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0) return nullptr;
-    return std::make_unique<FileOnDisk>(file);
+    return wrapped(std::make_unique<FileOnDisk>(file), name);
+}
+
+void gf_WrapDevices(DeviceWrap wrap) {
+    device_wrap() = std::move(wrap);
 }
 
 std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header) {
@@ -123,33 +151,37 @@ std::unique_ptr<GFile> GFile::OnDevice(FileDevice& device, const std::string& na
     return file;
 }
 
-std::unique_ptr<GFile> GFile::OpenForRead(const std::string& name, std::string& why) {
-    std::unique_ptr<FileDevice> device = gf_OpenDevice(name, false);
-    if (!device) {
-        why = name + ": " + std::strerror(errno);
-        return nullptr;
-    }
-    return OpenOnDevice(std::move(device), name, why);
+std::unique_ptr<GFile> GFile::View() const {
+    std::unique_ptr<GFile> view = OnDevice(*device_, name_);
+    view->header_ = header_;
+    view->reported_ = reported_;
+    return view;
 }
 
-std::unique_ptr<GFile> GFile::OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
-                                           std::string& why) {
-    std::unique_ptr<GFile> file = OnDevice(*device, name);
-    file->owned_ = std::move(device);
-    const size_t there = file->fill(mt_HeaderSize) ? mt_HeaderSize : file->buffered();
+Result GFile::OpenForRead(const std::string& name, std::unique_ptr<GFile>& file) {
+    std::unique_ptr<FileDevice> device;
+    Result opened = gf_OpenDevice(name, device);
+    return opened ? OpenOnDevice(std::move(device), name, file) : opened;
+}
+
+Result GFile::OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
+                           std::unique_ptr<GFile>& file) {
+    std::unique_ptr<GFile> made = OnDevice(*device, name);
+    made->owned_ = std::move(device);
+    const size_t there = made->fill(mt_HeaderSize) ? mt_HeaderSize : made->buffered();
+    if (made->error() != 0) return Result::system(name, made->error());
     std::string reason;
-    if (!gf_DecodeHeader({file->here(), there}, file->header_, reason)) {
-        why = name + ": " + reason;
-        return nullptr;
-    }
-    file->step(mt_HeaderSize);
-    return file;
+    if (!gf_DecodeHeader({made->here(), there}, made->header_, reason)) return Result::failure(reason, name);
+    made->step(mt_HeaderSize);
+    file = std::move(made);
+    return {};
 }
 
 void GFile::seek(uint64_t offset) {
     base_ = offset;
     at_ = buffered_ = 0;
     end_ = false;
+    error_ = 0;
     window_ = first_window;
 }
 
@@ -170,28 +202,48 @@ std::string GFile::block(uint32_t size) {
     return bytes;
 }
 
+void GFile::make_room(size_t room) {
+    if (capacity_ >= room) return;
+    auto larger = std::make_unique_for_overwrite<uint8_t[]>(room);
+    if (buffered_ > 0) std::memcpy(larger.get(), buffer_.get(), buffered_);
+    buffer_ = std::move(larger);
+    capacity_ = room;
+}
+
+// Reads up to most bytes behind what is buffered.
+int64_t GFile::read_behind(size_t most) {
+    errno = 0;
+    return device_->read_at(base_ + buffered_, {buffer_.get() + buffered_, most});
+}
+
+void GFile::report() {
+    if (!*reported_)
+        gen_fatal("Error while processing \"%s\": %s", name_.empty() ? "UNKNOWN" : name_.c_str(),
+                  std::strerror(error_));
+    *reported_ = true;
+}
+
 bool GFile::refill(size_t count) {
+    error_ = 0;
     if (count > trusted_length && tell() + count > device_->size()) {
         end_ = true;
         return false;
     }
     if (at_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + at_, buffered_ - at_);
+        std::memmove(buffer_.get(), buffer_.get() + at_, buffered_ - at_);
         base_ += at_;
         buffered_ -= at_;
         at_ = 0;
     }
-    const size_t room = std::max(count, buffered_ + window_);
-    if (buffer_.size() < room) buffer_.resize(room);
-    window_ = std::min(window_ * 4, largest_window);
-    const int64_t got = device_->read_at(base_ + buffered_, {buffer_.data() + buffered_, room - buffered_});
-    if (got < 0 && !reported_) {
-        reported_ = true;
-        gen_fatal("Error while processing \"%s\": %s", name_.empty() ? "UNKNOWN" : name_.c_str(),
-                  std::strerror(errno));
-    }
+    make_room(std::max(count, buffered_ + window_));
+    int64_t got = read_behind(std::max(count - buffered_, window_));
+    // The bytes that can't be read may be none of those that are needed.
+    if (got < 0) got = read_behind(count - buffered_);
+    window_ = got < 0 ? first_window : std::min(window_ * 4, largest_window);
+    if (got < 0) error_ = errno != 0 ? errno : EIO;
     if (got > 0) buffered_ += static_cast<size_t>(got);
     if (buffered_ >= count) return true;
     end_ = true;
+    if (error_ != 0) report();
     return false;
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "libtrv/byte_order.h"
+#include "shared/libcxxutil/result.h"
 
 // What a device took of a write: how many bytes, and when they are fewer than were given the system's error
 // number, 0 where it gives none.
@@ -34,8 +36,17 @@ class FileDevice {
     [[nodiscard]] virtual int sync() = 0;
 };
 
-// Opens a file of the operating system; null when it can't be opened. create also empties it.
-std::unique_ptr<FileDevice> gf_OpenDevice(const std::string& name, bool create);
+// Opens a file of the operating system for reading. Nothing but a regular file is one, so that a pipe among
+// the names never waits for its other end.
+Result gf_OpenDevice(const std::string& name, std::unique_ptr<FileDevice>& device);
+// Makes a file anew, or empties the one that stands, for reading and writing. Null with errno set otherwise.
+std::unique_ptr<FileDevice> gf_CreateDevice(const std::string& name);
+
+// For tests: what every device that is opened or made from now on is put into, to make it fail. An empty
+// function ends it.
+using DeviceWrap =
+    std::function<std::unique_ptr<FileDevice>(std::unique_ptr<FileDevice> device, const std::string& name)>;
+void gf_WrapDevices(DeviceWrap wrap);
 
 struct GFileHeader {
     uint32_t version = 1;
@@ -50,16 +61,19 @@ std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header);
 // flag is also reported at level error, as is an unknown address size code, which reads as 32bit.
 [[nodiscard]] bool gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header, std::string& why);
 
-// A file open for reading. Positions are absolute. A read past the end gives 0 and sets the end mark.
+// A file open for reading. Positions are absolute. A read past the end gives 0 and sets the end mark; one
+// that the device fails does the same, keeps the error, and is reported at level fatal, once per file.
 class GFile {
   public:
-    // Opens and checks the header; null with the reason in why otherwise. The position is behind the header.
-    static std::unique_ptr<GFile> OpenForRead(const std::string& name, std::string& why);
+    // Opens and checks the header. The position is then behind the header.
+    static Result OpenForRead(const std::string& name, std::unique_ptr<GFile>& file);
     // The same on a device that the file takes over, instead of a name of the operating system.
-    static std::unique_ptr<GFile> OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
-                                               std::string& why);
+    static Result OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string& name,
+                               std::unique_ptr<GFile>& file);
     // On a device that stays the caller's and must outlive the file; its header is not looked at.
     static std::unique_ptr<GFile> OnDevice(FileDevice& device, const std::string& name);
+    // Another position in the same file, with a buffer of its own. The file must outlive it.
+    std::unique_ptr<GFile> View() const;
 
     const std::string& name() const { return name_; }
     const GFileHeader& header() const { return header_; }
@@ -69,6 +83,8 @@ class GFile {
     // Drops what is buffered, so that bytes another handle wrote since are seen.
     void seek(uint64_t offset);
     bool at_end() const { return end_; }
+    // The error number of the read that set the end mark; 0 when it was the end of the file.
+    int error() const { return error_; }
 
     uint8_t u8() { return fill(1) ? buffer_[at_++] : static_cast<uint8_t>(0); }
     uint16_t u16() { return fill(2) ? load_be16(step(2)) : static_cast<uint16_t>(0); }
@@ -81,10 +97,10 @@ class GFile {
     // set.
     bool fill(size_t count) { return buffered_ - at_ >= count || refill(count); }
     // The bytes at the position, as many as fill promised; step takes them.
-    const uint8_t* here() const { return buffer_.data() + at_; }
+    const uint8_t* here() const { return buffer_.get() + at_; }
     const uint8_t* step(size_t count) {
         at_ += count;
-        return buffer_.data() + at_ - count;
+        return buffer_.get() + at_ - count;
     }
     size_t buffered() const { return buffered_ - at_; }
     // Moves on without reading what lies between.
@@ -93,16 +109,21 @@ class GFile {
   private:
     GFile() = default;
     bool refill(size_t count);
+    void make_room(size_t room);
+    int64_t read_behind(size_t most);
+    void report();
 
     std::string name_;
     std::unique_ptr<FileDevice> owned_;
     FileDevice* device_ = nullptr;
     GFileHeader header_;
-    std::vector<uint8_t> buffer_;
+    std::unique_ptr<uint8_t[]> buffer_;
+    size_t capacity_ = 0;
     uint64_t base_ = 0;    // file offset of buffer_[0]
     size_t at_ = 0;        // position in the buffer
     size_t buffered_ = 0;  // bytes in the buffer
     size_t window_ = 0;    // bytes the next read asks for: grows while reading on, falls back at a seek
     bool end_ = false;
-    bool reported_ = false;
+    int error_ = 0;
+    std::shared_ptr<bool> reported_ = std::make_shared<bool>(false);  // shared by the views of a file
 };

@@ -1,111 +1,169 @@
 // Which objects a range touches, without reading the events of the blocks inside it.
 #include <algorithm>
+#include <cstring>
 #include <unordered_set>
 
+#include "libtrv/block_reader.h"
 #include "libtrv/trace_store.h"
 #include "libtrv/trace_store_impl.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
 
+constexpr size_t packet_head = 5;
+
+uint64_t key_of(uint16_t type, uint32_t id) {
+    return uint64_t{type} << 32 | id;
+}
+uint64_t key_at(const uint8_t* bytes) {
+    return key_of(load_be16(bytes), load_be32(bytes + 2));
+}
+
 class ObjectCollector {
   public:
-    explicit ObjectCollector(std::optional<uint16_t> type) : type_(type) {}
-    void enter(uint16_t type, uint32_t id) {
-        if (!type_ || *type_ == type) keys_.insert(uint64_t{type} << 32 | id);
-    }
-    std::vector<mt_ObjectKey> sorted() const {
+    void enter(uint64_t key) { keys_.insert(key); }
+    bool has(uint64_t key) const { return keys_.contains(key); }
+    const std::unordered_set<uint64_t>& keys() const { return keys_; }
+    std::vector<mt_ObjectKey> sorted(std::optional<uint16_t> type) const {
         std::vector<mt_ObjectKey> keys;
         keys.reserve(keys_.size());
         for (const uint64_t key : keys_)
-            keys.push_back({static_cast<uint16_t>(key >> 32), static_cast<uint32_t>(key)});
+            if (!type || *type == key >> 32)
+                keys.push_back({static_cast<uint16_t>(key >> 32), static_cast<uint32_t>(key)});
         std::sort(keys.begin(), keys.end());
         return keys;
     }
 
   private:
-    std::optional<uint16_t> type_;
     std::unordered_set<uint64_t> keys_;
 };
 
 void enter_created(const EventRecord& event, ObjectCollector& found) {
     StateChange change;
     for (ChangeList changes = event.changes; changes.next(change);)
-        if (change.kind == mt_ChangeCreate) found.enter(change.objectType, change.objectId);
+        if (change.kind == mt_ChangeCreate) found.enter(key_of(change.objectType, change.objectId));
 }
 
-// Enters the objects created by the events from the file's position on, up to the first event not before t1
-// or, with one_block, the end of the block. False when the store ended there.
-bool enter_created_until(GFile& file, mt_Time t1, bool one_block, ObjectCollector& found) {
+// Enters the objects created by the events ahead of t1, up to the end of a block. False when the store ended
+// there.
+bool enter_created_until(BlockReader& reader, mt_Time t1, uint32_t lastBlock, ObjectCollector& found) {
     EventRecord event;
-    while (file.fill(1)) {
-        switch (file.u8()) {
-            case mt_PacketEvent:
-                if (!mt_ReadEvent(file, event)) return false;
-                if (!mt_Earlier(event.time, t1)) return true;
-                enter_created(event, found);
-                break;
-            case mt_PacketState:
-                if (!mt_SkipStateTable(file)) return false;
-                break;
-            case mt_PacketObjectsUsed:
-                mt_SkipObjectsUsed(file);
-                if (one_block) return true;
-                break;
-            case mt_PacketEnd:
-                return false;
-            default:
-                return true;
-        }
-    }
-    return false;
-}
-
-// The keys of the objects-used packet that opens a block, which lists those of the block before it.
-bool enter_objects_used(TraceStore& store, uint32_t block, ObjectCollector& found) {
-    GFile& file = *store.events;
-    file.seek(store.blockOffsets[block]);
-    const uint8_t type = file.u8();
-    if (type != mt_PacketObjectsUsed) {
-        gen_warning("libtrv: [mt_GetObjectStuffUsedInTimeRange]: expected OBJUSED, got (%d)", int{type});
-        return false;
-    }
-    const uint32_t count = file.u32();
-    for (uint32_t i = 0; i < count && file.fill(6); ++i) {
-        const uint8_t* key = file.step(6);
-        found.enter(load_be16(key), load_be32(key + 2));
+    while (!(reader.blockIsDone() && reader.block() >= lastBlock)) {
+        if (!reader.next(event)) return false;
+        if (!mt_Earlier(event.time, t1)) return true;
+        enter_created(event, found);
     }
     return true;
 }
 
+// The lists of objects used, one after the other. Each holds the objects of the block before its own, so that
+// it begins with the list before it unless an object was deleted: only what is new is entered.
+class ListsOfObjects {
+  public:
+    ListsOfObjects(TraceStore& store, ObjectCollector& found)
+        : store_(store), file_(store.events->View()), found_(found) {
+        for (const uint64_t key : found.keys()) before_.insert(key);
+    }
+
+    // The list that opens a block. False when there is none, which is noted.
+    bool enter(uint32_t block) {
+        if (store_.blockOffsets[block] == mt_UnknownOffset || !read(block)) return false;
+        const size_t size = size_t{count_} * mt_KeySize;
+        const uint8_t* keys = file_->here();
+        if (!known_.empty() && size >= known_.size() && std::memcmp(keys, known_.data(), known_.size()) == 0)
+            enter_new(keys, known_.size(), size);
+        else
+            enter_all(keys, size, block);
+        return true;
+    }
+
+  private:
+    bool read(uint32_t block) {
+        file_->seek(store_.blockOffsets[block]);
+        const bool there = file_->fill(packet_head);
+        if (there && *file_->here() == mt_PacketObjectsUsed) {
+            count_ = load_be32(file_->step(packet_head) + 1);
+            const size_t size = size_t{count_} * mt_KeySize;
+            if (file_->fill(size + 1) && file_->here()[size] == mt_PacketState) return true;
+        }
+        if (there && *file_->here() != mt_PacketObjectsUsed && file_->tell() == store_.blockOffsets[block])
+            gen_warning("libtrv: [mt_GetObjectStuffUsedInTimeRange]: expected OBJUSED, got (%d)",
+                        int{*file_->here()});
+        note(block, file_->error() != 0 ? std::strerror(file_->error()) : "objects may be missing");
+        return false;
+    }
+    void note(uint32_t block, std::string cost) {
+        store_.damage.note(mt_DamageKind::Objects, block, block + 1,
+                           Result::failure("the list of objects of a block can't be read or is wrong",
+                                           mt_PlaceText(store_.events->name(), store_.blockOffsets[block]),
+                                           std::move(cost)));
+    }
+    void enter_new(const uint8_t* keys, size_t from, size_t size) {
+        for (size_t at = from; at < size; at += mt_KeySize) {
+            found_.enter(key_at(keys + at));
+            before_.insert(key_at(keys + at));
+        }
+        known_.insert(known_.end(), keys + from, keys + size);
+    }
+    void enter_all(const uint8_t* keys, size_t size, uint32_t block) {
+        std::unordered_set<uint64_t> missing = std::move(before_);
+        before_.clear();
+        known_.clear();
+        for (size_t at = 0; at < size; at += mt_KeySize) missing.erase(key_at(keys + at));
+        enter_new(keys, 0, size);
+        if (before_.size() < count_ || !were_deleted(missing, block))
+            note(block, "objects may be missing or wrong");
+    }
+    // An object that the list before had is missing here only when it was deleted two blocks ahead.
+    bool were_deleted(std::unordered_set<uint64_t>& missing, uint32_t block) {
+        if (missing.empty()) return true;
+        BlockReader reader(store_);
+        if (block < 2 || !reader.startNear(block - 2, nullptr)) return false;
+        EventRecord event;
+        while (reader.next(event) && reader.block() < block - 1) {
+            StateChange change;
+            for (ChangeList changes = event.changes; changes.next(change);)
+                if (change.kind == mt_ChangeDelete) missing.erase(key_of(change.objectType, change.objectId));
+        }
+        return missing.empty();
+    }
+
+    TraceStore& store_;
+    std::unique_ptr<GFile> file_;
+    ObjectCollector& found_;
+    uint32_t count_ = 0;
+    std::vector<uint8_t> known_;           // the list before
+    std::unordered_set<uint64_t> before_;  // its keys; ahead of the first list, all that was found
+};
+
 void collect(TraceStore& store, mt_Time t0, mt_Time t1, ObjectCollector& found) {
     StateTable state;
-    CursorPosition cursor;
-    if (!mt_GetEventListAndStateFromTimeRange(store, t0, true, cursor, &state)) return;
+    BlockReader reader(store);
+    if (!mt_PositionByTime(store, t0, &state, reader)) return;
     for (uint32_t position = 0; position < state.size(); ++position) {
         const ObjectEntry entry = state.entry(position);
-        found.enter(entry.objectType, entry.objectId);
+        found.enter(key_of(entry.objectType, entry.objectId));
     }
     const uint32_t a = mt_BlockOfTime(store, t0), b = mt_BlockOfTime(store, t1);
-    GFile& file = *store.events;
-    file.seek(cursor.offset);
     // Behind the last index record there may be blocks that are not indexed yet: those are read through.
     const bool indexed = a + 1 < store.blockTimes.size();
-    if (!enter_created_until(file, t1, indexed, found)) return;
-    for (uint32_t block = a + 2; block <= b; ++block)
-        if (!enter_objects_used(store, block, found)) return;
-    if (a == b) return;
-    file.seek(store.blockOffsets[b]);
-    enter_created_until(file, t1, false, found);
+    const bool more = enter_created_until(reader, t1, indexed ? a : UINT32_MAX, found);
+    if (indexed) reader.finishBlock();
+    if (!more || a >= b) return;
+    ListsOfObjects lists(store, found);
+    for (uint32_t block = a + 2; block <= b; ++block) lists.enter(block);
+    if (!reader.startNear(b, &state)) return;
+    enter_created_until(reader, t1, UINT32_MAX, found);
+    reader.finishBlock();
 }
 
 }  // namespace
 
 std::vector<mt_ObjectKey> mt_GetObjectStuffUsedInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1,
                                                            std::optional<uint16_t> objectType) {
-    ObjectCollector found(objectType);
+    ObjectCollector found;
     collect(store, t0, t1, found);
-    return found.sorted();
+    return found.sorted(objectType);
 }
 
 std::vector<uint32_t> mt_GetObjectIdsUsedInTimeRange(TraceStore& store, uint16_t objectType, mt_Time t0,

@@ -20,7 +20,7 @@ Result delete_existing(const std::string& name) {
 Result write_version_file(const std::string& name, const StoreFacts& facts) {
     const std::vector<uint8_t> bytes = store_EncodeVersionFile(facts);
     errno = 0;
-    const auto device = gf_OpenDevice(name, true);
+    const auto device = gf_CreateDevice(name);
     if (!device) return Result::system(name, errno);
     const DeviceWrite written = device->write_at(0, bytes);
     return written.bytes == bytes.size() ? Result() : Result::system(name, written.error);

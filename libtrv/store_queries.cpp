@@ -1,183 +1,153 @@
-// Positioning, walks, lists and attributes.
+// Positioning, walks and lists.
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
+#include <utility>
 
+#include "libtrv/block_reader.h"
 #include "libtrv/trace_store.h"
 #include "libtrv/trace_store_impl.h"
-#include "shared/libcxxutil/report.h"
 
 namespace {
-constexpr size_t entry_head = 10;  // of a state table entry: type, id, length
-constexpr size_t key_size = 6;     // of an objects-used key: type, id
 
-// How an event's parse from a stretch of bytes ended.
-struct Parsed {
-    enum { Whole, NeedMore } result;
-    size_t size;  // Whole: bytes of the event; NeedMore: bytes that are certainly needed
-};
+constexpr const char* positioning = "mt_GetEventListAndStateFromTimeRange";
 
-inline Parsed parse_event(const uint8_t* start, size_t there, EventRecord& event) {
-    constexpr size_t head = 16;
-    if (there < head) return {Parsed::NeedMore, head};
-    event.time = load_be64(start);
-    const size_t extra = load_be32(start + 8);
-    event.type = load_be16(start + 12);
-    event.subtype = load_be16(start + 14);
-    event.extra = {start + head, extra};
-    const size_t changes = head + extra;
-    size_t at = changes;
-    for (;;) {
-        if (there <= at) return {Parsed::NeedMore, at + 1};
-        const uint8_t kind = start[at];
-        if (kind == mt_ChangeEnd) break;
-        if (kind > mt_ChangeEnd) {
-            gen_error("Unrecognized StateChange type\n");
+// Reads on, bringing the state forward, up to the first event that isn't ahead of the place looked for.
+template <class Before>
+void go_to(BlockReader& reader, StateTable* state, Before&& before) {
+    EventRecord event;
+    while (reader.next(event)) {
+        if (!before(event)) {
+            reader.hold(event);
             break;
         }
-        const size_t fixed = kind == mt_ChangeCreate ? 9 : kind == mt_ChangeModify ? 10 : 7;
-        if (there - at < fixed) return {Parsed::NeedMore, at + fixed};
-        const size_t length = kind == mt_ChangeCreate   ? load_be16(start + at + 7)
-                              : kind == mt_ChangeModify ? start[at + 9]
-                                                        : 0;
-        at += fixed + length;
+        if (!state) continue;
+        reader.takeStateBehindGap();
+        mt_ApplyEventToState(*state, event);
     }
-    event.changes = ChangeList({start + changes, at - changes});
-    return {Parsed::Whole, at + 1};
+    reader.nameQuery(nullptr);
 }
 
-// In line, since it is all that a walk does per event.
-inline bool read_event(GFile& file, EventRecord& event) {
-    for (;;) {
-        const Parsed parsed = parse_event(file.here(), file.buffered(), event);
-        if (parsed.result == Parsed::Whole) {
-            file.step(parsed.size);
-            return true;
-        }
-        if (!file.fill(parsed.size)) return false;
-    }
+bool is_empty(const TraceStore& store, StateTable* state) {
+    if (state) state->clear();
+    return store.blockTimes.empty();
 }
 
 }  // namespace
 
-bool mt_ReadEvent(GFile& file, EventRecord& event) {
-    return read_event(file, event);
-}
-
-bool mt_SkipStateTable(GFile& file) {
-    const uint32_t count = file.u32();
-    for (uint32_t i = 0; i < count; ++i) {
-        if (!file.fill(entry_head)) return false;
-        file.skip(entry_head + uint64_t{load_be32(file.here() + 6)});
-    }
+bool mt_PositionByTime(TraceStore& store, mt_Time time, StateTable* state, BlockReader& reader) {
+    if (is_empty(store, state)) return false;
+    reader.nameQuery(positioning);
+    reader.startNear(mt_BlockOfTime(store, time), state);
+    go_to(reader, state, [time](const EventRecord& event) { return mt_Earlier(event.time, time); });
     return true;
 }
 
-void mt_SkipObjectsUsed(GFile& file) {
-    file.skip(uint64_t{file.u32()} * key_size);
-}
-
-bool mt_ReadStateTable(GFile& file, StateTable& table) {
-    table.clear();
-    const uint32_t count = file.u32();
-    for (uint32_t i = 0; i < count; ++i) {
-        if (!file.fill(entry_head)) return false;
-        const size_t length = load_be32(file.here() + 6);
-        if (!file.fill(entry_head + length)) return false;
-        const uint8_t* entry = file.step(entry_head + length);
-        table.create(load_be16(entry), load_be32(entry + 2), {entry + entry_head, length});
-    }
+bool mt_PositionBehindEvents(TraceStore& store, uint32_t events, StateTable* state, BlockReader& reader) {
+    if (is_empty(store, state)) return false;
+    const auto last = static_cast<uint32_t>(store.blockTimes.size() - 1);
+    reader.nameQuery(positioning);
+    reader.startNear(std::min(last, events / store.checkpointInterval), state);
+    go_to(reader, state, [events](const EventRecord& event) { return event.sequence <= events; });
     return true;
 }
+
+namespace {
+
+// How many events stand ahead of the one that a request by sequence starts with: the event of that number, or
+// the next one when the number is a multiple of the interval.
+uint32_t events_ahead(const TraceStore& store, uint64_t sequence) {
+    const uint64_t ahead = sequence % store.checkpointInterval == 0 ? sequence : sequence - 1;
+    return static_cast<uint32_t>(std::min<uint64_t>(ahead, UINT32_MAX));
+}
+
+}  // namespace
 
 bool mt_GetEventListAndStateFromTimeRange(TraceStore& store, uint64_t key, bool keyIsTime,
                                           CursorPosition& cursor, StateTable* state) {
-    if (state) state->clear();
-    if (store.blockTimes.empty()) return false;
-    const uint64_t wanted = keyIsTime ? mt_BlockOfTime(store, key) : key / store.checkpointInterval;
-    // A sequence number past the last block is looked for from the last one on.
-    const auto block = static_cast<uint32_t>(std::min<uint64_t>(wanted, store.blockTimes.size() - 1));
-    uint64_t sequence = uint64_t{block} * store.checkpointInterval;
-    GFile& file = *store.events;
-    file.seek(store.blockOffsets[block]);
-    EventRecord event;
-    bool whole = true;
-    while (whole) {
-        cursor = {static_cast<uint32_t>(file.tell()), static_cast<uint32_t>(sequence)};
-        if (!file.fill(1)) break;
-        const uint8_t type = file.u8();
-        if (type == mt_PacketEnd) break;
-        if (type == mt_PacketState) {
-            whole = state ? mt_ReadStateTable(file, *state) : mt_SkipStateTable(file);
-        } else if (type == mt_PacketObjectsUsed) {
-            mt_SkipObjectsUsed(file);
-        } else if (type == mt_PacketEvent) {
-            whole = mt_ReadEvent(file, event);
-            ++sequence;
-            cursor.sequence = static_cast<uint32_t>(sequence);
-            const bool before = whole && (keyIsTime ? mt_Earlier(event.time, key) : sequence < key);
-            if (!before) break;
-            if (state) mt_ApplyEventToState(*state, event);
-        } else {
-            gen_error("libtrv: [mt_GetEventListAndStateFromTimeRange]: Unrecognized .trs packet type (%d)",
-                      int{type});
-            break;
-        }
+    BlockReader reader(store);
+    const bool positioned = keyIsTime
+                                ? mt_PositionByTime(store, key, state, reader)
+                                : mt_PositionBehindEvents(store, events_ahead(store, key), state, reader);
+    if (!positioned) return false;
+    cursor = {static_cast<uint32_t>(reader.position()), reader.sequence()};
+    reader.finishBlock();
+    return true;
+}
+
+EventWalk::EventWalk() = default;
+EventWalk::~EventWalk() = default;
+EventWalk::EventWalk(EventWalk&&) noexcept = default;
+EventWalk& EventWalk::operator=(EventWalk&&) noexcept = default;
+
+BlockReader& EventWalk::begin(TraceStore& store) {
+    *this = {};
+    reader_ = std::make_unique<BlockReader>(store);
+    left_ = UINT64_MAX;
+    over_ = false;
+    return *reader_;
+}
+
+bool EventWalk::next(EventRecord& event) {
+    if (over_) return false;
+    if (left_ == 0) return finish({});
+    if (!reader_->next(event) || (hasEnd_ && !mt_Earlier(event.time, end_)))
+        return finish(reader_->gap() ? std::optional(*reader_->gap()) : std::nullopt);
+    if (reader_->gap()) [[unlikely]]
+        reader_->takeStateBehindGap();
+    --left_;
+    return true;
+}
+
+// Reads the rest of the block too, so that damage of the block that the last event came from is found. Always
+// false.
+bool EventWalk::finish(std::optional<mt_Gap> behind) {
+    over_ = true;
+    gapBehind_ = behind;
+    reader_->finishBlock();
+    return false;
+}
+
+const mt_Gap* EventWalk::gap() const {
+    if (over_) return gapBehind_ ? &*gapBehind_ : nullptr;
+    return reader_->gap();
+}
+
+uint32_t EventWalk::gaps() const {
+    return reader_ ? reader_->gaps() : 0;
+}
+
+bool mt_StartWalkInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1, StateTable* state, EventWalk& walk) {
+    if (!mt_PositionByTime(store, t0, state, walk.begin(store))) {
+        walk = {};
+        return false;
     }
+    walk.hasEnd_ = true;
+    walk.end_ = t1;
     return true;
 }
 
 namespace {
 
-bool start_walk(TraceStore& store, uint64_t key, bool keyIsTime, StateTable* state, EventWalk& walk) {
+bool start_behind(TraceStore& store, uint32_t events, StateTable* state, BlockReader& reader,
+                  EventWalk& walk) {
+    if (mt_PositionBehindEvents(store, events, state, reader)) return true;
     walk = {};
-    CursorPosition cursor;
-    if (!mt_GetEventListAndStateFromTimeRange(store, key, keyIsTime, cursor, state)) return false;
-    walk.store = &store;
-    walk.nextSequence = cursor.sequence;
-    walk.done = false;
-    store.events->seek(cursor.offset);
-    return true;
+    return false;
 }
 
 }  // namespace
 
-bool mt_StartWalkInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1, StateTable* state, EventWalk& walk) {
-    if (!start_walk(store, t0, true, state, walk)) return false;
-    walk.hasEnd = true;
-    walk.end = t1;
-    return true;
-}
-
 bool mt_StartWalkBySequence(TraceStore& store, uint32_t sequence, uint32_t count, StateTable* state,
                             EventWalk& walk) {
-    if (!start_walk(store, sequence, false, state, walk)) return false;
-    walk.hasLimit = count != 0;
-    walk.remaining = count;
+    if (!start_behind(store, events_ahead(store, sequence), state, walk.begin(store), walk)) return false;
+    if (count != 0) walk.left_ = count;
     return true;
 }
 
-bool mt_NextEvent(EventWalk& walk, EventRecord& event) {
-    if (walk.done) return false;
-    GFile& file = *walk.store->events;
-    for (bool whole = true; whole && file.fill(1);) {
-        const uint8_t type = file.u8();
-        if (type == mt_PacketEvent) {
-            if (!read_event(file, event)) break;
-            if (walk.hasEnd && !mt_Earlier(event.time, walk.end)) break;
-            event.sequence = walk.nextSequence++;
-            if (walk.hasLimit && --walk.remaining == 0) walk.done = true;
-            return true;
-        }
-        if (type == mt_PacketState)
-            whole = mt_SkipStateTable(file);
-        else if (type == mt_PacketObjectsUsed)
-            mt_SkipObjectsUsed(file);
-        else
-            break;
-    }
-    walk.done = true;
-    return false;
+bool mt_StartWalkAtEvent(TraceStore& store, uint32_t sequence, uint32_t count, StateTable* state,
+                         EventWalk& walk) {
+    if (!start_behind(store, std::max(sequence, 1u) - 1, state, walk.begin(store), walk)) return false;
+    if (count != 0) walk.left_ = count;
+    return true;
 }
 
 namespace {
@@ -198,78 +168,4 @@ bool mt_GetEventsBySequence(TraceStore& store, uint32_t sequence, uint32_t count
                             StateTable& state) {
     EventWalk walk;
     return collect(mt_StartWalkBySequence(store, sequence, count, &state, walk), walk, list);
-}
-
-bool mt_GetEventObject(const TraceStore& store, const EventRecord& event, uint16_t& objectType,
-                       uint32_t& objectId) {
-    if (event.extra.size() < 4) {
-        std::fprintf(stderr, "Invalid Extra Data(length %d) for event with type %d.\n",
-                     static_cast<int>(event.extra.size()), event.type);
-        return false;
-    }
-    objectType = mt_ObjectTask;
-    objectId = load_32(event.extra.data(), store.bigEndian);
-    return true;
-}
-
-namespace {
-
-// The block of a task at a position, null when it is no task's or too short to be one.
-const uint8_t* task_block(const StateTable& table, uint32_t position) {
-    const ObjectEntry entry = table.entry(position);
-    return entry.objectType == mt_ObjectTask && entry.block.size() >= mt_TaskBlockSize ? entry.block.data()
-                                                                                       : nullptr;
-}
-
-std::string name_field(const uint8_t* field) {
-    return {reinterpret_cast<const char*>(field),
-            ::strnlen(reinterpret_cast<const char*>(field), mt_NameSize)};
-}
-
-}  // namespace
-
-std::optional<uint16_t> mt_TaskStatusAt(const StateTable& table, uint32_t position) {
-    const uint8_t* block = task_block(table, position);
-    if (!block || !block[mt_TaskStatusValid]) return std::nullopt;
-    return load_be16(block + mt_TaskStatus);
-}
-
-std::optional<uint32_t> mt_TaskPriorityAt(const StateTable& table, uint32_t position) {
-    const uint8_t* block = task_block(table, position);
-    if (!block || !block[mt_TaskPriorityValid]) return std::nullopt;
-    return load_be32(block + mt_TaskPriority);
-}
-
-std::optional<std::string> mt_TaskNameAt(const TraceStore& store, const StateTable& table, uint32_t position,
-                                         char separator) {
-    const uint8_t* block = task_block(table, position);
-    if (!block || !block[mt_TaskNameValid]) return std::nullopt;
-    std::string name;
-    if (store.formatVersion >= 3 && block[mt_TaskPrefixValid]) name = name_field(block + mt_TaskPrefix);
-    if (!name.empty()) name.push_back(separator);
-    return name + name_field(block + mt_TaskName);
-}
-
-bool mt_GetObjectAttribute(const TraceStore& store, const StateTable& table, uint16_t objectType,
-                           uint32_t objectId, uint32_t attribute, void* buffer, uint32_t size, char separator,
-                           bool& delivered) {
-    delivered = false;
-    const uint32_t position = table.find(objectType, objectId);
-    if (position == StateTable::npos) return false;
-    if (attribute == mt_AttributeStatus) {
-        const auto status = mt_TaskStatusAt(table, position);
-        if ((delivered = status && size >= sizeof *status)) std::memcpy(buffer, &*status, sizeof *status);
-    } else if (attribute == mt_AttributePriority) {
-        const auto priority = mt_TaskPriorityAt(table, position);
-        if ((delivered = priority && size >= sizeof *priority))
-            std::memcpy(buffer, &*priority, sizeof *priority);
-    } else if (attribute == mt_AttributeName) {
-        const auto name = mt_TaskNameAt(store, table, position, separator);
-        if ((delivered = name && size > 0)) {
-            const size_t length = std::min<size_t>(name->size(), size - 1);
-            std::memcpy(buffer, name->data(), length);
-            static_cast<char*>(buffer)[length] = '\0';
-        }
-    }
-    return true;
 }

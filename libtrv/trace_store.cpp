@@ -3,63 +3,92 @@
 #include <algorithm>
 #include <cstring>
 
+#include "libtrv/block_reader.h"
+#include "libtrv/store_index.h"
 #include "libtrv/trace_store_impl.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
 
-constexpr size_t index_record = 13;
-constexpr uint8_t record_type = 1;
+constexpr uint32_t most_interval = uint32_t{1} << 31;
+constexpr mt_Time late_times = mt_Time{1} << 63;
 
-enum class IndexScan { Whole, BadRecord };
-
-// Reads records from the index file's position on and appends them; indexTail is then behind the last one.
-IndexScan read_index(TraceStore& store) {
-    GFile& file = *store.index;
-    const size_t before = store.blockTimes.size();
-    uint64_t end = file.tell();
-    while (file.fill(1) && *file.here() != 0) {
-        if (*file.here() != record_type) {
-            store.blockTimes.resize(before);
-            store.blockOffsets.resize(before);
-            return IndexScan::BadRecord;
-        }
-        if (!file.fill(index_record)) break;
-        const uint8_t* record = file.step(index_record);
-        store.blockTimes.push_back(load_be64(record + 1));
-        store.blockOffsets.push_back(load_be32(record + 9));
-        end += index_record;
-    }
-    store.indexTail = end;
-    return IndexScan::Whole;
+TraceStorePtr refuse(std::string* why, const Result& failure) {
+    if (why) *why = failure.text();
+    return nullptr;
 }
 
-void read_version(TraceStore& store) {
+void note_version(TraceStore& store, std::string what, std::string cost) {
+    store.damage.note(
+        mt_DamageKind::VersionFile, 0, 1,
+        Result::failure(std::move(what), mt_PlaceText(store.version->name(), store.version->tell()),
+                        std::move(cost)));
+}
+
+// The events of the first block, whatever the interval says.
+uint32_t count_first_block(TraceStore& store) {
+    if (store.blockOffsets.empty()) return 0;
+    const uint64_t end = store.blockOffsets.size() > 1 ? store.blockOffsets[1] : UINT64_MAX;
+    const auto file = store.events->View();
+    file->seek(store.blockOffsets[0]);
+    uint32_t events = 0;
+    EventRecord event;
+    while (file->tell() < end && file->fill(1)) {
+        const uint8_t type = file->u8();
+        if (type == mt_PacketEvent && mt_ReadEvent(*file, event))
+            ++events;
+        else if (type == mt_PacketState && file->u32() == 0 && events == 0)
+            continue;
+        else if (type == mt_PacketObjectsUsed && events == 0)
+            mt_SkipObjectsUsed(*file);
+        else
+            break;
+    }
+    return events;
+}
+
+// An interval that can't be is taken from the stream.
+void check_interval(TraceStore& store) {
+    const uint32_t interval = store.checkpointInterval;
+    if (interval > 0 && interval < most_interval) return;
+    const uint32_t counted = count_first_block(store);
+    store.checkpointInterval =
+        store.blockOffsets.size() > 1 && counted > 0 ? counted : std::max(counted, mt_CheckpointInterval);
+    note_version(store, "a checkpoint interval of " + std::to_string(interval) + " events",
+                 "taken as " + std::to_string(store.checkpointInterval));
+}
+
+Result read_version(TraceStore& store) {
     GFile& file = *store.version;
     store.formatVersion = file.u8();
     store.ticksPerSecond = file.u32();
     store.osName = file.block(file.u32());
     store.bigEndian = file.u8() != 0;
+    store.checkpointInterval = store.formatVersion >= 2 ? file.u32() : mt_CheckpointInterval;
+    if (file.error() != 0) return Result::system(file.name(), file.error());
+    if (!file.at_end()) return {};
     store.checkpointInterval = mt_CheckpointInterval;
-    if (store.formatVersion >= 2) {
-        const uint32_t interval = file.u32();
-        if (interval > 0) store.checkpointInterval = interval;
-    }
+    note_version(store, "the file ends within what it has to say",
+                 "clock, system, byte order and checkpoint interval are in doubt");
+    return {};
 }
 
-TraceStorePtr refuse(std::string* why, std::string reason) {
-    if (why) *why = std::move(reason);
-    return nullptr;
+void tell_late_times(TraceStore& store, mt_Time latest) {
+    if (latest < late_times || store.toldOfLateTimes) return;
+    store.toldOfLateTimes = true;
+    gen_warning("%s: times of 2^63 ticks and more come ahead of all others in ranges",
+                store.events->name().c_str());
 }
 
 // Takes in what the open files say; the store or, when they can't be a store, null.
 TraceStorePtr finish_open(TraceStorePtr store, std::string* why) {
-    read_version(*store);
-    const uint64_t records = store->index->device().size() / index_record;
-    store->blockTimes.reserve(records);
-    store->blockOffsets.reserve(records);
-    if (read_index(*store) == IndexScan::BadRecord)
-        return refuse(why, store->base + ".tri: a record of the index has an unknown type");
+    if (const Result read = read_version(*store); !read) return refuse(why, read);
+    if (index_Read(*store) == IndexScan::BadRecord)
+        return refuse(why, Result::failure("a record of the index has an unknown type",
+                                           mt_PlaceText(store->index->name(), store->indexTail)));
+    check_interval(*store);
+    if (!store->blockTimes.empty())
+        tell_late_times(*store, *std::max_element(store->blockTimes.begin(), store->blockTimes.end()));
     return store;
 }
 
@@ -72,10 +101,11 @@ void TraceStoreDeleter::operator()(TraceStore* store) const {
 TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why) {
     TraceStorePtr store(new TraceStore);
     store->base = base;
-    std::string reason;
-    if (!(store->version = GFile::OpenForRead(base + ".trv", reason))) return refuse(why, reason);
-    if (!(store->events = GFile::OpenForRead(base + ".trs", reason))) return refuse(why, reason);
-    if (!(store->index = GFile::OpenForRead(base + ".tri", reason))) return refuse(why, reason);
+    for (const auto& [file, extension] :
+         {std::pair{&store->version, ".trv"}, std::pair{&store->events, ".trs"},
+          std::pair{&store->index, ".tri"}})
+        if (const Result opened = GFile::OpenForRead(base + extension, *file); !opened)
+            return refuse(why, opened);
     return finish_open(std::move(store), why);
 }
 
@@ -83,18 +113,18 @@ TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_
                                std::unique_ptr<FileDevice> index, const std::string& base, std::string* why) {
     TraceStorePtr store(new TraceStore);
     store->base = base;
-    std::string reason;
-    store->version = GFile::OpenOnDevice(std::move(version), base + ".trv", reason);
-    if (!store->version) return refuse(why, reason);
-    store->events = GFile::OpenOnDevice(std::move(events), base + ".trs", reason);
-    if (!store->events) return refuse(why, reason);
-    store->index = GFile::OpenOnDevice(std::move(index), base + ".tri", reason);
-    if (!store->index) return refuse(why, reason);
-    return finish_open(std::move(store), why);
+    const auto open = [&](std::unique_ptr<FileDevice> device, const char* extension,
+                          std::unique_ptr<GFile>& file) {
+        return GFile::OpenOnDevice(std::move(device), base + extension, file);
+    };
+    Result opened = open(std::move(version), ".trv", store->version);
+    if (opened) opened = open(std::move(events), ".trs", store->events);
+    if (opened) opened = open(std::move(index), ".tri", store->index);
+    return opened ? finish_open(std::move(store), why) : refuse(why, opened);
 }
 
 TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why) {
-    if (name.size() < 4) return refuse(why, name + ": not the name of a .trs file");
+    if (name.size() < 4) return refuse(why, Result::failure("not the name of a .trs file", name));
     return mt_OpenForRead(name.substr(0, name.size() - 4), why);
 }
 
@@ -135,56 +165,78 @@ const std::string& mt_GetBaseName(const TraceStore& store) {
     return store.base;
 }
 
-void mt_RefreshIndex(TraceStore& store) {
-    store.index->seek(store.indexTail);
-    read_index(store);  // a bad record changes nothing
+std::vector<Result> mt_TakeDamage(TraceStore& store) {
+    return store.damage.take();
+}
+bool mt_IsDamaged(const TraceStore& store) {
+    return !store.damage.empty();
 }
 
-mt_LastBlock mt_ScanLastBlock(TraceStore& store) {
-    mt_LastBlock last;
-    if (store.blockOffsets.empty()) return last;
-    GFile& file = *store.events;
-    file.seek(store.blockOffsets.back());
+void mt_RefreshIndex(TraceStore& store) {
+    index_Refresh(store);
+}
+
+namespace {
+
+// The last block whose place is in the file, as far as is known.
+uint32_t last_block_in_file(TraceStore& store) {
+    const uint64_t size = store.events->device().size();
+    auto block = static_cast<uint32_t>(store.blockOffsets.size() - 1);
+    while (block > 0 && (store.blockOffsets[block] >= size || store.blockOffsets[block] == mt_UnknownOffset))
+        --block;
+    return block;
+}
+
+void read_to_end(TraceStore& store) {
     EventRecord event;
-    for (;;) {
-        store.tail = file.tell();
-        if (!file.fill(1)) return last;
-        bool whole = true;
-        switch (file.u8()) {
-            case mt_PacketEnd:
-                return last;
-            case mt_PacketEvent:
-                whole = mt_ReadEvent(file, event);
-                if (whole) {
-                    ++last.events;
-                    last.lastTime = event.time;
-                }
-                break;
-            case mt_PacketState:
-                whole = mt_SkipStateTable(file);
-                break;
-            case mt_PacketObjectsUsed:
-                mt_SkipObjectsUsed(file);
-                break;
-            default:
-                return {};
-        }
-        if (!whole) return last;
+    while (store.tailReader->next(event)) {
     }
+}
+
+// Brings the tail reader to the last event that can be read.
+void read_tail(TraceStore& store) {
+    if (store.blockTimes.empty()) return;
+    if (store.tailReader) read_to_end(store);
+    if (!store.tailReader || store.tailReader->isBroken()) {
+        store.tailReader = std::make_unique<BlockReader>(store);
+        // A block that gives no event leaves the last one to the block before.
+        for (uint32_t block = last_block_in_file(store);; --block) {
+            const bool started = store.tailReader->startNear(block, nullptr);
+            const uint32_t before = store.tailReader->sequence();
+            if (started) read_to_end(store);
+            if (store.tailReader->sequence() > before || block == 0) break;
+            block = std::min(block, store.tailReader->firstBlock());
+            if (block == 0) break;
+        }
+    }
+    const BlockReader& reader = *store.tailReader;
+    store.tail = reader.isBroken() ? store.events->device().size() : reader.position();
+    tell_late_times(store, reader.lastTime());
+}
+
+}  // namespace
+
+mt_LastBlock mt_ScanLastBlock(TraceStore& store) {
+    read_tail(store);
+    if (!store.tailReader) return {};
+    const BlockReader& reader = *store.tailReader;
+    const uint64_t before = (store.blockTimes.size() - 1) * uint64_t{store.checkpointInterval};
+    if (reader.sequence() <= before) return {};
+    return {static_cast<uint32_t>(reader.sequence() - before), reader.lastTime()};
 }
 
 mt_Range mt_GetTimeRange(TraceStore& store) {
     mt_RefreshIndex(store);
-    const mt_LastBlock last = mt_ScanLastBlock(store);
+    read_tail(store);
     const mt_Time first = store.blockTimes.empty() ? 0 : store.blockTimes.front();
-    return {first, (last.events == 0 ? first : last.lastTime) + 1};
+    const bool any = store.tailReader && store.tailReader->sequence() > 0;
+    return {first, (any ? store.tailReader->lastTime() : first) + 1};
 }
 
 uint32_t mt_GetEventCount(TraceStore& store) {
     mt_RefreshIndex(store);
-    const uint32_t tail = mt_ScanLastBlock(store).events;
-    const auto blocks = static_cast<uint32_t>(store.blockTimes.size());
-    return blocks == 0 ? tail : (blocks - 1) * store.checkpointInterval + tail;
+    read_tail(store);
+    return store.tailReader ? store.tailReader->sequence() : 0;
 }
 
 bool mt_HasNewData(TraceStore& store) {

@@ -1,9 +1,11 @@
 // The reading half of the store: open one, learn its facts, walk and list its events with the state of all
-// objects, and ask which objects a range touches. Ranges are half open in ticks: t0 <= time < t1. One thread;
-// queries of one store share its file position and are not reentrant, but for walks, which only must not
-// overlap on one store.
+// objects, and ask which objects a range touches. Ranges are half open in ticks: t0 <= time < t1. One thread.
+// Every walk and query has a position of its own, so that any of them may run while others go on.
 //
 // A reader may be open on a store that a writer still appends to: it sees whole events only.
+//
+// A store may be damaged. A query then gives what can be read, going on at the next block that the index
+// leads to, and what is missing is noted: whoever can tell the user takes it with mt_TakeDamage.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +17,10 @@
 #include "libtrv/event.h"
 #include "libtrv/state_table.h"
 #include "libtrv/store_format.h"
+#include "shared/libcxxutil/progress.h"
+#include "shared/libcxxutil/result.h"
 
+class BlockReader;
 class FileDevice;
 struct TraceStore;
 struct TraceStoreDeleter {
@@ -23,7 +28,8 @@ struct TraceStoreDeleter {
 };
 using TraceStorePtr = std::unique_ptr<TraceStore, TraceStoreDeleter>;
 
-// Opens base.trv, base.trs, base.tri. Null on failure, with what and where in why when it is given.
+// Opens base.trv, base.trs, base.tri. Null on failure, with what and where in why when it is given. Times of
+// 2^63 ticks and more, which come ahead of all others in ranges, are told here by a warning.
 TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why = nullptr);
 // The same by the name of the .trs file: the last 4 characters are dropped.
 TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why = nullptr);
@@ -48,6 +54,18 @@ uint32_t mt_GetBlockCount(const TraceStore& store);
 mt_Time mt_GetBlockTime(const TraceStore& store, uint32_t block);
 const std::string& mt_GetBaseName(const TraceStore& store);
 
+// What was found to be damaged since the last call: in which file and where, and what that costs. Each
+// finding is given once, whichever query meets it first.
+std::vector<Result> mt_TakeDamage(TraceStore& store);
+// True when any damage was found so far, taken or not.
+bool mt_IsDamaged(const TraceStore& store);
+// Reads the whole store, so that all damage that can be found is. False when progress, which is told of
+// blocks, stopped it.
+bool mt_CheckStore(TraceStore& store, const Progress& progress);
+// Finds damage by which the events behind a number of them would not have the numbers that queries give
+// them: an index that lacks a block. Most blocks are told from two by their sizes, without reading them.
+bool mt_CheckNumbers(TraceStore& store, uint32_t events, const Progress& progress);
+
 struct mt_Range {
     mt_Time first = 0;
     mt_Time end = 1;  // one past the last event
@@ -67,25 +85,55 @@ struct mt_LastBlock {
 // Reads the last block through and sets the tail. Nothing for a store with no index.
 mt_LastBlock mt_ScanLastBlock(TraceStore& store);
 
-// A walk over events: nothing is allocated per event. Fill one by a Start operation, then call mt_NextEvent
-// until it is false. The store must outlive it. An event's spans last until the next call.
-struct EventWalk {
-    TraceStore* store = nullptr;
-    uint32_t nextSequence = 0;
-    uint32_t remaining = 0;  // with hasLimit
-    mt_Time end = 0;         // with hasEnd
-    bool hasLimit = false;
-    bool hasEnd = false;
-    bool done = true;
+// A walk over events, with a position and a buffer of its own: nothing is allocated per event, and other
+// queries on the store do not disturb it. The store must outlive it. An event's spans last until the next
+// call. A state given at the start must outlive the walk; its owner brings it forward by the events.
+class EventWalk {
+  public:
+    EventWalk();  // over nothing
+    ~EventWalk();
+    EventWalk(EventWalk&&) noexcept;
+    EventWalk& operator=(EventWalk&&) noexcept;
+
+    // The next event; false behind the last one, and then at every later call.
+    [[nodiscard]] bool next(EventRecord& event);
+    // What could not be read just ahead of the event last given, or, once there are no more, behind the last
+    // one; ahead of the first event, between the state and the start of the walk. Null when nothing is
+    // missing there. With the event behind a gap the state becomes the one just ahead of that event, and what
+    // a caller derives from it must be derived anew; statuses are known up to the gap's start and no further.
+    const mt_Gap* gap() const;
+    // Gaps met so far.
+    uint32_t gaps() const;
+
+  private:
+    friend bool mt_StartWalkInTimeRange(TraceStore&, mt_Time, mt_Time, StateTable*, EventWalk&);
+    friend bool mt_StartWalkBySequence(TraceStore&, uint32_t, uint32_t, StateTable*, EventWalk&);
+    friend bool mt_StartWalkAtEvent(TraceStore&, uint32_t, uint32_t, StateTable*, EventWalk&);
+    BlockReader& begin(TraceStore& store);
+    bool finish(std::optional<mt_Gap> behind);
+
+    std::unique_ptr<BlockReader> reader_;
+    std::optional<mt_Gap> gapBehind_;  // of a walk that is over
+    uint64_t left_ = 0;                // events that may still be given
+    mt_Time end_ = 0;                  // with hasEnd
+    bool hasEnd_ = false;
+    bool over_ = true;
 };
+
 // Positions a walk at the first event not before t0 and ends it before t1. state, when given, becomes the
 // state just before t0. False when the store has no block; the walk is then empty and the state too.
 bool mt_StartWalkInTimeRange(TraceStore& store, mt_Time t0, mt_Time t1, StateTable* state, EventWalk& walk);
 // The same from a sequence number, for at most count events (0: no limit). A number that is a multiple of the
-// checkpoint interval starts at the event behind it; 0 is the same as 1.
+// checkpoint interval starts at the event behind it, and 0 at the first one.
 bool mt_StartWalkBySequence(TraceStore& store, uint32_t sequence, uint32_t count, StateTable* state,
                             EventWalk& walk);
-[[nodiscard]] bool mt_NextEvent(EventWalk& walk, EventRecord& event);
+// The same from exactly the event of a sequence number, which counts from 1, or from the next one that can be
+// read.
+bool mt_StartWalkAtEvent(TraceStore& store, uint32_t sequence, uint32_t count, StateTable* state,
+                         EventWalk& walk);
+[[nodiscard]] inline bool mt_NextEvent(EventWalk& walk, EventRecord& event) {
+    return walk.next(event);
+}
 
 // Calls visit(const EventRecord&) -> bool for each event of the range until it is false.
 template <class Visit>

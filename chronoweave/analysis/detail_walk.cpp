@@ -84,7 +84,7 @@ bool step_past(AnalysisSource& source, const StoreStep& step, SearchRow& row) {
             row = step.forward ? *first : *last;
             return true;
         }
-        if (rows.size() < limit || result.stopped || result.damaged) return false;
+        if (rows.size() < limit || result.stopped) return false;
     }
     return false;
 }
@@ -174,24 +174,6 @@ std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const Detai
 
 namespace {
 
-// One walk over the events of the store from a sequence number on, that one included.
-class SequenceWalk {
-  public:
-    SequenceWalk(TraceStore& store, uint32_t first) : first_(first) {
-        // A walk from a checkpoint begins one event later, so it begins one earlier.
-        mt_StartWalkBySequence(store, std::max(1u, first > 0 ? first - 1 : 0u), 0, nullptr, walk_);
-    }
-    bool next(EventRecord& event) {
-        while (mt_NextEvent(walk_, event))
-            if (event.sequence >= first_) return true;
-        return false;
-    }
-
-  private:
-    EventWalk walk_;
-    uint32_t first_;
-};
-
 // Looks for an event of the store by its legend entry and object.
 class EventSeeker {
   public:
@@ -205,9 +187,10 @@ class EventSeeker {
     // The first that fits behind a sequence number, and the last ahead of one.
     std::optional<DetailEvent> Behind(uint32_t sequence) {
         if (sequence >= count_) return std::nullopt;
-        SequenceWalk walk(*source_.store, sequence + 1);
+        EventWalk walk;
+        mt_StartWalkAtEvent(*source_.store, sequence + 1, 0, nullptr, walk);
         EventRecord event;
-        while (walk.next(event) && Tell(event.sequence - sequence, count_ - sequence))
+        while (mt_NextEvent(walk, event) && Tell(event.sequence - sequence, count_ - sequence))
             if (Fits(event)) return Taken(event);
         return std::nullopt;
     }
@@ -216,9 +199,10 @@ class EventSeeker {
         for (uint32_t end = std::min(sequence, count_ + 1); end > 1;) {
             const uint32_t begin = end > block ? end - block : 1;
             std::optional<DetailEvent> last;
-            SequenceWalk walk(*source_.store, begin);
+            EventWalk walk;
+            mt_StartWalkAtEvent(*source_.store, begin, 0, nullptr, walk);
             EventRecord event;
-            while (walk.next(event) && event.sequence < end) {
+            while (mt_NextEvent(walk, event) && event.sequence < end) {
                 if (!Tell(sequence - end, sequence)) return std::nullopt;
                 if (Fits(event)) last = Taken(event);
             }

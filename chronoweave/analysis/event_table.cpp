@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/detail_walk.h"
-#include "chronoweave/rtos/extra_format.h"
+#include "chronoweave/import/extra_format.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -67,8 +68,7 @@ class IconReader {
   public:
     IconReader(const _LaCanvasData& canvas, uint32_t first) : canvas_(canvas) {
         const uint32_t wanted = laItem_StoreSequence(canvas.items, canvas.items.bitmaps[first]);
-        // A walk from a checkpoint begins one event later, so it begins one earlier.
-        mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 0, nullptr, walk_);
+        mt_StartWalkAtEvent(*canvas.source.store, wanted, 0, nullptr, walk_);
     }
     // False when the store ends ahead of it.
     bool Read(uint32_t icon) {
@@ -143,6 +143,7 @@ EventTable::EventTable(_LaCanvasData& canvas)
     : canvas_(canvas), model_(event_TableDescription()), list_(model_.list("list")) {
     list_.sortByHeader = false;  // by time, always
     list_.nameColumn = Column_Event;
+    for (const int column : {Column_Time, Column_Distance}) list_.SetRightAligned(column, true);
     const int letter = std::max(1, canvas.graph->font.charWidth);
     const int widths[] = {18, 16, 24, 30, 44};
     for (int column = 0; column < 5; ++column) list_.SetWidth(column, widths[column] * letter);
@@ -343,7 +344,7 @@ std::string EventTable::Cell(uint32_t icon, int column) {
     const laItem_Bitmap& item = canvas_.items.bitmaps[icon];
     switch (column) {
         case Column_Time:
-            return laTip_Time(canvas_, item.time);
+            return laCanvas_ExactTime(canvas_, item.time);
         case Column_Distance:
             return Distance(icon);
         case Column_Object:
@@ -359,7 +360,7 @@ std::string EventTable::Distance(uint32_t icon) const {
     const int row = RowOf(icon);
     if (row == 0 || row >= list_.RowCount()) return {};
     const auto before = static_cast<uint32_t>(list_.RowId(row - 1));
-    return laTip_Time(canvas_, canvas_.items.bitmaps[icon].time - canvas_.items.bitmaps[before].time);
+    return laCanvas_ExactTime(canvas_, canvas_.items.bitmaps[icon].time - canvas_.items.bitmaps[before].time);
 }
 
 // Rows are mostly seen one under the other: those that follow are read along.

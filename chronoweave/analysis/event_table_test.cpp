@@ -74,9 +74,9 @@ TEST_F(EventTableTest, RowsAreTheEventsOfTheView) {
     const struct {
         int row;
         const char* cells[5];
-    } rows[] = {{0, {"0", "", "Pump", "Event 6(Types=0x6/0x0)", ""}},
-                {2, {"0", "0", "Valve", "Take", "taken 0"}},
-                {7, {"0.5", "0.1", "Pump", "Event 4(Types=0x4/0x1)", "value 5"}}};
+    } rows[] = {{0, {"0.000", "", "Pump", "Event 6(Types=0x6/0x0)", ""}},
+                {2, {"0.000", "0.000", "Valve", "Take", "taken 0"}},
+                {7, {"0.500", "0.100", "Pump", "Event 4(Types=0x4/0x1)", "value 5"}}};
     for (const auto& row : rows) {
         for (int i = 0; i < 5; ++i) EXPECT_EQ(Cell(row.row, i), row.cells[i]) << row.row;
     }
@@ -123,7 +123,7 @@ TEST_F(EventTableTest, Filters) {
     model.edit("tf_event", "take");
     model.edit("tf_text", "*");
     EXPECT_EQ(list.RowCount(), 10);
-    EXPECT_EQ(Cell(1, 1), "0.4");
+    EXPECT_EQ(Cell(1, 1), "0.400");
     EXPECT_FALSE(table.Escape("list"));
     laCanvas_ShowRange(canvas, 0, 1, false, true);
     table.Sync();
@@ -161,7 +161,7 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     pointer.Press(at);
     pointer.Release(at);
     ASSERT_GE(model.selectedRow("list"), 0);
-    EXPECT_EQ(Cell(model.selectedRow("list"), 0), "1.2");
+    EXPECT_EQ(Cell(model.selectedRow("list"), 0), "1.200");
     EXPECT_EQ(canvas.marks.markedEvent, laItem_StoreSequence(canvas.items, canvas.items.bitmaps[icon]));
     model.activate("list", 3);
     ASSERT_EQ(host.windows.size(), 1u);

@@ -2,6 +2,7 @@
 
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/analysis/program_dialogs.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/cursor.h"
@@ -16,12 +17,15 @@
 
 namespace {
 
+constexpr int timeColumn = 1;  // of the bookmarks
+
 // The bookmarks in their list. A row's id is the position in the canvas's list, which nobody else changes
 // while the dialog is open.
 class BookmarkList {
   public:
     BookmarkList(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw)
         : host_(host), canvas_(canvas), draw_(std::move(draw)), model_(dialogs_Bookmarks()) {
+        model_.list("marks").SetRightAligned(timeColumn, true);
         model_.onSelect = [this](const std::string&) { enable(); };
         model_.onActivate = [this](const std::string&, int) { goTo(); };
         model_.onCommit = [this](const std::string&, const std::string&) { rename(); };
@@ -49,7 +53,7 @@ class BookmarkList {
         for (size_t i = 0; i < canvas_.marks.bookmarks.size(); ++i) {
             const LaBookmark& mark = canvas_.marks.bookmarks[i];
             DialogRow row;
-            row.cells = {text_unescape(mark.label), laTime_Text(canvas_.axis, mark.time), objectOf(mark),
+            row.cells = {text_unescape(mark.label), laCanvas_TimeText(canvas_, mark.time), objectOf(mark),
                          gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
             row.id = i;
             rows.push_back(std::move(row));

@@ -22,6 +22,12 @@ class ReportTracking {
         tracker_.all([&](Record& record) { return look(record, time, final); });
         endPass();
     }
+    // Around a stretch that can't be read.
+    void interrupt(const TimeGap& gap, double time) {
+        tracker_.forget([&](const Record& record) { sink_.left(record, gap.from); });
+        source_.running.clear();
+        all(time, false);
+    }
     void step(double time) {
         tracker_.step([&](Record& record) { return look(record, time, false); });
         endPass();
@@ -67,15 +73,17 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     if (!walk.started()) return false;
     ObjectTracker tracker(source, state, objects, true);
     ReportTracking<Sink> tracking(source, tracker, sink);
-    tracking.all(source.onTick(from), false);
+    bool known = walk.gap() == nullptr;
+    if (known) tracking.all(source.onTick(from), false);
     EventRecord event;
-    for (double time = 0; walk.next(event, time);) {
+    for (double time = 0; walk.next(event, time); known = true) {
+        if (walk.gap()) tracking.interrupt(*walk.gap(), time);
         tracker.take(event, state);
         tracking.step(time);
         onEvent(event);
     }
     end = walk.end();
-    tracking.all(walk.closing(), true);
+    if (known) tracking.all(walk.closing(), true);
     return true;
 }
 
@@ -133,6 +141,7 @@ void LegendSums::sumCategories() {
 void LegendSums::finish(const WalkEnd& end) {
     statistics_.stopped = end.stopped;
     statistics_.damaged = end.damaged;
+    statistics_.lost = end.lost;
     statistics_.rangeTo = end.reached;
     statistics_.rangeLength = statistics_.rangeTo - statistics_.rangeFrom;
     for (const uint32_t count : statistics_.eventCounts)
@@ -341,6 +350,7 @@ ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& 
     sums.finish();
     report.stopped = end.stopped;
     report.damaged = end.damaged;
+    report.lost = end.lost;
     report.rangeTo = end.reached;
     for (const ObjectFigures& figures : report.figures) report.totalCount += figures.count;
     sort_figures(report);
@@ -359,6 +369,7 @@ ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uin
     if (!track(source, objects, from, to, sums, end, [](const EventRecord&) {})) return ReportOutcome::Failed;
     report.stopped = end.stopped;
     report.damaged = end.damaged;
+    report.lost = end.lost;
     report.rangeTo = end.reached;
     sums.finish(objects, report);
     return ReportOutcome::Done;

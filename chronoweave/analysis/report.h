@@ -14,12 +14,14 @@ struct LegendStatistics {
     std::vector<uint32_t> statusCounts;  // by row of the status table
     std::vector<double> statusTimes;     // likewise, in the time base
     double rangeLength = 0;
-    int32_t totalEvents = 0;            // without the categories
-    uint32_t totalStatusCount = 0;      // of the statuses that are no context switch
-    double totalStatusTime = 0;         // likewise
-    double rangeFrom = 0, rangeTo = 0;  // rangeTo is where the walk ended when it was stopped or damaged
-    uint32_t object = 0;                // of a one-object report
-    bool stopped = false, damaged = false;
+    int32_t totalEvents = 0;        // without the categories
+    uint32_t totalStatusCount = 0;  // of the statuses that are no context switch
+    double totalStatusTime = 0;     // likewise
+    double rangeFrom = 0,
+           rangeTo = 0;   // rangeTo is where the walk ended when it was stopped or damage ends it
+    uint32_t object = 0;  // of a one-object report
+    bool stopped = false, damaged = false;  // damaged: some of the range can't be read
+    TimeGap lost;                           // the first of it
 };
 
 enum class ReportOutcome {
@@ -61,6 +63,7 @@ struct ChosenReport {
     int64_t totalCount = 0;
     double rangeFrom = 0, rangeTo = 0;
     bool stopped = false, damaged = false;
+    TimeGap lost;
     double rangeLength() const { return rangeTo - rangeFrom; }
 };
 // A range beyond the trace is cut to it. For events, a negative target counts all of an object's events; for
@@ -83,6 +86,7 @@ struct LoadReport {
     std::vector<ProcessorLoad> processors;  // by number; each that an object alive in the range belongs to
     double rangeFrom = 0, rangeTo = 0;
     bool stopped = false, damaged = false;
+    TimeGap lost;
     double rangeLength() const { return rangeTo - rangeFrom; }
 };
 ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uint32_t>& idle, double from,

@@ -152,17 +152,16 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     open_ready({name_event(0, 0x400, "net"), switch_to(10, 0x400), user(30, 0x400, 2)}, "Korvantis",
                crowded_legend());
     const ObjectNames names(*store_, '@');
-    AnalysisWords words = analysis_WordsOfLegend(legend_, names);
+    AnalysisWords words = analysis_WordsOfLegend(legend_, names, test_rate);
     LegendStatistics s;
     ASSERT_EQ(report_OneObject(source_, 0x400, 0, 0.03, s), ReportOutcome::Done);
     const auto rows = report_Rows(words, s, true);
     ASSERT_EQ(rows.size(), legend_.statuses.size() + 2 + legend_.events.size());
-    EXPECT_EQ(rows[3].texts,
-              (std::array<std::string, 5>{"Status Running", "1", "50.0%", "0.020000", "66.7%"}));
+    EXPECT_EQ(rows[3].texts, (std::array<std::string, 5>{"Status Running", "1", "50.0%", "0.020", "66.7%"}));
     EXPECT_EQ(report_BarColour(legend_, rows[3].colourOf), 0x400000u);
     EXPECT_EQ(report_BarColour(legend_, -1), NoColour);
     EXPECT_EQ(rows[8].kind, ReportRowKind::Empty);
-    EXPECT_EQ(rows[9].texts, (std::array<std::string, 5>{"ContextSwitch", "1", "", "0.000000", ""}));
+    EXPECT_EQ(rows[9].texts, (std::array<std::string, 5>{"ContextSwitch", "1", "", "0.000", ""}));
     EXPECT_EQ(rows[11].kind, ReportRowKind::Empty);
     EXPECT_EQ(rows[12].texts, (std::array<std::string, 5>{"Event Category Early", "2", "50.0%", "", ""}));
     EXPECT_EQ(rows[13].texts, (std::array<std::string, 5>{"  Event Switch", "1", "25.0%", "", ""}));
@@ -180,6 +179,5 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     ChosenReport report;
     ASSERT_EQ(report_ChosenObjects(source_, request, {}, report), ReportOutcome::Done);
     const ReportRow row = report_ChosenRows(words, report).at(0);
-    EXPECT_EQ(row.texts,
-              (std::array<std::string, 5>{"Task 0x400 (net)", "1", "100.0%", "0.020000", "66.7%"}));
+    EXPECT_EQ(row.texts, (std::array<std::string, 5>{"Task 0x400 (net)", "1", "100.0%", "0.020", "66.7%"}));
 }

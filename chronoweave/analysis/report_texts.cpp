@@ -22,7 +22,7 @@ std::string count_text(uint32_t count) {
 }
 
 std::string shown_time(const AnalysisWords& words, double time) {
-    return gen_format("%f", analysis_ShownTime(words, time));
+    return analysis_TimeText(words, time, 6);
 }
 
 // A term with its first letter as a capital.
@@ -90,7 +90,8 @@ std::string report_Title(const AnalysisWords& words, const LegendStatistics& sta
 
 std::string report_Subtitle(const AnalysisWords& words, const LegendStatistics& statistics) {
     const auto trimmed = [&words](double time) {
-        return laTime_TrimZeros(gen_format("%.10f", analysis_ShownTime(words, time)));
+        return laTime_TrimZeros(
+            laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time), 10));
     };
     return "(from " + trimmed(statistics.rangeFrom) + " to " + trimmed(statistics.rangeTo) + ' ' +
            words.unit + ')';

@@ -28,7 +28,7 @@ struct BarTable {
         std::vector<double> numbers = {};  // that the other columns sort by; empty: the rows don't sort
     };
     std::vector<std::vector<std::string>> titles;  // by column, a text for each row of the header
-    std::vector<int> barColumns;
+    std::vector<int> barColumns, numberColumns;
     std::vector<Row> rows;
 };
 
@@ -67,6 +67,7 @@ void fill(DialogModel& model, const char* name, const Legend& legend, BarTable f
             list.SetNumberKey(column, [table, at](uint64_t id) { return table->rows[id].numbers[at]; });
     }
     for (const int column : table->barColumns) list.SetOwnerDrawn(column, true);
+    for (const int column : table->numberColumns) list.SetRightAligned(column, true);
     list.drawCell = [table, &list, &legend](Surface& surface, int x, int y, int, int h, int row, int column,
                                             bool) {
         const BarTable::Row& drawn = table->rows[static_cast<size_t>(list.RowId(row))];
@@ -89,11 +90,11 @@ BarTable load_table(const AnalysisWords& words, const LoadReport& load) {
     BarTable table;
     table.titles = {{"Processor"}, {"Time (in " + words.unit + "s)"}, {"Percent of Time"}};
     table.barColumns = {2};
+    table.numberColumns = {1};
     const auto add = [&](std::string name, double time) {
         const double share = load.rangeLength() > 0 ? time / load.rangeLength() : -1;
         table.rows.push_back(
-            {{std::move(name), gen_format("%f", analysis_ShownTime(words, time)), report_BarText(share)},
-             {-1, -1, share}});
+            {{std::move(name), analysis_TimeText(words, time, 6), report_BarText(share)}, {-1, -1, share}});
     };
     for (const ProcessorLoad& processor : load.processors) {
         add(gen_format("Processor %u", processor.processor), processor.busy);
@@ -137,8 +138,8 @@ bool good(TraceFacts& facts, ReportOutcome outcome) {
     return outcome == ReportOutcome::Done;
 }
 
-void tell_end(TraceFacts& facts, bool stopped, bool damaged, double reached) {
-    const std::string text = analysis_EndText(facts, stopped, damaged, reached);
+void tell_end(TraceFacts& facts, bool stopped, double reached, const TimeGap* lost) {
+    const std::string text = analysis_EndText(facts, stopped, reached, lost);
     if (text.empty()) return;
     const std::string message = stopped ? "The report covers a part." + text : text.substr(1);
     laCanvas_UpdateFields(facts.canvas, 0, message.c_str());
@@ -167,6 +168,7 @@ BarTable chosen_table(const AnalysisWords& words, const ChosenReport& report) {
     BarTable table;
     for (const std::string& title : report_ChosenColumnTitles(words)) table.titles.push_back({title});
     table.barColumns = {2, 4};
+    table.numberColumns = {1, 3};
     const auto rows = report_ChosenRows(words, report);
     for (size_t i = 0; i < rows.size(); ++i) {
         const ObjectFigures& figures = *report.sorted[i];
@@ -213,12 +215,14 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
     for (const auto& titles : report_ColumnTitles(words, object.has_value()))
         table.titles.push_back({titles[0], titles[1]});
     table.barColumns = {2, 4};
+    table.numberColumns = {1, 3};
     for (const ReportRow& row : report_Rows(words, statistics, object.has_value()))
         table.rows.push_back(row_of(row));
     fill(*model, "Status", *words.legend, std::move(table));
     show_load(*model, words, load, !idle.empty());
     open(facts, std::move(model), "Status");
-    tell_end(*facts, statistics.stopped || load.stopped, statistics.damaged, statistics.rangeTo);
+    tell_end(*facts, statistics.stopped || load.stopped, statistics.rangeTo,
+             statistics.damaged ? &statistics.lost : nullptr);
 }
 
 void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchRequest& request,
@@ -239,5 +243,5 @@ void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchReq
     fill(*model, "list", *facts->words.legend, chosen_table(facts->words, report));
     show_load(*model, facts->words, load, !idle.empty());
     open(facts, std::move(model), "list");
-    tell_end(*facts, report.stopped || load.stopped, report.damaged, report.rangeTo);
+    tell_end(*facts, report.stopped || load.stopped, report.rangeTo, report.damaged ? &report.lost : nullptr);
 }

@@ -42,8 +42,8 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
     Ask("ReportObjects", {[](DialogModel& d) {
             EXPECT_EQ(d.title(), "Select Time Range");
             EXPECT_EQ(d.item("t_prompt").text, "Please define a period (in Second):");
-            EXPECT_EQ(d.item("tf_from").text, "0.000000000");
-            EXPECT_EQ(d.item("tf_to").text, "0.100000000 (Max: 0.100000000)");
+            EXPECT_EQ(d.item("tf_from").text, "0.000");
+            EXPECT_EQ(d.item("tf_to").text, "0.100 (Max: 0.100)");
             d.press("ok");
         }});
     EXPECT_EQ(Window().title(), "Statistics for Board");
@@ -61,11 +61,11 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
                      "Status Stopped", "Status OffBeat", "Status Unknown", "", "ContextSwitch", "Preempt", "",
                      "Event Category Semaphores", "  Event Take", "  Event Give", "  Event Status",
                      "  Event Switch", "  Event Take", "  Event Unknown"}));
-    EXPECT_EQ(Cells("Status", 3), (Texts{"Status Running", "2", "40.0%", "0.095000", "47.5%"}));
-    EXPECT_EQ(Cells("Status", 10), (Texts{"Preempt", "0", "", "0.000000", ""}));
+    EXPECT_EQ(Cells("Status", 3), (Texts{"Status Running", "2", "40.0%", "0.095", "47.5%"}));
+    EXPECT_EQ(Cells("Status", 10), (Texts{"Preempt", "0", "", "0.000", ""}));
     EXPECT_EQ(Cells("Status", 13), (Texts{"  Event Take", "3", "21.4%", "", ""}));
-    EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.095000", "95.0%"}));
-    EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@inner)", "0.052000", "52.0%"}));
+    EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.095", "95.0%"}));
+    EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@inner)", "0.052", "52.0%"}));
     EXPECT_TRUE(list.IsOwnerDrawn(2) && list.IsOwnerDrawn(4) && !list.IsOwnerDrawn(3));
     EXPECT_EQ(canvas.calls.viewWindows.size(), 1u);
     ASSERT_TRUE(Window().select("Status", {3}));
@@ -73,7 +73,7 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
     EXPECT_EQ(
         host.copied.back(),
         "Object Name\tObject Count\tPercent of Total Objects\tTime (in Seconds)\tPercent of Total Time\n"
-        "Status Running\t2\t40.0%\t0.095000\t47.5%\n");
+        "Status Running\t2\t40.0%\t0.095\t47.5%\n");
     ASSERT_TRUE(Window().menu("Close"));
     EXPECT_TRUE(canvas.calls.viewWindows.empty());
 }
@@ -85,8 +85,8 @@ TEST_F(ReportWindowTest, AnIdleObjectIsNoLoad) {
     Ask("ReportObjects", {press("ok")});
     EXPECT_EQ(Window().item("t_load").text,
               "Processor load: the share of the time in which some task executes (\"idle\" left out)");
-    EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.043000", "43.0%"}));
-    EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@idle)", "0.052000", "52.0%"}));
+    EXPECT_EQ(Cells("load", 0), (Texts{"Processor 0", "0.043", "43.0%"}));
+    EXPECT_EQ(Cells("load", 1), (Texts{"  Task 0x2 (two@idle)", "0.052", "52.0%"}));
 }
 
 TEST_F(ReportWindowTest, RangesAreCutAndChecked) {
@@ -120,14 +120,14 @@ TEST_F(ReportWindowTest, OneObjectIsReported) {
             EXPECT_EQ(d.title(), "Select One Task");
             EXPECT_EQ(d.item("t_prompt").text, "Select one task:");
             EXPECT_EQ(d.item("t_period").text, "During period (in Millisecond):");
-            EXPECT_EQ(d.item("tf_to").text, "100.000000000 (Max: 100.000000000)");
+            EXPECT_EQ(d.item("tf_to").text, "100 (Max: 100)");
             d.clickRow("list", 0, 0, 2);  // the same as "ok"
         }});
     EXPECT_EQ(Window().item("txt_title").text, "Statistics for all Objects of the Task with ID 0x1");
     const MScrollList& list = Window().list("Status");
     EXPECT_EQ(list.Column(2).header[1], "Total Objects in the Task");
     EXPECT_EQ(list.Column(4).header[1], "the Task's Total Time");
-    EXPECT_EQ(Cells("Status", 3), (Texts{"Status Running", "1", "33.3%", "43.000000", "43.0%"}));
+    EXPECT_EQ(Cells("Status", 3), (Texts{"Status Running", "1", "33.3%", "43", "43.0%"}));
     Ask("ReportTask", {press("ok")});  // no row is a cancel
     EXPECT_EQ(host.windows.size(), 1u);
 }
@@ -156,13 +156,13 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
     } cases[] = {
         {{all_objects(), kind("status"), choose("Running"), order(1, 1)},
          {"Task 0x2 (two@inner)", "Task 0x1 (one)"},
-         {"Task 0x2 (two@inner)", "1", "50.0%", "0.052000", "52.0%"},
+         {"Task 0x2 (two@inner)", "1", "50.0%", "0.052", "52.0%"},
          "Status",
          "Running",
          "Descending, Time First"},
         {{all_objects(), kind("status"), choose("Running"), order(0, 0)},
          {"Task 0x1 (one)", "Task 0x2 (two@inner)"},
-         {"Task 0x1 (one)", "1", "50.0%", "0.043000", "43.0%"},
+         {"Task 0x1 (one)", "1", "50.0%", "0.043", "43.0%"},
          "Status",
          "Running",
          "Increasing, Number First"},
@@ -173,13 +173,13 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
               d.press("ok");
           }},
          {"Task 0x1 (one)", "Task 0x2 (two@inner)"},
-         {"Task 0x1 (one)", "2", "66.7%", "0.000000", ""},
+         {"Task 0x1 (one)", "2", "66.7%", "0.000", ""},
          "Event",
          "Take",
          "Descending, Number First"},
         {{all_objects(), kind("ctx_switch"), order(1, 0)},
          {"Task 0x1 (one)", "Task 0x2 (two@inner)"},
-         {"Task 0x1 (one)", "1", "50.0%", "0.000000", ""},
+         {"Task 0x1 (one)", "1", "50.0%", "0.000", ""},
          "Context Switch",
          "ContextSwitch",
          "Descending, Number First"},
@@ -197,9 +197,9 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
               {"t_header", "Statistics for the Selected Object on the Selected Tasks"},
               {"t_tasknum", "Number of Selected Tasks:"},
               {"t_range", "Time Range for Objects is from (in Second):"},
-              {"tf_from", "0.000000"},
-              {"tf_to", "0.100000"},
-              {"tf_timelen", "0.100000"},
+              {"tf_from", "0.000"},
+              {"tf_to", "0.100"},
+              {"tf_timelen", "0.100"},
               {"tf_tasknum", "2"}})
             EXPECT_EQ(Window().item(field).text, text);
     }
@@ -213,7 +213,7 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
                               d.press("ctx_switch");
                           },
                           press("ok")});
-    EXPECT_EQ(Window().item("tf_from").text, "0.000000");
+    EXPECT_EQ(Window().item("tf_from").text, "0.000");
     Ask("ReportGeneral", {all_objects(), press("ctx_switch"), press("cancel")});
     EXPECT_EQ(host.windows.size(), 5u);
 }

@@ -63,7 +63,7 @@ struct RuleOutcome {
     RuleUnit unit = RuleUnit::Plain;
     std::optional<double> time;  // where the worst case begins; seconds from the first event
     std::optional<uint32_t> object;
-    bool damaged = false;  // the store can't be read on within the range
+    bool damaged = false;  // some of the range can't be read
 };
 // Tests one rule whose names fit the legend and whose range fits the clock. known are the objects of the
 // trace, ascending.

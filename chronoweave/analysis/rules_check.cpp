@@ -158,7 +158,8 @@ class RuleChecker {
     void tellDamage() {
         if (!outcome_.damaged) return;
         outcome_.passed = false;
-        outcome_.message += "; the store can't be read on behind " + timeText(reached_);
+        outcome_.message +=
+            "; the store can't be read from " + timeText(lost_.from) + " to " + timeText(lost_.to);
     }
     bool search(SearchRequest request, SearchResult& result) {
         request.rangeFrom = from_;
@@ -166,6 +167,7 @@ class RuleChecker {
         if (!search_Run(source_, std::move(request), result)) return unread();
         outcome_.damaged = result.damaged;
         reached_ = result.reached;
+        lost_ = result.lost;
         return true;
     }
     bool unread() {
@@ -246,6 +248,7 @@ class RuleChecker {
         if (report_ChosenObjects(source_, request, {}, report_) != ReportOutcome::Done) return unread();
         outcome_.damaged = report_.damaged;
         reached_ = report_.rangeTo;
+        lost_ = report_.lost;
         return true;
     }
     void load() {
@@ -262,6 +265,7 @@ class RuleChecker {
         }
         outcome_.damaged = report.damaged;
         reached_ = report.rangeTo;
+        lost_ = report.lost;
         uint32_t worst = 0;
         for (const ProcessorLoad& one : report.processors) {
             if (rule_.processor && *rule_.processor != one.processor) continue;
@@ -307,6 +311,7 @@ class RuleChecker {
     const std::vector<uint32_t>& known_;
     const AnalysisWords& words_;
     double from_ = 0, to_ = 0, reached_ = 0;
+    TimeGap lost_;
     std::vector<uint32_t> objects_;
     ChosenReport report_;
     size_t measured_ = 0, outside_ = 0;

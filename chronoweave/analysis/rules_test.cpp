@@ -17,7 +17,7 @@ class RulesTest : public AnalysisTest {
             return why;
         const ObjectNames names(*store_, '@');
         const RuleOutcome outcome =
-            rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names));
+            rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names, test_rate));
         return (outcome.passed ? "pass: " : "fail: ") + outcome.message;
     }
     void open_trace() {

@@ -56,6 +56,7 @@ class EventSearch {
   public:
     EventSearch(const AnalysisSource& source, const SearchRequest& request, Rows& rows)
         : source_(source), target_(request.target), objects_(request.objects), rows_(rows) {}
+    void interrupt() {}
     void take(const EventRecord& event, double time) {
         if (!source_.legend->EventMatches(event.type, event.subtype, target_)) return;
         uint16_t type = 0;
@@ -84,6 +85,8 @@ class PatternSearch {
           ends_(request.endObjects),
           rows_(rows) {}
 
+    // What began ahead of a stretch that can't be read may have ended within it.
+    void interrupt() { open_.clear(); }
     void take(const EventRecord& event, double time) {
         const Legend& legend = *source_.legend;
         const bool begin = legend.EventMatches(event.type, event.subtype, request_.target);
@@ -126,12 +129,16 @@ class StatusSearch {
         using Next = ObjectTracker::Next;
         if (record.status >= 0) {
             if (record.status == record.now && !final) return Next::Go;
-            if (target_ < 0 || record.status == target_)
-                rows_.add(record.object, record.object, record.time, time);
+            close(record, time);
         }
         record.status = record.now;
         record.time = time;
         return rows_.full() ? Next::End : Next::Go;
+    }
+
+    void close(const ObjectTracker::Record& record, double time) {
+        if (target_ < 0 || record.status == target_)
+            rows_.add(record.object, record.object, record.time, time);
     }
 
   private:
@@ -160,6 +167,11 @@ class SwitchSearch {
     }
     void endPass() {
         if (!tracker_.anyExecuting()) source_.running.clear();
+    }
+    void interrupt() {
+        tracker_.forget([](const ObjectTracker::Record&) {});
+        source_.running.clear();
+        lowest_.clear();
     }
 
   private:
@@ -200,6 +212,7 @@ class SwitchSearch {
 void take_end(const RangeWalk& walk, SearchResult& result) {
     result.stopped = walk.end().stopped;
     result.damaged = walk.end().damaged;
+    result.lost = walk.end().lost;
     result.reached = walk.end().reached;
 }
 
@@ -210,7 +223,10 @@ bool walk_events(const AnalysisSource& source, SearchResult& result) {
     Search search(source, request, rows);
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, nullptr);
     EventRecord event;
-    for (double time = 0; !rows.full() && walk.next(event, time);) search.take(event, time);
+    for (double time = 0; !rows.full() && walk.next(event, time);) {
+        if (walk.gap()) search.interrupt();
+        search.take(event, time);
+    }
     search.finish(result);
     take_end(walk, result);
     return walk.started();
@@ -226,14 +242,19 @@ bool walk_statuses(const AnalysisSource& source, SearchResult& result) {
     double time = source.onTick(request.rangeFrom);
     bool final = false;
     const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, final); };
-    tracker.all(look);
+    // What is not known at the start of the range begins with its first event.
+    if (!walk.gap()) tracker.all(look);
     EventRecord event;
     while (!rows.full() && walk.next(event, time)) {
+        if (const TimeGap* gap = walk.gap()) {
+            tracker.forget([&](const ObjectTracker::Record& record) { search.close(record, gap->from); });
+            tracker.all(look);
+        }
         tracker.take(event, state);
         tracker.step(look);
     }
     take_end(walk, result);
-    if (rows.full() || result.stopped || result.damaged) return walk.started();
+    if (rows.full() || result.stopped) return walk.started();
     time = walk.closing();
     final = true;
     tracker.all(look);
@@ -250,11 +271,17 @@ bool walk_switches(AnalysisSource& source, SearchResult& result) {
     double time = source.onTick(request.rangeFrom);
     bool detect = source.running.empty();
     const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, detect); };
-    tracker.all(look);
+    if (!walk.gap()) tracker.all(look);
     search.endPass();
     detect = true;
     EventRecord event;
     while (!rows.full() && walk.next(event, time)) {
+        if (walk.gap()) {
+            search.interrupt();
+            detect = false;
+            tracker.all(look);
+            detect = true;
+        }
         tracker.take(event, state);
         tracker.step(look);
         search.endPass();

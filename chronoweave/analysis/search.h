@@ -56,7 +56,8 @@ struct SearchResult {
     uint64_t found = 0;    // rows found; more than rows.size() only with keepLast
     size_t keepLast = 0;   // keep only so many of the last rows; 0 for all
     bool stopped = false;  // by progress; rows hold what was found up to reached
-    bool damaged = false;  // the store can't be read on behind reached; rows hold what was found
+    bool damaged = false;  // some of the range can't be read; rows hold what was found
+    TimeGap lost;          // the first of it
     double reached = 0;
 };
 

@@ -61,33 +61,37 @@ std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double
 }
 
 RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state)
-    : source_(source), endTick_(source.tickOf(to) + 1), from_(from), to_(to), last_(source.onTick(from)) {
+    : source_(source), from_(from), to_(to), last_(source.onTick(from)) {
     end_.reached = to;
     if (!source.store) return;
-    count_ = mt_GetEventCount(*source.store);
-    end_.started = mt_StartWalkInTimeRange(*source.store, source.tickOf(from), endTick_, state, walk_);
-    // The end is looked for here, so that an event behind it is told from a store that breaks off.
-    walk_.hasEnd = false;
-    sequence_ = walk_.nextSequence;
+    end_.started =
+        mt_StartWalkInTimeRange(*source.store, source.tickOf(from), source.tickOf(to) + 1, state, walk_);
+    takeGap();
+}
+
+void RangeWalk::takeGap() {
+    gap_.reset();
+    const mt_Gap* gap = walk_.gap();
+    if (!gap) return;
+    gap_ = TimeGap{std::max(source_.timeOf(gap->from), last_),
+                   gap->to == mt_NoTime ? to_ : std::min(source_.timeOf(gap->to), to_)};
+    if (!end_.damaged) end_.lost = *gap_;
+    end_.damaged = true;
 }
 
 bool RangeWalk::finish() {
-    walk_.done = true;
+    over_ = true;
     return false;
 }
 
 bool RangeWalk::next(EventRecord& event, double& time) {
-    if (walk_.done) return false;
-    if (!mt_NextEvent(walk_, event)) {
-        if (sequence_ < count_) {
-            end_.damaged = true;
-            end_.reached = last_;
-        }
+    if (over_) return false;
+    const bool given = mt_NextEvent(walk_, event);
+    if (!given || walk_.gap() || gap_) takeGap();
+    if (!given) {
+        if (gap_) end_.reached = gap_->from;
         return finish();
     }
-    sequence_ = event.sequence;
-    // Times compare with their high halves signed, as in the store.
-    if (static_cast<int64_t>(event.time) >= static_cast<int64_t>(endTick_)) return finish();
     time = last_ = source_.timeOf(event.time);
     if ((++seen_ & progress_mask) == 0 && source_.progress && !source_.progress(time - from_, to_ - from_)) {
         end_.stopped = true;

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "chronoweave/rtos/legend.h"
@@ -59,12 +60,20 @@ AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend);
 // Ids of the objects that live in a range of times, ascending; the end's tick is included.
 std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double from, double to);
 
+// A stretch of a range whose events can't be read.
+struct TimeGap {
+    double from = 0, to = 0;
+};
+
 // How a walk over a range ended.
 struct WalkEnd {
     bool started = false;  // the store has blocks
     bool stopped = false;  // progress asked for it
-    bool damaged = false;  // the store can't be read on from here, though it has more events
-    double reached = 0;    // time of the last event seen when stopped or damaged, else the range's end
+    bool damaged = false;  // some of the range can't be read, the first of it from lost.from to lost.to
+    TimeGap lost;
+    // Time of the last event seen when it was stopped, or when nothing behind it can be read, else the
+    // range's end.
+    double reached = 0;
 };
 
 // The events from one time to another, the end's tick included, one after the other; nothing of them is kept.
@@ -73,8 +82,12 @@ class RangeWalk {
     // state becomes the state just before the range; it may be null.
     RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state);
     bool started() const { return end_.started; }
-    // False behind the last event, when progress asks to stop, and where the store can't be read on.
+    // False behind the last event, and when progress asks to stop.
     bool next(EventRecord& event, double& time);
+    // The stretch that can't be read just ahead of the event last given, or behind the last one; ahead of the
+    // first event, between the state and the range's start. Null when there is none. What an object's status
+    // is within it is not known; behind it the state is that of its end.
+    const TimeGap* gap() const { return gap_ ? &*gap_ : nullptr; }
     // How it ended, once next was false; ahead of that, as if it were whole.
     const WalkEnd& end() const { return end_; }
     // Where what is still open at the end of the walk is closed: there, but not ahead of an event that was
@@ -83,12 +96,12 @@ class RangeWalk {
 
   private:
     bool finish();
+    void takeGap();
     const AnalysisSource& source_;
     EventWalk walk_;
-    mt_Time endTick_;
     double from_, to_, last_;
-    uint32_t count_ = 0;     // events of the store
-    uint32_t sequence_ = 0;  // of the last event read
     uint32_t seen_ = 0;
+    bool over_ = false;
+    std::optional<TimeGap> gap_;
     WalkEnd end_;
 };

@@ -32,9 +32,7 @@ std::string id_text(uint32_t object) {
     return gen_format("0x%x", object);
 }
 
-std::string time_text(const AnalysisWords& words, double time) {
-    return gen_format("%.10f", analysis_ShownTime(words, time));
-}
+constexpr int most_decimals = 10;
 
 }  // namespace
 
@@ -63,13 +61,19 @@ std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
 }
 
 AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names) {
-    return {&canvas.looks.legend,   &names,
-            canvas.list.objectTerm, canvas.list.objectTermLower,
-            canvas.axis.timeMode,   laTime_UnitName(canvas.axis, true)};
+    return {&canvas.looks.legend,
+            &names,
+            canvas.list.objectTerm,
+            canvas.list.objectTermLower,
+            canvas.axis.timeMode,
+            laTime_UnitName(canvas.axis, true),
+            0,
+            canvas.source.ticksPerSecond};
 }
 
-AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names) {
+AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock) {
     AnalysisWords words;
+    words.clock = clock;
     words.legend = &legend;
     words.names = &names;
     words.term = legend.misc.objectTerm;
@@ -86,6 +90,16 @@ std::string analysis_ObjectText(const AnalysisWords& words, uint32_t object) {
 double analysis_ShownTime(const AnalysisWords& words, double time) {
     if (words.ticksPerSecond > 0) return std::round(time * words.ticksPerSecond);
     return laTime_Convert(Time_Second, time, words.timeMode);
+}
+
+double analysis_ShownOnTick(const AnalysisWords& words, double time) {
+    const double ticks = std::round(time * words.clock);
+    return analysis_ShownTime(words, std::fabs(ticks) < 9e15 ? ticks / words.clock : time);
+}
+
+std::string analysis_TimeText(const AnalysisWords& words, double time, int most) {
+    const int mode = words.ticksPerSecond > 0 ? Time_Tick : words.timeMode;
+    return tick_Text(laTime_Scale(words.clock, mode), analysis_ShownTime(words, time), most);
 }
 
 std::string analysis_EventName(const Legend& legend, int32_t row) {
@@ -158,7 +172,7 @@ std::string search_StatisticsLine(const AnalysisWords& words, const SearchResult
     if (kind != Search_Pattern && kind != Search_Status) return gen_format("Number of objects: %d", count);
     const IntervalFigures figures = search_IntervalFigures(result);
     return gen_format("Number: %d, Interval (in %s): max=%g min=%g ave=%g", count, words.unit.c_str(),
-                      analysis_ShownTime(words, figures.max), analysis_ShownTime(words, figures.min),
+                      analysis_ShownOnTick(words, figures.max), analysis_ShownOnTick(words, figures.min),
                       analysis_ShownTime(words, figures.ave));
 }
 
@@ -184,11 +198,11 @@ std::string search_CellText(const AnalysisWords& words, const SearchRow& row, Se
             return analysis_ObjectText(words, row.objectB);
         case SearchColumnKind::Time:
         case SearchColumnKind::FromTime:
-            return time_text(words, row.timeA);
+            return analysis_TimeText(words, row.timeA, most_decimals);
         case SearchColumnKind::ToTime:
-            return time_text(words, row.timeB);
+            return analysis_TimeText(words, row.timeB, most_decimals);
         case SearchColumnKind::Interval:
-            return time_text(words, row.timeB - row.timeA);
+            return analysis_TimeText(words, row.timeB - row.timeA, most_decimals);
         case SearchColumnKind::ObjectName: {
             const std::string* name = words.names->find(row.objectA);
             return name ? *name : std::string();

@@ -34,14 +34,20 @@ struct AnalysisWords {
     int timeMode = 0;                               // unit of times shown
     std::string unit = "Second";                    // its word
     double ticksPerSecond = 0;                      // above 0: times are shown in ticks, whatever the unit
+    double clock = 1;                               // ticks in one unit of the time base
 };
 AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names);
-AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names);
+// clock: ticks in a second.
+AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock);
 
 // "0x%x", with " (NAME)" behind it when there is a name. In tick mode only the name, or the term and the id.
 std::string analysis_ObjectText(const AnalysisWords& words, uint32_t object);
 // A time of the time base in the unit shown.
 double analysis_ShownTime(const AnalysisWords& words, double time);
+// The same of a time that the trace holds, or the difference of two: what its double lost comes back.
+double analysis_ShownOnTick(const AnalysisWords& words, double time);
+// Such a time in digits: no more decimals than a tick has, and no more than most.
+std::string analysis_TimeText(const AnalysisWords& words, double time, int most);
 // The name of an event's or status's row; "any event" and "any status" for a negative one.
 std::string analysis_EventName(const Legend& legend, int32_t row);
 std::string analysis_StatusName(const Legend& legend, int32_t row);

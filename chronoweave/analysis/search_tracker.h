@@ -66,6 +66,17 @@ class ObjectTracker {
         }
         touched_.clear();
     }
+    // Around a stretch that can't be read: visit(Record&) for each object that is held to be in a status, and
+    // then it is in none.
+    template <class Visit>
+    void forget(Visit&& visit) {
+        for (Record& record : records_) {
+            if (record.status >= 0) visit(record);
+            record.status = record.now = -1;
+            record.time = -1.0;
+        }
+        touched_.clear();
+    }
     // Looks at those that can matter. With no changes, an execution is looked at only while something still
     // changes.
     template <class Visit>

@@ -72,7 +72,7 @@ class SearchWindow {
         return &result_.rows[static_cast<size_t>(list.RowId(row))];
     }
     double Length(const SearchRow& row) const {
-        return analysis_ShownTime(facts_->words, row.timeB - row.timeA);
+        return analysis_ShownOnTick(facts_->words, row.timeB - row.timeA);
     }
     void Fill();
     void SetKey(MScrollList& list, int column, SearchColumnKind kind);
@@ -118,6 +118,7 @@ void SearchWindow::Fill() {
 
 void SearchWindow::SetKey(MScrollList& list, int column, SearchColumnKind kind) {
     const auto number = [&](auto&& value) {
+        list.SetRightAligned(column, true);
         list.SetNumberKey(column, [this, value](uint64_t id) { return value(result_.rows[id]); });
     };
     switch (kind) {
@@ -385,7 +386,8 @@ void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::share
     } else {
         message = search_FoundMessage(legend, result);
     }
-    std::string end = analysis_EndText(*facts, result.stopped, result.damaged, result.reached);
+    std::string end =
+        analysis_EndText(*facts, result.stopped, result.reached, result.damaged ? &result.lost : nullptr);
     if (message.empty() && result.stopped) end = "The search was" + end.substr(std::string(" It was").size());
     message += message.empty() && !end.empty() && end[0] == ' ' ? end.substr(1) : end;
     if (!message.empty()) laCanvas_UpdateFields(canvas, 0, text_utf8(message).c_str());

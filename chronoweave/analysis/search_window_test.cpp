@@ -54,35 +54,35 @@ TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
          "Found 3 instances of event 'Take'.",
          "Number of objects: 3",
          {"Task ID", "Time(in Second)", "Task Name"},
-         {"0x1", "0.0100000000", "one"},
+         {"0x1", "0.010", "one"},
          {"&Show Event", popUpSeparator, "&Move Cursor to Event"}},
         {{all_objects(), press("status"), choose("Running")},
          "Search Result for 'Running' in Board",
          "Found 2 instances of status 'Running'.",
          "Number: 2, Interval (in Second): max=0.052 min=0.043 ave=0.0475",
          times,
-         {"0x1", "0.0050000000", "0.0480000000", "0.0430000000", "one"},
+         {"0x1", "0.005", "0.048", "0.043", "one"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
         {{all_objects(), press("event_pattern"), pattern("Take", "Give", true)},
          "Search Result for \"Take*Give\" in Board",
          "",
          "Number: 3, Interval (in Second): max=0.04 min=0.005 ave=0.0216667",
          times,
-         {"0x1", "0.0100000000", "0.0300000000", "0.0200000000", "one"},
+         {"0x1", "0.010", "0.030", "0.020", "one"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
         {{all_objects(), press("event_pattern"), pattern("Take", "Give", false)},
          "Search Result for \"Take*Give\" in Board",
          "",
          "Number: 3, Interval (in Second): max=0.04 min=0.005 ave=0.0216667",
          {"From Task", "From Time", "To Task", "To Time", "Interval"},
-         {"0x1 (one)", "0.0100000000", "0x1 (one)", "0.0300000000", "0.0200000000"},
+         {"0x1 (one)", "0.010", "0x1 (one)", "0.030", "0.020"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
         {{all_objects(), press("ctx_switch")},
          "Search Result for 'ContextSwitch' in Board",
          "Found 2 instances of context switch.",
          "Number of objects: 2",
          {"From Task", "To Task", "Time(in Second)"},
-         {"0x1 (one)", "0x1 (one)", "0.0050000000"},
+         {"0x1 (one)", "0x1 (one)", "0.005"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
     };
     for (const auto& c : cases) {
@@ -140,7 +140,7 @@ TEST_F(SearchWindowTest, DialogsSayWhatTheyAskForAndArePrefilled) {
                 d.clickRow("list", 0, 0, 2);  // the same as "ok"
             }});
     EXPECT_EQ(Window().list("list").RowCount(), 2);
-    EXPECT_EQ(Cells("list", 0)[1], "40.0000000000");
+    EXPECT_EQ(Cells("list", 0)[1], "40");
     // Without a period the range is the whole trace, and its end is exact although its text is short.
     Search({all_objects(),
             [](DialogModel& d) {
@@ -424,17 +424,17 @@ TEST_F(SearchWindowTest, TablesAreCopiedAndSaved) {
     ASSERT_TRUE(Window().menu("Copy"));
     ASSERT_TRUE(Window().select("list", {1}));
     ASSERT_TRUE(Window().menu("Copy"));
-    EXPECT_EQ(host.copied, (Texts{"Task ID\tTime(in Second)\tTask Name\n0x1\t0.0100000000\tone\n"
-                                  "0x1\t0.0400000000\tone\n0x2\t0.0500000000\ttwo@inner\n",
-                                  "Task ID\tTime(in Second)\tTask Name\n0x1\t0.0400000000\tone\n"}));
+    EXPECT_EQ(host.copied, (Texts{"Task ID\tTime(in Second)\tTask Name\n0x1\t0.010\tone\n"
+                                  "0x1\t0.040\tone\n0x2\t0.050\ttwo@inner\n",
+                                  "Task ID\tTime(in Second)\tTask Name\n0x1\t0.040\tone\n"}));
     ASSERT_TRUE(Window().menu("SaveCsv"));  // cancelled
     host.saveAnswer = test.folder / "hits.csv";
     ASSERT_TRUE(Window().menu("SaveCsv"));
     std::stringstream text;
     text << std::ifstream(host.saveAnswer).rdbuf();
     EXPECT_EQ(text.str(),
-              "Task ID,Time(in Second),Task Name\n0x1,0.0100000000,one\n"
-              "0x1,0.0400000000,one\n0x2,0.0500000000,two@inner\n");
+              "Task ID,Time(in Second),Task Name\n0x1,0.010,one\n"
+              "0x1,0.040,one\n0x2,0.050,two@inner\n");
     EXPECT_TRUE(host.messages.empty());
     host.saveAnswer = test.folder / "nowhere/hits.csv";
     ASSERT_TRUE(Window().menu("SaveCsv"));
@@ -557,7 +557,7 @@ TEST_F(SearchWindowTest, IntervalsAreSearchedByOneDialog) {
         EXPECT_EQ(d.item("begin").choices, (Texts{"Take", "Give"}));  // the marked ones
         EXPECT_EQ(d.item("t_range").text, "&Within (in Second):");
         EXPECT_EQ(d.item("tf_from").text, "0");
-        EXPECT_EQ(d.item("tf_to").text, "0.100000");
+        EXPECT_EQ(d.item("tf_to").text, "0.100");
         EXPECT_EQ(d.selectedRow("begin_objects"), 0);
         d.choose("end", 1);
         d.press("ok");
@@ -574,8 +574,7 @@ TEST_F(SearchWindowTest, IntervalsAreSearchedByOneDialog) {
         d.press("ok");
     });
     ASSERT_EQ(Window().list("list").RowCount(), 1);
-    EXPECT_EQ(Cells("list", 0),
-              (Texts{"0x1 (one)", "0.0400000000", "0x2 (two@inner)", "0.0900000000", "0.0500000000"}));
+    EXPECT_EQ(Cells("list", 0), (Texts{"0x1 (one)", "0.040", "0x2 (two@inner)", "0.090", "0.050"}));
     const size_t windows = host.windows.size();
     ask([](DialogModel& d) {
         d.type("tf_to", " ");

@@ -17,7 +17,8 @@ TraceFacts::TraceFacts(_LaCanvasData& of)
 }
 
 std::string TraceFacts::shown(double time, int decimals) const {
-    return gen_format("%.*f", decimals, analysis_ShownTime(words, time));
+    return laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time),
+                         decimals);
 }
 
 std::optional<double> TraceFacts::scan(std::string_view text) const {
@@ -68,8 +69,11 @@ std::vector<uint32_t> analysis_SelectedObjects(const DialogModel& model, std::st
     return objects;
 }
 
-std::string analysis_EndText(const TraceFacts& facts, bool stopped, bool damaged, double reached) {
-    if (!stopped && !damaged) return {};
-    const std::string time = laTime_TrimZeros(facts.shown(reached, 10)) + ' ' + facts.words.unit + "s.";
-    return stopped ? " It was stopped at " + time : " The store can't be read on behind " + time;
+std::string analysis_EndText(const TraceFacts& facts, bool stopped, double reached, const TimeGap* lost) {
+    const auto shown = [&facts](double time) { return laTime_TrimZeros(facts.shown(time, 10)); };
+    const std::string unit = ' ' + facts.words.unit + "s.";
+    std::string text;
+    if (stopped) text = " It was stopped at " + shown(reached) + unit;
+    if (lost) text += " The store can't be read from " + shown(lost->from) + " to " + shown(lost->to) + unit;
+    return text;
 }

@@ -23,7 +23,7 @@ struct TraceFacts {
     AnalysisWords words;            // borrows names
     std::vector<uint32_t> objects;  // alive in the whole trace, ascending
 
-    // A time of the time base in the unit shown, as "%.*f".
+    // Any time of the time base in the unit shown, with at most so many decimals (see laTime_Digits).
     std::string shown(double time, int decimals) const;
     // The number at the start of a text, in the time base; what stands behind it is passed over. None when
     // there is no number.
@@ -50,6 +50,6 @@ void analysis_FillObjects(DialogModel& model, std::string_view list, const Trace
                           const std::vector<uint32_t>& objects, bool always);
 // Their ids, from the top.
 std::vector<uint32_t> analysis_SelectedObjects(const DialogModel& model, std::string_view list);
-// " It was stopped at 1.5 Seconds." and the like for a walk that did not come to its end; empty for one that
-// did.
-std::string analysis_EndText(const TraceFacts& facts, bool stopped, bool damaged, double reached);
+// " It was stopped at 1.5 Seconds." for a walk that did not come to its end, and what could not be read of
+// its range, if anything; empty for one that saw all.
+std::string analysis_EndText(const TraceFacts& facts, bool stopped, double reached, const TimeGap* lost);

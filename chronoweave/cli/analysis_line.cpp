@@ -11,7 +11,7 @@ bool AnalysisLine::open(int& status) {
     source = analysis_SourceOfStore(named.store(), named.legend);
     source.progress = bar_.progress();
     names = ObjectNames(named.store(), named.separator);
-    words = analysis_WordsOfLegend(named.legend, names);
+    words = analysis_WordsOfLegend(named.legend, names, source.ticksPerSecond);
     if (line_.ticks) {
         words.ticksPerSecond = source.ticksPerSecond;
         words.unit = "Tick";
@@ -101,11 +101,11 @@ std::string AnalysisLine::shownRange(double length) const {
                        : tick_Text({clock(), 1}, length, CellWriter::mostDecimals) + " seconds";
 }
 
-int AnalysisLine::finish(RowWriter& rows, bool damaged, double reached) const {
+int AnalysisLine::finish(RowWriter& rows, const TimeGap* lost) const {
     const int status = closed(rows, named.opened);
-    if (!damaged) return status;
-    return cli_Failure(line_.path + ": the store can't be read on behind " + shownRange(reached) +
-                       "; the result is of what stands ahead of it");
+    if (!lost) return status;
+    return cli_Failure(line_.path + ": the result lacks what can't be read from " + shownRange(lost->from) +
+                       " to " + shownRange(lost->to));
 }
 
 void AnalysisLine::say(std::string_view message) const {

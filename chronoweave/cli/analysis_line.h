@@ -45,8 +45,9 @@ class AnalysisLine {
     uint64_t clock() const { return mt_GetTicksPerSecond(named.store()); }
     // The same for a sentence, with its unit.
     std::string shownRange(double length) const;
-    // Closes the output and gives the exit status: that of a failure when the store could not be read on.
-    int finish(RowWriter& rows, bool damaged, double reached) const;
+    // Closes the output and gives the exit status: that of a failure when some of the range, the first of it
+    // lost, could not be read; null when all was.
+    int finish(RowWriter& rows, const TimeGap* lost) const;
     void say(std::string_view message) const;  // on standard error, unless quiet
 
   private:

@@ -28,7 +28,6 @@ struct CommandLine {
     std::string objects, beginObjects, endObjects, idle;
     bool sameObject = false, contextSwitch = false, increasing = false;
     std::string limit, junit;
-    std::string checkpoint;
 };
 
 // Parses; nothing when the program is done already (help, version) or the line was wrong, with the exit

@@ -36,6 +36,6 @@ TimeScale scale_of(const CommandLine& line, TraceStore& store) {
 
 int closed(RowWriter& rows, const OpenedSource& opened) {
     const bool written = rows.close();
-    const int status = cli_Finish(opened);
+    const int status = cli_Finish(opened, opened.store.get());
     return written ? status : Exit_Failed;
 }

@@ -9,11 +9,14 @@
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
-OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, uint32_t checkpoint) {
+namespace {
+constexpr size_t most_told = 20;
+}
+
+OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase) {
     ProgressBar bar(line);
     ImportOptions options;
     options.outputBase = outputBase;
-    options.checkpoint = checkpoint;
     options.progress = bar.progress();
     OpenedSource opened = import_OpenSource(line.path, options);
     if (opened.inCache)
@@ -27,8 +30,14 @@ OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, ui
     return opened;
 }
 
-int cli_Finish(const OpenedSource& opened) {
-    return opened.error.empty() ? Exit_Done : cli_Failure(opened.error);
+int cli_Finish(const OpenedSource& opened, TraceStore* store) {
+    int status = opened.error.empty() ? Exit_Done : cli_Failure(opened.error);
+    if (!store) return status;
+    const std::vector<Result> damage = mt_TakeDamage(*store);
+    for (size_t i = 0; i < std::min(damage.size(), most_told); ++i) status = cli_Failure(damage[i].text());
+    if (damage.size() > most_told)
+        cli_Failure(gen_format("and damage in %zu more places", damage.size() - most_told));
+    return status;
 }
 
 bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend, bool& fatal) {

@@ -11,12 +11,11 @@
 
 // Opens line.path, importing it first where it is a raw file. outputBase is where the store goes, empty for
 // beside the source. Progress is a bar on standard error when that is a terminal.
-// checkpoint is as in ImportOptions.
-OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase = {}, uint32_t checkpoint = 0);
+OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase = {});
 
-// The exit status of a command that printed its result: Exit_Done, or Exit_Failed with the one line said when
-// opening met damage.
-int cli_Finish(const OpenedSource& opened);
+// The exit status of a command that printed its result: Exit_Done, or Exit_Failed with what was met said,
+// when opening went not well or the store, which may be null, was found to be damaged since.
+int cli_Finish(const OpenedSource& opened, TraceStore* store);
 
 // The legend for a store: of --config, else of the operating system. Without a file for the system, false
 // with fatal clear: the store's own names then serve. A --config that can't be read is fatal.

@@ -125,5 +125,5 @@ int command_Render(const CommandLine& line) {
     facts.output.clear();  // -o names the picture
     RowWriter rows(facts, {});
     put_facts(rows, *canvas, picture, line.output);
-    return rows.close() ? cli_Finish(opened) : Exit_Failed;
+    return rows.close() ? cli_Finish(opened, canvas->source.store.get()) : Exit_Failed;
 }

@@ -112,9 +112,9 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
             : report_AllObjects(analysis.source, analysis.from, analysis.to, statistics);
     int status = Exit_Done;
     if (over(line, analysis, outcome, status))
-        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+        return status == Exit_Done ? analysis.finish(rows, nullptr) : status;
     put_statistics(analysis, statistics, one, rows);
-    return analysis.finish(rows, statistics.damaged, statistics.rangeTo);
+    return analysis.finish(rows, statistics.damaged ? &statistics.lost : nullptr);
 }
 
 std::optional<SearchRequest> general_request(const CommandLine& line, const AnalysisLine& analysis) {
@@ -150,7 +150,7 @@ int report_general(const CommandLine& line, AnalysisLine& analysis) {
     const ReportOrder order{line.increasing, line.sort == "time"};
     int status = Exit_Done;
     if (over(line, analysis, report_ChosenObjects(analysis.source, *request, order, report), status))
-        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+        return status == Exit_Done ? analysis.finish(rows, nullptr) : status;
     const bool timed = request->kind == Search_Status;
     rows.note("Statistics for the Selected Object on the Selected " + analysis.words.term +
               "s: " + report_ChosenTypeName(request->kind) + ' ' +
@@ -167,7 +167,7 @@ int report_general(const CommandLine& line, AnalysisLine& analysis) {
     }
     put_figures(rows, {"total", "objects", nullptr, report.totalCount, -1,
                        timed ? analysis.shownLength(time) : Cell(), -1});
-    return analysis.finish(rows, report.damaged, report.rangeTo);
+    return analysis.finish(rows, report.damaged ? &report.lost : nullptr);
 }
 
 int report_load(const CommandLine& line, AnalysisLine& analysis) {
@@ -190,7 +190,7 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
     int status = Exit_Done;
     if (over(line, analysis, report_ProcessorLoad(analysis.source, idle, analysis.from, analysis.to, report),
              status))
-        return status == Exit_Done ? analysis.finish(rows, false, 0) : status;
+        return status == Exit_Done ? analysis.finish(rows, nullptr) : status;
     const double length = report.rangeLength();
     const auto put = [&](const char* kind, uint32_t processor, const Cell& object, double time,
                          const Cell& name) {
@@ -206,7 +206,7 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
         for (const ObjectTime& object : load.objects)
             put("object", load.processor, object.object, object.time, analysis.nameOf(object.object));
     }
-    return analysis.finish(rows, report.damaged, report.rangeTo);
+    return analysis.finish(rows, report.damaged ? &report.lost : nullptr);
 }
 
 // An option that the kind does not know is told rather than passed over.

@@ -183,5 +183,5 @@ int command_Search(const CommandLine& line) {
     else
         put_summary(analysis, result, rows);
     if (result.rows.empty() && line.json) put_summary(analysis, result, rows);
-    return analysis.finish(rows, result.damaged, result.reached);
+    return analysis.finish(rows, result.damaged ? &result.lost : nullptr);
 }

@@ -4,8 +4,9 @@
 
 #include "chronoweave/cli/commands.h"
 #include "chronoweave/cli/named_store.h"
+#include "chronoweave/cli/progress_bar.h"
+#include "chronoweave/import/extra_format.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/rtos/extra_format.h"
 #include "libtrv/event_names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -14,6 +15,11 @@ int command_Info(const CommandLine& line) {
     const OpenedSource opened = cli_Open(line);
     if (!opened.store) return cli_Failure(opened.error);
     TraceStore& store = *opened.store;
+    {
+        // Who asks for facts learns of all damage.
+        ProgressBar bar(line);
+        mt_CheckStore(store, bar.progress());
+    }
     const uint32_t events = mt_GetEventCount(store);
     const mt_Range range = mt_GetTimeRange(store);
     const TimeScale scale = scale_of(line, store);
@@ -36,13 +42,8 @@ int command_Info(const CommandLine& line) {
 }
 
 int command_Import(const CommandLine& line) {
-    const auto checkpoint = cli_Number(line.checkpoint, "--checkpoint", 0);
-    if (!checkpoint) return Exit_Usage;
-    if (!line.checkpoint.empty() && (*checkpoint == 0 || *checkpoint % mt_CheckpointInterval != 0))
-        return cli_UsageError(gen_format("--checkpoint: no multiple of %u: %s", mt_CheckpointInterval,
-                                         line.checkpoint.c_str()));
     const auto start = std::chrono::steady_clock::now();
-    const OpenedSource opened = cli_Open(line, line.output, *checkpoint);
+    const OpenedSource opened = cli_Open(line, line.output);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!opened.imported)
         return cli_Failure(opened.error.empty() ? line.path + ": a store already, there is nothing to import"
@@ -79,6 +80,7 @@ class ObjectNames {
             if (!elsewhere) known_.erase(change.objectId);
         }
     }
+    void forget() { known_.clear(); }
     // Null when the object has none. Lasts until the object changes.
     Cell of(uint32_t id) {
         const auto [at, fresh] = known_.try_emplace(id);
@@ -140,6 +142,7 @@ class EventRows {
           bigEndian_(mt_IsBigEndianTarget(named.store())) {}
 
     void changed_by(const EventRecord& event) { names_.changed_by(event); }
+    void changed_by_any() { names_.forget(); }
     void put(const EventRecord& event, const std::optional<uint32_t>& object) {
         const LegendEvent* known = nullptr;
         if (named_.hasLegend)
@@ -193,7 +196,10 @@ int command_Events(const CommandLine& line) {
     EventRows output(named, scale, state, rows);
     const bool bigEndian = mt_IsBigEndianTarget(store);
     EventRecord event;
+    uint32_t first = 0;
     while (left > 0 && rows.good() && mt_NextEvent(walk, event)) {
+        if (first == 0) first = event.sequence;
+        if (walk.gap()) output.changed_by_any();
         mt_ApplyEventToState(state, event);
         output.changed_by(event);
         const auto object = object_of(event, bigEndian);
@@ -201,6 +207,8 @@ int command_Events(const CommandLine& line) {
         output.put(event, object);
         --left;
     }
+    ProgressBar bar(line);
+    if (first > 0) mt_CheckNumbers(store, first - 1, bar.progress());
     return closed(rows, named.opened);
 }
 

@@ -18,6 +18,7 @@
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/fetch/fetch.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
@@ -308,6 +309,14 @@ void CanvasWindow::setBusy(bool busy) {
     }
 }
 
+void CanvasWindow::showEmpty() {
+    view_->draw([this] {
+        _LaCanvasData& canvas = view_->canvas();
+        laCanvas_MoveCursor(canvas, 0, (canvas.view.viewLow + canvas.view.viewHigh) / 2);
+    });
+    showButtons();
+}
+
 bool CanvasWindow::load(const std::string& name) {
     if (!gate_May(GateActivity::Command)) return false;
     if (name.empty()) {
@@ -336,7 +345,9 @@ bool CanvasWindow::load(const std::string& name) {
     showButtons();
     busy.reset();
     std::string message = opened.inCache ? "The store is " + opened.base + ".trs" : "";
-    for (const std::string& more : {losses, configureSaid})
+    laSource_TellDamage(view_->canvas().source);  // of what the overview read
+    const std::string damage = shown ? view_->canvas().source.damage : "";
+    for (const std::string& more : {damage, losses, configureSaid})
         if (!more.empty()) message += (message.empty() ? "" : "; ") + more;
     if (shown) {
         say(message);
@@ -346,10 +357,9 @@ bool CanvasWindow::load(const std::string& name) {
         showButtons();
     }
     if (!shown && view_->canvas().fields.message == loadingText) say("");
-    if (!opened.error.empty()) {
-        gen_console("%s\n", opened.error.c_str());
-        platform_MessageBox(this, opened.error);
-    }
+    if (!opened.error.empty()) gen_console("%s\n", opened.error.c_str());
+    const std::string box = opened.error.empty() ? damage : opened.error;
+    if (!box.empty()) platform_MessageBox(this, box);
     return shown;
 }
 
@@ -363,16 +373,17 @@ void CanvasWindow::endGrowing() {
 bool CanvasWindow::readOn() {
     if (!growing_) return false;
     auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
-    const ReadOn read = import_ReadOn(*growing_, 0);
-    if (read.events > 0) {
+    std::string why;
+    const uint64_t events = import_ReadOn(*growing_, why);
+    if (events > 0) {
         view_->draw([this] { laCanvas_SourceGrew(view_->canvas()); });
         view_->layOutAndPaint();
-        overview_->countOn();
+        overview_->rebuild();
     }
     showButtons();
     busy.reset();
-    say(read.trouble.ok() ? std::to_string(read.events) + " more events." : read.trouble.text());
-    return read.trouble.ok();
+    say(why.empty() ? std::to_string(events) + " more events." : why);
+    return why.empty();
 }
 
 bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std::string& said) {

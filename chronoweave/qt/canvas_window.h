@@ -46,6 +46,8 @@ class CanvasWindow : public QMainWindow {
     // shows the first view, or the one that the user left it with. False when nothing could be shown; the
     // user was told.
     bool load(const std::string& name);
+    // Draws the canvas with no data source, its cursor in the middle.
+    void showEmpty();
     PictureView& view() { return *view_; }
     DialogModel& items() { return model_; }
     QtDialogHost& host() { return *host_; }
@@ -111,7 +113,7 @@ class CanvasWindow : public QMainWindow {
     bool openFile(const std::string& name);
     bool chooseCommand();
 
-    GrowingSource growing_;  // the raw file of the store shown, while it may grow
+    RawSessionPtr growing_;  // the raw file of the store shown, while it may grow
     std::string title_;      // of an empty window
     bool live_;
     CanvasServices services_;

@@ -95,6 +95,16 @@ TEST_F(Window, ShowsThePixelsOfThePictureFile) {
     EXPECT_EQ(file.convertToFormat(QImage::Format_RGB32).copy(QRect(QPoint(), size)), window->view().image());
 }
 
+TEST_F(Window, WithoutADataFileTheCursorStandsInTheMiddle) {
+    window->showEmpty();
+    EXPECT_EQ(laCanvas_TimeToPixel(canvas(), canvas().marks.cursor[0], canvas().axis.timeMode),
+              canvas().graph->width / 2);
+    EXPECT_LT(canvas().marks.cursor[1], 0);
+    EXPECT_NE(window->items().item("tf_sel_from").text, "");
+    ASSERT_TRUE(window->load(trace));
+    EXPECT_TRUE(canvas().source.storeHasEvents);
+}
+
 TEST_F(Window, ZoomsAtThePointerAndScrolls) {
     ASSERT_TRUE(window->load(trace));
     key(Qt::Key_0);

@@ -1,7 +1,6 @@
 // The overview strip on screen: the whole trace, with the view as a frame that the pointer drags and resizes.
 #pragma once
 
-#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -12,11 +11,8 @@ class PictureView;
 class OverviewStrip : public QWidget {
   public:
     explicit OverviewStrip(PictureView& view, QWidget* parent = nullptr);
-    ~OverviewStrip() override;
-    // Counts the store anew. A short one is counted on return, a longer one when nothing else is to be done.
+    // Counts the store anew.
     void rebuild();
-    // Counts what has been added to the store.
-    void countOn();
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -25,10 +21,7 @@ class OverviewStrip : public QWidget {
     void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
-    void count();
-
     PictureView& view_;
-    QTimer later_;  // the next slice
     laOverview overview_;
     laOverviewPart part_ = Overview_Outside;
     laOverviewRange start_;

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/command_table.h"
@@ -339,7 +340,7 @@ void PictureView::drawSelectionLength(QPainter& painter) {
     const double last = std::max(canvas.marks.cursor[0], canvas.marks.cursor[1]);
     if (last < canvas.view.viewLow || last > canvas.view.viewHigh) return;
     const QString shown = QString::fromStdString(
-        laTime_Text(canvas.axis, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
+        laCanvas_TimeText(canvas, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
     painter.setFont(surfaceFonts().fonts[Font_Application]);
     const QFontMetrics& metrics = surfaceFonts().metrics[Font_Application];
     const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);

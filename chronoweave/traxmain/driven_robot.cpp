@@ -107,6 +107,15 @@ DrivenScreen::~DrivenScreen() {
     stop(server_);
 }
 
+void Robot::waitForTitle(const char* title) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    const std::string whole = '^' + std::string(title) + '$';
+    while (!succeeds({"xdotool", "search", "--onlyvisible", "--name", whole})) {
+        if (std::chrono::steady_clock::now() > end) throw Fault{"no window \"" + std::string(title) + '"'};
+        pause(50);
+    }
+}
+
 void Robot::look(const std::function<void()>& work) {
     QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
 }

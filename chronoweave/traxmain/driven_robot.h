@@ -57,6 +57,8 @@ class Robot {
     void pause(int milliseconds);
     // Clicks the row of the open menu whose text begins so; '&' is left out.
     void choose(const char* text);
+    // Waits for a window with this title, of any program, by what the window system knows.
+    void waitForTitle(const char* title);
     // The whole screen as PICTURES/NAME.png.
     void picture(const char* name);
 

@@ -6,9 +6,12 @@
 
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <string_view>
 #include <thread>
 
 #include "chronoweave/qt/canvas_window.h"
@@ -20,6 +23,7 @@
 #include "chronoweave/traxmain/driven_robot.h"
 #include "chronoweave/traxmain/trvgui.h"
 #include "libtrv/test_store.h"
+#include "windlib/qt/last_words.h"
 
 namespace {
 
@@ -222,6 +226,29 @@ class DrivenSession : public testing::Test {
     std::string trace, pictures;
 };
 
+// A window that can't be painted.
+class Broken : public QWidget {
+    void paintEvent(QPaintEvent*) override { std::raise(SIGSEGV); }
+};
+
+TEST_F(DrivenSession, AFaultIsToldInABoxThatStands) {
+    const std::string seen = folder / "seen";
+    const int status = run_program({trace}, pictures, [&](Robot& robot) {
+        robot.waitFor("the trace", [] { return canvas_data().source.storeHasEvents; });
+        QMetaObject::invokeMethod(
+            qApp, [] { (new Broken)->show(); }, Qt::QueuedConnection);
+        robot.waitForTitle("VOREL Chronoweave");
+        robot.picture("fault-box");
+        std::ofstream(seen) << 1;
+        for (;;) {  // until it is acknowledged, which ends the process
+            robot.key("Return");
+            robot.pause(200);
+        }
+    });
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(std::filesystem::exists(seen));
+}
+
 TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
     const int first = run_program({}, pictures, [&](Robot& robot) {
         open_by_dialog(robot, trace);
@@ -255,3 +282,10 @@ TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
 }
 
 }  // namespace
+
+// The box of the last words is shown by another process of this program.
+int main(int argc, char** argv) {
+    if (argc == 3 && std::string_view(argv[1]) == last_BoxOption) return last_ShowBox(argv[0], argv[2]);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

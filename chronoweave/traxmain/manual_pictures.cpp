@@ -182,7 +182,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     ::qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = platform_Start(argc, argv);
+    const auto application = platform_Start(argv[0]);
     QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
     folder = QString::fromUtf8(argv[2]);
     QDir().mkpath(folder);

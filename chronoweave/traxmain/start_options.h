@@ -1,13 +1,16 @@
-// The command line of the window program: three passes over the arguments, each of which takes out what it
-// consumes.
+// The command line of the window program: passes over the arguments, each of which takes out what it
+// consumes. The window system's library sees none of them.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
+// What the program answers in place of running.
+enum class StartAnswer { None, Usage, Help, Version };
+
 struct StartOptions {
-    // Recognised before all passes, from any argument but the last.
+    // Recognised before all passes, from any argument but the last. A port that is none undoes it.
     bool serviceMode = false;
 
     // The toolkit's pass.
@@ -21,14 +24,21 @@ struct StartOptions {
     bool windowManagerHints = false;
     std::optional<int> isdn;
     bool splash = true;
-    bool defaultsOnly = false;  // -nocfg
-    std::vector<std::string> warnings;
+    bool defaultsOnly = false;          // -nocfg
+    std::vector<std::string> warnings;  // of all passes
+
+    // The pass of the service framework: its options as given, with their arguments.
+    struct ServiceOption {
+        std::string name, argument;
+        bool operator==(const ServiceOption&) const = default;
+    };
+    std::vector<ServiceOption> service;
 
     // The plug-in pass.
     std::optional<int> pluginPort;
 
     // The program's own pass.
-    bool help = false;  // print the usage and exit
+    StartAnswer answer = StartAnswer::None;
     bool live = false;
     std::string dataFile;  // empty: none
 };
@@ -36,5 +46,5 @@ struct StartOptions {
 // arguments are without the program's name. noSplash: the environment says that no splash window is wanted.
 StartOptions start_Parse(std::vector<std::string> arguments, bool noSplash);
 
-// The usage, as printed by -h.
-extern const char* const start_Usage;
+// What is printed for an answer, for a program of this name and version.
+std::string start_AnswerText(StartAnswer answer, const std::string& program, const std::string& version);

@@ -6,9 +6,15 @@ TEST(StartOptions, TheProgramsOwnPassLooksAtTheFirstLetter) {
     const StartOptions options = start_Parse({"-", "-Later", "run.trr", "other.trr", "-zzz"}, false);
     EXPECT_TRUE(options.live);
     EXPECT_EQ(options.dataFile, "run.trr");
-    EXPECT_FALSE(options.help);
-    EXPECT_TRUE(start_Parse({"run.trr", "-hello"}, false).help);
-    EXPECT_TRUE(start_Parse({"-H"}, false).help);
+    EXPECT_EQ(options.answer, StartAnswer::None);
+    EXPECT_EQ(start_Parse({"run.trr", "-hello"}, false).answer, StartAnswer::Usage);
+    EXPECT_EQ(start_Parse({"-H"}, false).answer, StartAnswer::Usage);
+    EXPECT_EQ(start_AnswerText(StartAnswer::Usage, "p", "1"),
+              "Usage: executable [data_file] [other options]\n");
+    EXPECT_EQ(start_Parse({"run.trr", "--help", "--version"}, false).answer, StartAnswer::Help);
+    EXPECT_EQ(start_Parse({"-L", "--version", "-h"}, false).answer, StartAnswer::Version);
+    EXPECT_EQ(start_Parse({"--helpful", "--versions"}, false).answer, StartAnswer::None);
+    EXPECT_EQ(start_AnswerText(StartAnswer::Version, "p", "1.2"), "p 1.2\n");
 }
 
 TEST(StartOptions, TheToolkitTakesItsSwitchesUpToRun) {
@@ -37,4 +43,69 @@ TEST(StartOptions, PluginAndServiceArgumentsCountInAnyPlaceButTheLast) {
     EXPECT_EQ(last.dataFile, "f.trr");
     EXPECT_TRUE(start_Parse({"-sr_connect_servicerouter_port", "5"}, false).serviceMode);
     EXPECT_FALSE(start_Parse({"-sr_connect_servicerouter_port"}, false).serviceMode);
+}
+
+TEST(StartOptions, TheServiceFrameworksOptionsAreTakenWithTheirArguments) {
+    const char* const texts[] = {"-sr_connect_servicerouter_host",
+                                 "-sr_log",
+                                 "-sr_log_router",
+                                 "-sr_log_all",
+                                 "-sr_zone",
+                                 "-sr_log_router_internal",
+                                 "-sr_client_start_cookie",
+                                 "-sr_dir"};
+    const char* const ports[] = {"-connect_servicerouter", "-sr_connect_servicerouter_port"};
+    const char* const alone[] = {"-sr_shared", "-sr_private", "-sr_reuse", "-sr_new", "-sr_debug"};
+    const auto one = [](std::vector<std::string> arguments) {
+        arguments.push_back("run.trr");
+        return start_Parse(arguments, false);
+    };
+    using Given = std::vector<StartOptions::ServiceOption>;
+    for (const char* name : texts) {
+        EXPECT_EQ(one({name, "its"}).dataFile, "run.trr") << name;
+        EXPECT_EQ(one({name, "its"}).service, (Given{{name, "its"}})) << name;
+    }
+    for (const char* name : ports) {
+        EXPECT_EQ(one({name, "4711"}).service, (Given{{name, "4711"}})) << name;
+        EXPECT_TRUE(one({name, "4711"}).serviceMode);
+        EXPECT_EQ(one({name, "-1"}).dataFile, "run.trr") << name;
+    }
+    for (const char* name : alone) {
+        EXPECT_EQ(one({name}).dataFile, "run.trr") << name;
+        EXPECT_EQ(one({name}).service, (Given{{name, ""}})) << name;
+    }
+    EXPECT_EQ(start_Parse({"run.trr", "-sr_zone"}, false).service, Given{});
+    const std::pair<std::vector<std::string>, const char*> mistakes[] = {
+        {{"-sr_debugger"}, "Must specify -sr_debug for -sr_debugger to have meaning."},
+        {{"-sr_debugger_opts"}, "Must specify -sr_debug for -sr_debugger_opts to have meaning."},
+        {{"-sr_debug_startup", "-sr_debug_debugger"},
+         "Must specify both -sr_debug_debugger and -sr_debug_debugger_opts when -sr_debug_startup is "
+         "passed."},
+        {{"-sr_debug_debugger"},
+         "Must specify -sr_debug_startup with -sr_debug_debugger and -sr_debug_debugger_opts."},
+    };
+    for (const auto& [arguments, message] : mistakes) {
+        EXPECT_EQ(one(arguments).warnings, std::vector<std::string>{message});
+        EXPECT_EQ(one(arguments).dataFile, "run.trr");
+    }
+    EXPECT_EQ(one({"-sr_debug_startup", "-sr_debug_debugger", "-sr_debug_debugger_opts"}).warnings.size(),
+              0u);
+}
+
+TEST(StartOptions, APortThatIsNoneIsToldAndGivenUp) {
+    for (const char* wrong : {"0", "65536", "47.11", "0x10", "port", "", "-2", " 7", "99999999999"}) {
+        const StartOptions plugin = start_Parse({"--plugin", wrong, "run.trr"}, false);
+        EXPECT_FALSE(plugin.pluginPort) << wrong;
+        EXPECT_EQ(plugin.dataFile, "run.trr");
+        ASSERT_EQ(plugin.warnings.size(), 1u) << wrong;
+        EXPECT_EQ(plugin.warnings[0], "--plugin: the port \"" + std::string(wrong) +
+                                          "\" is no whole number from 1 to 65535; starting without it");
+        const StartOptions router = start_Parse({"-connect_servicerouter", wrong, "run.trr"}, false);
+        EXPECT_FALSE(router.serviceMode) << wrong;
+        EXPECT_EQ(router.warnings.size(), 1u);
+        EXPECT_EQ(router.dataFile, "run.trr");
+    }
+    for (const char* good : {"1", "65535"})
+        EXPECT_EQ(start_Parse({"--plugin", good, "x"}, false).pluginPort, std::stoi(good));
+    EXPECT_TRUE(start_Parse({"--plugin", "-1", "x"}, false).warnings.empty());
 }

@@ -7,6 +7,7 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/traxmain/start_options.h"
+#include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/return_point.h"
 #include "windlib/config/arrangement_store.h"
@@ -16,6 +17,7 @@
 #include "windlib/menu/menu.h"
 #include "windlib/qt/console_window.h"
 #include "windlib/qt/event_service.h"
+#include "windlib/qt/last_words.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -62,7 +64,10 @@ void openFirstCanvas(const StartOptions& options, CanvasServices services) {
     window->show();
     platform_ProcessPending();                // the window has its size before the first view is chosen
     CanvasWindow* canvas = window.release();  // deletes itself when closed
-    if (!options.dataFile.empty()) canvas->load(options.dataFile);
+    if (options.dataFile.empty())
+        canvas->showEmpty();
+    else
+        canvas->load(options.dataFile);
 }
 
 void runLoop() {
@@ -72,27 +77,27 @@ void runLoop() {
 }  // namespace
 
 int trvgui_Main(int argc, char** argv) {
+    process_KeepStandardStreams();
+    process_LetWritesFail();
     gen_set_short_name(argv[0]);
     std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.size() == 2 && arguments[0] == last_BoxOption) return last_ShowBox(argv[0], argv[2]);
     const StartOptions options = start_Parse(arguments, std::getenv("NOSPLASH") != nullptr);
-    if (options.help) {
-        std::fputs(start_Usage, stdout);
-        return 0;
+    if (options.answer != StartAnswer::None) {
+        std::fputs(start_AnswerText(options.answer, gen_short_name(), CW_VERSION).c_str(), stdout);
+        return std::fflush(stdout) == 0 ? 0 : 1;
     }
-    const auto application = platform_Start(argc, argv);
+    const auto application = platform_Start(argv[0]);
+    last_Prepare();
     console_Install();
     applyToolkitOptions(options);
     sayWhatIsNotThereYet(options);
-    if (installsHandlers(options)) gen_install_signal_handlers();
 
     // The loop is the outermost place to return to from a fault that nothing below caught. What stood on the
     // stack between is lost; the program only says so and ends.
     sigjmp_buf& point = gen_push_return_point();
-    if (sigsetjmp(point, 1) != 0) {
-        platform_MessageBox(nullptr, "Cannot continue, exitting...");
-        gen_warning("Cannot continue, exitting...\n");
-        std::_Exit(1);
-    }
+    if (sigsetjmp(point, 1) != 0) last_Words("Cannot continue, exitting...");
+    if (installsHandlers(options)) gen_install_signal_handlers();
     QtEventService events;
     SettingsManager settings;
     ArrangementStore arrangements;

@@ -1,5 +1,7 @@
 #include "shared/libcxxutil/report.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -54,12 +56,6 @@ std::string safe_for_terminal(std::string_view text) {
     }
 }
 
-void to_standard_error(std::string_view message) {
-    const std::string text = safe_for_terminal(message);
-    std::fwrite(text.data(), 1, text.size(), stderr);
-    std::fflush(stderr);
-}
-
 std::string format_list(const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
@@ -83,10 +79,35 @@ void report(int level, const std::string& text) {
     if (reporting().report)
         reporting().report(level, line);
     else
-        to_standard_error(line);
+        gen_standard_error(line);
+}
+
+void write_raw(std::string_view text) {
+    while (!text.empty()) {
+        const auto wrote = ::write(STDERR_FILENO, text.data(), text.size());
+        if (wrote <= 0) return;
+        text.remove_prefix(static_cast<size_t>(wrote));
+    }
 }
 
 }  // namespace
+
+void gen_standard_error(std::string_view message) {
+    const std::string text = safe_for_terminal(message);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
+}
+
+void gen_warning_in_handler(const char* text) {
+    constexpr auto level = static_cast<size_t>(ReportLevel::Warning);
+    const Prefixes& words = prefixes[level];
+    count(static_cast<int>(level));
+    write_raw(reporting().short_name);
+    write_raw(": ");
+    write_raw(reporting().alternative ? words.alternative : words.usual);
+    write_raw(": ");
+    write_raw(text);
+}
 
 std::string gen_compose(int level, std::string_view text) {
     std::string line;
@@ -151,7 +172,7 @@ void gen_console_raw(std::string_view text) {
     if (reporting().console)
         reporting().console(text);
     else
-        to_standard_error(text);
+        gen_standard_error(text);
 }
 
 void gen_set_short_name(std::string_view argv0) {
@@ -178,7 +199,7 @@ void gen_set_exit(ExitFunction exit_function) {
 }
 
 void gen_assertion_failed(const char* expression, const char* file, int line) {
-    to_standard_error(gen_format("Assertion %s failed in '%s' on line %d [%s]\n", expression, file, line,
-                                 reporting().short_name.c_str()));
+    gen_standard_error(gen_format("Assertion %s failed in '%s' on line %d [%s]\n", expression, file, line,
+                                  reporting().short_name.c_str()));
     std::exit(1);
 }

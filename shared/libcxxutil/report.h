@@ -34,6 +34,10 @@ void gen_warning(const char* format, ...) CW_PRINTF(1, 2);
 void gen_info(const char* format, ...) CW_PRINTF(1, 2);
 void gen_plain(const char* format, ...) CW_PRINTF(1, 2);
 
+// The same at warning level for signal handlers and what follows a fault: no memory is taken, no sink is
+// called; the line goes to the standard error stream as it is. text ends its line itself.
+void gen_warning_in_handler(const char* text);
+
 // Reports at level 2 when status is not 0 and at level 0 otherwise, and ends the process through the exit
 // operation.
 [[noreturn]] void gen_exit(int status, const char* format, ...) CW_PRINTF(2, 3);
@@ -58,6 +62,9 @@ std::string gen_compose(int level, std::string_view text);
 
 // Where composed report lines and console texts go. The default for both is the standard error stream.
 // Passing an empty function restores the default.
+// For sinks: writes to the standard error stream with nothing in it that a terminal could take for a control
+// but line ends and tabs.
+void gen_standard_error(std::string_view text);
 using ReportSink = std::function<void(int level, const std::string& line)>;
 using ConsoleSink = std::function<void(std::string_view text)>;
 using ExitFunction = std::function<void(int status)>;

@@ -1,6 +1,8 @@
 #include "shared/libcxxutil/return_point.h"
 
 #include <csignal>
+#include <cstdio>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -25,15 +27,27 @@ JumpStack& stack() {
     return jumps;
 }
 
+// Whatever the fault broke is not to be used on the way: the message takes no memory and opens no window.
 void handle_signal(int number) {
-    std::signal(number, handle_signal);
     if (!stack().quiet) {
-        if (number == SIGFPE)
-            gen_warning("Floating point exception\n");
-        else
-            gen_warning("Invalid operation (msg %d)\n", (number + 5) * 10);
+        char text[64] = "Floating point exception\n";
+        if (number != SIGFPE)
+            std::snprintf(text, sizeof text, "Invalid operation (msg %d)\n", (number + 5) * 10);
+        gen_warning_in_handler(text);
     }
     gen_return_to_point();
+}
+
+// A stack of its own for the handlers, so that one that ran over can still be told; what is there already
+// stays.
+void use_signal_stack() {
+    alignas(16) static char bytes[64 << 10];
+    stack_t now{};
+    if (::sigaltstack(nullptr, &now) != 0 || (now.ss_flags & SS_DISABLE) == 0) return;
+    stack_t own{};
+    own.ss_sp = bytes;
+    own.ss_size = sizeof bytes;
+    ::sigaltstack(&own, nullptr);
 }
 
 }  // namespace
@@ -61,9 +75,13 @@ bool gen_set_quiet(bool quiet) {
 }
 
 void gen_install_signal_handlers() {
-    std::signal(SIGILL, handle_signal);
-    std::signal(SIGFPE, handle_signal);
-    std::signal(SIGSEGV, handle_signal);
+    use_signal_stack();
+    struct sigaction action = {};
+    action.sa_handler = handle_signal;
+    action.sa_flags =
+        SA_ONSTACK;  // it stays armed, and the return point restores which signals are let through
+    ::sigemptyset(&action.sa_mask);
+    for (const int number : {SIGILL, SIGFPE, SIGSEGV}) ::sigaction(number, &action, nullptr);
 }
 
 void gen_return_to_point() {

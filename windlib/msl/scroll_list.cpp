@@ -243,6 +243,12 @@ void MScrollList::SetOwnerDrawn(int column, bool on) {
     Notify(MslChange::Columns);
 }
 
+void MScrollList::SetRightAligned(int column, bool on) {
+    if (!HasColumn(column)) return;
+    columns_[static_cast<size_t>(column)].rightAligned = on;
+    Notify(MslChange::Columns);
+}
+
 bool MScrollList::IsOwnerDrawn(int column) const {
     return drawCell && HasColumn(column) && (ownerDraw || Column(column).ownerDrawn);
 }

@@ -52,9 +52,10 @@ struct MslColumn {
     int compareFlag = 0;              // 1 sorts the column the other way round
     MslNumberKey numberKey;           // when one of these is set, it goes before compare
     MslUnsignedKey unsignedKey;
-    uint32_t flags = 0;       // the owner's
-    bool ownerDrawn = false;  // see drawCell
-    bool widthFixed = false;  // set by somebody, so that FitUnsetColumns keeps out
+    uint32_t flags = 0;         // the owner's
+    bool ownerDrawn = false;    // see drawCell
+    bool rightAligned = false;  // texts end at the right edge, as numbers do; the view does not widen it
+    bool widthFixed = false;    // set by somebody, so that FitUnsetColumns keeps out
 };
 
 // What the owner tells of lazy rows, by their ids. Only text must be set.
@@ -155,6 +156,7 @@ class MScrollList {
     void FitUnsetColumns();
     void SetOwnerDrawn(int column, bool on);
     bool IsOwnerDrawn(int column) const;
+    void SetRightAligned(int column, bool on);
     int HeaderRows() const { return headerRows_; }
     std::function<int(std::string_view text, bool heading)> measure;
     int cellMargin = 8;    // added to a fitted width

@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QPlainTextEdit>
 #include <QPointer>
-#include <cstdio>
 #include <memory>
 
 #include "shared/libcxxutil/report.h"
@@ -34,7 +33,7 @@ void console_Open(const std::string& title) {
 }
 
 void console_Write(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    gen_standard_error(text);
     if (!hasDisplay()) return;
     if (!console) console_Open("Trvgui Console");
     console->moveCursor(QTextCursor::End);

@@ -109,7 +109,8 @@ void MslCells::paint(QPainter* painter, const QStyleOptionViewItem& given, const
         const QRect place = textOf(row, column, option.rect);
         const QString text = painter->fontMetrics().elidedText(
             QString::fromStdString(list_.Text(row, column)), Qt::ElideRight, place.width());
-        painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text);
+        const int side = list_.Column(column).rightAligned ? Qt::AlignRight : Qt::AlignLeft;
+        painter->drawText(place, Qt::AlignVCenter | side | Qt::TextSingleLine, text);
     }
     const bool current = view_->hasFocus() && row == list_.CurrentRow();
     if (current && (list_.toggleTree || column == list_.CurrentColumn())) {

@@ -51,7 +51,10 @@ class MslView::Model : public QAbstractTableModel {
     }
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
         if (alive_.expired() || orientation != Qt::Horizontal || section >= list_.ColumnCount()) return {};
-        if (role == Qt::TextAlignmentRole) return int{Qt::AlignLeft | Qt::AlignVCenter};
+        if (role == Qt::TextAlignmentRole)
+            return QVariant::fromValue(
+                Qt::Alignment(list_.Column(section).rightAligned ? Qt::AlignRight : Qt::AlignLeft) |
+                Qt::AlignVCenter);
         if (role != Qt::DisplayRole) return {};
         QStringList rows;
         for (const std::string& text : list_.Column(section).header) rows += QString::fromStdString(text);
@@ -242,7 +245,8 @@ void MslView::showColumns() {
     const int columns = std::min(list_.ColumnCount(), header->count());
     for (int column = 0; column < columns; ++column) {
         const MslColumn& shown = list_.Column(column);
-        const bool last = column + 1 == columns;
+        // A number stays beside what stands ahead of it.
+        const bool last = column + 1 == columns && !shown.rightAligned;
         header->resizeSection(column,
                               last ? std::max(shown.width, viewport()->width() - shown.left) : shown.width);
     }

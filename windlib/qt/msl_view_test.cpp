@@ -278,4 +278,33 @@ TEST_F(ListView, ColumnsFitTheirTextsAndFollowTheHeader) {
     EXPECT_EQ(view.model()->columnCount(), 1);
 }
 
+TEST_F(ListView, NumbersEndAtTheRightEdgeOfTheirColumn) {
+    fill({"iii", "iii"});
+    list.SetColumnTexts(1, {"iii", "iii"});
+    for (const int column : {0, 1}) list.SetWidth(column, 120);
+    QPalette colours = view.palette();
+    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Text, Qt::black);
+    view.setPalette(colours);
+    show();
+    list.SetRightAligned(1, true);
+    // Where ink stands in a cell of the second row: its share of the width.
+    const auto ink = [&](int column) {
+        const QRect cell = view.visualRect(view.model()->index(1, column));
+        const QImage shown = view.viewport()->grab(cell).toImage();
+        double sum = 0, count = 0;
+        for (int x = 0; x < shown.width(); ++x)
+            for (int y = 2; y < shown.height() - 2; ++y)
+                if (qGray(shown.pixel(x, y)) < 128) sum += x, ++count;
+        return count > 0 ? sum / count / shown.width() : -1;
+    };
+    EXPECT_LT(ink(0), 0.3);
+    EXPECT_GT(ink(1), 0.7);
+    const auto side = [&](int column) {
+        return view.model()->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole).value<Qt::Alignment>();
+    };
+    EXPECT_TRUE(side(0).testFlag(Qt::AlignLeft) && side(1).testFlag(Qt::AlignRight));
+    EXPECT_EQ(view.columnWidth(1), 120) << "not at the far end of a wide window";
+}
+
 }  // namespace

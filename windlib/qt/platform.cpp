@@ -5,6 +5,8 @@
 #include <QMessageBox>
 #include <QTimer>
 #include <QToolTip>
+#include <cstdlib>
+#include <utility>
 
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
@@ -31,10 +33,46 @@ QPalette darkPalette() {
     return palette;
 }
 
+// What the window system's library says while it starts: held back, as a failure is told in one line.
+QtMessageHandler libraryMessages = nullptr;
+bool starting = false;
+QStringList heldMessages;
+
+std::string whyNoWindowSystem() {
+    const QByteArray chosen = qgetenv("QT_QPA_PLATFORM"), wayland = qgetenv("WAYLAND_DISPLAY"),
+                     display = qgetenv("DISPLAY");
+    if (!chosen.isEmpty()) return "the window system \"" + chosen.toStdString() + "\" can't be used";
+    const QByteArray& name = display.isEmpty() ? wayland : display;
+    return name.isEmpty() ? "there is no display"
+                          : "the display \"" + name.toStdString() + "\" can't be reached";
+}
+
+void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (type == QtFatalMsg) {
+        const std::string why =
+            starting ? "No window can be opened: " + whyNoWindowSystem() : text.trimmed().toStdString();
+        gen_fatal("%s", why.c_str());
+        std::_Exit(1);
+    }
+    if (starting)
+        heldMessages.append(qFormatLogMessage(type, context, text));
+    else
+        libraryMessages(type, context, text);
+}
+
 }  // namespace
 
-std::unique_ptr<QApplication> platform_Start(int& argc, char** argv) {
-    auto application = std::make_unique<QApplication>(argc, argv);
+std::unique_ptr<QApplication> platform_Start(const char* program) {
+    static std::string name;
+    static char* arguments[] = {nullptr, nullptr};
+    static int count = 1;
+    name = program;
+    arguments[0] = name.data();
+    starting = true;
+    libraryMessages = qInstallMessageHandler(takeMessage);
+    auto application = std::make_unique<QApplication>(count, arguments);
+    starting = false;
+    for (const QString& text : std::exchange(heldMessages, {})) gen_standard_error(text.toStdString() + '\n');
     QApplication::setApplicationName(QStringLiteral("chronoweave"));
     QApplication::setApplicationDisplayName(QStringLiteral("VOREL Chronoweave"));
     QApplication::setQuitOnLastWindowClosed(false);  // the main loop decides

@@ -10,9 +10,11 @@ class QKeyEvent;
 class QPoint;
 class QWidget;
 
-// The application object, with the style and the icon of the program. Owns argv's lifetime needs. Whatever
-// the gate held runs from its loops.
-std::unique_ptr<QApplication> platform_Start(int& argc, char** argv);
+// The application object, with the style and the icon of the program; of the command line it sees the
+// program's name and nothing else. Whatever the gate held runs from its loops. Where there is no window
+// system to be reached, or it can't be gone on with later, a message says so and the process ends with
+// status 1.
+std::unique_ptr<QApplication> platform_Start(const char* program);
 
 // A key with its modifiers, as menus write it ("Ctrl+O", "Shift+F3", "?"); empty for a modifier alone.
 std::string platform_KeyName(const QKeyEvent& event);

@@ -83,6 +83,7 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     laLooks_Drop(canvas.looks, laLegend_Kept(canvas));
     take_settings(canvas);
     canvas.list.flatView = canvas.list.sortAroundEvent = false;
+    canvas.source.damage.clear();
     canvas.source.canvasName.clear();
     canvas.source.shortName.clear();
     canvas.items.cpus.clear();

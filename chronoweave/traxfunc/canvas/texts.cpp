@@ -3,13 +3,35 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/model/time.h"
-#include "shared/libcxxutil/report.h"
+
+namespace {
+
+constexpr int mostDecimals = 17;
+
+TickScale scale_of(const _LaCanvasData& canvas) {
+    return laTime_Scale(canvas.source.ticksPerSecond, canvas.axis.timeMode);
+}
+
+// Any time of the time base in the unit shown.
+std::string time_digits(const _LaCanvasData& canvas, double time, int precision) {
+    return laTime_Digits(scale_of(canvas), laTime_Convert(Time_Second, time, canvas.axis.timeMode),
+                         std::clamp(precision, 0, mostDecimals));
+}
+
+}  // namespace
+
+std::string laCanvas_ExactTime(const _LaCanvasData& canvas, double time) {
+    constexpr int most = 10;
+    return tick_Text(scale_of(canvas), laTime_Convert(Time_Second, time, canvas.axis.timeMode), most);
+}
+
+std::string laCanvas_TimeText(const _LaCanvasData& canvas, double time) {
+    return laTime_TrimZeros(time_digits(canvas, time, canvas.axis.tickDigits + 3));
+}
 
 void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message) {
-    const int precision = std::max(0, canvas.axis.tickDigits + (canvas.axis.timeMode == Time_Tick ? 1 : 3));
-    const auto shown = [&](double time) {
-        return gen_format("%.*f", precision, laTime_Convert(Time_Second, time, canvas.axis.timeMode));
-    };
+    const int precision = canvas.axis.tickDigits + (canvas.axis.timeMode == Time_Tick ? 1 : 3);
+    const auto shown = [&](double time) { return time_digits(canvas, time, precision); };
     LaCanvasFields& fields = canvas.fields;
     if ((what & Fields_View) != 0) {
         fields.viewFrom = shown(canvas.view.viewLow);
@@ -30,8 +52,7 @@ void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message)
 std::string laCanvas_TotalLengthText(const _LaCanvasData& canvas) {
     static constexpr int least[] = {10, 7, 4, 1, 1, 1};
     const int precision = std::max(canvas.axis.tickDigits, least[canvas.axis.timeMode]);
-    return laTime_TrimZeros(gen_format(
-        "%.*f", precision, laTime_Convert(Time_Second, canvas.source.totalLength, canvas.axis.timeMode)));
+    return laTime_TrimZeros(time_digits(canvas, canvas.source.totalLength, precision));
 }
 
 std::string laCanvas_TotalLengthTitle(const _LaCanvasData& canvas) {

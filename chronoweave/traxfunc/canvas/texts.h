@@ -6,6 +6,12 @@
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
 
+// A time of the trace, or the difference of two, in the unit shown: rounded to the tick, with the decimals
+// that a tick has.
+std::string laCanvas_ExactTime(const _LaCanvasData& canvas, double time);
+// Any time of the time base in the unit shown, with what its last digits need on this axis, trimmed.
+std::string laCanvas_TimeText(const _LaCanvasData& canvas, double time);
+
 constexpr int Fields_View = 1, Fields_Selection = 2;
 // Rewrites the texts of the fields named by what, and the message line when one is given, and tells the
 // window.

@@ -5,6 +5,7 @@
 #include "chronoweave/traxfunc/fetch/sweep.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/source.h"
+#include "shared/libcxxutil/report.h"
 
 namespace {
 
@@ -59,26 +60,41 @@ class RangeFetch {
             if (canvas_.items.laneIndex.find(id) == laNoLane) laLn_New(canvas_.items, id);
 
         LaneSweep sweep(canvas_, state_);
-        sweep.All(low_, false, true);
+        if (!walk.gap()) sweep.All(low_, false, true);
         EventRecord event;
-        uint32_t count = 0;
-        double reached = high_;
-        while (mt_NextEvent(walk, event)) {
+        for (uint32_t count = 0; mt_NextEvent(walk, event); ++count) {
             if (count == 0) canvas_.items.firstSequence = event.sequence;
-            const double time = laSource_TimeOf(canvas_.source, event.time);
+            const double time = TimeOf(event.time);
             if ((count & 0x3FFF) == 0x3FFF && canvas_.calls.progress &&
                 !canvas_.calls.progress(time - low_, high_ - low_)) {
-                reached = std::max(low_, time);
-                break;
+                const double reached = std::max(low_, time);
+                sweep.All(reached, true, false);
+                return reached;
             }
-            Take(sweep, event, time, count);
-            ++count;
+            if (walk.gap()) Bridge(sweep, *walk.gap(), time);
+            Take(sweep, event, time, event.sequence - canvas_.items.firstSequence);
         }
-        sweep.All(reached, true, false);
-        return reached;
+        // Nobody knows how long the last statuses held when what follows can't be read.
+        if (walk.gap())
+            sweep.Break(std::max(low_, TimeOf(walk.gap()->from)));
+        else
+            sweep.All(high_, true, false);
+        return high_;
     }
 
   private:
+    double TimeOf(mt_Time tick) const { return laSource_TimeOf(canvas_.source, tick); }
+    // Around a stretch that can't be read: statuses end ahead of it and begin anew behind it.
+    void Bridge(LaneSweep& sweep, const mt_Gap& gap, double time) {
+        sweep.Break(std::max(low_, TimeOf(gap.from)));
+        for (uint32_t position = 0; position < state_.size(); ++position) {
+            const uint32_t id = state_.id_at(position);
+            if (state_.entry(position).objectType == mt_ObjectTask &&
+                canvas_.items.laneIndex.find(id) == laNoLane)
+                laLn_New(canvas_.items, id);
+        }
+        sweep.All(time, false, true);
+    }
     void Take(LaneSweep& sweep, const EventRecord& event, double time, uint32_t sequence) {
         StateChange change;
         for (ChangeList list = event.changes; list.next(change);)
@@ -105,6 +121,16 @@ class RangeFetch {
 };
 
 }  // namespace
+
+std::string laSource_TellDamage(LaSource& source) {
+    if (source.store == nullptr) return {};
+    const std::vector<Result> damage = mt_TakeDamage(*source.store);
+    for (const Result& one : damage) gen_console("%s\n", one.text().c_str());
+    if (damage.empty()) return {};
+    source.damage = "The store is damaged: " + damage.front().text();
+    if (damage.size() > 1) source.damage += gen_format(" (%zu more on the console)", damage.size() - 1);
+    return source.damage;
+}
 
 bool laCanvas_IsCached(const _LaCanvasData& canvas, double low, double high) {
     return canvas.items.cachedHigh > canvas.items.cachedLow && low >= canvas.items.cachedLow &&

@@ -12,3 +12,7 @@ bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high);
 
 // True when a view of this range needs no fetch.
 bool laCanvas_IsCached(const _LaCanvasData& canvas, double low, double high);
+
+// What was found to be damaged in the source's store since the last call goes to the console; the result is a
+// sentence for the message line, empty when there is nothing new, which the source keeps.
+std::string laSource_TellDamage(LaSource& source);

@@ -125,6 +125,18 @@ void LaneSweep::All(double time, bool closing, bool trackSwitches) {
     touched_.clear();
 }
 
+void LaneSweep::Break(double time) {
+    for (uint32_t index = 0; index < canvas_.items.lanes.size(); ++index) {
+        laItem_Line& lane = canvas_.items.lanes[index];
+        if (lane.isAgent) continue;
+        if (lane.openStatus >= 0) laLn_AppendSegment(lane, lane.openSince, time, lane.openStatus);
+        laLn_Break(lane);
+    }
+    touched_.clear();
+    executing_.clear();
+    laCpu_Clear(canvas_.items);
+}
+
 void LaneSweep::Step(double time) {
     // With nothing touched, what a step without a take-over found is what this one would find.
     if (touched_.empty() && settled_) return;

@@ -26,6 +26,9 @@ class LaneSweep {
     void All(double time, bool closing, bool trackSwitches);
     // The lanes that can matter.
     void Step(double time);
+    // What follows can't be read: every open status becomes a segment that ends at time, and no status is
+    // known until all lanes are looked at again.
+    void Break(double time);
 
   private:
     // Asks for the lane's facts and status, and ends a segment when the status changed.

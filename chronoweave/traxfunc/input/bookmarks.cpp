@@ -15,8 +15,10 @@
 namespace {
 
 std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
-    std::string label =
-        gen_format(canvas.axis.timeMode >= Time_Tick ? "Bookmark: %.2f" : "Bookmark: %.10f", time);
+    const bool counts = canvas.axis.timeMode >= Time_Tick;
+    std::string label = "Bookmark: " + laTime_Digits(laTime_Scale(canvas.source.ticksPerSecond,
+                                                                  counts ? Time_Tick : Time_Second),
+                                                     time, counts ? 2 : 10);
     if (objectId == laAgentId) return label;
     const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
     const std::string name = lane != nullptr

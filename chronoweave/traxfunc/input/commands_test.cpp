@@ -209,7 +209,7 @@ TEST_F(Commands, Bookmarks) {
     EXPECT_TRUE(laCanvas_Command(canvas, "AddBookmark"));
     ASSERT_EQ(canvas.marks.bookmarks.size(), 2u);
     EXPECT_EQ(canvas.marks.bookmarks[0].time, total * 0.55);
-    EXPECT_EQ(canvas.marks.bookmarks[1].label, gen_format("Bookmark: %.10f", total * 0.5));
+    EXPECT_EQ(canvas.marks.bookmarks[1].label, gen_format("Bookmark: %.3f", total * 0.5));
     EXPECT_EQ(canvas.marks.bookmarks[1].colour, 0x0000FFu);
     const double near = 2.5 / canvas.view.pixelsPerUnit, far = 3.5 / canvas.view.pixelsPerUnit;
     EXPECT_EQ(laBookmark_Find(canvas, total * 0.5 + near, false), &canvas.marks.bookmarks[1]);
@@ -222,11 +222,11 @@ TEST_F(Commands, Bookmarks) {
     for (const char* bad : {"ShowBookmark 1", "ShowBookmark", "ShowBookmark x", "ShowBookmark -1"})
         EXPECT_FALSE(laCanvas_Command(canvas, bad)) << bad;
     canvas.axis.timeMode = Time_Tick;
-    EXPECT_EQ(laBookmark_Add(canvas, 0x99999, 7, true).label, "Bookmark: 7.00 on Task 0x99999");
+    EXPECT_EQ(laBookmark_Add(canvas, 0x99999, 7, true).label, "Bookmark: 7 on Task 0x99999");
     laItem_Line& lane = canvas.items.lanes[0];
     lane.hasName = true;
     lane.name = "it's";
-    EXPECT_EQ(laBookmark_Add(canvas, lane.objectId, 8, true).label, "Bookmark: 8.00 on it\\'s");
+    EXPECT_EQ(laBookmark_Add(canvas, lane.objectId, 8, true).label, "Bookmark: 8 on it\\'s");
     EXPECT_TRUE(laCanvas_Command(canvas, "deletebookmarks"));
     EXPECT_TRUE(canvas.marks.bookmarks.empty());
 }

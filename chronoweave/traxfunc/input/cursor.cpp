@@ -240,9 +240,9 @@ std::string laCanvas_HoverText(const _LaCanvasData& canvas, int x) {
                    : value + " " + laTime_UnitName(canvas.axis, true) + "s";
     };
     const double time = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(x);
-    std::string text = unit(laTime_Text(canvas.axis, time));
+    std::string text = unit(laCanvas_TimeText(canvas, time));
     if (canvas.marks.cursor[0] < 0) return text + ".";
     const double distance = time - canvas.marks.cursor[0];
-    text += ", " + unit(laTime_Text(canvas.axis, std::fabs(distance)));
+    text += ", " + unit(laCanvas_TimeText(canvas, std::fabs(distance)));
     return text + (distance < 0 ? " before the first cursor." : " after the first cursor.");
 }

@@ -36,6 +36,43 @@ class Fields : public testing::Test {
     _LaCanvasData& canvas = *test.canvas;
 };
 
+TEST_F(Fields, TimesOfATraceHaveNoMoreDigitsThanATick) {
+    struct Case {
+        double ticksPerSecond;
+        int mode;
+        double time;
+        const char *exact, *shown;
+    };
+    const double late = 1700001.336, third = 1.0 / 3;
+    canvas.axis.tickDigits = 9;
+    for (const Case& one : {
+             // What a double makes of it is not the trace's: .3359999999 and the like.
+             Case{1e9, Time_Second, late, "1700001.336000000", "1700001.336"},
+             Case{1e9, Time_Millisecond, 0.0042516416711, "4.251642", "4.251641671100"},
+             Case{1e9, Time_Millisecond, 0.004251642, "4.251642", "4.251642"},
+             Case{1e9, Time_Nanosecond, late, "1700001336000000", "1700001336000000"},
+             Case{1e3, Time_Second, 0.25, "0.250", "0.25"},
+             Case{1e3, Time_Millisecond, 0.25, "250", "250"},
+             Case{1e3, Time_Second, 0.2501, "0.250", "0.250100000000"},
+             Case{3, Time_Second, third, "0.3333333333", "0.333333333333"},
+             Case{1, Time_Tick, 17, "17", "17"},
+         }) {
+        canvas.source.ticksPerSecond = one.ticksPerSecond;
+        canvas.axis.timeMode = one.mode;
+        EXPECT_EQ(laCanvas_ExactTime(canvas, one.time), one.exact);
+        // Between ticks all digits that the axis needs are told.
+        const std::string text = laCanvas_TimeText(canvas, one.time);
+        EXPECT_EQ(laTime_TrimZeros(one.shown), text);
+    }
+    canvas.source.ticksPerSecond = 1000;
+    canvas.axis.timeMode = Time_Second;
+    canvas.marks.cursor[0] = 22.001;
+    canvas.marks.cursor[1] = 22.0031;
+    laCanvas_UpdateFields(canvas, Fields_Selection);
+    EXPECT_EQ(canvas.fields.selFrom, "22.001");
+    EXPECT_EQ(canvas.fields.selTo, "22.003100000000");
+}
+
 TEST_F(Fields, EveryRowOfTheViewFields) {
     struct Case {
         const char *field, *text;

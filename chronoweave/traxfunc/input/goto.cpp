@@ -172,7 +172,7 @@ bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text) {
     if (!target) return refuse(canvas, why);
     if (!canvas.source.storeHasEvents) return refuse(canvas, "There is nothing to go to.");
     if (target->low > canvas.source.totalLength)
-        return refuse(canvas, "The trace ends at " + laTime_Text(canvas.axis, canvas.source.totalLength) +
+        return refuse(canvas, "The trace ends at " + laCanvas_TimeText(canvas, canvas.source.totalLength) +
                                   " " + laTime_UnitName(canvas.axis, true) + "s.");
     if (target->high) return laCanvas_Zoom(canvas, target->low, *target->high, true, Zoom_Range);
     const double low = std::max(0.0, target->low - canvas.view.viewLength / 2);

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <map>
 
-#include "chronoweave/rtos/extra_format.h"
+#include "chronoweave/import/extra_format.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/list.h"
@@ -82,7 +83,7 @@ std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
 }  // namespace
 
 std::string laTip_Time(const _LaCanvasData& canvas, double time) {
-    return laTime_TrimZeros(gen_format("%.10f", laTime_Convert(Time_Second, time, canvas.axis.timeMode)));
+    return laTime_TrimZeros(laCanvas_ExactTime(canvas, time));
 }
 
 std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
@@ -95,19 +96,16 @@ std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
     const std::string& format = canvas.looks.legend.events[static_cast<size_t>(icon.event)].extraFormat;
     if (format.empty() || !canvas.source.store) return {};
     const uint32_t wanted = laItem_StoreSequence(canvas.items, icon);
-    // A walk from a multiple of the checkpoint interval begins one event later, so it begins one earlier.
     EventWalk walk;
-    if (!mt_StartWalkBySequence(*canvas.source.store, std::max(1u, wanted - 1), 3, nullptr, walk)) return {};
     EventRecord event;
-    while (mt_NextEvent(walk, event)) {
-        if (event.sequence != wanted) continue;
-        std::string text;
-        bool problem = false;
-        extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store),
-                     canvas.options.extraDataWarning, canvas.options.unusedExtraDataWarning, text, &problem);
-        return text_utf8(text);
-    }
-    return {};
+    if (!mt_StartWalkAtEvent(*canvas.source.store, wanted, 1, nullptr, walk) || !mt_NextEvent(walk, event) ||
+        event.sequence != wanted)
+        return {};
+    std::string text;
+    bool problem = false;
+    extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store), canvas.options.extraDataWarning,
+                 canvas.options.unusedExtraDataWarning, text, &problem);
+    return text_utf8(text);
 }
 
 std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item) {

@@ -118,7 +118,8 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool rep
     canvas.source.scrollExtent = std::max(canvas.source.scrollExtent, high);
     if (needed) laCanvas_Resort(canvas);
     laCanvas_Rescale(canvas, repaint);
-    return finish(canvas, true);
+    const std::string damage = needed ? laSource_TellDamage(canvas.source) : std::string();
+    return finish(canvas, true, damage.empty() ? nullptr : damage.c_str());
 }
 
 bool laCanvas_Zoom(_LaCanvasData& canvas, double low, double high, bool repaint, int mode) {

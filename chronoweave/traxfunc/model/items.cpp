@@ -39,18 +39,25 @@ bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status)
     lane.openSince = t1;
     if (!lane.segments.empty()) {
         LaLnSeg& last = lane.segments.back();
-        if (last.t1 != t0) {
+        if (lane.broken ? last.t1 > t0 : last.t1 != t0) {
             gen_console("[laLn_AddSegment] discontinous line segments(%f, %f) not supported yet!\n", last.t1,
                         t0);
             return false;
         }
-        if (last.status == status) {
+        if (last.status == status && last.t1 == t0) {
             last.t1 = t1;
             return true;
         }
     }
+    lane.broken = false;
     lane.segments.push_back({t0, t1, status});
     return true;
+}
+
+void laLn_Break(laItem_Line& lane) {
+    lane.openStatus = -1;
+    lane.openSince = -100.0;
+    lane.broken = true;
 }
 
 void laBm_Append(LaItems& items, const laItem_Bitmap& icon) {

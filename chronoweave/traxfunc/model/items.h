@@ -45,6 +45,7 @@ struct laItem_Line {
     double firstTime = -100.0;  // start of the earliest segment; negative for none
     int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
     double openSince = -100.0;  // when it began; negative for none
+    bool broken = false;        // what follows the last segment is not known
     MslObjectEntry* listEntry = nullptr;     // valid until the list is rebuilt
     int32_t eventDistance = laFarFromEvent;  // events from a clicked event, signed
 };
@@ -54,7 +55,7 @@ struct laItem_Bitmap {
     static constexpr laItemType itype = laItemType::Bitmap;
     double time = 0;
     uint32_t lane = laNoLane;        // position in the lane list
-    uint32_t sequence = 0;           // number within the fetch, from 0; see laItem_StoreSequence
+    uint32_t sequence = 0;           // events behind the fetch's first one; see laItem_StoreSequence
     int32_t event = -1;              // row of the legend's event table
     uint16_t type = 0, subtype = 0;  // as logged
 };
@@ -124,9 +125,11 @@ struct LaItems {
 
 // Makes a lane at the end of the list and returns its position. The agent has no entry in the index.
 uint32_t laLn_New(LaItems& items, uint32_t objectId);
-// Adds a stretch at the end of a lane; t0 must be the end of the last one. A neighbour of the same status
-// grows instead. False, with a message, when it does not join.
+// Adds a stretch at the end of a lane; t0 must be the end of the last one, or lie behind it after a break. A
+// neighbour of the same status grows instead. False, with a message, when it does not join.
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status);
+// What follows the lane's last stretch is not known: the next one begins anew.
+void laLn_Break(laItem_Line& lane);
 // Adds an icon at the end of the list and of its lane's.
 void laBm_Append(LaItems& items, const laItem_Bitmap& icon);
 // Position in the icon list of a lane's icon, given as the lane counts them.

@@ -17,6 +17,7 @@ struct LaSource {
     double totalLength = 1e-6;   // of the whole trace, time base
     double scrollExtent = 1e-6;  // what the horizontal bar spans; at least totalLength
     std::string sourcePath, sourceFile;
+    std::string damage;      // what was told last of damage of the store; empty for none
     std::string canvasName;  // title of the window; empty for unnamed
     std::string shortName;
 };

@@ -1,6 +1,7 @@
 #include "chronoweave/traxfunc/model/time.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "shared/libcxxutil/report.h"
 
@@ -53,7 +54,18 @@ std::string laTime_TrimZeros(std::string text) {
     return text;
 }
 
-std::string laTime_Text(const LaAxis& axis, double time) {
-    return laTime_TrimZeros(
-        gen_format("%.*f", axis.tickDigits + 3, laTime_Convert(Time_Second, time, axis.timeMode)));
+TickScale laTime_Scale(double ticksPerSecond, int mode) {
+    const auto ticks = static_cast<uint64_t>(std::max(1.0, ticksPerSecond));
+    if (mode >= Time_Tick) return {1, 1};
+    static constexpr uint64_t units[] = {1, 1000, 1000000, 1000000000};
+    return {ticks, units[mode]};
+}
+
+std::string laTime_Digits(const TickScale& scale, double value, int most) {
+    // What a double loses on the way from a count of ticks.
+    constexpr double least = 1e-6, relative = 1e-15;
+    const double ticks =
+        value * (static_cast<double>(scale.ticksPerSecond) / static_cast<double>(scale.unitsPerSecond));
+    const bool onTick = std::fabs(ticks - std::round(ticks)) <= least + relative * std::fabs(ticks);
+    return onTick ? tick_Text(scale, value, most) : gen_format("%.*f", most, value);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "chronoweave/traxfunc/model/view.h"
+#include "shared/libcxxutil/tick_text.h"
 
 enum TimeMode : int {
     Time_Second = 0,
@@ -77,5 +78,9 @@ double laCanvas_AbsoluteTime(const LaView& view, uint64_t pixel);
 const char* laTime_UnitName(const LaAxis& axis, bool longForm);
 // Drops zeros and blanks at the end behind a point, then a bare point, and leading blanks.
 std::string laTime_TrimZeros(std::string text);
-// A time of the time base in the axis's unit, with what its last digits need there, trimmed.
-std::string laTime_Text(const LaAxis& axis, double time);
+// What times are counted in, and the unit shown.
+TickScale laTime_Scale(double ticksPerSecond, int mode);
+// A value in the unit of the scale. One that the trace holds lies on a tick: it is rounded to that, with as
+// many decimals as a tick has in the unit, and at most most (0 to 17). One between ticks (a column, a typed
+// value) has all of those.
+std::string laTime_Digits(const TickScale& scale, double value, int most);

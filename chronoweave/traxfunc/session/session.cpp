@@ -66,7 +66,7 @@ void laCanvas_SourceGrew(_LaCanvasData& canvas) {
 
 double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
     EventWalk walk;
-    if (!mt_StartWalkBySequence(*canvas.source.store, 1, count, nullptr, walk)) return -1;
+    if (!mt_StartWalkAtEvent(*canvas.source.store, 1, count, nullptr, walk)) return -1;
     EventRecord event;
     uint64_t first = 0, last = 0;
     uint32_t seen = 0;

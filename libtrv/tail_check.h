@@ -1,0 +1,13 @@
+// Tells an unfinished append, which may stand behind the end mark of a store, from events that an overwritten
+// byte has cut off.
+#pragma once
+
+#include <cstdint>
+
+#include "libtrv/gfile.h"
+#include "libtrv/store_format.h"
+
+// True when whole events of the store lead from behind the end mark to the end of the file, and what stands
+// at the mark is no beginning of an append. atBlockEnd: the mark stands where a block would begin. last is
+// the time of the last event.
+bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_Time last);
