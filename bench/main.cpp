@@ -96,5 +96,6 @@ int main(int argc, char** argv) {
     register_NavigationBenchmarks(place);
     register_AnalysisBenchmarks(place);
     register_TextBenchmarks(place);
+    register_BusBenchmarks();
     return measure_RunAll() == 0 ? 0 : 1;
 }

@@ -32,8 +32,10 @@ void Svc_EventLoop::runCleanupActions() {
 }
 
 void Svc_EventLoop::run() {
+    left_ = false;
     while (link_.alive()) {
         iterate();
+        if (left_) return;
         if (!isDone()) {
             served_.reset();
             continue;

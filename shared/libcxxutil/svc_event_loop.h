@@ -91,6 +91,8 @@ class Svc_EventLoop {
 
   protected:
     void runActions();
+    // run ends with this round.
+    void leave() { left_ = true; }
     EventLoop& loop() { return loop_; }
 
   private:
@@ -104,5 +106,6 @@ class Svc_EventLoop {
     std::vector<std::function<void()>> loopFunctions_;
     SleepTime* sleepObject_ = nullptr;
     std::function<std::chrono::milliseconds()> sleepFunction_;
+    bool left_ = false;
     std::optional<std::chrono::milliseconds> served_;  // the clock when the link was served
 };

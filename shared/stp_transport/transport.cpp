@@ -31,6 +31,7 @@ Registry& registry() {
 
 STPTransport::STPTransport(STPTransportOptions options)
     : options_(std::move(options)), out_(options_.outInitial), in_(options_.inInitial) {
+    defaultFrame_.context.high = options_.contextHigh;
     registry().all.push_back(this);
 }
 
@@ -101,6 +102,7 @@ void STPTransport::closeQuietly() {
     registry().removeAll(this);
     listening_.close();
     acceptPending_ = false;
+    defaultFrame_.context.high = options_.contextHigh;
     if (const std::unique_ptr<Wire> wire = std::exchange(wire_, nullptr)) {
         const int number = wire->descriptor().value_or(-1);
         if (const int error = wire->shutDown())

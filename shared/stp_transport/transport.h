@@ -75,6 +75,9 @@ struct STPTransportOptions {
     PollFunction poll = watches_Poll;
     std::function<PeerOwner(int descriptor)> peerOwner = socket_PeerOwner;
     ListenOn listenOn = ListenOn::Loopback;
+    // The upper half of the contexts that begin here: it tells them from those that begin at the far end. The
+    // end that accepted a connection has 1, and so has the second of a pair.
+    uint16_t contextHigh = 0;
 };
 
 class STPTransport : public RefCounted {

@@ -26,7 +26,7 @@ class Raised {
 STPMessage STPTransport::newRequest(uint32_t firstId, uint32_t secondId, STPKind kind, uint32_t tag,
                                     uint32_t flags) {
     if (frames_.empty())
-        defaultFrame_.context = {0, static_cast<uint16_t>(sequence_ == UINT32_MAX ? 1 : sequence_ + 1), 0};
+        defaultFrame_.context.low = static_cast<uint16_t>(sequence_ == UINT32_MAX ? 1 : sequence_ + 1);
     STPMessage message;
     message.header = {firstId, secondId, 0, 0, static_cast<uint32_t>(kind), tag, flags, topFrame().context};
     ++message.header.context.ordinal;

@@ -3,6 +3,13 @@
 #include "shared/stp_transport/socket_wire.h"
 #include "shared/stp_transport/transport.h"
 
+namespace {
+
+// The upper half of contexts that begin at an end that was connected to, by TCP or in a pair.
+constexpr uint16_t acceptedHigh = 1;
+
+}  // namespace
+
 bool STPTransport::canStart(const char* whenBound, const char* whenListening) {
     if (bound()) return fail(STPCode::Misuse, whenBound);
     if (listening()) return fail(STPCode::Misuse, whenListening);
@@ -75,6 +82,7 @@ bool STPTransport::acceptClient(AfterAccept after) {
     }
     if (after == AfterAccept::LeaveOpen) listening_.give();
     listening_.close();
+    defaultFrame_.context.high = acceptedHigh;
     adopt(std::make_unique<SocketWire>(std::move(socket), options_.poll));
     return true;
 }
@@ -119,6 +127,7 @@ bool STPTransport::linkInProcess(STPTransport& first, STPTransport& second, STPS
             if (link->open[1 - i]) peer->askForTurn();
         });
         end->inProcess_ = wire.get();
+        if (i == 1) end->defaultFrame_.context.high = acceptedHigh;
         end->adopt(std::move(wire));
     }
     return first.give(status, true);

@@ -121,6 +121,8 @@ class STPSpecClass : public RefCounted {
     bool callOneWay(STPBodyForm form, size_t row, std::string body, const std::string& fields, STPSend how,
                     RetryHandler* retry, STPStatus* status);
     STPLogSource logSource() const { return {description_.serviceName, localId_}; }
+    bool logsSends() const { return sendLog_ != nullptr; }
+    bool logsReceipts() const { return receiveLog_ != nullptr; }
     void logReceived(const char* what, const char* name, const std::string& fields) const;
 
   private:

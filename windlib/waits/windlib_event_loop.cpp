@@ -1,0 +1,17 @@
+#include "windlib/waits/windlib_event_loop.h"
+
+#include "shared/libcxxutil/report.h"
+
+void Windlib_EventLoop::iterate() {
+    if (!windows_.hasDisplay()) return Svc_EventLoop::iterate();
+    runActions();
+    const bool dispatched = windows_.dispatch(WaitWindows::Dispatch::Full);
+    EventLoop& own = loop();
+    if (!dispatched || !own.tasks.Run(own.now())) {
+        gen_fatal("Error occurred.\n");
+        return leave();
+    }
+    own.gate->RunHeld();
+    const auto next = own.gate->Ready() ? std::chrono::milliseconds(0) : own.tasks.UntilNext(own.now());
+    if (!windows_.waitForInput(next)) windows_.abort();
+}
