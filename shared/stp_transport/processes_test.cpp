@@ -123,17 +123,22 @@ class Proxy {
             case Fault::Reset:
                 ::setsockopt(client_.number(), SOL_SOCKET, SO_LINGER, &now, sizeof now);
                 ::_exit(0);
-            case Fault::HalfOpen: ::pause(); break;
+            case Fault::HalfOpen:
+                ::pause();
+                break;
             case Fault::Flood: {
                 std::string flood;
                 for (uint16_t i = 0; i < 1000; ++i) flood += packet_Of(header_Text(1, stpOneWay, {7, i, 1}));
                 while (true) writeAll(client_, flood);
             }
-            case Fault::Junk: writeAll(client_, std::string(100000, '\xA5')); break;
+            case Fault::Junk:
+                writeAll(client_, std::string(100000, '\xA5'));
+                break;
             case Fault::Cut:
             case Fault::None:
             case Fault::Trickle:
-            case Fault::NeverReads: break;
+            case Fault::NeverReads:
+                break;
         }
         ::_exit(0);
     }
@@ -150,7 +155,8 @@ struct Outcome {
 };
 
 // Calls through the proxy until one fails, at most so many.
-Outcome callThrough(Fault fault, int most, std::optional<std::chrono::milliseconds> limit, size_t bodyBytes = 40) {
+Outcome callThrough(Fault fault, int most, std::optional<std::chrono::milliseconds> limit,
+                    size_t bodyBytes = 40) {
     Listening echo, proxy;
     const Child server([&] { runEcho(echo.socket.number()); });
     const Child between([&] {
@@ -196,7 +202,8 @@ TEST(Processes, ASpoiledConnectionCostsAStatusAndAText) {
         STPCode code;
         const char* text;
     } rows[] = {
-        {Fault::Cut, STPCode::PeerClosed, "[awaitResponse]: connection closed while waiting to receive response"},
+        {Fault::Cut, STPCode::PeerClosed,
+         "[awaitResponse]: connection closed while waiting to receive response"},
         {Fault::Reset, STPCode::PeerClosed,
          "[awaitResponse]: connection closed while waiting to receive response"},
         {Fault::Junk, STPCode::PeerClosed,

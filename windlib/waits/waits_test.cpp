@@ -90,7 +90,8 @@ TEST(WindLibRetryHandler, NestedWaitsHaveHandlesOfTheirOwn) {
     EXPECT_NE(outer, inner);
     EXPECT_TRUE(waitHandle_Stop(inner));
     EXPECT_FALSE(retry.keepTrying());
-    EXPECT_EQ(windows.asked, std::vector<std::string>{std::to_string(inner) + ": Reading, Terminate Connection?"});
+    EXPECT_EQ(windows.asked,
+              std::vector<std::string>{std::to_string(inner) + ": Reading, Terminate Connection?"});
     windows.answer = WaitAnswer::GoOn;
     EXPECT_TRUE(retry.keepTrying());
     EXPECT_TRUE(retry.keepTrying());  // the stop is answered
@@ -150,9 +151,9 @@ TEST(WindLibRetryHandler, EventProcessingFormsDispatchEverything) {
 TEST(WindLibRetryHandler, LostTransportsAndServicesEndWithoutAQuestion) {
     FakeWindows windows;
     ScriptedEnd end;
-    static const STPServiceDescription description{"X", "x", "1", 0, 1, 2, {}, {}, {}};
+    static const STPServiceDescription waiting{"X", "x", "1", 0, 1, 2, {}, {}, {}};
     struct Service : STPSpecClass {
-        Service() : STPSpecClass(description) {}
+        Service() : STPSpecClass(waiting) {}
     };
     const auto service = ref_Make<Service>();
     service->attach(end.transport);
@@ -202,8 +203,9 @@ TEST(ServiceRouterProxyStartup, AsksWithItsOwnWords) {
     windows.answer = WaitAnswer::GoOn;
     EXPECT_TRUE(retry.keepTrying());
     ASSERT_EQ(windows.asked.size(), 1u);
-    EXPECT_TRUE(windows.asked[0].starts_with("Unable to connect to the servicerouter. Would you like to continue "
-                                             "waiting for aconnection to be established?"));
+    EXPECT_TRUE(
+        windows.asked[0].starts_with("Unable to connect to the servicerouter. Would you like to continue "
+                                     "waiting for aconnection to be established?"));
     EXPECT_TRUE(windows.asked[0].ends_with("Continue waiting for connection?"));
     waitHandle_Stop(*retry.handle());
     windows.answer = WaitAnswer::Stop;

@@ -8,8 +8,8 @@ class Windlib_EventLoop : public Svc_EventLoop {
   public:
     Windlib_EventLoop(EventLoop& loop, LoopLink& link, WaitWindows& windows)
         : Svc_EventLoop(loop, link), windows_(windows) {}
-    // Dispatches the events of windows, runs what is due, and waits for more until the next task. A task that fails
-    // ends the loop. Without a display as in a process without windows.
+    // Dispatches the events of windows, runs what is due, and waits for more until the next task. A task that
+    // fails ends the loop. Without a display as in a process without windows.
     void iterate() override;
 
   private:

@@ -25,7 +25,10 @@ void wait_ProcessEvents(WaitWindows& windows, WaitWindows::Dispatch how) {
 
 WindLibRetryHandler::WindLibRetryHandler(WaitWindows& windows, std::string message, const int* seconds,
                                          std::optional<milliseconds> limit, Now now)
-    : RetryHandler(limit, std::move(now)), windows_(windows), message_(std::move(message)), seconds_(seconds) {}
+    : RetryHandler(limit, std::move(now)),
+      windows_(windows),
+      message_(std::move(message)),
+      seconds_(seconds) {}
 
 WindLibRetryHandler::~WindLibRetryHandler() {
     while (handle_) WindLibRetryHandler::finish();
@@ -53,8 +56,8 @@ bool WindLibRetryHandler::keepTrying() {
 bool WindLibRetryHandler::askToGoOn() {
     const WaitQuestion question{terminateTitle, gen_format("%s, Terminate Connection?", message_.c_str()),
                                 "Continue", "Terminate"};
-    const WaitAnswer answer = windows_.waitDialogMode() ? windows_.askModeless(*handle_, question)
-                                                        : windows_.ask(question);
+    const WaitAnswer answer =
+        windows_.waitDialogMode() ? windows_.askModeless(*handle_, question) : windows_.ask(question);
     if (answer == WaitAnswer::Stop) return false;
     // A stop that was flagged has been answered.
     waitHandle_Free(*handle_);
@@ -84,9 +87,8 @@ void WindLibRetryHandler::wait() {
     windows_.serveTimers();
 }
 
-ServiceRouterProxyStartup_RetryHandler::ServiceRouterProxyStartup_RetryHandler(std::function<bool()> proxyAlive,
-                                                                               WaitWindows& windows,
-                                                                               milliseconds limit, Now now)
+ServiceRouterProxyStartup_RetryHandler::ServiceRouterProxyStartup_RetryHandler(
+    std::function<bool()> proxyAlive, WaitWindows& windows, milliseconds limit, Now now)
     : RetryHandler(limit, std::move(now)), proxyAlive_(std::move(proxyAlive)), windows_(windows) {}
 
 void ServiceRouterProxyStartup_RetryHandler::start() {
@@ -100,7 +102,8 @@ bool ServiceRouterProxyStartup_RetryHandler::keepTrying() {
     const bool stopped = handle_ && waitHandle_IsStopped(*handle_);
     if (!stopped && sinceStart() < limit()) return true;
     if (!windows_.hasDisplay()) return false;
-    if (windows_.ask({terminateTitle, startupText, "Continue", "Terminate"}) == WaitAnswer::Stop) return false;
+    if (windows_.ask({terminateTitle, startupText, "Continue", "Terminate"}) == WaitAnswer::Stop)
+        return false;
     start();
     return true;
 }

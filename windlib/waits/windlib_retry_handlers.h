@@ -1,5 +1,6 @@
-// Waits that keep the windows alive: painted while a call waits for its answer, with a question for the user when
-// that takes too long. The loop serves the sockets of transports meanwhile, by the watches that it has on them.
+// Waits that keep the windows alive: painted while a call waits for its answer, with a question for the user
+// when that takes too long. The loop serves the sockets of transports meanwhile, by the watches that it has
+// on them.
 #pragma once
 
 #include <optional>
@@ -12,8 +13,8 @@
 
 class WindLibRetryHandler : public RetryHandler {
   public:
-    // seconds is looked at anew at each start, so that the limit follows a setting; null keeps the limit that there
-    // is. Windows and seconds outlive the handler.
+    // seconds is looked at anew at each start, so that the limit follows a setting; null keeps the limit that
+    // there is. Windows and seconds outlive the handler.
     WindLibRetryHandler(WaitWindows& windows, std::string message, const int* seconds = nullptr,
                         std::optional<std::chrono::milliseconds> limit = std::nullopt, Now now = Clock::now);
     ~WindLibRetryHandler() override;
@@ -49,10 +50,13 @@ class STPWindLibRetryHandler : public WindLibRetryHandler {
   public:
     STPWindLibRetryHandler(Ref<STPTransport> transport, WaitWindows& windows, std::string message,
                            const int* seconds = nullptr,
-                           std::optional<std::chrono::milliseconds> limit = std::nullopt, Now now = Clock::now)
+                           std::optional<std::chrono::milliseconds> limit = std::nullopt,
+                           Now now = Clock::now)
         : WindLibRetryHandler(windows, std::move(message), seconds, limit, std::move(now)),
           transport_(std::move(transport)) {}
-    bool keepTrying() override { return transport_ && transport_->bound() && WindLibRetryHandler::keepTrying(); }
+    bool keepTrying() override {
+        return transport_ && transport_->bound() && WindLibRetryHandler::keepTrying();
+    }
 
   private:
     Ref<STPTransport> transport_;
@@ -78,7 +82,8 @@ class ConnWindLibRetryHandler : public STPWindLibRetryHandler {
   public:
     ConnWindLibRetryHandler(const STPSpecClass& service, WaitWindows& windows, std::string message,
                             const int* seconds = nullptr,
-                            std::optional<std::chrono::milliseconds> limit = std::nullopt, Now now = Clock::now)
+                            std::optional<std::chrono::milliseconds> limit = std::nullopt,
+                            Now now = Clock::now)
         : STPWindLibRetryHandler(Ref<STPTransport>(service.transport()), windows, std::move(message), seconds,
                                  limit, std::move(now)),
           service_(service) {}
