@@ -349,3 +349,16 @@ bool AttributeReader::Quoted(std::string& text) {
     at_ = end;
     return true;
 }
+
+// Reading is a part of the store that needs its reader; the store itself knows none.
+bool AttributeStore::read_from_file(const std::string& path) {
+    if (options_.fileHook && !options_.fileHook(path)) return true;
+    std::string text, why;
+    if (file_read_whole(path, text, fileMostBytes, &why)) return ReadText(path, text);
+    gen_error("could not open \"%s\": %s", path.c_str(), why.c_str());
+    return false;
+}
+
+bool AttributeStore::ReadText(const std::string& path, std::string_view text) {
+    return AttributeReader(*this).Read(path, std::string(text));
+}

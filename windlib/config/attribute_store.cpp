@@ -4,7 +4,6 @@
 
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/paths.h"
-#include "windlib/config/attribute_reader.h"
 
 namespace {
 
@@ -138,18 +137,6 @@ AttributeStore::AttributeStore(AttributeStoreOptions options) : options_(std::mo
 
 void AttributeStore::Clear() {
     root_ = std::make_unique<AttributeNode>();
-}
-
-bool AttributeStore::read_from_file(const std::string& path) {
-    if (options_.fileHook && !options_.fileHook(path)) return true;
-    std::string text, why;
-    if (file_read_whole(path, text, fileMostBytes, &why)) return ReadText(path, text);
-    gen_error("could not open \"%s\": %s", path.c_str(), why.c_str());
-    return false;
-}
-
-bool AttributeStore::ReadText(const std::string& path, std::string_view text) {
-    return AttributeReader(*this).Read(path, std::string(text));
 }
 
 bool AttributeStore::add_or_replace_str_list_attribute(std::string_view name,
