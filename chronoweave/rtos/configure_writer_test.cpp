@@ -160,7 +160,74 @@ TEST(ConfigureWriter, WhatALineCannotHoldIsNamed) {
     EXPECT_EQ(configure_FirstLoss(fine, configure_WriteText(fine, "Os")), std::nullopt);
 }
 
-TEST(ConfigureWriter, EveryFormOfLineStandsAsItIsDescribed) {
+// What a legend may hold, one thing at a time.
+struct Edit {
+    const char* what;
+    void (*apply)(Legend& legend);
+};
+const Edit edits[] = {
+    {"status code", [](Legend& l) { l.statuses[0].code = 0x77; }},
+    {"status name", [](Legend& l) { l.statuses[0].name = "Idle = now"; }},
+    {"red", [](Legend& l) { l.statuses[0].red = 0xC500; }},
+    {"green", [](Legend& l) { l.statuses[0].green = 0xC600; }},
+    {"blue", [](Legend& l) { l.statuses[0].blue = 0xC700; }},
+    {"line style", [](Legend& l) { l.statuses[0].lineStyle = Line_DashDot; }},
+    {"thickness", [](Legend& l) { l.statuses[0].thickness = 9; }},
+    {"hidden status", [](Legend& l) { l.statuses[0].visible = false; }},
+    {"executing status",
+     [](Legend& l) { l.statuses[0].isExecution = true, l.statuses[0].contextSwitchLink = 2; }},
+    {"switching status", [](Legend& l) { l.statuses[0].isContextSwitch = true; }},
+    {"link", [](Legend& l) { l.statuses[1].contextSwitchLink = 3; }},
+    {"event type", [](Legend& l) { l.events[1].type = 0x55; }},
+    {"event subtype", [](Legend& l) { l.events[1].subtype = 0x56; }},
+    {"any type", [](Legend& l) { l.events[1].flags |= LegendEvent_AnyType, l.events[1].type = 0; }},
+    {"any subtype", [](Legend& l) { l.events[1].flags |= LegendEvent_AnySubtype, l.events[1].subtype = 0; }},
+    {"event name", [](Legend& l) { l.events[1].name = "Another"; }},
+    {"icon", [](Legend& l) { l.events[1].iconName = "task_change"; }},
+    {"missing icon",
+     [](Legend& l) { l.events[1].missingIcon = "no such icon", l.events[1].iconName = "help"; }},
+    {"format", [](Legend& l) { l.events[1].extraFormat = "PC=%4X"; }},
+    {"hidden event", [](Legend& l) { l.events[1].flags &= ~1u, l.events[0].flags = LegendEvent_Category; }},
+    {"interval search", [](Legend& l) { l.events[1].flags |= LegendEvent_IntervalSearch; }},
+    {"important", [](Legend& l) { l.events[1].flags |= LegendEvent_Important; }},
+    {"category name", [](Legend& l) { l.events[0].name = "Others"; }},
+    {"refresh interval", [](Legend& l) { l.misc.refreshInterval = 77; }},
+    {"refreshed events", [](Legend& l) { l.misc.maxRefreshedEvents = 78; }},
+    {"target time-out", [](Legend& l) { l.misc.targetTimeout = 79; }},
+    {"extra data warning", [](Legend& l) { l.misc.extraDataWarning = false; }},
+    {"unused extra data", [](Legend& l) { l.misc.unusedExtraDataWarning = false; }},
+    {"centred", [](Legend& l) { l.misc.centerStatus = true; }},
+    {"tick pattern", [](Legend& l) { l.misc.tickPattern = false; }},
+    {"hidden agent", [](Legend& l) { l.misc.showHiddenAgent = true; }},
+    {"all for intervals", [](Legend& l) { l.misc.allForIntervalSearch = true; }},
+    {"descending", [](Legend& l) { l.misc.sortAscending = false; }},
+    {"sorted by id", [](Legend& l) { l.misc.sortField = 1; }},
+    {"overlap icon", [](Legend& l) { l.misc.overlapIcon = "overlap"; }},
+    {"object term", [](Legend& l) { l.misc.objectTerm = "Thread"; }},
+    {"separator", [](Legend& l) { l.misc.separator = "/"; }},
+};
+
+// Held against what was written, not against an earlier reading, in which it may be lost already.
+TEST(ConfigureWriter, NothingOfALegendIsLost) {
+    ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
+    gen_set_console_sink([](std::string_view) {});
+    gen_set_report_sink([](int, const std::string&) {});
+    const Legend plain = read_back(
+        "TRV_Object:TRV_Status:0x1:Idle\nTRV_Object:TRV_Status:0x2:TRV_Execution=Run\n"
+        "TRV_Object:TRV_Status:0x3:Context Switch\nTRV_Object:TRV_Status:0x4:TRV_Context_Switch=Preempt\n"
+        "TRV_Event_Category:Things:TRV_Visible\nTRV_Event:0x1:0x2:Tick:alarm:TRV_Visible\n");
+    for (const Edit& edit : edits) {
+        Legend legend = plain;
+        edit.apply(legend);
+        ASSERT_NE(describe(legend), describe(plain)) << edit.what;
+        EXPECT_EQ(describe(read_back(configure_WriteText(legend, "Os"))), describe(legend)) << edit.what;
+    }
+    gen_set_report_sink({});
+    gen_set_console_sink({});
+}
+
+// One of each form of line.
+Legend legend_of_every_form() {
     Legend legend;
     const auto status = [&](const char* name, bool runs, bool switches) -> LegendStatus& {
         LegendStatus s;
@@ -195,6 +262,11 @@ TEST(ConfigureWriter, EveryFormOfLineStandsAsItIsDescribed) {
     legend.misc.separator = "\x01";
     legend.misc.overlapIcon = "overlap";
     legend.misc.sortField = 5;
+    return legend;
+}
+
+TEST(ConfigureWriter, EveryFormOfLineStandsAsItIsDescribed) {
+    Legend legend = legend_of_every_form();
     const std::string text = configure_WriteText(legend, "My %s Os");
     for (const char* line :
          {"// Chronoweave Configure File for Operating System \"My %s Os\"\n\n// General information",

@@ -89,7 +89,13 @@ TEST_F(ListView, AMillionLazyRowsSortInTheViewAndOnlyShownOnesAreAsked) {
     EXPECT_NEAR(view.rowAt(0), count / 2, 20);
 }
 
-TEST_F(ListView, TheHandSelectsInTheListAndTheListInTheView) {
+struct Step {
+    std::function<void()> act;
+    std::vector<int> selected;
+    const char* told;
+};
+
+TEST_F(ListView, TheHandSelectsInTheList) {
     fill({"a", "b", "c", "d", "e"});
     list.SetMultiple(true);
     std::string told;
@@ -102,11 +108,6 @@ TEST_F(ListView, TheHandSelectsInTheListAndTheListInTheView) {
         told += "m" + std::to_string(row) + std::to_string(column);
     };
     show();
-    struct Step {
-        std::function<void()> act;
-        std::vector<int> selected;
-        const char* told;
-    };
     const auto context = [&](QPoint place) {
         QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.viewport()->mapToGlobal(place));
         QApplication::sendEvent(view.viewport(), &event);
@@ -150,11 +151,20 @@ TEST_F(ListView, TheHandSelectsInTheListAndTheListInTheView) {
         EXPECT_EQ(list.SelectedRows(), step.selected) << &step - steps;
         EXPECT_EQ(std::exchange(told, ""), step.told) << &step - steps;
     }
+}
+
+TEST_F(ListView, WhatTheProgramSelectsIsShownAndToldToNobody) {
+    fill({"a", "b", "c", "d", "e"});
+    list.SetMultiple(true);
+    list.SelectOnly(2);
+    show();
+    std::string told;
+    list.userSelected = [&] { told += "s"; };
     list.SelectRows({0, 4});
     QApplication::processEvents();
     EXPECT_TRUE(view.selectionModel()->isRowSelected(4));
     EXPECT_FALSE(view.selectionModel()->isRowSelected(2));
-    EXPECT_EQ(told, "");  // it was the program that selected
+    EXPECT_EQ(told, "");
     const QColor highlight = view.palette().color(QPalette::Highlight);
     EXPECT_EQ(pixel(at(4, 1)), highlight);
     EXPECT_NE(pixel(at(3, 1)), highlight);
