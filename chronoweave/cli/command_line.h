@@ -2,33 +2,11 @@
 // help, the shell completion and the man page are made.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "chronoweave/cli/messages.h"
-
-// What the user asked for. Texts are empty, and flags false, where the option was not given.
-struct CommandLine {
-    std::string command;  // name of the command, "config check" for the nested one
-    std::string subject;  // what stands ahead of PATH: a kind of search or report, a file of rules
-    std::string path;
-    std::string from, to, at;
-    bool ticks = false;
-    std::string config;
-    bool json = false, csv = false;
-    std::string output;
-    bool quiet = false;
-    std::string first, count, object;
-    std::string width, height;
-    bool flat = false;
-    std::string hide, sort;
-    std::string event, begin, end, status;  // names
-    std::string objects, beginObjects, endObjects, idle;
-    bool sameObject = false, contextSwitch = false, increasing = false;
-    std::string limit, junit;
-};
+#include "chronoweave/cli/request.h"
 
 // Parses; nothing when the program is done already (help, version) or the line was wrong, with the exit
 // status in status and everything said.

@@ -2,7 +2,8 @@
 // error, and gives the exit status.
 #pragma once
 
-#include "chronoweave/cli/command_line.h"
+#include "chronoweave/cli/messages.h"
+#include "chronoweave/cli/request.h"
 
 int command_Info(const CommandLine& line);
 int command_Import(const CommandLine& line);

@@ -5,7 +5,8 @@
 #include <string>
 
 #include "chronoweave/cli/cell.h"
-#include "chronoweave/cli/command_line.h"
+#include "chronoweave/cli/messages.h"
+#include "chronoweave/cli/request.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/legend.h"
 

@@ -1,5 +1,8 @@
 #include "chronoweave/cli/outputs.h"
 
+#include <string>
+#include <vector>
+
 #include "chronoweave/cli/messages.h"
 #include "shared/libcxxutil/paths.h"
 

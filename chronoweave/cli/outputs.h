@@ -2,7 +2,7 @@
 // that does not stand yet.
 #pragma once
 
-#include "chronoweave/cli/command_line.h"
+#include "chronoweave/cli/request.h"
 
 // False when an output of the line is the trace (a base name stands for its source and the store's files),
 // the rules, the configure file, or the other output; status is then the exit status, and all is said.

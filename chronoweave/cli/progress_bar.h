@@ -2,7 +2,7 @@
 // terminal, and with --quiet.
 #pragma once
 
-#include "chronoweave/cli/command_line.h"
+#include "chronoweave/cli/request.h"
 #include "shared/libcxxutil/progress.h"
 
 class ProgressBar {

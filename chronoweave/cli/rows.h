@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "chronoweave/cli/cell.h"
-#include "chronoweave/cli/command_line.h"
+#include "chronoweave/cli/request.h"
 
 struct Column {
     const char* key;
