@@ -47,6 +47,7 @@ void register_NavigationBenchmarks(const BenchPlace& place);
 void register_AnalysisBenchmarks(const BenchPlace& place);
 void register_TextBenchmarks(const BenchPlace& place);
 void register_BusBenchmarks();
+void register_WindowBenchmarks(const BenchPlace& place);
 // Runs work with the surface that pictures are drawn on, or one that only counts where there is no Qt, of the
 // size of the views that are measured.
 constexpr int view_width = 1920, view_height = 1080;

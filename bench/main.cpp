@@ -97,5 +97,6 @@ int main(int argc, char** argv) {
     register_AnalysisBenchmarks(place);
     register_TextBenchmarks(place);
     register_BusBenchmarks();
+    register_WindowBenchmarks(place);
     return measure_RunAll() == 0 ? 0 : 1;
 }

@@ -79,6 +79,17 @@ inline Bytes words(std::initializer_list<uint32_t> values, bool big_endian = tru
     return bytes;
 }
 
+// A user event.
+inline TestEvent user(mt_Time time, uint32_t object, uint16_t subtype) {
+    return {time, mt_UserEvent, subtype, words({object})};
+}
+inline TestEvent status_change(mt_Time time, uint32_t object, uint16_t status) {
+    return {time, mt_StatusChange, status, words({object})};
+}
+inline TestEvent switch_to(mt_Time time, uint32_t object) {
+    return {time, mt_TaskChange, 0, words({object})};
+}
+
 // Extra data of a Refresh, with a prefix when it is not null.
 inline Bytes refresh_extra(uint32_t id, uint32_t priority, const std::string& name,
                            const char* prefix = nullptr) {

@@ -81,14 +81,3 @@ class AnalysisTest : public ::testing::Test {
     AnalysisSource source_;
     int stores_ = 0;
 };
-
-// A user event.
-inline TestEvent user(mt_Time time, uint32_t object, uint16_t subtype) {
-    return {time, mt_UserEvent, subtype, words({object})};
-}
-inline TestEvent status_change(mt_Time time, uint32_t object, uint16_t status) {
-    return {time, mt_StatusChange, status, words({object})};
-}
-inline TestEvent switch_to(mt_Time time, uint32_t object) {
-    return {time, mt_TaskChange, 0, words({object})};
-}

@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
@@ -321,6 +322,29 @@ TEST_F(DetailTest, SwitchWalksVisitAllSwitches) {
             back.insert(back.begin(), key(last));
         }
         EXPECT_EQ(back, expected) << seed;
+    }
+}
+
+// As many switches as fill the place that the list took for them, and one less and more.
+TEST_F(DetailTest, NothingLiesBehindTheLastSwitchOrAheadOfTheFirst) {
+    for (const uint32_t count : {1u, 2u, 255u, 256u, 257u, 512u}) {
+        std::vector<TestEvent> events = {status_change(0, 0x400, mt_Ready),
+                                         status_change(0, 0x800, mt_Ready)};
+        for (uint32_t i = 0; i <= count; ++i)
+            events.push_back({10 * (i + 1), mt_TaskChange, 0, words({i % 2 ? 0x800u : 0x400u})});
+        Open(events);
+        ASSERT_EQ(canvas.items.ctxLines.size(), count);
+        for (const auto& [place, forward] : {std::pair{count - 1, true}, std::pair{0u, false}}) {
+            const DetailSwitch shown = detail_SwitchOf(canvas, place);
+            laCanvas_ClearCursors(canvas);
+            EXPECT_FALSE(detail_StepSwitch(canvas, shown, forward)) << count << forward;
+            EXPECT_LT(canvas.marks.cursor[0], 0) << "the cursor stays";
+            if (count > 1) {
+                const auto other = detail_StepSwitch(canvas, shown, !forward);
+                ASSERT_TRUE(other) << count << forward;
+                EXPECT_EQ(other->time, detail_SwitchOf(canvas, forward ? place - 1 : 1).time);
+            }
+        }
     }
 }
 

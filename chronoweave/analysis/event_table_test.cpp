@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 #include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/traxfunc/input/cursor.h"
@@ -168,7 +166,7 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     EXPECT_EQ(host.windows[0]->item("tf_comments").text, "value 1");
 }
 
-TEST_F(EventTableTest, AMillionEventsOpenAtOnceAndTextsCanBeStopped) {
+TEST_F(EventTableTest, AMillionEventsAreShownAndTextsCanBeStopped) {
     Open({});
     const uint32_t count = 1000000;
     {
@@ -182,23 +180,17 @@ TEST_F(EventTableTest, AMillionEventsOpenAtOnceAndTextsCanBeStopped) {
             laCanvas_SetUpFromStore(canvas, mt_OpenForRead(base), text_legend(), "/folder/large.trs"));
         test.ShowAll();
     }
-    const auto seconds = [](const auto& work) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    };
-    EXPECT_LT(seconds([&] { table.Sync(); }), 1.0);
-    EXPECT_EQ(list.RowCount(), static_cast<int>(count));
-    EXPECT_LT(seconds([&] {
-                  for (int row = 0; row < 40; ++row)
-                      EXPECT_EQ(Cell(500000 + row, 4), gen_format("value %d", 500000 + row));
-              }),
-              0.5);
-    EXPECT_LT(seconds([&] { table.Sync(); }), 0.1);
-    // So many texts are read when the filter is finished, not at each letter.
+    // Nothing of it is long work.
     int asked = 0, shown = 0;
     canvas.graph->setBusy = [&](bool busy) { shown += busy ? 1 : 0; };
     canvas.calls.progress = [&](double done, double total) { return done <= total && ++asked < 100; };
+    EXPECT_TRUE(table.Sync());
+    EXPECT_EQ(list.RowCount(), static_cast<int>(count));
+    EXPECT_TRUE(list.IsLazy()) << "rows are made when they are seen";
+    for (int row = 0; row < 40; ++row) EXPECT_EQ(Cell(500000 + row, 4), gen_format("value %d", 500000 + row));
+    EXPECT_FALSE(table.Sync()) << "nothing changed";
+    EXPECT_EQ(asked + shown, 0);
+    // So many texts are read when the filter is finished, not at each letter.
     model.edit("tf_text", "*99");
     EXPECT_EQ(asked, 0);
     model.commit("tf_text");

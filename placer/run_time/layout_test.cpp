@@ -73,6 +73,9 @@ TEST(PlacerLayoutTest, UnreadableLinesSayWhatAndWhere) {
 TEST(PlacerLayoutTest, ReviewTellsTheAuthor) {
     const std::pair<std::vector<std::string>, const char*> rows[] = {
         {{"M", "1,(),(),9,0,0,0,0,1,1,1,H"}, "Minimum size may only be specified for the dialog box itself"},
+        {{"M", "0,(),(0),9,0,0,0,0,1,1,1,H"}, "Item 0 is not a valid base on line 2"},
+        {{"M", "0,(),(),9,0,0,0,0,1,1,1,V", "0,(),(),8,0,0,0,0,1,1,1,V"},
+         "Item 0 vertically sized twice on line 3"},
         {{"M", "S", "1,(),(),9,0,0,0,0,1,1,1,V", "1,(),(),8,0,0,0,0,1,1,1,V"},
          "Item 1 vertically sized twice on line 4"},
         {{"M", "S", "1,(),(),9,0,0,0,0,1,1,1,H", "1,(),(),8,0,0,0,0,1,1,1,H"},

@@ -3,6 +3,7 @@
 // middle insertion.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -19,15 +20,22 @@ class Table {
 
     uint32_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
-    T& operator[](uint32_t index) { return chunks_[index >> shift][index & mask]; }
-    const T& operator[](uint32_t index) const { return chunks_[index >> shift][index & mask]; }
+    // index < size(), which builds without NDEBUG check.
+    T& operator[](uint32_t index) {
+        assert(index < size_);
+        return place(index);
+    }
+    const T& operator[](uint32_t index) const {
+        assert(index < size_);
+        return chunks_[index >> shift][index & mask];
+    }
     T& back() { return (*this)[size_ - 1]; }
     const T& back() const { return (*this)[size_ - 1]; }
 
     // Appends and returns the index of the new element.
     uint32_t push_back(T value) {
         if ((size_ >> shift) == chunks_.size()) chunks_.push_back(std::make_unique<T[]>(mask + 1));
-        (*this)[size_] = std::move(value);
+        place(size_) = std::move(value);
         return size_++;
     }
     // Puts a value before the element at index (at the end for index == size()). Moves all behind it.
@@ -46,6 +54,8 @@ class Table {
     // Small elements in large chunks: about 64 elements at least keep short tables small.
     static constexpr uint32_t shift = 8;
     static constexpr uint32_t mask = (1u << shift) - 1;
+    T& place(uint32_t index) { return chunks_[index >> shift][index & mask]; }
+
     std::vector<std::unique_ptr<T[]>> chunks_;
     uint32_t size_ = 0;
 };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 DialogDescription sample() {
@@ -15,6 +17,7 @@ DialogDescription sample() {
                {"fixed", DialogKind::TextField, "", "", Dialog_ReadOnly},
                {"ok", DialogKind::Button, "OK", "", Dialog_Default},
                {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
+               {"strip", DialogKind::Strip, "", "Bars"},
                {"ts_info", DialogKind::StatusText}};
     return d;
 }
@@ -41,6 +44,9 @@ struct Recorded {
         };
         model.onCheck = [this](const std::string& name, bool on) {
             told += "check " + name + (on ? "1;" : "0;");
+        };
+        model.onPicture = [this](const std::string& name, int x, int y) {
+            told += "picture " + name + std::to_string(x) + "/" + std::to_string(y) + ";";
         };
         model.onClose = [this](int result) { told += "close " + std::to_string(result) + ";"; };
         model.itemChanged = [this](const std::string& name) { shown += name + ";"; };
@@ -87,6 +93,7 @@ TEST(DialogModelTest, TheUserActsAndTheLogicIsTold) {
         {[](DialogModel& m) { return m.choose("unit", 1); }, true, "choose unit1;"},
         {[](DialogModel& m) { return m.choose("unit", 2); }, false, ""},
         {[](DialogModel& m) { return m.check("auto", true); }, true, "check auto1;"},
+        {[](DialogModel& m) { return m.picture("strip", 3, 4); }, true, "picture strip3/4;"},
         {[](DialogModel& m) { return m.key(DialogKey::Escape); }, true, "press cancel;"},
         {[](DialogModel& m) { return m.key(DialogKey::Enter); }, true, "press ok;"},
         {[](DialogModel& m) { return m.edit("field", "c") && m.key(DialogKey::Enter, "field"); }, true,
@@ -101,6 +108,43 @@ TEST(DialogModelTest, TheUserActsAndTheLogicIsTold) {
     EXPECT_EQ(r.model.selectedRow("list"), 1);
     EXPECT_EQ(r.model.selectedRow("many"), Dialog_ManyRows);
     EXPECT_EQ(r.model.item("field").text, "c");
+}
+
+TEST(DialogModelTest, AnItemOfAnotherKindRefuses) {
+    Recorded r;
+    r.model.setRows("list", {{{"x", "1"}, 1}});
+    const struct {
+        const char* what;
+        std::function<bool(DialogModel&, const std::string&)> act;
+        std::vector<std::string> kinds;  // items that take it
+    } acts[] = {
+        {"press", [](DialogModel& m, const std::string& name) { return m.press(name); }, {"ok", "cancel"}},
+        {"edit", [](DialogModel& m, const std::string& name) { return m.edit(name, "x"); }, {"field"}},
+        {"commit",
+         [](DialogModel& m, const std::string& name) { return m.commit(name); },
+         {"field", "fixed"}},
+        {"select",
+         [](DialogModel& m, const std::string& name) { return m.select(name, {}); },
+         {"list", "many"}},
+        {"activate", [](DialogModel& m, const std::string& name) { return m.activate(name, 0); }, {"list"}},
+        {"click",
+         [](DialogModel& m, const std::string& name) { return m.clickRow(name, 0, 0, 1); },
+         {"list", "many"}},
+        {"menu",
+         [](DialogModel& m, const std::string& name) { return m.rowMenu(name, 0, 0); },
+         {"list", "many"}},
+        {"sort", [](DialogModel& m, const std::string& name) { return m.sortRows(name, 0); }, {"list"}},
+        {"picture", [](DialogModel& m, const std::string& name) { return m.picture(name, 1, 1); }, {"strip"}},
+        {"choose", [](DialogModel& m, const std::string& name) { return m.choose(name, 0); }, {"unit"}},
+        {"check", [](DialogModel& m, const std::string& name) { return m.check(name, true); }, {"auto"}},
+    };
+    for (const auto& act : acts)
+        for (const DialogItem& item : sample().items) {
+            const bool takes = std::find(act.kinds.begin(), act.kinds.end(), item.name) != act.kinds.end();
+            EXPECT_EQ(act.act(r.model, item.name), takes) << act.what << " " << item.name;
+            const std::string told = r.take();
+            EXPECT_TRUE(takes || told.empty()) << act.what << " " << item.name << " told " << told;
+        }
 }
 
 TEST(DialogModelTest, DisabledAndHiddenItemsRefuse) {
@@ -145,6 +189,46 @@ TEST(DialogModelTest, ARefillSelectsNothing) {
     r.model.setRows("list", {{{"x"}}});
     EXPECT_EQ(r.model.selectedRow("list"), Dialog_NoRow);
     EXPECT_EQ(r.model.item("list").columnTitles.size(), 2u);
+}
+
+TEST(DialogModelTest, ARefillKeepsTheOrderThatTheUserChose) {
+    Recorded r;
+    const auto names = [&] {
+        std::string text;
+        for (const DialogRow& row : r.model.item("list").rows) text += row.cells[0];
+        return text;
+    };
+    r.model.setRows("list", {{{"a", "2"}}, {{"b", "1"}}, {{"c", "3"}}});
+    EXPECT_TRUE(r.model.sortRows("list", 1));
+    EXPECT_EQ(names(), "bac");
+    r.model.setRows("list", {{{"d", "9"}}, {{"e", "7"}}, {{"f", "8"}}});
+    EXPECT_EQ(names(), "efd");
+    EXPECT_TRUE(r.model.sortRows("list", 1));  // the other way round
+    r.model.setRows("list", {{{"g", "4"}}, {{"h", "6"}}, {{"i", "5"}}});
+    EXPECT_EQ(names(), "hig");
+    EXPECT_EQ(r.model.list("list").SortColumn(), 1);
+    EXPECT_TRUE(r.model.list("list").SortDescending());
+}
+
+TEST(DialogModelTest, WhatChangesInTheListIsSeenInTheItem) {
+    Recorded r;
+    r.model.setRows("list", {{{"x", "1"}, 7}, {{"y", "2"}, 8}});
+    MScrollList& list = r.model.list("list");
+    const struct {
+        std::function<void()> change;
+        std::vector<std::string> names;
+    } cases[] = {
+        {[&] { list.SetText(1, 0, "new"); }, {"x", "new"}},  // a row looks different
+        {[&] { list.InsertRows(0, 1); }, {"", "x", "new"}}, {[&] { list.SortBy(0, true); }, {"x", "new", ""}},
+        {[&] { list.RemoveRows(0, 1); }, {"new", ""}},      {[&] { list.SetSize(1, 2); }, {""}},
+    };
+    for (const auto& each : cases) {
+        (void)r.model.item("list");  // what was known before
+        each.change();
+        std::vector<std::string> names;
+        for (const DialogRow& row : r.model.item("list").rows) names.push_back(row.cells[0]);
+        EXPECT_EQ(names, each.names) << &each - cases;
+    }
 }
 
 TEST(DialogModelTest, ClosesOnceAndThenRefuses) {

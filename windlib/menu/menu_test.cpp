@@ -95,6 +95,27 @@ TEST_F(Menus, AnyLabelReadsBackAsItWasQuoted) {
     EXPECT_EQ(menu_PlainLabel("a & b"), "a && b");
 }
 
+TEST_F(Menus, AStatementNamesItsMenuWithOrWithoutABlankAheadOfTheBrace) {
+    const struct {
+        const char *statement, *name, *rows, *report;
+    } cases[] = {
+        {"menu X {{a x}}", "X", "a||x;", ""},
+        {"menu Y{{a x}}", "Y", "a||x;", ""},
+        {" \n menu   Z\t{ {a x}{b y} } \n", "Z", "a||x;b||y;", ""},
+        {"menu X{}", "X", "", ""},
+        {"menuX {{a x}}", "X", "", "Missing menu"},
+        {"menu X {{a x}", "X", "", "Missing }"},
+        {"menu X", "X", "", "Missing menu"},
+        {"menu X {{a x}} y", "X", "", "Missing }"},
+    };
+    for (const auto& one : cases) {
+        said.clear();
+        EXPECT_EQ(menus.DefineStatement(one.statement), *one.report == '\0') << one.statement;
+        EXPECT_EQ(Rows(one.name), one.rows) << one.statement;
+        EXPECT_NE(said.find(one.report), std::string::npos) << one.statement << ": " << said;
+    }
+}
+
 TEST_F(Menus, WhatARowShows) {
     menus.Define("M",
                  "{Save 'C-s' s}{A 'M-x' s}{A 'CM-x' s}{A 'CS-f4' s}{A 'CMS-x' s}{A 'Ctrl+Q' s}{'' 'F5' s}"

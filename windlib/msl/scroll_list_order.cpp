@@ -199,6 +199,7 @@ int MScrollList::BestOfSorted() const {
         return low;
     };
     const int at = firstFrom(search_);
+    if (HasRow(at) && Text(at, searchColumn_) == search_) return at;
     size_t longest = 0;
     for (const int row : {at - 1, at})
         if (HasRow(row)) longest = std::max(longest, common_length(Text(row, searchColumn_), search_));

@@ -180,6 +180,36 @@ TEST(ScrollList, ScrollsWithinRowsOfAnyHeight) {
     EXPECT_EQ(list.TopOf(2), 20);
 }
 
+// Places of rows are worked out once and kept while nothing changes.
+TEST(ScrollList, PlacesOfRowsFollowEveryChange) {
+    MScrollList list;
+    list.SetSize(3, 1);
+    list.SetRowHeight(10);
+    list.SetHeightOf(0, 40);
+    const struct {
+        std::function<void()> change;
+        int64_t top, end;  // of row 1, and of all
+    } cases[] = {
+        {[] {}, 40, 60},
+        {[&] { list.InsertRows(0, 2); }, 10, 80},
+        {[&] { list.RemoveRows(1, 1); }, 10, 70},
+        {[&] { list.SetHeightOf(0, 15); }, 15, 75},
+        {[&] {
+             list.SetColumnTexts(0, {"b", "a", "c", "d"});
+             list.SortBy(0);
+         },
+         40, 75},
+        {[&] { list.SetRowHeight(7); }, 7, 28},
+    };
+    for (const auto& each : cases) {
+        each.change();
+        EXPECT_EQ(list.TopOf(1), each.top) << &each - cases;
+        EXPECT_EQ(list.RowAt(each.top), 1) << &each - cases;
+        EXPECT_EQ(list.TopOf(list.RowCount()), each.end) << &each - cases;
+        EXPECT_EQ(list.RowAt(each.end - 1), list.RowCount() - 1) << &each - cases;
+    }
+}
+
 TEST(ScrollList, TellsItsViewAndFitsColumns) {
     MScrollList list;
     std::vector<MslChange> changes;
@@ -256,12 +286,86 @@ TEST(ScrollList, LazyRowsAreAskedForSortedAndMarkedById) {
     }
 }
 
+TEST(ScrollList, NumbersAreReadAsCReadsThem) {
+    const struct {
+        const char *smaller, *larger;
+    } unsignedCases[] = {{"0", "0x1"},       {"0x1", "2"},
+                         {"0x1", "0X2"},     {"7", "010"},
+                         {"010", "9"},       {" 3 ", "4 of them"},
+                         {"x", "1"},         {"0x", "1"},
+                         {"0xf", "16"},      {"1", "-1"},
+                         {"-2", "-1"},       {"+5", "6"},
+                         {"5", "0x6 bytes"}, {"1", "99999999999999999999"}},
+      doubleCases[] = {{"-1", "0"},    {"0.5", "0.75"}, {"9", "1e1"},
+                       {"-1e3", "-5"}, {"x", "0.1"},    {"nan", "0.1"}};
+    const MScrollList list;
+    for (const auto& [smaller, larger] : unsignedCases) {
+        EXPECT_LT(msl_CompareUnsigned(list, smaller, larger), 0) << smaller << " " << larger;
+        EXPECT_GT(msl_CompareUnsigned(list, larger, smaller), 0) << smaller << " " << larger;
+    }
+    for (const auto& [smaller, larger] : doubleCases) {
+        EXPECT_LT(msl_CompareDouble(list, smaller, larger), 0) << smaller << " " << larger;
+        EXPECT_GT(msl_CompareDouble(list, larger, smaller), 0) << smaller << " " << larger;
+    }
+    EXPECT_EQ(msl_CompareUnsigned(list, "0x10", "16"), 0);
+    EXPECT_EQ(msl_CompareDouble(list, "1e1", "10.0"), 0);
+}
+
+// Only rows in the order of their bytes can be searched by halving.
+TEST(ScrollList, ASearchWalksWhereTheOrderIsAnother) {
+    const struct {
+        const char* what;
+        std::function<void(MScrollList&)> sort;
+    } orders[] = {
+        {"none", [](MScrollList&) {}},
+        {"descending", [](MScrollList& list) { list.SortBy(0, true); }},
+        {"the other way round",
+         [](MScrollList& list) {
+             list.SetComparison(0, {}, 1);
+             list.SortBy(0);
+         }},
+        {"by number",
+         [](MScrollList& list) {
+             list.SetComparison(0, msl_CompareUnsigned);
+             list.SortBy(0);
+         }},
+        {"by an unsigned key",
+         [](MScrollList& list) {
+             list.SetUnsignedKey(0, [](uint64_t id) { return id; });
+             list.SortBy(0);
+         }},
+        {"by a number key",
+         [](MScrollList& list) {
+             list.SetNumberKey(0, [](uint64_t id) { return -static_cast<double>(id); });
+             list.SortBy(0);
+         }},
+        {"by another column", [](MScrollList& list) { list.SortBy(1); }},
+        {"by its bytes", [](MScrollList& list) { list.SortBy(0); }},
+    };
+    const std::vector<std::string> names = {"9", "100", "20", "1000", "3", "21", "30"};
+    for (const auto& order : orders)
+        for (const std::string& name : names) {
+            MScrollList list;
+            list.SetSize(static_cast<int>(names.size()), 2);
+            list.SetColumnTexts(0, names);
+            list.SetColumnTexts(1, {"c", "a", "g", "b", "f", "d", "e"});
+            for (int row = 0; row < list.RowCount(); ++row)
+                list.SetRowId(row, static_cast<uint64_t>(row * 5 % 7));
+            order.sort(list);
+            list.BeginSearch(0);
+            list.SearchKey(name);
+            EXPECT_EQ(list.Text(list.SelectedRow(), 0), name) << order.what;
+        }
+}
+
 TEST(ScrollList, ASearchInSortedRowsFindsWhatAWalkFinds) {
     const std::vector<std::string> names = {"", "a", "ab", "ab", "abc", "b", "bcd", "bcde", "\xC3\xA4"};
     const auto found = [&](bool known, const std::string& typed) {
         MScrollList list;
         list.SetSize(static_cast<int>(names.size()), 1);
         list.SetColumnTexts(0, names);
+        list.SetRowHeight(10);
+        list.SetViewHeight(80);  // what fits nothing stays in the middle
         if (known) list.SortBy(0);
         list.TypeAhead(typed);
         return list.SelectedRow();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 
+#include "chronoweave/traxfunc/fetch/sweep.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 
@@ -274,6 +275,40 @@ TEST(LaneIndex, FindsEveryIdAmongMany) {
     for (uint32_t i = 0; i < 5000; ++i) index.add(i * 1024, i);
     for (uint32_t i = 0; i < 5000; ++i) EXPECT_EQ(index.find(i * 1024), i);
     EXPECT_EQ(index.find(1), laNoLane);
+}
+
+// The low ten bits of an id are its processor.
+TEST(Processors, EachHasItsOwnSwitchesUpToTheLast) {
+    const std::vector<uint32_t> processors = {0, 1, 511, 1022, 1023};
+    gen_set_console_sink([](std::string_view) {});
+    TestCanvas test;
+    std::vector<TestEvent> events;
+    mt_Time time = 0;
+    for (const uint32_t processor : processors)
+        for (const uint32_t task : {1u, 2u})
+            events.push_back(status_change(time, task << 10 | processor, mt_Ready));
+    for (int turn = 0; turn < 4; ++turn)
+        for (const uint32_t processor : processors)
+            events.push_back({++time, mt_TaskChange, 0, words({(1 + turn % 2u) << 10 | processor})});
+    ASSERT_TRUE(test.Open(events, "KORVANTIS"));
+    test.ShowAll();
+    std::map<uint32_t, int> switches;
+    const auto& items = test.canvas->items;
+    for (uint32_t i = 0; i < items.ctxLines.size(); ++i) {
+        const uint32_t from = items.lanes[items.ctxLines[i].fromLane].objectId,
+                       to = items.lanes[items.ctxLines[i].toLane].objectId;
+        EXPECT_EQ(from & 1023, to & 1023) << "a processor's objects take over from each other alone";
+        ++switches[to & 1023];
+    }
+    for (const uint32_t processor : processors) {
+        EXPECT_EQ(switches[processor], 3) << processor;
+        EXPECT_EQ(laCpu_RunningLane(*test.canvas, 3u << 10 | processor),
+                  laCpu_RunningLane(*test.canvas, 2u << 10 | processor));
+        const uint32_t lane = laCpu_RunningLane(*test.canvas, processor);
+        ASSERT_NE(lane, laNoLane) << processor;
+        EXPECT_EQ(items.lanes[lane].objectId, 2u << 10 | processor);
+    }
+    gen_set_console_sink({});
 }
 
 }  // namespace
