@@ -8,6 +8,8 @@ packages=(
   cmake ninja-build g++ ccache qt6-base-dev qt6-svg-dev libcli11-dev nlohmann-json3-dev
   # to test and to measure
   libgtest-dev libbenchmark-dev python3
+  # to keep the habits: looks, and what is easily done wrong
+  git clang-format clang-tidy
   # to drive the window program in tests: an X server without a screen, a window manager, pointer and keys
   xvfb openbox xdotool
   # to run: Qt's platform plug-ins (window and off screen), its SVG reader, and a font
