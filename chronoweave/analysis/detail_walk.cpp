@@ -21,8 +21,15 @@ bool same(double a, double b) {
 }
 
 // The place of a stretch in its lane: for a walk forward the last that fits, for one backward the first.
+// Where the lane has been loaded anew it may be cut elsewhere, or no more.
 std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& wanted, bool forward) {
     std::optional<size_t> found;
+    const LaStretchEnd& begin = wanted.ends.from;
+    if (begin.known == LaEndKnown::Exact && !same(begin.time, wanted.time)) {
+        DetailStatus whole = wanted;
+        whole.time = begin.time;
+        if (const auto place = find_stretch(lane, whole, forward)) return place;
+    }
     for (size_t i = 0; i < lane.segments.size() && lane.segments[i].t0 <= wanted.time + sameInstant; ++i) {
         if (!same(lane.segments[i].t0, wanted.time) || lane.segments[i].status != wanted.status) continue;
         if (forward || !found) found = i;
@@ -39,9 +46,10 @@ std::optional<size_t> follow(const laItem_Line& lane, size_t from, int32_t statu
     return std::nullopt;
 }
 
-DetailStatus stretch_at(const laItem_Line& lane, size_t place) {
-    const LaLnSeg& segment = lane.segments[place];
-    return {lane.objectId, segment.status, segment.t0, segment.t1};
+DetailStatus stretch_at(const LaItems& items, uint32_t lane, size_t place) {
+    const LaLnSeg& segment = items.lanes[lane].segments[place];
+    return {items.lanes[lane].objectId, segment.status, segment.t0, segment.t1,
+            laStretch_Of(items, {laItemType::Line, lane, place})};
 }
 
 // The stretch that the store found, in the lane as it is loaded now.
@@ -93,26 +101,40 @@ std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const Detai
                                               bool forward) {
     AnalysisSource source = analysis_SourceOfCanvas(canvas);
     if (source.store == nullptr) return std::nullopt;
-    const StoreStep step{Search_Status, target, from.time, from.object, true, forward};
+    const LaStretchEnd& reached = forward ? from.ends.to : from.ends.from;
+    if (reached.known == LaEndKnown::Beyond) return std::nullopt;
+    StoreStep step{Search_Status, target, from.time, from.object, true, forward};
+    // From where the stretch really ends; a search forward begins a tick inside of it.
+    if (reached.known == LaEndKnown::Exact)
+        step.time =
+            forward ? std::max(from.time, source.timeOf(source.tickOf(reached.time) - 1)) : reached.time;
     SearchRow row;
     {
         const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
         source.running.clear();
         // Several changes at the present instant can hide what comes behind them.
-        const bool found = search_Step(source, step, row) && !same(row.timeA, from.time);
+        const bool found = search_Step(source, step, row) && !same(row.timeA, step.time);
         if (!found && !step_past(source, step, row)) return std::nullopt;
     }
     detail_MoveCursor(canvas, row.timeA, from.object);
-    const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object);
+    uint32_t at = laNoLane;
+    const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object, &at);
     const auto found = lane ? find_found(*lane, row.timeA, target, forward) : std::nullopt;
     if (!found) return std::nullopt;
-    return stretch_at(*lane, *found);
+    return stretch_at(canvas.items, at, *found);
 }
 
 }  // namespace
 
 DetailStatus detail_StatusOf(const _LaCanvasData& canvas, const laItemRef& item) {
-    return stretch_at(canvas.items.lanes[item.lane], item.index);
+    return stretch_at(canvas.items, item.lane, item.index);
+}
+
+void detail_FindEnds(_LaCanvasData& canvas, DetailStatus& stretch) {
+    if (stretch.ends.settled() || canvas.source.store == nullptr) return;
+    const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
+    laStretch_Find(canvas.source, canvas.looks.legend, {stretch.object, stretch.status}, stretch.ends,
+                   canvas.calls.progress);
 }
 
 DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
@@ -159,12 +181,13 @@ void detail_MoveCursor(_LaCanvasData& canvas, double time, uint32_t object) {
 std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const DetailStatus& from,
                                               bool sameStatus, bool forward) {
     const int32_t target = sameStatus ? from.status : -1;
-    if (const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object)) {
+    uint32_t at = laNoLane;
+    if (const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object, &at)) {
         const auto present = find_stretch(*lane, from, forward);
         const auto next = present ? follow(*lane, *present, target, forward) : std::nullopt;
         const size_t edge = forward ? lane->segments.size() - 1 : 0;
         if (next && *next != edge) {
-            const DetailStatus found = stretch_at(*lane, *next);
+            const DetailStatus found = stretch_at(canvas.items, at, *next);
             detail_MoveCursor(canvas, found.time, found.object);
             return found;
         }

@@ -10,12 +10,15 @@
 
 #include "chronoweave/analysis/search_source.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/fetch/stretch_ends.h"
 
-// A stretch of an object in one status; times in the time base.
+// A stretch of an object in one status; times in the time base. time and end are those of the item, by which
+// a walk finds its place; what is shown are the ends that the trace has.
 struct DetailStatus {
     uint32_t object = 0;
     int32_t status = -1;  // row of the legend
     double time = 0, end = 0;
+    LaStretch ends = {};
 };
 struct DetailEvent {
     double time = 0;
@@ -33,6 +36,8 @@ struct DetailSwitch {
 
 // What an item is, as it stands in the lists now.
 DetailStatus detail_StatusOf(const _LaCanvasData& canvas, const laItemRef& item);
+// Looks for the ends that are not known yet, with progress. Escape leaves them as they are known by then.
+void detail_FindEnds(_LaCanvasData& canvas, DetailStatus& stretch);
 DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon);
 DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line);
 // Place in canvas.items.bitmaps of an event by its number in the store; none while it is not there.

@@ -34,17 +34,20 @@ class StatusDetail : public DetailWindow {
   public:
     StatusDetail(_LaCanvasData& canvas, DialogModel& model, const DetailStatus& status)
         : DetailWindow(canvas, model), status_(status) {
+        detail_FindEnds(canvas_, status_);
         Fill();
     }
 
     void Press(const std::string& name) override {
         if (name == "bt_go") return Go();
         if (name == "bt_task") return detail_OpenTask(canvas_, status_.object);
+        detail_FindEnds(canvas_, status_);  // unless that was stopped
         const auto found = paint_step(
             canvas_, [&] { return detail_StepStatus(canvas_, status_, name[0] == 's', is_next(name)); });
         if (!found) return Refuse(noMore);
         status_ = *found;
         Say("");
+        detail_FindEnds(canvas_, status_);
         Fill();
     }
 
@@ -52,12 +55,17 @@ class StatusDetail : public DetailWindow {
     void Fill() {
         model_.setText("tf_status", text_utf8(Row().name));
         model_.setText("tf_taskid", ObjectText(status_.object));
-        model_.setText("tf_ftime", TimeText(status_.time));
-        model_.setText("tf_ttime", TimeText(status_.end));
-        model_.setText("tf_length", TimeText(status_.end - status_.time));
+        const LaStretch& ends = status_.ends;
+        model_.setText("tf_ftime", EndText(ends.from, "began before ", "before "));
+        model_.setText("tf_ttime", EndText(ends.to, "goes on at ", "after "));
+        model_.setText("tf_length", (ends.whole() ? "" : "over ") + TimeText(ends.to.time - ends.from.time));
+    }
+    std::string EndText(const LaStretchEnd& end, const char* beyond, const char* notYet) const {
+        const bool exact = end.known == LaEndKnown::Exact;
+        return (exact ? "" : end.known == LaEndKnown::Beyond ? beyond : notYet) + TimeText(end.time);
     }
     void Go() {
-        laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, status_.time, status_.object); });
+        laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, status_.ends.from.time, status_.object); });
         if (Row().visible)
             Say("");
         else

@@ -16,6 +16,7 @@
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/scroll.h"
+#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/model/geometry.h"
@@ -57,7 +58,8 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
         QCursor::setPos(mapToGlobal(QPoint(x + picture_.graphLeft, y + picture_.graphTop)));
     };
     graph_.pointerColumn = [this] { return pointerColumn(); };
-    graph_.showTip = [this](const std::string& text) { platform_ShowTip(QCursor::pos(), text, this); };
+    graph_.showTip = [this](const std::string& text) { showTip(QCursor::pos(), text); };
+    connect(&tipMore_, &QTimer::timeout, this, [this] { completeTip(); });
     canvas_ = laCanvas_Create(graph_, 0);
     canvas_->calls.upper.draw = [this](const std::function<void()>& work) { draw(work); };
     pointer_ = std::make_unique<laPointer>(*canvas_);
@@ -327,8 +329,27 @@ bool PictureView::event(QEvent* event) {
         text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
     else if (at.x() >= 0 && canvas_->source.storeHasEvents)
         text = laPointer_Tip(*canvas_, at.x(), at.y());
-    platform_ShowTip(help->globalPos(), text, this);
+    showTip(help->globalPos(), text);
     return true;
+}
+
+void PictureView::showTip(QPoint at, const std::string& text) {
+    platform_ShowTip(at, text, this);
+    tipAt_ = at;
+    if (!text.empty() && canvas_->hand.tipItem)
+        tipMore_.start(0);
+    else
+        tipMore_.stop();
+}
+
+// What the tip did not know in time is looked for while it stands and nothing else is to do.
+void PictureView::completeTip() {
+    if (!gate_May(GateActivity::Command)) return;  // asked again when the work is over
+    if (!platform_TipStands()) return tipMore_.stop();
+    const auto text = laTip_More(*canvas_);
+    if (text && text->empty()) return;
+    tipMore_.stop();
+    if (text) platform_ShowTip(tipAt_, *text, this);
 }
 
 // The selection shows its length beside it.

@@ -78,6 +78,8 @@ class PictureView : public QWidget {
     void pan(QPoint at);
     void followDrag();
     void autoScroll();
+    void showTip(QPoint at, const std::string& text);
+    void completeTip();
     laPointerEvent pointerEvent(const QMouseEvent& event, int clicks) const;
     void popUp(const struct laContextMenu& menu);
     QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
@@ -97,4 +99,6 @@ class PictureView : public QWidget {
     bool panning_ = false;
     QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
+    QTimer tipMore_;  // fires when nothing else is to do, while a tip could not tell all
+    QPoint tipAt_;    // of the screen
 };

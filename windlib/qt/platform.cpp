@@ -128,6 +128,10 @@ void platform_ShowTip(const QPoint& at, const std::string& text, QWidget* over) 
                        over);
 }
 
+bool platform_TipStands() {
+    return QToolTip::isVisible();
+}
+
 void platform_Beep() {
     QApplication::beep();
 }

@@ -30,6 +30,8 @@ void platform_SetDark(bool dark);
 
 // A tip at a point of the screen, its text as it stands and not as markup; an empty one takes the tip away.
 void platform_ShowTip(const QPoint& at, const std::string& text, QWidget* over);
+// True while one is seen.
+bool platform_TipStands();
 
 void platform_Beep();
 // The pointer's busy look; nests.

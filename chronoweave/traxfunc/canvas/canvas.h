@@ -94,10 +94,12 @@ struct LaPlace {
 // What the pointer is doing.
 struct LaHand {
     LaPlace place;
-    int pendingCursorX = -100;    // of a temporary cursor while the button is held with Shift; -100 for none
-    bool hoverPass = false;       // an item that is hit makes its tip and opens no window
-    std::string hoverText;        // that tip
-    double dragStartView = -1.0;  // viewLow when a drag started; -1.0 for none
+    int pendingCursorX = -100;  // of a temporary cursor while the button is held with Shift; -100 for none
+    bool hoverPass = false;     // an item that is hit makes its tip and opens no window
+    std::string hoverText;      // that tip
+    std::optional<laItemRef> tipItem;     // that the last tip could not tell all of
+    uint32_t tipItems = 0;                // the version of the items that it is one of
+    double dragStartView = -1.0;          // viewLow when a drag started; -1.0 for none
     std::optional<Gate::Token> heldView;  // the user holds the view: it goes to the history when let go
 };
 

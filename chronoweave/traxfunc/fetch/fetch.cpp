@@ -49,9 +49,9 @@ class RangeFetch {
     // nothing.
     double Run() {
         TraceStore& store = *canvas_.source.store;
-        const uint64_t first = laSource_TickOf(canvas_.source, low_);
+        const uint64_t first = laSource_TickFrom(canvas_.source, low_);
         const uint64_t end =
-            laSource_TickOf(canvas_.source, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
+            laSource_TickFrom(canvas_.source, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
         const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
         EventWalk walk;
         if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return -1.0;

@@ -98,8 +98,10 @@ void offer_lane(const _LaCanvasData& canvas, const laItem_Line& lane, Nearest& n
                                             [&](const LaLnSeg& one) { return one.t1 < nearest.from(); });
     for (auto at = first; at != lane.segments.end() && at->t0 <= nearest.to(); ++at) {
         if (!canvas.looks.statusLooks[static_cast<size_t>(at->status)].shown) continue;
-        nearest.Offer(at->t0);
-        nearest.Offer(at->t1);
+        // Where the items are cut nothing happened.
+        const LaItems& items = canvas.items;
+        if (items.cachedLow <= 0 || at->t0 > items.cachedLow) nearest.Offer(at->t0);
+        if (items.cachedHigh >= canvas.source.totalLength || at->t1 < items.cachedHigh) nearest.Offer(at->t1);
     }
     const auto icon = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), nearest.from());
     for (auto at = icon; at != lane.iconTimes.end() && *at <= nearest.to(); ++at)

@@ -111,7 +111,7 @@ std::optional<size_t> laCanvas_IconAt(_LaCanvasData& canvas, int x, int y) {
 
 void laCanvas_ItemActivated(_LaCanvasData& canvas, const laItemRef& item) {
     if (canvas.hand.hoverPass)
-        canvas.hand.hoverText = laTip_Text(canvas, item);
+        canvas.hand.hoverText = laTip_TextWithin(canvas, item, laTip_Longest);
     else if (canvas.calls.openDetail)
         canvas.calls.openDetail(item);
 }

@@ -25,6 +25,7 @@ std::string laPointer_Tip(_LaCanvasData& canvas, int x, int y) {
     if (y >= laAxis_Top(canvas)) return {};
     canvas.hand.hoverPass = true;
     canvas.hand.hoverText.clear();
+    canvas.hand.tipItem.reset();
     laCanvas_HitTest(canvas, x, y, true, nullptr);
     canvas.hand.hoverPass = false;
     return std::exchange(canvas.hand.hoverText, {});

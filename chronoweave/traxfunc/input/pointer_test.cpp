@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/fetch/stretch_ends.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/hit.h"
@@ -124,10 +125,11 @@ TEST_F(Pointing, AStretchShorterThanAPixelIsHitFromThreePixelsAround) {
 TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
     laHit hit;
     ASSERT_TRUE(Find(laItemType::Line, &hit));
-    const LaLnSeg& segment = canvas.items.lanes[hit.item.lane].segments[hit.item.index];
     canvas.axis.timeMode = Time_Millisecond;
     const std::string text = laTip_Text(canvas, hit.item);
-    EXPECT_NE(text.find(" with length " + gen_format("%.0f", (segment.t1 - segment.t0) * 1e3) + " (in "),
+    const LaStretch stretch = laStretch_Of(canvas.items, hit.item);
+    EXPECT_NE(text.find((stretch.whole() ? " with length " : " with length over ") +
+                        laTip_Time(canvas, stretch.to.time - stretch.from.time) + " (in "),
               std::string::npos)
         << text;
     EXPECT_TRUE(text.ends_with("s)"));

@@ -1,11 +1,13 @@
 #include "chronoweave/traxfunc/input/tips.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 
 #include "chronoweave/import/extra_format.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/fetch/stretch_ends.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -27,17 +29,48 @@ std::string object_text(const _LaCanvasData& canvas, uint32_t lane) {
                                                   : gen_format(" 0x%x", item.objectId));
 }
 
-std::string status_tip(const _LaCanvasData& canvas, const laItemRef& item) {
+std::string begin_text(const _LaCanvasData& canvas, const LaStretchEnd& from) {
+    const std::string time = laTip_Time(canvas, from.time);
+    switch (from.known) {
+        case LaEndKnown::Exact:
+            return " from " + time;
+        case LaEndKnown::Beyond:
+            return " began before " + time;
+        case LaEndKnown::NotYet:
+        case LaEndKnown::Lost:
+            break;
+    }
+    return " from before " + time;
+}
+
+std::string end_text(const _LaCanvasData& canvas, const LaStretchEnd& to) {
+    const std::string time = laTip_Time(canvas, to.time);
+    switch (to.known) {
+        case LaEndKnown::Exact:
+            return " to " + time;
+        case LaEndKnown::Beyond:
+            return " and goes on at " + time;
+        case LaEndKnown::NotYet:
+        case LaEndKnown::Lost:
+            break;
+    }
+    return " to after " + time;
+}
+
+std::string status_tip(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {
+    const LaStretch stretch =
+        laStretch_Complete(canvas.items, canvas.source, canvas.looks.legend, item, goOn);
     const laItem_Line& lane = canvas.items.lanes[item.lane];
     const LaLnSeg& segment = lane.segments[item.index];
     std::string text =
         "Status " + quoted(canvas.looks.legend.statuses[static_cast<size_t>(segment.status)].name);
-    const std::string length = " with length " + laTip_Time(canvas, segment.t1 - segment.t0);
-    text += canvas.axis.timeMode == Time_Tick
-                ? " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, lane)))) +
-                      " from " + laTip_Time(canvas, segment.t0)
-                : " from " + laTip_Time(canvas, segment.t0) + " to " + laTip_Time(canvas, segment.t1);
-    return text + length + " (in " + laTime_UnitName(canvas.axis, true) + "s)";
+    const bool ticks = canvas.axis.timeMode == Time_Tick;
+    if (ticks) text += " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, lane))));
+    text += begin_text(canvas, stretch.from);
+    if (!ticks || stretch.to.known != LaEndKnown::Exact) text += end_text(canvas, stretch.to);
+    text += stretch.whole() ? " with length " : " with length over ";
+    return text + laTip_Time(canvas, stretch.to.time - stretch.from.time) + " (in " +
+           laTime_UnitName(canvas.axis, true) + "s)";
 }
 
 // How many events an icon stands for, and of which names, the most frequent first.
@@ -108,10 +141,10 @@ std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
     return text_utf8(text);
 }
 
-std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item) {
+std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {
     switch (item.itype) {
         case laItemType::Line:
-            return status_tip(canvas, item);
+            return status_tip(canvas, item, goOn);
         case laItemType::Bitmap:
             return event_tip(canvas, item);
         case laItemType::Ctx:
@@ -120,4 +153,23 @@ std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item) {
             break;
     }
     return {};
+}
+
+std::string laTip_TextWithin(_LaCanvasData& canvas, const laItemRef& item, int milliseconds) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    const std::string text = laTip_Text(canvas, item, [end](double, double) { return Clock::now() < end; });
+    const bool open = item.itype == laItemType::Line && !laStretch_Of(canvas.items, item).settled();
+    canvas.hand.tipItem = open ? std::optional(item) : std::nullopt;
+    canvas.hand.tipItems = canvas.items.itemsVersion;
+    return text;
+}
+
+std::optional<std::string> laTip_More(_LaCanvasData& canvas, int milliseconds) {
+    if (!canvas.hand.tipItem || canvas.hand.tipItems != canvas.items.itemsVersion) {
+        canvas.hand.tipItem.reset();
+        return std::nullopt;
+    }
+    std::string text = laTip_TextWithin(canvas, *canvas.hand.tipItem, milliseconds);
+    return canvas.hand.tipItem ? std::string() : std::move(text);
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "chronoweave/traxfunc/model/stretch.h"
 #include "shared/libcxxutil/table.h"
 
 struct MslObjectEntry;
@@ -38,6 +39,7 @@ struct laItem_Line {
     int32_t y = 0;         // centre of the lane, content pixels; meaningful while not hidden
     int32_t row = -1;      // row of the object list
     std::vector<LaLnSeg> segments;
+    LaStretchEnd firstBegin, lastEnd;  // of the first and the last stretch, where the cached range cuts them
     // Its events again, in time order, times and rows of the event table: what drawing and hits read lies
     // together.
     std::vector<double> iconTimes;

@@ -27,3 +27,5 @@ inline double laSource_TimeOf(const LaSource& source, uint64_t tick) {
     return static_cast<double>(static_cast<int64_t>(tick - source.baseTick)) / source.ticksPerSecond;
 }
 uint64_t laSource_TickOf(const LaSource& source, double time);
+// The first tick that does not lie before a time.
+uint64_t laSource_TickFrom(const LaSource& source, double time);
