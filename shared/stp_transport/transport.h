@@ -145,6 +145,7 @@ class STPTransport : public RefCounted {
     uint32_t sendMessage(STPMessage& message, RetryHandler* retry, STPStatus* status = nullptr);
     // Enqueues and writes, at most so often, without any wait.
     uint32_t sendAndFlush(STPMessage& message, int rounds, STPStatus* status = nullptr);
+    // Null on failure, and at once for sequence 0, which stands for a message that was not sent.
     STPMessagePtr awaitResponse(uint32_t sequence, RetryHandler* retry, STPStatus* status = nullptr);
     bool awaitSync(uint32_t firstId, uint32_t secondId, RetryHandler* retry, STPStatus* status = nullptr);
     // Waits until done says so; false on time-out or when the transport is lost, told by bound and status.

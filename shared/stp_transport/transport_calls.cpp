@@ -159,6 +159,11 @@ STPMessagePtr STPTransport::waitForReply(uint32_t sequence, RetryHandler* retry)
 
 STPMessagePtr STPTransport::awaitResponse(uint32_t sequence, RetryHandler* retry, STPStatus* status) {
     const Ref<STPTransport> hold(this);
+    // What was not sent has no answer; why stands in the status.
+    if (sequence == 0) {
+        give(status, false);
+        return nullptr;
+    }
     beginOperation();
     STPMessagePtr reply = waitForReply(sequence, retry);
     popFrameOf(sequence);

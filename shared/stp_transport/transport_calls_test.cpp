@@ -46,6 +46,18 @@ TEST(TransportCalls, AReplyEndsTheWaitAndATimeOutGivesUp) {
     EXPECT_EQ(end->census().awaited, 0u);
 }
 
+TEST(TransportCalls, WhatWasNotSentIsNotAwaited) {
+    ScriptedEnd end;
+    STPMessage handled{header_Text(1, stpWantsReply, {0, 9, 1}), {}};
+    const STPTransport::HandledScope scope(*end.transport, handled);
+    STPMessage tooLong = end->newRequest(1, 2, STPKind::Text, 0, stpWantsReply);
+    tooLong.body.assign(stpMostBody, 'x');
+    STPStatus status;
+    EXPECT_EQ(end->awaitResponse(end->sendMessage(tooLong, nullptr), nullptr, &status), nullptr);
+    EXPECT_EQ(status.code, STPCode::Connection);
+    EXPECT_EQ(end->census().frames, 1u);  // the request that is being handled
+}
+
 TEST(TransportCalls, TimeOutsFollowTheClock) {
     ScriptedEnd end;
     RetryHandler::Clock::time_point now{};

@@ -252,6 +252,21 @@ TEST(Bodies, BothFormsGiveBackWhatWasWritten) {
     }
 }
 
+TEST(Bodies, NumbersThatAreNoneComeBack) {
+    const double inf = std::numeric_limits<double>::infinity();
+    Everything all;
+    all.reals = {inf, -inf, -0.0, std::nan(""), 5e-324};
+    for (const STPBodyForm form : {STPBodyForm::Text, STPBodyForm::Binary}) {
+        const auto back = stp_ReadBody<Everything>(form, stp_WriteBody(form, "", all)).reals;
+        ASSERT_EQ(back.size(), 5u);
+        EXPECT_EQ(back[0], inf);
+        EXPECT_EQ(back[1], -inf);
+        EXPECT_TRUE(std::signbit(back[2]));
+        EXPECT_TRUE(std::isnan(back[3]));
+        EXPECT_EQ(back[4], 5e-324);
+    }
+}
+
 TEST(Bodies, ASmallPacketDoesNotFillTheMemory) {
     std::string body;
     BinaryBodyWriter writer(body);

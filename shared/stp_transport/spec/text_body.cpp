@@ -1,6 +1,7 @@
 #include "shared/stp_transport/spec/text_body.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -151,7 +152,14 @@ uint64_t textBody_Number(std::string_view value) {
 }
 
 double textBody_Real(std::string_view value) {
-    return scan_double(value.substr(0, wordLength(value))).value_or(0);
+    std::string_view word = value.substr(0, wordLength(value));
+    if (const auto number = scan_double(word)) return *number;
+    const bool negative = word.starts_with('-');
+    if (negative) word.remove_prefix(1);
+    const double odd = word == "inf"   ? std::numeric_limits<double>::infinity()
+                       : word == "nan" ? std::numeric_limits<double>::quiet_NaN()
+                                       : 0;
+    return negative ? -odd : odd;
 }
 
 std::optional<std::string> textBody_String(std::string_view value) {
