@@ -33,6 +33,7 @@ constexpr double zoomPerNotch = 1.25;
 constexpr int columnsPerNotch = 80;
 constexpr int rowsPerNotch = 3;      // rows of the list
 constexpr int autoScrollEvery = 40;  // milliseconds
+constexpr int tipWaits = 100;        // milliseconds, for other work to be over
 constexpr int autoScrollWidths = 3;  // character widths a step
 
 }  // namespace
@@ -344,10 +345,10 @@ void PictureView::showTip(QPoint at, const std::string& text) {
 
 // What the tip did not know in time is looked for while it stands and nothing else is to do.
 void PictureView::completeTip() {
-    if (!gate_May(GateActivity::Command)) return;  // asked again when the work is over
+    if (!gate_May(GateActivity::Command)) return tipMore_.start(tipWaits);
     if (!platform_TipStands()) return tipMore_.stop();
     const auto text = laTip_More(*canvas_);
-    if (text && text->empty()) return;
+    if (text && text->empty()) return tipMore_.start(0);
     tipMore_.stop();
     if (text) platform_ShowTip(tipAt_, *text, this);
 }

@@ -34,6 +34,8 @@ class StretchEnds : public testing::Test {
             events.push_back(status(tick, 2, tick % 2 ? mt_Pend : mt_Ready));
         }
         ASSERT_TRUE(test.Open(events));
+        canvas.options.prefetch = false;
+        canvas.axis.timeMode = Time_Second;
     }
     // The segment of an object that holds a time.
     laItemRef Segment(uint32_t object, double time) const {
