@@ -79,7 +79,7 @@ class AnalysisWindowTest : public testing::Test {
 
     // Does as the user in one dialog after the other.
     using Step = std::function<void(DialogModel&)>;
-    static Step press(std::string name) {
+    static Step press(const std::string& name) {
         return [name](DialogModel& d) { EXPECT_TRUE(d.press(name)) << name; };
     }
     static Step all_objects() {
@@ -88,7 +88,7 @@ class AnalysisWindowTest : public testing::Test {
             EXPECT_TRUE(d.press("ok"));
         };
     }
-    static Step choose(std::string text) {
+    static Step choose(const std::string& text) {
         return [text](DialogModel& d) {
             const MScrollList& list = d.list("list");
             for (int row = 0; row < list.RowCount(); ++row)
@@ -97,7 +97,7 @@ class AnalysisWindowTest : public testing::Test {
         };
     }
     // Lists "begin" and "end" by name.
-    static Step pattern(std::string begin, std::string end, bool same) {
+    static Step pattern(const std::string& begin, const std::string& end, bool same) {
         return [=](DialogModel& d) {
             for (const auto& [list, text] : {std::pair{"begin", begin}, {"end", end}})
                 for (int row = 0; row < d.list(list).RowCount(); ++row)

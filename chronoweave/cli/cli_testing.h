@@ -83,7 +83,7 @@ inline Bytes small_trace(const std::string& name = "net") {
     Bytes bytes = short_header(false, 1, 1, 1000000);
     put_record(bytes, refresh(0x401, 20, name));
     put_record(bytes, raw_event(1, 0, 5000000, 0x401, false));
-    for (const uint64_t time : {250, 250, 500})
+    for (const uint64_t time : {250u, 250u, 500u})
         put_record(bytes, raw_event(4, 7, 5000000 + time, 0x402, false, 8));
     put_record(bytes, raw_event(2, 0, 5001000, 0x401, false));
     return bytes;
