@@ -32,10 +32,10 @@ void gen_install_signal_handlers();
 template <class Work>
 [[nodiscard]] bool gen_guarded(Work&& work) {
     sigjmp_buf& point = gen_push_return_point();
-    const bool was_quiet = gen_set_quiet(true);
+    const bool wasQuiet = gen_set_quiet(true);
     const bool whole = sigsetjmp(point, 1) == 0;
     if (whole) work();
-    gen_set_quiet(was_quiet);
+    gen_set_quiet(wasQuiet);
     gen_pop_return_point();
     return whole;
 }

@@ -36,6 +36,7 @@ class Fiber {
     static constexpr size_t stackBytes = size_t{1} << 20;
 
     static void start(unsigned high, unsigned low) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         auto* const fiber = reinterpret_cast<Fiber*>(uintptr_t{high} << 32 | low);
         fiber->arrived(nullptr);
         fiber->run_();
