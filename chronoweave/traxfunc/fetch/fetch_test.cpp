@@ -49,7 +49,9 @@ class PlainSweep {
     PlainSweep(const _LaCanvasData& canvas, double low, double high) : canvas_(canvas) {
         TraceStore& store = *canvas.source.store;
         const auto tick = [&](double t) {
-            return static_cast<uint64_t>(t * canvas.source.ticksPerSecond) + canvas.source.baseTick;
+            uint64_t first = 0;  // that does not lie before t
+            while (static_cast<double>(first) / canvas.source.ticksPerSecond < t) ++first;
+            return first + canvas.source.baseTick;
         };
         const uint64_t t0 = tick(low), t1 = tick(high) + (high >= canvas.source.totalLength);
         EventList list;
