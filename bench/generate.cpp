@@ -1,12 +1,11 @@
 #include "bench/generate.h"
 
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <vector>
 
-#include "libtrv/byte_order.h"
+#include "chronoweave/import/raw/raw_writer.h"
 #include "libtrv/store_format.h"
+#include "shared/libcxxutil/report.h"
 
 namespace {
 
@@ -28,82 +27,59 @@ class Random {
     uint64_t state_;
 };
 
-class TraceFile {
-  public:
-    explicit TraceFile(const std::string& name) : file_(std::fopen(name.c_str(), "wb"), &std::fclose) {}
-    bool open() const { return file_ != nullptr; }
-    void header() {
-        uint8_t bytes[28] = {'C', 'W', 'G', 'N', 3, 0, 0, 0};
-        bytes[8] = 1;   // operating system
-        bytes[10] = 3;  // architecture
-        std::memcpy(bytes + 16, &ticks_per_second, 4);
-        put(bytes, sizeof bytes);
-    }
-    void record(uint16_t type, uint16_t subtype, uint64_t time, const void* extra, size_t size) {
-        uint8_t bytes[13] = {static_cast<uint8_t>(12 + size)};
-        store_be16(bytes + 1, type);
-        store_be16(bytes + 3, subtype);
-        std::memcpy(bytes + 5, &time, 8);  // little-endian: the low word comes first
-        put(bytes, sizeof bytes);
-        put(extra, size);
-    }
-    bool close() { return good_ && std::fclose(file_.release()) == 0; }
-
-  private:
-    void put(const void* bytes, size_t size) {
-        good_ = std::fwrite(bytes, 1, size, file_.get()) == size && good_;
-    }
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
-    bool good_ = true;
-};
-
 uint32_t task_id(uint32_t task, uint32_t processors) {
     return (task + 1) << 10 | task % processors;
 }
 
-void name_tasks(TraceFile& file, const GeneratedTrace& trace, uint64_t time) {
-    for (uint32_t task = 0; task < trace.tasks; ++task) {
-        uint8_t extra[39] = {};
-        const uint32_t id = task_id(task, trace.processors), priority = 10 + task % 20;
-        std::memcpy(extra, &id, 4);
-        std::memcpy(extra + 4, &priority, 4);
-        std::snprintf(reinterpret_cast<char*>(extra + 8), 31, "task%02u", static_cast<unsigned>(task));
-        file.record(mt_Refresh, mt_Pend, time, extra, sizeof extra);
+void name_tasks(RawWriter& writer, const GeneratedTrace& trace, uint64_t time) {
+    for (uint32_t task = 0; task < trace.tasks; ++task)
+        writer.refresh(time, mt_Pend,
+                       {task_id(task, trace.processors), 10 + task % 20, gen_format("task%02u", task)});
+}
+
+// The next event at a time: who is running where is kept, so that switches are those of a real schedule.
+bool put_event(RawWriter& writer, const GeneratedTrace& trace, Random& random, std::vector<uint32_t>& running,
+               uint64_t time) {
+    const uint32_t processor = random.below(trace.processors);
+    const auto id_of = [&](uint32_t task) { return task_id(task, trace.processors); };
+    const uint32_t runs = id_of(running[processor]), second = random.below(1000),
+                   third = random.below(1u << 20);
+    const uint32_t kind = random.below(100);
+    if (kind < 25) {  // a switch to another task of the same processor
+        const uint32_t of = (trace.tasks - processor + trace.processors - 1) / trace.processors;
+        running[processor] = random.below(of) * trace.processors + processor;
+        return writer.event(time, mt_TaskChange, 0, {id_of(running[processor])});
     }
+    if (kind < 60)
+        return writer.event(time, mt_KernelCall, static_cast<uint16_t>(random.below(44)),
+                            {runs, second, third});
+    if (kind < 75)
+        return writer.event(time, mt_UserEvent, static_cast<uint16_t>(random.below(8)), {runs, second});
+    if (kind < 90) {  // another task wakes or waits
+        const uint32_t other = id_of(random.below(trace.tasks));
+        return writer.event(time, mt_StatusChange, random.below(2) ? mt_Pend : mt_Ready, {other});
+    }
+    return writer.event(time, kind < 97 ? mt_Interrupt : mt_Timer, static_cast<uint16_t>(random.below(16)),
+                        {runs});
 }
 
 }  // namespace
 
 bool generate_Trr(const std::string& name, const GeneratedTrace& trace) {
-    TraceFile file(name);
-    if (!file.open()) return false;
+    EventSourceHeader header;
+    header.version = 0x300;
+    header.architecture = 3;
+    header.osCode = raw_OsKorvantis;
+    header.ticksPerSecond = ticks_per_second;
+    std::unique_ptr<RawFile> file;
+    if (!RawFile::create(name, header, RawHeaderForm::Long, file).ok()) return false;
     Random random(trace.seed);
     uint64_t time = 1'000'000;
-    file.header();
-    name_tasks(file, trace, time);
+    name_tasks(file->writer(), trace, time);
     std::vector<uint32_t> running(trace.processors, 0);
     for (uint64_t i = trace.tasks; i < trace.events; ++i) {
         time += 200 + random.below(1800);
-        const uint32_t processor = random.below(trace.processors);
-        uint32_t words[3] = {task_id(running[processor], trace.processors), random.below(1000),
-                             random.below(1u << 20)};
-        const uint32_t kind = random.below(100);
-        if (kind < 25) {  // a switch to another task of the same processor
-            const uint32_t of = (trace.tasks - processor + trace.processors - 1) / trace.processors;
-            running[processor] = random.below(of) * trace.processors + processor;
-            words[0] = task_id(running[processor], trace.processors);
-            file.record(mt_TaskChange, 0, time, words, 4);
-        } else if (kind < 60) {
-            file.record(mt_KernelCall, static_cast<uint16_t>(random.below(44)), time, words, 12);
-        } else if (kind < 75) {
-            file.record(mt_UserEvent, static_cast<uint16_t>(random.below(8)), time, words, 8);
-        } else if (kind < 90) {  // another task wakes or waits
-            words[0] = task_id(random.below(trace.tasks), trace.processors);
-            file.record(mt_StatusChange, random.below(2) ? mt_Pend : mt_Ready, time, words, 4);
-        } else {
-            file.record(kind < 97 ? mt_Interrupt : mt_Timer, static_cast<uint16_t>(random.below(16)), time,
-                        words, 4);
-        }
+        if (!put_event(file->writer(), trace, random, running, time) || !file->put().ok()) return false;
     }
-    return file.close();
+    return file->flush().ok();
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "chronoweave/import/extra_format.h"
+#include "chronoweave/rtos/extra_format.h"
 #include "fuzz/support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include "chronoweave/import/event_source_header.h"
+#include "chronoweave/import/raw/raw_header.h"
 #include "fuzz/support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

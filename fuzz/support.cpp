@@ -5,9 +5,10 @@
 #include <memory>
 #include <string>
 
-#include "chronoweave/import/core_file.h"
-#include "chronoweave/import/log_image.h"
-#include "chronoweave/import/raw_decoder.h"
+#include "chronoweave/import/core/core_file.h"
+#include "chronoweave/import/import_session.h"
+#include "chronoweave/import/raw/raw_format.h"
+#include "chronoweave/import/raw/raw_header.h"
 #include "libtrv/store_writer.h"
 #include "libtrv/task_tracker.h"
 #include "libtrv/test_store.h"
@@ -108,64 +109,46 @@ namespace {
 
 class Import {
   public:
-    explicit Import(std::span<const uint8_t> file) : file_(file.begin(), file.end()) {
-        session_.source = source_FromBytes(file_);
-        session_.messages.set_sink([](std::string_view) {});
-    }
+    explicit Import(std::span<const uint8_t> file) : file_(file.begin(), file.end()) {}
 
     void run() {
-        RawLogImage image;
-        std::vector<uint8_t> rest;
-        std::string why;
-        switch (session_ReadHeader(session_)) {
-            case RawKind::Stream:
-                if (session_OpenWriter(session_, maker()).ok()) session_ReadOn(session_, 0);
-                break;
-            case RawKind::LogImage:
-                if (source_ReadRest(*session_.source, raw_LongHeaderSize, UINT32_MAX, rest) &&
-                    log_Read(std::move(rest), session_.header.bigEndian, image) &&
-                    session_OpenWriter(session_, maker()).ok())
-                    log_ReadThrough(session_, image);
-                break;
-            case RawKind::Core: {
-                bool fatal = false;
-                core_Import(session_, file_, "fuzz.core", maker(), why, fatal);
-                break;
-            }
-            default:
-                break;
-        }
-        if (session_.writer) read_back();
+        std::unique_ptr<EventSource> source;
+        const Result opened = raw_BeginsLikeCore(file_)
+                                  ? CoreSource::open(file_, "fuzz.core", source)
+                                  : raw_Open(source_FromBytes(file_), "fuzz.trr", source);
+        if (!opened.ok()) return;
+        const Result made = session_.open(
+            std::move(source), 0,
+            [this](const StoreFacts& facts, mt_EventCallback tracker, std::unique_ptr<StoreWriter>& writer) {
+                version_ = store_EncodeVersionFile(facts);
+                writer = StoreWriter::OnDevices(std::make_unique<MemoryDevice>(events_),
+                                                std::make_unique<MemoryDevice>(index_), facts, tracker);
+                return Result();
+            });
+        fuzz_Check(made.ok());
+        session_.read(0);
+        read_back();
     }
 
   private:
-    WriterMaker maker() {
-        return [this](const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
-            version_ = store_EncodeVersionFile(facts);
-            writer = StoreWriter::OnDevices(std::make_unique<MemoryDevice>(events_),
-                                            std::make_unique<MemoryDevice>(index_), facts, TaskTracker);
-            return Result();
-        };
-    }
-
     void read_back() {
-        const auto written = session_.writer->state().image();
+        const auto written = session_.writer()->state().image();
         const Bytes last(written.begin(), written.end());
-        session_.writer.reset();
+        fuzz_Check(session_.close().ok());
         const TraceStorePtr store = fuzz_OpenStore(version_, *events_, *index_);
         fuzz_Check(store != nullptr);
-        fuzz_Check(session_.counts.refused == 0 && mt_GetEventCount(*store) == session_.counts.events);
+        fuzz_Check(session_.counts().refused == 0 && mt_GetEventCount(*store) == session_.counts().events);
         StateTable state;
         EventWalk walk;
         if (mt_StartWalkAtEvent(*store, 1, 0, &state, walk))
-            fuzz_Check(count_walk(walk, *store, &state) == session_.counts.events);
+            fuzz_Check(count_walk(walk, *store, &state) == session_.counts().events);
         fuzz_Check(Bytes(state.image().begin(), state.image().end()) == last);
         fuzz_QueryStore(*store);
     }
 
     std::vector<uint8_t> file_, version_;
     std::shared_ptr<Bytes> events_ = std::make_shared<Bytes>(), index_ = std::make_shared<Bytes>();
-    RawSession session_;
+    ImportSession session_;
 };
 
 }  // namespace

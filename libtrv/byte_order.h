@@ -48,4 +48,12 @@ inline void store_be64(uint8_t* p, uint64_t v) {
     v = __builtin_bswap64(v);
     std::memcpy(p, &v, 8);
 }
+inline void store_16(uint8_t* p, uint16_t v, bool big_endian) {
+    if (big_endian) v = __builtin_bswap16(v);
+    std::memcpy(p, &v, 2);
+}
+inline void store_32(uint8_t* p, uint32_t v, bool big_endian) {
+    if (big_endian) v = __builtin_bswap32(v);
+    std::memcpy(p, &v, 4);
+}
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the loads above assume a little-endian host");

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/detail_walk.h"
-#include "chronoweave/import/extra_format.h"
+#include "chronoweave/rtos/extra_format.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"

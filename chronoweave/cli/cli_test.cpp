@@ -63,6 +63,14 @@ TEST_F(CliTest, ImportCountsWhatItLeavesOut) {
     EXPECT_TRUE(std::filesystem::exists(base + ".trv"));
     EXPECT_FALSE(std::filesystem::exists(path("damaged.trs")));
     EXPECT_EQ(run({"import", base + ".trs"}).status, 1);
+    rows_of({"import", path("damaged.trr"), "-o", base, "--checkpoint", "300"});
+    EXPECT_EQ(rows_of({"info", base}).at(0)["checkpointInterval"], 300);
+    for (const char* wrong : {"0", "150", "x", "4294967300"}) {
+        const Ran ran = run({"import", path("damaged.trr"), "-o", base, "--checkpoint", wrong});
+        EXPECT_EQ(ran.status, 2) << wrong;
+        EXPECT_NE(ran.err.find(std::string("--checkpoint: ")), std::string::npos) << ran.err;
+        EXPECT_NE(ran.err.find(wrong), std::string::npos) << ran.err;
+    }
 }
 
 TEST_F(CliTest, RangesAreHalfOpen) {

@@ -87,7 +87,8 @@ constexpr OptionSpec options[] = {
     {All, "--config", "FILE.tc", "this configure file in place of the operating system's",
      &CommandLine::config, nullptr},
     {Events, "--first", "SEQ",
-     "ask by sequence number in place of time; a multiple of 100 gives the event behind it",
+     "ask by sequence number in place of time; a multiple of the store's checkpoint interval gives the event "
+     "behind it",
      &CommandLine::first, nullptr},
     {Events, "--count", "N", "with --first: at most so many events", &CommandLine::count, nullptr},
     {Events, "--object", "ID", "only the events of one object", &CommandLine::object, nullptr},
@@ -130,6 +131,10 @@ constexpr OptionSpec options[] = {
     {All, "--csv", nullptr, "comma-separated values", nullptr, &CommandLine::csv},
     {All, "-o,--output", "FILE", "where the result goes; for import the base name of the store",
      &CommandLine::output, nullptr},
+    {Import, "--checkpoint", "N",
+     "events from one checkpoint to the next, a multiple of 100; without it as many as the number of objects "
+     "asks",
+     &CommandLine::checkpoint, nullptr},
     {All, "-q,--quiet", nullptr, "no progress and no notes", nullptr, &CommandLine::quiet},
 };
 

@@ -13,10 +13,11 @@ namespace {
 constexpr size_t most_told = 20;
 }
 
-OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase) {
+OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, uint32_t checkpoint) {
     ProgressBar bar(line);
     ImportOptions options;
     options.outputBase = outputBase;
+    options.checkpoint = checkpoint;
     options.progress = bar.progress();
     OpenedSource opened = import_OpenSource(line.path, options);
     if (opened.inCache)

@@ -12,7 +12,8 @@
 
 // Opens line.path, importing it first where it is a raw file. outputBase is where the store goes, empty for
 // beside the source. Progress is a bar on standard error when that is a terminal.
-OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase = {});
+// checkpoint is as in ImportOptions.
+OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase = {}, uint32_t checkpoint = 0);
 
 // The exit status of a command that printed its result: Exit_Done, or Exit_Failed with what was met said,
 // when opening went not well or the store, which may be null, was found to be damaged since.

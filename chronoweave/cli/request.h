@@ -22,4 +22,5 @@ struct CommandLine {
     std::string objects, beginObjects, endObjects, idle;
     bool sameObject = false, contextSwitch = false, increasing = false;
     std::string limit, junit;
+    std::string checkpoint;
 };

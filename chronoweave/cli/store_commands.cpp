@@ -5,8 +5,8 @@
 #include "chronoweave/cli/commands.h"
 #include "chronoweave/cli/named_store.h"
 #include "chronoweave/cli/progress_bar.h"
-#include "chronoweave/import/extra_format.h"
 #include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/rtos/extra_format.h"
 #include "libtrv/event_names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -42,8 +42,13 @@ int command_Info(const CommandLine& line) {
 }
 
 int command_Import(const CommandLine& line) {
+    const auto checkpoint = cli_Number(line.checkpoint, "--checkpoint", 0);
+    if (!checkpoint) return Exit_Usage;
+    if (!line.checkpoint.empty() && (*checkpoint == 0 || *checkpoint % mt_CheckpointInterval != 0))
+        return cli_UsageError(gen_format("--checkpoint: no multiple of %u: %s", mt_CheckpointInterval,
+                                         line.checkpoint.c_str()));
     const auto start = std::chrono::steady_clock::now();
-    const OpenedSource opened = cli_Open(line, line.output);
+    const OpenedSource opened = cli_Open(line, line.output, *checkpoint);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!opened.imported)
         return cli_Failure(opened.error.empty() ? line.path + ": a store already, there is nothing to import"

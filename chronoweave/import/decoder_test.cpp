@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "chronoweave/import/import_testing.h"
-#include "chronoweave/import/raw_decoder.h"
+#include "chronoweave/import/raw/raw_record.h"
 #include "libtrv/gfile.h"
 #include "libtrv/test_store.h"
 
@@ -79,10 +79,12 @@ TEST(EventSourceHeaderTest, aGrowingFileWaitsForTheRestOfItsHeader) {
     const Bytes header = short_header(true);
     ASSERT_EQ(write(made, header.data(), 7), 7);
     close(made);
-    std::string why;
     EventSourceHeader decoded;
-    EXPECT_EQ(raw_ReadHeader(*source_OpenFile(file, true, why), decoded), 0);
-    EXPECT_EQ(raw_ReadHeader(*source_OpenFile(file, false, why), decoded), -1);
+    std::unique_ptr<ByteSource> growing, whole;
+    ASSERT_TRUE(source_OpenFile(file, true, growing).ok());
+    ASSERT_TRUE(source_OpenFile(file, false, whole).ok());
+    EXPECT_EQ(raw_ReadHeader(*growing, decoded), 0);
+    EXPECT_EQ(raw_ReadHeader(*whole, decoded), -1);
     std::filesystem::remove(file);
 }
 
@@ -160,7 +162,7 @@ TEST_F(RawDecoderTest, aRunOfBadBytesIsCountedWholeAndToldInPart) {
     EXPECT_EQ(source.counts.badBytes, 3'000'000u);
     EXPECT_EQ(source.counts.events, 1u);
     const std::string text = console();
-    EXPECT_EQ(count_of(text, "Bad TRR byte"), ImportMessages::limit);
+    EXPECT_EQ(count_of(text, "Bad TRR byte"), RawRecords::limit);
     EXPECT_NE(text.find("... and 2999900 more bad TRR bytes\n"), std::string::npos);
 }
 
@@ -200,106 +202,6 @@ TEST_F(RawDecoderTest, progressCanStopTheImportWithWhatItHas) {
     EXPECT_GT(source.counts.events, 100000u);
     EXPECT_LT(source.counts.events, 200000u);
     EXPECT_EQ(mt_GetEventCount(*source.store), source.counts.events);
-}
-
-// A session that follows a file, with a clock of its own.
-class FollowTest : public RawDecoderTest {
-  protected:
-    void follow(const Bytes& bytes) {
-        write("live.trr", bytes);
-        std::string why;
-        session_.source = source_OpenFile(path("live.trr"), true, why);
-        ASSERT_TRUE(session_.source) << why;
-        ASSERT_EQ(session_ReadHeader(session_), RawKind::Stream);
-        session_.status = [this](const char* text) { status_ = text; };
-        session_.clock = [] { return now_ += step_; };
-        const Result made =
-            session_OpenWriter(session_, [&](const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
-                return StoreWriter::Create(path("live"), facts, TaskTracker, writer);
-            });
-        ASSERT_TRUE(made.ok()) << made.text();
-    }
-    void grow(const Bytes& bytes) const {
-        std::ofstream file(path("live.trr"), std::ios::binary | std::ios::app);
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    void SetUp() override {
-        RawDecoderTest::SetUp();
-        now_ = step_ = 0;
-    }
-    RawSession session_;
-    std::string status_ = "unset";
-    static inline int64_t now_ = 0, step_ = 0;
-};
-
-TEST_F(FollowTest, aRecordWrittenInTwoPartsIsReadOnceWhole) {
-    const bool big = false;
-    Bytes record;
-    put_record(record, raw_event(2, 2, 20, 8, big));
-    Bytes first = stream({raw_event(2, 1, 10, 7, big)}, big);
-    first.insert(first.end(), record.begin(), record.begin() + 5);
-    follow(first);
-    EXPECT_EQ(session_ReadOn(session_, 100), ReadOnEnd::Done);
-    EXPECT_EQ(status_, "");
-    EXPECT_EQ(session_.offset, 27u);
-    const TraceStorePtr reader = mt_OpenForRead(path("live"));
-    EXPECT_EQ(events(*reader), "0:2/1:7");
-
-    EXPECT_EQ(session_ReadOn(session_, 100), ReadOnEnd::Done);
-    EXPECT_EQ(session_.counts.events, 1u);
-    grow(Bytes(record.begin() + 5, record.end()));
-    EXPECT_EQ(session_ReadOn(session_, 100), ReadOnEnd::Done);
-    EXPECT_EQ(session_.offset, 27u + record.size());
-    mt_RefreshIndex(*reader);
-    EXPECT_EQ(events(*reader), "0:2/1:7 10:2/2:8");
-    EXPECT_EQ(console(), "");
-}
-
-TEST_F(FollowTest, theLimitIsTestedOncePerBufferAndTheNextReadGoesOn) {
-    Bytes bytes = short_header(true);
-    for (uint32_t i = 0; i < 5000; ++i) put_record(bytes, raw_event(2, 1, 1 + i, 1, true));
-    follow(bytes);
-    step_ = 60;  // each look at the clock: the deadline of 100 falls to the second buffer
-    EXPECT_EQ(session_ReadOn(session_, 100), ReadOnEnd::CutShort);
-    EXPECT_EQ(status_, "More events are coming than we can display promptly.");
-    EXPECT_EQ(session_.counts.events, 2 * (32768u / 17u));
-    EXPECT_EQ(session_ReadOn(session_, 0), ReadOnEnd::Done);
-    EXPECT_EQ(status_, "");
-    EXPECT_EQ(session_.counts.events, 5000u);
-}
-
-class FailingSource : public ByteSource {
-  public:
-    SourceRead read_at(uint64_t, std::span<uint8_t>) override { return {SourceStatus::Failed, 0}; }
-    uint64_t size() override { return 1000; }
-};
-
-TEST_F(FollowTest, aSourceThatCannotBeReadIsTold) {
-    follow(stream({}, true));
-    session_.source = std::make_unique<FailingSource>();
-    EXPECT_EQ(session_ReadOn(session_, 0), ReadOnEnd::Failed);
-    EXPECT_EQ(console(), "Chronoweave: Cannot seek to file position (0xa)\n");
-}
-
-TEST_F(RawDecoderTest, eventsThatTheStoreRefusesAreCounted) {
-    RawSession session;
-    session.writer = StoreWriter::OnDevices(std::make_unique<MemoryDevice>(std::make_shared<Bytes>()),
-                                            std::make_unique<MemoryDevice>(std::make_shared<Bytes>()),
-                                            {.ticksPerSecond = 1000, .bigEndianTarget = true}, TaskTracker);
-    ASSERT_TRUE(session.writer);
-    session.writer->SetOffsetLimit(20000);
-    std::vector<Bytes> many(2000, raw_event(2, 1, 10, 7, true));
-    session.source = source_FromBytes(stream(many, true));
-    ASSERT_EQ(session_ReadHeader(session), RawKind::Stream);
-    EXPECT_EQ(session_ReadOn(session, 0), ReadOnEnd::Done);
-    EXPECT_GT(session.counts.events, 0u);
-    EXPECT_EQ(session.counts.events + session.counts.refused, 2000u);
-    EXPECT_EQ(console(), "Chronoweave: unexpected libtrv return value.\n");
-    EXPECT_EQ(
-        session_MissingEvents(session),
-        gen_format("%llu events could not be taken into the store, which ends at 0.000 s: .trs: the store is "
-                   "full: its offsets end at four gigabytes",
-                   static_cast<unsigned long long>(session.counts.refused)));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-#include "chronoweave/import/core_file.h"
+#include "chronoweave/import/core/core_file.h"
 #include "chronoweave/import/import_testing.h"
-#include "chronoweave/import/log_image.h"
-#include "chronoweave/import/task_table.h"
+#include "chronoweave/import/raw/log_image.h"
+#include "chronoweave/import/raw/task_table.h"
 
 namespace {
 

@@ -2,43 +2,40 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 
+#include "chronoweave/import/source/source.h"
 #include "libtrv/trace_store.h"
 #include "shared/libcxxutil/progress.h"
+#include "shared/libcxxutil/result.h"
 
-// What an import counted. Nothing is lost without a number here.
-struct ImportCounts {
-    uint64_t events = 0;    // taken into the store
-    uint64_t tooShort = 0;  // records dropped: below 16 bytes
-    uint64_t tooLong = 0;   // records dropped: above 164 bytes
-    uint64_t badBytes = 0;  // bytes where a record length was expected and none stood
-    uint64_t refused = 0;   // events that the store could not take (disk full, four gigabytes)
-    uint64_t unread = 0;    // bytes of a cut record at the end
-    bool stopped = false;   // the user ended it
+// What an import counted: what the source counted, and what became of the rest.
+struct ImportCounts : SourceCounts {
+    uint64_t events = 0;   // taken into the store
+    uint64_t refused = 0;  // events that the store could not take (disk full, four gigabytes)
+    bool stopped = false;  // the user ended it
     uint64_t dropped() const { return tooShort + tooLong + refused; }
 };
 
 struct ImportOptions {
-    std::string outputBase;    // where the store goes; empty: beside the source
-    bool keepGrowing = false;  // a raw event file that may grow stays open to be read on
-    Progress progress;         // bytes of the source
+    std::string outputBase = {};  // where the store goes; empty: beside the source
+    uint32_t checkpoint = 0;   // events from one checkpoint to the next, a multiple of 100; 0: by the objects
+    bool keepGrowing = false;  // a source that may grow stays open to be read on
+    Progress progress = {};    // in any one unit of the source
 };
 
-// A raw event file that is read on as it grows, with the writer of its store (raw_decoder.h).
-struct RawSession;
-struct RawSessionEnd {
-    void operator()(RawSession* session) const;
+// A source that is read on as it grows, with the writer of its store (import_session.h).
+class ImportSession;
+struct ImportSessionEnd {
+    void operator()(ImportSession* session) const;
 };
-using RawSessionPtr = std::unique_ptr<RawSession, RawSessionEnd>;
+using GrowingSource = std::unique_ptr<ImportSession, ImportSessionEnd>;
 
 // The result of opening any source.
 struct OpenedSource {
     TraceStorePtr store;    // null when there is nothing to show
-    RawSessionPtr growing;  // with keepGrowing, when the source can grow
+    GrowingSource growing;  // with keepGrowing, when the source can grow
     std::string base;       // base name of the store
     bool imported = false;  // a store was made; counts tell of it
     bool inCache = false;   // the source's folder can't be written, so the store is in the cache directory
@@ -50,10 +47,21 @@ struct OpenedSource {
     std::string error;
 };
 
-// Opens a .trr (stream or log image), a .core, a .trs, or a store by its base name (no extension). A .trr or
-// .core is imported first, beside the source or where options say; a folder that can't be written falls back
-// on the user's cache directory. Extensions are compared exactly: ".TRR" is refused with "Cannot open file.".
+// Opens a store by its base name (no extension) or its .trs, or a source of any format (formats.h), which is
+// imported first, beside the source or where options say; a folder of the source that can't be written falls
+// back on the user's cache directory. Extensions are compared exactly: ".TRR" is refused with "Cannot open
+// file.".
 OpenedSource import_OpenSource(const std::string& name, const ImportOptions& options);
-// Reads what has been added to a growing source since, into its store; a reader of the store then sees it
-// after mt_RefreshIndex. Events taken; why says what went wrong, else it is left alone.
-uint64_t import_ReadOn(RawSession& session, std::string& why);
+
+// What a further read of a growing source took in.
+struct ReadOn {
+    uint64_t events = 0;
+    bool more = false;  // the time limit cut it short
+    // What went wrong; the events count all the same. Once the store has come to its end each read that finds
+    // more says so.
+    Result trouble;
+};
+// Reads what has been added to a growing source since into its store, for at most so many milliseconds (0 or
+// below: no limit); a reader of the store then sees it after mt_RefreshIndex. A record that is cut by the
+// source's present end is told on the console once.
+ReadOn import_ReadOn(ImportSession& session, int64_t limitMs);

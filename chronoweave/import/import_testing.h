@@ -10,15 +10,19 @@
 #include <vector>
 
 #include "chronoweave/import/import.h"
+#include "chronoweave/import/raw/raw_writer.h"
+#include "libtrv/byte_order.h"
 #include "shared/libcxxutil/report.h"
 
 using Bytes = std::vector<uint8_t>;
 
 inline void put16(Bytes& bytes, uint32_t value, bool big) {
-    for (int i = 0; i < 2; ++i) bytes.push_back(static_cast<uint8_t>(value >> (big ? 8 - 8 * i : 8 * i)));
+    bytes.resize(bytes.size() + 2);
+    store_16(&bytes[bytes.size() - 2], static_cast<uint16_t>(value), big);
 }
 inline void put32(Bytes& bytes, uint32_t value, bool big) {
-    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(value >> (big ? 24 - 8 * i : 8 * i)));
+    bytes.resize(bytes.size() + 4);
+    store_32(&bytes[bytes.size() - 4], value, big);
 }
 inline void append(Bytes& bytes, const Bytes& more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
@@ -27,43 +31,27 @@ inline void append(Bytes& bytes, const Bytes& more) {
 // A raw event without its length byte; its extra data is the id and then zeros up to extra bytes.
 inline Bytes raw_event(uint32_t type, uint32_t subtype, uint64_t time, uint32_t id, bool big,
                        size_t extra = 4) {
-    Bytes bytes;
-    put16(bytes, type, true);
-    put16(bytes, subtype, true);
-    put32(bytes, static_cast<uint32_t>(time), big);
-    put32(bytes, static_cast<uint32_t>(time >> 32), big);
-    put32(bytes, id, big);
-    bytes.resize(12 + extra);
-    return bytes;
+    Bytes data;
+    put32(data, id, big);
+    data.resize(extra);
+    return raw_EncodeEvent(big, time, static_cast<uint16_t>(type), static_cast<uint16_t>(subtype), data);
 }
 inline void put_record(Bytes& bytes, const Bytes& event) {
     bytes.push_back(static_cast<uint8_t>(event.size()));
     append(bytes, event);
 }
 inline Bytes short_header(bool big, uint32_t os = 1, uint32_t architecture = 3, uint32_t rate = 1000) {
-    Bytes bytes;
-    put16(bytes, 3, big);
-    put16(bytes, os, big);
-    put16(bytes, architecture, big);
-    put32(bytes, rate, big);
-    return bytes;
+    const EventSourceHeader header{3, big, architecture, rate, os};
+    return raw_EncodeHeader(header, RawHeaderForm::Short);
 }
 inline Bytes long_header(bool big, uint8_t major, uint8_t minor, uint32_t os = 1, uint32_t rate = 1000) {
-    Bytes bytes{'R', 'A', 'W', ' ', major, minor, static_cast<uint8_t>(big ? 7 : 0), 0};
-    put16(bytes, os, big);
-    put16(bytes, 2, big);
-    put32(bytes, 0, big);
-    put32(bytes, rate, big);
-    bytes.resize(28);
-    return bytes;
+    const EventSourceHeader header{major * 256u + minor, big, 2, rate, os};
+    return raw_EncodeHeader(header, RawHeaderForm::Long);
 }
 inline Bytes task_entry(uint32_t id, uint32_t priority, const std::string& name, bool inUse, bool big) {
-    Bytes bytes(name.begin(), name.end());
-    bytes.resize(36);
-    bytes[34] = inUse ? 1 : 0;
-    put32(bytes, id, big);
-    put32(bytes, priority, big);
-    return bytes;
+    RawWriter writer(big);
+    writer.taskEntry({id, priority, name}, inUse);
+    return writer.take();
 }
 
 class ImportTest : public ::testing::Test {

@@ -1,12 +1,10 @@
 #include <utility>
 
-#include "chronoweave/import/core_file.h"
+#include "chronoweave/import/formats.h"
 #include "chronoweave/import/import.h"
+#include "chronoweave/import/import_session.h"
 #include "chronoweave/import/import_words.h"
-#include "chronoweave/import/log_image.h"
-#include "chronoweave/import/raw_decoder.h"
 #include "chronoweave/import/store_place.h"
-#include "libtrv/task_tracker.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 
@@ -16,7 +14,7 @@ namespace {
 class Opening {
   public:
     Opening(const std::string& name, const ImportOptions& options) : name_(name), options_(options) {
-        session_.progress = options.progress;
+        session_->progress = options.progress;
     }
 
     OpenedSource run() {
@@ -31,17 +29,13 @@ class Opening {
 
   private:
     void dispatch() {
-        const std::string_view extension = path_extension(name_);
-        if (extension.empty())
-            open_store(name_);
-        else if (extension == "trs")
+        const SourceName name(name_);
+        if (name.extension() == "trs")
             open_data_file();
-        else if (extension == "core")
-            import_core();
-        else if (extension == "trr")
-            import_raw();
-        else if (path_is_readable_file(name_ + ".trv"))  // a base name with a "." of its own
-            open_store(name_);
+        else if (const SourceFormat* format = import_FormatOf(name))
+            import_from(*format, name);
+        else if (name.extension().empty() || path_is_readable_file(name_ + ".trv"))
+            open_store(name_);  // a base name, which may have a "." of its own
         else
             say(words_CannotOpen);
     }
@@ -71,132 +65,70 @@ class Opening {
     }
 
     // Chooses the store's place and makes the writer there.
-    Result make_writer(const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
-        const StorePlace place = store_ChoosePlace(name_, options_.outputBase);
-        if (path_file(place.base).empty()) return Result::failure(words_InvalidName);
-        const std::string taken = store_FileThatIsSource(name_, place.base);
-        if (!taken.empty()) return Result::failure(gen_format(words_SourceIsStore, taken.c_str()));
+    Result make_writer(const StoreFacts& facts, mt_EventCallback tracker,
+                       std::unique_ptr<StoreWriter>& writer) {
+        StorePlace place;
+        Result chosen = store_ChoosePlace(name_, options_.outputBase, place);
+        if (!chosen.ok()) return chosen;
         result_.base = place.base;
         result_.inCache = place.inCache;
         replaces_earlier_ = path_is_readable_file(place.base + ".trv");
-        return StoreWriter::Create(place.base, facts, TaskTracker, writer);
-    }
-    WriterMaker maker() {
-        return [this](const StoreFacts& facts, std::unique_ptr<StoreWriter>& writer) {
-            return make_writer(facts, writer);
-        };
+        return StoreWriter::Create(place.base, facts, tracker, writer);
     }
     // After a failure: the store that stood there before, unless it still stands.
     void tell_earlier_store() {
-        if (replaces_earlier_ && (session_.writer || !path_is_readable_file(result_.base + ".trv")))
+        if (replaces_earlier_ && (session_->writer() || !path_is_readable_file(result_.base + ".trv")))
             say(gen_format(words_EarlierGone, result_.base.c_str()));
     }
 
-    void import_raw() {
-        std::string why;
-        session_.source = source_OpenFile(name_, false, why);
-        if (!session_.source) {
-            say(words_CannotOpenTrr);
-            say(name_ + ": " + why);
+    void import_from(const SourceFormat& format, const SourceName& name) {
+        std::unique_ptr<EventSource> source;
+        const Result opened = format.open(name, {options_.keepGrowing}, source);
+        if (!opened.ok()) {
+            fatal_ = opened.isFatal();
+            say(opened.what());
+            if (!opened.reason().empty()) say(opened.where() + ": " + opened.reason());
             return;
         }
-        switch (session_ReadHeader(session_)) {
-            case RawKind::Stream:
-                import_stream();
-                break;
-            case RawKind::LogImage:
-                import_image();
-                break;
-            case RawKind::Core:
-                import_core();
-                break;
-            case RawKind::Unsupported:
-                say(words_Unsupported);
-                break;
-            case RawKind::Nothing:
-            case RawKind::BadFormat:
-                say(words_BadFormatTrr);
-                break;
-        }
-    }
-
-    bool open_writer() {
-        const Result made = session_OpenWriter(session_, maker());
-        if (made.ok()) return true;
+        const Result made = session_->open(
+            std::move(source), options_.checkpoint,
+            [this](const StoreFacts& facts, mt_EventCallback tracker, std::unique_ptr<StoreWriter>& writer) {
+                return make_writer(facts, tracker, writer);
+            });
+        if (made.ok()) return read_source();
         say(made.text());
         tell_earlier_store();
-        return false;
     }
 
-    void import_stream() {
-        if (!open_writer()) return;
-        if (session_ReadOn(session_, 0) == ReadOnEnd::Failed)
-            say(name_ + ": " + gen_format(words_Seek, static_cast<unsigned long long>(session_.offset)));
-        stays_open_ = options_.keepGrowing && !session_.counts.stopped;
-        finish_import();
-    }
-
-    void import_image() {
-        // Addresses have 32 bits, so nothing behind the first 4 gigabytes can be asked for.
-        std::vector<uint8_t> bytes;
-        RawLogImage image;
-        if (!source_ReadRest(*session_.source, raw_LongHeaderSize, uint64_t{1} << 32, bytes) ||
-            !log_Read(std::move(bytes), session_.header.bigEndian, image)) {
-            say(words_BadFormatTrr);
-            return;
-        }
-        if (!open_writer()) return;
-        log_ReadThrough(session_, image);
-        if (!image.damage.empty()) say(image.damage);
-        finish_import();
-    }
-
-    void import_core() {
-        std::string why;
-        if (!session_.source) session_.source = source_OpenFile(name_, false, why);
-        if (!session_.source) {
-            say(words_CoreOpen);
-            say(name_ + ": " + why);
-            return;
-        }
-        std::vector<uint8_t> bytes;
-        if (!source_ReadRest(*session_.source, 0, UINT64_MAX, bytes)) {
-            say(words_CoreRead);
-            return;
-        }
-        std::string error;
-        const bool made = core_Import(session_, bytes, name_, maker(), error, fatal_);
-        if (!error.empty()) say(error);
-        if (made)
-            finish_import();
-        else
-            tell_earlier_store();
-    }
-
-    // Closes the writer and opens what it wrote.
-    void finish_import() {
+    void read_source() {
+        const ReadEnd end = session_->read(0);
+        const Result damage = end == ReadEnd::Stopped ? Result() : session_->source().damage();
+        if (!damage.ok()) say(damage.where().empty() ? damage.what() : damage.text());
         // A store that stays open is kept by the disk when it is closed.
-        if (!stays_open_) session_.trouble = session_Close(session_);
-        const std::string missing = session_MissingEvents(session_);
-        if (!missing.empty())
-            say(missing);
-        else if (!session_.trouble.ok())
-            say(session_.trouble.text());
-        if (!missing.empty() || !session_.trouble.ok()) tell_earlier_store();
+        const bool stays = options_.keepGrowing && end == ReadEnd::Done && session_->mayGrow();
+        if (!stays) static_cast<void>(session_->close());
+        tell_failing_store();
         result_.imported = true;
-        result_.counts = session_.counts;
-        if (stays_open_) result_.growing.reset(new RawSession(std::move(session_)));
-        session_.writer.reset();
-        session_.source.reset();
+        result_.counts = session_->counts();
+        if (stays)
+            result_.growing = std::move(session_);
+        else
+            session_.reset();
         open_store(std::string(result_.base));
+    }
+
+    void tell_failing_store() {
+        const std::string missing = session_->missingEvents();
+        if (missing.empty() && session_->trouble().ok()) return;
+        say(missing.empty() ? session_->trouble().text() : missing);
+        tell_earlier_store();
     }
 
     const std::string& name_;
     const ImportOptions& options_;
-    RawSession session_;
+    GrowingSource session_{new ImportSession};
     OpenedSource result_;
-    bool fatal_ = false;  // the error stands alone
-    bool stays_open_ = false;
+    bool fatal_ = false;             // the error stands alone
     bool replaces_earlier_ = false;  // a store stood under the name that is written
 };
 
@@ -206,19 +138,18 @@ OpenedSource import_OpenSource(const std::string& name, const ImportOptions& opt
     return Opening(name, options).run();
 }
 
-void RawSessionEnd::operator()(RawSession* session) const {
+void ImportSessionEnd::operator()(ImportSession* session) const {
     delete session;
 }
 
-uint64_t import_ReadOn(RawSession& session, std::string& why) {
-    const uint64_t before = session.counts.events;
-    const uint64_t refused = session.counts.refused;
-    session.counts.unread = 0;
-    if (session_ReadOn(session, 0) == ReadOnEnd::Failed)
-        why = gen_format(words_Seek, static_cast<unsigned long long>(session.offset));
-    if (session.counts.refused > refused)
-        why = session_MissingEvents(session);
-    else if (!session.trouble.ok())
-        why = session.trouble.text();
-    return session.counts.events - before;
+ReadOn import_ReadOn(ImportSession& session, int64_t limitMs) {
+    const uint64_t before = session.counts().events, refused = session.counts().refused;
+    ReadOn read;
+    const ReadEnd end = session.read(limitMs);
+    read.events = session.counts().events - before;
+    read.more = end == ReadEnd::CutShort;
+    read.trouble = session.trouble();
+    if (end == ReadEnd::Failed) read.trouble = session.source().damage();
+    if (session.counts().refused > refused) read.trouble = Result::failure(session.missingEvents());
+    return read;
 }

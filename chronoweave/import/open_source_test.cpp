@@ -102,16 +102,27 @@ TEST_F(OpenSourceTest, aFailedImportShowsNoEarlierStore) {
 
 TEST_F(OpenSourceTest, aFolderThatCannotBeWrittenLeadsToTheCache) {
     setenv("XDG_CACHE_HOME", path("cache").c_str(), 1);
+    // A folder where nobody, root included, can make a file.
     ImportOptions options;
-    options.outputBase = path("no/such/folder/run");
+    options.outputBase = "/proc/self/run";
     const OpenedSource source = import_OpenSource(write("run.trr", run_of(5)), options);
-    const StorePlace other = store_ChoosePlace("x", path("no/other/folder/run"));
+    StorePlace other;
+    EXPECT_TRUE(store_ChoosePlace("x", "/proc/run", other).ok());
     unsetenv("XDG_CACHE_HOME");
     ASSERT_TRUE(source.store) << source.error;
     EXPECT_TRUE(source.inCache);
     EXPECT_EQ(path_directory(source.base), path("cache/chronoweave"));
     EXPECT_EQ(path_file(source.base).substr(0, 3), "run");
     EXPECT_NE(other.base, source.base);
+}
+
+TEST_F(OpenSourceTest, aFolderThatDoesNotExistIsNamed) {
+    ImportOptions options;
+    options.outputBase = path("no/folder/run");
+    const OpenedSource source = import_OpenSource(write("run.trr", run_of(5)), options);
+    EXPECT_FALSE(source.store);
+    EXPECT_EQ(source.error.substr(0, source.error.find('\n')),
+              "The folder \"" + path("no/folder") + "\" for the store does not exist.");
 }
 
 TEST_F(OpenSourceTest, theSourceIsNeverOverwritten) {

@@ -373,17 +373,16 @@ void CanvasWindow::endGrowing() {
 bool CanvasWindow::readOn() {
     if (!growing_) return false;
     auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
-    std::string why;
-    const uint64_t events = import_ReadOn(*growing_, why);
-    if (events > 0) {
+    const ReadOn read = import_ReadOn(*growing_, 0);
+    if (read.events > 0) {
         view_->draw([this] { laCanvas_SourceGrew(view_->canvas()); });
         view_->layOutAndPaint();
-        overview_->rebuild();
+        overview_->countOn();
     }
     showButtons();
     busy.reset();
-    say(why.empty() ? std::to_string(events) + " more events." : why);
-    return why.empty();
+    say(read.trouble.ok() ? std::to_string(read.events) + " more events." : read.trouble.text());
+    return read.trouble.ok();
 }
 
 bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std::string& said) {

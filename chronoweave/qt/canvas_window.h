@@ -113,7 +113,7 @@ class CanvasWindow : public QMainWindow {
     bool openFile(const std::string& name);
     bool chooseCommand();
 
-    RawSessionPtr growing_;  // the raw file of the store shown, while it may grow
+    GrowingSource growing_;  // the raw file of the store shown, while it may grow
     std::string title_;      // of an empty window
     bool live_;
     CanvasServices services_;

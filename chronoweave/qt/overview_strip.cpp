@@ -5,16 +5,40 @@
 
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "shared/libcxxutil/gate.h"
 #include "windlib/qt/qt_surface.h"
 
 OverviewStrip::OverviewStrip(PictureView& view, QWidget* parent) : QWidget(parent), view_(view) {
     setMouseTracking(true);
     connect(&view, &PictureView::barsChanged, this, [this] { update(); });
+    later_.setSingleShot(true);
+    connect(&later_, &QTimer::timeout, this, [this] { countOn(); });
+}
+
+OverviewStrip::~OverviewStrip() {
+    gate_Program().Forget(this);
 }
 
 void OverviewStrip::rebuild() {
-    overview_ = laOverview_Build(view_.canvas());
+    overview_ = laOverview_Begin(view_.canvas().source);
+    count();
+}
+
+// The walk of a load or a fetch is not disturbed: the slice waits until it is over.
+void OverviewStrip::countOn() {
+    if (!gate_May(GateActivity::TickReading))
+        return gate_Program().WhenMay(GateActivity::TickReading, this, [this] { countOn(); });
+    count();
+}
+
+void OverviewStrip::count() {
+    constexpr uint32_t slice = 100'000;  // events; a few milliseconds
+    const bool more = laOverview_Count(view_.canvas().source, overview_, slice);
     update();
+    if (more)
+        later_.start(0);
+    else
+        later_.stop();
 }
 
 void OverviewStrip::paintEvent(QPaintEvent*) {

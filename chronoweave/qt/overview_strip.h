@@ -1,6 +1,7 @@
 // The overview strip on screen: the whole trace, with the view as a frame that the pointer drags and resizes.
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -11,8 +12,11 @@ class PictureView;
 class OverviewStrip : public QWidget {
   public:
     explicit OverviewStrip(PictureView& view, QWidget* parent = nullptr);
-    // Counts the store anew.
+    ~OverviewStrip() override;
+    // Counts the store anew. A short one is counted on return, a longer one when nothing else is to be done.
     void rebuild();
+    // Counts what has been added to the store.
+    void countOn();
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -21,7 +25,10 @@ class OverviewStrip : public QWidget {
     void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
+    void count();
+
     PictureView& view_;
+    QTimer later_;  // the next slice
     laOverview overview_;
     laOverviewPart part_ = Overview_Outside;
     laOverviewRange start_;

@@ -10,83 +10,62 @@
 
 namespace {
 
-constexpr uint32_t fewEvents = 400'000;  // counted one by one in a tenth of a second
-constexpr int edgeReach = 4;             // columns
+constexpr int edgeReach = 4;  // columns
 constexpr Colour busyColour = 0x5B8DB8;
 constexpr Colour frameColour = 0xC06020;
 
 size_t bin_of(const laOverview& overview, double time) {
-    const double part = time / overview.length * laOverview_Bins;
-    return part <= 0 ? 0 : std::min<size_t>(laOverview_Bins - 1, static_cast<size_t>(part));
+    const double part = overview.binWidth > 0 ? time / overview.binWidth : 0;
+    return part <= 0 ? 0 : static_cast<size_t>(std::min(part, laOverview_Bins - 1.0));
 }
 
-// Stops when nobody wants to wait any longer.
-bool go_on(const _LaCanvasData& canvas, uint32_t done, uint32_t total) {
-    return (done & 0x3FFF) != 0x3FFF || !canvas.calls.progress || canvas.calls.progress(done, total);
+// Bins twice as wide hold two of the old ones each.
+void widen(laOverview& overview) {
+    std::vector<float>& bins = overview.activity;
+    for (size_t bin = 0; bin < bins.size(); ++bin)
+        bins[bin] = bin < bins.size() / 2 ? bins[2 * bin] + bins[2 * bin + 1] : 0;
+    overview.binWidth *= 2;
 }
 
-void count_events(_LaCanvasData& canvas, laOverview& overview, uint32_t total) {
-    EventWalk walk;
-    if (!mt_StartWalkAtEvent(*canvas.source.store, 1, 0, nullptr, walk)) return;
-    EventRecord event;
-    for (uint32_t done = 0; mt_NextEvent(walk, event) && go_on(canvas, done, total); ++done)
-        ++overview.activity[bin_of(overview, laSource_TimeOf(canvas.source, event.time))];
-}
-
-// Spreads events over the bins that a stretch of time touches, each by its share.
-void spread(laOverview& overview, double from, double to, double events) {
-    const size_t first = bin_of(overview, from), last = bin_of(overview, to);
-    if (first == last || !(to > from)) {
-        overview.activity[first] += static_cast<float>(events);
-        return;
-    }
-    const double width = overview.length / laOverview_Bins;
-    for (size_t bin = first; bin <= last; ++bin) {
-        const double low = std::max(from, static_cast<double>(bin) * width);
-        const double high = std::min(to, static_cast<double>(bin + 1) * width);
-        overview.activity[bin] += static_cast<float>(events * std::max(0.0, high - low) / (to - from));
-    }
-}
-
-void count_blocks(_LaCanvasData& canvas, laOverview& overview, uint32_t total) {
-    TraceStore& store = *canvas.source.store;
-    const uint32_t blocks = mt_GetBlockCount(store), each = mt_GetCheckpointInterval(store);
-    for (uint32_t block = 0; block < blocks && go_on(canvas, block, blocks); ++block) {
-        const double from = laSource_TimeOf(canvas.source, mt_GetBlockTime(store, block));
-        const bool last = block + 1 == blocks;
-        const double to =
-            last ? overview.length : laSource_TimeOf(canvas.source, mt_GetBlockTime(store, block + 1));
-        const uint64_t before = static_cast<uint64_t>(block) * each;
-        const double events = last ? static_cast<double>(total - std::min<uint64_t>(total, before)) : each;
-        spread(overview, from, to, events);
-    }
+void fit(const LaSource& source, laOverview& overview) {
+    overview.length = source.totalLength;
+    while (overview.binWidth * laOverview_Bins < overview.length) widen(overview);
 }
 
 // The most of any bin that a column touches.
 float column_activity(const laOverview& overview, int width, int x) {
-    const auto bin = [&](int column) {
-        return std::min<size_t>(laOverview_Bins - 1,
-                                static_cast<size_t>(column) * laOverview_Bins / static_cast<size_t>(width));
-    };
-    const size_t first = bin(x), end = std::max(first + 1, bin(x + 1));
+    constexpr double hair = 1e-6;  // of a bin: an edge that rounding moved by so much still is that edge
+    const double from = laOverview_Time(overview, width, x) / overview.binWidth + hair;
+    const double to = std::ceil(laOverview_Time(overview, width, x + 1) / overview.binWidth - hair);
+    const size_t first = std::min<size_t>(static_cast<size_t>(from), laOverview_Bins - 1);
+    const size_t end = std::clamp<size_t>(static_cast<size_t>(to), first + 1, laOverview_Bins);
     return *std::max_element(overview.activity.begin() + static_cast<ptrdiff_t>(first),
                              overview.activity.begin() + static_cast<ptrdiff_t>(end));
 }
 
 }  // namespace
 
-laOverview laOverview_Build(_LaCanvasData& canvas) {
+laOverview laOverview_Begin(const LaSource& source) {
     laOverview overview;
-    if (canvas.source.store == nullptr || !canvas.source.storeHasEvents || !(canvas.source.totalLength > 0))
-        return overview;
-    overview.length = canvas.source.totalLength;
+    if (source.store == nullptr || !source.storeHasEvents || !(source.totalLength > 0)) return overview;
+    overview.length = source.totalLength;
+    overview.binWidth = source.totalLength / laOverview_Bins;
     overview.activity.assign(laOverview_Bins, 0);
-    const uint32_t total = mt_GetEventCount(*canvas.source.store);
-    if (total <= fewEvents)
-        count_events(canvas, overview, total);
-    else
-        count_blocks(canvas, overview, total);
     return overview;
+}
+
+bool laOverview_Count(const LaSource& source, laOverview& overview, uint32_t most) {
+    if (overview.activity.empty() || source.store == nullptr) return false;
+    fit(source, overview);
+    EventWalk walk;
+    if (!mt_StartWalkAtEvent(*source.store, overview.counted + 1, 0, nullptr, walk)) return false;
+    EventRecord event;
+    for (uint32_t left = most; left > 0; --left) {
+        if (!mt_NextEvent(walk, event)) return false;
+        ++overview.activity[bin_of(overview, laSource_TimeOf(source, event.time))];
+        overview.counted = event.sequence;
+    }
+    return true;
 }
 
 int laOverview_Column(const laOverview& overview, int width, double time) {

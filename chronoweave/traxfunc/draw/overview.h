@@ -1,6 +1,6 @@
 // The overview: the whole trace in a strip, with how busy it was, the bookmarks, and the view as a frame that
-// can be dragged and resized. What it shows is counted once into a fixed number of bins, so that drawing
-// costs the same for any trace.
+// can be dragged and resized. Every event is counted into a fixed number of bins, so that drawing costs the
+// same for any trace; a long trace is counted in slices, and one that grows is counted on.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,16 @@ constexpr uint32_t laOverview_Bins = 4096;
 
 struct laOverview {
     double length = 0;            // of the trace, time base; 0 for an empty one
+    double binWidth = 0;          // time base; the bins together are at least as long as the trace
+    uint32_t counted = 0;         // events, from the first on
     std::vector<float> activity;  // events per bin, laOverview_Bins of them; empty for an empty trace
 };
 
-// Counts the canvas's store: a short one event by event, a long one by its blocks, whose events are spread
-// evenly over the time of each. canvas.calls.progress is told and may stop it; what was counted then stands.
-laOverview laOverview_Build(_LaCanvasData& canvas);
+// An overview of the source with nothing counted yet.
+laOverview laOverview_Begin(const LaSource& source);
+// Counts at most so many further events, and takes the trace's length as it is now. True while there are
+// more.
+bool laOverview_Count(const LaSource& source, laOverview& overview, uint32_t most);
 
 // Draws the strip from the surface's origin.
 void laOverview_Draw(const _LaCanvasData& canvas, const laOverview& overview, Surface& surface, int width,

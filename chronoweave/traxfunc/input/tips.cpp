@@ -4,7 +4,7 @@
 #include <chrono>
 #include <map>
 
-#include "chronoweave/import/extra_format.h"
+#include "chronoweave/rtos/extra_format.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/fetch/stretch_ends.h"

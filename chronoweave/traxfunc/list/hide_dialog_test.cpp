@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/traxfunc/draw/overview.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -135,43 +134,6 @@ TEST_F(Hiding, ADamagedArrangementIsRefusedWithItsLine) {
     std::string why;
     EXPECT_FALSE(laArrangement_FromText("", why));
     EXPECT_TRUE(laArrangement_FromText(good, why));
-}
-
-TEST_F(Hiding, TheOverviewCountsEveryEventAndItsFrameMoves) {
-    TestCanvas many;
-    ASSERT_TRUE(many.Open(random_events(6, 3000)));
-    _LaCanvasData& trace = *many.canvas;
-    const laOverview overview = laOverview_Build(trace);
-    double sum = 0;
-    for (float bin : overview.activity) sum += static_cast<double>(bin);
-    EXPECT_EQ(sum, 3000);
-    EXPECT_GT(overview.activity[0], 0.0f);
-    const double total = overview.length;
-    laCanvas_ShowRange(trace, total * 0.25, total * 0.5, false, true);
-    for (const auto& [x, part] : {std::pair{100, Overview_Outside}, std::pair{247, Overview_LeftEdge},
-                                  std::pair{253, Overview_LeftEdge}, std::pair{400, Overview_Inside},
-                                  std::pair{498, Overview_RightEdge}, std::pair{506, Overview_Outside}})
-        EXPECT_EQ(laOverview_HitTest(trace, overview, 1000, x), part) << x;
-    struct Case {
-        laOverviewPart part;
-        int grabbed, x;
-        double low, high;
-    };
-    for (const Case& one :
-         {Case{Overview_Inside, 300, 400, 0.35, 0.6}, Case{Overview_Inside, 300, 2000, 0.75, 1},
-          Case{Overview_Inside, 300, -50, 0, 0.25}, Case{Overview_LeftEdge, 250, 150, 0.15, 0.5},
-          Case{Overview_LeftEdge, 250, 900, 0.499, 0.5}, Case{Overview_RightEdge, 500, 100, 0.25, 0.251},
-          Case{Overview_RightEdge, 500, 5000, 0.25, 1}, Case{Overview_Outside, 800, 800, 0.675, 0.925}}) {
-        const laOverviewRange range =
-            laOverview_Drag(overview, 1000, one.part, {total * 0.25, total * 0.5}, one.grabbed, one.x);
-        EXPECT_NEAR(range.low, total * one.low, total * 1e-9) << one.part << " " << one.x;
-        EXPECT_NEAR(range.high, total * one.high, total * 1e-9) << one.part << " " << one.x;
-    }
-    RecordingSurface strip(1000, 40);
-    laOverview_Draw(trace, overview, strip, 1000, 40);
-    EXPECT_LE(strip.ops.size(), 1010u);
-    EXPECT_EQ(strip.of(SurfaceOp::Line).size(), 4u);
-    laOverview_Draw(trace, laOverview(), strip, 1000, 40);
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
-#include "chronoweave/import/core_file.h"
+#include "chronoweave/import/core/core_file.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
-#include "chronoweave/import/import_words.h"
-#include "chronoweave/import/task_table.h"
+#include "chronoweave/import/core/core_words.h"
+#include "chronoweave/import/raw/task_table.h"
 #include "libtrv/byte_order.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/return_point.h"
@@ -114,15 +115,6 @@ int next_tolmund(CoreLogImage& image, uint8_t* record) {
     return tolmund_record;
 }
 
-// Records read under one return point. Nothing here owns memory.
-struct CoreBatch {
-    static constexpr int room = 256;
-    int count;
-    int end;  // the result that ended the log; 1 while there is more
-    int lengths[room];
-    uint8_t records[room][raw_RecordRoom];
-};
-
 void fill_batch(CoreLogImage& image, CoreBatch& batch) {
     batch.count = 0;
     batch.end = 1;
@@ -136,57 +128,20 @@ void fill_batch(CoreLogImage& image, CoreBatch& batch) {
     }
 }
 
-constexpr uint64_t progress_records = 64 * CoreBatch::room;  // about a megabyte of them
-
-struct CoreRun {
-    uint64_t records = 0;
-    int end = 1;
-    bool whole = true;  // no fault was caught
-};
-
-// All records into the session's writer.
-CoreRun decode_all(RawSession& session, CoreLogImage& image) {
-    const auto batch = std::make_unique<CoreBatch>();
-    CoreRun run;
-    while (run.end > 0) {
-        CoreBatch* const target = batch.get();
-        batch->count = 0;
-        run.whole = gen_guarded([&image, target] { fill_batch(image, *target); });
-        for (int i = 0; i < batch->count; ++i)
-            session_DecodeRecord(session, {batch->records[i], static_cast<size_t>(batch->lengths[i])});
-        run.records += static_cast<uint64_t>(batch->count);
-        run.end = run.whole ? batch->end : -1;
-        const bool isDue = session.progress && run.records % progress_records == 0;
-        if (run.end > 0 && isDue && !session.progress(image.slotsRead, image.slotCount)) {
-            session.counts.stopped = true;
-            break;
-        }
-    }
-    return run;
-}
-
 }  // namespace
 
-bool core_ReadHeader(std::span<const uint8_t> file, CoreLogImage& image, std::string& error, bool& fatal) {
+Result core_ReadHeader(std::span<const uint8_t> file, CoreLogImage& image) {
     image = {};
-    fatal = false;
-    if (file.size() < 2 || (file[0] != 0 && file[1] != 0)) {
-        error = words_CoreFormat;
-        return false;
-    }
+    if (file.size() < 2 || (file[0] != 0 && file[1] != 0)) return Result::failure(words_CoreFormat);
     image.bigEndian = file[0] == 0;
     image.version = image.bigEndian ? file[1] : file[0];
-    fatal = true;
-    if (image.version == 2) {
-        if (read_tolmund(file, image)) return true;
-        error = words_CoreSize2;
-    } else if (image.version == 1 || image.version == 4) {
-        if (read_korvantis(file, image)) return true;
-        error = gen_format(words_CoreSize, image.version, static_cast<unsigned long long>(file.size()));
-    } else {
-        error = gen_format(words_CoreVersion, image.version);
-    }
-    return false;
+    if (image.version == 2)
+        return read_tolmund(file, image) ? Result() : Result::failure(words_CoreSize2).fatal();
+    if (image.version != 1 && image.version != 4)
+        return Result::failure(gen_format(words_CoreVersion, image.version)).fatal();
+    if (read_korvantis(file, image)) return {};
+    const auto size = static_cast<unsigned long long>(file.size());
+    return Result::failure(gen_format(words_CoreSize, image.version, size)).fatal();
 }
 
 int core_NextRecord(CoreLogImage& image, uint8_t* record, bool trace) {
@@ -195,25 +150,64 @@ int core_NextRecord(CoreLogImage& image, uint8_t* record, bool trace) {
     return image.version == 2 ? next_tolmund(image, record) : next_korvantis(image, record, trace);
 }
 
-bool core_Import(RawSession& session, std::span<const uint8_t> file, const std::string& name,
-                 const WriterMaker& make, std::string& error, bool& fatal) {
-    CoreLogImage image;
-    if (!core_ReadHeader(file, image, error, fatal)) return false;
-    fatal = false;
-    session.header = {};
-    session.header.bigEndian = image.bigEndian;
-    session.header.ticksPerSecond = image.ticksPerSecond;
-    if (image.version == 2) session.header.osName = "TOLMUND";
-    if (const Result made = session_OpenWriter(session, make); !made.ok()) {
-        error = made.text();
-        return false;
+CoreSource::CoreSource(std::vector<uint8_t> file, const std::string& name)
+    : file_(std::move(file)), name_(name), batch_(std::make_unique<CoreBatch>()) {}
+
+Result CoreSource::open(std::vector<uint8_t> file, const std::string& name,
+                        std::unique_ptr<EventSource>& source) {
+    std::unique_ptr<CoreSource> made(new CoreSource(std::move(file), name));
+    Result read = core_ReadHeader(made->file_, made->image_);
+    if (!read.ok()) return read;
+    made->facts_ = {made->image_.ticksPerSecond, made->image_.version == 2 ? "TOLMUND" : "KORVANTIS",
+                    made->image_.bigEndian};
+    made->read_batch();
+    source = std::move(made);
+    return {};
+}
+
+void CoreSource::read_batch() {
+    CoreLogImage& image = image_;
+    CoreBatch* const target = batch_.get();
+    taken_ = 0;
+    batch_->count = 0;
+    faulted_ = !gen_guarded([&image, target] { fill_batch(image, *target); });
+}
+
+SourceStep CoreSource::next(SourceRecord& record) {
+    while (hasBatch()) {
+        const int at = taken_++;
+        ++delivered_;
+        const auto length = static_cast<size_t>(batch_->lengths[at]);
+        if (records_.take({batch_->records[at], length}, facts_.bigEndian, record)) return SourceStep::Record;
     }
-    const CoreRun run = decode_all(session, image);
-    session.trouble = session_Settle(session);
-    if (run.end >= 0) return true;
-    if (!run.whole || image.wild)
-        error = name.empty() ? words_CoreNoName : gen_format(words_CoreWild, name.c_str());
-    else if (run.records > 0 || image.version == 2)
-        error = gen_format(words_CoreDamaged, image.version);
-    return true;
+    if (batch_->end <= 0 || faulted_) return SourceStep::End;
+    read_batch();
+    return SourceStep::Pause;
+}
+
+SourceExtent CoreSource::extent() const {
+    return {static_cast<double>(image_.slotsRead), static_cast<double>(image_.slotCount)};
+}
+
+std::optional<SourceLook> CoreSource::look() {
+    CoreLogImage image = image_;
+    image.taskCursor = image.slotCursor = -1;
+    image.slotsRead = 0;
+    const auto batch = std::make_unique<CoreBatch>();
+    CoreBatch* const target = batch.get();
+    ObjectLook look;
+    for (bool whole = true; whole && batch->end > 0;) {
+        batch->count = 0;
+        whole = gen_guarded([&image, target] { fill_batch(image, *target); });
+        for (int i = 0; i < batch->count; ++i)
+            raw_Look({batch->records[i], static_cast<size_t>(batch->lengths[i])}, facts_.bigEndian, look);
+    }
+    return look.seen();
+}
+
+Result CoreSource::damage() const {
+    if (faulted_ || image_.wild)
+        return Result::failure(name_.empty() ? words_CoreNoName : gen_format(words_CoreWild, name_.c_str()));
+    if (batch_->end >= 0 || (delivered_ == 0 && image_.version != 2)) return {};
+    return Result::failure(gen_format(words_CoreDamaged, image_.version));
 }

@@ -6,7 +6,6 @@
 
 constexpr uint32_t task_EntrySize = 44;
 constexpr uint32_t task_RecordSize = 51;
-constexpr uint32_t raw_RecordRoom = 256;  // what a length byte can ask for
 
 // Makes the Refresh record of an entry (task_EntrySize bytes): type 6, subtype 10, time 0, id, priority and
 // name as they stand in the table.

@@ -1,15 +1,28 @@
-#include "chronoweave/import/extra_format.h"
+#include "chronoweave/rtos/extra_format.h"
 
-#include "chronoweave/import/import_testing.h"
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "shared/libcxxutil/report.h"
 
 namespace {
 
-class ExtraFormatTest : public ImportTest {
+using Bytes = std::vector<uint8_t>;
+
+class ExtraFormatTest : public ::testing::Test {
   protected:
+    void SetUp() override {
+        gen_set_console_sink([this](std::string_view text) { console_ += text; });
+    }
+    void TearDown() override { gen_set_console_sink({}); }
+    // Takes the console's text so far.
+    std::string console() { return std::exchange(console_, {}); }
+
     std::string format(std::string_view text, const Bytes& data, bool big, bool warn = true,
                        bool unused = true) {
         Bytes extra{1, 2, 3, 4};
-        append(extra, data);
+        extra.insert(extra.end(), data.begin(), data.end());
         EventRecord event;
         event.type = 4;
         event.subtype = 0x1F;
@@ -41,6 +54,7 @@ class ExtraFormatTest : public ImportTest {
         return codes;
     }
     bool flag_ = false;
+    std::string console_;
 };
 
 TEST_F(ExtraFormatTest, conversions) {

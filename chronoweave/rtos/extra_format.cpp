@@ -1,4 +1,4 @@
-#include "chronoweave/import/extra_format.h"
+#include "chronoweave/rtos/extra_format.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,0 +1,153 @@
+#include "chronoweave/import/import_session.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "chronoweave/import/import_words.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/tick_text.h"
+
+namespace {
+
+constexpr size_t group_bytes = 256 * 1024;         // a group that is still in the cache when it is written
+constexpr uint32_t records_without_pause = 65536;  // of a source that makes none
+
+unsigned long long print(uint64_t number) {
+    return number;
+}
+
+}  // namespace
+
+int64_t import_SteadyClock() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+Result ImportSession::open(std::unique_ptr<EventSource> source, uint32_t checkpoint,
+                           const WriterMaker& make) {
+    source_ = std::move(source);
+    const SourceFacts& facts = source_->facts();
+    const auto rate = static_cast<uint32_t>(facts.ticksPerSecond);
+    if (rate != facts.ticksPerSecond) gen_console(words_ClockRate, print(facts.ticksPerSecond), rate);
+    if (checkpoint == 0) {
+        const std::optional<SourceLook> look = source_->look();
+        checkpoint = look ? look_Interval(*look) : look_UnknownInterval;
+    }
+    Result made = make({rate, facts.osName, facts.bigEndian, checkpoint}, facts.tracker, writer_);
+    if (made.ok()) writer_->SetGrouping(group_bytes);
+    return made;
+}
+
+ReadEnd ImportSession::read(int64_t limitMs) {
+    const ReadEnd end = take_records(limitMs);
+    trouble_ = settle(&StoreWriter::Commit);
+    counts_.stopped = end == ReadEnd::Stopped;
+    if (end == ReadEnd::Done) tell_cut();
+    if (status) status(end == ReadEnd::CutShort ? words_Overrun : "");
+    return end;
+}
+
+Result ImportSession::close() {
+    return trouble_ = settle(&StoreWriter::Close);
+}
+
+ReadEnd ImportSession::take_records(int64_t limitMs) {
+    const bool limited = limitMs > 0;
+    const int64_t deadline = limited ? clock() + limitMs : 0;
+    source_->set_deadline(limited);
+    SourceRecord record;
+    for (uint32_t taken = 0;;) {
+        const SourceStep step = source_->next(record);
+        mayGrow_ = step == SourceStep::Again;
+        switch (step) {
+            case SourceStep::Record:
+                take(record);
+                if (++taken < records_without_pause) continue;
+                break;
+            case SourceStep::Pause:
+                break;
+            case SourceStep::Again:
+            case SourceStep::End:
+                return ReadEnd::Done;
+            case SourceStep::Failed:
+                return ReadEnd::Failed;
+        }
+        taken = 0;
+        if (const auto end = pause(limited, deadline)) return *end;
+    }
+}
+
+// What ends the read here, if anything does.
+std::optional<ReadEnd> ImportSession::pause(bool limited, int64_t deadline) const {
+    if (limited) return clock() >= deadline ? std::optional(ReadEnd::CutShort) : std::nullopt;
+    if (!progress) return std::nullopt;
+    const SourceExtent extent = source_->extent();
+    return progress(extent.done, extent.total) ? std::nullopt : std::optional(ReadEnd::Stopped);
+}
+
+void ImportSession::take(const SourceRecord& record) {
+    const mt_Time time = store_time(record.time);
+    if (time >> 63 != 0 && !std::exchange(toldFarTime_, true))
+        gen_console(words_FarTime, print(writer_->eventsWritten() + uint64_t{1}), print(time));
+    if (!storeEnd_.ok()) {
+        ++passed_;
+        return;
+    }
+    const Result taken = writer_->AppendEvent(time, record.type, record.subtype, record.extra);
+    if (!taken.ok()) end_store(taken);
+}
+
+// The store time of an event: ticks since the first timed event, never decreasing. When time goes back behind
+// the first event the origin moves with it, and the store times of later events jump up by the difference.
+mt_Time ImportSession::store_time(mt_Time t) {
+    if (t == 0) return lastRawTime_ - firstRawTime_;
+    if (firstRawTime_ == 0) {
+        firstRawTime_ = lastRawTime_ = t;
+        return 0;
+    }
+    if (t >= lastRawTime_) {
+        lastRawTime_ = t;
+    } else {
+        if (t < firstRawTime_) firstRawTime_ = t;
+        t = lastRawTime_;
+    }
+    return t - firstRawTime_;
+}
+
+// Nothing more goes into the store; told once.
+void ImportSession::end_store(const Result& why) {
+    if (!storeEnd_.ok()) return;
+    storeEnd_ = why;
+    gen_console(words_AppendFailed);
+}
+
+Result ImportSession::settle(Result (StoreWriter::*step)()) {
+    const uint64_t refused = writer_->eventsRefused();
+    Result result = (writer_.get()->*step)();
+    if (writer_->eventsRefused() > refused) end_store(writer_->refusal());
+    source_->settle();
+    static_cast<SourceCounts&>(counts_) = source_->counts();
+    counts_.events = writer_->eventsWritten();
+    counts_.refused = writer_->eventsRefused() + passed_;
+    return result;
+}
+
+void ImportSession::tell_cut() {
+    if (!tellsCutRecords || counts_.unread == 0 || toldCutAt_ == counts_.unreadAt) return;
+    toldCutAt_ = counts_.unreadAt;
+    gen_console(words_Unread, print(counts_.unread), print(counts_.unreadAt));
+}
+
+std::string ImportSession::missingEvents() const {
+    if (counts_.refused == 0) return {};
+    std::string end = words_EndsEmpty;
+    if (const auto last = writer_->lastTime()) {
+        const uint64_t rate = writer_->facts().ticksPerSecond;
+        char text[TickWriter::room];
+        const TickWriter ticks({std::max<uint64_t>(1, rate), 1}, 9);
+        end =
+            gen_format(words_EndsAt, std::string(text, ticks.put(static_cast<int64_t>(*last), text)).c_str());
+    }
+    return gen_format(words_Refused, print(counts_.refused), end.c_str(), storeEnd_.text().c_str());
+}

@@ -1,0 +1,52 @@
+#include "chronoweave/import/raw/raw_record.h"
+
+#include "chronoweave/import/raw/raw_words.h"
+#include "libtrv/byte_order.h"
+#include "shared/libcxxutil/report.h"
+
+SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian) {
+    const uint8_t* p = record.data();
+    const uint32_t low = load_32(p + 4, bigEndian), high = load_32(p + 8, bigEndian);
+    return {static_cast<mt_Time>(high) << 32 | low, load_be16(p), load_be16(p + 2),
+            record.subspan(raw_RecordHead)};
+}
+
+void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look) {
+    if (raw_IsLengthSound(record.size()))
+        look.enter(load_be16(record.data()), record.subspan(raw_RecordHead), bigEndian);
+}
+
+bool RawRecords::take(std::span<const uint8_t> bytes, bool bigEndian, SourceRecord& record) {
+    if (!raw_IsLengthSound(bytes.size())) {
+        drop(bytes.size());
+        return false;
+    }
+    record = raw_Decode(bytes, bigEndian);
+    return true;
+}
+
+void RawRecords::drop(size_t length) {
+    const bool isLong = length > raw_MaxLength;
+    ++(isLong ? counts_.tooLong : counts_.tooShort);
+    if (!tells(isLong ? Problem::TooLong : Problem::TooShort)) return;
+    if (isLong)
+        gen_console(words_TooLong, static_cast<int>(length), static_cast<int>(raw_MaxLength));
+    else
+        gen_console(words_TooShort, static_cast<int>(length), static_cast<int>(raw_MinLength));
+}
+
+void RawRecords::bad_byte(uint64_t offset, uint8_t byte) {
+    ++counts_.badBytes;
+    if (tells(Problem::BadByte)) gen_console(words_BadByte, static_cast<unsigned long long>(offset), byte);
+}
+
+void RawRecords::settle() {
+    constexpr std::array<const char*, 3> kinds{"bad TRR bytes", "events dropped as too long",
+                                               "events dropped as too short"};
+    for (size_t kind = 0; kind < seen_.size(); ++kind) {
+        if (seen_[kind] > limit)
+            gen_console("... and %llu more %s\n", static_cast<unsigned long long>(seen_[kind] - limit),
+                        kinds[kind]);
+        seen_[kind] = 0;
+    }
+}

@@ -1,0 +1,96 @@
+#include "chronoweave/import/raw/raw_stream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "chronoweave/import/raw/raw_words.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+constexpr size_t timed_buffer = 32768;  // the deadline is tested once per buffer
+// Where no deadline cuts in, the size of the buffer can't be seen; a large one saves system calls.
+constexpr size_t whole_buffer = 1 << 20;
+
+}  // namespace
+
+RawStream::RawStream(std::unique_ptr<ByteSource> bytes, const EventSourceHeader& header, uint64_t first,
+                     const std::string& name)
+    : bytes_(std::move(bytes)),
+      facts_{header.ticksPerSecond, header.osName, header.bigEndian},
+      name_(name),
+      base_(first) {}
+
+SourceStep RawStream::next(SourceRecord& record) {
+    for (;;) {
+        while (at_ < there_) {
+            const RawCut cut = raw_Cut({buffer_.data(), there_}, at_);
+            if (cut.kind == RawCut::Kind::CutShort) break;
+            if (cut.kind == RawCut::Kind::BadByte) records_.bad_byte(offset(), buffer_[at_]);
+            at_ += cut.size;
+            if (cut.kind == RawCut::Kind::Record && records_.take(cut.record, facts_.bigEndian, record))
+                return SourceStep::Record;
+        }
+        if (std::exchange(walked_, false)) return SourceStep::Pause;
+        const SourceStep step = read_more();
+        if (step != SourceStep::Record) return step;
+    }
+}
+
+// Fills the buffer up behind the record that is cut by its end. Record when there is something to walk.
+SourceStep RawStream::read_more() {
+    if (at_ > 0) std::memmove(buffer_.data(), buffer_.data() + at_, there_ - at_);
+    base_ += at_;
+    there_ -= at_;
+    at_ = 0;
+    const size_t size = deadline_ ? timed_buffer : whole_buffer;
+    if (buffer_.size() < size) buffer_.resize(size);
+    const SourceRead read =
+        bytes_->read_at(base_ + there_, std::span(buffer_).subspan(there_, size - there_));
+    if (read.status != SourceStatus::Data || read.bytes == 0) return wait_for_more(read.status);
+    there_ += read.bytes;
+    records_.counts().unread = 0;
+    walked_ = true;
+    return SourceStep::Record;
+}
+
+// What is left is read again, whole, by the next read: whoever writes the file may have rewritten it.
+SourceStep RawStream::wait_for_more(SourceStatus status) {
+    records_.counts().unread = there_;
+    records_.counts().unreadAt = base_;
+    if (status == SourceStatus::Failed) {
+        const std::string words = gen_format(words_Seek, static_cast<unsigned long long>(base_ + there_));
+        gen_console("%s\n", words.c_str());
+        damage_ = Result::failure(words, name_);
+        return SourceStep::Failed;
+    }
+    there_ = 0;
+    buffer_ = {};
+    return status == SourceStatus::Again ? SourceStep::Again : SourceStep::End;
+}
+
+SourceExtent RawStream::extent() const {
+    const auto done = static_cast<double>(offset());
+    return {done, std::max(done, static_cast<double>(bytes_->size()))};
+}
+
+std::optional<SourceLook> RawStream::look() {
+    if (!bytes_->rereadable()) return std::nullopt;
+    ObjectLook look;
+    std::vector<uint8_t> buffer(whole_buffer);
+    uint64_t from = offset();
+    for (;;) {
+        const SourceRead read = bytes_->read_at(from, buffer);
+        if (read.status != SourceStatus::Data || read.bytes == 0) return look.seen();
+        size_t at = 0;
+        while (at < read.bytes) {
+            const RawCut cut = raw_Cut({buffer.data(), read.bytes}, at);
+            if (cut.kind == RawCut::Kind::CutShort) break;
+            if (cut.kind == RawCut::Kind::Record) raw_Look(cut.record, facts_.bigEndian, look);
+            at += cut.size;
+        }
+        if (at == 0) return look.seen();
+        from += at;
+    }
+}

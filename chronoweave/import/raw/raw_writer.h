@@ -1,0 +1,88 @@
+// Writes raw event files: for tests and benchmarks, and for programs that hand events on in this format.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "chronoweave/import/raw/raw_header.h"
+#include "chronoweave/import/raw/raw_record.h"
+#include "libtrv/gfile.h"
+#include "shared/libcxxutil/result.h"
+
+// What a Refresh record and a task table say of a task. Names are cut to 31 bytes.
+struct RawTask {
+    uint32_t id = 0;
+    uint32_t priority = 0;
+    std::string name = {};
+    std::optional<std::string> prefix = {};  // only in a Refresh record, and then of its longer form
+};
+
+// Puts raw events, in the target's byte order, behind the bytes that are there.
+class RawWriter {
+  public:
+    explicit RawWriter(bool bigEndian) : big_(bigEndian) {}
+
+    bool bigEndian() const { return big_; }
+    const std::vector<uint8_t>& bytes() const { return bytes_; }
+    std::vector<uint8_t> take() { return std::exchange(bytes_, {}); }
+
+    // The header's byte order must be the writer's.
+    void header(const EventSourceHeader& header, RawHeaderForm form);
+    // A record of a stream: its length byte and the event. time 0 stands for none of its own. extra is taken
+    // as it is, and is the target's. False, and nothing is written, when it is longer than a stream's records
+    // can be (70 bytes).
+    [[nodiscard]] bool event(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra);
+    // The same with words as extra data, of which the first is the object.
+    [[nodiscard]] bool event(mt_Time time, uint16_t type, uint16_t subtype,
+                             std::initializer_list<uint32_t> words);
+    // A Refresh record: the task's status, priority and name.
+    void refresh(mt_Time time, uint16_t status, const RawTask& task);
+    // An entry of the task table of log images and core files.
+    void taskEntry(const RawTask& task, bool inUse);
+    // Bytes as they are, for what is damaged on purpose.
+    void raw(std::span<const uint8_t> bytes);
+
+    // For tables: words in the target's byte order.
+    void put16(uint16_t value);
+    void put32(uint32_t value);
+
+  private:
+    void text(std::string_view name, size_t size);
+    void recordHead(size_t length, mt_Time time, uint16_t type, uint16_t subtype);
+
+    bool big_;
+    std::vector<uint8_t> bytes_;
+};
+
+// A raw event without its length byte, of any length.
+std::vector<uint8_t> raw_EncodeEvent(bool bigEndian, mt_Time time, uint16_t type, uint16_t subtype,
+                                     std::span<const uint8_t> extra);
+
+// A file that a writer's bytes go to in large blocks.
+class RawFile {
+  public:
+    // Makes or empties the file, and puts the header there.
+    static Result create(const std::string& name, const EventSourceHeader& header, RawHeaderForm form,
+                         std::unique_ptr<RawFile>& file);
+    // What is put here reaches the file once it is much, at flush and at close.
+    RawWriter& writer() { return writer_; }
+    // Call it after each event: hands the bytes on once they are much.
+    Result put();
+    // Hands on all there is, whole records only, so that whoever reads the file as it grows sees them.
+    Result flush();
+
+  private:
+    RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);
+
+    std::unique_ptr<FileDevice> device_;
+    std::string name_;
+    RawWriter writer_;
+    uint64_t written_ = 0;
+};

@@ -1,0 +1,38 @@
+// How many objects a source's events are of, and how much room its events take in a store, so that the
+// store's checkpoints can be set apart far enough.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "libtrv/store_format.h"
+
+struct SourceLook {
+    uint64_t records = 0;
+    uint64_t objects = 0;
+    uint64_t bytes = 0;  // of the records' event packets, extra data not counted
+};
+
+// Enters records one by one.
+class ObjectLook {
+  public:
+    // extra begins with the object's id in the target's byte order; a record without is of no object.
+    void enter(uint16_t type, std::span<const uint8_t> extra, bool bigEndian);
+    SourceLook seen() const { return {records_, keys_ + (zero_ ? 1u : 0u), bytes_}; }
+
+  private:
+    void enter_id(uint32_t id);
+    void grow();
+
+    std::vector<uint32_t> slots_ = std::vector<uint32_t>(256);  // open addressing; 0 is free
+    uint64_t keys_ = 0;                                         // other than 0
+    bool zero_ = false;
+    uint64_t records_ = 0, bytes_ = 0;
+};
+
+// The checkpoint interval that lets checkpoints take no more room than events once all objects are known: a
+// multiple of 100, and 100 as long as so many events take more room than the objects' state.
+uint32_t look_Interval(const SourceLook& look);
+// For a source that can't be looked over.
+constexpr uint32_t look_UnknownInterval = 1000;
