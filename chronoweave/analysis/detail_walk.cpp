@@ -338,7 +338,7 @@ std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const Detai
             if (forward && tries == 0) source.running.enter(source.processorOf(from.toObject), from.toObject);
             if (!step_past(source, step, row)) return std::nullopt;
         }
-        detail_MoveCursor(canvas, row.timeA, row.objectA);
+        laCanvas_Reveal(canvas, row.timeA, row.objectA);  // what is found takes the cursor along
         if (const auto found = switch_at(canvas, row.timeA, forward)) return detail_SwitchOf(canvas, *found);
         // An object that is seen to run for the first time takes over from itself: that is no switch.
         if (row.objectA != row.objectB && row.timeA > sameInstant)
