@@ -193,6 +193,23 @@ TEST_F(Window, ARefusedFileSaysWhyAndLeavesTheWindowUsable) {
     EXPECT_EQ(canvas().graph->width, window->view().picture().graphWidth);
 }
 
+// A core file that can't be read is told, and the window goes on with what it showed.
+TEST_F(Window, ACoreFileThatCannotBeReadIsTold) {
+    ASSERT_TRUE(window->load(trace));
+    const std::string version("\x00\x09", 2), format("\x05\x05", 2), size("\x00\x01zzzz", 6);
+    for (const std::string& bytes : {version, format, size, std::string()}) {
+        std::string said;
+        gen_set_report_sink([&](int, const std::string& line) { said += line; });
+        std::ofstream(folder / "bad.core", std::ios::binary) << bytes;
+        EXPECT_FALSE(window->load(folder / "bad.core"));
+        gen_set_report_sink({});
+        EXPECT_NE(said.find("ore"), std::string::npos) << said;
+        EXPECT_TRUE(canvas().source.storeHasEvents);
+    }
+    key(Qt::Key_0);
+    EXPECT_EQ(window->source(), trace);
+}
+
 TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
     SettingsManager settings(folder / "config");
     ArrangementStore arrangements(folder / "config");
