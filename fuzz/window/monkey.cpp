@@ -11,7 +11,7 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
-#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/command_table.h"
 #include "shared/libcxxutil/gate.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/platform.h"
@@ -257,9 +257,10 @@ void Monkey::resize(CanvasWindow& window) {
 }
 
 void Monkey::command(CanvasWindow& window) {
-    static const std::vector<std::string> names = laCanvas_CommandNames();
-    std::string text = names[static_cast<size_t>(below(static_cast<int>(names.size())))];
-    if (text.ends_with("At")) text += ' ' + std::to_string(below(1500));
+    const std::span<const laCommand> all = laCommands_All();
+    const laCommand& chosen = all[static_cast<size_t>(below(static_cast<int>(all.size())))];
+    std::string text = chosen.name;
+    if (chosen.takes == CommandTakes::Number) text += ' ' + std::to_string(below(1500));
     note("command " + text);
     const QPointer<CanvasWindow> alive = &window;
     window.command(text);
