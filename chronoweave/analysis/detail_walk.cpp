@@ -184,10 +184,10 @@ std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const Detai
     uint32_t at = laNoLane;
     if (const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object, &at)) {
         const auto present = find_stretch(*lane, from, forward);
-        const auto next = present ? follow(*lane, *present, target, forward) : std::nullopt;
         const size_t edge = forward ? lane->segments.size() - 1 : 0;
-        if (next && *next != edge) {
-            const DetailStatus found = stretch_at(canvas.items, at, *next);
+        const size_t next = present ? follow(*lane, *present, target, forward).value_or(edge) : edge;
+        if (next != edge) {
+            const DetailStatus found = stretch_at(canvas.items, at, next);
             detail_MoveCursor(canvas, found.time, found.object);
             return found;
         }
