@@ -127,10 +127,13 @@ TEST_F(CliTest, TimesReadBackAsTheyAreShown) {
 }
 
 TEST_F(CliTest, SequencesAskBehindACheckpoint) {
-    const auto hundred = rows_of({"events", "--first", "100", "--count", "2", sample()});
-    EXPECT_EQ(column<int>(hundred, "seq"), (std::vector<int>{101, 102}));
-    const auto before = rows_of({"events", "--first", "99", "--count", "2", sample()});
-    EXPECT_EQ(column<int>(before, "seq"), (std::vector<int>{99, 100}));
+    const int interval = rows_of({"info", sample()})[0]["checkpointInterval"].get<int>();
+    const auto first_two = [&](int first) {
+        return column<int>(rows_of({"events", "--first", std::to_string(first), "--count", "2", sample()}),
+                           "seq");
+    };
+    EXPECT_EQ(first_two(interval), (std::vector<int>{interval + 1, interval + 2}));
+    EXPECT_EQ(first_two(interval - 1), (std::vector<int>{interval - 1, interval}));
 }
 
 TEST_F(CliTest, TheSampleAgreesWithItself) {

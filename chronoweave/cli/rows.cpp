@@ -155,6 +155,7 @@ void RowWriter::endLine() {
 }
 
 void RowWriter::flush() {
+    if (buffer_.size() == 0) return;
     errno = 0;
     const bool whole = std::fwrite(buffer_.data(), 1, buffer_.size(), file_) == buffer_.size() &&
                        (!terminal_ || std::fflush(file_) == 0);

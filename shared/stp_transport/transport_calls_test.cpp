@@ -219,8 +219,8 @@ TEST(TransportCalls, EveryQueueHasAnEnd) {
 }
 
 TEST(TransportCalls, CallsThatNestTooDeepWait) {
+    NotingHandler handler;  // outlives what is deferred for it
     ScriptedEnd end;
-    NotingHandler handler;
     end->registerHandler(2, 1, handler, STPKind::Text);
     handler.run = [&](STPMessage& message) {
         const STPTransport::HandledScope scope(*end.transport, message);
