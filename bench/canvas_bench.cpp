@@ -3,12 +3,11 @@
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/fetch/fetch.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "windlib/lagraph/recording_surface.h"
 #ifdef CW_BENCH_QT
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "windlib/qt/picture_file.h"
 #endif
 
@@ -92,7 +91,7 @@ Outcome repaint(const BenchPlace& place) {
         graph.surface = &surface;
         graph.font = surface.fontMetrics(Font_Application);
         const auto canvas = input_Canvas(place, place.hundredTasks, graph, view_width, view_height);
-        if (!canvas || !laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, true, true)) return;
+        if (!canvas || !laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, {.paint = true})) return;
         const auto subject = [&] { laCanvas_Repaint(*canvas); };
         const auto baseline = [&] { surface.clearRect(0, 0, view_width, view_height); };
         outcome = {};

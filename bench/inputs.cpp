@@ -10,7 +10,8 @@
 #include "bench/generate.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/rtos/configure_reader.h"
-#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/paths.h"
 

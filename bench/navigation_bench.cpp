@@ -2,8 +2,7 @@
 // thousand objects. Processor time, each against clearing the same pixels.
 #include "bench/inputs.h"
 #include "bench/measure.h"
-#include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
@@ -41,7 +40,7 @@ Step view_of(double events) {
     return [events](_LaCanvasData& canvas) {
         const double length = canvas.source.totalLength * events / mt_GetEventCount(*canvas.source.store);
         const double low = std::max(0.0, canvas.source.totalLength / 2 - length / 2);
-        laCanvas_ShowRange(canvas, low, std::min(low + length, canvas.source.totalLength), true, true);
+        laCanvas_ShowRange(canvas, low, std::min(low + length, canvas.source.totalLength), {.paint = true});
     };
 }
 

@@ -5,7 +5,6 @@
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/analysis/search_window.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/model/time.h"
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/goto.h"
 #include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/list/hide_dialog.h"
@@ -22,7 +24,13 @@ void run(const DialogDraw& draw, const std::function<void()>& work) {
 class HideBinding : public std::enable_shared_from_this<HideBinding> {
   public:
     HideBinding(_LaCanvasData& canvas, DialogModel& model, DialogDraw draw)
-        : logic_(canvas), model_(model), draw_(std::move(draw)) {}
+        : logic_(*canvas.taskList, canvas.list, canvas.items, canvas.source,
+                 [&canvas] {
+                     laCanvas_Resort(canvas);
+                     laCanvas_Repaint(canvas);
+                 }),
+          model_(model),
+          draw_(std::move(draw)) {}
 
     void begin() {
         model_.setTitle(logic_.title);

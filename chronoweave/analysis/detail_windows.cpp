@@ -3,6 +3,7 @@
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/detail_window.h"
 #include "chronoweave/analysis/object_tree.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"

@@ -5,9 +5,7 @@
 #include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
-#include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/actions.h"
-#include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -108,7 +106,7 @@ TEST_F(DetailTest, StatusWalks) {
             laCanvas_ClearItems(canvas);
             canvas.items.cachedLow = canvas.items.cachedHigh = 0;
             canvas.view.viewHigh = canvas.view.viewLow;
-            laCanvas_ShowRange(canvas, length < 1 ? 5.5 : 0, length < 1 ? 5.9 : length, false, true);
+            laCanvas_ShowRange(canvas, length < 1 ? 5.5 : 0, length < 1 ? 5.9 : length);
             const int beeps = test.beeps;
             ASSERT_TRUE(Press(row.button));
             const std::string what = row.button + std::string(" from ") + std::to_string(row.from) +
@@ -232,7 +230,7 @@ TEST_F(DetailTest, EventWalksVisitWhatAPlainListHolds) {
                     if ((!sameEvent || one.event == first.event) &&
                         (!sameObject || one.object == first.object))
                         expected.push_back(one.sequence);
-                laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 50, false, true);
+                laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 50);
                 auto at = std::optional(first);
                 DetailEvent last = first;
                 for (; at && seen.size() <= all.size();
@@ -262,7 +260,7 @@ TEST_F(DetailTest, StatusWalksVisitAllStretches) {
                 if (canvas.items.lanes[i].segments[s].t1 > canvas.items.lanes[i].segments[s].t0)
                     stretches.push_back(detail_StatusOf(canvas, {laItemType::Line, i, s}));
         canvas.options.prefetch = false;
-        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 20, false, true);
+        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 20);
         for (size_t i = 0; i + 1 < stretches.size(); ++i) {
             if (stretches[i].object != stretches[i + 1].object) continue;
             for (const bool forward : {true, false}) {
@@ -302,7 +300,7 @@ TEST_F(DetailTest, SwitchWalksVisitAllSwitches) {
         for (size_t i = 0; i < canvas.items.ctxLines.size(); ++i) all.push_back(detail_SwitchOf(canvas, i));
         ASSERT_GT(all.size(), 60u);
         canvas.options.prefetch = false;
-        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 10, false, true);
+        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 10);
         const auto key = [](const DetailSwitch& one) {
             return gen_format("%.4f %x %x", one.time, one.fromObject, one.toObject);
         };

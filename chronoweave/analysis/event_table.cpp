@@ -4,6 +4,7 @@
 
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/rtos/extra_format.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"

@@ -4,10 +4,8 @@
 
 #include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_windows.h"
-#include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/pointer.h"
-#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -79,7 +77,7 @@ TEST_F(EventTableTest, RowsAreTheEventsOfTheView) {
         for (int i = 0; i < 5; ++i) EXPECT_EQ(Cell(row.row, i), row.cells[i]) << row.row;
     }
     EXPECT_FALSE(table.Sync()) << "nothing changed";
-    laCanvas_ShowRange(canvas, 0.45, 0.95, false, true);
+    laCanvas_ShowRange(canvas, 0.45, 0.95);
     EXPECT_TRUE(table.Sync());
     EXPECT_EQ(list.RowCount(), 5);
     EXPECT_EQ(Cell(0, 4), "value 5");
@@ -93,7 +91,7 @@ TEST_F(EventTableTest, RowsAreTheEventsOfTheView) {
         if (laLegend_Name(canvas, row).find("Take") != std::string::npos) laLegend_ToggleVisible(canvas, row);
     table.Sync();
     EXPECT_EQ(list.RowCount(), 4);
-    laCanvas_Reset(canvas, true, true);
+    laCanvas_Reset(canvas, laResetOf::Source);
     EXPECT_EQ(Cell(0, 0), "") << "the items are gone";
     table.Sync();
     EXPECT_EQ(list.RowCount(), 0);
@@ -123,7 +121,7 @@ TEST_F(EventTableTest, Filters) {
     EXPECT_EQ(list.RowCount(), 10);
     EXPECT_EQ(Cell(1, 1), "0.400");
     EXPECT_FALSE(table.Escape("list"));
-    laCanvas_ShowRange(canvas, 0, 1, false, true);
+    laCanvas_ShowRange(canvas, 0, 1);
     table.Sync();
     EXPECT_EQ(list.RowCount(), 3) << "filters stay with a new view";
 }
@@ -135,7 +133,7 @@ TEST_F(EventTableTest, ARowMovesTheCursorAndAnIconChoosesItsRow) {
     const uint32_t marked = canvas.marks.markedEvent;
     EXPECT_EQ(marked, 8u);
     // The mark stays with its event in another view and behind a filter.
-    laCanvas_ShowRange(canvas, 0.25, 0.9, false, true);
+    laCanvas_ShowRange(canvas, 0.25, 0.9);
     table.Sync();
     ASSERT_EQ(model.selectedRow("list"), 2);
     EXPECT_EQ(Cell(2, 4), "value 5");
@@ -200,7 +198,7 @@ TEST_F(EventTableTest, AMillionEventsAreShownAndTextsCanBeStopped) {
     EXPECT_LT(list.RowCount(), 1100);
     EXPECT_EQ(Message(), std::to_string(list.RowCount()) + " events so far, stopped");
     canvas.calls.progress = {};
-    laCanvas_ShowRange(canvas, 0.2, 0.3, false, true);
+    laCanvas_ShowRange(canvas, 0.2, 0.3);
     table.Sync();
     EXPECT_EQ(list.RowCount(), 1000) << "a new view reads on";
     canvas.graph->setBusy = {};

@@ -221,7 +221,7 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
 
 TEST_F(LegendWindowTest, GoesWithTheSource) {
     Open();
-    laCanvas_Reset(canvas, true, true);
+    laCanvas_Reset(canvas, laResetOf::Source);
     EXPECT_TRUE(host.windows[0]->isClosed());
     EXPECT_EQ(canvas.calls.legendWindow, nullptr);
 }

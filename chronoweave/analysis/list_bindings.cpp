@@ -2,15 +2,13 @@
 
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/analysis/program_dialogs.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
-#include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/menus.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/items.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/menu/menu.h"
@@ -103,7 +101,7 @@ class BookmarkList {
         if (name == "rename") rename();
         if (name == "colour") changeColour();
         if (name == "delete") {
-            draw([&] { laBookmark_DeleteAt(canvas_, at, true); });
+            draw([&] { laBookmark_DeleteAt(canvas_, at); });
             fill(at);
         }
     }

@@ -97,8 +97,8 @@ TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {
 
 TEST_F(ProgramDialogs, BookmarksAreEdited) {
     ASSERT_TRUE(test.Open({name_event(0, 0x400, "One"), name_event(5000, 0x800, "Two")}));
-    laBookmark_Add(canvas, laAgentId, 1, false);
-    laBookmark_Add(canvas, 0x800, 4, false);
+    laBookmark_Add(canvas, laAgentId, 1);
+    laBookmark_Add(canvas, 0x800, 4);
     host.colourAnswer = 0x00FF00;
     host.drive = [&](DialogModel& model) {
         const auto cell = [&](size_t row, size_t column) {

@@ -4,7 +4,6 @@
 
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "windlib/dialog/host.h"
 
 namespace {

@@ -7,7 +7,6 @@
 #include "chronoweave/analysis/search_window.h"
 #include "chronoweave/analysis/table_text.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/busy.h"

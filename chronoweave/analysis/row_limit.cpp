@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -13,7 +13,8 @@ const std::string separator(1, '\0');  // no name holds it
 
 laPath path_of(const _LaCanvasData& canvas, const RowLimit::Named& one) {
     laPath path = laTask_MakePath(
-        canvas, one.name ? *one.name : canvas.list.objectTerm + gen_format(" 0x%x", one.object), false);
+        canvas.list, one.name ? *one.name : canvas.list.objectTerm + gen_format(" 0x%x", one.object),
+        laTask_UsesKernel(canvas.list, canvas.source));
     path.id = one.object;
     return path;
 }
@@ -36,7 +37,8 @@ void RowLimit::Set(const std::vector<uint32_t>& shown, const std::vector<Named>&
     };
     for (const Named& one : all) take(path_of(canvas_, one));
     for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i)
-        if (!canvas_.items.lanes[i].isAgent) take(laTask_PathOfLane(canvas_, canvas_.items.lanes[i]));
+        if (!canvas_.items.lanes[i].isAgent)
+            take(laTask_PathOfLane(canvas_.list, canvas_.source, canvas_.items.lanes[i]));
 
     std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
     std::unordered_set<std::string> known;

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 
 class RowLimit {

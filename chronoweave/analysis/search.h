@@ -12,6 +12,8 @@
 
 #include "chronoweave/analysis/search_source.h"
 
+struct _LaCanvasData;
+
 enum SearchKind : int {
     Search_Event = 0,
     Search_Pattern = 1,
@@ -22,7 +24,6 @@ enum SearchKind : int {
 
 // SearchRequest::flags.
 enum : uint32_t {
-    Search_ChoosingEnd = 1u << 3,   // the event dialog chooses the end event
     Search_OfferPattern = 1u << 4,  // the kind dialog offers the event pattern
     Search_SameObject = 1u << 5     // begin and end are matched on the same object
 };

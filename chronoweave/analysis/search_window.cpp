@@ -9,12 +9,12 @@
 #include "chronoweave/analysis/histogram.h"
 #include "chronoweave/analysis/row_limit.h"
 #include "chronoweave/analysis/table_text.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/hit_marks.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/found_times.h"
 #include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/busy.h"
@@ -209,7 +209,7 @@ void SearchWindow::Show(const SearchRow& row) {
             };
             if (!(seen(row.timeA) && seen(row.timeB)) && length > 0)
                 laCanvas_Zoom(canvas_, beside < row.timeA ? row.timeA - beside : 0,
-                              std::min(row.timeB + beside, canvas_.source.totalLength), true, Zoom_Range);
+                              std::min(row.timeB + beside, canvas_.source.totalLength));
         }
         laCanvas_SetSelection(canvas_, std::max(0.0, row.timeA),
                               std::max(0.0, Spans() ? row.timeB : row.timeA));

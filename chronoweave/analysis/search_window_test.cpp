@@ -253,7 +253,7 @@ TEST_F(SearchWindowTest, ClicksLeadToTheCanvas) {
     std::string warped;
     test.graph.warpPointer = [&](int x, int) { warped = std::to_string(x); };
     SearchPairs();
-    laCanvas_ShowRange(canvas, 0.06, 0.07, true, true);
+    laCanvas_ShowRange(canvas, 0.06, 0.07, {.paint = true});
     // Out of view: the interval with a sixth of it on either side.
     ASSERT_TRUE(Window().clickRow("list", 0, 4));
     EXPECT_NEAR(canvas.view.viewLow, 0.010 - 0.020 / 6, 1e-4);

@@ -5,8 +5,9 @@
 #include "chronoweave/cli/opened.h"
 #include "chronoweave/cli/rows.h"
 #include "chronoweave/traxfunc/canvas/picture.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/draw/axis.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/session/session.h"
@@ -54,7 +55,7 @@ bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& 
     const double low = line.from.empty() ? 0 : base(range.first);
     const double high = line.to.empty() ? canvas.source.totalLength : base(range.end);
     if (high <= low) return false;
-    return laCanvas_ShowRange(canvas, low, high, false, true);
+    return laCanvas_ShowRange(canvas, low, high);
 }
 
 void put_facts(RowWriter& rows, const _LaCanvasData& canvas, const laPicture& picture,

@@ -13,9 +13,9 @@
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/qt/tool_bar.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
@@ -92,11 +92,11 @@ const ProgramOptions& CanvasWindow::options() const {
 void CanvasWindow::takeOptions() {
     const ProgramOptions& wanted = options();
     _LaCanvasData& canvas = view_->canvas();
-    const bool rows = canvas.options.kernelGroup != wanted.kernel,
+    const bool rows = canvas.list.kernelGroup != wanted.kernel,
                icons = canvas.options.newTrv != wanted.newTrv;
     canvas.options.newTrv = wanted.newTrv;
     canvas.options.prefetch = wanted.prefetch;
-    canvas.options.kernelGroup = wanted.kernel;
+    canvas.list.kernelGroup = wanted.kernel;
     canvas.options.snapCursors = wanted.cursorsSnap;
     canvas.calls.upper.iconButtons = wanted.iconButtons;
     view_->setBareWheelZooms(wanted.bareWheelZooms);

@@ -20,13 +20,12 @@
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/fetch/fetch.h"
 #include "chronoweave/traxfunc/input/actions.h"
-#include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/fields.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/scroll.h"
 #include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
 #include "chronoweave/traxfunc/session/session.h"
@@ -399,7 +398,7 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std:
     _LaCanvasData& canvas = view_->canvas();
     const bool changed = canvas.looks.legendChanged;
     laLegend_OfferSave(canvas);  // what is saved now may be what is read next
-    legend.misc = laLegend_Kept(canvas);
+    legend.misc = laLegend_Kept(canvas.options);
     if (!configure_Read(legend, mt_GetOsName(opened.store.get()), callbacks, view_->graph().font.height)) {
         canvas.looks.legendChanged = canvas.looks.legendChanged || changed;
         return false;

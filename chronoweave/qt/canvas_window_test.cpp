@@ -16,6 +16,7 @@
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
@@ -227,7 +228,7 @@ TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
     QApplication::processEvents();
     _LaCanvasData& left = first->view().canvas();
     first->view().draw([&] {
-        laCanvas_ShowRange(left, 0.02, 0.05, true, true);
+        laCanvas_ShowRange(left, 0.02, 0.05, {.paint = true});
         laCanvas_SetSelection(left, 0.03, 0.04);
     });
     first->view().command("AddBookmark");

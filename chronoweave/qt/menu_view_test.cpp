@@ -15,7 +15,6 @@
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
-#include "chronoweave/traxfunc/input/commands.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/settings.h"
@@ -103,7 +102,7 @@ TEST_F(WindowMenus, RowsAndButtonsFollowTheSourceAndReachTheCanvas) {
 TEST_F(WindowMenus, BookmarksAreRowsOfTheirWindow) {
     ASSERT_TRUE(window->load(trace));
     std::unique_ptr<CanvasWindow> other = Make();
-    laBookmark_Add(canvas(), laAgentId, 0.05, false);
+    laBookmark_Add(canvas(), laAgentId, 0.05);
     QAction* mark = Row("TraxBookmark", "ShowBookmark 0");
     ASSERT_TRUE(mark);
     mark->trigger();

@@ -5,6 +5,7 @@
 
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "shared/libcxxutil/gate.h"
 #include "windlib/qt/qt_surface.h"
 
@@ -45,30 +46,32 @@ void OverviewStrip::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Base));
     QtSurface surface(painter, nullptr, width(), height(), surfaceColours(palette()));
-    if (overview_.length > 0) laOverview_Draw(view_.canvas(), overview_, surface, width(), height());
+    if (overview_.length > 0)
+        laOverview_Draw(overview_, view_.canvas().view, view_.canvas().marks, surface, width(), height());
 }
 
 void OverviewStrip::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || overview_.length <= 0) return;
     grabbed_ = static_cast<int>(event->position().x());
-    part_ = laOverview_HitTest(view_.canvas(), overview_, width(), grabbed_);
+    part_ = laOverview_HitTest(overview_, view_.canvas().view, width(), grabbed_);
     start_ = {view_.canvas().view.viewLow, view_.canvas().view.viewHigh};
-    if (part_ == Overview_Outside) mouseMoveEvent(event);
+    if (part_ == laOverviewPart::Outside) mouseMoveEvent(event);
 }
 
 void OverviewStrip::mouseMoveEvent(QMouseEvent* event) {
     const int x = static_cast<int>(event->position().x());
     if (grabbed_ < 0) {
         const laOverviewPart part = overview_.length > 0
-                                        ? laOverview_HitTest(view_.canvas(), overview_, width(), x)
-                                        : Overview_Outside;
-        setCursor(part == Overview_Inside    ? Qt::OpenHandCursor
-                  : part == Overview_Outside ? Qt::ArrowCursor
-                                             : Qt::SizeHorCursor);
+                                        ? laOverview_HitTest(overview_, view_.canvas().view, width(), x)
+                                        : laOverviewPart::Outside;
+        setCursor(part == laOverviewPart::Inside    ? Qt::OpenHandCursor
+                  : part == laOverviewPart::Outside ? Qt::ArrowCursor
+                                                    : Qt::SizeHorCursor);
         return;
     }
     const laOverviewRange range = laOverview_Drag(overview_, width(), part_, start_, grabbed_, x);
-    view_.draw([&] { laOverview_Show(view_.canvas(), range); });
+    _LaCanvasData& canvas = view_.canvas();
+    view_.draw([&] { laCanvas_ShowRange(canvas, range.low, range.high, {.paint = true}); });
 }
 
 void OverviewStrip::mouseReleaseEvent(QMouseEvent*) {

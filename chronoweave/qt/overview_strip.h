@@ -30,7 +30,7 @@ class OverviewStrip : public QWidget {
     PictureView& view_;
     QTimer later_;  // the next slice
     laOverview overview_;
-    laOverviewPart part_ = Overview_Outside;
+    laOverviewPart part_ = laOverviewPart::Outside;
     laOverviewRange start_;
     int grabbed_ = -1;  // column of the press; -1 while there is none
 };

@@ -48,6 +48,10 @@ std::optional<MslKey> listKey(const QKeyEvent& event) {
 
 }  // namespace
 
+laNames PictureView::names() const {
+    return {*canvas_->taskList, canvas_->looks, canvas_->view, *canvas_->graph};
+}
+
 bool PictureView::overDivider(QPoint at) const {
     return at.y() < picture_.graphTop + picture_.graphHeight && at.x() >= picture_.nameWidth - dividerReach &&
            at.x() < picture_.graphLeft + 1;
@@ -71,13 +75,13 @@ bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
     focusNames(true);
     if (event.button() == Qt::RightButton) {
         MslObjectEntry* clicked = nullptr;
-        draw([&] { clicked = laNames_RightClick(*canvas_, y); });
+        draw([&] { clicked = names().RightClick(y); });
         listMenu(clicked);
     } else if (event.button() == Qt::LeftButton) {
         draw([&] {
-            if (!laNames_Click(*canvas_, at.x(), y, clicks, control, shift)) laNames_ClearSelection(*canvas_);
+            if (!names().Click(at.x(), y, clicks, control, shift)) names().ClearSelection();
         });
-        const std::string tip = laNames_Tip(*canvas_, y);
+        const std::string tip = names().Tip(y);
         platform_ShowTip(event.globalPosition().toPoint(), tip, this);
         held_ = Held::Names;
     }
@@ -85,7 +89,7 @@ bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
 }
 
 void PictureView::moveNames(QPoint at) {
-    if (held_ == Held::Names) return draw([&] { laNames_DragTo(*canvas_, at.y() - picture_.graphTop); });
+    if (held_ == Held::Names) return draw([&] { names().DragTo(at.y() - picture_.graphTop); });
     canvas_->list.nameWidth = std::clamp(at.x(), leastNameWidth, std::max(leastNameWidth, width() / 2));
     layOutAndPaint();
 }
@@ -94,8 +98,8 @@ void PictureView::moveNames(QPoint at) {
 void PictureView::focusNames(bool on) {
     if (canvas_->taskList->focused == on) return;
     draw([&] {
-        if (!on) laNames_EndSearch(*canvas_);
-        laNames_Focus(*canvas_, on);
+        if (!on) names().EndSearch();
+        names().Focus(on);
     });
 }
 
@@ -124,13 +128,13 @@ bool PictureView::keyToNames(const QKeyEvent& event) {
     draw([&] {
         const auto key = listKey(event);
         if (key && !(*key == MslKey::Space && canvas_->taskList->list().Searching()))
-            taken = laNames_Key(*canvas_, *key, control, shift);
+            taken = names().Key(*key, control, shift);
         else if (event.key() == Qt::Key_Escape)
-            laNames_EndSearch(*canvas_);
+            names().EndSearch();
         else if (event.key() == Qt::Key_Backspace)
-            taken = laNames_Backspace(*canvas_);
+            taken = names().Backspace();
         else if (!control && !typed.empty() && event.text().front().isPrint() && typed != "?")
-            laNames_Type(*canvas_, typed);
+            names().Type(typed);
         else
             taken = false;
     });
@@ -145,7 +149,7 @@ void PictureView::listMenu(MslObjectEntry* clicked) {
 // The menu key: about the selected rows, or the place of the first cursor.
 void PictureView::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() != QContextMenuEvent::Keyboard || !canvas_->source.storeHasEvents) return;
-    const std::vector<MslObjectEntry*> selected = laNames_Selected(*canvas_);
+    const std::vector<MslObjectEntry*> selected = names().Selected();
     if (canvas_->taskList->focused) return listMenu(selected.empty() ? nullptr : selected.front());
     const int x = canvas_->marks.cursor[0] >= canvas_->view.viewLow &&
                           canvas_->marks.cursor[0] <= canvas_->view.viewHigh

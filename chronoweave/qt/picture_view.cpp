@@ -8,17 +8,14 @@
 
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/scroll.h"
 #include "chronoweave/traxfunc/input/tips.h"
-#include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/gate.h"
@@ -114,7 +111,7 @@ void PictureView::drawNames(Surface& whole) {
     namesStale_ = false;
     whole.clearRect(0, picture_.graphTop, picture_.nameWidth, picture_.dataHeight);
     TranslatedSurface column(whole, 0, picture_.graphTop, picture_.nameWidth, picture_.dataHeight);
-    laNames_Draw(*canvas_, column, picture_.nameWidth, picture_.dataHeight);
+    names().Draw(column, picture_.nameWidth, picture_.dataHeight);
 }
 
 void PictureView::layOutAndPaint() {
@@ -327,7 +324,7 @@ bool PictureView::event(QEvent* event) {
     std::string text;
     if (!gate_May(GateActivity::Command)) return true;
     if (overNames(help->pos()))
-        text = laNames_Tip(*canvas_, help->pos().y() - picture_.graphTop);
+        text = names().Tip(help->pos().y() - picture_.graphTop);
     else if (at.x() >= 0 && canvas_->source.storeHasEvents)
         text = laPointer_Tip(*canvas_, at.x(), at.y());
     showTip(help->globalPos(), text);

@@ -12,6 +12,7 @@
 #include "chronoweave/traxfunc/canvas/picture.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/pointer.h"
+#include "chronoweave/traxfunc/list/names.h"
 
 class PictureView : public QWidget {
     Q_OBJECT
@@ -72,6 +73,7 @@ class PictureView : public QWidget {
     bool overDivider(QPoint at) const;
     bool pressNames(const QMouseEvent& event, int clicks);
     void moveNames(QPoint at);
+    class laNames names() const;
     void focusNames(bool on);
     bool keyToNames(const QKeyEvent& event);
     void listMenu(MslObjectEntry* clicked);

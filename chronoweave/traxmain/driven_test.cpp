@@ -19,7 +19,6 @@
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/geometry.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxmain/driven_robot.h"
 #include "chronoweave/traxmain/trvgui.h"
 #include "libtrv/test_store.h"

@@ -16,6 +16,7 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/view.h"
@@ -107,7 +108,7 @@ void select_row(QWidget& dialog, const char* list, int row) {
 void keep_first_screen(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
     laCanvas_Paint(canvas, [&] {
-        laCanvas_ShowRange(canvas, 0.0096, 0.0126, true, true);
+        laCanvas_ShowRange(canvas, 0.0096, 0.0126, {.paint = true});
         laCanvas_SetSelection(canvas, 0.0103057, 0.0110343);
     });
     keep(&window, "timeline");

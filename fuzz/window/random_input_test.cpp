@@ -14,7 +14,7 @@
 #include "chronoweave/import/import.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
-#include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "fuzz/window/monkey.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/gate.h"

@@ -28,6 +28,12 @@ void ScrollBarModel::userMoved(uint64_t position) {
     if (position_ != before && onChange) onChange();
 }
 
+void ScrollBarModel::userScrolled(int64_t pixels) {
+    const auto step = static_cast<uint64_t>(pixels < 0 ? -pixels : pixels);
+    userMoved(pixels < 0 ? position_ - std::min(position_, step)
+                         : position_ + std::min(maximum() - std::min(maximum(), position_), step));
+}
+
 uint32_t ScrollBarModel::nativeMaximum() const {
     return maximum() < nativeLimit ? static_cast<uint32_t>(maximum()) : nativeScaled;
 }

@@ -24,6 +24,8 @@ class ScrollBarModel {
     void setPosition(uint64_t position);
     // The user moved the bar: sets the position and calls onChange when it differs.
     void userMoved(uint64_t position);
+    // The same by so many pixels, back when negative.
+    void userScrolled(int64_t pixels);
     bool atStart() const { return position_ == 0; }
     bool atEnd() const { return position_ >= maximum(); }
 

@@ -1,11 +1,11 @@
 // The canvas: one row per object of a trace, time running to the right. _LaCanvasData is the one record of a
-// canvas; everything else of this folder reads or changes it. It knows no window: it is given a LaGraph
-// (size, scroll bars, surface, and what to call) and a store, and tells of changed texts through a callback.
+// canvas. It is made of parts, which the rooms below define and work on; they can't name the whole. It knows
+// no window: it is given a LaGraph (size, scroll bars, surface, and what to call) and a store, and tells of
+// changed texts through a callback.
 //
-// Reading order: canvas.h, items.h, time.h, axis.h, fetch.h, sweep.h, task_list.h, layout.h, draw.h, view.h,
-// scroll.h, history.h, cursor.h, bookmarks.h, hit_marks.h, fields.h, navigate.h, goto.h, commands.h,
-// time_unit.h, hide_dialog.h, session.h, names.h, picture.h, overview.h, arrangement.h, icon_walk.h, hit.h,
-// tips.h, pointer.h, context_menu.h.
+// Reading order: model/items.h, model/time.h and the other parts; fetch/fetch.h, fetch/sweep.h; draw/scene.h,
+// draw/layout.h, draw/draw.h, draw/axis.h; list/task_list.h, list/names.h; this one with rows.h and
+// repaint.h; input/view.h, input/zoom.h, input/pointer.h, input/commands.h; session/session.h.
 //
 // Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
 // negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
@@ -20,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "chronoweave/traxfunc/draw/scene.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/looks.h"
@@ -121,7 +122,6 @@ struct _LaCanvasData {
     LaCallbacks calls;
     LaOptions options;
     LaList list;
-    std::unique_ptr<TraxTaskList> taskList;  // never null
     LaItems items;
     LaLooks looks;
     LaSource source;
@@ -130,25 +130,11 @@ struct _LaCanvasData {
     LaHand hand;
     LaPast past;
     LaAxis axis;
+    std::unique_ptr<TraxTaskList> taskList;  // never null
+
+    // What drawing reads of it.
+    laScene scene() const { return {*graph, view, axis, items, looks, marks, options}; }
 };
 
-// A canvas on a graph, with the defaults, connected to its scroll bars.
-std::unique_ptr<_LaCanvasData> laCanvas_Create(LaGraph& graph, int contentHeight);
-// Back to an empty view. With releaseSource the store, the legend and what the configure file set go too.
-void laCanvas_Reset(_LaCanvasData& canvas, bool releaseSource, bool announce);
-// Drops what the source brought: store, legend, list, titles and settings.
-void laCanvas_ReleaseSource(_LaCanvasData& canvas);
-// Drops all items; the cached range becomes 0 to 0.
-void laCanvas_ClearItems(_LaCanvasData& canvas);
-
-// Takes over a finished legend with its settings: looks up icons and colours and computes the row height.
-// False, and no change, for an empty one. A missing icon is reported and replaced by "help", with a beep.
-bool laCanvas_LoadLegend(_LaCanvasData& canvas, Legend legend);
-// Recomputes looks and metrics after visibility, colours or icons in canvas.looks.legend changed. True when
-// the row height changed: the caller then lays out and repaints.
-bool laCanvas_LegendTouched(_LaCanvasData& canvas);
-
-// Runs work that may paint: with the surface opened by the window when it isn't open.
-void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work);
 // Column of a value given in a time mode; see laTimeScale.
 int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/draw/axis.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "windlib/lagraph/translated_surface.h"
@@ -13,6 +13,10 @@ namespace {
 
 constexpr int divider = 3;     // pixels between the names and the drawing area
 constexpr int footerGap = 12;  // between the texts of the line below it
+
+laNames names_of(const _LaCanvasData& canvas) {
+    return {*canvas.taskList, canvas.looks, canvas.view, *canvas.graph};
+}
 
 }  // namespace
 
@@ -25,7 +29,7 @@ laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, i
     picture.width = width;
     picture.height = height;
     const int wanted =
-        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : laNames_Width(canvas, surface, width / 4);
+        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : names_of(canvas).Width(surface, width / 4);
     picture.nameWidth = std::min(wanted, std::max(0, width - divider));
     picture.graphLeft = picture.nameWidth + divider;
     picture.graphWidth = std::max(0, width - picture.graphLeft);
@@ -75,7 +79,8 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
     }
     {
         TranslatedSurface column(surface, 0, picture.graphTop, picture.nameWidth, picture.dataHeight);
-        laNames_Draw(canvas, column, picture.nameWidth, picture.dataHeight, withCursors);
+        names_of(canvas).Draw(column, picture.nameWidth, picture.dataHeight,
+                              withCursors ? laNames::Look::Window : laNames::Look::Picture);
     }
     const int line = picture.nameWidth + divider / 2;
     surface.drawLine(line, picture.graphTop, line, picture.graphTop + picture.graphHeight - 1,

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -16,20 +15,28 @@ double times_ten(double value, int count) {
 }
 
 // First and last tick inside the view.
-void ticks_in_view(const _LaCanvasData& canvas, double step, double& first, double& last) {
-    const double low = laTime_Convert(Time_Second, canvas.view.viewLow, canvas.axis.timeMode);
-    const double high = laTime_Convert(Time_Second, canvas.view.viewHigh - tolerance, canvas.axis.timeMode);
+void ticks_in_view(const LaAxis& axis, const LaView& view, double step, double& first, double& last) {
+    const double low = laTime_Convert(Time_Second, view.viewLow, axis.timeMode);
+    const double high = laTime_Convert(Time_Second, view.viewHigh - tolerance, axis.timeMode);
     first = std::floor(low / step) * step;
     if (first < low) first += step;
     last = std::floor((high - tolerance) / step) * step;
 }
 
-void set_prefix(_LaCanvasData& canvas, double step, int digits) {
+void set_prefix(LaAxis& axis, const LaView& view, double step, int digits) {
     double first = 0, last = 0;
-    ticks_in_view(canvas, step, first, last);
-    const laAxisPrefix prefix = laAxis_CommonPrefix(first, last, digits, canvas.axis.tickPattern);
-    canvas.axis.tickFormat = prefix.format;
-    canvas.axis.tickBase = prefix.base;
+    ticks_in_view(axis, view, step, first, last);
+    const laAxisPrefix prefix = laAxis_CommonPrefix(first, last, digits, axis.tickPattern);
+    axis.tickFormat = prefix.format;
+    axis.tickBase = prefix.base;
+}
+
+// Takes a smaller unit until the labels need few digits. True when it did.
+bool refine_unit(LaAxis& axis) {
+    if (axis.timeMode >= Time_Nanosecond) return false;
+    const int before = axis.timeMode;
+    for (; axis.tickDigits > 2 && axis.timeMode < Time_Nanosecond; ++axis.timeMode) axis.tickDigits -= 3;
+    return axis.timeMode != before;
 }
 
 }  // namespace
@@ -96,42 +103,54 @@ laAxisPrefix laAxis_CommonPrefix(double first, double last, int digits, bool pat
     return {varying + whole * 1000, base};
 }
 
-double laAxis_ChooseStep(_LaCanvasData& canvas) {
-    canvas.axis.tickDigits = -1;
-    const double length = laTime_Convert(Time_Second, canvas.view.viewLength, canvas.axis.timeMode);
+double laAxis_ChooseStep(LaAxis& axis, const LaView& view, const LaGraph& graph) {
+    axis.tickDigits = -1;
+    const double length = laTime_Convert(Time_Second, view.viewLength, axis.timeMode);
     if (!(length > 0)) return 1.0;
     double step = std::pow(10.0, std::floor(std::log10(length) - 1));
     if (!(step > 0)) return 1.0;
-    set_prefix(canvas, step, laAxis_DigitsOfStep(step));
-    const int room = (canvas.axis.tickFormat % 1000 + 3) * canvas.graph->font.charWidth;
-    if (canvas.graph->width < room) return 1.0;
-    step = laAxis_RefineStep(step, length, canvas.graph->width, room);
+    set_prefix(axis, view, step, laAxis_DigitsOfStep(step));
+    const int room = (axis.tickFormat % 1000 + 3) * graph.font.charWidth;
+    if (graph.width < room) return 1.0;
+    step = laAxis_RefineStep(step, length, graph.width, room);
     const int digits = laAxis_DigitsOfStep(step);
-    set_prefix(canvas, step, digits);
-    canvas.axis.tickDigits = digits;
+    set_prefix(axis, view, step, digits);
+    axis.tickDigits = digits;
     return step;
 }
 
-std::string laAxis_FormatTick(const _LaCanvasData& canvas, double value) {
-    const int varying = canvas.axis.tickFormat % 1000;
-    value = std::max(value, 0.0);
-    if (canvas.axis.tickDigits <= 0) return gen_format("%0*.0f", varying, value);
-    if (canvas.axis.tickDigits < varying)
-        return gen_format("%0*.*f", varying + 1, canvas.axis.tickDigits, value);
-    return gen_format("%0*.0f", varying, times_ten(value, canvas.axis.tickDigits));
+laAxisTicks laAxis_Settle(LaAxis& axis, const LaView& view, const LaGraph& graph, laUnitRule rule) {
+    const LaAxis old = axis;
+    double step = laAxis_ChooseStep(axis, view, graph);
+    if (rule == laUnitRule::Adjust && axis.autoAdjustUnit)
+        while (refine_unit(axis)) step = laAxis_ChooseStep(axis, view, graph);
+    if (axis.tickDigits < 0) return {step, false};
+    const bool fresh = axis.timeMode != old.timeMode || axis.tickDigits != old.tickDigits ||
+                       axis.tickFormat != old.tickFormat || axis.tickBase != old.tickBase ||
+                       axis.tickStep != step;
+    axis.tickStep = step;
+    return {step, fresh};
 }
 
-std::string laAxis_PatternText(const _LaCanvasData& canvas) {
-    if (!canvas.axis.tickPattern || canvas.axis.tickDigits < 0) return {};
-    const int whole = canvas.axis.tickFormat / 1000, digits = canvas.axis.tickDigits;
+std::string laAxis_FormatTick(const LaAxis& axis, double value) {
+    const int varying = axis.tickFormat % 1000;
+    value = std::max(value, 0.0);
+    if (axis.tickDigits <= 0) return gen_format("%0*.0f", varying, value);
+    if (axis.tickDigits < varying) return gen_format("%0*.*f", varying + 1, axis.tickDigits, value);
+    return gen_format("%0*.0f", varying, times_ten(value, axis.tickDigits));
+}
+
+std::string laAxis_PatternText(const LaAxis& axis) {
+    if (!axis.tickPattern || axis.tickDigits < 0) return {};
+    const int whole = axis.tickFormat / 1000, digits = axis.tickDigits;
     std::string text;
     if (digits == 0)
-        text = gen_format("%0*.0f", whole, canvas.axis.tickBase);
+        text = gen_format("%0*.0f", whole, axis.tickBase);
     else if (digits < whole)
-        text = gen_format("%0*.*f", whole + 1 + digits, digits, canvas.axis.tickBase);
+        text = gen_format("%0*.*f", whole + 1 + digits, digits, axis.tickBase);
     else
-        text = gen_format("%0.*f", digits, canvas.axis.tickBase);
-    int left = canvas.axis.tickFormat % 1000;
+        text = gen_format("%0.*f", digits, axis.tickBase);
+    int left = axis.tickFormat % 1000;
     for (size_t at = text.size(); at-- > 0 && left > 0;) {
         if (text[at] == '.') continue;
         text[at] = 'X';
@@ -140,9 +159,9 @@ std::string laAxis_PatternText(const _LaCanvasData& canvas) {
     return text;
 }
 
-int laAxis_Top(const _LaCanvasData& canvas) {
-    return static_cast<int>(std::min<uint64_t>(canvas.graph->vertical.visible(),
-                                               static_cast<uint64_t>(std::max(0, canvas.graph->height))));
+int laAxis_Top(const LaGraph& graph) {
+    return static_cast<int>(
+        std::min<uint64_t>(graph.vertical.visible(), static_cast<uint64_t>(std::max(0, graph.height))));
 }
 
 int laAxis_StripHeight(const FontMetrics& font) {

@@ -2,23 +2,25 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
-#include "chronoweave/traxfunc/model/time.h"
 
 namespace {
 
 // The ticks and labels of one pass over the strip.
 struct TickPass {
-    const _LaCanvasData& canvas;
+    const laScene& scene;
     Surface& surface;
     int top, height;  // of the strip; ticks are up to half as long
-    double low;       // start of the view, in the unit
+    laTimeScale scale;
+    double low;  // start of the view, in the unit
     double step;
     int bandLeft, bandRight;
 
     bool visible(double t) const { return t >= low - step * 1e-9; }
-    int column(double t) const { return laCanvas_TimeToPixel(canvas, t, canvas.axis.timeMode); }
+    int column(double t) const {
+        const int mode = scene.axis.timeMode;
+        return scale.toPixel(mode == Time_Sequential ? t : laTime_Convert(mode, t, Time_Second));
+    }
     Colour inkAt(int x) const {
         return x > bandLeft && x < bandRight ? surface.selectionForeground() : surface.foreground();
     }
@@ -26,38 +28,24 @@ struct TickPass {
     void tick(double t, int length) const {
         if (!visible(t)) return;
         const int x = column(std::max(t, low));
-        if (x < 0 || x >= canvas.graph->width) return;
+        if (x < 0 || x >= scene.graph.width) return;
         surface.drawLine(x, top, x, top + length, inkAt(x));
     }
     void label(double t) const {
         if (!visible(t)) return;
         const int x = column(std::max(t, low));
-        if (x < 0 || x >= canvas.graph->width) return;
-        const double value = canvas.axis.tickPattern ? t - canvas.axis.tickBase : t;
-        surface.drawText(x, top + height - 1, laAxis_FormatTick(canvas, value), surface.foreground(),
+        if (x < 0 || x >= scene.graph.width) return;
+        const double value = scene.axis.tickPattern ? t - scene.axis.tickBase : t;
+        surface.drawText(x, top + height - 1, laAxis_FormatTick(scene.axis, value), surface.foreground(),
                          NoColour);
     }
 };
 
-// Refines the unit until the labels need few digits. True when it drew the axis anew.
-bool auto_adjust(_LaCanvasData& canvas, laUnitRule rule) {
-    if (!canvas.axis.autoAdjustUnit || rule == laUnitRule::Keep) return false;
-    if (canvas.axis.timeMode >= Time_Nanosecond) return false;
-    int mode = canvas.axis.timeMode;
-    for (; canvas.axis.tickDigits > 2 && mode < Time_Nanosecond; ++mode) canvas.axis.tickDigits -= 3;
-    if (mode == canvas.axis.timeMode) return false;
-    canvas.axis.tickStep = 0;  // a full repaint, whatever the digits
-    canvas.axis.timeMode = mode;
-    laAxis_Draw(canvas, 0, canvas.graph->width, rule);
-    laCanvas_UpdateTotal(canvas);
-    return true;
-}
-
-void draw_ticks(_LaCanvasData& canvas, double from, double to, const TickPass& pass) {
+void draw_ticks(const TickPass& pass, double from, double to) {
     const int length = pass.height / 2;
     const int oldFont = pass.surface.setFont(Font_Axis);
     // Multiples of the step by count, so that no error adds up; the bound keeps a damaged view from spinning.
-    for (int i = 0; i <= canvas.graph->width + 2; ++i) {
+    for (int i = 0; i <= pass.scene.graph.width + 2; ++i) {
         const double t = from + i * pass.step;
         if (t > to) break;
         pass.tick(t, length);
@@ -69,69 +57,62 @@ void draw_ticks(_LaCanvasData& canvas, double from, double to, const TickPass& p
     if (oldFont >= 0) pass.surface.setFont(oldFont);
 }
 
-void new_labels(_LaCanvasData& canvas, double step) {
-    canvas.axis.tickStep = step;
-    canvas.fields.tickPattern = laAxis_PatternText(canvas);
-    canvas.fields.tickUnit = laTime_UnitName(canvas.axis, true);
-    laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
-}
-
 }  // namespace
 
-void laAxis_DrawBand(const _LaCanvasData& canvas, int c0, int c1, int& left, int& right) {
-    Surface& surface = *canvas.graph->surface;
-    const int top = laAxis_Top(canvas), height = canvas.graph->height - top - 1;
+laAxisBand laAxis_DrawBand(const laScene& scene, int c0, int c1) {
+    Surface& surface = *scene.graph.surface;
+    const int top = laAxis_Top(scene.graph), height = scene.graph.height - top - 1;
     const auto clear = [&](int from, int to) {
         if (from <= to) surface.clearRect(from, top + 1, to - from + 1, height);
     };
     c0 = std::max(c0, 0);
-    c1 = std::min(c1, canvas.graph->width - 1);
-    left = right = -1;
-    if (c0 > c1 || height < 0) return;
+    c1 = std::min(c1, scene.graph.width - 1);
+    laAxisBand band;
+    if (c0 > c1 || height < 0) return band;
     surface.drawLine(c0, top, c1, top, surface.foreground());
-    if (canvas.marks.cursor[0] < 0 || canvas.marks.cursor[1] < 0) return clear(c0, c1);
-    const int a = std::max(-1, laCanvas_TimeToPixel(canvas, canvas.marks.cursor[0], Time_Second));
-    const int b = std::max(-1, laCanvas_TimeToPixel(canvas, canvas.marks.cursor[1], Time_Second));
-    left = std::min(a, b);
-    right = std::max(a, b);
-    if (left == right || right < c0 || left > c1) return clear(c0, c1);
-    clear(c0, left - 1);
-    const int from = std::max(left, c0), to = std::min(right, c1);
+    if (scene.marks.cursor[0] < 0 || scene.marks.cursor[1] < 0) {
+        clear(c0, c1);
+        return band;
+    }
+    const laTimeScale scale = scene.scale();
+    const int a = std::max(-1, scale.toPixel(scene.marks.cursor[0]));
+    const int b = std::max(-1, scale.toPixel(scene.marks.cursor[1]));
+    band = {std::min(a, b), std::max(a, b)};
+    if (band.left == band.right || band.right < c0 || band.left > c1) {
+        clear(c0, c1);
+        return band;
+    }
+    clear(c0, band.left - 1);
+    const int from = std::max(band.left, c0), to = std::min(band.right, c1);
     surface.fillRect(from, top + 1, to - from + 1, height, surface.selectionBackground());
-    clear(right + 1, c1);
+    clear(band.right + 1, c1);
+    return band;
 }
 
-void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule) {
-    LaGraph& graph = *canvas.graph;
-    if (graph.surface == nullptr || canvas.view.viewLength < 1e-12 || graph.width <= 0) return;
-    const int oldDigits = canvas.axis.tickDigits, oldFormat = canvas.axis.tickFormat;
-    const double oldBase = canvas.axis.tickBase;
+void laAxis_Draw(const laScene& scene, const laAxisTicks& ticks, int x0, int x1) {
+    const LaGraph& graph = scene.graph;
+    const LaAxis& axis = scene.axis;
     if (x0 != 0) --x0;
     ++x1;
-    const double step = laAxis_ChooseStep(canvas);
-    if (auto_adjust(canvas, rule)) return;
-
-    int left = -1, right = -1;
-    if (canvas.axis.tickDigits < 0) {
-        laAxis_DrawBand(canvas, x0, x1, left, right);
+    if (axis.tickDigits < 0) {
+        laAxis_DrawBand(scene, x0, x1);
         return;
     }
-    const bool same = canvas.axis.tickDigits == oldDigits && canvas.axis.tickFormat == oldFormat &&
-                      canvas.axis.tickBase == oldBase && canvas.axis.tickStep == step;
-    const double low = laTime_Convert(Time_Second, canvas.view.viewLow, canvas.axis.timeMode);
-    double from = std::floor(low / step) * step;
-    double to = laTime_Convert(Time_Second, canvas.view.viewHigh, canvas.axis.timeMode);
-    if (same) {
-        from = std::max(from, std::floor(laCanvas_PixelToUnit(canvas.view, canvas.axis, x0) / step) * step);
-        to = std::min(to, laCanvas_PixelToUnit(canvas.view, canvas.axis, x1 + 1));
-    } else {
+    const double low = laTime_Convert(Time_Second, scene.view.viewLow, axis.timeMode);
+    double from = std::floor(low / ticks.step) * ticks.step;
+    double to = laTime_Convert(Time_Second, scene.view.viewHigh, axis.timeMode);
+    if (ticks.freshLabels) {
         x0 = 0;
         x1 = graph.width;
-        new_labels(canvas, step);
+    } else {
+        const auto unit = [&](int x) { return laCanvas_PixelToUnit(scene.view, axis, x); };
+        from = std::max(from, std::floor(unit(x0) / ticks.step) * ticks.step);
+        to = std::min(to, unit(x1 + 1));
     }
-    const int top = laAxis_Top(canvas), height = graph.height - top;
+    const int top = laAxis_Top(graph), height = graph.height - top;
     graph.surface->pushClip(x0, top, x1 - x0 + 1, height, true);
-    laAxis_DrawBand(canvas, x0, x1, left, right);
-    draw_ticks(canvas, from, to, {canvas, *graph.surface, top, height, low, step, left, right});
+    const laAxisBand band = laAxis_DrawBand(scene, x0, x1);
+    draw_ticks({scene, *graph.surface, top, height, scene.scale(), low, ticks.step, band.left, band.right},
+               from, to);
     graph.surface->popClip();
 }

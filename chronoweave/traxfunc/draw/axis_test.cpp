@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -123,9 +124,9 @@ TEST(Axis, LabelsAndPatternReadAsOneNumber) {
                             Case{0, 1000, 1000, "XXX", 250, "250"}, Case{0, 10, 1000, "X.X", 2.5, "2.5"}}) {
         TestCanvas test(one.width, 600);
         set_view(*test.canvas, one.low, one.length);
-        laAxis_ChooseStep(*test.canvas);
-        EXPECT_EQ(laAxis_PatternText(*test.canvas), one.pattern) << one.low;
-        EXPECT_EQ(laAxis_FormatTick(*test.canvas, one.tick - test.canvas->axis.tickBase), one.label)
+        laAxis_ChooseStep(test.canvas->axis, test.canvas->view, test.graph);
+        EXPECT_EQ(laAxis_PatternText(test.canvas->axis), one.pattern) << one.low;
+        EXPECT_EQ(laAxis_FormatTick(test.canvas->axis, one.tick - test.canvas->axis.tickBase), one.label)
             << one.low;
     }
 }
@@ -142,7 +143,7 @@ TEST(Axis, EveryChosenStepCanBeRead) {
                 while (canvas.axis.timeMode < Time_Nanosecond &&
                        canvas.view.viewLength * std::pow(1000, canvas.axis.timeMode) < 1)
                     ++canvas.axis.timeMode;
-                const double step = laAxis_ChooseStep(canvas);
+                const double step = laAxis_ChooseStep(canvas.axis, canvas.view, *canvas.graph);
                 if (canvas.axis.tickDigits < 0) {
                     EXPECT_LT(width, 200);
                     continue;
@@ -154,8 +155,8 @@ TEST(Axis, EveryChosenStepCanBeRead) {
                 EXPECT_GE(unit / step, 0.4) << width << " " << length;
                 const double start = laTime_Convert(Time_Second, low, canvas.axis.timeMode);
                 const double tick = std::ceil(start / step) * step;
-                EXPECT_NE(laAxis_FormatTick(canvas, tick - canvas.axis.tickBase),
-                          laAxis_FormatTick(canvas, tick + step - canvas.axis.tickBase))
+                EXPECT_NE(laAxis_FormatTick(canvas.axis, tick - canvas.axis.tickBase),
+                          laAxis_FormatTick(canvas.axis, tick + step - canvas.axis.tickBase))
                     << step << " at " << low;
             }
 }
@@ -163,11 +164,11 @@ TEST(Axis, EveryChosenStepCanBeRead) {
 TEST(Axis, TooNarrowForALabelShowsNoTicks) {
     TestCanvas test(20, 300);
     set_view(*test.canvas, 0, 1);
-    EXPECT_EQ(laAxis_ChooseStep(*test.canvas), 1.0);
+    EXPECT_EQ(laAxis_ChooseStep(test.canvas->axis, test.canvas->view, test.graph), 1.0);
     EXPECT_EQ(test.canvas->axis.tickDigits, -1);
     laAxis_Draw(*test.canvas, 0, 20);
     EXPECT_TRUE(test.surface.texts().empty());
-    EXPECT_EQ(laAxis_PatternText(*test.canvas), "");
+    EXPECT_EQ(laAxis_PatternText(test.canvas->axis), "");
 }
 
 TEST(Axis, RefinesTheUnitByItselfUnlessTheUserSetIt) {
@@ -192,16 +193,15 @@ TEST(Axis, RefinesTheUnitByItselfUnlessTheUserSetIt) {
 TEST(Axis, BandLiesBetweenTheCursors) {
     TestCanvas test(1000, 300);
     set_view(*test.canvas, 1, 1);
-    int left = 0, right = 0;
-    laAxis_DrawBand(*test.canvas, 0, 1000, left, right);
-    EXPECT_EQ(left, -1);
-    EXPECT_EQ(right, -1);
+    laAxisBand band = laAxis_DrawBand(test.canvas->scene(), 0, 1000);
+    EXPECT_EQ(band.left, -1);
+    EXPECT_EQ(band.right, -1);
     test.canvas->marks.cursor[0] = 1.5;
     test.canvas->marks.cursor[1] = 0.5;
     test.surface.forget();
-    laAxis_DrawBand(*test.canvas, 0, 1000, left, right);
-    EXPECT_EQ(left, -1);
-    EXPECT_EQ(right, 500);
+    band = laAxis_DrawBand(test.canvas->scene(), 0, 1000);
+    EXPECT_EQ(band.left, -1);
+    EXPECT_EQ(band.right, 500);
     const auto fills = test.surface.of(SurfaceOp::Fill);
     ASSERT_EQ(fills.size(), 1u);
     EXPECT_EQ(fills[0].x0, 0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/draw/columns.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 
 namespace {
@@ -25,13 +26,13 @@ class LanePainter {
     LanePainter(const laPaint& paint, const laItem_Line& lane)
         : paint_(paint),
           segments_(lane.segments),
-          y_(laLn_LineY(paint.canvas.looks, lane) - paint.canvas.view.verticalOffset),
-          width_(paint.canvas.graph->width) {}
+          y_(laLn_LineY(paint.scene.looks, lane) - paint.scene.view.verticalOffset),
+          width_(paint.scene.graph.width) {}
 
     void Draw() {
-        const _LaCanvasData& canvas = paint_.canvas;
-        const double low = std::max(canvas.view.viewLow, paint_.scale.toTime(paint_.rect.left - 2));
-        const double high = std::min(canvas.view.viewHigh, paint_.scale.toTime(paint_.rect.right + 2));
+        const laScene& scene = paint_.scene;
+        const double low = std::max(scene.view.viewLow, paint_.scale.toTime(paint_.rect.left - 2));
+        const double high = std::min(scene.view.viewHigh, paint_.scale.toTime(paint_.rect.right + 2));
         const auto first = std::partition_point(segments_.begin(), segments_.end(),
                                                 [&](const LaLnSeg& segment) { return segment.t1 < low; });
         for (size_t at = static_cast<size_t>(first - segments_.begin()); at < segments_.size();) {
@@ -39,7 +40,7 @@ class LanePainter {
             if (segment.t0 > high) break;
             const int x1 = paint_.scale.toPixel(segment.t1);
             const int x0 = paint_.scale.toPixel(segment.t0);
-            if (x0 < x1) Add(canvas.looks.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
+            if (x0 < x1) Add(scene.looks.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
             // What ends in the same column is shorter than a pixel and isn't drawn.
             at = laPaint_FirstRightOf(at + 1, segments_.size(), x1,
                                       [&](size_t i) { return paint_.scale.toPixel(segments_[i].t1); });
@@ -67,7 +68,7 @@ class LanePainter {
         if (look_ != nullptr && start_ < end_) {
             const int thickness = look_->thickness, top = y_ - thickness / 2;
             const int phase = laPaint_DashPhase(
-                paint_.canvas.view.scrollPosition + static_cast<uint64_t>(start_), thickness, look_->style);
+                paint_.scene.view.scrollPosition + static_cast<uint64_t>(start_), thickness, look_->style);
             if (look_->style == Line_Solid)
                 paint_.surface.fillRect(start_, top, end_ - start_, thickness, look_->colour);
             else if (end_ - start_ <= thickness * dashPeriod[look_->style])
@@ -88,11 +89,11 @@ class LanePainter {
 
 // The icons of one lane that meet the rectangle.
 void draw_icons(const laPaint& paint, const laItem_Line& lane) {
-    const _LaCanvasData& canvas = paint.canvas;
-    const int centre = laLn_IconY(canvas.looks, lane) - canvas.view.verticalOffset;
-    laIconWalk walk(canvas, lane, paint.scale, paint.rect.right);
+    const laScene& scene = paint.scene;
+    const int centre = laLn_IconY(scene.looks, lane) - scene.view.verticalOffset;
+    laIconWalk walk(scene, lane, paint.scale, paint.rect.right);
     for (laShownIcon shown; walk.Next(shown);) {
-        const LaEventLook& look = canvas.looks.eventLooks[lane.iconEvents[shown.number]];
+        const LaEventLook& look = scene.looks.eventLooks[lane.iconEvents[shown.number]];
         const int right = shown.left + std::max(look.width, shown.mark ? icon_Width(shown.icon) : 0);
         if (right <= paint.rect.left || shown.left >= paint.rect.right) continue;
         const int top = centre - look.height / 2;
@@ -107,20 +108,20 @@ void draw_icons(const laPaint& paint, const laItem_Line& lane) {
 }  // namespace
 
 void laPaint_Lanes(const laPaint& paint) {
-    const _LaCanvasData& canvas = paint.canvas;
-    const int reach = std::max(canvas.looks.rowHeight, std::min(canvas.looks.maxExtent, solidLineLimit));
-    for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
-        const laItem_Line& lane = canvas.items.lanes[i];
+    const laScene& scene = paint.scene;
+    const int reach = std::max(scene.looks.rowHeight, std::min(scene.looks.maxExtent, solidLineLimit));
+    for (uint32_t i = 0; i < scene.items.lanes.size(); ++i) {
+        const laItem_Line& lane = scene.items.lanes[i];
         if (lane.hidden || lane.y + reach < paint.rect.top || lane.y - reach > paint.rect.bottom) continue;
         LanePainter(paint, lane).Draw();
     }
 }
 
 void laPaint_Icons(const laPaint& paint) {
-    const _LaCanvasData& canvas = paint.canvas;
-    const int reach = canvas.looks.rowHeight + canvas.looks.maxExtent;
-    for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
-        const laItem_Line& lane = canvas.items.lanes[i];
+    const laScene& scene = paint.scene;
+    const int reach = scene.looks.rowHeight + scene.looks.maxExtent;
+    for (uint32_t i = 0; i < scene.items.lanes.size(); ++i) {
+        const laItem_Line& lane = scene.items.lanes[i];
         if (lane.hidden || lane.y + reach < paint.rect.top || lane.y - reach > paint.rect.bottom) continue;
         draw_icons(paint, lane);
     }

@@ -1,6 +1,7 @@
 // The context switches of a picture.
 #include <algorithm>
 
+#include "chronoweave/traxfunc/draw/columns.h"
 #include "chronoweave/traxfunc/draw/draw_items.h"
 
 namespace {
@@ -10,14 +11,14 @@ namespace {
 class SwitchPainter {
   public:
     explicit SwitchPainter(const laPaint& paint)
-        : paint_(paint), canvas_(paint.canvas), ends_(canvas_.items.lanes.size()) {
+        : paint_(paint), scene_(paint.scene), ends_(scene_.items.lanes.size()) {
         const bool agentShown =
-            canvas_.items.hiddenAgent != laNoLane && !canvas_.items.lanes[canvas_.items.hiddenAgent].hidden;
-        for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) {
-            const laItem_Line& lane = canvas_.items.lanes[i];
+            scene_.items.hiddenAgent != laNoLane && !scene_.items.lanes[scene_.items.hiddenAgent].hidden;
+        for (uint32_t i = 0; i < scene_.items.lanes.size(); ++i) {
+            const laItem_Line& lane = scene_.items.lanes[i];
             const laItem_Line& at =
-                lane.hidden && agentShown ? canvas_.items.lanes[canvas_.items.hiddenAgent] : lane;
-            const int y = laLn_LineY(canvas_.looks, at) - canvas_.view.verticalOffset;
+                lane.hidden && agentShown ? scene_.items.lanes[scene_.items.hiddenAgent] : lane;
+            const int y = laLn_LineY(scene_.looks, at) - scene_.view.verticalOffset;
             ends_[i].y = std::clamp(y, 0, paint.dataHeight);
             ends_[i].hidden = lane.hidden ? (agentShown ? End::AtAgent : End::AtAgent | End::Nowhere) : 0;
             ends_[i].beyond = y < 0 ? End::Above : y > paint.dataHeight ? End::Below : 0;
@@ -25,7 +26,7 @@ class SwitchPainter {
     }
 
     void Draw() {
-        if (laPaint_SwitchesLookAlike(canvas_))
+        if (laPaint_SwitchesLookAlike(scene_.looks))
             DrawUnions();
         else
             DrawInOrder();
@@ -48,23 +49,23 @@ class SwitchPainter {
     static constexpr int noRow = 0x7fffffff;
 
     double Low() const {
-        return std::max(canvas_.view.viewLow,
-                        paint_.scale.toTime(paint_.rect.left - canvas_.looks.maxExtent - 2));
+        return std::max(scene_.view.viewLow,
+                        paint_.scale.toTime(paint_.rect.left - scene_.looks.maxExtent - 2));
     }
     double High() const {
-        return std::min(canvas_.view.viewHigh,
-                        paint_.scale.toTime(paint_.rect.right + canvas_.looks.maxExtent + 2));
+        return std::min(scene_.view.viewHigh,
+                        paint_.scale.toTime(paint_.rect.right + scene_.looks.maxExtent + 2));
     }
     bool Seen(const laItem_Ctx& line) const {
-        if (!canvas_.looks.statusLooks[static_cast<size_t>(line.status)].shown) return false;
+        if (!scene_.looks.statusLooks[static_cast<size_t>(line.status)].shown) return false;
         const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
         return (from.hidden & to.hidden) == 0 && ((from.hidden | to.hidden) & End::Nowhere) == 0;
     }
 
     void DrawInOrder() {
-        const Table<laItem_Ctx>& lines = canvas_.items.ctxLines;
+        const Table<laItem_Ctx>& lines = scene_.items.ctxLines;
         const double high = High();
-        for (uint32_t i = laCtx_FirstAt(canvas_.items, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
+        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
             Add(lines[i]);
         Flush();
     }
@@ -72,7 +73,7 @@ class SwitchPainter {
     // With one look for all, a column is the union of its lines, and once that reaches from the first row to
     // the last the rest of the column is skipped.
     void DrawUnions() {
-        const Table<laItem_Ctx>& lines = canvas_.items.ctxLines;
+        const Table<laItem_Ctx>& lines = scene_.items.ctxLines;
         const double high = High();
         int top = noRow, bottom = -1;
         for (const End& end : ends_) {
@@ -83,7 +84,7 @@ class SwitchPainter {
         const auto column = [&](size_t at) {
             return paint_.scale.toPixel(lines[static_cast<uint32_t>(at)].t0);
         };
-        for (uint32_t i = laCtx_FirstAt(canvas_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
+        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
             lastX_ = column(i);
             const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
             // Two that take turns cross the same rows each time.
@@ -98,7 +99,7 @@ class SwitchPainter {
                 to = line.toLane;
                 if ((ends_[from].beyond & ends_[to].beyond) != 0) continue;
                 Unite({ends_[from].y, ends_[to].y,
-                       &canvas_.looks.statusLooks[static_cast<size_t>(line.status)]});
+                       &scene_.looks.statusLooks[static_cast<size_t>(line.status)]});
                 if (column_.size() == 1 && column_[0].y0 <= top && column_[0].y1 >= bottom) i = end - 1;
             }
             FlushUnion();
@@ -172,7 +173,7 @@ class SwitchPainter {
 
     void Add(const laItem_Ctx& line) {
         if (!Seen(line)) return;
-        const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(line.status)];
+        const LaStatusLook& look = scene_.looks.statusLooks[static_cast<size_t>(line.status)];
         const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
         const int x = paint_.scale.toPixel(line.t0);
         const Span span{from.y, to.y, &look};
@@ -226,13 +227,13 @@ class SwitchPainter {
     void Draw(const Span& span) const {
         const LaStatusLook& look = *span.look;
         // Dashes stand still in the content while it scrolls.
-        const auto start = static_cast<uint64_t>(span.top() + canvas_.view.verticalOffset);
+        const auto start = static_cast<uint64_t>(span.top() + scene_.view.verticalOffset);
         paint_.surface.drawStyledLine(lastX_, span.top(), lastX_, span.bottom(), look.colour, look.thickness,
                                       look.style, laPaint_DashPhase(start, look.thickness, look.style));
     }
 
     const laPaint& paint_;
-    const _LaCanvasData& canvas_;
+    const laScene& scene_;
     std::vector<End> ends_;
     int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
     std::vector<Span> column_;  // of the column lastX_, and what they reach together
@@ -246,17 +247,17 @@ class SwitchPainter {
 
 }  // namespace
 
-bool laPaint_SwitchesLookAlike(const _LaCanvasData& canvas) {
+bool laPaint_SwitchesLookAlike(const LaLooks& looks) {
     const LaStatusLook* one = nullptr;
     const auto agrees = [&](int row) {
         if (row < 0) return true;
-        const LaStatusLook& look = canvas.looks.statusLooks[static_cast<size_t>(row)];
+        const LaStatusLook& look = looks.statusLooks[static_cast<size_t>(row)];
         if (!look.shown) return true;
         if (one == nullptr) one = &look;
         return look.colour == one->colour && look.thickness == one->thickness && look.style == one->style;
     };
-    return agrees(canvas.looks.legend.contextSwitchStatus) &&
-           std::all_of(canvas.looks.legend.statuses.begin(), canvas.looks.legend.statuses.end(),
+    return agrees(looks.legend.contextSwitchStatus) &&
+           std::all_of(looks.legend.statuses.begin(), looks.legend.statuses.end(),
                        [&](const LegendStatus& status) { return agrees(status.contextSwitchLink); });
 }
 

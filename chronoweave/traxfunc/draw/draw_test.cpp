@@ -1,4 +1,3 @@
-#include "chronoweave/traxfunc/draw/draw.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +5,12 @@
 #include <map>
 
 #include "chronoweave/traxfunc/canvas/picture.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
-#include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/found_times.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
@@ -31,7 +33,7 @@ class Clusters : public testing::Test {
         canvas.looks.overlapIcon = NoIcon;
         for (uint32_t id : {1u, 2u}) laLn_New(canvas.items, id);
         canvas.source.totalLength = canvas.source.scrollExtent = 1000 * unit;
-        laCanvas_ShowRange(canvas, 0, 1000 * unit, false, true);
+        laCanvas_ShowRange(canvas, 0, 1000 * unit);
         laCanvas_Resort(canvas);
     }
     void ASSERT_LOAD() { EXPECT_TRUE(laCanvas_LoadLegend(*test.canvas, test_legend())); }
@@ -129,8 +131,8 @@ TEST_F(Clusters, DashesStandStillWhileThePictureScrolls) {
     canvas.source.totalLength = canvas.source.scrollExtent = 1000 * unit;
     for (int scroll : {0, 7, 60, 133}) {
         test.surface.forget();
-        laCanvas_ShowRange(canvas, 100 * unit + scroll * unit / 2, 600 * unit + scroll * unit / 2, true,
-                           scroll == 0);
+        laCanvas_ShowRange(canvas, 100 * unit + scroll * unit / 2, 600 * unit + scroll * unit / 2,
+                           {.paint = true});
         const auto lines = test.surface.of(SurfaceOp::StyledLine);
         ASSERT_EQ(lines.size(), 1u);
         EXPECT_EQ(lines[0].phase, static_cast<int>((200 + static_cast<uint64_t>(scroll)) % 72)) << scroll;
@@ -198,7 +200,7 @@ TEST(Draw, PartPaintedAloneLooksLikeThatPartOfTheWhole) {
     _LaCanvasData& canvas = *test.canvas;
     for (double zoom : {1.0, 0.2, 0.01}) {
         laCanvas_ShowRange(canvas, canvas.source.totalLength * 0.3 * (1 - zoom),
-                           canvas.source.totalLength * (0.3 * (1 - zoom) + zoom), false, true);
+                           canvas.source.totalLength * (0.3 * (1 - zoom) + zoom));
         test.surface.forget();
         laCanvas_Repaint(canvas);
         Raster whole(700, 400);
@@ -224,7 +226,7 @@ TEST(Draw, CoordinatesStayNearTheAreaAtAnyZoom) {
     for (double length = canvas.source.totalLength * 3; length > 1e-11; length /= 7) {
         test.surface.forget();
         laCanvas_ShowRange(canvas, canvas.source.totalLength / 3, canvas.source.totalLength / 3 + length,
-                           true, true);
+                           {.paint = true});
         EXPECT_LT(test.surface.farthest, 1000) << length;
         EXPECT_GT(test.surface.counts[SurfaceOp::Fill], 0u);
     }
@@ -249,8 +251,7 @@ TEST(Draw, CursorsAndTheirMessage) {
     EXPECT_EQ(plain, 1);
     EXPECT_EQ(dragged, 1);
     canvas.axis.timeMode = Time_Millisecond;
-    laCanvas_DrawCursor(canvas, 500, true, nullptr, true, 0);
-    EXPECT_EQ(test.message(), "500 Milliseconds.");
+    EXPECT_EQ(laCanvas_ColumnText(canvas, 500), "500 Milliseconds.");
     laCanvas_EraseCursor(canvas, 500);
     EXPECT_EQ(test.message(), " ");
 }
@@ -292,17 +293,17 @@ TEST(Draw, HitsAreMarkedOncePerColumn) {
     for (int i = 0; i < 1000000; ++i) times.push_back(canvas.source.totalLength * i / 1e6);
     laHits_Set(canvas, times);
     test.surface.forget();
-    laHits_Paint(canvas, 0, canvas.graph->width);
+    laHits_Paint(canvas.scene(), 0, canvas.graph->width);
     EXPECT_EQ(test.surface.counts[SurfaceOp::Fill], 1000u * laHits_Height);
     const double pixel = 1 / canvas.view.pixelsPerUnit;
     laHits_Set(canvas, {100 * pixel, 100.2 * pixel, 400 * pixel});
     for (const auto& [x0, x1, marks] :
          {std::tuple{0, 1000, 2u}, {97, 98, 1u}, {96, 97, 0u}, {104, 397, 0u}, {403, 404, 1u}}) {
         test.surface.forget();
-        laHits_Paint(canvas, x0, x1);
+        laHits_Paint(canvas.scene(), x0, x1);
         EXPECT_EQ(test.surface.counts[SurfaceOp::Fill], marks * laHits_Height) << x0;
     }
-    laCanvas_Reset(canvas, false, false);
+    laCanvas_Reset(canvas, laResetOf::View);
     EXPECT_TRUE(canvas.marks.hits.empty());
 }
 

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/draw/draw_items.h"
-#include "chronoweave/traxfunc/model/looks.h"
+#include "chronoweave/traxfunc/draw/columns.h"
 
-laSpaceRule::Shows laSpaceRule::Step(const _LaCanvasData& canvas, const LaEventLook& look, int x) {
+laSpaceRule::Shows laSpaceRule::Step(const LaLooks& looks, const LaEventLook& look, int x) {
     if (x > nextFree) {
         nextFree = x + look.width / 2;
         overlapped = false;
@@ -18,37 +17,35 @@ laSpaceRule::Shows laSpaceRule::Step(const _LaCanvasData& canvas, const LaEventL
         return Own;
     }
     if (overlapped) return Nothing;
-    const bool marked = canvas.looks.overlapIcon != NoIcon;
-    const int width =
-        std::max(look.width, marked ? icon_Width(canvas.looks.overlapIcon) : canvas.looks.maxIconWidth);
+    const bool marked = looks.overlapIcon != NoIcon;
+    const int width = std::max(look.width, marked ? icon_Width(looks.overlapIcon) : looks.maxIconWidth);
     nextFree = std::max(nextFree, x + width / 2);
     overlapped = true;
     return marked ? Mark : Nothing;
 }
 
-laIconWalk::laIconWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale,
-                       int right)
-    : canvas_(canvas), lane_(lane), scale_(scale) {
+laIconWalk::laIconWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, int right)
+    : scene_(scene), lane_(lane), scale_(scale) {
     const std::vector<double>& times = lane.iconTimes;
-    at_ = static_cast<size_t>(std::lower_bound(times.begin(), times.end(), canvas.view.viewLow) -
-                              times.begin());
-    last_ = std::min(canvas.view.viewHigh, scale.toTime(right + canvas.looks.maxIconWidth + 2));
+    at_ =
+        static_cast<size_t>(std::lower_bound(times.begin(), times.end(), scene.view.viewLow) - times.begin());
+    last_ = std::min(scene.view.viewHigh, scale.toTime(right + scene.looks.maxIconWidth + 2));
 }
 
 bool laIconWalk::Next(laShownIcon& shown) {
     const std::vector<double>& times = lane_.iconTimes;
     const auto column = [&](size_t i) { return scale_.toPixel(times[i]); };
     while (at_ < times.size() && times[at_] <= last_) {
-        const LaEventLook& look = canvas_.looks.eventLooks[lane_.iconEvents[at_]];
+        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
         bool seen = false;
         if (look.shown) {
             const int x = column(at_);
             shown = {at_, x, look.icon, false, x - look.width / 2, -1};
-            seen = canvas_.options.newTrv ? BySpace(look, shown) : ByRectangles(look, shown);
+            seen = scene_.options.newTrv ? BySpace(look, shown) : ByRectangles(look, shown);
         }
         ++at_;
         // The rest of a cluster shows nothing, unless something important is in it.
-        if (space_.overlapped && !canvas_.looks.anyImportantEvent)
+        if (space_.overlapped && !scene_.looks.anyImportantEvent)
             at_ = laPaint_FirstRightOf(at_, times.size(), space_.nextFree, column);
         if (seen) return true;
     }
@@ -56,9 +53,9 @@ bool laIconWalk::Next(laShownIcon& shown) {
 }
 
 bool laIconWalk::BySpace(const LaEventLook& look, laShownIcon& shown) {
-    const laSpaceRule::Shows shows = space_.Step(canvas_, look, shown.x);
+    const laSpaceRule::Shows shows = space_.Step(scene_.looks, look, shown.x);
     shown.mark = shows == laSpaceRule::Mark;
-    if (shown.mark) shown.icon = canvas_.looks.overlapIcon;
+    if (shown.mark) shown.icon = scene_.looks.overlapIcon;
     return shows != laSpaceRule::Nothing;
 }
 
@@ -71,14 +68,14 @@ bool laIconWalk::ByRectangles(const LaEventLook& look, laShownIcon& shown) {
     }
     if (lastLeft_ >= left || lastRight_ >= right) return false;
     shown.visibleFrom = lastRight_;
-    shown.mark = canvas_.looks.overlapIcon != NoIcon;
-    if (shown.mark) shown.icon = canvas_.looks.overlapIcon;
+    shown.mark = scene_.looks.overlapIcon != NoIcon;
+    if (shown.mark) shown.icon = scene_.looks.overlapIcon;
     return true;
 }
 
-laIconGroup laIcons_Group(const _LaCanvasData& canvas, const laItem_Line& lane, size_t number) {
-    const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
-    laIconWalk walk(canvas, lane, scale, canvas.graph->width);
+laIconGroup laIcons_Group(const laScene& scene, const laItem_Line& lane, size_t number) {
+    const laTimeScale scale = scene.scale();
+    laIconWalk walk(scene, lane, scale, scene.graph.width);
     bool found = false;
     for (laShownIcon shown; walk.Next(shown);) {
         if (found) return {number, shown.number};
@@ -86,7 +83,7 @@ laIconGroup laIcons_Group(const _LaCanvasData& canvas, const laItem_Line& lane, 
         found = shown.number == number;
     }
     // The last one shown stands for the rest of the view.
-    const auto end = std::upper_bound(lane.iconTimes.begin(), lane.iconTimes.end(), canvas.view.viewHigh);
+    const auto end = std::upper_bound(lane.iconTimes.begin(), lane.iconTimes.end(), scene.view.viewHigh);
     return {number, found ? static_cast<size_t>(end - lane.iconTimes.begin()) : number + 1};
 }
 
@@ -95,8 +92,8 @@ namespace {
 // The overlap rule walking along one lane.
 class SpaceWalk {
   public:
-    SpaceWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale, double low)
-        : canvas_(canvas),
+    SpaceWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, double low)
+        : scene_(scene),
           lane_(lane),
           scale_(scale),
           at_(static_cast<size_t>(std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), low) -
@@ -107,10 +104,10 @@ class SpaceWalk {
     double time() const { return lane_.iconTimes[at_]; }
     int column() const { return scale_.toPixel(time()); }
     void Step() {
-        const LaEventLook& look = canvas_.looks.eventLooks[lane_.iconEvents[at_]];
-        if (look.shown) rule_.Step(canvas_, look, column());
+        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
+        if (look.shown) rule_.Step(scene_.looks, look, column());
         ++at_;
-        if (rule_.overlapped && !canvas_.looks.anyImportantEvent)
+        if (rule_.overlapped && !scene_.looks.anyImportantEvent)
             at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), rule_.nextFree,
                                        [&](size_t i) { return scale_.toPixel(lane_.iconTimes[i]); });
     }
@@ -124,7 +121,7 @@ class SpaceWalk {
     }
 
   private:
-    const _LaCanvasData& canvas_;
+    const laScene& scene_;
     const laItem_Line& lane_;
     const laTimeScale& scale_;
     size_t at_;
@@ -133,10 +130,9 @@ class SpaceWalk {
 
 // The column, counted from the earlier view, at which the walks of two views fall together; 0 when they are
 // never apart.
-int settle_lane(const _LaCanvasData& canvas, const laItem_Line& lane, double earlier, double later,
-                int limit) {
-    const laTimeScale scale(earlier, 1e300, canvas.view.pixelsPerUnit, canvas.graph->width);
-    SpaceWalk first(canvas, lane, scale, earlier), second(canvas, lane, scale, later);
+int settle_lane(const laScene& scene, const laItem_Line& lane, double earlier, double later, int limit) {
+    const laTimeScale scale(earlier, 1e300, scene.view.pixelsPerUnit, scene.graph.width);
+    SpaceWalk first(scene, lane, scale, earlier), second(scene, lane, scale, later);
     while (!first.done() && first.time() < later) first.Step();
     int column = 0;
     while (!first.Meets(second) && column < limit) {
@@ -149,18 +145,18 @@ int settle_lane(const _LaCanvasData& canvas, const laItem_Line& lane, double ear
 
 }  // namespace
 
-int laIcons_SettleColumn(const _LaCanvasData& canvas, double oldLow, double newLow, int shift, int limit) {
-    if (!canvas.options.newTrv) return limit;  // the other rule looks back without end
-    const int top = canvas.view.verticalOffset - canvas.looks.rowHeight - canvas.looks.maxExtent;
+int laIcons_SettleColumn(const laScene& scene, double oldLow, double newLow, int shift, int limit) {
+    if (!scene.options.newTrv) return limit;  // the other rule looks back without end
+    const int top = scene.view.verticalOffset - scene.looks.rowHeight - scene.looks.maxExtent;
     const int bottom =
-        canvas.view.verticalOffset + canvas.graph->height + canvas.looks.rowHeight + canvas.looks.maxExtent;
+        scene.view.verticalOffset + scene.graph.height + scene.looks.rowHeight + scene.looks.maxExtent;
     const int offset = newLow > oldLow ? shift : 0;  // of the new view in the earlier one
     int settled = 0;
-    for (uint32_t i = 0; i < canvas.items.lanes.size() && settled < limit; ++i) {
-        const laItem_Line& lane = canvas.items.lanes[i];
+    for (uint32_t i = 0; i < scene.items.lanes.size() && settled < limit; ++i) {
+        const laItem_Line& lane = scene.items.lanes[i];
         if (lane.hidden || lane.y < top || lane.y > bottom) continue;
         const int column =
-            settle_lane(canvas, lane, std::min(oldLow, newLow), std::max(oldLow, newLow), limit + offset);
+            settle_lane(scene, lane, std::min(oldLow, newLow), std::max(oldLow, newLow), limit + offset);
         settled = std::max(settled, column - offset);
     }
     return std::min(settled, limit);

@@ -2,9 +2,7 @@
 // all ask here, so that what is pointed at is what is seen.
 #pragma once
 
-#include "chronoweave/traxfunc/canvas/canvas.h"
-#include "chronoweave/traxfunc/model/looks.h"
-#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/traxfunc/draw/scene.h"
 
 // The rule by free space: a cluster of any size is its first icon and one mark about every icon width.
 struct laSpaceRule {
@@ -13,7 +11,7 @@ struct laSpaceRule {
     bool overlapped = false;
 
     // The next icon of the lane, at a column; the legend shows its event.
-    Shows Step(const _LaCanvasData& canvas, const LaEventLook& look, int x);
+    Shows Step(const LaLooks& looks, const LaEventLook& look, int x);
 };
 
 struct laShownIcon {
@@ -29,14 +27,14 @@ struct laShownIcon {
 class laIconWalk {
   public:
     // All outlive the walk. Those that could reach into the columns left of right are all met.
-    laIconWalk(const _LaCanvasData& canvas, const laItem_Line& lane, const laTimeScale& scale, int right);
+    laIconWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, int right);
     bool Next(laShownIcon& shown);
 
   private:
     bool BySpace(const LaEventLook& look, laShownIcon& shown);
     bool ByRectangles(const LaEventLook& look, laShownIcon& shown);
 
-    const _LaCanvasData& canvas_;
+    const laScene& scene_;
     const laItem_Line& lane_;
     const laTimeScale& scale_;
     size_t at_;
@@ -52,9 +50,9 @@ struct laIconGroup {
     size_t first = 0, end = 0;
 };
 // The group of the icon with this number as the view shows it; just itself when it isn't drawn.
-laIconGroup laIcons_Group(const _LaCanvasData& canvas, const laItem_Line& lane, size_t number);
+laIconGroup laIcons_Group(const laScene& scene, const laItem_Line& lane, size_t number);
 
 // After a scroll from one low end of the view to another, shift columns apart: the first column of the new
 // view from which on the icons of the shown rows are those of the old one. At most limit, which stands for
 // never.
-int laIcons_SettleColumn(const _LaCanvasData& canvas, double oldLow, double newLow, int shift, int limit);
+int laIcons_SettleColumn(const laScene& scene, double oldLow, double newLow, int shift, int limit);

@@ -4,33 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/model/marks.h"
-#include "chronoweave/traxfunc/model/source.h"
-
 namespace {
 
 constexpr int edgeReach = 4;  // columns
 constexpr Colour busyColour = 0x5B8DB8;
 constexpr Colour frameColour = 0xC06020;
-
-size_t bin_of(const laOverview& overview, double time) {
-    const double part = overview.binWidth > 0 ? time / overview.binWidth : 0;
-    return part <= 0 ? 0 : static_cast<size_t>(std::min(part, laOverview_Bins - 1.0));
-}
-
-// Bins twice as wide hold two of the old ones each.
-void widen(laOverview& overview) {
-    std::vector<float>& bins = overview.activity;
-    for (size_t bin = 0; bin < bins.size(); ++bin)
-        bins[bin] = bin < bins.size() / 2 ? bins[2 * bin] + bins[2 * bin + 1] : 0;
-    overview.binWidth *= 2;
-}
-
-void fit(const LaSource& source, laOverview& overview) {
-    overview.length = source.totalLength;
-    while (overview.binWidth * laOverview_Bins < overview.length) widen(overview);
-}
 
 // The most of any bin that a column touches.
 float column_activity(const laOverview& overview, int width, int x) {
@@ -45,29 +23,6 @@ float column_activity(const laOverview& overview, int width, int x) {
 
 }  // namespace
 
-laOverview laOverview_Begin(const LaSource& source) {
-    laOverview overview;
-    if (source.store == nullptr || !source.storeHasEvents || !(source.totalLength > 0)) return overview;
-    overview.length = source.totalLength;
-    overview.binWidth = source.totalLength / laOverview_Bins;
-    overview.activity.assign(laOverview_Bins, 0);
-    return overview;
-}
-
-bool laOverview_Count(const LaSource& source, laOverview& overview, uint32_t most) {
-    if (overview.activity.empty() || source.store == nullptr) return false;
-    fit(source, overview);
-    EventWalk walk;
-    if (!mt_StartWalkAtEvent(*source.store, overview.counted + 1, 0, nullptr, walk)) return false;
-    EventRecord event;
-    for (uint32_t left = most; left > 0; --left) {
-        if (!mt_NextEvent(walk, event)) return false;
-        ++overview.activity[bin_of(overview, laSource_TimeOf(source, event.time))];
-        overview.counted = event.sequence;
-    }
-    return true;
-}
-
 int laOverview_Column(const laOverview& overview, int width, double time) {
     if (!(overview.length > 0)) return 0;
     return static_cast<int>(std::clamp(time / overview.length, 0.0, 1.0) * width);
@@ -77,8 +32,8 @@ double laOverview_Time(const laOverview& overview, int width, int x) {
     return width > 0 ? overview.length * x / width : 0;
 }
 
-void laOverview_Draw(const _LaCanvasData& canvas, const laOverview& overview, Surface& surface, int width,
-                     int height) {
+void laOverview_Draw(const laOverview& overview, const LaView& view, const LaMarks& marks, Surface& surface,
+                     int width, int height) {
     surface.clearRect(0, 0, width, height);
     if (overview.activity.empty() || width <= 0 || height <= 2) return;
     // Busy and quiet stretches differ by powers of ten: their heights are logarithms.
@@ -88,29 +43,28 @@ void laOverview_Draw(const _LaCanvasData& canvas, const laOverview& overview, Su
         const int tall = static_cast<int>(std::ceil(part * (height - 2)));
         if (tall > 0) surface.fillRect(x, height - 1 - tall, 1, tall, busyColour);
     }
-    for (const LaBookmark& mark : canvas.marks.bookmarks) {
+    for (const LaBookmark& mark : marks.bookmarks) {
         const int x = std::min(laOverview_Column(overview, width, mark.time), width - 1);
         surface.drawStyledLine(x, 0, x, height - 1, mark.colour, 1, mark.style, 0);
     }
-    const int left = std::min(laOverview_Column(overview, width, canvas.view.viewLow), width - 1);
-    const int right =
-        std::clamp(laOverview_Column(overview, width, canvas.view.viewHigh), left + 1, width) - 1;
+    const int left = std::min(laOverview_Column(overview, width, view.viewLow), width - 1);
+    const int right = std::clamp(laOverview_Column(overview, width, view.viewHigh), left + 1, width) - 1;
     surface.drawLine(left, 0, left, height - 1, frameColour);
     surface.drawLine(right, 0, right, height - 1, frameColour);
     surface.drawLine(left, 0, right, 0, frameColour);
     surface.drawLine(left, height - 1, right, height - 1, frameColour);
 }
 
-laOverviewPart laOverview_HitTest(const _LaCanvasData& canvas, const laOverview& overview, int width, int x) {
-    const int left = laOverview_Column(overview, width, canvas.view.viewLow);
-    const int right = laOverview_Column(overview, width, canvas.view.viewHigh);
+laOverviewPart laOverview_HitTest(const laOverview& overview, const LaView& view, int width, int x) {
+    const int left = laOverview_Column(overview, width, view.viewLow);
+    const int right = laOverview_Column(overview, width, view.viewHigh);
     // A narrow frame keeps a middle to drag it by.
     const int inner = std::min(edgeReach, (right - left) / 3);
-    if (x > left + inner && x < right - inner) return Overview_Inside;
-    if (right - left < 3 && x >= left && x <= right) return Overview_Inside;
-    if (x >= left - edgeReach && x <= left + inner) return Overview_LeftEdge;
-    if (x >= right - inner && x <= right + edgeReach) return Overview_RightEdge;
-    return Overview_Outside;
+    if (x > left + inner && x < right - inner) return laOverviewPart::Inside;
+    if (right - left < 3 && x >= left && x <= right) return laOverviewPart::Inside;
+    if (x >= left - edgeReach && x <= left + inner) return laOverviewPart::LeftEdge;
+    if (x >= right - inner && x <= right + edgeReach) return laOverviewPart::RightEdge;
+    return laOverviewPart::Outside;
 }
 
 laOverviewRange laOverview_Drag(const laOverview& overview, int width, laOverviewPart part,
@@ -119,16 +73,12 @@ laOverviewRange laOverview_Drag(const laOverview& overview, int width, laOvervie
     const double length = start.high - start.low,
                  least = std::min(length, laOverview_Time(overview, width, 1));
     const double end = std::max(overview.length, start.high);
-    if (part == Overview_LeftEdge)
+    if (part == laOverviewPart::LeftEdge)
         return {std::clamp(start.low + moved, 0.0, std::max(0.0, start.high - least)), start.high};
-    if (part == Overview_RightEdge)
+    if (part == laOverviewPart::RightEdge)
         return {start.low, std::clamp(start.high + moved, std::min(end, start.low + least), end)};
     const double from =
-        part == Overview_Inside ? start.low + moved : laOverview_Time(overview, width, x) - length / 2;
+        part == laOverviewPart::Inside ? start.low + moved : laOverview_Time(overview, width, x) - length / 2;
     const double low = std::clamp(from, 0.0, std::max(0.0, end - length));
     return {low, low + length};
-}
-
-bool laOverview_Show(_LaCanvasData& canvas, laOverviewRange range) {
-    return laCanvas_ShowRange(canvas, range.low, range.high, true, true);
 }

@@ -6,7 +6,6 @@
 #include <numeric>
 
 #include "chronoweave/traxfunc/session/canvas_testing.h"
-#include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -68,7 +67,7 @@ TEST_F(OverviewTest, ABurstStandsWhereItIsAndASecondOneBehindTheLastBlock) {
     }
     // A column is as tall as the busiest of its bins: the bursts stand out in a narrow strip too.
     RecordingSurface strip(100, 40);
-    laOverview_Draw(*test.canvas, overview, strip, 100, 40);
+    laOverview_Draw(overview, test.canvas->view, test.canvas->marks, strip, 100, 40);
     std::vector<int> tall;
     for (const auto& box : strip.of(SurfaceOp::Fill))
         if (box.y1 > 30) tall.push_back(box.x0);
@@ -95,31 +94,35 @@ TEST_F(OverviewTest, TheFrameMoves) {
     _LaCanvasData& trace = *test.canvas;
     const laOverview overview = counted(UINT32_MAX);
     const double total = overview.length;
-    laCanvas_ShowRange(trace, total * 0.25, total * 0.5, false, true);
-    for (const auto& [x, part] : {std::pair{100, Overview_Outside}, std::pair{247, Overview_LeftEdge},
-                                  std::pair{253, Overview_LeftEdge}, std::pair{400, Overview_Inside},
-                                  std::pair{498, Overview_RightEdge}, std::pair{506, Overview_Outside}})
-        EXPECT_EQ(laOverview_HitTest(trace, overview, 1000, x), part) << x;
+    laCanvas_ShowRange(trace, total * 0.25, total * 0.5);
+    for (const auto& [x, part] :
+         {std::pair{100, laOverviewPart::Outside}, std::pair{247, laOverviewPart::LeftEdge},
+          std::pair{253, laOverviewPart::LeftEdge}, std::pair{400, laOverviewPart::Inside},
+          std::pair{498, laOverviewPart::RightEdge}, std::pair{506, laOverviewPart::Outside}})
+        EXPECT_TRUE(laOverview_HitTest(overview, trace.view, 1000, x) == part) << x;
     struct Case {
         laOverviewPart part;
         int grabbed, x;
         double low, high;
     };
     for (const Case& one :
-         {Case{Overview_Inside, 300, 400, 0.35, 0.6}, Case{Overview_Inside, 300, 2000, 0.75, 1},
-          Case{Overview_Inside, 300, -50, 0, 0.25}, Case{Overview_LeftEdge, 250, 150, 0.15, 0.5},
-          Case{Overview_LeftEdge, 250, 900, 0.499, 0.5}, Case{Overview_RightEdge, 500, 100, 0.25, 0.251},
-          Case{Overview_RightEdge, 500, 5000, 0.25, 1}, Case{Overview_Outside, 800, 800, 0.675, 0.925}}) {
+         {Case{laOverviewPart::Inside, 300, 400, 0.35, 0.6}, Case{laOverviewPart::Inside, 300, 2000, 0.75, 1},
+          Case{laOverviewPart::Inside, 300, -50, 0, 0.25},
+          Case{laOverviewPart::LeftEdge, 250, 150, 0.15, 0.5},
+          Case{laOverviewPart::LeftEdge, 250, 900, 0.499, 0.5},
+          Case{laOverviewPart::RightEdge, 500, 100, 0.25, 0.251},
+          Case{laOverviewPart::RightEdge, 500, 5000, 0.25, 1},
+          Case{laOverviewPart::Outside, 800, 800, 0.675, 0.925}}) {
         const laOverviewRange range =
             laOverview_Drag(overview, 1000, one.part, {total * 0.25, total * 0.5}, one.grabbed, one.x);
-        EXPECT_NEAR(range.low, total * one.low, total * 1e-9) << one.part << " " << one.x;
-        EXPECT_NEAR(range.high, total * one.high, total * 1e-9) << one.part << " " << one.x;
+        EXPECT_NEAR(range.low, total * one.low, total * 1e-9) << one.grabbed << " " << one.x;
+        EXPECT_NEAR(range.high, total * one.high, total * 1e-9) << one.grabbed << " " << one.x;
     }
     RecordingSurface strip(1000, 40);
-    laOverview_Draw(trace, overview, strip, 1000, 40);
+    laOverview_Draw(overview, trace.view, trace.marks, strip, 1000, 40);
     EXPECT_LE(strip.ops.size(), 1010u);
     EXPECT_EQ(strip.of(SurfaceOp::Line).size(), 4u);
-    laOverview_Draw(trace, laOverview(), strip, 1000, 40);
+    laOverview_Draw(laOverview(), trace.view, trace.marks, strip, 1000, 40);
 }
 
 // A trace that is too long to be counted at once: bursts at both ends with silence between, and an end that
@@ -152,7 +155,7 @@ TEST_F(OverviewTest, AColumnShowsTheMaximumOfItsBins) {
         overview.activity[static_cast<size_t>(200 * each + offset)] = 1000;
         overview.activity[static_cast<size_t>(200 * each)] += 1;
         RecordingSurface strip(width, height);
-        laOverview_Draw(*test.canvas, overview, strip, width, height);
+        laOverview_Draw(overview, test.canvas->view, test.canvas->marks, strip, width, height);
         std::vector<std::pair<int, int>> bars;  // column and height
         for (const SurfaceOp& op : strip.of(SurfaceOp::Fill)) bars.emplace_back(op.x0, op.y1);
         EXPECT_EQ(bars, (std::vector<std::pair<int, int>>{{100, height - 2}, {200, height - 2}})) << offset;

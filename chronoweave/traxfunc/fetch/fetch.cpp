@@ -1,10 +1,9 @@
 #include "chronoweave/traxfunc/fetch/fetch.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "chronoweave/traxfunc/fetch/sweep.h"
-#include "chronoweave/traxfunc/model/list.h"
-#include "chronoweave/traxfunc/model/source.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -29,98 +28,135 @@ class EventRows {
     std::vector<Slot> slots_;
 };
 
-void make_agent(_LaCanvasData& canvas) {
+void make_agent(LaItems& items, const LaList& list) {
     laItem_Line agent;
     agent.objectId = laAgentId;
     agent.isAgent = true;
     agent.hasName = true;
-    agent.name = "__VRL_Agent_For_Hidden_" + laCanvas_Plural(canvas.list.objectTerm) + "__";
-    agent.openSince = agent.firstTime = -1.0;
-    canvas.items.hiddenAgent = canvas.items.lanes.push_back(std::move(agent));
+    agent.name = "__VRL_Agent_For_Hidden_" + laCanvas_Plural(list.objectTerm) + "__";
+    agent.openSince = -1.0;
+    items.hiddenAgent = items.lanes.push_back(std::move(agent));
 }
 
-// One fetch over low to high, the lists being empty.
+// One fetch over a range, the items being empty.
 class RangeFetch {
   public:
-    RangeFetch(_LaCanvasData& canvas, double low, double high)
-        : canvas_(canvas), low_(low), high_(high), rows_(canvas.looks.legend) {}
+    RangeFetch(LaItems& items, const LaSource& source, const LaLooks& looks, const LaList& list,
+               laFetchRange range)
+        : items_(items),
+          source_(source),
+          list_(list),
+          range_(range),
+          rows_(looks.legend),
+          sweep_(items, source, looks, list.separator, state_) {}
 
-    // Gives where the fetch ended: high, or earlier when it was stopped. Negative when the store gave
+    // Gives where the fetch ended: the range's end, or earlier when it was stopped. None when the store gave
     // nothing.
-    double Run() {
-        TraceStore& store = *canvas_.source.store;
-        const uint64_t first = laSource_TickFrom(canvas_.source, low_);
-        const uint64_t end =
-            laSource_TickFrom(canvas_.source, high_) + (high_ >= canvas_.source.totalLength ? 1 : 0);
-        const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
+    std::optional<double> Run(const Progress& progress) {
         EventWalk walk;
-        if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return -1.0;
-        if (canvas_.list.showHiddenAgent) make_agent(canvas_);
-        for (uint32_t id : objects)
-            if (canvas_.items.laneIndex.find(id) == laNoLane) laLn_New(canvas_.items, id);
-
-        LaneSweep sweep(canvas_, state_);
-        if (!walk.gap()) sweep.All(low_, false, true);
+        if (!Begin(walk)) return std::nullopt;
+        if (!walk.gap()) sweep_.Begin(range_.low);
         EventRecord event;
         for (uint32_t count = 0; mt_NextEvent(walk, event); ++count) {
-            if (count == 0) canvas_.items.firstSequence = event.sequence;
-            const double time = TimeOf(event.time);
-            if ((count & 0x3FFF) == 0x3FFF && canvas_.calls.progress &&
-                !canvas_.calls.progress(time - low_, high_ - low_)) {
-                const double reached = std::max(low_, time);
-                sweep.All(reached, true, false);
+            if (count == 0) items_.firstSequence = event.sequence;
+            const double time = laSource_TimeOf(source_, event.time);
+            if ((count & 0x3FFF) == 0x3FFF && progress &&
+                !progress(time - range_.low, range_.high - range_.low)) {
+                const double reached = std::max(range_.low, time);
+                sweep_.End(reached);
                 return reached;
             }
-            if (walk.gap()) Bridge(sweep, *walk.gap(), time);
-            Take(sweep, event, time, event.sequence - canvas_.items.firstSequence);
+            if (walk.gap()) Bridge(*walk.gap(), time);
+            Take(event, time, event.sequence - items_.firstSequence);
         }
         // Nobody knows how long the last statuses held when what follows can't be read.
         if (walk.gap())
-            sweep.Break(std::max(low_, TimeOf(walk.gap()->from)));
+            sweep_.Break(EndAhead(*walk.gap()));
         else
-            sweep.All(high_, true, false);
-        return high_;
+            sweep_.End(range_.high);
+        return range_.high;
     }
 
   private:
-    double TimeOf(mt_Time tick) const { return laSource_TimeOf(canvas_.source, tick); }
-    // Around a stretch that can't be read: statuses end ahead of it and begin anew behind it.
-    void Bridge(LaneSweep& sweep, const mt_Gap& gap, double time) {
-        sweep.Break(std::max(low_, TimeOf(gap.from)));
-        for (uint32_t position = 0; position < state_.size(); ++position) {
-            const uint32_t id = state_.id_at(position);
-            if (state_.entry(position).objectType == mt_ObjectTask &&
-                canvas_.items.laneIndex.find(id) == laNoLane)
-                laLn_New(canvas_.items, id);
-        }
-        sweep.All(time, false, true);
-    }
-    void Take(LaneSweep& sweep, const EventRecord& event, double time, uint32_t sequence) {
-        StateChange change;
-        for (ChangeList list = event.changes; list.next(change);)
-            if (change.objectType == mt_ObjectTask) sweep.TouchObject(change.objectId);
-        mt_ApplyEventToState(state_, event);
-        if (time < low_) return;
-        sweep.Step(time);
-        uint16_t objectType = 0;
-        uint32_t objectId = 0;
-        if (!mt_GetEventObject(*canvas_.source.store, event, objectType, objectId)) return;
-        uint32_t lane = canvas_.items.laneIndex.find(objectId);
-        if (lane == laNoLane) {
-            lane = laLn_New(canvas_.items, objectId);
-            sweep.Touch(lane);
-        }
-        const int32_t row = rows_.of(event.type, event.subtype);
-        laBm_Append(canvas_.items, {time, lane, sequence, row, event.type, event.subtype});
+    // Puts the walk and the state at the start, and makes the lanes of the objects of the range.
+    bool Begin(EventWalk& walk) {
+        TraceStore& store = *source_.store;
+        const uint64_t first = laSource_TickFrom(source_, range_.low);
+        const uint64_t end =
+            laSource_TickFrom(source_, range_.high) + (range_.high >= source_.totalLength ? 1 : 0);
+        const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
+        if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return false;
+        if (list_.showHiddenAgent) make_agent(items_, list_);
+        for (uint32_t id : objects)
+            if (items_.laneIndex.find(id) == laNoLane) laLn_New(items_, id);
+        return true;
     }
 
-    _LaCanvasData& canvas_;
-    double low_, high_;
+    double EndAhead(const mt_Gap& gap) const {
+        return std::max(range_.low, laSource_TimeOf(source_, gap.from));
+    }
+    // Around a stretch that can't be read: statuses end ahead of it and begin anew behind it.
+    void Bridge(const mt_Gap& gap, double time) {
+        sweep_.Break(EndAhead(gap));
+        for (uint32_t position = 0; position < state_.size(); ++position) {
+            const uint32_t id = state_.id_at(position);
+            if (state_.entry(position).objectType == mt_ObjectTask && items_.laneIndex.find(id) == laNoLane)
+                laLn_New(items_, id);
+        }
+        sweep_.Begin(time);
+    }
+
+    void Take(const EventRecord& event, double time, uint32_t sequence) {
+        StateChange change;
+        for (ChangeList list = event.changes; list.next(change);)
+            if (change.objectType == mt_ObjectTask) sweep_.TouchObject(change.objectId);
+        mt_ApplyEventToState(state_, event);
+        if (time < range_.low) return;
+        sweep_.Step(time);
+        uint16_t objectType = 0;
+        uint32_t objectId = 0;
+        if (!mt_GetEventObject(*source_.store, event, objectType, objectId)) return;
+        uint32_t lane = items_.laneIndex.find(objectId);
+        if (lane == laNoLane) {
+            lane = laLn_New(items_, objectId);
+            sweep_.Touch(lane);
+        }
+        const int32_t row = rows_.of(event.type, event.subtype);
+        laBm_Append(items_, {time, lane, sequence, row, event.type, event.subtype});
+    }
+
+    LaItems& items_;
+    const LaSource& source_;
+    const LaList& list_;
+    laFetchRange range_;
     EventRows rows_;
     StateTable state_;
+    LaneSweep sweep_;
 };
 
 }  // namespace
+
+laFetchRange laFetch_RangeFor(const LaSource& source, laFetchRange asked, laFetchAhead ahead) {
+    if (ahead == laFetchAhead::Yes) {
+        const double length = asked.high - asked.low;
+        asked.low = asked.low < length / 2 ? 0 : asked.low - length / 2;
+        asked.high = asked.low + 2 * length;
+    }
+    asked.high = std::min(asked.high, source.totalLength);
+    return asked;
+}
+
+bool laFetch_Items(LaItems& items, const LaSource& source, const LaLooks& looks, const LaList& list,
+                   laFetchRange range, const Progress& progress) {
+    const auto reached = RangeFetch(items, source, looks, list, range).Run(progress);
+    if (!reached) {
+        laItems_Clear(items);
+        return false;
+    }
+    items.cachedLow = range.low;
+    items.cachedHigh = *reached;
+    return true;
+}
 
 std::string laSource_TellDamage(LaSource& source) {
     if (source.store == nullptr) return {};
@@ -132,32 +168,7 @@ std::string laSource_TellDamage(LaSource& source) {
     return source.damage;
 }
 
-bool laCanvas_IsCached(const _LaCanvasData& canvas, double low, double high) {
-    return canvas.items.cachedHigh > canvas.items.cachedLow && low >= canvas.items.cachedLow &&
-           std::min(high, canvas.source.totalLength) <= canvas.items.cachedHigh;
-}
-
-bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high) {
-    laCpu_Clear(canvas.items);
-    if (canvas.source.store == nullptr) return true;
-    if (!canvas.source.storeHasEvents)
-        canvas.source.storeHasEvents = mt_GetEventCount(*canvas.source.store) > 0;
-    if (!canvas.source.storeHasEvents || canvas.looks.legend.empty()) return true;
-    if (canvas.options.prefetch) {
-        const double length = high - low;
-        low = low < length / 2 ? 0 : low - length / 2;
-        high = low + 2 * length;
-    }
-    high = std::min(high, canvas.source.totalLength);
-    if (low > high) return true;
-    laCanvas_ClearItems(canvas);
-    canvas.list.sortAroundEvent = false;
-    const double reached = RangeFetch(canvas, low, high).Run();
-    if (reached < 0) {
-        laCanvas_ClearItems(canvas);
-        return false;
-    }
-    canvas.items.cachedLow = low;
-    canvas.items.cachedHigh = reached;
-    return true;
+bool laCanvas_IsCached(const LaItems& items, const LaSource& source, double low, double high) {
+    return items.cachedHigh > items.cachedLow && low >= items.cachedLow &&
+           std::min(high, source.totalLength) <= items.cachedHigh;
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/fetch/sweep.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -218,11 +219,11 @@ TEST(Fetch, TakesHalfAViewOnEachSideAndKnowsIt) {
     ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, low, high));
     EXPECT_NEAR(test.canvas->items.cachedLow, total * 0.35, total * 1e-9);
     EXPECT_NEAR(test.canvas->items.cachedHigh, total * 0.55, total * 1e-9);
-    EXPECT_TRUE(laCanvas_IsCached(*test.canvas, low, high));
-    EXPECT_FALSE(laCanvas_IsCached(*test.canvas, total * 0.5, total * 0.56));
+    EXPECT_TRUE(laCanvas_IsCached(test.canvas->items, test.canvas->source, low, high));
+    EXPECT_FALSE(laCanvas_IsCached(test.canvas->items, test.canvas->source, total * 0.5, total * 0.56));
     // What lies behind the end holds nothing, so that a view which reaches there is cached all the same.
     ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, total * 0.9, total * 1.2));
-    EXPECT_TRUE(laCanvas_IsCached(*test.canvas, total * 0.9, total * 1.2));
+    EXPECT_TRUE(laCanvas_IsCached(test.canvas->items, test.canvas->source, total * 0.9, total * 1.2));
 }
 
 TEST(Fetch, StopsWhereItIsToldToWithWhatItHas) {
@@ -304,9 +305,9 @@ TEST(Processors, EachHasItsOwnSwitchesUpToTheLast) {
     }
     for (const uint32_t processor : processors) {
         EXPECT_EQ(switches[processor], 3) << processor;
-        EXPECT_EQ(laCpu_RunningLane(*test.canvas, 3u << 10 | processor),
-                  laCpu_RunningLane(*test.canvas, 2u << 10 | processor));
-        const uint32_t lane = laCpu_RunningLane(*test.canvas, processor);
+        EXPECT_EQ(laCpu_RunningLane(items, test.canvas->source, 3u << 10 | processor),
+                  laCpu_RunningLane(items, test.canvas->source, 2u << 10 | processor));
+        const uint32_t lane = laCpu_RunningLane(items, test.canvas->source, processor);
         ASSERT_NE(lane, laNoLane) << processor;
         EXPECT_EQ(items.lanes[lane].objectId, 2u << 10 | processor);
     }

@@ -58,7 +58,7 @@ TEST_F(StretchEnds, AreThoseOfTheTraceWhereverTheItemsAreCut) {
     OpenLong();
     for (const auto& [low, high] :
          {std::pair{15.0, 15.01}, {0.1005, 0.2}, {29.0, 29.8999}, {0.0, 30.0}, {12, 30}}) {
-        laCanvas_ShowRange(canvas, low, high, false, true);
+        laCanvas_ShowRange(canvas, low, high);
         const laItemRef item = Segment(1, (std::max(low, 0.1) + std::min(high, 29.9)) / 2);
         ASSERT_EQ(item.itype, laItemType::Line) << low;
         const LaStretch stretch = Complete(item);
@@ -70,7 +70,7 @@ TEST_F(StretchEnds, AreThoseOfTheTraceWhereverTheItemsAreCut) {
 
 TEST_F(StretchEnds, WhatTheTraceDoesNotHoldIsSaid) {
     OpenLong();
-    laCanvas_ShowRange(canvas, 15, 15.01, false, true);
+    laCanvas_ShowRange(canvas, 15, 15.01);
     const LaStretch stretch = Complete(Segment(3, 15.005));
     EXPECT_EQ(stretch.from.known, LaEndKnown::Exact) << "its first event tells its status";
     EXPECT_EQ(stretch.from.time, 0);
@@ -83,7 +83,7 @@ TEST_F(StretchEnds, WhatTheTraceDoesNotHoldIsSaid) {
 
 TEST_F(StretchEnds, AStoppedSearchSaysWhatItKnowsAndGoesOnWhereItWas) {
     OpenLong();
-    laCanvas_ShowRange(canvas, 15, 15.01, false, true);
+    laCanvas_ShowRange(canvas, 15, 15.01);
     const laItemRef item = Segment(1, 15.005);
     const double cut = canvas.items.lanes[item.lane].segments[item.index].t0;
     const auto once = [](double, double) { return false; };
@@ -120,7 +120,7 @@ TEST_F(StretchEnds, ATipTellsTheTimesOfTheTrace) {
     Legend legend;
     ASSERT_TRUE(opened.store && configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
     ASSERT_TRUE(laCanvas_SetUpFromStore(canvas, std::move(opened.store), std::move(legend), trace));
-    laCanvas_ShowRange(canvas, 0.004558, 0.005172, false, true);
+    laCanvas_ShowRange(canvas, 0.004558, 0.005172);
     canvas.axis.timeMode = Time_Millisecond;
     std::string tip;
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
@@ -141,7 +141,7 @@ TEST_F(StretchEnds, AgreeWithTheWholeTrace) {
     const double total = canvas.source.totalLength;
     size_t compared = 0;
     for (double low = 0; low < total * 0.95; low += total / 23) {
-        laCanvas_ShowRange(canvas, low, low + total / 20, false, true);
+        laCanvas_ShowRange(canvas, low, low + total / 20);
         for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
             for (size_t s = 0; s < canvas.items.lanes[i].segments.size(); ++s) {
                 const LaLnSeg shown = canvas.items.lanes[i].segments[s];

@@ -23,21 +23,27 @@ void erase_sorted(std::vector<uint32_t>& list, uint32_t value) {
 
 }  // namespace
 
-uint32_t laCpu_Key(const _LaCanvasData& canvas, uint32_t objectId) {
-    return canvas.source.osKind == Os_Korvantis ? objectId & mt_GroupMask : 0;
+uint32_t laCpu_Key(const LaSource& source, uint32_t objectId) {
+    return source.osKind == Os_Korvantis ? objectId & mt_GroupMask : 0;
 }
 
-uint32_t laCpu_RunningLane(const _LaCanvasData& canvas, uint32_t objectId) {
-    const uint32_t key = laCpu_Key(canvas, objectId);
-    for (const LaCpuEntry& cpu : canvas.items.cpus)
+uint32_t laCpu_RunningLane(const LaItems& items, const LaSource& source, uint32_t objectId) {
+    const uint32_t key = laCpu_Key(source, objectId);
+    for (const LaCpuEntry& cpu : items.cpus)
         if (cpu.key == key) return cpu.running;
     return laNoLane;
 }
 
-LaneSweep::LaneSweep(_LaCanvasData& canvas, const StateTable& state)
-    : canvas_(canvas), state_(state), statusRows_(0x10000, -2), cpuOfKey_(mt_GroupMask + 1, -1) {
-    for (size_t i = 0; i < canvas.items.cpus.size(); ++i)
-        cpuOfKey_[canvas.items.cpus[i].key] = static_cast<int16_t>(i);
+LaneSweep::LaneSweep(LaItems& items, const LaSource& source, const LaLooks& looks, std::string_view separator,
+                     const StateTable& state)
+    : items_(items),
+      source_(source),
+      looks_(looks),
+      separator_(separator.empty() ? '\0' : separator[0]),
+      state_(state),
+      statusRows_(0x10000, -2),
+      cpuOfKey_(mt_GroupMask + 1, -1) {
+    for (size_t i = 0; i < items.cpus.size(); ++i) cpuOfKey_[items.cpus[i].key] = static_cast<int16_t>(i);
 }
 
 void LaneSweep::Touch(uint32_t lane) {
@@ -46,24 +52,23 @@ void LaneSweep::Touch(uint32_t lane) {
 
 int32_t LaneSweep::StatusRow(uint16_t code) {
     int32_t& row = statusRows_[code];
-    if (row == -2) row = canvas_.looks.legend.StatusIndex(code);
+    if (row == -2) row = looks_.legend.StatusIndex(code);
     return row;
 }
 
 LaCpuEntry& LaneSweep::CpuOf(uint32_t objectId) {
-    const uint32_t key = laCpu_Key(canvas_, objectId);
+    const uint32_t key = laCpu_Key(source_, objectId);
     int16_t& index = cpuOfKey_[key];
     if (index < 0) {
-        index = static_cast<int16_t>(canvas_.items.cpus.size());
-        canvas_.items.cpus.push_back({key, laNoLane});
+        index = static_cast<int16_t>(items_.cpus.size());
+        items_.cpus.push_back({key, laNoLane});
     }
-    return canvas_.items.cpus[static_cast<size_t>(index)];
+    return items_.cpus[static_cast<size_t>(index)];
 }
 
 void LaneSweep::LearnFacts(laItem_Line& lane, uint32_t position) {
     if (!lane.hasName) {
-        const char separator = canvas_.list.separator.empty() ? '\0' : canvas_.list.separator[0];
-        auto name = mt_TaskNameAt(*canvas_.source.store, state_, position, separator);
+        auto name = mt_TaskNameAt(*source_.store, state_, position, separator_);
         if (name && !text_trim(*name).empty()) {
             lane.name = std::move(*name);
             lane.hasName = true;
@@ -81,8 +86,8 @@ void LaneSweep::NoteExecuting(uint32_t lane, bool executing) {
         erase_sorted(executing_, lane);
 }
 
-void LaneSweep::Look(uint32_t index, double time, bool closing) {
-    laItem_Line& lane = canvas_.items.lanes[index];
+void LaneSweep::Look(uint32_t index, double time, Ends ends) {
+    laItem_Line& lane = items_.lanes[index];
     if (lane.isAgent) return;
     const uint32_t position = state_.find(mt_ObjectTask, lane.objectId);
     if (position == StateTable::npos) return;
@@ -90,7 +95,7 @@ void LaneSweep::Look(uint32_t index, double time, bool closing) {
     const auto code = mt_TaskStatusAt(state_, position);
     if (!code) return;
     const int32_t row = StatusRow(*code);
-    if (lane.openStatus == row && !closing) return;
+    if (lane.openStatus == row && ends == Ends::Changed) return;
     const bool was = Executing(lane);
     if (lane.openStatus < 0) {
         if (lane.openSince < 0) lane.openSince = time;
@@ -102,7 +107,7 @@ void LaneSweep::Look(uint32_t index, double time, bool closing) {
 }
 
 void LaneSweep::TakeProcessor(uint32_t index, double time) {
-    const laItem_Line& lane = canvas_.items.lanes[index];
+    const laItem_Line& lane = items_.lanes[index];
     if (!Executing(lane)) return;
     LaCpuEntry& cpu = CpuOf(lane.objectId);
     if (cpu.running == index) return;
@@ -110,31 +115,35 @@ void LaneSweep::TakeProcessor(uint32_t index, double time) {
     if (cpu.running != laNoLane) {
         // The colour of a switch is decided by the status of the one that leaves, as far as the sweep has
         // come.
-        const int32_t left = canvas_.items.lanes[cpu.running].openStatus;
-        laCtx_Append(canvas_.items, {time, cpu.running, index, canvas_.looks.legend.LinkedStatus(left)});
+        const int32_t left = items_.lanes[cpu.running].openStatus;
+        laCtx_Append(items_, {time, cpu.running, index, looks_.legend.LinkedStatus(left)});
     }
     cpu.running = index;
 }
 
-void LaneSweep::All(double time, bool closing, bool trackSwitches) {
-    settled_ = trackSwitches;
-    for (uint32_t lane = 0; lane < canvas_.items.lanes.size(); ++lane) {
-        Look(lane, time, closing);
-        if (trackSwitches) TakeProcessor(lane, time);
+void LaneSweep::Begin(double time) {
+    settled_ = true;
+    for (uint32_t lane = 0; lane < items_.lanes.size(); ++lane) {
+        Look(lane, time, Ends::Changed);
+        TakeProcessor(lane, time);
     }
     touched_.clear();
 }
 
 void LaneSweep::Break(double time) {
-    for (uint32_t index = 0; index < canvas_.items.lanes.size(); ++index) {
-        laItem_Line& lane = canvas_.items.lanes[index];
+    for (uint32_t index = 0; index < items_.lanes.size(); ++index) {
+        laItem_Line& lane = items_.lanes[index];
         if (lane.isAgent) continue;
         if (lane.openStatus >= 0) laLn_AppendSegment(lane, lane.openSince, time, lane.openStatus);
         laLn_Break(lane);
     }
     touched_.clear();
     executing_.clear();
-    laCpu_Clear(canvas_.items);
+    laCpu_Clear(items_);
+}
+
+void LaneSweep::End(double time) {
+    for (uint32_t lane = 0; lane < items_.lanes.size(); ++lane) Look(lane, time, Ends::Open);
 }
 
 void LaneSweep::Step(double time) {
@@ -150,7 +159,7 @@ void LaneSweep::Step(double time) {
         const uint32_t lane = std::min(touched, running == executing_.end() ? laNoLane : *running);
         if (lane == laNoLane) break;
         if (lane == touched) {
-            Look(lane, time, false);
+            Look(lane, time, Ends::Changed);
             ++nextTouched;
         }
         TakeProcessor(lane, time);

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/hit.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "windlib/dialog/model.h"
 
@@ -34,7 +34,8 @@ void laCanvas_CloseViews(_LaCanvasData& canvas) {
 
 void laCanvas_CloseSource(_LaCanvasData& canvas) {
     laCanvas_CloseViews(canvas);
-    laCanvas_Reset(canvas, true, true);
+    laCanvas_Reset(canvas, laResetOf::Source);
+    laCanvas_UpdateFields(canvas, 0, " ");
     laCanvas_UpdateTotal(canvas);
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
     laCanvas_Repaint(canvas);
@@ -104,13 +105,13 @@ bool laList_HasObject(const _LaCanvasData& canvas, const MslObjectEntry& entry) 
 }
 
 void laList_ShowSelected(_LaCanvasData& canvas) {
-    for (MslObjectEntry* entry : laNames_Selected(canvas))
+    for (MslObjectEntry* entry : canvas.taskList->SelectedEntries())
         if (laList_IsObject(canvas, *entry)) laCanvas_ShowInfo(canvas, *entry);
 }
 
 void laList_HideSelected(_LaCanvasData& canvas) {
-    for (MslObjectEntry* row : laNames_Selected(canvas))
-        if (laList_HasObject(canvas, *row)) laTask_Hide(canvas, *row, false, false);
+    for (MslObjectEntry* row : canvas.taskList->SelectedEntries())
+        if (laList_HasObject(canvas, *row)) canvas.taskList->HideEntry(*row);
     laCanvas_Relayout(canvas);  // the last one may have gone with one before it
 }
 
@@ -123,7 +124,7 @@ bool laPlace_View(_LaCanvasData& canvas) {
 
 void laPlace_HideObject(_LaCanvasData& canvas) {
     laItem_Line* lane = laCanvas_FindLane(canvas.items, canvas.hand.place.objectId);
-    if (lane && lane->listEntry) laTask_Hide(canvas, *lane->listEntry, false, true);
+    if (lane && lane->listEntry) laTask_Hide(canvas, *lane->listEntry);
 }
 
 void laPlace_SortAround(_LaCanvasData& canvas) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/list.h"
@@ -35,44 +35,43 @@ void repaint_at(_LaCanvasData& canvas, const LaBookmark& mark) {
 
 }  // namespace
 
-const LaBookmark* laBookmark_Find(const _LaCanvasData& canvas, double time, bool exact) {
+const LaBookmark* laBookmark_Find(const _LaCanvasData& canvas, double time, laBookmarkMatch match) {
     const double reach = std::max(3.0 / canvas.view.pixelsPerUnit, 1e-12);
     const auto found = std::find_if(
         canvas.marks.bookmarks.begin(), canvas.marks.bookmarks.end(), [&](const LaBookmark& mark) {
-            return exact ? mark.time == time : std::fabs(mark.time - time) <= reach;
+            return match == laBookmarkMatch::Exact ? mark.time == time : std::fabs(mark.time - time) <= reach;
         });
     return found == canvas.marks.bookmarks.end() ? nullptr : &*found;
 }
 
-const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, double time, bool repaint) {
-    if (const LaBookmark* known = laBookmark_Find(canvas, time, true)) return *known;
+const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, double time) {
+    if (const LaBookmark* known = laBookmark_Find(canvas, time, laBookmarkMatch::Exact)) return *known;
     LaBookmark mark;
     mark.label = label_of(canvas, objectId, time);
     mark.objectId = objectId;
     mark.time = time;
     canvas.marks.bookmarks.insert(canvas.marks.bookmarks.begin(), std::move(mark));
-    if (repaint) repaint_at(canvas, canvas.marks.bookmarks.front());
+    repaint_at(canvas, canvas.marks.bookmarks.front());
     return canvas.marks.bookmarks.front();
 }
 
-bool laBookmark_Delete(_LaCanvasData& canvas, double time, bool exact, bool repaint) {
-    const LaBookmark* mark = laBookmark_Find(canvas, time, exact);
+bool laBookmark_Delete(_LaCanvasData& canvas, double time, laBookmarkMatch match) {
+    const LaBookmark* mark = laBookmark_Find(canvas, time, match);
     return mark != nullptr &&
-           laBookmark_DeleteAt(canvas, static_cast<size_t>(mark - canvas.marks.bookmarks.data()), repaint);
+           laBookmark_DeleteAt(canvas, static_cast<size_t>(mark - canvas.marks.bookmarks.data()));
 }
 
-bool laBookmark_DeleteAt(_LaCanvasData& canvas, size_t index, bool repaint) {
+bool laBookmark_DeleteAt(_LaCanvasData& canvas, size_t index) {
     if (index >= canvas.marks.bookmarks.size()) return false;
     const LaBookmark gone = std::move(canvas.marks.bookmarks[index]);
     canvas.marks.bookmarks.erase(canvas.marks.bookmarks.begin() + static_cast<ptrdiff_t>(index));
-    if (repaint) repaint_at(canvas, gone);
+    repaint_at(canvas, gone);
     return true;
 }
 
-void laBookmark_DeleteAll(_LaCanvasData& canvas, bool repaint) {
+void laBookmark_DeleteAll(_LaCanvasData& canvas) {
     std::vector<LaBookmark> gone;
     gone.swap(canvas.marks.bookmarks);
-    if (!repaint) return;
     for (const LaBookmark& mark : gone) repaint_at(canvas, mark);
 }
 
@@ -91,7 +90,7 @@ bool laBookmark_AddForCursors(_LaCanvasData& canvas) {
         laCanvas_Beep(canvas);
         return false;
     }
-    if (first >= 0) laBookmark_Add(canvas, laAgentId, first, true);
-    if (second >= 0 && second != first) laBookmark_Add(canvas, laAgentId, second, true);
+    if (first >= 0) laBookmark_Add(canvas, laAgentId, first);
+    if (second >= 0 && second != first) laBookmark_Add(canvas, laAgentId, second);
     return true;
 }

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/time_unit.h"
-#include "chronoweave/traxfunc/input/view.h"
-#include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -44,15 +44,14 @@ bool tried(Canvas& canvas, const laArgument&) {
 }
 template <ZoomMode mode>
 bool zoom_by_cursors(Canvas& canvas, const laArgument&) {
-    return laCanvas_Zoom(canvas, -1.0, 0, true, mode);
+    return laCanvas_Zoom(canvas, mode);
 }
 bool zoom_in(Canvas& canvas, const laArgument&) {
     const double quarter = canvas.view.viewLength / 4;
-    return laCanvas_Zoom(canvas, canvas.view.viewLow + quarter, canvas.view.viewLow + 3 * quarter, true,
-                         Zoom_Range);
+    return laCanvas_Zoom(canvas, canvas.view.viewLow + quarter, canvas.view.viewLow + 3 * quarter);
 }
 bool zoom_out(Canvas& canvas, const laArgument&) {
-    return laCanvas_Zoom(canvas, 0, -1.0, true, Zoom_Selection);
+    return laCanvas_ZoomOut(canvas);
 }
 bool zoom_in_at(Canvas& canvas, const laArgument& argument) {
     laCanvas_ZoomAtColumn(canvas, column_of(canvas, argument), 1 / keyZoom);
@@ -63,7 +62,7 @@ bool zoom_out_at(Canvas& canvas, const laArgument& argument) {
     return true;
 }
 bool delete_bookmarks(Canvas& canvas, const laArgument&) {
-    laBookmark_DeleteAll(canvas, true);
+    laBookmark_DeleteAll(canvas);
     return true;
 }
 bool show_bookmark(Canvas& canvas, const laArgument& argument) {
@@ -99,11 +98,11 @@ bool zoom_out_here(Canvas& canvas, const laArgument&) {
     return true;
 }
 bool add_bookmark_here(Canvas& canvas, const laArgument&) {
-    laBookmark_Add(canvas, canvas.hand.place.objectId, canvas.hand.place.time, true);
+    laBookmark_Add(canvas, canvas.hand.place.objectId, canvas.hand.place.time);
     return true;
 }
 bool delete_bookmark_here(Canvas& canvas, const laArgument&) {
-    return laBookmark_Delete(canvas, canvas.hand.place.time, false, true);
+    return laBookmark_Delete(canvas, canvas.hand.place.time, laBookmarkMatch::Near);
 }
 
 bool not_implemented(Canvas& canvas, const laArgument&) {
@@ -250,7 +249,7 @@ constexpr laCommand table[] = {
      .page = "navigate",
      .icon = "rzoomin",
      .can = with_store,
-     .run = zoom_by_cursors<Zoom_Selection>},
+     .run = zoom_by_cursors<ZoomMode::Selection>},
     {.name = "ZoomOut",
      .label = "Zoom &Out",
      .tip = "Zoom out at Canvas Center",
@@ -357,13 +356,13 @@ constexpr laCommand table[] = {
      .tip = "Zoom to what lies left of the first cursor",
      .page = "navigate",
      .can = with_store,
-     .run = zoom_by_cursors<Zoom_Left>},
+     .run = zoom_by_cursors<ZoomMode::Left>},
     {.name = "RightZoomIn",
      .label = "Zoom to Right of Cursor",
      .tip = "Zoom to what lies right of the first cursor",
      .page = "navigate",
      .can = with_store,
-     .run = zoom_by_cursors<Zoom_Right>},
+     .run = zoom_by_cursors<ZoomMode::Right>},
 
     {.name = "HideTasks",
      .label = "Change &Hidden Task List",

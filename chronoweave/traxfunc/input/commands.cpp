@@ -4,7 +4,6 @@
 
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/command_table.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {

@@ -6,8 +6,7 @@
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/cursor.h"
-#include "chronoweave/traxfunc/input/history.h"
-#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
@@ -26,7 +25,7 @@ class Commands : public testing::Test {
         test.beeps = 0;
     }
     void TearDown() override { gen_set_console_sink({}); }
-    void Show(double low, double high) { laCanvas_ShowRange(canvas, total * low, total * high, false, true); }
+    void Show(double low, double high) { laCanvas_ShowRange(canvas, total * low, total * high); }
     void ExpectView(double low, double high, const char* what) {
         EXPECT_NEAR(canvas.view.viewLow, low * total, canvas.view.viewLength * 2e-3) << what;
         EXPECT_NEAR(canvas.view.viewHigh, high * total, canvas.view.viewLength * 2e-3) << what;
@@ -171,8 +170,7 @@ TEST_F(Commands, HistoryMovesRefuseAtTheirEndsAndRecordNothing) {
     }
     EXPECT_EQ(test.beeps, 4);
     // Six more views than there are places.
-    for (int i = 0; i < 56; ++i)
-        laCanvas_Zoom(canvas, total * i / 100, total * i / 100 + total / 10, false, Zoom_Range);
+    for (int i = 0; i < 56; ++i) laCanvas_Zoom(canvas, total * i / 100, total * i / 100 + total / 10);
     int changes = 0;
     canvas.calls.buttonsChanged = [&] { ++changes; };
     struct Case {
@@ -212,21 +210,21 @@ TEST_F(Commands, Bookmarks) {
     EXPECT_EQ(canvas.marks.bookmarks[1].label, gen_format("Bookmark: %.3f", total * 0.5));
     EXPECT_EQ(canvas.marks.bookmarks[1].colour, 0x0000FFu);
     const double near = 2.5 / canvas.view.pixelsPerUnit, far = 3.5 / canvas.view.pixelsPerUnit;
-    EXPECT_EQ(laBookmark_Find(canvas, total * 0.5 + near, false), &canvas.marks.bookmarks[1]);
-    EXPECT_EQ(laBookmark_Find(canvas, total * 0.5 + near, true), nullptr);
-    EXPECT_FALSE(laBookmark_Delete(canvas, total * 0.5 + far, false, true));
-    EXPECT_TRUE(laBookmark_Delete(canvas, total * 0.5 - near, false, true));
+    EXPECT_EQ(laBookmark_Find(canvas, total * 0.5 + near, laBookmarkMatch::Near), &canvas.marks.bookmarks[1]);
+    EXPECT_EQ(laBookmark_Find(canvas, total * 0.5 + near, laBookmarkMatch::Exact), nullptr);
+    EXPECT_FALSE(laBookmark_Delete(canvas, total * 0.5 + far, laBookmarkMatch::Near));
+    EXPECT_TRUE(laBookmark_Delete(canvas, total * 0.5 - near, laBookmarkMatch::Near));
     Show(0, 0.1);
     EXPECT_TRUE(laCanvas_Command(canvas, "ShowBookmark 0"));
     EXPECT_NEAR((canvas.view.viewLow + canvas.view.viewHigh) / 2, total * 0.55, total * 1e-3);
     for (const char* bad : {"ShowBookmark 1", "ShowBookmark", "ShowBookmark x", "ShowBookmark -1"})
         EXPECT_FALSE(laCanvas_Command(canvas, bad)) << bad;
     canvas.axis.timeMode = Time_Tick;
-    EXPECT_EQ(laBookmark_Add(canvas, 0x99999, 7, true).label, "Bookmark: 7 on Task 0x99999");
+    EXPECT_EQ(laBookmark_Add(canvas, 0x99999, 7).label, "Bookmark: 7 on Task 0x99999");
     laItem_Line& lane = canvas.items.lanes[0];
     lane.hasName = true;
     lane.name = "it's";
-    EXPECT_EQ(laBookmark_Add(canvas, lane.objectId, 8, true).label, "Bookmark: 8 on it\\'s");
+    EXPECT_EQ(laBookmark_Add(canvas, lane.objectId, 8).label, "Bookmark: 8 on it\\'s");
     EXPECT_TRUE(laCanvas_Command(canvas, "deletebookmarks"));
     EXPECT_TRUE(canvas.marks.bookmarks.empty());
 }
@@ -270,7 +268,7 @@ TEST(ZoomLimit, EveryPixelUpToTwoToTheSixtyFourCanBeReachedAndNoFurther) {
     ScrollBarModel& bar = test.graph.horizontal;
     const double all = canvas.source.totalLength * 1000, half = 0x1p63, whole = 0x1p64;
     for (double wide : {1e6, 0x1p31, 0x1p52, half, half * 1.5, whole * 0.9999}) {
-        ASSERT_TRUE(laCanvas_ShowRange(canvas, 0, all / wide, true, true)) << wide;
+        ASSERT_TRUE(laCanvas_ShowRange(canvas, 0, all / wide, {.paint = true})) << wide;
         EXPECT_NEAR(static_cast<double>(canvas.view.virtualWidth), wide, wide * 1e-9);
         const uint64_t last = bar.maximum();
         for (uint64_t pixel :
@@ -289,7 +287,7 @@ TEST(ZoomLimit, EveryPixelUpToTwoToTheSixtyFourCanBeReachedAndNoFurther) {
     const double low = canvas.view.viewLow, high = canvas.view.viewHigh;
     test.beeps = 0;
     for (double wide : {whole, whole * 1.0001, 1e23}) {
-        EXPECT_FALSE(laCanvas_ShowRange(canvas, 0, all / wide, true, true)) << wide;
+        EXPECT_FALSE(laCanvas_ShowRange(canvas, 0, all / wide, {.paint = true})) << wide;
         EXPECT_EQ(test.message(), "Can't zoom in more.");
         EXPECT_TRUE(canvas.view.viewLow == low && canvas.view.viewHigh == high);
     }
@@ -347,7 +345,7 @@ TEST_F(Commands, ADragSelectsInOrderAndOnlyAScrollIsRecorded) {
     EXPECT_EQ(canvas.past.historyNewest, newest);
     EXPECT_EQ(canvas.hand.dragStartView, -1.0);
     laCanvas_BeginDrag(canvas, 600, 10, false);
-    laCanvas_ShowRange(canvas, total * 0.5, total * 0.7, false, true);
+    laCanvas_ShowRange(canvas, total * 0.5, total * 0.7);
     laCanvas_DragTo(canvas, 2000, 10, false);
     EXPECT_EQ(canvas.marks.cursor[1], canvas.view.viewHigh);
     laCanvas_EndDrag(canvas);
@@ -371,7 +369,7 @@ TEST_F(Commands, SelectionAndTheTextUnderThePointer) {
     EXPECT_EQ(canvas.marks.cursor[0], canvas.view.viewHigh);
     laCanvas_ClearCursors(canvas);
     EXPECT_EQ(canvas.marks.cursor[0], -100.0);
-    laCanvas_ShowRange(canvas, 0, 1, false, true);
+    laCanvas_ShowRange(canvas, 0, 1);
     canvas.axis.timeMode = Time_Millisecond;
     canvas.axis.tickDigits = 0;
     EXPECT_EQ(laCanvas_HoverText(canvas, 250), "250 Milliseconds.");

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/hit.h"
-#include "chronoweave/traxfunc/list/names.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -66,7 +65,7 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     const laItem_Line* lane = laHit_Object(canvas, hit) ? &canvas.items.lanes[hit.lane] : nullptr;
     canvas.hand.place = {x, y, hit.time, lane ? lane->objectId : laAgentId, hit.icon};
     const bool whole = canvas.view.viewLow <= 0 && canvas.view.viewHigh >= canvas.source.totalLength;
-    const bool marked = laBookmark_Find(canvas, hit.time, false) != nullptr;
+    const bool marked = laBookmark_Find(canvas, hit.time, laBookmarkMatch::Near) != nullptr;
     const std::string object = lane ? object_text(canvas, *lane) : "Clicked " + canvas.list.objectTerm;
     const char* inDebugger =
         canvas.axis.timeMode == Time_Tick ? "Show Tick Position in &Debugger" : "Show Time in &Debugger";
@@ -95,7 +94,7 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
 }
 
 laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntry* clicked) {
-    const std::vector<MslObjectEntry*> selected = laNames_Selected(canvas);
+    const std::vector<MslObjectEntry*> selected = canvas.taskList->SelectedEntries();
     const bool group = clicked && clicked->lane == laNoLane;
     const bool hides = std::any_of(selected.begin(), selected.end(), [&](const MslObjectEntry* entry) {
         return laList_HasObject(canvas, *entry);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "windlib/dialog/host.h"
 

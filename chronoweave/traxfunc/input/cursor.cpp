@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
@@ -28,9 +29,9 @@ int drawn_column(const _LaCanvasData& canvas, int which) {
 void invert_column(_LaCanvasData& canvas, int x) {
     if (canvas.graph->surface == nullptr) return;
     canvas.graph->surface->setExclusiveOr(true);
-    laCanvas_DrawCursor(canvas, x, false, nullptr, false, invert);
+    laCanvas_DrawCursor(*canvas.graph, x, invert);
     canvas.graph->surface->setExclusiveOr(false);
-    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(canvas));
+    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(*canvas.graph));
 }
 
 void restore_column(_LaCanvasData& canvas, int x) {
@@ -41,8 +42,8 @@ void draw_first(_LaCanvasData& canvas, int x) {
     if (canvas.graph->surface == nullptr) return;
     // Under a dragged one the order of drawing matters.
     if (drawn_column(canvas, 1) == x) return restore_column(canvas, x);
-    laCanvas_DrawCursor(canvas, x, false, nullptr, false, canvas.graph->surface->foreground());
-    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(canvas));
+    laCanvas_DrawCursor(*canvas.graph, x, canvas.graph->surface->foreground());
+    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(*canvas.graph));
 }
 
 // Columns of the axis between two times, the ends of the view standing for what lies outside.
@@ -196,7 +197,7 @@ double laCanvas_PointerTime(_LaCanvasData& canvas, int x, int y, bool free) {
     Nearest nearest(canvas, x);
     const laItem_Line* lane =
         free || !canvas.options.snapCursors ? nullptr : lane_at(canvas, y + canvas.view.verticalOffset);
-    if (lane != nullptr && y < laAxis_Top(canvas)) offer_lane(canvas, *lane, nearest);
+    if (lane != nullptr && y < laAxis_Top(*canvas.graph)) offer_lane(canvas, *lane, nearest);
     return nearest.time();
 }
 
@@ -233,6 +234,13 @@ void laCanvas_EndDrag(_LaCanvasData& canvas) {
         laHistory_Add(canvas);
     canvas.hand.dragStartView = -1.0;
     laCanvas_UpdateFields(canvas, Fields_Selection);
+}
+
+std::string laCanvas_ColumnText(const _LaCanvasData& canvas, int x) {
+    const std::string time = laTime_TrimZeros(gen_format("%.*f", std::max(0, canvas.axis.tickDigits + 3),
+                                                         laCanvas_PixelToUnit(canvas.view, canvas.axis, x)));
+    return canvas.axis.timeMode == Time_Sequential ? time + " Sequences."
+                                                   : time + " " + laTime_UnitName(canvas.axis, true) + "s.";
 }
 
 std::string laCanvas_HoverText(const _LaCanvasData& canvas, int x) {

@@ -32,6 +32,8 @@ void laCanvas_DragTo(_LaCanvasData& canvas, int x, int y, bool free);
 // scrolled goes to the history.
 void laCanvas_EndDrag(_LaCanvasData& canvas);
 
+// What the message line says of a temporary cursor at a column: its time.
+std::string laCanvas_ColumnText(const _LaCanvasData& canvas, int x);
 // What the message line says while the pointer stands at a column: its time and, with a first cursor, how
 // far it is from it.
 std::string laCanvas_HoverText(const _LaCanvasData& canvas, int x);

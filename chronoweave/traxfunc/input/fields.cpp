@@ -4,7 +4,7 @@
 
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/cursor.h"
-#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/text.h"
 
@@ -21,7 +21,7 @@ bool refuse(_LaCanvasData& canvas, int group, const char* message) {
 }
 
 bool show(_LaCanvasData& canvas, double low, double high) {
-    const bool shown = laCanvas_Zoom(canvas, low, high, true, Zoom_Range);
+    const bool shown = laCanvas_Zoom(canvas, low, high);
     laCanvas_UpdateFields(canvas, Fields_View);
     return shown;
 }

@@ -25,7 +25,7 @@ class Fields : public testing::Test {
     void TearDown() override { gen_set_console_sink({}); }
     void Restart() {
         canvas.fields.message.clear();
-        laCanvas_ShowRange(canvas, 20, 30, true, true);
+        laCanvas_ShowRange(canvas, 20, 30, {.paint = true});
         canvas.marks.cursor[0] = 22;
         canvas.marks.cursor[1] = 25;
         laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);

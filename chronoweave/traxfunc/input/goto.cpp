@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/text.h"
 
@@ -174,7 +174,7 @@ bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text) {
     if (target->low > canvas.source.totalLength)
         return refuse(canvas, "The trace ends at " + laCanvas_TimeText(canvas, canvas.source.totalLength) +
                                   " " + laTime_UnitName(canvas.axis, true) + "s.");
-    if (target->high) return laCanvas_Zoom(canvas, target->low, *target->high, true, Zoom_Range);
+    if (target->high) return laCanvas_Zoom(canvas, target->low, *target->high);
     const double low = std::max(0.0, target->low - canvas.view.viewLength / 2);
-    return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength, true, Zoom_Range);
+    return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength);
 }

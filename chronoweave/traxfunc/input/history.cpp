@@ -27,7 +27,7 @@ bool move_to(_LaCanvasData& canvas, int end, const char* refusal, int target) {
     const LaHistoryEntry entry = canvas.past.history[target];
     const double extent = canvas.source.scrollExtent;
     canvas.source.scrollExtent = std::max(canvas.source.totalLength, entry.high);
-    if (!laCanvas_ShowRange(canvas, entry.low, entry.high, false, true)) {
+    if (!laCanvas_ShowRange(canvas, entry.low, entry.high)) {
         canvas.source.scrollExtent = extent;
         return false;
     }

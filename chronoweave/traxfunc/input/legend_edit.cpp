@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {

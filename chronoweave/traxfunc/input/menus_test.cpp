@@ -11,6 +11,8 @@
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/history.h"
+#include "chronoweave/traxfunc/input/life.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -119,7 +121,7 @@ TEST_F(CanvasMenus, RowsAndButtonsFollowTheCanvas) {
          {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
         {"one cursor", [&] { canvas.marks.cursor[1] = 0.1; }, {{"AddBookmark", "+"}}},
         {"bookmarks",
-         [&] { laBookmark_Add(canvas, laAgentId, 0.1, false); },
+         [&] { laBookmark_Add(canvas, laAgentId, 0.1); },
          {{"EditBookmarks", "+"}, {"DeleteBookmarks", "+"}, {"ShowBookmark 0", "+"}}},
         {"whole names", [&] { canvas.list.flatView = true; }, {{"FlatView", "+"}}},
         {"a detail window", [&] { canvas.calls.viewWindows.push_back(&view); }, {{"DelViews", "++"}}},
@@ -353,17 +355,16 @@ class Effects : public CanvasMenus {
     // A state in which every row can do something: the middle of a history, a selection, a bookmark, a
     // window.
     void Prepare() {
-        laCanvas_Reset(canvas, true, false);
+        laCanvas_Reset(canvas, laResetOf::Source);
         Open();
         canvas.source.canvasName = "run";
         canvas.axis.autoAdjustUnit = false;
         for (const double low : {0.1, 0.3, 0.5})
-            laCanvas_Zoom(canvas, canvas.source.totalLength * low, canvas.source.totalLength * (low + 0.2),
-                          false, Zoom_Range);
+            laCanvas_Zoom(canvas, canvas.source.totalLength * low, canvas.source.totalLength * (low + 0.2));
         laHistory_Prev(canvas);
         canvas.marks.cursor[0] = canvas.view.viewLow + canvas.view.viewLength / 4;
         canvas.marks.cursor[1] = canvas.view.viewLow + canvas.view.viewLength / 2;
-        laBookmark_Add(canvas, laAgentId, canvas.source.totalLength / 3, false);
+        laBookmark_Add(canvas, laAgentId, canvas.source.totalLength / 3);
         window = std::make_unique<DialogModel>(DialogDescription());
         window->onClose = [this](int) { canvas.calls.viewWindows.clear(); };
         canvas.calls.viewWindows = {window.get()};

@@ -4,19 +4,8 @@
 #include <cmath>
 
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/input/zoom.h"
 #include "chronoweave/traxfunc/model/time.h"
-
-namespace {
-
-void scroll_by(ScrollBarModel& bar, int64_t pixels) {
-    const uint64_t from = bar.position();
-    const auto step = static_cast<uint64_t>(pixels < 0 ? -pixels : pixels);
-    bar.userMoved(pixels < 0 ? from - std::min(from, step)
-                             : from + std::min(bar.maximum() - std::min(bar.maximum(), from), step));
-}
-
-}  // namespace
 
 void laCanvas_ZoomAtColumn(_LaCanvasData& canvas, int x, double factor) {
     if (!canvas.source.storeHasEvents || canvas.graph->width <= 0) return;
@@ -32,18 +21,18 @@ void laCanvas_ZoomAtColumn(_LaCanvasData& canvas, int x, double factor) {
     // Near the ends the view is pushed back into the trace rather than left half empty.
     if (factor > 1) low = std::min(low, std::max(canvas.source.totalLength, canvas.view.viewHigh) - length);
     low = std::max(low, 0.0);
-    laCanvas_Zoom(canvas, low, low + length, true, Zoom_Range);
+    laCanvas_Zoom(canvas, low, low + length);
 }
 
 void laCanvas_ShowAll(_LaCanvasData& canvas) {
-    if (canvas.source.storeHasEvents) laCanvas_Zoom(canvas, 0, canvas.source.totalLength, true, Zoom_Range);
+    if (canvas.source.storeHasEvents) laCanvas_Zoom(canvas, 0, canvas.source.totalLength);
 }
 
 void laCanvas_ScrollColumns(_LaCanvasData& canvas, int64_t columns) {
-    scroll_by(canvas.graph->horizontal, columns);
+    canvas.graph->horizontal.userScrolled(columns);
 }
 void laCanvas_ScrollRows(_LaCanvasData& canvas, int64_t rows) {
-    scroll_by(canvas.graph->vertical, rows);
+    canvas.graph->vertical.userScrolled(rows);
 }
 
 void laCanvas_ScrollToEnd(_LaCanvasData& canvas, bool last) {
@@ -64,6 +53,6 @@ bool laCanvas_FocusSelection(_LaCanvasData& canvas) {
     const double first = smaller < 0 ? larger : smaller;
     const double low = std::max(0.0, (first + larger) / 2 - canvas.view.viewLength / 2);
     if (std::fabs(canvas.view.viewLow - low) > 1 / canvas.view.pixelsPerUnit)
-        return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength, true, Zoom_Range);
-    return first == larger || laCanvas_Zoom(canvas, -1.0, 0, true, Zoom_Selection);
+        return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength);
+    return first == larger || laCanvas_Zoom(canvas, ZoomMode::Selection);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
@@ -22,7 +23,7 @@ bool inside(const _LaCanvasData& canvas, const laPointerEvent& event) {
 }  // namespace
 
 std::string laPointer_Tip(_LaCanvasData& canvas, int x, int y) {
-    if (y >= laAxis_Top(canvas)) return {};
+    if (y >= laAxis_Top(*canvas.graph)) return {};
     canvas.hand.hoverPass = true;
     canvas.hand.hoverText.clear();
     canvas.hand.tipItem.reset();
@@ -42,12 +43,13 @@ void laPointer::PressLeft(const laPointerEvent& event) {
     if (event.modifiers & laModifier_Shift) {
         canvas_.hand.pendingCursorX = event.x;
         const Colour colour = canvas_.graph->surface ? canvas_.graph->surface->foreground() : 0;
-        laCanvas_DrawCursor(canvas_, event.x, true, nullptr, true, colour);
+        laCanvas_DrawCursor(*canvas_.graph, event.x, colour);
+        laCanvas_UpdateFields(canvas_, 0, laCanvas_ColumnText(canvas_, event.x).c_str());
         return;
     }
     if (event.clicks >= 2) {
         if (drag_) EndDrag();
-        if (event.y < laAxis_Top(canvas_)) laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
+        if (event.y < laAxis_Top(*canvas_.graph)) laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
         return;
     }
     pressX_ = event.x;
@@ -55,7 +57,7 @@ void laPointer::PressLeft(const laPointerEvent& event) {
     ShowTip(event);
     laCanvas_BeginDrag(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
     drag_ = gate_Begin(GateWork::DraggedCursor);
-    if (!canvas_.calls.iconPressed || event.y >= laAxis_Top(canvas_)) return;
+    if (!canvas_.calls.iconPressed || event.y >= laAxis_Top(*canvas_.graph)) return;
     if (const auto icon = laCanvas_IconAt(canvas_, event.x, event.y)) canvas_.calls.iconPressed(*icon);
 }
 

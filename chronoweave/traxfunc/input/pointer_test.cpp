@@ -4,7 +4,6 @@
 
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/fetch/stretch_ends.h"
-#include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/context_menu.h"
 #include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/navigate.h"
@@ -22,7 +21,7 @@ class Pointing : public testing::Test {
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
         ASSERT_TRUE(test.Open(random_events(6, 300)));
-        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 8, true, true);
+        laCanvas_ShowRange(canvas, 0, canvas.source.totalLength / 8, {.paint = true});
         canvas.options.snapCursors = false;
         canvas.calls.openDetail = [this](const laItemRef& item) { opened.push_back(item); };
         canvas.calls.openInfo = [this](uint32_t id) { infos.push_back(id); };
@@ -138,10 +137,10 @@ TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
         const laItem_Line& lane = canvas.items.lanes[i];
         const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
-        laIconWalk walk(canvas, lane, scale, graph.width);
+        laIconWalk walk(canvas.scene(), lane, scale, graph.width);
         size_t next = 0, visible = 0;
         for (laShownIcon shown; walk.Next(shown);) {
-            const laIconGroup group = laIcons_Group(canvas, lane, shown.number);
+            const laIconGroup group = laIcons_Group(canvas.scene(), lane, shown.number);
             EXPECT_EQ(group.first, shown.number);
             EXPECT_GE(group.first, next) << "groups don't overlap";
             next = group.end;
@@ -162,7 +161,7 @@ TEST_F(Pointing, AnImportantEventIsNeverHidden) {
         for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
             const laItem_Line& lane = canvas.items.lanes[i];
             const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
-            laIconWalk walk(canvas, lane, scale, graph.width);
+            laIconWalk walk(canvas.scene(), lane, scale, graph.width);
             std::vector<size_t> whole;
             for (laShownIcon shown; walk.Next(shown);)
                 if (!shown.mark && shown.visibleFrom < 0) whole.push_back(shown.number);
@@ -266,7 +265,7 @@ TEST_F(Pointing, TheMenuOfThePicture) {
     EXPECT_NEAR(canvas.view.viewLength, length / 2, length * 1e-3);
 
     laCanvas_ShowAll(canvas);
-    laCanvas_ShowRange(canvas, 0, canvas.source.totalLength * 2, false, true);
+    laCanvas_ShowRange(canvas, 0, canvas.source.totalLength * 2);
     menu = laCanvas_CanvasMenu(canvas, graph.width - 1, canvas.view.contentHeight + 50);
     EXPECT_FALSE(Row(menu, 2).enabled) << "all is shown";
     EXPECT_FALSE(Row(menu, 4).enabled);

@@ -1,13 +1,13 @@
 
-#include "chronoweave/traxfunc/input/scroll.h"
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/hit_marks.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/draw/pixel_surface_testing.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/found_times.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/model/view.h"
@@ -25,7 +25,7 @@ class Walk {
         EXPECT_TRUE(test_.Open(events, "Korvantis", legend));
         test_.graph.surface = &pixels_;
         laCanvas_Resized(canvas_, width, height);
-        laCanvas_ShowRange(canvas_, 0, canvas_.source.totalLength / 3, true, true);
+        laCanvas_ShowRange(canvas_, 0, canvas_.source.totalLength / 3, {.paint = true});
     }
     ~Walk() { gen_set_console_sink({}); }
 
@@ -47,8 +47,8 @@ class Walk {
                 if (Below(3) == 0) Resize();
                 return "resize";
             case 4:
-                laBookmark_Add(canvas_, laAgentId, canvas_.view.viewLow + span * Below(100) / 100, true);
-                if (canvas_.marks.bookmarks.size() > 3) laBookmark_DeleteAt(canvas_, 2, true);
+                laBookmark_Add(canvas_, laAgentId, canvas_.view.viewLow + span * Below(100) / 100);
+                if (canvas_.marks.bookmarks.size() > 3) laBookmark_DeleteAt(canvas_, 2);
                 return "bookmark";
             case 5:
             case 6:
@@ -148,7 +148,7 @@ TEST(Scroll, ASmallStepPaintsLittle) {
     TestCanvas test;
     ASSERT_TRUE(test.Open(random_events(3, 300)));
     test.graph.surface = &pixels;
-    laCanvas_ShowRange(*test.canvas, 0, test.canvas->source.totalLength / 4, true, true);
+    laCanvas_ShowRange(*test.canvas, 0, test.canvas->source.totalLength / 4, {.paint = true});
     pixels.touched = 0;
     laCanvas_ScrollColumns(*test.canvas, 5);
     EXPECT_EQ(pixels.copies, 1);

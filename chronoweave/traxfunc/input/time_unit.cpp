@@ -1,7 +1,7 @@
 #include "chronoweave/traxfunc/input/time_unit.h"
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/model/time.h"
 
 namespace {

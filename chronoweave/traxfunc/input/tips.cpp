@@ -79,7 +79,7 @@ std::string group_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon, s
     const auto first = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), icon.time);
     auto number = static_cast<size_t>(first - lane.iconTimes.begin());
     while (number < lane.iconTimes.size() && laBm_OfLane(canvas.items, icon.lane, number) != index) ++number;
-    const laIconGroup group = laIcons_Group(canvas, lane, number);
+    const laIconGroup group = laIcons_Group(canvas.scene(), lane, number);
     std::map<std::string, size_t> counts;
     size_t total = 0;
     for (size_t i = group.first; i < group.end; ++i) {

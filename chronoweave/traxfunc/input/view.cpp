@@ -2,13 +2,10 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/axis.h"
-#include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/fetch/fetch.h"
-#include "chronoweave/traxfunc/input/history.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/busy.h"
@@ -17,12 +14,6 @@ namespace {
 
 constexpr double tolerance = 1e-12;
 constexpr double virtualLimit = 18446744073709551616.0;  // 2^64
-constexpr const char* wholeShown = "The whole graph has already been shown in the window.";
-
-void invalid_range(_LaCanvasData& canvas, double low, double high) {
-    gen_console("Invalid time range: [%f, %f]\n", low, high);
-    laCanvas_Beep(canvas);
-}
 
 bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection, message);
@@ -31,9 +22,9 @@ bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
 
 // Fetches a range that is not cached. A failure leaves an empty canvas with both cursors in the middle of the
 // old view.
-bool fetch(_LaCanvasData& canvas, double low, double high) {
+bool fetch(_LaCanvasData& canvas, double low, double high, laFetchAhead ahead) {
     const BusyWork busy(GateWork::Fetch, canvas.graph->setBusy);
-    const bool fetched = laCanvas_FetchRange(canvas, low, high);
+    const bool fetched = laCanvas_FetchRange(canvas, low, high, ahead);
     if (!fetched) {
         laCanvas_ClearItems(canvas);
         canvas.marks.cursor[0] = canvas.marks.cursor[1] = (canvas.view.viewLow + canvas.view.viewHigh) / 2;
@@ -43,118 +34,62 @@ bool fetch(_LaCanvasData& canvas, double low, double high) {
 }
 
 // A range that is asked for while another is fetched waits, in place of one that waits already.
-bool show_later(_LaCanvasData& canvas, double low, double high, bool setLength) {
-    gate_Program().WhenMay(GateActivity::Command, &canvas, [&canvas, low, high, setLength] {
-        laCanvas_Paint(canvas, [&] { laCanvas_ShowRange(canvas, low, high, true, setLength); });
+bool show_later(_LaCanvasData& canvas, double low, double high, laShow how) {
+    how.paint = true;
+    gate_Program().WhenMay(GateActivity::Command, &canvas, [&canvas, low, high, how] {
+        laCanvas_Paint(canvas, [&] { laCanvas_ShowRange(canvas, low, high, how); });
     });
     return false;
 }
 
-// The range of a zoom command that gives none. False when the mode is unknown.
-bool range_from_cursors(const _LaCanvasData& canvas, int mode, double& low, double& high) {
-    const double quarter = canvas.view.viewLength / 4, half = canvas.view.viewLength / 2;
-    const auto [smaller, larger] = std::minmax(canvas.marks.cursor[0], canvas.marks.cursor[1]);
-    const bool both = smaller >= 0;
-    if (mode == Zoom_Left || mode == Zoom_Right) {
-        const double centre = mode == Zoom_Left ? smaller : larger;
-        low = !both ? canvas.view.viewLow : centre < quarter ? 0 : centre - quarter;
-        high = low + half;
-        return true;
-    }
-    if (mode != Zoom_Selection && mode != Zoom_Range) return false;
-    if (both) {
-        low = smaller;
-        high = larger;
-    }
-    if (low < 0 || high <= low + tolerance) {
-        low = std::max(0.0, low - quarter);
-        high = low + half;
-    }
-    return true;
-}
-
-bool is_whole_shown(_LaCanvasData& canvas) {
-    if (canvas.view.viewLow > 0 || canvas.view.viewHigh < canvas.source.totalLength) return false;
-    laCanvas_Refuse(canvas, wholeShown);
-    return true;
-}
-
-double pulled_back(const _LaCanvasData& canvas, double high) {
-    return std::min(high, std::max(canvas.source.totalLength, canvas.view.viewHigh));
+// Begins on a whole pixel, which keeps a scroll by n pixels exact.
+void snap(double& low, double& high, double perUnit) {
+    const double snapped = static_cast<double>(static_cast<uint64_t>(low * perUnit + 0.5)) / perUnit;
+    if (snapped == low) return;
+    high += snapped - low;
+    low = snapped;
 }
 
 }  // namespace
 
-bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, bool repaint, bool setLength) {
-    if (gate_Program().Runs(GateWork::Fetch)) return show_later(canvas, low, high, setLength);
+void laCanvas_RefuseRange(_LaCanvasData& canvas, double low, double high) {
+    gen_console("Invalid time range: [%f, %f]\n", low, high);
+    laCanvas_Beep(canvas);
+}
+
+bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, laShow how) {
+    if (gate_Program().Runs(GateWork::Fetch)) return show_later(canvas, low, high, how);
+    LaView& view = canvas.view;
     low = std::max(low, 0.0);
     if (!(low + tolerance < high)) {
-        invalid_range(canvas, low, high);
+        laCanvas_RefuseRange(canvas, low, high);
         return true;
     }
-    const bool live = canvas.source.liveRefresh;
-    if (low == canvas.view.viewLow && high == canvas.view.viewHigh &&
-        (!live || laCanvas_IsCached(canvas, low, high))) {
-        if (repaint) laCanvas_SetExtent(canvas, canvas.view.virtualWidth, canvas.view.contentHeight, true);
+    const bool same = low == view.viewLow && high == view.viewHigh;
+    const bool asIs = !canvas.source.liveRefresh && !how.refetch;
+    if (same && (asIs || laCanvas_IsCached(canvas.items, canvas.source, low, high))) {
+        laLayout_SetExtent(view, *canvas.graph, view.virtualWidth, view.contentHeight);
+        if (how.paint) laCanvas_Repaint(canvas);
         return finish(canvas, true);
     }
-    // The view begins on a whole pixel, which keeps a scroll by n pixels exact.
     const int width = std::max(1, canvas.graph->width);
-    const double perUnit = setLength ? width / (high - low) : canvas.view.pixelsPerUnit;
+    const double perUnit = how.keepLength ? view.pixelsPerUnit : width / (high - low);
     if (!(std::max(canvas.source.scrollExtent, high) * perUnit + 0.5 < virtualLimit)) {
         laCanvas_Beep(canvas);
         return finish(canvas, false, "Can't zoom in more.");
     }
-    const double snapped = static_cast<double>(static_cast<uint64_t>(low * perUnit + 0.5)) / perUnit;
-    if (snapped != low) {
-        high += snapped - low;
-        low = snapped;
-    }
-    const bool needed = canvas.source.store != nullptr && !laCanvas_IsCached(canvas, low, high);
-    if (needed && !fetch(canvas, low, high)) return false;
-    canvas.view.viewLow = low;
-    canvas.view.viewHigh = high;
-    if (setLength) canvas.view.viewLength = high - low;
+    snap(low, high, perUnit);
+    const bool needed = canvas.source.store && !laCanvas_IsCached(canvas.items, canvas.source, low, high);
+    if (needed && !fetch(canvas, low, high, how.ahead)) return false;
+    view.viewLow = low;
+    view.viewHigh = high;
+    if (!how.keepLength) view.viewLength = high - low;
     canvas.source.scrollExtent = std::max(canvas.source.scrollExtent, high);
     if (needed) laCanvas_Resort(canvas);
-    laCanvas_Rescale(canvas, repaint);
+    laCanvas_Rescale(canvas);
+    if (how.paint) laCanvas_Repaint(canvas);
     const std::string damage = needed ? laSource_TellDamage(canvas.source) : std::string();
     return finish(canvas, true, damage.empty() ? nullptr : damage.c_str());
-}
-
-bool laCanvas_Zoom(_LaCanvasData& canvas, double low, double high, bool repaint, int mode) {
-    if (low >= 0 && high < 0) {
-        if (is_whole_shown(canvas)) return false;
-        const double length = canvas.view.viewHigh - canvas.view.viewLow;
-        low = std::max(0.0, canvas.view.viewLow - length / 2);
-        high = pulled_back(canvas, low + 2 * length);
-    } else if (low < 0 && !range_from_cursors(canvas, mode, low, high)) {
-        laCanvas_Beep(canvas);
-        return false;
-    }
-    if (!(low + tolerance < high)) {
-        invalid_range(canvas, low, high);
-        return false;
-    }
-    const double extent = canvas.source.scrollExtent;
-    canvas.source.scrollExtent = std::max(canvas.source.totalLength, high);
-    if (!laCanvas_ShowRange(canvas, low, high, repaint, true)) {
-        canvas.source.scrollExtent = extent;
-        return false;
-    }
-    laHistory_Add(canvas);
-    return true;
-}
-
-void laCanvas_ZoomInAt(_LaCanvasData& canvas, double centre) {
-    const double low = std::max(0.0, centre - canvas.view.viewLength / 4);
-    laCanvas_Zoom(canvas, low, low + canvas.view.viewLength / 2, true, Zoom_Range);
-}
-
-void laCanvas_ZoomOutAt(_LaCanvasData& canvas, double centre) {
-    if (is_whole_shown(canvas)) return;
-    const double low = std::max(0.0, centre - canvas.view.viewLength);
-    laCanvas_Zoom(canvas, low, pulled_back(canvas, low + 2 * canvas.view.viewLength), true, Zoom_Range);
 }
 
 void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t objectId, bool warp) {
@@ -174,7 +109,7 @@ void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t
             gen_console("laCanvas_MoveToTime(): Can't move to time %f.", time);
             return;
         }
-        if (!laCanvas_ShowRange(canvas, low, high, false, true)) return;
+        if (!laCanvas_ShowRange(canvas, low, high)) return;
         moved = true;
     }
     int y = 10;
@@ -216,15 +151,4 @@ void TRAX_ScrollTo(_LaCanvasData& canvas, int x, int y, bool force) {
     graph.vertical.setPosition(static_cast<uint64_t>(std::max(0, y)));
     canvas.view.verticalOffset = static_cast<int>(graph.vertical.position());
     if (force || graph.vertical.position() != before) laCanvas_Repaint(canvas);
-}
-
-void laCanvas_Resized(_LaCanvasData& canvas, int width, int height) {
-    LaGraph& graph = *canvas.graph;
-    graph.width = std::max(0, width);
-    graph.height = std::max(0, height);
-    const FontMetrics axis = graph.surface != nullptr ? graph.surface->fontMetrics(Font_Axis) : graph.font;
-    const int data = std::max(0, graph.height - laAxis_StripHeight(axis));
-    graph.vertical.setRange(static_cast<uint64_t>(std::max(0, canvas.view.contentHeight)),
-                            static_cast<uint64_t>(data));
-    laCanvas_Rescale(canvas, false);
 }

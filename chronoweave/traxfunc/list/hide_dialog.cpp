@@ -2,10 +2,6 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/draw/draw.h"
-#include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/model/items.h"
-#include "chronoweave/traxfunc/model/list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -19,14 +15,21 @@ bool any_selected(const std::vector<laHideRow>& rows) {
 
 }  // namespace
 
-laHideDialog::laHideDialog(_LaCanvasData& canvas)
-    : canvas_(canvas), paths_(canvas.taskList->hiddenPaths()), savedRefresh_(canvas.source.liveRefresh) {
-    title = "Select " + canvas.list.objectTermLower + "s to hide";
-    showTitle = laCanvas_Plural(canvas.list.objectTerm) + " to Show";
-    hideTitle = laCanvas_Plural(canvas.list.objectTerm) + " to Hide";
-    nameColumn = canvas.list.objectTerm + " Name";
-    idColumn = canvas.list.objectTerm + " ID";
-    canvas.source.liveRefresh = false;
+laHideDialog::laHideDialog(TraxTaskList& list, const LaList& settings, const LaItems& items, LaSource& source,
+                           std::function<void()> apply)
+    : list_(list),
+      settings_(settings),
+      items_(items),
+      source_(source),
+      apply_(std::move(apply)),
+      paths_(list.hiddenPaths()),
+      savedRefresh_(source.liveRefresh) {
+    title = "Select " + settings.objectTermLower + "s to hide";
+    showTitle = laCanvas_Plural(settings.objectTerm) + " to Show";
+    hideTitle = laCanvas_Plural(settings.objectTerm) + " to Hide";
+    nameColumn = settings.objectTerm + " Name";
+    idColumn = settings.objectTerm + " ID";
+    source.liveRefresh = false;
     Refresh();
 }
 
@@ -39,15 +42,16 @@ void laHideDialog::Refresh() {
     toHide.clear();
     for (size_t i = 0; i < paths_.size(); ++i) {
         const laPath& path = paths_[i];
-        toHide.push_back({text_utf8(path.Joined(canvas_.list.separator.substr(0, 1))),
+        toHide.push_back({text_utf8(path.Joined(settings_.separator.substr(0, 1))),
                           path.id ? gen_format("0x%x", *path.id) : "N/A", static_cast<uint32_t>(i), false});
     }
-    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) {
-        const laItem_Line& lane = canvas_.items.lanes[i];
+    for (uint32_t i = 0; i < items_.lanes.size(); ++i) {
+        const laItem_Line& lane = items_.lanes[i];
         // The agent stands for what is hidden; it is no object.
-        if (lane.isAgent || laHide_IsHidden(canvas_, lane, paths_)) continue;
-        toShow.push_back({text_utf8(laTask_DisplayName(canvas_, lane)), gen_format("0x%x", lane.objectId),
-                          lane.objectId, false});
+        if (lane.isAgent) continue;
+        if (laHide_IsHidden(settings_, laTask_PathOfLane(settings_, source_, lane), paths_)) continue;
+        toShow.push_back({text_utf8(laTask_DisplayName(settings_, source_, lane)),
+                          gen_format("0x%x", lane.objectId), lane.objectId, false});
     }
 }
 
@@ -68,17 +72,18 @@ bool laHideDialog::Press(std::string_view button) {
     }
     if (button == "ok") {
         TakePattern();
-        Apply();
+        list_.SetHiddenPaths(paths_);
+        apply_();
         Close();
         return true;
     }
     if (button == "hide") {
         TakePattern();
-        HideRows(false);
+        HideRows(Rows::Selected);
     } else if (button == "hideall") {
-        HideRows(true);
+        HideRows(Rows::All);
     } else {
-        ShowRows(button == "showall");
+        ShowRows(button == "showall" ? Rows::All : Rows::Selected);
     }
     Refresh();
     return true;
@@ -89,9 +94,9 @@ void laHideDialog::DoubleClick(bool inToShow, size_t row) {
     if (!open_ || row >= rows.size()) return;
     for (size_t i = 0; i < rows.size(); ++i) rows[i].selected = i == row;
     if (inToShow)
-        HideRows(false);
+        HideRows(Rows::Selected);
     else
-        ShowRows(false);
+        ShowRows(Rows::Selected);
     Refresh();
 }
 
@@ -108,28 +113,23 @@ void laHideDialog::TakePattern() {
     pattern.clear();
 }
 
-void laHideDialog::HideRows(bool all) {
+void laHideDialog::HideRows(Rows which) {
     for (const laHideRow& row : toShow) {
-        if (!all && !row.selected) continue;
-        if (const laItem_Line* lane = laCanvas_FindLane(canvas_.items, row.data))
-            Add(laTask_PathOfLane(canvas_, *lane));
+        if (which == Rows::Selected && !row.selected) continue;
+        if (const laItem_Line* lane = laCanvas_FindLane(items_, row.data))
+            Add(laTask_PathOfLane(settings_, source_, *lane));
     }
 }
 
-void laHideDialog::ShowRows(bool all) {
+void laHideDialog::ShowRows(Rows which) {
     for (size_t i = toHide.size(); i-- > 0;)
-        if (all || toHide[i].selected) paths_.erase(paths_.begin() + static_cast<ptrdiff_t>(toHide[i].data));
-}
-
-void laHideDialog::Apply() {
-    canvas_.taskList->SetHiddenPaths(paths_);
-    laCanvas_Resort(canvas_);
-    laCanvas_Repaint(canvas_);
+        if (which == Rows::All || toHide[i].selected)
+            paths_.erase(paths_.begin() + static_cast<ptrdiff_t>(toHide[i].data));
 }
 
 void laHideDialog::Close() {
     if (!open_) return;
     open_ = false;
     paths_.clear();
-    canvas_.source.liveRefresh = savedRefresh_;
+    source_.liveRefresh = savedRefresh_;
 }

@@ -1,7 +1,8 @@
 // The dialog that chooses hidden objects, as data: two lists of rows, a pattern, and what each button does to
-// them. Nothing reaches the canvas before "ok". Live refresh is off for as long as it is open.
+// them. Nothing reaches the list before "ok". Live refresh is off for as long as it is open.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +18,10 @@ struct laHideRow {
 
 class laHideDialog {
   public:
-    // Fills the lists from the canvas, which must outlive the dialog.
-    explicit laHideDialog(_LaCanvasData& canvas);
+    // Fills the lists from the objects; all outlive the dialog. apply is called after "ok" gave the list its
+    // new hidden paths: the list is to be filled, laid out and painted.
+    laHideDialog(TraxTaskList& list, const LaList& settings, const LaItems& items, LaSource& source,
+                 std::function<void()> apply);
     // Closes as "cancel" does.
     ~laHideDialog() { Close(); }
     laHideDialog(const laHideDialog&) = delete;
@@ -44,12 +47,16 @@ class laHideDialog {
     void Refresh();
     void Add(laPath path);
     void TakePattern();
-    void HideRows(bool all);
-    void ShowRows(bool all);
-    void Apply();
+    enum class Rows { Selected, All };
+    void HideRows(Rows which);
+    void ShowRows(Rows which);
     void Close();
 
-    _LaCanvasData& canvas_;
+    TraxTaskList& list_;
+    const LaList& settings_;
+    const LaItems& items_;
+    LaSource& source_;
+    std::function<void()> apply_;
     std::vector<laPath> paths_;
     bool savedRefresh_;
     bool open_ = true;

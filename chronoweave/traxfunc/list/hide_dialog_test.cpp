@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -20,6 +22,12 @@ class Hiding : public testing::Test {
         test.ShowAll();
     }
     void TearDown() override { gen_set_console_sink({}); }
+    laHideDialog open() {
+        return {*canvas.taskList, canvas.list, canvas.items, canvas.source, [this] {
+                    laCanvas_Resort(canvas);
+                    laCanvas_Repaint(canvas);
+                }};
+    }
     static std::string Names(const std::vector<laHideRow>& rows) {
         std::string all;
         for (const laHideRow& row : rows) all += row.name + "=" + row.id + " ";
@@ -32,7 +40,7 @@ class Hiding : public testing::Test {
 
 TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
     canvas.source.liveRefresh = true;
-    laHideDialog dialog(canvas);
+    laHideDialog dialog = open();
     EXPECT_EQ(dialog.title, "Select tasks to hide");
     EXPECT_EQ(dialog.showTitle + dialog.hideTitle, "Tasks to ShowTasks to Hide");
     EXPECT_EQ(dialog.nameColumn + dialog.idColumn, "Task NameTask ID");
@@ -74,18 +82,18 @@ TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
 
 TEST_F(Hiding, CancelKeepsWhatWas) {
     {
-        laHideDialog dialog(canvas);
+        laHideDialog dialog = open();
         dialog.Press("hideall");
         dialog.Press("cancel");
     }
-    { laHideDialog(canvas).Press("hideall"); }
+    open().Press("hideall");
     EXPECT_EQ(canvas.taskList->rows().size(), 5u);
     EXPECT_FALSE(canvas.source.liveRefresh);
 }
 
 TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
     const laSourceIdentity source{1234, -5, 5};
-    laCanvas_ShowRange(canvas, 2, 4, false, true);
+    laCanvas_ShowRange(canvas, 2, 4);
     canvas.marks.cursor[0] = 1.0 / 3;
     canvas.marks.cursor[1] = 2.5;
     canvas.marks.bookmarks.resize(2);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/input/navigate.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {
@@ -15,15 +14,6 @@ constexpr Colour tintText = 0x202020;  // readable on every tint, whatever the p
 
 int mark_left(const MslObjectEntry& entry) {
     return margin + entry.depth * levelIndent;
-}
-
-// With any nesting, all rows leave room for a mark, so that names of a level stand below each other.
-int text_left(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return mark_left(entry) + (canvas.taskList->depth() > 1 ? markSize + margin : 0);
-}
-
-std::string shown_text(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return text_utf8(canvas.taskList->RowText(entry, 0));
 }
 
 void draw_mark(Surface& surface, int left, int middle, bool collapsed, Colour colour) {
@@ -53,35 +43,6 @@ Colour tint_for(Colour tint, Colour ground) {
     return mixed;
 }
 
-void draw_current(const _LaCanvasData& canvas, Surface& surface, int width) {
-    const int row = canvas.taskList->list().CurrentRow();
-    if (row < 0) return;
-    const int top = row * canvas.looks.rowHeight - canvas.view.verticalOffset,
-              bottom = top + canvas.looks.rowHeight - 1;
-    const Colour colour = surface.foreground();
-    surface.drawLine(0, top, width - 1, top, colour);
-    surface.drawLine(0, bottom, width - 1, bottom, colour);
-    surface.drawLine(0, top, 0, bottom, colour);
-    surface.drawLine(width - 1, top, width - 1, bottom, colour);
-}
-
-// The list stands as the picture does while work goes on in it; where it scrolled, the picture follows.
-template <class Work>
-void with_list(_LaCanvasData& canvas, const Work& work) {
-    MScrollList& list = canvas.taskList->list();
-    if (list.RowHeight() != canvas.looks.rowHeight) list.SetRowHeight(canvas.looks.rowHeight, false);
-    list.SetViewHeight(static_cast<int>(canvas.graph->vertical.visible()));
-    list.ScrollTo(canvas.view.verticalOffset);
-    const int64_t before = list.ViewTop();
-    work(list);
-    if (list.ViewTop() != before) laCanvas_ScrollRows(canvas, list.ViewTop() - canvas.view.verticalOffset);
-}
-
-int row_at(const _LaCanvasData& canvas, int y) {
-    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
-    return entry == nullptr ? MScrollList::noRow : entry->row;
-}
-
 }  // namespace
 
 std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
@@ -99,68 +60,100 @@ std::string laNames_Elide(Surface& surface, std::string_view text, int width) {
                                 : std::string(text.substr(0, *(past - 1))) + std::string(dots);
 }
 
-void laNames_Draw(const _LaCanvasData& canvas, Surface& surface, int width, int height, bool inWindow) {
-    const auto& rows = canvas.taskList->rows();
+// With any nesting, all rows leave room for a mark, so that names of a level stand below each other.
+int laNames::TextLeft(const MslObjectEntry& entry) const {
+    return mark_left(entry) + (objects_.depth() > 1 ? markSize + margin : 0);
+}
+
+std::string laNames::ShownText(const MslObjectEntry& entry) const {
+    return text_utf8(objects_.RowText(entry, 0));
+}
+
+void laNames::Draw(Surface& surface, int width, int height, Look look) const {
+    const auto& rows = objects_.rows();
     const int oldFont = surface.setFont(Font_Application);
     surface.clearRect(0, 0, width, height);
-    const FontMetrics font = surface.fontMetrics(Font_Application);
-    const int first = canvas.looks.rowHeight > 0 ? canvas.view.verticalOffset / canvas.looks.rowHeight : 0;
+    const int first = looks_.rowHeight > 0 ? view_.verticalOffset / looks_.rowHeight : 0;
     for (size_t i = static_cast<size_t>(std::max(0, first)); i < rows.size(); ++i) {
-        const MslObjectEntry& entry = *rows[i];
-        const int top = entry.row * canvas.looks.rowHeight - canvas.view.verticalOffset;
-        if (top >= height) break;
-        Colour ground = tint_for(canvas.taskList->RowColour(entry), surface.background());
-        Colour ink = surface.foreground();
-        if (ground != NoColour) ink = text_on(ground);
-        if (inWindow && canvas.taskList->list().IsSelected(entry.row)) {
-            ground = surface.selectionBackground();
-            ink = surface.selectionForeground();
-        }
-        if (ground != NoColour) surface.fillRect(0, top, width, canvas.looks.rowHeight, ground);
-        if (canvas.taskList->HasChildren(entry))
-            draw_mark(surface, mark_left(entry), top + canvas.looks.rowHeight / 2, entry.collapsed, ink);
-        const int left = text_left(canvas, entry);
-        const std::string text = laNames_Elide(surface, shown_text(canvas, entry), width - left - margin);
-        if (!text.empty())
-            surface.drawText(left, top + (canvas.looks.rowHeight - font.height) / 2 + font.ascent, text, ink,
-                             NoColour);
+        if (rows[i]->row * looks_.rowHeight - view_.verticalOffset >= height) break;
+        DrawRow(surface, *rows[i], width, look);
     }
-    if (inWindow && canvas.taskList->focused) draw_current(canvas, surface, width);
+    if (look == Look::Window && objects_.focused) DrawCurrent(surface, width);
     if (oldFont >= 0) surface.setFont(oldFont);
 }
 
-int laNames_Width(const _LaCanvasData& canvas, Surface& surface, int most) {
+void laNames::DrawRow(Surface& surface, const MslObjectEntry& entry, int width, Look look) const {
+    const int top = entry.row * looks_.rowHeight - view_.verticalOffset;
+    Colour ground = tint_for(objects_.RowColour(entry), surface.background());
+    Colour ink = ground != NoColour ? text_on(ground) : surface.foreground();
+    if (look == Look::Window && objects_.list().IsSelected(entry.row)) {
+        ground = surface.selectionBackground();
+        ink = surface.selectionForeground();
+    }
+    if (ground != NoColour) surface.fillRect(0, top, width, looks_.rowHeight, ground);
+    if (objects_.HasChildren(entry))
+        draw_mark(surface, mark_left(entry), top + looks_.rowHeight / 2, entry.collapsed, ink);
+    const int left = TextLeft(entry);
+    const std::string text = laNames_Elide(surface, ShownText(entry), width - left - margin);
+    const FontMetrics font = surface.fontMetrics(Font_Application);
+    if (!text.empty())
+        surface.drawText(left, top + (looks_.rowHeight - font.height) / 2 + font.ascent, text, ink, NoColour);
+}
+
+void laNames::DrawCurrent(Surface& surface, int width) const {
+    const int row = objects_.list().CurrentRow();
+    if (row < 0) return;
+    const int top = row * looks_.rowHeight - view_.verticalOffset, bottom = top + looks_.rowHeight - 1;
+    const Colour colour = surface.foreground();
+    surface.drawLine(0, top, width - 1, top, colour);
+    surface.drawLine(0, bottom, width - 1, bottom, colour);
+    surface.drawLine(0, top, 0, bottom, colour);
+    surface.drawLine(width - 1, top, width - 1, bottom, colour);
+}
+
+int laNames::Width(Surface& surface, int most) const {
     int width = leastWidth;
     const int oldFont = surface.setFont(Font_Application);
-    for (const MslObjectEntry* entry : canvas.taskList->rows()) {
-        width = std::max(
-            width, text_left(canvas, *entry) + surface.textExtent(shown_text(canvas, *entry)).width + margin);
+    for (const MslObjectEntry* entry : objects_.rows()) {
+        width = std::max(width, TextLeft(*entry) + surface.textExtent(ShownText(*entry)).width + margin);
         if (width >= most) break;
     }
     if (oldFont >= 0) surface.setFont(oldFont);
     return std::max(leastWidth, std::min(width, most));
 }
 
-MslObjectEntry* laNames_RowAt(const _LaCanvasData& canvas, int y) {
-    const auto& rows = canvas.taskList->rows();
-    const int content = y + canvas.view.verticalOffset;
-    if (y < 0 || content < 0 || canvas.looks.rowHeight <= 0) return nullptr;
-    const auto row = static_cast<size_t>(content / canvas.looks.rowHeight);
+MslObjectEntry* laNames::RowAt(int y) const {
+    const auto& rows = objects_.rows();
+    const int content = y + view_.verticalOffset;
+    if (y < 0 || content < 0 || looks_.rowHeight <= 0) return nullptr;
+    const auto row = static_cast<size_t>(content / looks_.rowHeight);
     return row < rows.size() ? rows[row] : nullptr;
 }
 
-bool laNames_HitsMark(const _LaCanvasData& canvas, const MslObjectEntry& entry, int x) {
+bool laNames::HitsMark(const MslObjectEntry& entry, int x) const {
     const int left = mark_left(entry);
-    return canvas.taskList->HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
+    return objects_.HasChildren(entry) && x >= left - 2 && x < left + markSize + 2;
 }
 
-bool laNames_Click(_LaCanvasData& canvas, int x, int y, int clicks, bool control, bool shift) {
-    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
+// The list stands as the picture does while work goes on in it; where it scrolled, the picture follows.
+template <class Work>
+void laNames::WithList(const Work& work) {
+    MScrollList& list = objects_.list();
+    if (list.RowHeight() != looks_.rowHeight) list.SetRowHeight(looks_.rowHeight, false);
+    list.SetViewHeight(static_cast<int>(graph_.vertical.visible()));
+    list.ScrollTo(view_.verticalOffset);
+    const int64_t before = list.ViewTop();
+    work(list);
+    if (list.ViewTop() != before) graph_.vertical.userScrolled(list.ViewTop() - view_.verticalOffset);
+}
+
+bool laNames::Click(int x, int y, int clicks, bool control, bool shift) {
+    const MslObjectEntry* entry = RowAt(y);
     if (entry == nullptr) return false;
     const int row = entry->row;
-    const bool onMark = laNames_HitsMark(canvas, *entry, x);
-    laNames_EndSearch(canvas);
-    with_list(canvas, [&](MScrollList& list) {
+    const bool onMark = HitsMark(*entry, x);
+    EndSearch();
+    WithList([&](MScrollList& list) {
         if (onMark)
             list.ClickToggle(row);
         else
@@ -169,56 +162,53 @@ bool laNames_Click(_LaCanvasData& canvas, int x, int y, int clicks, bool control
     return true;
 }
 
-void laNames_DragTo(_LaCanvasData& canvas, int y) {
-    with_list(canvas, [&](MScrollList& list) {
+void laNames::DragTo(int y) {
+    WithList([&](MScrollList& list) {
         const int64_t end = list.TopOf(list.RowCount()) - 1;
         if (end >= 0) list.DragTo(list.RowAt(std::clamp<int64_t>(list.ViewTop() + y, 0, end)));
     });
 }
 
-MslObjectEntry* laNames_RightClick(_LaCanvasData& canvas, int y) {
-    const int row = row_at(canvas, y);
-    if (row >= 0) with_list(canvas, [&](MScrollList& list) { list.RightClick(row, 0); });
-    return canvas.taskList->EntryAt(row);
+MslObjectEntry* laNames::RightClick(int y) {
+    const MslObjectEntry* entry = RowAt(y);
+    const int row = entry == nullptr ? MScrollList::noRow : entry->row;
+    if (row >= 0) WithList([&](MScrollList& list) { list.RightClick(row, 0); });
+    return objects_.EntryAt(row);
 }
 
-std::vector<MslObjectEntry*> laNames_Selected(const _LaCanvasData& canvas) {
-    return canvas.taskList->SelectedEntries();
+void laNames::ClearSelection() {
+    objects_.list().SelectOnly(MScrollList::noRow);
 }
 
-void laNames_ClearSelection(_LaCanvasData& canvas) {
-    canvas.taskList->list().SelectOnly(MScrollList::noRow);
+std::string laNames::Tip(int y) const {
+    const MslObjectEntry* entry = RowAt(y);
+    return entry == nullptr ? std::string() : objects_.RowTip(*entry);
 }
 
-std::string laNames_Tip(const _LaCanvasData& canvas, int y) {
-    const MslObjectEntry* entry = laNames_RowAt(canvas, y);
-    return entry == nullptr ? std::string() : canvas.taskList->RowTip(*entry);
-}
-
-bool laNames_Key(_LaCanvasData& canvas, MslKey key, bool control, bool shift) {
+bool laNames::Key(MslKey key, bool control, bool shift) {
     bool done = false;
-    laNames_EndSearch(canvas);
-    with_list(canvas, [&](MScrollList& list) { done = list.Key(key, control, shift); });
+    EndSearch();
+    WithList([&](MScrollList& list) { done = list.Key(key, control, shift); });
     return done;
 }
 
-void laNames_Type(_LaCanvasData& canvas, std::string_view typed) {
-    with_list(canvas, [&](MScrollList& list) { list.TypeAhead(typed); });
+void laNames::Type(std::string_view typed) {
+    WithList([&](MScrollList& list) { list.TypeAhead(typed); });
 }
 
-bool laNames_Backspace(_LaCanvasData& canvas) {
-    if (!canvas.taskList->list().Searching()) return false;
-    with_list(canvas, [](MScrollList& list) { list.SearchBackspace(); });
+bool laNames::Backspace() {
+    if (!objects_.list().Searching()) return false;
+    WithList([](MScrollList& list) { list.SearchBackspace(); });
     return true;
 }
 
-void laNames_EndSearch(_LaCanvasData& canvas) {
-    canvas.taskList->list().EndSearch();
+void laNames::EndSearch() {
+    objects_.list().EndSearch();
 }
 
-void laNames_Focus(_LaCanvasData& canvas, bool focused) {
-    if (canvas.taskList->focused == focused) return;
-    canvas.taskList->focused = focused;
-    if (!focused) laNames_EndSearch(canvas);
-    if (canvas.graph->listChanged) canvas.graph->listChanged();
+void laNames::Focus(bool focused) {
+    if (objects_.focused == focused) return;
+    objects_.focused = focused;
+    if (!focused) EndSearch();
+    if (graph_.listChanged) graph_.listChanged();
 }

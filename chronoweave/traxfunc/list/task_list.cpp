@@ -2,10 +2,6 @@
 
 #include <algorithm>
 
-#include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/layout.h"
-#include "chronoweave/traxfunc/model/list.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -16,12 +12,14 @@ constexpr Colour rowTints[3] = {0xE4EEF8, 0xE8F4E4, 0xF6EFE0};
 constexpr Colour agentDefault = 0x90C890;
 constexpr char pathKey = '\0';
 
-bool kernel_applies(const _LaCanvasData& canvas) {
-    return canvas.options.kernelGroup && canvas.source.osKind == Os_Korvantis;
+bool has_separator(const LaList& list, std::string_view name) {
+    return !list.separator.empty() && name.find(list.separator[0]) != std::string_view::npos;
 }
 
-bool has_separator(const _LaCanvasData& canvas, std::string_view name) {
-    return !canvas.list.separator.empty() && name.find(canvas.list.separator[0]) != std::string_view::npos;
+// A lane without a row is hidden.
+void set_row(laItem_Line& lane, int row) {
+    lane.row = row;
+    lane.hidden = row < 0;
 }
 
 }  // namespace
@@ -35,18 +33,22 @@ std::string laPath::Joined(std::string_view separator) const {
     return all;
 }
 
-laPath laTask_MakePath(const _LaCanvasData& canvas, std::string_view name, bool noKernel) {
+bool laTask_UsesKernel(const LaList& list, const LaSource& source) {
+    return list.kernelGroup && source.osKind == Os_Korvantis;
+}
+
+laPath laTask_MakePath(const LaList& list, std::string_view name, bool kernel) {
     laPath path;
-    const bool separated = has_separator(canvas, name);
-    const bool kernel = !noKernel && kernel_applies(canvas) && !separated;
-    if (canvas.list.flatView) {
-        path.components.push_back(kernel ? "Kernel" + canvas.list.separator + std::string(name)
-                                         : std::string(name));
+    const bool separated = has_separator(list, name);
+    const bool grouped = kernel && !separated;
+    if (list.flatView) {
+        path.components.push_back(grouped ? "Kernel" + list.separator + std::string(name)
+                                          : std::string(name));
         return path;
     }
-    if (kernel) path.components.emplace_back("Kernel");
+    if (grouped) path.components.emplace_back("Kernel");
     while (separated) {
-        const size_t end = name.find(canvas.list.separator[0]);
+        const size_t end = name.find(list.separator[0]);
         if (end == std::string_view::npos) break;
         path.components.emplace_back(name.substr(0, end));
         name.remove_prefix(end + 1);
@@ -55,8 +57,9 @@ laPath laTask_MakePath(const _LaCanvasData& canvas, std::string_view name, bool 
     return path;
 }
 
-laPath laTask_PathOfLane(const _LaCanvasData& canvas, const laItem_Line& lane) {
-    laPath path = laTask_MakePath(canvas, laCanvas_LaneName(canvas.list, lane), lane.isAgent);
+laPath laTask_PathOfLane(const LaList& list, const LaSource& source, const laItem_Line& lane) {
+    laPath path = laTask_MakePath(list, laCanvas_LaneName(list, lane),
+                                  !lane.isAgent && laTask_UsesKernel(list, source));
     if (!lane.isAgent) path.id = lane.objectId;
     return path;
 }
@@ -69,63 +72,37 @@ laPath laTask_PatternPath(std::string_view pattern) {
     return path;
 }
 
-std::string laTask_DisplayName(const _LaCanvasData& canvas, const laItem_Line& lane) {
-    const std::string name = laCanvas_LaneName(canvas.list, lane);
-    if ((lane.hasName || canvas.list.flatView) && kernel_applies(canvas) && !has_separator(canvas, name))
-        return "Kernel" + canvas.list.separator + name;
+std::string laTask_DisplayName(const LaList& list, const LaSource& source, const laItem_Line& lane) {
+    const std::string name = laCanvas_LaneName(list, lane);
+    if ((lane.hasName || list.flatView) && laTask_UsesKernel(list, source) && !has_separator(list, name))
+        return "Kernel" + list.separator + name;
     return name;
 }
 
-bool laTask_Compare(const _LaCanvasData& canvas, const MslObjectEntry& a, const MslObjectEntry& b) {
+bool laTask_Compare(const LaList& list, const LaItems& items, const MslObjectEntry& a,
+                    const MslObjectEntry& b) {
     const bool aGroup = a.lane == laNoLane, bGroup = b.lane == laNoLane;
     if (aGroup && bGroup) return a.name < b.name;
-    if (aGroup != bGroup && canvas.list.sortField == 1) return aGroup;
+    if (aGroup != bGroup && list.sortField == 1) return aGroup;
     if (!aGroup && !bGroup) {
-        const laItem_Line &la = canvas.items.lanes[a.lane], &lb = canvas.items.lanes[b.lane];
-        if (canvas.list.sortAroundEvent) return la.eventDistance < lb.eventDistance;
-        if (canvas.list.sortField == 1)
-            return canvas.list.sortAscending ? la.objectId < lb.objectId : la.objectId > lb.objectId;
+        const laItem_Line &la = items.lanes[a.lane], &lb = items.lanes[b.lane];
+        if (list.sortAroundEvent) return la.eventDistance < lb.eventDistance;
+        if (list.sortField == 1)
+            return list.sortAscending ? la.objectId < lb.objectId : la.objectId > lb.objectId;
     }
-    return canvas.list.sortAscending ? a.name < b.name : b.name < a.name;
+    return list.sortAscending ? a.name < b.name : b.name < a.name;
 }
 
-bool laHide_Covers(const _LaCanvasData& canvas, const laPath& hidden, const laPath& path) {
-    const std::string separator = canvas.list.separator.substr(0, 1);
+bool laHide_Covers(const LaList& list, const laPath& hidden, const laPath& path) {
+    const std::string separator = list.separator.substr(0, 1);
     if (hidden.wildcard) return text_matches(hidden.Joined(separator), path.Joined(separator));
     return hidden.components.size() <= path.components.size() &&
            std::equal(hidden.components.begin(), hidden.components.end(), path.components.begin());
 }
 
-bool laHide_IsHidden(const _LaCanvasData& canvas, const laItem_Line& lane,
-                     const std::vector<laPath>& hidden) {
-    if (hidden.empty()) return false;
-    const laPath path = laTask_PathOfLane(canvas, lane);
+bool laHide_IsHidden(const LaList& list, const laPath& path, const std::vector<laPath>& hidden) {
     return std::any_of(hidden.begin(), hidden.end(),
-                       [&](const laPath& one) { return laHide_Covers(canvas, one, path); });
-}
-
-void laTask_Hide(_LaCanvasData& canvas, MslObjectEntry& entry, bool show, bool repaint) {
-    TraxTaskList& list = *canvas.taskList;
-    const laPath path = list.PathOf(entry);
-    if (show) {
-        std::vector<laPath> kept;
-        for (const laPath& hidden : list.hiddenPaths())
-            if (!laHide_Covers(canvas, hidden, path)) kept.push_back(hidden);
-        if (kept.size() == list.hiddenPaths().size()) return;
-        list.SetHiddenPaths(std::move(kept));
-    } else {
-        if (entry.row < 0) return;
-        list.AddHiddenPath(path);
-    }
-    list.NumberRows();
-    if (repaint)
-        laCanvas_Relayout(canvas);
-    else
-        laCanvas_Layout(canvas, true);
-}
-
-bool laCanvas_HasHierarchy(const _LaCanvasData& canvas) {
-    return canvas.taskList != nullptr && (canvas.list.flatView || canvas.taskList->depth() > 1);
+                       [&](const laPath& one) { return laHide_Covers(list, one, path); });
 }
 
 std::string_view laTask_WithoutFake(std::string_view name) {
@@ -133,27 +110,23 @@ std::string_view laTask_WithoutFake(std::string_view name) {
     return name;
 }
 
-TraxTaskList::TraxTaskList(_LaCanvasData& canvas) : canvas_(canvas) {
-    changed = [this](MslChange change) {
-        if (change == MslChange::Footer) laCanvas_UpdateFields(canvas_, 0, list().Footer().c_str());
-        if (change != MslChange::Scroll && canvas_.graph->listChanged) canvas_.graph->listChanged();
-    };
+TraxTaskList::TraxTaskList(LaItems& items, const LaList& settings, const LaSource& source,
+                           const LaLooks& looks, const LaAxis& axis)
+    : items_(items), settings_(settings), source_(source), looks_(looks), axis_(axis) {
     // An object's window opens; a group opens or closes.
     list().activated = [this](int row) {
         const MslObjectEntry* entry = EntryAt(row);
         if (entry == nullptr) return false;
-        if (entry->lane == laNoLane || canvas_.items.lanes[entry->lane].isAgent)
-            return list().ClickToggle(row);
-        if (canvas_.calls.openInfo) canvas_.calls.openInfo(canvas_.items.lanes[entry->lane].objectId);
-        return static_cast<bool>(canvas_.calls.openInfo);
+        if (entry->lane == laNoLane || items_.lanes[entry->lane].isAgent) return list().ClickToggle(row);
+        return openObject && openObject(items_.lanes[entry->lane].objectId);
     };
 }
 
 void TraxTaskList::Fill() {
     Clear(false);
-    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) {
-        laItem_Line& lane = canvas_.items.lanes[i];
-        lane.listEntry = Place(laTask_PathOfLane(canvas_, lane), i);
+    for (uint32_t i = 0; i < items_.lanes.size(); ++i) {
+        laItem_Line& lane = items_.lanes[i];
+        lane.listEntry = Place(laTask_PathOfLane(settings_, source_, lane), i);
     }
     Sort(root_);
     NumberRows();
@@ -164,9 +137,9 @@ void TraxTaskList::Clear(bool all) {
     byPath_.clear();
     root_.children.clear();
     depth_ = 0;
-    for (uint32_t i = 0; i < canvas_.items.lanes.size(); ++i) {
-        canvas_.items.lanes[i].listEntry = nullptr;
-        canvas_.items.lanes[i].row = -1;
+    for (uint32_t i = 0; i < items_.lanes.size(); ++i) {
+        items_.lanes[i].listEntry = nullptr;
+        set_row(items_.lanes[i], -1);
     }
     if (!all) return;
     hiddenPaths_.clear();
@@ -204,19 +177,23 @@ MslObjectEntry* TraxTaskList::Place(const laPath& path, uint32_t lane) {
 
 void TraxTaskList::Sort(MslObjectEntry& entry) {
     std::stable_sort(entry.children.begin(), entry.children.end(),
-                     [&](const auto& a, const auto& b) { return laTask_Compare(canvas_, *a, *b); });
+                     [&](const auto& a, const auto& b) { return laTask_Compare(settings_, items_, *a, *b); });
     for (auto& child : entry.children) Sort(*child);
 }
 
+bool TraxTaskList::Covered(const laItem_Line& lane) const {
+    return !hiddenPaths_.empty() &&
+           laHide_IsHidden(settings_, laTask_PathOfLane(settings_, source_, lane), hiddenPaths_);
+}
+
 bool TraxTaskList::Hide(MslObjectEntry& entry) {
-    entry.laneHidden =
-        entry.lane != laNoLane && laHide_IsHidden(canvas_, canvas_.items.lanes[entry.lane], hiddenPaths_);
+    entry.laneHidden = entry.lane != laNoLane && Covered(items_.lanes[entry.lane]);
     bool any = entry.lane != laNoLane && !entry.laneHidden;
     for (auto& child : entry.children)
         if (Hide(*child)) any = true;
     entry.hidden = !any;
     entry.row = -1;
-    if (entry.lane != laNoLane) canvas_.items.lanes[entry.lane].row = -1;
+    if (entry.lane != laNoLane) set_row(items_.lanes[entry.lane], -1);
     return any;
 }
 
@@ -226,7 +203,7 @@ void TraxTaskList::Number(MslObjectEntry& entry, int depth) {
         child->row = static_cast<int>(rows_.size());
         child->depth = depth;
         rows_.push_back(child.get());
-        if (child->lane != laNoLane && !child->laneHidden) canvas_.items.lanes[child->lane].row = child->row;
+        if (child->lane != laNoLane && !child->laneHidden) set_row(items_.lanes[child->lane], child->row);
         if (!child->collapsed) Number(*child, depth + 1);
     }
 }
@@ -246,13 +223,13 @@ void TraxTaskList::Collapsed(MslObjectEntry& entry) {
 }
 
 void TraxTaskList::RowChanged(MslObjectEntry&) {
-    laCanvas_Relayout(canvas_);
+    if (rowsChanged) rowsChanged();
 }
 
 // Two objects of one name are told apart by their ids.
 std::string TraxTaskList::EntryKey(const MslObjectEntry& entry) const {
-    if (entry.lane >= canvas_.items.lanes.size()) return entry.path;
-    return entry.path + pathKey + pathKey + std::to_string(canvas_.items.lanes[entry.lane].objectId);
+    if (entry.lane >= items_.lanes.size()) return entry.path;
+    return entry.path + pathKey + pathKey + std::to_string(items_.lanes[entry.lane].objectId);
 }
 
 std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
@@ -260,28 +237,28 @@ std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
         const auto total = static_cast<int>(entry.children.size());
         const auto shown = static_cast<int>(std::count_if(entry.children.begin(), entry.children.end(),
                                                           [](const auto& child) { return child->row >= 0; }));
-        return "Non-" + canvas_.list.objectTermLower + " object \"" + text_utf8(RowText(entry, 0)) +
+        return "Non-" + settings_.objectTermLower + " object \"" + text_utf8(RowText(entry, 0)) +
                "\", which has " +
                gen_format("%d(out of %d) %s being shown", shown, total, total == 1 ? "child" : "children");
     }
-    if (entry.lane >= canvas_.items.lanes.size()) return {};
-    const laItem_Line& lane = canvas_.items.lanes[entry.lane];
-    const std::string name(laTask_WithoutFake(laCanvas_LaneName(canvas_.list, lane)));
-    if (lane.isAgent || canvas_.axis.timeMode == Time_Tick) return text_utf8(name);
+    if (entry.lane >= items_.lanes.size()) return {};
+    const laItem_Line& lane = items_.lanes[entry.lane];
+    const std::string name(laTask_WithoutFake(laCanvas_LaneName(settings_, lane)));
+    if (lane.isAgent || axis_.timeMode == Time_Tick) return text_utf8(name);
     const std::string priority =
         lane.priority < 0 ? std::string("Unknown") : gen_format("0x%x", static_cast<unsigned>(lane.priority));
     const std::string object = lane.hasName
                                    ? " \"" + text_utf8(name) + "\"(" + gen_format("0x%x", lane.objectId) + ")"
                                    : gen_format(" 0x%x", lane.objectId);
-    return canvas_.list.objectTerm + object + ", Priority = " + priority;
+    return settings_.objectTerm + object + ", Priority = " + priority;
 }
 
 laPath TraxTaskList::PathOf(const MslObjectEntry& entry) const {
     laPath path;
     for (const MslObjectEntry* at = &entry; at != nullptr && at != &root_; at = at->parent)
         path.components.insert(path.components.begin(), at->name);
-    if (entry.lane != laNoLane && !canvas_.items.lanes[entry.lane].isAgent)
-        path.id = canvas_.items.lanes[entry.lane].objectId;
+    if (entry.lane != laNoLane && !items_.lanes[entry.lane].isAgent)
+        path.id = items_.lanes[entry.lane].objectId;
     return path;
 }
 
@@ -292,18 +269,33 @@ void TraxTaskList::AddHiddenPath(laPath path) {
     if (std::none_of(hiddenPaths_.begin(), hiddenPaths_.end(), same)) hiddenPaths_.push_back(std::move(path));
 }
 
+bool TraxTaskList::HideEntry(const MslObjectEntry& entry) {
+    if (entry.row < 0) return false;
+    AddHiddenPath(PathOf(entry));
+    NumberRows();
+    return true;
+}
+
+bool TraxTaskList::ShowEntry(const MslObjectEntry& entry) {
+    const laPath path = PathOf(entry);
+    const auto covers = [&](const laPath& hidden) { return laHide_Covers(settings_, hidden, path); };
+    if (std::erase_if(hiddenPaths_, covers) == 0) return false;
+    NumberRows();
+    return true;
+}
+
 std::string TraxTaskList::RowText(const MslObjectEntry& entry, int column) const {
     if (column != 0) return {};
     const std::string_view name = laTask_WithoutFake(entry.name);
-    if (!text_trim(name).empty() || entry.lane >= canvas_.items.lanes.size()) return std::string(name);
+    if (!text_trim(name).empty() || entry.lane >= items_.lanes.size()) return std::string(name);
     // The last part of a name can be empty: the row still says what it is.
-    return canvas_.list.objectTerm + gen_format(" 0x%x", canvas_.items.lanes[entry.lane].objectId);
+    return settings_.objectTerm + gen_format(" 0x%x", items_.lanes[entry.lane].objectId);
 }
 
 Colour TraxTaskList::RowColour(const MslObjectEntry& entry) const {
-    if (entry.lane != laNoLane && canvas_.items.lanes[entry.lane].isAgent) {
-        const int32_t row = canvas_.looks.legend.firstExecutionStatus;
-        return row < 0 ? agentDefault : canvas_.looks.statusLooks[static_cast<size_t>(row)].colour;
+    if (entry.lane != laNoLane && items_.lanes[entry.lane].isAgent) {
+        const int32_t row = looks_.legend.firstExecutionStatus;
+        return row < 0 ? agentDefault : looks_.statusLooks[static_cast<size_t>(row)].colour;
     }
     if (entry.row < 0 || !HasChildren(entry)) return NoColour;
     return rowTints[entry.row % 3];

@@ -3,6 +3,7 @@
 // hidden by path or pattern, now and in every later fetch.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -11,7 +12,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/traxfunc/model/list.h"
+#include "chronoweave/traxfunc/model/looks.h"
+#include "chronoweave/traxfunc/model/source.h"
+#include "chronoweave/traxfunc/model/time.h"
 #include "windlib/msl/object_list.h"
 
 // A name as components. A path with a wild card ('*', '?', '\' as the escape) is one component, matched on
@@ -27,9 +32,15 @@ struct laPath {
 
 class TraxTaskList : public MslObjectList {
   public:
-    explicit TraxTaskList(_LaCanvasData& canvas);
+    // All outlive it. Of the items it writes what the lanes know of the list: row, hidden and listEntry.
+    TraxTaskList(LaItems& items, const LaList& settings, const LaSource& source, const LaLooks& looks,
+                 const LaAxis& axis);
 
-    // Takes all lanes of the canvas, sorts, and numbers the rows. Hidden paths and collapsed groups stay.
+    // Whom the list tells; set by who owns it.
+    std::function<void()> rowsChanged;                  // rows came or went: to be laid out and painted
+    std::function<bool(uint32_t objectId)> openObject;  // opens its window; false when there is none to open
+
+    // Takes all lanes, sorts, and numbers the rows. Hidden paths and collapsed groups stay.
     void Fill();
     // Drops the entries; with all, the hidden paths and the collapses too.
     void Clear(bool all);
@@ -44,6 +55,10 @@ class TraxTaskList : public MslObjectList {
     void SetHiddenPaths(std::vector<laPath> paths) { hiddenPaths_ = std::move(paths); }
     // Adds it unless it is in already.
     void AddHiddenPath(laPath path);
+    // Hides what a row stands for; or drops all hidden paths that cover it. True when rows changed: who calls
+    // lays out and paints.
+    bool HideEntry(const MslObjectEntry& entry);
+    bool ShowEntry(const MslObjectEntry& entry);
 
     // Text of a row's column: the name in column 0, less the mark of a made-up object; nothing in others.
     std::string RowText(const MslObjectEntry& entry, int column) const override;
@@ -63,11 +78,16 @@ class TraxTaskList : public MslObjectList {
   private:
     MslObjectEntry* Place(const laPath& path, uint32_t lane);
     void Sort(MslObjectEntry& entry);
+    bool Covered(const laItem_Line& lane) const;  // by a hidden path
     // True when the entry or something in it is shown.
     bool Hide(MslObjectEntry& entry);
     void Number(MslObjectEntry& entry, int depth);
 
-    _LaCanvasData& canvas_;
+    LaItems& items_;
+    const LaList& settings_;
+    const LaSource& source_;
+    const LaLooks& looks_;
+    const LaAxis& axis_;
     MslObjectEntry root_;
     std::unordered_map<std::string, MslObjectEntry*> byPath_;
     std::vector<laPath> hiddenPaths_;
@@ -75,25 +95,24 @@ class TraxTaskList : public MslObjectList {
     int depth_ = 0;
 };
 
-// A name as a path: split at the first character of the separator, or whole in the flat view. With noKernel
-// clear, on Korvantis and with the program's option, a name with no separator goes under "Kernel".
-laPath laTask_MakePath(const _LaCanvasData& canvas, std::string_view name, bool noKernel);
+// Whether names with no separator go under "Kernel": on Korvantis, with the program's option.
+bool laTask_UsesKernel(const LaList& list, const LaSource& source);
+// A name as a path: split at the first character of the separator, or whole in the flat view; with kernel, a
+// name with no separator goes under "Kernel".
+laPath laTask_MakePath(const LaList& list, std::string_view name, bool kernel);
 // The path of a lane's object, by its name or its term and id.
-laPath laTask_PathOfLane(const _LaCanvasData& canvas, const laItem_Line& lane);
+laPath laTask_PathOfLane(const LaList& list, const LaSource& source, const laItem_Line& lane);
 // What is typed in the hide dialog: a path with a wild card, "*" added unless it ends in one.
 laPath laTask_PatternPath(std::string_view pattern);
 // The name shown in the hide dialog.
-std::string laTask_DisplayName(const _LaCanvasData& canvas, const laItem_Line& lane);
-// True when a sorts before b.
-bool laTask_Compare(const _LaCanvasData& canvas, const MslObjectEntry& a, const MslObjectEntry& b);
+std::string laTask_DisplayName(const LaList& list, const LaSource& source, const laItem_Line& lane);
+// True when a sorts before b. The entries' lanes are of the items.
+bool laTask_Compare(const LaList& list, const LaItems& items, const MslObjectEntry& a,
+                    const MslObjectEntry& b);
 // True when the hidden path covers the path: equal, a prefix by components, or a match of a pattern with the
 // whole text.
-bool laHide_Covers(const _LaCanvasData& canvas, const laPath& hidden, const laPath& path);
-bool laHide_IsHidden(const _LaCanvasData& canvas, const laItem_Line& lane, const std::vector<laPath>& hidden);
-// Hides one row, or with show shows it again; lays out and, with repaint, repaints when that changed
-// anything.
-void laTask_Hide(_LaCanvasData& canvas, MslObjectEntry& entry, bool show, bool repaint);
-// True when the list is, or could be, more than one level deep: then the flat view is offered.
-bool laCanvas_HasHierarchy(const _LaCanvasData& canvas);
+bool laHide_Covers(const LaList& list, const laPath& hidden, const laPath& path);
+// True when one of the hidden paths covers the path.
+bool laHide_IsHidden(const LaList& list, const laPath& path, const std::vector<laPath>& hidden);
 // The mark of made-up objects dropped from a name.
 std::string_view laTask_WithoutFake(std::string_view name);

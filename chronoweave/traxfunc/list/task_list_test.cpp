@@ -5,7 +5,8 @@
 #include <functional>
 
 #include "chronoweave/traxfunc/canvas/picture.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
@@ -122,21 +123,25 @@ TEST_F(TaskList, HidesByPathAndPattern) {
     }
     list.SetHiddenPaths({});
     Resort();
-    laTask_Hide(*test.canvas, *row(test, "B"), false, false);
-    laTask_Hide(*test.canvas, *row(test, "C"), false, false);
+    laTask_Hide(*test.canvas, *row(test, "B"));
+    laTask_Hide(*test.canvas, *row(test, "C"));
     EXPECT_EQ(rows(test), "A .x Cat");
     ASSERT_EQ(list.hiddenPaths().size(), 2u);
     EXPECT_EQ(list.hiddenPaths()[1].id, 0xC00u);
     list.AddHiddenPath(laPath{{"C"}, false, {}});
     EXPECT_EQ(list.hiddenPaths().size(), 2u);
-    laTask_Hide(*test.canvas, *laCanvas_FindLane(test.canvas->items, 0xC00)->listEntry, true, false);
+    laTask_Show(*test.canvas, *laCanvas_FindLane(test.canvas->items, 0xC00)->listEntry);
     EXPECT_EQ(rows(test), "A .x C Cat");
+}
+
+laNames names_of(const TestCanvas& test) {
+    return {*test.canvas->taskList, test.canvas->looks, test.canvas->view, *test.canvas->graph};
 }
 
 // Names of the selected rows.
 std::string selected(const TestCanvas& test) {
     std::string all;
-    for (const MslObjectEntry* entry : laNames_Selected(*test.canvas)) all += entry->name + " ";
+    for (const MslObjectEntry* entry : names_of(test).Selected()) all += entry->name + " ";
     return all;
 }
 
@@ -154,9 +159,9 @@ TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) 
         const char* rows;
     };
     const auto click = [&](int row, int clicks, bool control, bool shift) {
-        return laNames_Click(canvas, 100, y(row), clicks, control, shift);
+        return names_of(test).Click(100, y(row), clicks, control, shift);
     };
-    const auto key = [&](MslKey which) { return laNames_Key(canvas, which, false, false); };
+    const auto key = [&](MslKey which) { return names_of(test).Key(which, false, false); };
     const char* const all = "A .x B .x .y C";
     const char* const closed = "A .x B C";
     const Step steps[] = {
@@ -164,11 +169,11 @@ TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) 
         {[&] { return click(3, 1, true, false); }, true, "x C ", all},
         {[&] { return click(1, 1, false, true); }, true, "x B x ", all},
         {[&] { return click(6, 1, false, false); }, false, "x B x ", all},
-        {[&] { return laNames_RightClick(canvas, y(3)) != nullptr; }, true, "x B x ", all},
-        {[&] { return laNames_RightClick(canvas, y(4)) != nullptr; }, true, "y ", all},
-        {[&] { return laNames_RightClick(canvas, y(7)) != nullptr; }, false, "y ", all},
+        {[&] { return names_of(test).RightClick(y(3)) != nullptr; }, true, "x B x ", all},
+        {[&] { return names_of(test).RightClick(y(4)) != nullptr; }, true, "y ", all},
+        {[&] { return names_of(test).RightClick(y(7)) != nullptr; }, false, "y ", all},
         {[&] { return Resort(), true; }, true, "y ", all},
-        {[&] { return laNames_Click(canvas, 6, y(2), 1, false, false); }, true, "B ", closed},
+        {[&] { return names_of(test).Click(6, y(2), 1, false, false); }, true, "B ", closed},
         {[&] { return key(MslKey::Right); }, true, "B ", all},
         {[&] { return key(MslKey::Right); }, true, "x ", all},
         {[&] { return key(MslKey::Left); }, true, "B ", all},
@@ -176,7 +181,7 @@ TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) 
         {[&] { return key(MslKey::Enter); }, true, "B ", all},
         {[&] { return key(MslKey::Down) && key(MslKey::Enter); }, true, "x ", all},
         {[&] { return click(5, 2, false, false); }, true, "C ", all},
-        {[&] { return laNames_Type(canvas, "B"), true; }, true, "B ", all},
+        {[&] { return names_of(test).Type("B"), true; }, true, "B ", all},
     };
     for (const Step& step : steps) {
         EXPECT_EQ(step.act(), step.done) << &step - steps;
@@ -185,9 +190,9 @@ TEST_F(TaskList, RowsAreSelectedByPointerAndKeysAndStaySoWhenTheListIsMadeAnew) 
     }
     EXPECT_EQ(opened, (std::vector<uint32_t>{0x400, 0x800}));
     EXPECT_EQ(test.message(), "Srch: B");
-    EXPECT_TRUE(laNames_Backspace(canvas));
-    laNames_EndSearch(canvas);
-    EXPECT_FALSE(laNames_Backspace(canvas));
+    EXPECT_TRUE(names_of(test).Backspace());
+    names_of(test).EndSearch();
+    EXPECT_FALSE(names_of(test).Backspace());
     EXPECT_EQ(test.message(), "");
     canvas.taskList->Clear(true);
     Resort();
@@ -199,25 +204,25 @@ TEST_F(TaskList, ThePictureScrollsWithTheCurrentName) {
     for (int i = 0; i < 100; ++i) names.push_back("N" + std::to_string(100 + i));
     OpenNamed(names);
     _LaCanvasData& canvas = *test.canvas;
-    EXPECT_TRUE(laNames_Key(canvas, MslKey::End, false, false));
+    EXPECT_TRUE(names_of(test).Key(MslKey::End, false, false));
     EXPECT_EQ(canvas.view.verticalOffset + static_cast<int>(canvas.graph->vertical.visible()),
               100 * canvas.looks.rowHeight);
     EXPECT_EQ(selected(test), "N199 ");
-    laNames_Type(canvas, "N12");
+    names_of(test).Type("N12");
     EXPECT_EQ(canvas.view.verticalOffset, 20 * canvas.looks.rowHeight);
-    laNames_DragTo(canvas, canvas.looks.rowHeight + 1);
+    names_of(test).DragTo(canvas.looks.rowHeight + 1);
     EXPECT_EQ(selected(test), "N120 N121 ");
 }
 
 TEST_F(TaskList, TipsSayWhatARowIs) {
     OpenNamed({"B@y", "B@x", ""});
     _LaCanvasData& canvas = *test.canvas;
-    const auto tip = [&](int row) { return laNames_Tip(canvas, row * canvas.looks.rowHeight + 1); };
+    const auto tip = [&](int row) { return names_of(test).Tip(row * canvas.looks.rowHeight + 1); };
     EXPECT_EQ(tip(0), "Non-task object \"B\", which has 2(out of 2) children being shown");
     EXPECT_EQ(tip(1), "Task \"B@x\"(0x800), Priority = 0x5");
     EXPECT_EQ(tip(3), "Task 0x400, Priority = Unknown");
     EXPECT_EQ(tip(9), "");
-    laTask_Hide(canvas, *row(test, "x"), false, false);
+    laTask_Hide(canvas, *row(test, "x"));
     EXPECT_EQ(tip(0), "Non-task object \"B\", which has 1(out of 2) children being shown");
     canvas.axis.timeMode = Time_Tick;
     EXPECT_EQ(tip(1), "B@y");
@@ -226,15 +231,16 @@ TEST_F(TaskList, TipsSayWhatARowIs) {
 TEST_F(TaskList, OnlyTheWindowShowsWhatIsSelected) {
     OpenNamed({"A", "B"});
     _LaCanvasData& canvas = *test.canvas;
-    laNames_Click(canvas, 50, canvas.looks.rowHeight + 1, 1, false, false);
+    names_of(test).Click(50, canvas.looks.rowHeight + 1, 1, false, false);
     const auto filled = [&](bool inWindow) {
         test.surface.forget();
-        laNames_Draw(canvas, test.surface, 150, 500, inWindow);
+        names_of(test).Draw(test.surface, 150, 500,
+                            inWindow ? laNames::Look::Window : laNames::Look::Picture);
         return test.surface.of(SurfaceOp::Fill).size();
     };
     EXPECT_EQ(filled(true), 1u);
     EXPECT_EQ(filled(false), 0u);
-    laNames_Focus(canvas, true);
+    names_of(test).Focus(true);
     filled(true);
     EXPECT_EQ(test.surface.of(SurfaceOp::Line).size(), 4u);
 }
@@ -253,9 +259,11 @@ TEST_F(TaskList, KernelGroupTakesNamesWithoutSeparatorOnKorvantisOnly) {
           Case{Os_ThreadX, true, false, "T", {"T"}}, Case{Os_Korvantis, true, true, "T", {"Kernel@T"}},
           Case{Os_Other, false, true, "A@T", {"A@T"}}}) {
         other.canvas->source.osKind = one.os;
-        other.canvas->options.kernelGroup = one.option;
+        other.canvas->list.kernelGroup = one.option;
         other.canvas->list.flatView = one.flat;
-        EXPECT_EQ(laTask_MakePath(*other.canvas, one.name, false).components, one.components);
+        const LaList& list = other.canvas->list;
+        EXPECT_EQ(laTask_MakePath(list, one.name, laTask_UsesKernel(list, other.canvas->source)).components,
+                  one.components);
     }
 }
 
@@ -316,12 +324,12 @@ TEST_F(TaskList, NamesAreCutAtACharacterAndStandBesideTheirLanes) {
     EXPECT_EQ(laNames_Elide(test.surface, "abc", 3), "");
     OpenNamed({"B@y", "A@x", "bad\xFFname"});
     test.surface.forget();
-    laNames_Draw(*test.canvas, test.surface, 150, 500);
+    names_of(test).Draw(test.surface, 150, 500);
     EXPECT_EQ(test.surface.texts(), (std::vector<std::string>{"A", "x", "B", "y", "bad\xEF\xBF\xBDname"}));
-    EXPECT_EQ(laNames_RowAt(*test.canvas, test.canvas->looks.rowHeight)->name, "x");
-    EXPECT_EQ(laNames_RowAt(*test.canvas, 5 * test.canvas->looks.rowHeight), nullptr);
-    EXPECT_TRUE(laNames_HitsMark(*test.canvas, *row(test, "A"), 6));
-    EXPECT_FALSE(laNames_HitsMark(*test.canvas, *row(test, "x"), 20));
+    EXPECT_EQ(names_of(test).RowAt(test.canvas->looks.rowHeight)->name, "x");
+    EXPECT_EQ(names_of(test).RowAt(5 * test.canvas->looks.rowHeight), nullptr);
+    EXPECT_TRUE(names_of(test).HitsMark(*row(test, "A"), 6));
+    EXPECT_FALSE(names_of(test).HitsMark(*row(test, "x"), 20));
 }
 
 }  // namespace

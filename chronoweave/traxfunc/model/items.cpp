@@ -34,7 +34,6 @@ uint32_t laLn_New(LaItems& items, uint32_t objectId) {
 }
 
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status) {
-    if (lane.firstTime < 0) lane.firstTime = t0;
     lane.openStatus = status;
     lane.openSince = t1;
     if (!lane.segments.empty()) {

@@ -44,7 +44,6 @@ struct laItem_Line {
     // together.
     std::vector<double> iconTimes;
     std::vector<uint16_t> iconEvents;
-    double firstTime = -100.0;  // start of the earliest segment; negative for none
     int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
     double openSince = -100.0;  // when it began; negative for none
     bool broken = false;        // what follows the last segment is not known

@@ -12,6 +12,7 @@ struct LaList {
     bool sortAscending = true;
     bool sortAroundEvent = false;  // by laItem_Line::eventDistance
     bool showHiddenAgent = false;
+    bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
     std::string separator = "@";
     std::string objectTerm = "Task", objectTermLower = "task";
 };

@@ -2,10 +2,9 @@
 #pragma once
 
 struct LaOptions {
-    bool newTrv = true;        // the overlap rule by free space, else by rectangles
-    bool prefetch = true;      // a fetch takes twice the range
-    bool snapCursors = true;   // the pointer's cursors jump to an edge close by
-    bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
+    bool newTrv = true;       // the overlap rule by free space, else by rectangles
+    bool prefetch = true;     // a fetch takes twice the range
+    bool snapCursors = true;  // the pointer's cursors jump to an edge close by
     bool allForIntervalSearch = false;
     bool extraDataWarning = true;        // in texts of extra data that does not fit its format
     bool unusedExtraDataWarning = true;  // and of extra data that the format leaves over

@@ -25,7 +25,6 @@ struct LaPainted {
 struct LaView {
     double viewLow = 0, viewHigh = 1e-6, viewLength = 1e-6;
     double pixelsPerUnit = 1;     // width of the drawing area / viewLength
-    int laidOutWidth = 0;         // the width that this holds for
     uint64_t virtualWidth = 0;    // pixels of scrollExtent at this zoom
     uint64_t scrollPosition = 0;  // position last given to the horizontal bar
     int verticalOffset = 0;       // first content row on screen

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -204,7 +204,7 @@ bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& all, cons
     if (canvas.marks.cursor[1] >= 0) canvas.marks.secondShown = true;
     const double extent = canvas.source.scrollExtent;
     canvas.source.scrollExtent = std::max(extent, std::min(all.viewHigh, 2 * extent));
-    if (!laCanvas_ShowRange(canvas, all.viewLow, std::min(all.viewHigh, 2 * extent), false, true))
+    if (!laCanvas_ShowRange(canvas, all.viewLow, std::min(all.viewHigh, 2 * extent)))
         canvas.source.scrollExtent = extent;
     laCanvas_Resort(canvas);
     canvas.graph->vertical.setPosition(static_cast<uint64_t>(all.verticalOffset));

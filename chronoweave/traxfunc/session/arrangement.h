@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"

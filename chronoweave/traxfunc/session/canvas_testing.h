@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
@@ -95,7 +97,7 @@ class TestCanvas {
                                        "/folder/run.trs");
     }
     // The whole trace, with nothing fetched around it.
-    void ShowAll() { laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, false, true); }
+    void ShowAll() { laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength); }
     const std::string& message() const { return canvas->fields.message; }
 
     TestFolder folder;

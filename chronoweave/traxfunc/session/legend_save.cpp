@@ -56,14 +56,6 @@ Legend laLegend_ForSaving(const _LaCanvasData& canvas) {
     return legend;
 }
 
-LegendMisc laLegend_Kept(const _LaCanvasData& canvas) {
-    LegendMisc misc;
-    misc.refreshInterval = canvas.options.refreshInterval;
-    misc.maxRefreshedEvents = canvas.options.maxRefreshedEvents;
-    misc.targetTimeout = canvas.options.targetTimeout;
-    return misc;
-}
-
 bool laLegend_OfferSave(_LaCanvasData& canvas) {
     const bool changed = canvas.looks.legendChanged;
     canvas.looks.legendChanged = false;

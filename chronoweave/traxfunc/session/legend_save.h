@@ -8,8 +8,6 @@
 
 // The canvas's legend with the misc values as they are now.
 Legend laLegend_ForSaving(const _LaCanvasData& canvas);
-// The misc values that a next reading starts from: how a live source is read outlasts the trace.
-LegendMisc laLegend_Kept(const _LaCanvasData& canvas);
 // Asks whether to save a legend that was changed, through canvas.calls.host, and saves it: beside the old
 // file and then in its place, so that there is always a whole one. A legend that would not read back the same
 // is not saved; its first such entry is named. Asked once; the mark is cleared in any case. False when it

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
-#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/paths.h"
@@ -14,7 +15,7 @@ namespace {
 constexpr const char* programTitle = "VOREL Chronoweave";
 
 bool fail(_LaCanvasData& canvas, const std::string& name) {
-    laCanvas_Reset(canvas, true, false);
+    laCanvas_Reset(canvas, laResetOf::Source);
     laCanvas_UpdateFields(canvas, 0,
                           gen_format("Error on loading source file \"%s\".", name.c_str()).c_str());
     return false;
@@ -22,20 +23,16 @@ bool fail(_LaCanvasData& canvas, const std::string& name) {
 
 bool show_first_view(_LaCanvasData& canvas, uint32_t count) {
     const double length = laSession_FirstViewLength(canvas, count);
-    if (length < 0) return false;
     canvas.marks.cursor[0] = length / 2;
     if (count == 0) {
         canvas.view.viewHigh = canvas.view.viewLength = canvas.source.totalLength;
-        laCanvas_Rescale(canvas, false);
+        laCanvas_Rescale(canvas);
         return true;
     }
     // No view of the canvas before is taken for this one, and the first fetch is of what is shown alone.
     canvas.view.viewLow = canvas.view.viewHigh = 0;
-    const bool prefetch = canvas.options.prefetch;
-    canvas.options.prefetch = false;
-    const bool shown = laCanvas_ShowRange(canvas, 0, length, false, true);
-    canvas.options.prefetch = prefetch;
-    return shown && canvas.view.viewHigh > canvas.view.viewLow;
+    return laCanvas_ShowRange(canvas, 0, length, {.ahead = laFetchAhead::No}) &&
+           canvas.view.viewHigh > canvas.view.viewLow;
 }
 
 }  // namespace
@@ -56,17 +53,15 @@ void laCanvas_SourceGrew(_LaCanvasData& canvas) {
     laCanvas_TakeBounds(canvas);
     // What was fetched up to the old end may lack what came at that very time.
     if (canvas.view.viewHigh >= canvas.items.cachedHigh) canvas.items.cachedLow = canvas.items.cachedHigh = 0;
-    const bool live = canvas.source.liveRefresh;
-    canvas.source.liveRefresh = true;  // so that the same view is fetched anew
-    laCanvas_ShowRange(canvas, canvas.view.viewLow, canvas.view.viewHigh, false, false);
-    canvas.source.liveRefresh = live;
-    laCanvas_Rescale(canvas, false);
+    laCanvas_ShowRange(canvas, canvas.view.viewLow, canvas.view.viewHigh,
+                       {.keepLength = true, .refetch = true});
+    laCanvas_Rescale(canvas);
     laCanvas_UpdateTotal(canvas);
 }
 
-double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
+std::optional<double> laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
     EventWalk walk;
-    if (!mt_StartWalkAtEvent(*canvas.source.store, 1, count, nullptr, walk)) return -1;
+    if (!mt_StartWalkAtEvent(*canvas.source.store, 1, count, nullptr, walk)) return std::nullopt;
     EventRecord event;
     uint64_t first = 0, last = 0;
     uint32_t seen = 0;
@@ -74,9 +69,9 @@ double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
         if (seen == 0) first = event.time;
         last = event.time;
     }
-    if (seen == 0) return -1;
+    if (seen == 0) return std::nullopt;
     return seen < count
-               ? 0
+               ? 0.0
                : static_cast<double>(static_cast<int64_t>(last - first)) / canvas.source.ticksPerSecond;
 }
 
@@ -85,8 +80,8 @@ double laSession_FirstViewLength(const _LaCanvasData& canvas, uint32_t eventCoun
     uint32_t wanted = static_cast<uint32_t>(std::max(30, 2 * (canvas.graph->width / stepWidth)));
     if (eventCount <= wanted) return canvas.source.totalLength;
     for (int tries = 0; tries < 8; ++tries) {
-        const double span = laSession_SampleSpan(canvas, wanted + 1);
-        if (span > 0) return span;
+        const auto span = laSession_SampleSpan(canvas, wanted + 1);
+        if (span && *span > 0) return *span;
         wanted = std::min(wanted * 2, eventCount - 1);
     }
     for (double divisor : {10000.0, 1000.0, 100.0, 10.0})
@@ -96,7 +91,7 @@ double laSession_FirstViewLength(const _LaCanvasData& canvas, uint32_t eventCoun
 
 bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend legend,
                              const std::string& name) {
-    laCanvas_Reset(canvas, true, false);
+    laCanvas_Reset(canvas, laResetOf::Source);
     if (store == nullptr || !laCanvas_LoadLegend(canvas, std::move(legend))) return fail(canvas, name);
     canvas.source.store = std::move(store);
     const char* osName = mt_GetOsName(canvas.source.store.get());

@@ -2,6 +2,7 @@
 // a first view. Which file is opened, and how, is the caller's.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
@@ -20,8 +21,8 @@ void laCanvas_TakeBounds(_LaCanvasData& canvas);
 // it. Does not paint.
 void laCanvas_SourceGrew(_LaCanvasData& canvas);
 
-// Seconds from the store's first event to the event count - 1 behind it; 0 when there are fewer, negative
+// Seconds from the store's first event to the event count - 1 behind it; 0 when there are fewer, none
 // when there are none.
-double laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count);
+std::optional<double> laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count);
 // Length of the first view of a source with this many events.
 double laSession_FirstViewLength(const _LaCanvasData& canvas, uint32_t eventCount);

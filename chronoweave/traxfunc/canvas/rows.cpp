@@ -1,0 +1,71 @@
+#include "chronoweave/traxfunc/canvas/rows.h"
+
+#include <algorithm>
+
+#include "chronoweave/traxfunc/draw/axis.h"
+#include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+int rows_height(const _LaCanvasData& canvas) {
+    return canvas.looks.rowHeight * static_cast<int>(canvas.taskList->rows().size());
+}
+
+}  // namespace
+
+void laCanvas_ClearItems(_LaCanvasData& canvas) {
+    canvas.taskList->Clear(false);
+    laItems_Clear(canvas.items);
+}
+
+bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetchAhead ahead) {
+    LaSource& source = canvas.source;
+    laCpu_Clear(canvas.items);
+    if (source.store == nullptr) return true;
+    if (!source.storeHasEvents) source.storeHasEvents = mt_GetEventCount(*source.store) > 0;
+    if (!source.storeHasEvents || canvas.looks.legend.empty()) return true;
+    if (!canvas.options.prefetch) ahead = laFetchAhead::No;
+    const laFetchRange range = laFetch_RangeFor(source, {low, high}, ahead);
+    if (range.low > range.high) return true;
+    laCanvas_ClearItems(canvas);
+    canvas.list.sortAroundEvent = false;
+    return laFetch_Items(canvas.items, source, canvas.looks, canvas.list, range, canvas.calls.progress);
+}
+
+void laCanvas_Layout(_LaCanvasData& canvas) {
+    laLayout_Lanes(canvas.items, canvas.looks);
+    laLayout_Content(canvas.view, *canvas.graph, rows_height(canvas));
+    laLayout_SetExtent(canvas.view, *canvas.graph,
+                       laCanvas_AbsolutePixel(canvas.view, canvas.source.scrollExtent),
+                       canvas.view.contentHeight);
+}
+
+void laCanvas_Resort(_LaCanvasData& canvas) {
+    canvas.taskList->Fill();
+    laCanvas_Layout(canvas);
+    if (canvas.graph->listChanged) canvas.graph->listChanged();
+}
+
+void laCanvas_Rescale(_LaCanvasData& canvas) {
+    const int height = std::max(rows_height(canvas), canvas.view.contentHeight);
+    if (laLayout_Rescale(canvas.view, *canvas.graph, canvas.source.scrollExtent, height)) return;
+    gen_console("Cannot show %0.15f out of %0.15f %s.\n", canvas.view.viewLength, canvas.source.scrollExtent,
+                laCanvas_Plural(laTime_UnitName(canvas.axis, false)).c_str());
+}
+
+void laCanvas_Resized(_LaCanvasData& canvas, int width, int height) {
+    LaGraph& graph = *canvas.graph;
+    graph.width = std::max(0, width);
+    graph.height = std::max(0, height);
+    const FontMetrics axis = graph.surface != nullptr ? graph.surface->fontMetrics(Font_Axis) : graph.font;
+    const int data = std::max(0, graph.height - laAxis_StripHeight(axis));
+    graph.vertical.setRange(static_cast<uint64_t>(std::max(0, canvas.view.contentHeight)),
+                            static_cast<uint64_t>(data));
+    laCanvas_Rescale(canvas);
+}
+
+bool laCanvas_HasHierarchy(const _LaCanvasData& canvas) {
+    return canvas.list.flatView || canvas.taskList->depth() > 1;
+}
