@@ -1,6 +1,7 @@
 // Requests, replies, and the waits between them.
 #include <algorithm>
 
+#include "shared/libcxxutil/raised.h"
 #include "shared/stp_transport/transport.h"
 
 using std::chrono::milliseconds;
@@ -8,18 +9,6 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr milliseconds roundWithoutHandler{10000};
-
-// A counter that is up as long as this lives.
-class Raised {
-  public:
-    explicit Raised(int& counter) : counter_(counter) { ++counter_; }
-    Raised(const Raised&) = delete;
-    Raised& operator=(const Raised&) = delete;
-    ~Raised() { --counter_; }
-
-  private:
-    int& counter_;
-};
 
 }  // namespace
 

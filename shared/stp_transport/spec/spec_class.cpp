@@ -61,37 +61,28 @@ bool STPSpecClass::waitFor(RetryHandler* retry, const std::function<bool()>& don
 }
 
 bool STPSpecClass::sendNegotiate(Blocking blocking, RetryHandler*, STPStatus* status) {
-    const Ref<STPSpecClass> hold(this);
-    STPStatus local;
-    STPStatus& result = status ? *status : local;
-    result.clear();
+    Operation operation(*this, status);
     if (!transport_)
-        result = {"[sendNegotiate]: cannot send with NULL transport", STPCode::Misuse};
-    else if (!localUp_)
-        result = {"[sendNegotiate]: virtual connection is down", STPCode::Connection};
-    if (!result.ok()) return false;
+        return operation.fail(STPCode::Misuse, "[sendNegotiate]: cannot send with NULL transport");
+    if (!localUp_) return operation.fail(STPCode::Connection, "[sendNegotiate]: virtual connection is down");
     STPMessage message =
         transport_->newRequest(localId_, remoteId_, STPKind::Negotiation, tagTags, stpOneWay);
     message.body = negotiation_WriteTags(description_);
-    const uint32_t sequence = blocking == Blocking::Yes ? transport_->sendAndFlush(message, 1, &result)
-                                                        : transport_->enqueueMessage(message, &result);
+    const uint32_t sequence = blocking == Blocking::Yes
+                                  ? transport_->sendAndFlush(message, 1, &operation.status)
+                                  : transport_->enqueueMessage(message, &operation.status);
     return sequence != 0;
 }
 
 bool STPSpecClass::awaitTags(RetryHandler* retry, STPStatus* status) {
-    const Ref<STPSpecClass> hold(this);
-    STPStatus local;
-    STPStatus& result = status ? *status : local;
-    result.clear();
+    Operation operation(*this, status);
     if (!transport_)
-        result = {"[awaitTags]: cannot receive tags on NULL transport", STPCode::Misuse};
-    else if (!remoteUp_)
-        result = {"[awaitTags]: virtual connection is down", STPCode::Connection};
-    if (!result.ok()) return false;
+        return operation.fail(STPCode::Misuse, "[awaitTags]: cannot receive tags on NULL transport");
+    if (!remoteUp_) return operation.fail(STPCode::Connection, "[awaitTags]: virtual connection is down");
     while (const STPMessagePtr early = transport_->takeUnclaimed(remoteId_, localId_, STPKind::Negotiation))
         handleMessage(*early);
     return negotiated_ || waitFor(
-                              retry, [this] { return negotiated_; }, result);
+                              retry, [this] { return negotiated_; }, operation.status);
 }
 
 bool STPSpecClass::negotiate(RetryHandler* retry, STPStatus* status) {
@@ -100,30 +91,24 @@ bool STPSpecClass::negotiate(RetryHandler* retry, STPStatus* status) {
 }
 
 bool STPSpecClass::awaitNegotiate(RetryHandler* retry, STPStatus* status) {
-    const Ref<STPSpecClass> hold(this);
-    STPStatus local;
-    STPStatus& result = status ? *status : local;
-    result.clear();
-    if (!checkSendAllowed(Needs::BothUp, true, result)) return false;
+    Operation operation(*this, status);
+    if (!checkSendAllowed(Needs::BothUp, true, operation.status)) return false;
     STPMessage message =
         transport_->newRequest(localId_, remoteId_, STPKind::Negotiation, tagAcknowledge, stpOneWay);
-    if (transport_->sendMessage(message, retry, &result) == 0) return false;
+    if (transport_->sendMessage(message, retry, &operation.status) == 0) return false;
     if (!waitFor(
-            retry, [this] { return negotiateAcknowledged_; }, result))
+            retry, [this] { return negotiateAcknowledged_; }, operation.status))
         return false;
     negotiateAcknowledged_ = false;
     return true;
 }
 
 bool STPSpecClass::requestFormats(RetryHandler* retry, STPStatus* status) {
-    const Ref<STPSpecClass> hold(this);
-    STPStatus local;
-    STPStatus& result = status ? *status : local;
-    result.clear();
-    if (!checkSendAllowed(Needs::BothUp, true, result)) return false;
+    Operation operation(*this, status);
+    if (!checkSendAllowed(Needs::BothUp, true, operation.status)) return false;
     STPMessage message =
         transport_->newRequest(localId_, remoteId_, STPKind::Negotiation, tagFormats, stpWantsReply);
-    const STPMessagePtr reply = exchange(message, retry, result);
+    const STPMessagePtr reply = exchange(message, retry, operation.status);
     if (!reply) return false;
     negotiation_ReadFormats(reply->body, sendTable_);
     formatsKnown_ = true;

@@ -127,7 +127,29 @@ class STPSpecClass : public RefCounted {
 
   private:
     friend class STPSpecClass_HandleMessages;
-    class Busy;
+
+    // What a public operation uses until it is over: the object is held, and the status, the caller's where
+    // he gave one, begins clear.
+    class Operation {
+      public:
+        Operation(STPSpecClass& service, STPStatus* given) : hold_(&service), status(given ? *given : own_) {
+            status.clear();
+        }
+        Operation(const Operation&) = delete;
+        Operation& operator=(const Operation&) = delete;
+        // Ends in failure.
+        bool fail(STPCode code, const char* text) {
+            status = {text, code};
+            return false;
+        }
+
+      private:
+        Ref<STPSpecClass> hold_;
+        STPStatus own_;
+
+      public:
+        STPStatus& status;
+    };
 
     // Receiving.
     bool handleMessage(STPMessage& message);
@@ -138,7 +160,14 @@ class STPSpecClass : public RefCounted {
     void takeTags(const STPMessage& message);
     uint32_t rowFlags(const STPMessage& message) const;
     // Sending.
+    // The handler to wait with, when the guard lets a call begin; null, with the reason in the status, if
+    // not.
+    RetryHandler* allowedRetry(Needs needs, bool knownToPeer, RetryHandler* given, STPStatus& status);
+    // The same for a row of the send table, with its log and its window.
+    RetryHandler* beginCall(size_t row, const std::string& fields, RetryHandler* given, STPStatus& status);
+    STPMessage requestOf(STPBodyForm form, size_t row, std::string body, uint32_t flags);
     void logSend(const char* name, const std::string& fields) const;
+    void logLine(STPLog* to, STPLogWay way, const std::string& line) const;
     STPMessagePtr exchange(STPMessage& message, RetryHandler* retry, STPStatus& status);
     bool waitFor(RetryHandler* retry, const std::function<bool()>& done, STPStatus& status);
     void lost();

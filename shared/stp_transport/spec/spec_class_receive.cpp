@@ -1,6 +1,7 @@
 // Messages that came for a service.
 #include <algorithm>
 
+#include "shared/libcxxutil/raised.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/stp_transport/spec/spec_class.h"
 
@@ -62,18 +63,6 @@ uint32_t STPSpecClass::rowFlags(const STPMessage& message) const {
     return row ? row->flags & (stpOrdered | stpAnyTime) : 0;
 }
 
-// A counter of the object that is up as long as this lives; the object is held.
-class STPSpecClass::Busy {
-  public:
-    explicit Busy(STPSpecClass& service) : service_(&service) { ++service_->busy_; }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-    ~Busy() { --service_->busy_; }
-
-  private:
-    Ref<STPSpecClass> service_;
-};
-
 bool STPSpecClass::handleMessage(STPMessage& message) {
     const Ref<STPTransport> transport = transport_;
     message.header.tag = numberOf(message);
@@ -86,7 +75,8 @@ bool STPSpecClass::handleMessage(STPMessage& message) {
     const auto foreground = stp_ForegroundHooks().take;
     if (row && (row->flags & stpBringsWindowUp) != 0 && foreground) foreground();
     {
-        const Busy busy(*this);
+        const Ref<STPSpecClass> hold(this);
+        const Raised busy(busy_);
         handleByKind(message, reply ? &*reply : nullptr, message.header.tag);
     }
     if (reply && localUp_) transport->sendAndFlush(*reply, replyRounds);
@@ -129,8 +119,6 @@ uint32_t STPSpecClass::handleCommand(const STPMessage&, STPMessage*, uint32_t, u
 }
 
 void STPSpecClass::logReceived(const char* what, const char* name, const std::string& fields) const {
-    if (!receiveLog_) return;
-    receiveLog_->beginEntry(logSource(), STPLogWay::Receive);
-    receiveLog_->printf("%s: %s: %s\n", what, name, fields.c_str());
-    receiveLog_->endEntry(logSource(), STPLogWay::Receive);
+    if (receiveLog_)
+        logLine(receiveLog_, STPLogWay::Receive, gen_format("%s: %s: %s\n", what, name, fields.c_str()));
 }
