@@ -1,5 +1,6 @@
 #include "shared/libcxxutil/retry_handler.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -25,7 +26,13 @@ void RetryHandler::start() {
 bool RetryHandler::keepTrying() {
     for (const auto& goesOn : conditions_)
         if (!goesOn()) return false;
-    if (!limit_) return true;
-    if (deadline() && now_() >= *deadline()) return false;
-    return sinceStart() < *limit_;
+    const auto left = timeLeft();
+    return !left || *left > std::chrono::milliseconds(0);
+}
+
+std::optional<std::chrono::milliseconds> RetryHandler::timeLeft() const {
+    if (!limit_) return std::nullopt;
+    auto left = *limit_ - sinceStart();
+    if (deadline()) left = std::min<std::chrono::nanoseconds>(left, *deadline() - now_());
+    return std::chrono::ceil<std::chrono::milliseconds>(left);
 }

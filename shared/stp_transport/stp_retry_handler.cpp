@@ -25,13 +25,8 @@ void STPRetryHandler::wait() {
         poll_({}, static_cast<int>(napWithoutTransport.count()));
         return;
     }
-    // Not beyond the limit: the wait ends when it should.
-    auto longest = round;
-    if (limit()) {
-        const auto left = *limit() - std::chrono::floor<milliseconds>(sinceStart());
-        longest = std::clamp(left, milliseconds(1), round);
-    }
-    transport_->serviceOnce(longest);
+    // Not beyond the limit or the deadline: the wait ends when it should.
+    transport_->serviceOnce(std::clamp(timeLeft().value_or(round), milliseconds(1), round));
 }
 
 TimeoutSTPRetryHandler::TimeoutSTPRetryHandler(Ref<STPTransport> transport, milliseconds timeout, Now now,

@@ -67,6 +67,13 @@ TEST(TransportCalls, TimeOutsFollowTheClock) {
     EXPECT_EQ(end->awaitResponse(request(end, stpWantsReply), &limited, &status), nullptr);
     EXPECT_EQ(status.code, STPCode::TimeOut);
     EXPECT_EQ(end.script->waits, (std::vector<std::chrono::milliseconds>{10000ms, 10000ms, 5000ms}));
+    // The program's deadline shortens a wait as the limit does.
+    limited.start();
+    RetryHandler::setDeadline(now + 3000ms);
+    limited.wait();
+    EXPECT_EQ(end.script->waits.back(), 3000ms);
+    EXPECT_FALSE(limited.keepTrying());
+    RetryHandler::setDeadline(std::nullopt);
     TimeoutSTPRetryHandler timeout(end.transport, 500ms, [&] { return now; });
     EXPECT_EQ(timeout.limit(), 1000500ms);
     // A transport that is lost ends the wait without the time.
