@@ -32,17 +32,6 @@ struct End {
     STPTransportOptions options() { return {.calls = &calls, .gate = &gate}; }
 };
 
-struct Listening {
-    FileDescriptor socket;
-    uint16_t port = 0;
-    Listening() {
-        STPStatus status;
-        socket = socket_Listen(0, ListenOn::Loopback, status);
-        EXPECT_TRUE(socket.isOpen()) << status.text;
-        port = socket_Port(socket.number()).value_or(0);
-    }
-};
-
 // Two transports with counters of their own, connected over loopback.
 struct Connected {
     End client, server;
@@ -184,6 +173,17 @@ TEST(Connections, OneWaitServesSeveral) {
     STPTransport::serviceFirst(0ms, one, &status);
     expectStatus(status, STPCode::Connection, "[serviceFirst]: select error");
     EXPECT_TRUE(failing->bound());
+    // A descriptor that somebody else closed is told as the system's failure would be.
+    int other[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, other), 0);
+    End broken;
+    ASSERT_TRUE(broken->bindFD(other[0]));
+    ::close(other[0]);
+    STPTransport* const two[] = {a.server.transport.get(), broken.transport.get()};
+    STPTransport::serviceFirst(10s, two, &status);
+    expectStatus(status, STPCode::Connection, "[serviceFirst]: select error");
+    ASSERT_EQ(::dup2(other[1], other[0]), other[0]);  // for the close to come
+    ::close(other[1]);
     failing->serviceOnce(0ms, &status);
     expectStatus(status, STPCode::Connection, "[serviceOnce]: select error, closing connection");
 }
@@ -267,6 +267,29 @@ TEST(InProcess, APairCarriesCallsAndServesItsPeerWhileItWaits) {
     first->serviceOnce(0ms, &status);
     expectStatus(status, STPCode::PeerClosed, "[handleRead]: peer has closed connection");
     EXPECT_TRUE(STPTransport::linkInProcess(*first, *second, &status));
+}
+
+TEST(InProcess, AHeldEndLeavesWhatItCantHandleWithItsPeer) {
+    End a, b;
+    auto [first, second] = STPTransport::createInProcessPair(a.options(), b.options());
+    NotingHandler handler;
+    second->registerHandler(2, 1, handler, STPKind::Text);
+    handler.run = [&](STPMessage&) { return handler.seen.clear(), true; };
+    Gate::Token dialog = b.gate.Begin(GateWork::ModalDialog);
+    const auto send = [&, end = first.get()](size_t count) {
+        for (size_t i = 0; i < count; ++i) sendText(*end, std::string(1000, 'x'));
+        second->handleRead();
+    };
+    send(STPTransport::deferredToPause);
+    const size_t atPause = second->census().inBytes;
+    for (int i = 0; i < 3; ++i) send(1000);
+    EXPECT_EQ(second->census().deferred, STPTransport::deferredToPause);
+    EXPECT_EQ(second->census().inBytes, atPause);
+    EXPECT_GT(first->census().outBytes, 3000u * 1000u);
+    dialog.End();
+    while (b.gate.RunHeld() > 0) {
+    }
+    EXPECT_EQ(first->census().outBytes + second->census().inBytes + second->census().deferred, 0u);
 }
 
 TEST(InProcess, AnotherPartyReadsFromTheFieldsAndIsWoken) {

@@ -35,16 +35,6 @@ class Child {
     pid_t pid_;
 };
 
-struct Listening {
-    FileDescriptor socket;
-    uint16_t port = 0;
-    Listening() {
-        STPStatus status;
-        socket = socket_Listen(0, ListenOn::Loopback, status);
-        port = socket_Port(socket.number()).value_or(0);
-    }
-};
-
 // Answers every request with its body, for one client.
 void runEcho(int listening) {
     const auto transport = ref_Make<STPTransport>();

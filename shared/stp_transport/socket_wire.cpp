@@ -13,7 +13,8 @@ namespace {
 
 WireMoved failure(int number) {
     const SocketError error = socket_ErrorOf(number);
-    if (error == SocketError::WouldBlock) return {};
+    // A signal that came between costs nothing but another try.
+    if (error == SocketError::WouldBlock || error == SocketError::Interrupted) return {};
     return {Moved::Failed, 0, error};
 }
 
@@ -49,7 +50,7 @@ WireMoved SocketWire::read(std::span<uint8_t> room) {
     if (form_ == Form::Plain) return fromPipe(pipe_Read(descriptor_, room));
     if (room.empty()) return {};
     const ssize_t got = ::recv(descriptor_.number(), room.data(), room.size(), 0);
-    if (got < 0) return errno == EINTR ? WireMoved{} : failure(errno);
+    if (got < 0) return failure(errno);
     return {got == 0 ? Moved::End : Moved::Some, static_cast<size_t>(got), SocketError::None};
 }
 

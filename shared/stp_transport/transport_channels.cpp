@@ -63,11 +63,12 @@ bool STPChannel::startChannel(RetryHandler* retry, STPStatus* result) {
         return end(STPCode::ChannelClosed, "[startChannel]: Channel has been closed.");
     transport->beginOperation();
     startSent = true;
-    if (transport->sendControl(STPKind::Channel, firstId, secondId, tagStart))
-        hold->waitUntil(retry, [this] { return startReceived || closeReceived; });
+    const bool sent = transport->sendControl(STPKind::Channel, firstId, secondId, tagStart);
+    if (sent) hold->waitUntil(retry, [this] { return startReceived || closeReceived; });
     if (startReceived) return end(STPCode::Ok, "");
     if (closeReceived)
         return end(STPCode::ChannelClosed, "[startChannel]: channel already closed before start");
+    if (!sent) return end(hold->status().code, hold->status().text.c_str());
     return end(STPCode::TimeOut, "[startChannel]: reached timeout while waiting to receive start");
 }
 
@@ -83,11 +84,8 @@ bool STPChannel::closeChannel(RetryHandler* retry, STPStatus* result) {
         return end(STPCode::ChannelClosed, "[startChannel]: Channel already closed.");
     transport->beginOperation();
     closeSent = true;
-    if (!transport->sendControl(STPKind::Channel, firstId, secondId, tagClose)) {
-        status = hold->status();
-        if (result) *result = status;
-        return false;
-    }
+    if (!transport->sendControl(STPKind::Channel, firstId, secondId, tagClose))
+        return end(hold->status().code, hold->status().text.c_str());
     hold->waitUntil(retry, [&] { return !hold->wantsOutput(); });
     if (!transport) return end(STPCode::ChannelClosed, "[startChannel]: Channel already closed.");
     if (hold->wantsOutput())

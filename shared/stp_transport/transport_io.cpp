@@ -65,6 +65,7 @@ bool STPTransport::somethingToHandle() const {
 
 void STPTransport::serviceFirst(milliseconds longest, std::span<STPTransport* const> transports,
                                 STPStatus* status) {
+    const STPStatus selectFailed{"[serviceFirst]: select error", STPCode::Connection};
     std::vector<Ref<STPTransport>> serviced;
     for (STPTransport* transport : transports.first(std::min(transports.size(), mostServiced)))
         serviced.emplace_back(transport);
@@ -86,11 +87,13 @@ void STPTransport::serviceFirst(milliseconds longest, std::span<STPTransport* co
     }
     const PollFunction poll = serviced.empty() ? PollFunction(watches_Poll) : serviced[0]->options_.poll;
     if (poll(entries, static_cast<int>(longest.count())) < 0) {
-        if (errno != EINTR) result = {"[serviceFirst]: select error", STPCode::Connection};
+        if (errno != EINTR) result = selectFailed;
     } else {
         for (size_t i = 0; i < serviced.size(); ++i) {
             STPTransport& transport = *serviced[i];
             const bool gone = (entries[i].revents & (POLLHUP | POLLERR)) != 0;
+            // One that is not open would be told again at once, for ever.
+            if (entries[i].revents & POLLNVAL) result = selectFailed;
             if (!transport.descriptor() && transport.bound())
                 transport.serviceSocket(milliseconds(0));
             else
@@ -141,7 +144,7 @@ void STPTransport::handleRead() {
     if (!bound()) return;
     if (!inProcess_) {
         readOnce();
-    } else {
+    } else if (!paused()) {  // a watched socket is not asked then; the other party asks unwatched
         // All that the peer has; it can't grow while we copy. A peer that is gone is found by the first read.
         do {
             if (!readOnce()) break;

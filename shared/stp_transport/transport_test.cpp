@@ -240,6 +240,24 @@ TEST(Transport, OutputHasAnEnd) {
     EXPECT_LE(end->census().outBytes, STPTransport::mostOutput);
 }
 
+TEST(Transport, AChannelTellsWhyItsControlCouldNotBeSent) {
+    ScriptedEnd end;
+    STPStatus status;
+    end.come(packet_Of({2, 1, 1, 0, 6, 1, 2, {}}));
+    const auto channel = end->createChannel(1, 2, nullptr, &status);
+    ASSERT_NE(channel, nullptr) << status.text;
+    for (const size_t bytes : {stpMostBody - 64, size_t{0}}) {
+        STPMessage message = textMessage(*end.transport, std::string(bytes, 'x'));
+        while (end->enqueueMessage(message) != 0) {
+        }
+    }
+    EXPECT_FALSE(channel->startChannel(nullptr, &status));
+    expectStatus(status, STPCode::Connection, "[enqueueMessage]: too much waits to be written");
+    EXPECT_FALSE(channel->closeChannel(nullptr, &status));
+    expectStatus(status, STPCode::Connection, "[enqueueMessage]: too much waits to be written");
+    EXPECT_TRUE(end->bound());
+}
+
 TEST(Transport, WritesBeforeItReadsAndHandlesWhatIsBufferedFirst) {
     ScriptedEnd end;
     NotingHandler handler;

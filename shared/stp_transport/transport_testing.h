@@ -56,6 +56,18 @@ struct ScriptedEnd {
     }
 };
 
+// A socket that listens on a port of the system's choice.
+struct Listening {
+    FileDescriptor socket;
+    uint16_t port = 0;
+    Listening() {
+        STPStatus status;
+        socket = socket_Listen(0, ListenOn::Loopback, status);
+        EXPECT_TRUE(socket.isOpen()) << status.text;
+        port = socket_Port(socket.number()).value_or(0);
+    }
+};
+
 // Writes down the messages of channel 2, 1 and what the test does with them.
 struct NotingHandler : STPHandler {
     std::vector<STPMessage> seen;
