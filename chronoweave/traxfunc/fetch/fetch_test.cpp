@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "chronoweave/traxfunc/canvas/rows.h"
@@ -258,6 +260,43 @@ TEST(Fetch, RangeWithNoEventsShowsTheStatesBeforeIt) {
     ASSERT_EQ(lane->segments.size(), 1u);
     EXPECT_EQ(lane->segments[0].t0, 1.0);
     EXPECT_EQ(lane->segments[0].t1, 2.0);
+}
+
+TEST(Fetch, StatusesEndWhereTheStoreCantBeReadAndBeginAnewBehind) {
+    const Quiet quiet;
+    TestCanvas test;
+    test.canvas->options.prefetch = false;
+    std::vector<TestEvent> events{name_event(0, 0x400, "A")};
+    for (mt_Time time = 1; time < 400; ++time) events.push_back({time, mt_Interrupt, 0, words({0x400, 0})});
+    ASSERT_TRUE(test.Open(events));
+    const std::string stream = test.folder / "store0.trs";
+    CursorPosition damaged;
+    TraceStore& store = *test.canvas->source.store;
+    ASSERT_TRUE(mt_GetEventListAndStateFromTimeRange(store, 150, true, damaged, nullptr));
+    std::fstream file(stream, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(damaged.offset);
+    file << std::string(64, '\xFF');
+    file.close();
+    ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, 0, test.canvas->source.totalLength));
+    const laItem_Line* lane = laCanvas_FindLane(test.canvas->items, 0x400);
+    ASSERT_NE(lane, nullptr);
+    ASSERT_EQ(lane->segments.size(), 2u);
+    EXPECT_NEAR(lane->segments[0].t1, 0.149, 1e-9) << "the last event that can be read";
+    EXPECT_NEAR(lane->segments[1].t0, 0.200, 1e-9) << "the next block";
+    EXPECT_NEAR(lane->segments[1].t1, 0.400, 1e-9);
+    const laItem_Bitmap& last = test.canvas->items.bitmaps[test.canvas->items.bitmaps.size() - 1];
+    EXPECT_EQ(laItem_StoreSequence(test.canvas->items, last), 400u) << "numbers jump with the events";
+    const std::string told = laSource_TellDamage(test.canvas->source);
+    EXPECT_NE(told.find("The store is damaged: " + stream + ", byte " + std::to_string(damaged.offset)),
+              std::string::npos)
+        << told;
+    EXPECT_TRUE(laSource_TellDamage(test.canvas->source).empty()) << "once";
+    // Nothing behind can be read: the last status isn't drawn to the end.
+    std::filesystem::resize_file(stream, damaged.offset);
+    ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, 0, test.canvas->source.totalLength));
+    lane = laCanvas_FindLane(test.canvas->items, 0x400);
+    ASSERT_EQ(lane->segments.size(), 1u);
+    EXPECT_NEAR(lane->segments[0].t1, 0.149, 1e-9);
 }
 
 TEST(Fetch, ItemsStaySmall) {
