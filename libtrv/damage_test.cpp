@@ -2,10 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 
-#include "libtrv/store_image_testing.h"
+#include "libtrv/store_damage_testing.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -93,15 +92,7 @@ std::vector<Question> questions(std::mt19937& random, mt_Time end, uint32_t even
     };
 }
 
-// A store with what is done to it.
-struct Case {
-    StoreImage image;
-    std::string what;
-    uint64_t failFrom = 0, failTo = 0;  // bytes of the stream that can't be read
-    uint64_t indexFailFrom = 0, indexFailTo = 0;
-};
-
-TraceStorePtr open_case(const Case& one, std::string& why) {
+TraceStorePtr open_case(const DamagedImage& one, std::string& why) {
     const auto device = [](const Bytes& bytes, uint64_t from, uint64_t to) {
         return std::make_unique<FailingDevice>(std::make_shared<Bytes>(bytes), from, to);
     };
@@ -110,100 +101,8 @@ TraceStorePtr open_case(const Case& one, std::string& why) {
                             device(one.image.index, one.indexFailFrom, one.indexFailTo), "run", &why);
 }
 
-class Damager {
-  public:
-    Damager(const StoreImage& whole, unsigned seed) : whole_(whole), random_(seed) {}
-
-    Case next() {
-        Case one{whole_, "", 0, 0, 0, 0};
-        switch (random_() % 10) {
-            case 0:
-                cut(one, one.image.events, "stream");
-                break;
-            case 1:
-                cut(one, one.image.index, "index");
-                break;
-            case 2:
-                cut(one, one.image.version, "version");
-                break;
-            case 3:
-            case 4:
-            case 5:
-                overwrite(one, one.image.events, "stream");
-                break;
-            case 6:
-                overwrite(one, one.image.index, "index");
-                break;
-            case 7:
-            case 8:
-                disagree(one);
-                break;
-            default:
-                fail(one);
-        }
-        return one;
-    }
-    std::mt19937& random() { return random_; }
-
-  private:
-    size_t below(size_t n) { return random_() % std::max<size_t>(n, 1); }
-
-    void cut(Case& one, Bytes& bytes, const char* name) {
-        const size_t size = below(bytes.size());
-        bytes.resize(size);
-        one.what = std::string(name) + " cut at " + std::to_string(size);
-    }
-    // 64 bytes and more: noise, zeros, ones, or bytes of another place.
-    void overwrite(Case& one, Bytes& bytes, const char* name) {
-        const size_t size = std::min(bytes.size(), 64 + below(below(3) == 0 ? 3000 : 200));
-        const size_t at = below(bytes.size() - size + 1), from = below(bytes.size() - size + 1);
-        const Bytes other(bytes.begin() + static_cast<ptrdiff_t>(from),
-                          bytes.begin() + static_cast<ptrdiff_t>(from + size));
-        const size_t kind = below(4);
-        for (size_t i = 0; i < size; ++i)
-            bytes[at + i] = kind == 0   ? 0
-                            : kind == 1 ? 0xFF
-                            : kind == 2 ? other[i]
-                                        : static_cast<uint8_t>(random_());
-        one.what = std::string(name) + " overwritten at " + std::to_string(at) + ", " + std::to_string(size) +
-                   " bytes, kind " + std::to_string(kind);
-    }
-    // One record of the index is another one, is missing, stands twice, or two have changed places.
-    void disagree(Case& one) {
-        Bytes& index = one.image.index;
-        const size_t records = (index.size() - 21) / 13;
-        const size_t number = below(records), kind = below(5);
-        const auto place = [&](size_t record) {
-            return index.begin() + static_cast<ptrdiff_t>(20 + 13 * record);
-        };
-        const Bytes record(place(number), place(number + 1));
-        if (kind == 0)
-            index.erase(place(number), place(number + 1));
-        else if (kind == 1)
-            index.insert(place(number), record.begin(), record.end());
-        else if (kind == 2 && number + 1 < records)
-            std::swap_ranges(place(number), place(number + 1), place(number + 1));
-        else
-            for (int i = 0; i < 4; ++i)  // of the time's low half, or of the offset
-                *(place(number) + (kind == 3 ? 5 : 9) + i) = static_cast<uint8_t>(i < 2 ? 0 : random_());
-        one.what = "index disagrees, record " + std::to_string(number) + ", kind " + std::to_string(kind);
-    }
-    void fail(Case& one) {
-        const bool index = below(4) == 0;
-        const uint64_t size = index ? one.image.index.size() : one.image.events.size();
-        const uint64_t from = below(size), to = from + 1 + below(5000);
-        (index ? one.indexFailFrom : one.failFrom) = from;
-        (index ? one.indexFailTo : one.failTo) = to;
-        one.what = std::string(index ? "index" : "stream") + " fails from " + std::to_string(from) + " to " +
-                   std::to_string(to);
-    }
-
-    const StoreImage& whole_;
-    std::mt19937 random_;
-};
-
 // Asks a damaged store everything. The result is what was answered wrongly with nothing said.
-std::string silent_lie(const Case& one, const StoreImage& whole, const std::vector<Question>& asked) {
+std::string silent_lie(const DamagedImage& one, const StoreImage& whole, const std::vector<Question>& asked) {
     for (const Question& question : asked) {
         std::string why;
         const TraceStorePtr store = open_case(one, why);
@@ -223,11 +122,6 @@ std::string silent_lie(const Case& one, const StoreImage& whole, const std::vect
     return {};
 }
 
-unsigned seeds(unsigned otherwise) {
-    const char* wanted = std::getenv("CW_DAMAGE_SEEDS");
-    return wanted ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : otherwise;
-}
-
 class Damage : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -238,17 +132,17 @@ class Damage : public ::testing::Test {
 
 }  // namespace
 
-// CW_DAMAGE_SEEDS sets how many stores are damaged.
+// CW_DAMAGE_SEEDS sets which stores are damaged.
 TEST_F(Damage, IsNeverPassedOverInSilence) {
-    const unsigned count = seeds(2000);
+    const DamageSeeds seeds(4000);
     constexpr uint32_t intervals[] = {100, 7, 40, 250};
     std::vector<StoreImage> stores;
     for (unsigned which = 0; which < 12; ++which)
         stores.push_back(image_of(tracked(random_events(which, 200 + 150 * which)), intervals[which % 4]));
-    for (unsigned seed = 0; seed < count; ++seed) {
+    for (unsigned seed = seeds.first; seed < seeds.end; ++seed) {
         const StoreImage& whole = stores[seed % stores.size()];
         Damager damager(whole, seed);
-        const Case one = damager.next();
+        const DamagedImage one = damager.next();
         const TraceStorePtr sound = open_image(whole);
         const auto asked = questions(damager.random(), mt_GetTimeRange(*sound).end, mt_GetEventCount(*sound));
         const std::string lie = silent_lie(one, whole, asked);
@@ -259,8 +153,8 @@ TEST_F(Damage, IsNeverPassedOverInSilence) {
 TEST_F(Damage, FlippedBitsNeitherCrashNorHang) {
     const StoreImage whole = image_of(tracked(random_events(5, 700)), 100);
     std::mt19937 random(1);
-    for (unsigned round = 0; round < seeds(2000) / 2; ++round) {
-        Case one{whole, "", 0, 0, 0, 0};
+    for (unsigned round = 0; round < DamageSeeds(2000).end / 2; ++round) {
+        DamagedImage one{whole, "", 0, 0, 0, 0};
         Bytes* files[] = {&one.image.events, &one.image.events, &one.image.index, &one.image.version};
         Bytes& file = *files[random() % 4];
         file[random() % file.size()] ^= static_cast<uint8_t>(1 << random() % 8);
@@ -281,7 +175,7 @@ std::string seconds(mt_Time milliseconds) {
 TEST_F(Damage, IsToldWithItsPlaceAndReadingGoesOnBehindIt) {
     const EventList events = tracked(random_events(3, 450));
     const StoreImage whole = image_of(events, 100);
-    Case one{whole, "", 0, 0, 0, 0};
+    DamagedImage one{whole, "", 0, 0, 0, 0};
     const auto at = static_cast<ptrdiff_t>(whole.eventEnds[219]);  // of the 221st event
     std::fill_n(one.image.events.begin() + at, 64, uint8_t{0xFF});
     std::string why;
@@ -321,6 +215,19 @@ TEST_F(Damage, IsToldWithItsPlaceAndReadingGoesOnBehindIt) {
     EXPECT_TRUE(mt_IsDamaged(*store));
 }
 
+namespace {
+void expect_told_once(const DamagedImage& one, const std::string& words) {
+    std::string why, told;
+    const TraceStorePtr store = open_case(one, why);
+    ASSERT_TRUE(store) << words << why;
+    walk_text(*store, 0, mt_NoTime);
+    mt_GetEventCount(*store);
+    for (const Result& damage : mt_TakeDamage(*store)) told += damage.text() + '\n';
+    EXPECT_NE(told.find(words), std::string::npos) << words << "\n" << told;
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+}
+}  // namespace
+
 TEST_F(Damage, EachKindHasItsWords) {
     const StoreImage whole = image_of(tracked(random_events(3, 450)), 100);
     const size_t size = whole.events.size();
@@ -329,50 +236,52 @@ TEST_F(Damage, EachKindHasItsWords) {
     };
     const struct {
         std::string words;
-        std::function<void(Case&)> harm;
+        std::function<void(DamagedImage&)> harm;
     } rows[] = {
         {"run.trs, byte " + std::to_string(size - 1) + ": the file ends without an end mark: read up to ",
-         [&](Case& c) { c.image.events.resize(size - 1); }},
+         [&](DamagedImage& c) { c.image.events.resize(size - 1); }},
         {" s; events from 302 on can't be read",
-         [&](Case& c) { c.image.events.resize(whole.eventEnds[300] + 3); }},
+         [&](DamagedImage& c) { c.image.events.resize(whole.eventEnds[300] + 3); }},
         {": it can't be read: Input/output error; read up to ",
-         [&](Case& c) { c.failFrom = whole.eventEnds[250], c.failTo = c.failFrom + 9; }},
+         [&](DamagedImage& c) { c.failFrom = whole.eventEnds[250], c.failTo = c.failFrom + 9; }},
         {" s; events from 252 to 300 can't be read",
-         [&](Case& c) { c.failFrom = whole.eventEnds[250], c.failTo = c.failFrom + 9; }},
+         [&](DamagedImage& c) { c.failFrom = whole.eventEnds[250], c.failTo = c.failFrom + 9; }},
+        {"run.trs, byte " + std::to_string(whole.eventEnds[448]) + ": an end mark with more events behind it",
+         [&](DamagedImage& c) {
+             put(c.image.events, whole.eventEnds[448], {0, 0, 0, 0, 0, 0, 0, 0, 9, 99});
+         }},
+        {"run.trs, byte " + std::to_string(whole.eventEnds[440]) + ": a change of state that can't be",
+         [&](DamagedImage& c) {
+             put(c.image.events, whole.eventEnds[440] + 9,
+                 {0, 0, 0, 0, 0, 4, 0, 7, 0, 0, 0, 0, 0, 4, 0, 1, 0});
+         }},
         {"run.tri, byte 59: the index ends without an end mark: 2 blocks were found in the stream instead",
-         [](Case& c) { c.image.index.resize(65); }},
+         [](DamagedImage& c) { c.image.index.resize(65); }},
         {"run.tri, byte 20: the index ends without an end mark: 5 blocks",
-         [](Case& c) { c.image.index.resize(20); }},
+         [](DamagedImage& c) { c.image.index.resize(20); }},
         {"run.tri, byte 33: the index can't be read: Input/output error; 4 blocks",
-         [](Case& c) { c.indexFailFrom = 40, c.indexFailTo = 41; }},
+         [](DamagedImage& c) { c.indexFailFrom = 40, c.indexFailTo = 41; }},
         {"run.tri, byte 20: records of the index that are out of order",
-         [&](Case& c) {
+         [&](DamagedImage& c) {
              put(c.image.index, 42, {0, 0, 0, 1});
          }},
         {"run.tri, byte 33: an end mark of the index with records behind it: 4 blocks",
-         [&](Case& c) { std::fill_n(c.image.index.begin() + 33, 26, uint8_t{0}); }},
+         [&](DamagedImage& c) { std::fill_n(c.image.index.begin() + 33, 26, uint8_t{0}); }},
         {"run.trv, byte 30: the file ends within what it has to say",
-         [](Case& c) { c.image.version.resize(30); }},
+         [](DamagedImage& c) { c.image.version.resize(30); }},
         {": a checkpoint interval of 4294967295 events: taken as 100",
-         [&](Case& c) {
+         [&](DamagedImage& c) {
              put(c.image.version, c.image.version.size() - 4, {255, 255, 255, 255});
          }},
         {": a checkpoint interval of 0 events: taken as 100",
-         [&](Case& c) {
+         [&](DamagedImage& c) {
              put(c.image.version, c.image.version.size() - 4, {0, 0, 0, 0});
          }},
     };
     for (const auto& row : rows) {
-        Case one{whole, "", 0, 0, 0, 0};
+        DamagedImage one{whole, "", 0, 0, 0, 0};
         row.harm(one);
-        std::string why, told;
-        const TraceStorePtr store = open_case(one, why);
-        ASSERT_TRUE(store) << row.words << why;
-        walk_text(*store, 0, mt_NoTime);
-        mt_GetEventCount(*store);
-        for (const Result& damage : mt_TakeDamage(*store)) told += damage.text() + '\n';
-        EXPECT_NE(told.find(row.words), std::string::npos) << row.words << "\n" << told;
-        EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+        expect_told_once(one, row.words);
     }
 }
 

@@ -39,7 +39,8 @@ void mt_SkipObjectsUsed(GFile& file) {
 }
 
 bool mt_IsPlausibleBlock(uint16_t objectType, std::span<const uint8_t> block) {
-    if (objectType != mt_ObjectTask || block.size() != mt_TaskBlockSize) return true;
+    if (objectType != mt_ObjectTask) return true;
+    if (block.size() != mt_TaskBlockSize) return block.size() < mt_TaskBlockSize;
     for (const uint32_t flag :
          {mt_TaskStatusValid, mt_TaskPriorityValid, mt_TaskNameValid, mt_TaskPrefixValid})
         if (block[flag] > 1) return false;

@@ -13,7 +13,7 @@ constexpr size_t mt_EntryHead = 10;  // of an entry of a state table: type, id, 
 constexpr size_t mt_KeySize = 6;     // of an objects-used key: type, id
 
 // True when the bytes of a task's state block are such as a task can have: each flag 0 or 1, what is reserved
-// 0. Blocks of other sizes are not known here, and true.
+// 0. Smaller blocks are not known here, and true; there are no larger ones.
 [[nodiscard]] bool mt_IsPlausibleBlock(uint16_t objectType, std::span<const uint8_t> block);
 
 constexpr uint32_t mt_LargestBlock = 0xFFFF;  // bytes of a state block that a change can create
@@ -55,9 +55,11 @@ inline mt_Parse mt_ParseEvent(const uint8_t* start, size_t there, EventRecord& e
                 return mt_Parse::Implausible;
         } else if (kind == mt_ChangeCreate) {
             const size_t length = load_be16(start + size - 2);
+            const bool far = length > mt_TaskBlockSize && load_be16(start + size - 8) == mt_ObjectTask;
+            if (length == 0 || far) return mt_Parse::Implausible;
             at += length;
             if (there < at) continue;
-            if (length == 0 || !mt_IsPlausibleBlock(load_be16(start + size - 8), {start + size, length}))
+            if (!mt_IsPlausibleBlock(load_be16(start + size - 8), {start + size, length}))
                 return mt_Parse::Implausible;
         }
     }

@@ -64,6 +64,11 @@ Row follow(std::span<const uint8_t> bytes, uint8_t type, mt_Time time) {
     return row;
 }
 
+// The end of a last event's changes and the end mark behind it, which no append that was cut short leaves.
+bool ends_like_a_store(std::span<const uint8_t> tail) {
+    return tail[tail.size() - 2] == mt_ChangeEnd && tail[tail.size() - 1] == mt_PacketEnd;
+}
+
 }  // namespace
 
 bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_Time last) {
@@ -81,6 +86,8 @@ bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_T
     // An append that was not finished leads, from the mark on, to its own end mark or to where it is cut.
     const Row append = follow(tail, atBlockEnd ? mt_PacketObjectsUsed : mt_PacketEvent, last);
     if (is_row_to_end(append)) return false;
+    const bool isNoAppend = append.packets == 0 && append.last == Step::None;
+    if (isNoAppend && whole && ends_like_a_store(tail)) return true;
     for (size_t at = 1; at < std::min(longest_stretch, tail.size()); ++at) {
         Row row = follow(tail.subspan(at), tail[at], last);
         row.end += at;

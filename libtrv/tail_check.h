@@ -7,7 +7,7 @@
 #include "libtrv/gfile.h"
 #include "libtrv/store_format.h"
 
-// True when whole events of the store lead from behind the end mark to the end of the file, and what stands
-// at the mark is no beginning of an append. atBlockEnd: the mark stands where a block would begin. last is
-// the time of the last event.
+// True when what stands at the mark is no beginning of an append, and whole events of the store lead from
+// behind the mark to the end of the file, or that at least ends as a store does. atBlockEnd: the mark stands
+// where a block would begin. last is the time of the last event.
 bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_Time last);

@@ -17,8 +17,9 @@ bool AnalysisLine::open(int& status) {
         words.unit = "Tick";
     }
     if (mt_GetEventCount(named.store()) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
-    status = Exit_Usage;
-    return takeRange();
+    const bool taken = takeRange();
+    if (!taken) status = refused();
+    return taken;
 }
 
 bool AnalysisLine::takeRange() {
@@ -106,6 +107,10 @@ int AnalysisLine::finish(RowWriter& rows, const TimeGap* lost) const {
     if (!lost) return status;
     return cli_Failure(line_.path + ": the result lacks what can't be read from " + shownRange(lost->from) +
                        " to " + shownRange(lost->to));
+}
+
+int AnalysisLine::refused() const {
+    return cli_Refused(named.opened);
 }
 
 void AnalysisLine::say(std::string_view message) const {

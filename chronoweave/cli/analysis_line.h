@@ -48,6 +48,8 @@ class AnalysisLine {
     // Closes the output and gives the exit status: that of a failure when some of the range, the first of it
     // lost, could not be read; null when all was.
     int finish(RowWriter& rows, const TimeGap* lost) const;
+    // The exit status of a line that does not fit the trace, of which the user was told.
+    int refused() const;
     void say(std::string_view message) const;  // on standard error, unless quiet
 
   private:

@@ -8,10 +8,9 @@
 
 namespace {
 
-int tell_problems(const std::string& file, const std::vector<RuleProblem>& problems) {
+void tell_problems(const std::string& file, const std::vector<RuleProblem>& problems) {
     for (const RuleProblem& problem : problems)
         cli_SayLine(file + ':' + std::to_string(problem.line) + ": " + problem.what);
-    return Exit_Usage;
 }
 
 const char* unit_word(RuleUnit unit) {
@@ -71,7 +70,8 @@ int command_Check(const CommandLine& line) {
         return cli_UsageError(line.subject + ": " + why);
     std::vector<RuleProblem> problems;
     const std::vector<TimingRule> rules = rules_Read(text, problems);
-    if (!problems.empty()) return tell_problems(line.subject, problems);
+    tell_problems(line.subject, problems);
+    if (!problems.empty()) return Exit_Usage;
     if (rules.empty()) return cli_UsageError(line.subject + ": there is no rule in the file");
     AnalysisLine analysis(line);
     int status = Exit_Usage;
@@ -80,7 +80,8 @@ int command_Check(const CommandLine& line) {
         if (!rules_FitsLegend(rule, analysis.named.legend, why) ||
             !rules_FitsClock(rule, analysis.source.ticksPerSecond, why))
             problems.push_back({rule.line, why});
-    if (!problems.empty()) return tell_problems(line.subject, problems);
+    tell_problems(line.subject, problems);
+    if (!problems.empty()) return analysis.refused();
     std::vector<RuleOutcome> outcomes;
     for (const TimingRule& rule : rules)
         outcomes.push_back(rules_Check(analysis.source, rule, analysis.objects, analysis.words));

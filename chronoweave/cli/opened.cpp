@@ -34,11 +34,18 @@ OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, ui
 int cli_Finish(const OpenedSource& opened, TraceStore* store) {
     int status = opened.error.empty() ? Exit_Done : cli_Failure(opened.error);
     if (!store) return status;
+    // What the canvas has told already counts too.
+    if (mt_IsDamaged(*store)) status = Exit_Failed;
     const std::vector<Result> damage = mt_TakeDamage(*store);
-    for (size_t i = 0; i < std::min(damage.size(), most_told); ++i) status = cli_Failure(damage[i].text());
+    for (size_t i = 0; i < std::min(damage.size(), most_told); ++i) cli_Failure(damage[i].text());
     if (damage.size() > most_told)
         cli_Failure(gen_format("and damage in %zu more places", damage.size() - most_told));
     return status;
+}
+
+int cli_Refused(const OpenedSource& opened) {
+    const int status = cli_Finish(opened, opened.store.get());
+    return status == Exit_Done ? Exit_Usage : status;
 }
 
 bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend, bool& fatal) {

@@ -18,6 +18,9 @@ OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase = {
 // The exit status of a command that printed its result: Exit_Done, or Exit_Failed with what was met said,
 // when opening went not well or the store, which may be null, was found to be damaged since.
 int cli_Finish(const OpenedSource& opened, TraceStore* store);
+// The exit status of a command line that the store refused: Exit_Usage, but that of cli_Finish where damage
+// may be why.
+int cli_Refused(const OpenedSource& opened);
 
 // The legend for a store: of --config, else of the operating system. Without a file for the system, false
 // with fatal clear: the store's own names then serve. A --config that can't be read is fatal.

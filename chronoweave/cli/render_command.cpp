@@ -85,7 +85,7 @@ int command_Render(const CommandLine& line) {
     OpenedSource opened = cli_Open(line);
     if (!opened.store) return cli_Failure(opened.error);
     const auto range = cli_Range(line, *opened.store);
-    if (!range) return Exit_Usage;
+    if (!range) return cli_Refused(opened);
     Legend legend;
     bool fatal = false;
     if (!cli_LoadLegend(line, *opened.store, legend, fatal)) return Exit_Failed;

@@ -101,7 +101,10 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
     if (one) {
         std::string why;
         const auto found = analysis_FindObject(line.object, analysis.objects, analysis.names, why);
-        if (!found) return cli_UsageError("--object: " + why);
+        if (!found) {
+            cli_Say("--object: " + why);
+            return analysis.refused();
+        }
         object = *found;
     }
     RowWriter rows(line, figure_layout(false), analysis.clock());
@@ -143,7 +146,7 @@ std::optional<SearchRequest> general_request(const CommandLine& line, const Anal
 
 int report_general(const CommandLine& line, AnalysisLine& analysis) {
     const auto request = general_request(line, analysis);
-    if (!request) return Exit_Usage;
+    if (!request) return analysis.refused();
     RowWriter rows(line, figure_layout(true), analysis.clock());
     if (!rows.good()) return Exit_Failed;
     ChosenReport report;
@@ -174,7 +177,7 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
     std::vector<uint32_t> idle;
     if (!line.idle.empty()) {
         const auto ids = analysis.objectList(line.idle, "--idle", true);
-        if (!ids) return Exit_Usage;
+        if (!ids) return analysis.refused();
         idle = *ids;
     }
     RowLayout layout{{{"kind", -9},
@@ -253,8 +256,10 @@ int command_Report(const CommandLine& line) {
     analysis.to = std::min(analysis.to, length);
     if (line.subject == "general") analysis.from = std::max(0.0, analysis.from);
     const bool given = !line.from.empty() || !line.to.empty();
-    if (given && !(analysis.from >= 0 && analysis.from < analysis.to))
-        return cli_UsageError("Invalid time range.");
+    if (given && !(analysis.from >= 0 && analysis.from < analysis.to)) {
+        cli_Say("Invalid time range.");
+        return analysis.refused();
+    }
     if (line.subject == "general") return report_general(line, analysis);
     if (line.subject == "load") return report_load(line, analysis);
     return report_statistics(line, analysis);

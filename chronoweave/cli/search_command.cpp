@@ -168,7 +168,7 @@ int command_Search(const CommandLine& line) {
     int status = Exit_Usage;
     if (!analysis.open(status)) return status;
     const auto request = make_request(line, analysis);
-    if (!request) return Exit_Usage;
+    if (!request) return analysis.refused();
     RowWriter rows(line, layout_of(request->kind), analysis.clock());
     if (!rows.good()) return Exit_Failed;
     SearchResult result;

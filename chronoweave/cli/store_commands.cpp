@@ -186,7 +186,7 @@ int command_Events(const CommandLine& line) {
     if (!query || !named.open(line, status)) return status;
     TraceStore& store = named.store();
     const auto range = cli_Range(line, store);
-    if (!range) return Exit_Usage;
+    if (!range) return cli_Refused(named.opened);
     RowWriter rows(line, event_layout, mt_GetTicksPerSecond(store));
     if (!rows.good()) return Exit_Failed;
     StateTable state;
@@ -225,7 +225,10 @@ int command_State(const CommandLine& line) {
     TraceStore& store = named.store();
     const mt_Range all = mt_GetTimeRange(store);
     const auto at = cli_Time(line.at, line.ticks, all.first, mt_GetTicksPerSecond(store));
-    if (!at) return cli_UsageError("--at: not a time: " + line.at);
+    if (!at) {
+        cli_Say("--at: not a time: " + line.at);
+        return cli_Refused(named.opened);
+    }
     RowWriter rows(
         line,
         {{{"object", 10, CellForm::Id}, {"status", 6}, {"statusName", -16}, {"priority", 10}, {"name"}}});
@@ -248,7 +251,7 @@ int command_Objects(const CommandLine& line) {
     if (!named.open(line, status)) return status;
     TraceStore& store = named.store();
     const auto range = cli_Range(line, store);
-    if (!range) return Exit_Usage;
+    if (!range) return cli_Refused(named.opened);
     RowWriter rows(line, {{{"object", 10, CellForm::Id}, {"name"}}});
     if (!rows.good()) return Exit_Failed;
     // Names as they stand at the end of the range.
