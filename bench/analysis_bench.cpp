@@ -6,7 +6,7 @@
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
-#include "chronoweave/analysis/report.h"
+#include "chronoweave/engine/report.h"
 #include "chronoweave/rtos/configure_reader.h"
 
 namespace {

@@ -64,7 +64,7 @@ Outcome event_table(const BenchPlace& place,
 Outcome result_window(const BenchPlace& place) {
     Opened opened(place);
     if (!opened.canvas) return outcome_OfTrouble("the trace can't be shown");
-    const auto facts = std::make_shared<TraceFacts>(*opened.canvas);
+    const auto facts = std::make_shared<CanvasFacts>(*opened.canvas);
     SearchResult result;
     result.request.kind = Search_Status;
     result.request.target = 0;

@@ -101,6 +101,11 @@ inline Bytes refresh_extra(uint32_t id, uint32_t priority, const std::string& na
     return extra;
 }
 
+// A task's name.
+inline TestEvent name_event(mt_Time time, uint32_t id, const std::string& name) {
+    return {time, mt_Refresh, 0, refresh_extra(id, 5, name)};
+}
+
 // Events of every type over a few dozen tasks; times never go back and often stand still.
 inline std::vector<TestEvent> random_events(unsigned seed, size_t count) {
     std::mt19937 random(seed);

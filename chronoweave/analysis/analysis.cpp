@@ -15,37 +15,37 @@ bool search(_LaCanvasData& canvas, const Desk& desk) {
         laCanvas_Refuse(canvas, "There is source file.");
         return false;
     }
-    const auto facts = std::make_shared<TraceFacts>(canvas);
+    const auto facts = std::make_shared<CanvasFacts>(canvas);
     if (auto request = search_Ask(*facts)) search_RunAndShow(desk, facts, std::move(*request));
     return true;
 }
 
 bool search_interval(_LaCanvasData& canvas, const Desk& desk) {
     if (!canvas.source.store) return false;
-    const auto facts = std::make_shared<TraceFacts>(canvas);
+    const auto facts = std::make_shared<CanvasFacts>(canvas);
     if (auto request = search_AskInterval(*facts)) search_RunAndShow(desk, facts, std::move(*request));
     return true;
 }
 
-template <bool (*show)(const std::shared_ptr<TraceFacts>&)>
+template <bool (*show)(const std::shared_ptr<CanvasFacts>&)>
 bool report(_LaCanvasData& canvas) {
     if (!canvas.source.store) {
         laCanvas_Refuse(canvas, "No data source is loaded.");
         return false;
     }
-    return show(std::make_shared<TraceFacts>(canvas));
+    return show(std::make_shared<CanvasFacts>(canvas));
 }
 
-bool report_objects(const std::shared_ptr<TraceFacts>& facts) {
+bool report_objects(const std::shared_ptr<CanvasFacts>& facts) {
     if (const auto range = report_AskRange(*facts)) report_ShowStatistics(facts, *range, std::nullopt);
     return true;
 }
-bool report_task(const std::shared_ptr<TraceFacts>& facts) {
+bool report_task(const std::shared_ptr<CanvasFacts>& facts) {
     if (const auto chosen = report_AskObject(*facts))
         report_ShowStatistics(facts, chosen->range, chosen->object);
     return true;
 }
-bool report_general(const std::shared_ptr<TraceFacts>& facts) {
+bool report_general(const std::shared_ptr<CanvasFacts>& facts) {
     if (const auto chosen = report_AskGeneral(*facts))
         report_ShowChosen(facts, chosen->request, chosen->order);
     return true;

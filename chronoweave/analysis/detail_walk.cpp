@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/analysis/search.h"
+#include "chronoweave/analysis/canvas_facts.h"
+#include "chronoweave/engine/search.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "windlib/busy.h"

@@ -8,7 +8,6 @@
 
 #include <optional>
 
-#include "chronoweave/analysis/search_source.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/fetch/stretch_ends.h"
 

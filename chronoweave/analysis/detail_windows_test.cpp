@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
+#include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/analysis/analysis_testing.h"
 #include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/pointer.h"
 #include "chronoweave/traxfunc/model/geometry.h"

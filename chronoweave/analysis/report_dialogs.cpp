@@ -14,10 +14,10 @@ constexpr int increasingChoice = 0, timeChoice = 1;
 // The whole trace, in two fields.
 class RangeFields {
   public:
-    RangeFields(DialogModel& model, TraceFacts& facts)
+    RangeFields(DialogModel& model, CanvasFacts& facts)
         : facts_(facts),
           model_(model),
-          from_(model, facts, "tf_from", facts.shown(0, 9), 0),
+          from_(model, facts, "tf_from", facts.Shown(0, 9), 0),
           to_(model, facts, "tf_to", end_text(facts), facts.source.totalLength) {}
     // None, and the user was told, for what is no range. Values behind the trace's end are cut to it.
     std::optional<ReportRange> Take() {
@@ -31,18 +31,18 @@ class RangeFields {
     }
 
   private:
-    static std::string end_text(const TraceFacts& facts) {
-        const std::string end = facts.shown(facts.source.totalLength, 9);
+    static std::string end_text(const CanvasFacts& facts) {
+        const std::string end = facts.Shown(facts.source.totalLength, 9);
         return end + " (Max: " + end + ')';
     }
-    TraceFacts& facts_;
+    CanvasFacts& facts_;
     DialogModel& model_;
     TimeField from_, to_;
 };
 
 }  // namespace
 
-std::optional<ReportRange> report_AskRange(TraceFacts& facts) {
+std::optional<ReportRange> report_AskRange(CanvasFacts& facts) {
     DialogModel model(report_RangeDialog());
     model.setText("t_prompt", "Please define a period (in " + facts.words.unit + "):");
     RangeFields fields(model, facts);
@@ -54,7 +54,7 @@ std::optional<ReportRange> report_AskRange(TraceFacts& facts) {
     return facts.canvas.calls.host->Run(model) == accepted ? range : std::nullopt;
 }
 
-std::optional<ReportObject> report_AskObject(TraceFacts& facts) {
+std::optional<ReportObject> report_AskObject(CanvasFacts& facts) {
     const AnalysisWords& words = facts.words;
     if (facts.objects.empty()) {
         laCanvas_UpdateFields(facts.canvas, 0, ("There is no " + words.lowerTerm + '.').c_str());
@@ -79,10 +79,8 @@ std::optional<ReportObject> report_AskObject(TraceFacts& facts) {
     return facts.canvas.calls.host->Run(model) == accepted ? std::optional(chosen) : std::nullopt;
 }
 
-std::optional<ReportGeneral> report_AskGeneral(TraceFacts& facts) {
+std::optional<ReportGeneral> report_AskGeneral(CanvasFacts& facts) {
     ReportGeneral chosen;
-    chosen.request.canvas = &facts.canvas;
-    chosen.request.timeMode = facts.canvas.axis.timeMode;
     if (!search_AskObjects(facts, chosen.request) || !search_AskKind(facts, chosen.request, true) ||
         !search_AskTarget(facts, chosen.request))
         return std::nullopt;

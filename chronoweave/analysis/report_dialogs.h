@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "chronoweave/analysis/report.h"
-#include "chronoweave/analysis/trace_facts.h"
+#include "chronoweave/analysis/canvas_facts.h"
+#include "chronoweave/engine/report.h"
 #include "windlib/dialog/description.h"
 
 struct ReportRange {
@@ -20,10 +20,10 @@ struct ReportGeneral {
 };
 
 // None when cancelled, or without objects to choose from.
-std::optional<ReportRange> report_AskRange(TraceFacts& facts);
-std::optional<ReportObject> report_AskObject(TraceFacts& facts);
+std::optional<ReportRange> report_AskRange(CanvasFacts& facts);
+std::optional<ReportObject> report_AskObject(CanvasFacts& facts);
 // Objects, kind, event or status, and order.
-std::optional<ReportGeneral> report_AskGeneral(TraceFacts& facts);
+std::optional<ReportGeneral> report_AskGeneral(CanvasFacts& facts);
 
 // "SelectTimeRange": "t_prompt", "tf_from", "tf_to", message line, "ok", "cancel".
 DialogDescription report_RangeDialog();

@@ -1,11 +1,12 @@
 #include "chronoweave/analysis/report_window.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
-#include "chronoweave/analysis/report_texts.h"
 #include "chronoweave/analysis/search_window.h"
 #include "chronoweave/analysis/table_text.h"
+#include "chronoweave/engine/report_texts.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* widestShare = "999.9%";
 constexpr int widestBar = 100;
+constexpr int barHeight = 9, barLeft = 1, barGap = 3;
 
 // A table whose rows never change. A row's id is its place.
 struct BarTable {
@@ -77,7 +79,7 @@ void fill(DialogModel& model, const char* name, const Legend& legend, BarTable f
     list.viewResized = [table, &list](int) {
         if (!list.measure) return;
         for (const int column : table->barColumns) {
-            int width = report_BarLeft + widestBar + report_BarGap + list.measure(widestShare, false);
+            int width = barLeft + widestBar + barGap + list.measure(widestShare, false);
             for (const std::string& title : table->titles[static_cast<size_t>(column)])
                 width = std::max(width, list.measure(title, true));
             if (!list.Column(column).widthFixed) list.SetWidth(column, width + list.cellMargin);
@@ -112,12 +114,12 @@ void show_load(DialogModel& model, const AnalysisWords& words, const LoadReport&
     fill(model, "load", *words.legend, load_table(words, load));
 }
 
-std::string title_of(const TraceFacts& facts) {
+std::string title_of(const CanvasFacts& facts) {
     return text_utf8(report_WindowTitle(facts.canvas.source.canvasName));
 }
 
 // Opens a filled window: its menu, and its place among the canvas's windows. table is the described list.
-void open(const std::shared_ptr<TraceFacts>& facts, std::unique_ptr<DialogModel> made, const char* table) {
+void open(const std::shared_ptr<CanvasFacts>& facts, std::unique_ptr<DialogModel> made, const char* table) {
     DialogModel& model = *made;
     _LaCanvasData& canvas = facts->canvas;
     model.setTitle(title_of(*facts));
@@ -131,20 +133,20 @@ void open(const std::shared_ptr<TraceFacts>& facts, std::unique_ptr<DialogModel>
 }
 
 // What a walk says that did not end well. False then, and there is no window.
-bool good(TraceFacts& facts, ReportOutcome outcome) {
+bool good(CanvasFacts& facts, ReportOutcome outcome) {
     if (outcome == ReportOutcome::NoObjects)
         laCanvas_Refuse(facts.canvas, report_NoObjectsMessage(facts.words));
     return outcome == ReportOutcome::Done;
 }
 
-void tell_end(TraceFacts& facts, bool stopped, double reached, const TimeGap* lost) {
+void tell_end(CanvasFacts& facts, bool stopped, double reached, const TimeGap* lost) {
     const std::string text = analysis_EndText(facts, stopped, reached, lost);
     if (text.empty()) return;
     const std::string message = stopped ? "The report covers a part." + text : text.substr(1);
     laCanvas_UpdateFields(facts.canvas, 0, message.c_str());
 }
 
-void set_fields(DialogModel& model, const TraceFacts& facts, const ChosenReport& report) {
+void set_fields(DialogModel& model, const CanvasFacts& facts, const ChosenReport& report) {
     const AnalysisWords& words = facts.words;
     const SearchRequest& request = report.request;
     const bool event = request.kind == Search_Event;
@@ -154,9 +156,9 @@ void set_fields(DialogModel& model, const TraceFacts& facts, const ChosenReport&
     model.setText("tf_objtype", report_ChosenTypeName(request.kind));
     model.setText("tf_objname", text_utf8(event ? analysis_EventName(*words.legend, request.target)
                                                 : analysis_StatusName(*words.legend, request.target)));
-    model.setText("tf_from", facts.shown(report.rangeFrom, 6));
-    model.setText("tf_to", facts.shown(report.rangeTo, 6));
-    model.setText("tf_timelen", facts.shown(report.rangeLength(), 6));
+    model.setText("tf_from", facts.Shown(report.rangeFrom, 6));
+    model.setText("tf_to", facts.Shown(report.rangeTo, 6));
+    model.setText("tf_timelen", facts.Shown(report.rangeLength(), 6));
     model.setText("tf_tasknum", gen_format("%zu", report.figures.size()));
     model.setText("tf_objnum", std::to_string(report.totalCount));
     model.setText("tf_sorting", std::string(report.order.increasing ? "Increasing" : "Descending") +
@@ -179,20 +181,31 @@ BarTable chosen_table(const AnalysisWords& words, const ChosenReport& report) {
     return table;
 }
 
+// In pixels; 0 for none.
+int bar_width(double fraction) {
+    return fraction > 0 ? static_cast<int>(std::floor(100 * fraction + 0.5)) : 0;
+}
+
 }  // namespace
+
+Colour report_BarColour(const Legend& legend, int32_t status) {
+    if (status < 0 || static_cast<size_t>(status) >= legend.statuses.size()) return NoColour;
+    const LegendStatus& row = legend.statuses[static_cast<size_t>(status)];
+    return colour_From16(row.red, row.green, row.blue);
+}
 
 void report_DrawBar(Surface& surface, int x, int y, int h, double fraction, Colour colour) {
     if (!(fraction > 0)) return;
-    const int width = report_BarWidth(fraction), left = x + report_BarLeft;
+    const int width = bar_width(fraction), left = x + barLeft;
     if (width > 0)
-        surface.fillRect(left, y + (h - report_BarHeight) / 2, width, report_BarHeight,
+        surface.fillRect(left, y + (h - barHeight) / 2, width, barHeight,
                          colour == NoColour ? surface.foreground() : colour);
     const FontMetrics font = surface.fontMetrics(Font_Application);
-    surface.drawText(left + width + report_BarGap, y + (h - font.height) / 2 + font.ascent,
-                     report_BarText(fraction), surface.foreground(), NoColour);
+    surface.drawText(left + width + barGap, y + (h - font.height) / 2 + font.ascent, report_BarText(fraction),
+                     surface.foreground(), NoColour);
 }
 
-void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const ReportRange& range,
+void report_ShowStatistics(const std::shared_ptr<CanvasFacts>& facts, const ReportRange& range,
                            std::optional<uint32_t> object) {
     LegendStatistics statistics;
     LoadReport load;
@@ -224,7 +237,7 @@ void report_ShowStatistics(const std::shared_ptr<TraceFacts>& facts, const Repor
              statistics.damaged ? &statistics.lost : nullptr);
 }
 
-void report_ShowChosen(const std::shared_ptr<TraceFacts>& facts, const SearchRequest& request,
+void report_ShowChosen(const std::shared_ptr<CanvasFacts>& facts, const SearchRequest& request,
                        ReportOrder order) {
     ChosenReport report;
     LoadReport load;

@@ -240,6 +240,9 @@ TEST(ReportBar, IsAsWideAsItsShareAndBearsIt) {
     RecordingSurface surface(200, 50);
     report_DrawBar(surface, 0, 0, 9, 0.5, NoColour);
     EXPECT_EQ(surface.of(SurfaceOp::Fill)[0].colour, surface.foreground());
+    const Legend legend = test_legend();
+    EXPECT_EQ(report_BarColour(legend, legend.StatusByName("Running")), 0x400000u);
+    EXPECT_EQ(report_BarColour(legend, -1), NoColour);
 }
 
 TEST_F(ReportWindowTest, NoObjectIsTold) {

@@ -16,20 +16,20 @@ constexpr double leastPeriod = 1e-12;
 constexpr const char* invalidRange = "Invalid time range.";
 
 // On the message lines of the canvas and of the dialog.
-void tell(TraceFacts& facts, DialogModel& model, const std::string& message) {
+void tell(CanvasFacts& facts, DialogModel& model, const std::string& message) {
     laCanvas_UpdateFields(facts.canvas, 0, message.c_str());
     model.setMessage(message);
 }
-void refuse(TraceFacts& facts, DialogModel& model, const std::string& message) {
+void refuse(CanvasFacts& facts, DialogModel& model, const std::string& message) {
     laCanvas_Beep(facts.canvas);
     tell(facts, model, message);
 }
-void error(TraceFacts& facts, const std::string& message) {
+void error(CanvasFacts& facts, const std::string& message) {
     laCanvas_Beep(facts.canvas);
     facts.canvas.calls.host->Message(message);
 }
 
-std::string with_max(const TraceFacts& facts, const std::string& text) {
+std::string with_max(const CanvasFacts& facts, const std::string& text) {
     return text + " (Max: " + laCanvas_TotalLengthText(facts.canvas) + ')';
 }
 
@@ -76,7 +76,7 @@ int32_t resolved(const Legend& legend, int kind, size_t row) {
                                  : legend.EventByName(legend.events[row].name);
 }
 
-bool take_objects(TraceFacts& facts, DialogModel& model, const TimeField& from, const TimeField& to,
+bool take_objects(CanvasFacts& facts, DialogModel& model, const TimeField& from, const TimeField& to,
                   SearchRequest& request) {
     const auto periodFrom = from.isEmpty() ? 0.0 : from.value();
     const auto periodTo = to.isEmpty() ? -1.0 : to.value();
@@ -99,7 +99,7 @@ bool take_objects(TraceFacts& facts, DialogModel& model, const TimeField& from, 
 }
 
 // What a report can cover is cut to the trace. Its end is part of it: it may be one tick.
-bool fits_report(const TraceFacts& facts, SearchRequest& request) {
+bool fits_report(const CanvasFacts& facts, SearchRequest& request) {
     if (request.rangeFrom > request.rangeTo) return false;
     for (double* end : {&request.rangeFrom, &request.rangeTo})
         *end = std::clamp(*end, 0.0, facts.source.totalLength);
@@ -107,7 +107,7 @@ bool fits_report(const TraceFacts& facts, SearchRequest& request) {
 }
 
 // What "Ok" says of the lists of a pattern, in this order; empty when all is well.
-std::string pattern_fault(const TraceFacts& facts, const DialogModel& model, SearchRequest& request) {
+std::string pattern_fault(const CanvasFacts& facts, const DialogModel& model, SearchRequest& request) {
     const Legend& legend = *facts.words.legend;
     for (const auto& [list, word, target] :
          {std::tuple{"begin", "begin", &request.target}, {"end", "end", &request.endTarget}}) {
@@ -136,7 +136,7 @@ void select_all(DialogModel& model, std::string_view list) {
 
 }  // namespace
 
-bool search_AskObjects(TraceFacts& facts, SearchRequest& request) {
+bool search_AskObjects(CanvasFacts& facts, SearchRequest& request) {
     const AnalysisWords& words = facts.words;
     if (facts.objects.empty()) {
         laCanvas_UpdateFields(facts.canvas, 0, ("There is no " + words.lowerTerm + '.').c_str());
@@ -158,16 +158,16 @@ bool search_AskObjects(TraceFacts& facts, SearchRequest& request) {
     return facts.canvas.calls.host->Run(model) == accepted;
 }
 
-bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport) {
+bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport) {
     DialogModel model(search_KindDialog((request.flags & Search_OfferPattern) != 0));
     model.setText("t_range", "A period for searched object(s) (in " + facts.words.unit + ')');
     const bool period = is_period(request);
     const double end = period ? request.periodTo : facts.source.totalLength;
     const TimeField from(model, facts, "tf_from",
-                         period ? laTime_TrimZeros(facts.shown(request.periodFrom, 10)) : "0.0",
+                         period ? laTime_TrimZeros(facts.Shown(request.periodFrom, 10)) : "0.0",
                          period ? request.periodFrom : 0);
     const TimeField to(model, facts, "tf_to",
-                       with_max(facts, period ? laTime_TrimZeros(facts.shown(end, 10))
+                       with_max(facts, period ? laTime_TrimZeros(facts.Shown(end, 10))
                                               : laCanvas_TotalLengthText(facts.canvas)),
                        end);
     model.onPress = [&](const std::string& name) {
@@ -189,7 +189,7 @@ bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport) {
     return facts.canvas.calls.host->Run(model) == accepted;
 }
 
-bool search_AskTarget(TraceFacts& facts, SearchRequest& request) {
+bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
     if (request.kind == Search_Switch) return true;
     const Legend& legend = *facts.words.legend;
     const bool event = request.kind == Search_Event;
@@ -215,7 +215,7 @@ bool search_AskTarget(TraceFacts& facts, SearchRequest& request) {
     return facts.canvas.calls.host->Run(model) == accepted;
 }
 
-bool search_AskPattern(TraceFacts& facts, SearchRequest& request) {
+bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
     const AnalysisWords& words = facts.words;
     DialogModel model(search_PatternDialog());
     for (const char* list : {"begin", "end"}) model.setRows(list, event_names(*words.legend));
@@ -237,10 +237,8 @@ bool search_AskPattern(TraceFacts& facts, SearchRequest& request) {
     return facts.canvas.calls.host->Run(model) == accepted;
 }
 
-std::optional<SearchRequest> search_Ask(TraceFacts& facts) {
+std::optional<SearchRequest> search_Ask(CanvasFacts& facts) {
     SearchRequest request;
-    request.canvas = &facts.canvas;
-    request.timeMode = facts.canvas.axis.timeMode;
     request.flags = Search_OfferPattern;
     if (!search_AskObjects(facts, request) || !search_AskKind(facts, request)) return std::nullopt;
     const bool done =
@@ -256,7 +254,7 @@ struct IntervalFields {
 };
 
 // False when the dialog stays. An empty field ends the search.
-bool take_criteria(TraceFacts& facts, DialogModel& model, const IntervalFields& fields,
+bool take_criteria(CanvasFacts& facts, DialogModel& model, const IntervalFields& fields,
                    IntervalCriteria& criteria, bool& empty) {
     const auto name = [&](const char* item, const std::vector<int32_t>& rows) {
         const auto choice = static_cast<size_t>(std::max(0, model.item(item).choice));
@@ -278,7 +276,7 @@ bool take_criteria(TraceFacts& facts, DialogModel& model, const IntervalFields& 
 
 }  // namespace
 
-std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
+std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts) {
     const Legend& legend = *facts.words.legend;
     const auto rows = search_IntervalEvents(legend, facts.canvas.options.allForIntervalSearch);
     if (rows.empty()) return std::nullopt;
@@ -297,7 +295,7 @@ std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
     }
     model.setText("t_range", "&Within (in " + facts.words.unit + "):");
     const TimeField from(model, facts, "tf_from", "0", 0);
-    const TimeField to(model, facts, "tf_to", facts.shown(facts.source.totalLength, 6),
+    const TimeField to(model, facts, "tf_to", facts.Shown(facts.source.totalLength, 6),
                        facts.source.totalLength);
     IntervalCriteria criteria;
     bool empty = true;
@@ -308,7 +306,5 @@ std::optional<SearchRequest> search_AskInterval(TraceFacts& facts) {
     };
     if (facts.canvas.calls.host->Run(model) != accepted) return std::nullopt;
     SearchRequest request = search_IntervalRequest(legend, criteria);
-    request.canvas = &facts.canvas;
-    request.timeMode = facts.canvas.axis.timeMode;
     return request;
 }

@@ -4,25 +4,25 @@
 
 #include <optional>
 
-#include "chronoweave/analysis/search.h"
-#include "chronoweave/analysis/trace_facts.h"
+#include "chronoweave/analysis/canvas_facts.h"
+#include "chronoweave/engine/search.h"
 #include "windlib/dialog/description.h"
 
 // The whole chain of a search. None when the user cancelled at any step, or when there is nothing to choose
 // from, which the message line tells.
-std::optional<SearchRequest> search_Ask(TraceFacts& facts);
+std::optional<SearchRequest> search_Ask(CanvasFacts& facts);
 // The one dialog of an interval search. None when cancelled, or without events (silently) or objects to
 // choose.
-std::optional<SearchRequest> search_AskInterval(TraceFacts& facts);
+std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts);
 
 // The steps; false when cancelled. The objects and the period in which they are alive:
-bool search_AskObjects(TraceFacts& facts, SearchRequest& request);
+bool search_AskObjects(CanvasFacts& facts, SearchRequest& request);
 // The kind and the range. With Search_OfferPattern the pattern is among them; with asReport the range must be
 // one that a report can cover.
-bool search_AskKind(TraceFacts& facts, SearchRequest& request, bool asReport = false);
+bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport = false);
 // The event or status; nothing is asked for a context switch.
-bool search_AskTarget(TraceFacts& facts, SearchRequest& request);
-bool search_AskPattern(TraceFacts& facts, SearchRequest& request);
+bool search_AskTarget(CanvasFacts& facts, SearchRequest& request);
+bool search_AskPattern(CanvasFacts& facts, SearchRequest& request);
 
 // "SelectObjects" and "SelectOneObject": "t_prompt", "list", "t_period", "t_from", "tf_from", "t_to",
 // "tf_to", message line, "ok", "cancel".

@@ -33,7 +33,7 @@ void analysis_RemoveWindow(_LaCanvasData& canvas, const DialogModel& model) {
 // What stands behind a result window while it is open. A row's id in the list is its place in the result.
 class SearchWindow {
   public:
-    SearchWindow(std::shared_ptr<SearchDesk> desk, std::shared_ptr<TraceFacts> facts, SearchResult result,
+    SearchWindow(std::shared_ptr<SearchDesk> desk, std::shared_ptr<CanvasFacts> facts, SearchResult result,
                  DialogModel& model)
         : desk_(std::move(desk)),
           facts_(std::move(facts)),
@@ -85,7 +85,7 @@ class SearchWindow {
     void MoveTo(double time, uint32_t object);
 
     std::shared_ptr<SearchDesk> desk_;
-    std::shared_ptr<TraceFacts> facts_;
+    std::shared_ptr<CanvasFacts> facts_;
     _LaCanvasData& canvas_;
     SearchResult result_;
     DialogModel& model_;
@@ -348,7 +348,7 @@ int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result
     return std::clamp(letters, search_LeastLetters, most);
 }
 
-void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
+void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<CanvasFacts>& facts,
                        SearchResult result) {
     const int kind = result.request.kind;
     auto made = std::make_unique<DialogModel>(search_ResultWindow(
@@ -370,7 +370,7 @@ void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::share
     facts->canvas.calls.host->Open(std::move(made));
 }
 
-void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
+void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<CanvasFacts>& facts,
                        SearchRequest request) {
     _LaCanvasData& canvas = facts->canvas;
     SearchResult result;

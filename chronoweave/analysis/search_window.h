@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
+#include "chronoweave/analysis/canvas_facts.h"
 #include "chronoweave/analysis/histogram.h"
-#include "chronoweave/analysis/trace_facts.h"
 #include "windlib/dialog/description.h"
 
 class SearchWindow;
@@ -22,10 +22,10 @@ struct SearchDesk {
 
 // Runs a search with progress, tells what came of it on the message line and opens a window with the rows, if
 // there are any; the marks are theirs then.
-void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
+void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<CanvasFacts>& facts,
                        SearchRequest request);
 // Opens the window of a result with rows, without its messages.
-void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<TraceFacts>& facts,
+void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<CanvasFacts>& facts,
                        SearchResult result);
 // Shows the next or previous row of the result worked with last, from the first cursor or the end of the
 // view. False, with a beep and a message, when there is none.

@@ -610,7 +610,7 @@ TEST_F(SearchWindowTest, AThousandObjectsAndAMillionRowsAreShown) {
             press("event_pattern"), pattern("Take", "Give", true)});
     EXPECT_EQ(Window().list("list").RowCount(), 1000);
     const auto desk = std::make_shared<SearchDesk>();
-    const auto facts = std::make_shared<TraceFacts>(canvas);
+    const auto facts = std::make_shared<CanvasFacts>(canvas);
     SearchResult result;
     result.request.kind = Search_Status;
     result.request.target = 0;

@@ -7,8 +7,9 @@
 #include <deque>
 
 #include "chronoweave/analysis/analysis.h"
-#include "chronoweave/analysis/analysis_testing.h"
+#include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/dialog/host_testing.h"
 

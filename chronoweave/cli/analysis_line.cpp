@@ -8,15 +8,12 @@
 
 bool AnalysisLine::open(int& status) {
     if (!named.openWithLegend(line_, status)) return false;
-    source = analysis_SourceOfStore(named.store(), named.legend);
+    Take(analysis_SourceOfStore(named.store(), named.legend), named.separator);
     source.progress = bar_.progress();
-    names = ObjectNames(named.store(), named.separator);
-    words = analysis_WordsOfLegend(named.legend, names, source.ticksPerSecond);
     if (line_.ticks) {
         words.ticksPerSecond = source.ticksPerSecond;
         words.unit = "Tick";
     }
-    if (mt_GetEventCount(named.store()) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
     const bool taken = takeRange();
     if (!taken) status = refused();
     return taken;

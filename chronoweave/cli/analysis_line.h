@@ -6,25 +6,20 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/analysis/search_names.h"
 #include "chronoweave/cli/named_store.h"
 #include "chronoweave/cli/progress_bar.h"
+#include "chronoweave/engine/search_names.h"
+#include "chronoweave/engine/trace_facts.h"
 
-class AnalysisLine {
+class AnalysisLine : public TraceFacts {
   public:
     explicit AnalysisLine(const CommandLine& line) : line_(line), bar_(line) {}
-    AnalysisLine(const AnalysisLine&) = delete;
-    AnalysisLine& operator=(const AnalysisLine&) = delete;
     // False when the command is over, with its exit status in status. A range that is no range is a wrong
     // line.
     bool open(int& status);
 
     NamedStore named;
-    AnalysisSource source;
-    ObjectNames names;
-    AnalysisWords words;
-    std::vector<uint32_t> objects;  // alive in the whole trace
-    double from = 0, to = 0;        // in seconds
+    double from = 0, to = 0;  // in seconds
 
     // Comma-separated ids and names of an option, ascending; nothing, with the message said, when one is
     // none.

@@ -1,7 +1,7 @@
 // check.
-#include "chronoweave/analysis/rules.h"
 #include "chronoweave/cli/analysis_line.h"
 #include "chronoweave/cli/commands.h"
+#include "chronoweave/engine/rules.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"

@@ -1,7 +1,7 @@
 // report.
-#include "chronoweave/analysis/report_texts.h"
 #include "chronoweave/cli/analysis_line.h"
 #include "chronoweave/cli/commands.h"
+#include "chronoweave/engine/report_texts.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {

@@ -311,14 +311,6 @@ TEST(Fetch, ItemsStaySmall) {
     EXPECT_LT(bytes, 50000u * 100);
 }
 
-TEST(LaneIndex, FindsEveryIdAmongMany) {
-    LaneIndex index;
-    EXPECT_EQ(index.find(7), laNoLane);
-    for (uint32_t i = 0; i < 5000; ++i) index.add(i * 1024, i);
-    for (uint32_t i = 0; i < 5000; ++i) EXPECT_EQ(index.find(i * 1024), i);
-    EXPECT_EQ(index.find(1), laNoLane);
-}
-
 // The low ten bits of an id are its processor.
 TEST(Processors, EachHasItsOwnSwitchesUpToTheLast) {
     const std::vector<uint32_t> processors = {0, 1, 511, 1022, 1023};

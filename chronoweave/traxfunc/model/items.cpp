@@ -6,25 +6,6 @@
 
 #include "shared/libcxxutil/report.h"
 
-void LaneIndex::add(uint32_t objectId, uint32_t lane) {
-    if (slots_.size() < (used_ + 1) * 2) {
-        std::vector<Slot> old(std::max<size_t>(64, slots_.size() * 2));
-        old.swap(slots_);
-        used_ = 0;
-        for (const Slot& slot : old)
-            if (slot.lane != laNoLane) add(slot.id, slot.lane);
-    }
-    size_t at = bucket(objectId);
-    while (slots_[at].lane != laNoLane) at = (at + 1) & (slots_.size() - 1);
-    slots_[at] = {objectId, lane};
-    ++used_;
-}
-
-void LaneIndex::clear() {
-    slots_.clear();
-    used_ = 0;
-}
-
 uint32_t laLn_New(LaItems& items, uint32_t objectId) {
     laItem_Line lane;
     lane.objectId = objectId;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "chronoweave/engine/object_index.h"
 #include "chronoweave/traxfunc/model/stretch.h"
 #include "shared/libcxxutil/table.h"
 
@@ -17,8 +18,8 @@ struct MslObjectEntry;
 
 enum class laItemType : int32_t { None = -1, Line = 0, Bitmap = 1, Ctx = 2 };
 
-constexpr uint32_t laNoLane = 0xFFFFFFFF;   // no lane, as a position in the lane list
-constexpr uint32_t laAgentId = 0xFFFFFFFF;  // the object id of the agent lane
+constexpr uint32_t laNoLane = ObjectIndex::none;  // no lane, as a position in the lane list
+constexpr uint32_t laAgentId = 0xFFFFFFFF;        // the object id of the agent lane
 constexpr int32_t laFarFromEvent = 0x7fffffff;
 
 // A stretch of a lane in one status. t0 <= t1, in the time base.
@@ -72,31 +73,6 @@ struct laItem_Ctx {
 
 static_assert(sizeof(LaLnSeg) == 24 && sizeof(laItem_Bitmap) == 24 && sizeof(laItem_Ctx) == 24);
 
-// Lanes by object id, an open-addressed hash.
-class LaneIndex {
-  public:
-    // Position in the lane list; laNoLane when there is none.
-    uint32_t find(uint32_t objectId) const {
-        if (slots_.empty()) return laNoLane;
-        for (size_t at = bucket(objectId);; at = (at + 1) & (slots_.size() - 1)) {
-            if (slots_[at].lane == laNoLane) return laNoLane;
-            if (slots_[at].id == objectId) return slots_[at].lane;
-        }
-    }
-    // The id must not be in yet.
-    void add(uint32_t objectId, uint32_t lane);
-    void clear();
-
-  private:
-    struct Slot {
-        uint32_t id = 0;
-        uint32_t lane = laNoLane;
-    };
-    size_t bucket(uint32_t id) const { return (id * 0x9E3779B1u >> 7) & (slots_.size() - 1); }
-    std::vector<Slot> slots_;  // a power of two, at most half full
-    size_t used_ = 0;
-};
-
 // An item of the picture: a segment of a lane, an icon or a context line. Valid until the items are dropped
 // (LaItems::itemsVersion).
 struct laItemRef {
@@ -113,8 +89,8 @@ struct LaCpuEntry {
 
 // Items of the cached range.
 struct LaItems {
-    Table<laItem_Line> lanes;  // in order of first appearance
-    LaneIndex laneIndex;
+    Table<laItem_Line> lanes;              // in order of first appearance
+    ObjectIndex laneIndex;                 // positions in lanes, by object id
     uint32_t hiddenAgent = laNoLane;       // the agent's position in lanes
     Table<laItem_Bitmap> bitmaps;          // in time order
     Table<laItem_Ctx> ctxLines;            // in time order

@@ -1,20 +1,11 @@
-// Times, units and columns. All conversions between a time and a pixel go through here.
+// Times, columns and the axis. All conversions between a time and a pixel go through here.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "chronoweave/engine/time_unit.h"
 #include "chronoweave/traxfunc/model/view.h"
-#include "shared/libcxxutil/tick_text.h"
-
-enum TimeMode : int {
-    Time_Second = 0,
-    Time_Millisecond = 1,
-    Time_Microsecond = 2,
-    Time_Nanosecond = 3,
-    Time_Tick = 4,
-    Time_Sequential = 5
-};
 
 // The axis under the picture: the unit shown, and the ticks as they were last drawn.
 struct LaAxis {
@@ -26,10 +17,6 @@ struct LaAxis {
     double tickStep = 0;         // last step, in the unit shown
     double tickBase = 0;         // the common prefix of the labels, in the unit shown
 };
-
-// A value of one time mode in another: one multiplication or division by 1000 per step. Modes 4 and 5 convert
-// to and from nothing.
-double laTime_Convert(int from, double value, int to);
 
 // The view as numbers, for converting many times in a row.
 class laTimeScale {
@@ -76,11 +63,3 @@ double laCanvas_AbsoluteTime(const LaView& view, uint64_t pixel);
 
 // The unit's word. Short form: "Second" for every mode below 4.
 const char* laTime_UnitName(const LaAxis& axis, bool longForm);
-// Drops zeros and blanks at the end behind a point, then a bare point, and leading blanks.
-std::string laTime_TrimZeros(std::string text);
-// What times are counted in, and the unit shown.
-TickScale laTime_Scale(double ticksPerSecond, int mode);
-// A value in the unit of the scale. One that the trace holds lies on a tick: it is rounded to that, with as
-// many decimals as a tick has in the unit, and at most most (0 to 17). One between ticks (a column, a typed
-// value) has all of those.
-std::string laTime_Digits(const TickScale& scale, double value, int most);

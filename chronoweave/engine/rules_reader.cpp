@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/analysis/rules.h"
+#include "chronoweave/engine/rules.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/text.h"
 

@@ -1,13 +1,12 @@
-// The rows of the report windows, as texts and bars, in order. Pure functions.
+// The rows of the report windows, as texts and the fractions that bars show, in order. Pure functions.
 #pragma once
 
 #include <array>
 #include <string>
 #include <vector>
 
-#include "chronoweave/analysis/report.h"
-#include "chronoweave/analysis/search_texts.h"
-#include "windlib/lagraph/graph.h"
+#include "chronoweave/engine/report.h"
+#include "chronoweave/engine/search_texts.h"
 
 enum class ReportRowKind { Empty, Status, Switch, Category, Event, Object };
 
@@ -22,12 +21,8 @@ struct ReportRow {
     int32_t colourOf = -1;     // status whose colour the bars have; negative: the window's default
 };
 
-// The bar of a fraction: width in pixels, 0 for none; and the text right of it.
-constexpr int report_BarHeight = 9, report_BarLeft = 1, report_BarGap = 3;
-int report_BarWidth(double fraction);
+// What stands beside the bar of a fraction.
 std::string report_BarText(double fraction);
-// The colour of a status as it is now; NoColour for no status.
-Colour report_BarColour(const Legend& legend, int32_t status);
 
 // The window of the all-objects and one-object reports.
 std::string report_WindowTitle(const std::string& canvasTitle);

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "chronoweave/analysis/search_texts.h"
+#include "chronoweave/engine/search_texts.h"
 
 // The row that the name resolves to; events that are wild cards too, categories not.
 std::optional<int32_t> analysis_FindEvent(const Legend& legend, std::string_view name, std::string& why);

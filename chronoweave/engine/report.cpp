@@ -1,9 +1,9 @@
-#include "chronoweave/analysis/report.h"
+#include "chronoweave/engine/report.h"
 
 #include <algorithm>
 #include <unordered_map>
 
-#include "chronoweave/analysis/search_tracker.h"
+#include "chronoweave/engine/tracker.h"
 
 namespace {
 
@@ -174,7 +174,7 @@ class ObjectSums {
         uint32_t object = 0;
         if (!mt_GetEventObject(*source_.store, event, type, object)) return;
         const uint32_t at = index_.find(object);
-        if (at != laNoLane) ++report_.figures[at].count;
+        if (at != ObjectIndex::none) ++report_.figures[at].count;
     }
     void entered(const Record& record) {
         if (request_.kind == Search_Status && wanted(record)) ++of(record).count;
@@ -203,7 +203,7 @@ class ObjectSums {
     const SearchRequest& request_;
     ChosenReport& report_;
     std::vector<int64_t> ticks_;  // in the wanted status
-    LaneIndex index_;
+    ObjectIndex index_;
 };
 
 void sort_figures(ChosenReport& report) {

@@ -1,6 +1,5 @@
-// What the engines of this folder walk: a store with its legend and time base, and who runs on each
-// processor. Made from a canvas or from an opened store, so that windows and the command line share one
-// engine. Borrows the store and the legend; one thread.
+// What searches and reports walk: a store with its legend and time base, and who runs on each processor.
+// Borrows the store and the legend; one thread.
 //
 // Times are doubles in the time base of the trace: seconds from the first event (ticks where the canvas
 // counts ticks).
@@ -13,8 +12,6 @@
 #include "chronoweave/rtos/legend.h"
 #include "libtrv/trace_store.h"
 #include "shared/libcxxutil/progress.h"
-
-struct _LaCanvasData;
 
 // The object that executes on each processor, -1 for none. Processors are the group numbers of object ids.
 class RunningObjects {
@@ -52,8 +49,6 @@ struct AnalysisSource {
     double onTick(double time) const { return timeOf(tickOf(time)); }
 };
 
-// Of a canvas: its store must be there (store stays null otherwise). Valid while the canvas keeps its source.
-AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas);
 // Of a store on its own; both must outlive the source.
 AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend);
 

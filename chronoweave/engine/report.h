@@ -1,12 +1,12 @@
 // Statistics reports: counts and times per legend entry or per object over a range. Each is one pass over the
-// range's events, and the load of processors another. Times are those of search_source.h; the tick of the
+// range's events, and the load of processors another. Times are those of source.h; the tick of the
 // range's end is included.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "chronoweave/analysis/search.h"
+#include "chronoweave/engine/search.h"
 
 struct LegendStatistics {
     std::vector<uint32_t>

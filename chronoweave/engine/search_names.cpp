@@ -1,4 +1,4 @@
-#include "chronoweave/analysis/search_names.h"
+#include "chronoweave/engine/search_names.h"
 
 #include <algorithm>
 #include <set>

@@ -1,8 +1,6 @@
-#include "chronoweave/analysis/report_texts.h"
+#include "chronoweave/engine/report_texts.h"
 
-#include <cmath>
-
-#include "chronoweave/traxfunc/model/time.h"
+#include "chronoweave/engine/time_unit.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -64,18 +62,8 @@ ReportRow event_row(const AnalysisWords& words, const LegendStatistics& statisti
 
 }  // namespace
 
-int report_BarWidth(double fraction) {
-    return fraction > 0 ? static_cast<int>(std::floor(100 * fraction + 0.5)) : 0;
-}
-
 std::string report_BarText(double fraction) {
     return fraction > 0 ? gen_format("%2.1f%%", 100 * fraction) : std::string();
-}
-
-Colour report_BarColour(const Legend& legend, int32_t status) {
-    if (status < 0 || static_cast<size_t>(status) >= legend.statuses.size()) return NoColour;
-    const LegendStatus& row = legend.statuses[static_cast<size_t>(status)];
-    return colour_From16(row.red, row.green, row.blue);
 }
 
 std::string report_WindowTitle(const std::string& canvasTitle) {

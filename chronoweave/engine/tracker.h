@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "chronoweave/analysis/search_source.h"
-#include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/engine/object_index.h"
+#include "chronoweave/engine/source.h"
 
 class ObjectTracker {
   public:
@@ -46,7 +46,7 @@ class ObjectTracker {
             any = true;
             last = change.objectId;
             const uint32_t at = index_.find(last);
-            if (at != laNoLane) insert(touched_, at);
+            if (at != ObjectIndex::none) insert(touched_, at);
         }
         mt_ApplyEventToState(state, event);
     }
@@ -87,13 +87,14 @@ class ObjectTracker {
         // ones or take it away, so that list is searched afresh each time; both are short.
         size_t nextTouched = 0;
         for (uint32_t at = 0;;) {
-            const uint32_t touched = nextTouched < touched_.size() ? touched_[nextTouched] : laNoLane;
+            const uint32_t touched =
+                nextTouched < touched_.size() ? touched_[nextTouched] : ObjectIndex::none;
             uint32_t one = touched;
             if (followExecuting_) {
                 const auto running = std::lower_bound(executing_.begin(), executing_.end(), at);
                 if (running != executing_.end()) one = std::min(one, *running);
             }
-            if (one == laNoLane) break;
+            if (one == ObjectIndex::none) break;
             if (one == touched) {
                 look(one);
                 ++nextTouched;
@@ -128,7 +129,7 @@ class ObjectTracker {
     bool followExecuting_;
     bool settled_ = false;
     std::vector<Record> records_;
-    LaneIndex index_;                  // of records, by object
+    ObjectIndex index_;                // of records, by object
     std::vector<uint32_t> touched_;    // in order, each once
     std::vector<uint32_t> executing_;  // in order
 };

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "chronoweave/analysis/search_names.h"
+#include "chronoweave/engine/search_names.h"
 
 enum class RuleUnit { Plain, Seconds, Ticks, Percent };
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <vector>
 
-#include "chronoweave/analysis/report.h"
+#include "chronoweave/engine/report.h"
 
 class NaiveWalk {
   public:

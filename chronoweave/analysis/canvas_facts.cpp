@@ -1,33 +1,27 @@
-#include "chronoweave/analysis/trace_facts.h"
-
-#include <charconv>
-#include <cmath>
+#include "chronoweave/analysis/canvas_facts.h"
 
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
-TraceFacts::TraceFacts(_LaCanvasData& of)
-    : canvas(of),
-      source(analysis_SourceOfCanvas(of)),
-      names(*of.source.store, of.list.separator.empty() ? '\0' : of.list.separator[0]),
-      words(analysis_WordsOfCanvas(of, names)) {
-    if (mt_GetEventCount(*of.source.store) > 0)
-        objects = analysis_ObjectsAlive(source, 0, source.totalLength);
+AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
+    AnalysisSource source;
+    source.store = canvas.source.store.get();
+    source.legend = &canvas.looks.legend;
+    source.osKind = canvas.source.osKind;
+    source.ticksPerSecond = canvas.source.ticksPerSecond;
+    source.baseTick = canvas.source.baseTick;
+    source.totalLength = canvas.source.totalLength;
+    source.progress = canvas.calls.progress;
+    return source;
 }
 
-std::string TraceFacts::shown(double time, int decimals) const {
-    return laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time),
-                         decimals);
-}
-
-std::optional<double> TraceFacts::scan(std::string_view text) const {
-    text = text_trim(text);
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || !std::isfinite(value)) return std::nullopt;
-    return laTime_Convert(words.timeMode, value, Time_Second);
+CanvasFacts::CanvasFacts(_LaCanvasData& of) : canvas(of) {
+    Take(analysis_SourceOfCanvas(of), of.list.separator.empty() ? '\0' : of.list.separator[0]);
+    words.term = of.list.objectTerm;
+    words.lowerTerm = of.list.objectTermLower;
+    words.timeMode = of.axis.timeMode;
+    words.unit = laTime_UnitName(of.axis, true);
 }
 
 TimeField::TimeField(DialogModel& model, const TraceFacts& facts, std::string name, std::string text,
@@ -38,7 +32,7 @@ TimeField::TimeField(DialogModel& model, const TraceFacts& facts, std::string na
 
 std::optional<double> TimeField::value() const {
     const std::string& text = model_.item(name_).text;
-    return text == filled_ ? value_ : facts_.scan(text);
+    return text == filled_ ? value_ : facts_.Scan(text);
 }
 
 bool TimeField::isEmpty() const {
@@ -67,13 +61,4 @@ std::vector<uint32_t> analysis_SelectedObjects(const DialogModel& model, std::st
     std::vector<uint32_t> objects;
     for (const uint64_t id : model.selectedIds(list)) objects.push_back(static_cast<uint32_t>(id));
     return objects;
-}
-
-std::string analysis_EndText(const TraceFacts& facts, bool stopped, double reached, const TimeGap* lost) {
-    const auto shown = [&facts](double time) { return laTime_TrimZeros(facts.shown(time, 10)); };
-    const std::string unit = ' ' + facts.words.unit + "s.";
-    std::string text;
-    if (stopped) text = " It was stopped at " + shown(reached) + unit;
-    if (lost) text += " The store can't be read from " + shown(lost->from) + " to " + shown(lost->to) + unit;
-    return text;
 }

@@ -1,4 +1,4 @@
-#include "chronoweave/analysis/search_tracker.h"
+#include "chronoweave/engine/tracker.h"
 
 ObjectTracker::ObjectTracker(const AnalysisSource& source, const StateTable& state,
                              const std::vector<uint32_t>& objects, bool followExecuting)

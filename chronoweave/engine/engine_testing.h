@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/analysis/search.h"
-#include "chronoweave/traxfunc/session/canvas_testing.h"
+#include "chronoweave/engine/search.h"
+#include "chronoweave/rtos/legend_testing.h"
 #include "libtrv/test_store.h"
 
 constexpr uint32_t test_rate = 1000;  // ticks per second

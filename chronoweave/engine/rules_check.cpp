@@ -3,8 +3,8 @@
 #include <cmath>
 #include <map>
 
-#include "chronoweave/analysis/report.h"
-#include "chronoweave/analysis/rules.h"
+#include "chronoweave/engine/report.h"
+#include "chronoweave/engine/rules.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/tick_text.h"
 

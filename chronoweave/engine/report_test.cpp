@@ -2,9 +2,9 @@
 
 #include <random>
 
-#include "chronoweave/analysis/analysis_testing.h"
-#include "chronoweave/analysis/naive_testing.h"
-#include "chronoweave/analysis/report_texts.h"
+#include "chronoweave/engine/engine_testing.h"
+#include "chronoweave/engine/naive_testing.h"
+#include "chronoweave/engine/report_texts.h"
 
 class ReportTest : public AnalysisTest {
   protected:
@@ -158,8 +158,7 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     const auto rows = report_Rows(words, s, true);
     ASSERT_EQ(rows.size(), legend_.statuses.size() + 2 + legend_.events.size());
     EXPECT_EQ(rows[3].texts, (std::array<std::string, 5>{"Status Running", "1", "50.0%", "0.020", "66.7%"}));
-    EXPECT_EQ(report_BarColour(legend_, rows[3].colourOf), 0x400000u);
-    EXPECT_EQ(report_BarColour(legend_, -1), NoColour);
+    EXPECT_EQ(rows[3].colourOf, status("Running"));
     EXPECT_EQ(rows[8].kind, ReportRowKind::Empty);
     EXPECT_EQ(rows[9].texts, (std::array<std::string, 5>{"ContextSwitch", "1", "", "0.000", ""}));
     EXPECT_EQ(rows[11].kind, ReportRowKind::Empty);
@@ -167,7 +166,6 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     EXPECT_EQ(rows[13].texts, (std::array<std::string, 5>{"  Event Switch", "1", "25.0%", "", ""}));
     EXPECT_EQ(report_Title(words, s, true), "Statistics for all Objects of the Task with ID 0x400");
     EXPECT_EQ(report_Subtitle(words, s), "(from 0 to 0.03 Second)");
-    EXPECT_EQ(report_BarWidth(0.125), 13);
     EXPECT_EQ(report_BarText(0), "");
     legend_.contextSwitchCount = 0;
     EXPECT_EQ(report_Rows(words, s, true).size(), rows.size() - 3);

@@ -1,5 +1,5 @@
 // The results of checks as build servers read them.
-#include "chronoweave/analysis/rules.h"
+#include "chronoweave/engine/rules.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 

@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "chronoweave/analysis/search.h"
-#include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/engine/search.h"
+#include "chronoweave/engine/time_unit.h"
 
 // The names of objects as they stand at the end of a store; an object that lost or never had a name, or whose
 // name shows nothing, has none.
@@ -31,12 +31,11 @@ struct AnalysisWords {
     const Legend* legend = nullptr;
     const ObjectNames* names = nullptr;
     std::string term = "Task", lowerTerm = "task";  // the object term
-    int timeMode = 0;                               // unit of times shown
+    int timeMode = Time_Second;                     // unit of times shown
     std::string unit = "Second";                    // its word
     double ticksPerSecond = 0;                      // above 0: times are shown in ticks, whatever the unit
     double clock = 1;                               // ticks in one unit of the time base
 };
-AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names);
 // clock: ticks in a second.
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock);
 

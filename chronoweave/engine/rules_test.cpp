@@ -1,6 +1,6 @@
-#include "chronoweave/analysis/rules.h"
+#include "chronoweave/engine/rules.h"
 
-#include "chronoweave/analysis/analysis_testing.h"
+#include "chronoweave/engine/engine_testing.h"
 #include "shared/libcxxutil/report.h"
 
 class RulesTest : public AnalysisTest {

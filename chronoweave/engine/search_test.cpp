@@ -1,10 +1,10 @@
 #include <fstream>
 #include <random>
 
-#include "chronoweave/analysis/analysis_testing.h"
-#include "chronoweave/analysis/naive_testing.h"
-#include "chronoweave/analysis/search_names.h"
-#include "chronoweave/analysis/search_texts.h"
+#include "chronoweave/engine/engine_testing.h"
+#include "chronoweave/engine/naive_testing.h"
+#include "chronoweave/engine/search_names.h"
+#include "chronoweave/engine/search_texts.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {

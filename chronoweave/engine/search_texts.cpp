@@ -1,10 +1,8 @@
-#include "chronoweave/analysis/search_texts.h"
+#include "chronoweave/engine/search_texts.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "chronoweave/traxfunc/canvas/canvas.h"
-#include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -58,17 +56,6 @@ std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
         if (own == name) ids.push_back(id);
     std::sort(ids.begin(), ids.end());
     return ids;
-}
-
-AnalysisWords analysis_WordsOfCanvas(const _LaCanvasData& canvas, const ObjectNames& names) {
-    return {&canvas.looks.legend,
-            &names,
-            canvas.list.objectTerm,
-            canvas.list.objectTermLower,
-            canvas.axis.timeMode,
-            laTime_UnitName(canvas.axis, true),
-            0,
-            canvas.source.ticksPerSecond};
 }
 
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock) {

@@ -2,7 +2,7 @@
 // collects rows; nothing but the rows is kept. The interval search and the walk to the next or previous thing
 // of a detail window are the same engine.
 //
-// Ids of objects are 32 bits; times are those of search_source.h. Row indexes of the legend are signed,
+// Ids of objects are 32 bits; times are those of source.h. Row indexes of the legend are signed,
 // negative for any.
 #pragma once
 
@@ -10,9 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "chronoweave/analysis/search_source.h"
-
-struct _LaCanvasData;
+#include "chronoweave/engine/source.h"
 
 enum SearchKind : int {
     Search_Event = 0,
@@ -29,8 +27,6 @@ enum : uint32_t {
 };
 
 struct SearchRequest {
-    _LaCanvasData* canvas = nullptr;       // null on the command line
-    int timeMode = 0;                      // of the canvas at the start
     std::vector<uint32_t> objects;         // those searched
     double periodFrom = 0, periodTo = -1;  // in which objects are to be alive, as chosen
     int kind = Search_Nothing;

@@ -1,9 +1,7 @@
-#include "chronoweave/analysis/search_source.h"
+#include "chronoweave/engine/source.h"
 
 #include <algorithm>
 #include <cmath>
-
-#include "chronoweave/traxfunc/canvas/canvas.h"
 
 namespace {
 constexpr double most_ticks = 4e18;
@@ -28,18 +26,6 @@ mt_Time AnalysisSource::tickOf(double time) const {
     if (__builtin_add_overflow(static_cast<int64_t>(baseTick), std::llround(ticks), &tick))
         tick = ticks < 0 ? INT64_MIN : INT64_MAX;
     return static_cast<mt_Time>(std::min(tick, INT64_MAX - 1));
-}
-
-AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
-    AnalysisSource source;
-    source.store = canvas.source.store.get();
-    source.legend = &canvas.looks.legend;
-    source.osKind = canvas.source.osKind;
-    source.ticksPerSecond = canvas.source.ticksPerSecond;
-    source.baseTick = canvas.source.baseTick;
-    source.totalLength = canvas.source.totalLength;
-    source.progress = canvas.calls.progress;
-    return source;
 }
 
 AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {

@@ -1,4 +1,4 @@
-#include "chronoweave/analysis/search.h"
+#include "chronoweave/engine/search.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <iterator>
 #include <map>
 
-#include "chronoweave/analysis/search_tracker.h"
+#include "chronoweave/engine/tracker.h"
 
 namespace {
 
@@ -28,10 +28,10 @@ class IdSet {
     explicit IdSet(const std::vector<uint32_t>& sorted) {
         for (uint32_t at = 0; at < sorted.size(); ++at) index_.add(sorted[at], at);
     }
-    bool has(uint32_t id) const { return index_.find(id) != laNoLane; }
+    bool has(uint32_t id) const { return index_.find(id) != ObjectIndex::none; }
 
   private:
-    LaneIndex index_;
+    ObjectIndex index_;
 };
 
 class Rows {
