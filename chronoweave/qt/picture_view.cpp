@@ -4,9 +4,11 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QPointer>
 #include <cmath>
 
 #include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
@@ -33,6 +35,14 @@ constexpr int autoScrollEvery = 40;  // milliseconds
 constexpr int tipWaits = 100;        // milliseconds, for other work to be over
 constexpr int autoScrollWidths = 3;  // character widths a step
 
+// A surface that is only asked for the sizes of texts.
+struct Measure {
+    explicit Measure(const QPalette& palette) : surface(painter, nullptr, 1, 1, surfaceColours(palette)) {}
+    QImage image{1, 1, QImage::Format_RGB32};
+    QPainter painter{&image};
+    QtSurface surface;
+};
+
 }  // namespace
 
 PictureView::PictureView(QWidget* parent) : QWidget(parent) {
@@ -43,11 +53,15 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     setMinimumSize(240, 120);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     graph_.font = surfaceFonts().plain(Font_Application);
+    graph_.axisFont = surfaceFonts().plain(Font_Axis);
     graph_.beep = platform_Beep;
     graph_.setBusy = platform_SetBusy;
     autoScroll_.setInterval(autoScrollEvery);
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
-    graph_.listChanged = [this] { namesStale_ = true; };
+    graph_.listChanged = [this] {
+        namesStale_ = true;
+        wantPaint();
+    };
     graph_.raise = [this] {
         window()->raise();
         window()->activateWindow();
@@ -61,50 +75,98 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     canvas_ = laCanvas_Create(graph_, 0);
     canvas_->calls.upper.draw = [this](const std::function<void()>& work) { draw(work); };
     pointer_ = std::make_unique<laPointer>(*canvas_);
-    // The bars of the canvas may move in the middle of anything: painting needs the surface open.
+    canvas_->calls.paintWanted = [this] { wantPaint(); };
+    // The bars of the canvas may move in the middle of anything.
     for (ScrollBarModel* bar : {&graph_.horizontal, &graph_.vertical})
         bar->onChange = [this, changed = bar->onChange] { draw(changed); };
 }
 
-PictureView::~PictureView() = default;
+PictureView::~PictureView() {
+    gate_Program().Forget(this);
+}
 
 void PictureView::makeImage() {
     const double ratio = devicePixelRatioF();
-    image_ = QImage(static_cast<int>(std::ceil(width() * ratio)),
-                    static_cast<int>(std::ceil(height() * ratio)), QImage::Format_RGB32);
+    const QSize size(static_cast<int>(std::ceil(width() * ratio)),
+                     static_cast<int>(std::ceil(height() * ratio)));
+    if (image_.size() == size && image_.devicePixelRatioF() == ratio) return;
+    image_ = QImage(size, QImage::Format_RGB32);
     image_.setDevicePixelRatio(ratio);
     image_.fill(palette().color(QPalette::Base));
 }
 
 void PictureView::draw(const std::function<void()>& work) {
-    if (drawing_ > 0 || image_.isNull()) return work();
+    const QPointer<PictureView> alive = this;
     ++drawing_;
-    {
-        QPainter painter(&image_);
-        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
-        {
-            TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
-                                   picture_.graphHeight);
-            graph_.surface = &area;
-            work();
-            graph_.surface = nullptr;
-        }
-        if (namesStale_) drawNames(whole);
-    }
-    --drawing_;
-    finishDrawing();
+    work();
+    if (alive && --drawing_ == 0) catchUp();
 }
 
-// Windows keep living during long work: a resize that came in its middle is carried out now.
-void PictureView::finishDrawing() {
-    if (resized_) {
-        resized_ = false;
-        makeImage();
-        layOutAndPaint();
-        return;
-    }
+// Work that waits in a loop of its own, as a command does in its dialog, is painted by that loop.
+void PictureView::wantPaint() {
+    if (posted_) return;
+    posted_ = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (posted_) catchUp();
+        },
+        Qt::QueuedConnection);
+}
+
+// The one place that paints what was noted, with nothing else going on: no event is served meanwhile.
+void PictureView::catchUp() {
+    posted_ = false;
+    if (image_.isNull() && !stale_) return;  // it has no size yet
+    if (!gate_May(GateActivity::Painting))
+        return gate_Program().WhenMay(GateActivity::Painting, this, [this] { catchUp(); });
+    if (stale_ || namesNeedRoom()) layOut();
+    if (!gate_May(GateActivity::Painting)) return wantPaint();
+    if (stale_)
+        paintAll();
+    else
+        paintWanted();
     update();
     Q_EMIT barsChanged();
+}
+
+// Whether the rows that are there now need another width than the column has.
+bool PictureView::namesNeedRoom() {
+    if (laidOut_ == canvas_->list.layouts) return false;
+    laidOut_ = canvas_->list.layouts;
+    Measure measure(palette());
+    return laPicture_NameWidth(*canvas_, measure.surface, width()) != picture_.nameWidth;
+}
+
+// A new size may show what must be fetched first, and a fetch serves events: there is no surface open.
+void PictureView::layOut() {
+    makeImage();
+    stale_ = true;
+    Measure measure(palette());
+    ++drawing_;
+    picture_ = laPicture_LayOut(*canvas_, measure.surface, width(), height(), false);
+    --drawing_;
+    laidOut_ = canvas_->list.layouts;
+}
+
+void PictureView::paintWanted() {
+    if (!canvas_->wanted.any() && !namesStale_) return;
+    QPainter painter(&image_);
+    QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
+    TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
+                           picture_.graphHeight);
+    graph_.surface = &area;
+    laCanvas_PaintWanted(*canvas_);
+    graph_.surface = nullptr;
+    if (namesStale_) drawNames(whole);
+}
+
+void PictureView::paintAll() {
+    QPainter painter(&image_);
+    QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
+    laPicture_Draw(*canvas_, whole, picture_, true);
+    canvas_->wanted = {};
+    namesStale_ = stale_ = false;
 }
 
 void PictureView::drawNames(Surface& whole) {
@@ -115,23 +177,18 @@ void PictureView::drawNames(Surface& whole) {
 }
 
 void PictureView::layOutAndPaint() {
-    if (drawing_ > 0 || image_.isNull()) return;
-    if (image_.devicePixelRatioF() != devicePixelRatioF()) makeImage();
-    {
-        QPainter painter(&image_);
-        QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
-        ++drawing_;
-        picture_ = laPicture_LayOut(*canvas_, whole, width(), height(), false);
-        laPicture_Draw(*canvas_, whole, picture_, true);
-        --drawing_;
-        namesStale_ = false;
-    }
-    finishDrawing();
+    if (image_.isNull()) return;
+    stale_ = true;
+    catchUp();
 }
 
 void PictureView::paintEvent(QPaintEvent*) {
-    if (drawing_ == 0 && image_.devicePixelRatioF() != devicePixelRatioF()) layOutAndPaint();
+    if (image_.devicePixelRatioF() != devicePixelRatioF()) {  // it came to another screen
+        stale_ = true;
+        wantPaint();
+    }
     QPainter painter(this);
+    if (stale_) painter.fillRect(rect(), palette().color(QPalette::Base));
     painter.drawImage(0, 0, image_);
     drawSelectionLength(painter);
     drawMarkedEvent(painter);
@@ -142,12 +199,8 @@ void PictureView::paintEvent(QPaintEvent*) {
 }
 
 void PictureView::resizeEvent(QResizeEvent*) {
-    if (drawing_ > 0) {
-        resized_ = true;
-        return;
-    }
-    makeImage();
-    layOutAndPaint();
+    stale_ = true;
+    catchUp();
 }
 
 void PictureView::changeEvent(QEvent* event) {
@@ -239,10 +292,9 @@ void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void PictureView::pan(QPoint at) {
     const QPoint moved = last_ - at;
-    draw([&] {
-        laCanvas_ScrollColumns(*canvas_, moved.x());
-        laCanvas_ScrollRows(*canvas_, moved.y());
-    });
+    // One after the other: a move along one axis copies what stays.
+    draw([&] { laCanvas_ScrollColumns(*canvas_, moved.x()); });
+    draw([&] { laCanvas_ScrollRows(*canvas_, moved.y()); });
     last_ = at;
 }
 

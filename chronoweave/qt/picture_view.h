@@ -26,10 +26,10 @@ class PictureView : public QWidget {
     const QImage& image() const { return image_; }
     void setBareWheelZooms(bool on) { bareWheelZooms_ = on; }
 
-    // Runs work with the graph's surface open on the image, then updates the screen and the bars. Every
-    // operation of the canvas that may paint goes through here. Calls may nest.
+    // Runs work that may change what is seen, then paints what it noted and updates screen and bars. Calls
+    // may nest; the outermost paints. What is noted outside is painted at the next turn of the loop.
     void draw(const std::function<void()>& work);
-    // Places the parts for the present size and paints everything.
+    // Places the parts for the present size and paints everything; later when a fetch runs.
     void layOutAndPaint();
     // Carries out a command of the canvas.
     void command(const std::string& text);
@@ -65,7 +65,12 @@ class PictureView : public QWidget {
     void drawSelectionLength(QPainter& painter);
     void drawMarkedEvent(QPainter& painter);
     void makeImage();
-    void finishDrawing();
+    void wantPaint();
+    void catchUp();
+    void layOut();
+    bool namesNeedRoom();
+    void paintWanted();
+    void paintAll();
     bool handleKey(const QKeyEvent& event);
     // The names (picture_names.cpp).
     enum class Held { Nothing, Names, Divider };
@@ -92,8 +97,10 @@ class PictureView : public QWidget {
     laPicture picture_;
     QImage image_;
     int drawing_ = 0;          // depth of draw
+    bool posted_ = false;      // the loop will catch up
     bool namesStale_ = false;  // the list must be painted
-    bool resized_ = false;     // while drawing
+    bool stale_ = false;       // the parts must be placed anew
+    uint32_t laidOut_ = 0;     // the layout of rows that the names were measured for
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
     std::unique_ptr<laPointer> pointer_;

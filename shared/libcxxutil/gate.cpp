@@ -12,8 +12,9 @@ bool Stops(GateWork work, GateActivity activity) {
     const bool tick = activity == GateActivity::TickReading || activity == GateActivity::TickDrawing;
     const bool handler = activity == GateActivity::ServiceHandler;
     switch (work) {
+        case GateWork::Fetch:  // what would be painted is half there
+            return true;
         case GateWork::Load:
-        case GateWork::Fetch:
         case GateWork::Search:
         case GateWork::Report:
         case GateWork::Print:

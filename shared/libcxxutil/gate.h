@@ -14,7 +14,7 @@
 // What goes on. Several may, and each several times.
 enum class GateWork {
     Load,
-    Fetch,
+    Fetch,  // items are half there: nothing is painted
     Search,
     Report,
     Print,

@@ -16,6 +16,7 @@ struct LaGraph {
     ScrollBarModel vertical;     // range: the content; visible: the height of the data area
     Surface* surface = nullptr;  // what to draw on now; null when nothing is shown
     FontMetrics font;            // of the application font, for layout with no surface at hand
+    FontMetrics axisFont;        // of the axis's
 
     // Set by the platform layer; empty functions are not called.
     std::function<void()> beep;
@@ -25,6 +26,4 @@ struct LaGraph {
     std::function<int()> pointerColumn;  // column under the pointer, the middle when it is elsewhere
     std::function<void(const std::string& text)> showTip;  // at the pointer; empty: the tip goes
     std::function<void()> listChanged;                     // the object list must be repainted
-    // A part of the area was drawn on and must reach the screen: x0, y0, x1, y1, the last two not included.
-    std::function<void(int, int, int, int)> presented;
 };

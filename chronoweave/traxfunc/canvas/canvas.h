@@ -20,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "chronoweave/traxfunc/canvas/wanted.h"
 #include "chronoweave/traxfunc/draw/scene.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/list.h"
@@ -58,7 +59,7 @@ struct laUpperFloor {
     std::map<std::string, std::function<bool(const std::string& text)>, std::less<>> commands;
     // Opens an entry of the manual; false when there is none of this name.
     std::function<bool(const std::string& entry)> manual;
-    // Runs work that may paint.
+    // Runs work that may want painting, and paints what it wanted when it is over.
     std::function<void(const std::function<void()>& work)> draw;
     std::function<std::vector<std::string>()> recentFiles;  // newest first
     std::function<void()> refreshIntervalChanged;           // the timer starts anew
@@ -71,6 +72,7 @@ struct laUpperFloor {
 // Whom the canvas tells, and what the floors above handed down; each may be empty.
 struct LaCallbacks {
     std::function<void()> fieldsChanged;   // after fields were rewritten
+    std::function<void()> paintWanted;     // something was noted to be painted, where nothing was
     std::function<void()> buttonsChanged;  // what can be done now changed (history, freeze)
     Progress progress;                     // of long fetches
     laUpperFloor upper;
@@ -95,9 +97,8 @@ struct LaPlace {
 // What the pointer is doing.
 struct LaHand {
     LaPlace place;
-    int pendingCursorX = -100;  // of a temporary cursor while the button is held with Shift; -100 for none
-    bool hoverPass = false;     // an item that is hit makes its tip and opens no window
-    std::string hoverText;      // that tip
+    bool hoverPass = false;               // an item that is hit makes its tip and opens no window
+    std::string hoverText;                // that tip
     std::optional<laItemRef> tipItem;     // that the last tip could not tell all of
     uint32_t tipItems = 0;                // the version of the items that it is one of
     double dragStartView = -1.0;          // viewLow when a drag started; -1.0 for none
@@ -129,6 +130,7 @@ struct _LaCanvasData {
     LaMarks marks;
     LaHand hand;
     LaPast past;
+    LaWanted wanted;
     LaAxis axis;
     std::unique_ptr<TraxTaskList> taskList;  // never null
 

@@ -1,6 +1,7 @@
 #include "chronoweave/traxfunc/canvas/picture.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
@@ -24,13 +25,17 @@ int laPicture_FooterHeight(const FontMetrics& font) {
     return font.height + 4;
 }
 
+int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width) {
+    const int wanted =
+        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : names_of(canvas).Width(surface, width / 4);
+    return std::min(wanted, std::max(0, width - divider));
+}
+
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
     laPicture picture;
     picture.width = width;
     picture.height = height;
-    const int wanted =
-        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : names_of(canvas).Width(surface, width / 4);
-    picture.nameWidth = std::min(wanted, std::max(0, width - divider));
+    picture.nameWidth = laPicture_NameWidth(canvas, surface, width);
     picture.graphLeft = picture.nameWidth + divider;
     picture.graphWidth = std::max(0, width - picture.graphLeft);
     picture.footer = footer;
@@ -39,10 +44,8 @@ laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, i
     picture.dataHeight =
         std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
     picture.rowHeight = canvas.looks.rowHeight;
-    Surface* const own = canvas.graph->surface;
-    canvas.graph->surface = &surface;
+    canvas.graph->axisFont = surface.fontMetrics(Font_Axis);
     laCanvas_Resized(canvas, picture.graphWidth, picture.graphHeight);
-    canvas.graph->surface = own;
     return picture;
 }
 
@@ -68,6 +71,8 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
     LaGraph& graph = *canvas.graph;
     Surface* const own = graph.surface;
     const double cursors[2] = {canvas.marks.cursor[0], canvas.marks.cursor[1]};
+    const int pending =
+        std::exchange(canvas.marks.pendingCursorX, withCursors ? canvas.marks.pendingCursorX : -100);
     if (!withCursors) canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100.0;
     surface.clearRect(0, 0, picture.width, picture.height);
     {
@@ -87,6 +92,7 @@ void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& pi
                      surface.foreground());
     if (picture.footer) laPicture_DrawFooter(canvas, surface, picture);
     std::copy(cursors, cursors + 2, canvas.marks.cursor);
+    canvas.marks.pendingCursorX = pending;
 }
 
 std::vector<std::optional<uint32_t>> laPicture_RowIds(const _LaCanvasData& canvas) {

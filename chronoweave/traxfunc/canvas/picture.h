@@ -21,10 +21,12 @@ struct laPicture {
 
 // The line under the drawing area.
 int laPicture_FooterHeight(const FontMetrics& font);
-// Places the parts for a total size and gives the canvas its drawing area; the names take what the longest of
-// the present rows needs, from 100 pixels to a quarter of the width. So show the range first, then lay out:
-// the times shown stay as they are.
-// Without a footer the drawing area goes down to the lower edge: a window has labels for those texts.
+// The width of the name column in a picture of this width: as the user set it, else what the longest of the
+// present rows needs, from 100 pixels to a quarter of the width.
+int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width);
+// Places the parts for a total size and gives the canvas its drawing area. So show the range first, then lay
+// out: the times shown stay as they are. The surface is only asked for the sizes of texts. Without a footer
+// the drawing area goes down to the lower edge: a window has labels for those texts.
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height,
                            bool footer = true);
 // Draws everything. The canvas keeps its own surface. Cursors and their band, and the selection of

@@ -1,5 +1,5 @@
-// The repaint: parts of the picture, and the axis with the texts that follow from it. Nothing is drawn with
-// no surface.
+// The repaint: parts of the picture, and the axis with the texts that follow from it. With a surface it is
+// painted at once; with none it is noted what must be painted, and the texts follow at once.
 #pragma once
 
 #include <functional>
@@ -9,13 +9,11 @@
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "windlib/msl/object_list.h"
 
-// Runs work that may paint: with the surface opened by the window when it isn't open.
+// Runs work that may paint; a window paints what was noted when the work is over.
 void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work);
 
-// Rows y0 to y1 and columns x0 to x1 of the drawing area, axis strip included; the last ones are not
-// included. Does not clear what was there.
-void laCanvas_PaintRect(_LaCanvasData& canvas, int y0, int y1, int x0, int x1,
-                        laPaintReach reach = laPaintReach::Part);
+// Paints what was noted. There is a surface, and it shows what was painted last.
+void laCanvas_PaintWanted(_LaCanvasData& canvas);
 // Clears and paints the whole area and asks for the list to be painted.
 void laCanvas_Repaint(_LaCanvasData& canvas);
 // Clears and paints these columns of the data area, or these rows across the width.

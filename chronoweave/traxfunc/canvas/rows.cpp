@@ -35,6 +35,7 @@ bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetch
 }
 
 void laCanvas_Layout(_LaCanvasData& canvas) {
+    ++canvas.list.layouts;
     laLayout_Lanes(canvas.items, canvas.looks);
     laLayout_Content(canvas.view, *canvas.graph, rows_height(canvas));
     laLayout_SetExtent(canvas.view, *canvas.graph,
@@ -59,7 +60,7 @@ void laCanvas_Resized(_LaCanvasData& canvas, int width, int height) {
     LaGraph& graph = *canvas.graph;
     graph.width = std::max(0, width);
     graph.height = std::max(0, height);
-    const FontMetrics axis = graph.surface != nullptr ? graph.surface->fontMetrics(Font_Axis) : graph.font;
+    const FontMetrics axis = graph.surface ? graph.surface->fontMetrics(Font_Axis) : graph.axisFont;
     const int data = std::max(0, graph.height - laAxis_StripHeight(axis));
     graph.vertical.setRange(static_cast<uint64_t>(std::max(0, canvas.view.contentHeight)),
                             static_cast<uint64_t>(data));

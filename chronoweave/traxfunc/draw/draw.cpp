@@ -57,6 +57,9 @@ void laPaint_Cursors(const laScene& scene, const laRect& part) {
         laCanvas_DrawCursor(scene.graph, x, dragged ? 0xFFFFFF : surface.foreground());
         if (dragged) surface.setExclusiveOr(false);
     }
+    const int pending = scene.marks.pendingCursorX;
+    if (pending >= part.left && pending < part.right)
+        laCanvas_DrawCursor(scene.graph, pending, surface.foreground());
     surface.popClip();
 }
 

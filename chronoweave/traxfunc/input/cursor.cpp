@@ -27,11 +27,11 @@ int drawn_column(const _LaCanvasData& canvas, int which) {
 }
 
 void invert_column(_LaCanvasData& canvas, int x) {
-    if (canvas.graph->surface == nullptr) return;
-    canvas.graph->surface->setExclusiveOr(true);
+    Surface* const surface = canvas.graph->surface;
+    if (!surface) return laCanvas_RepaintColumns(canvas, x, x + 1);
+    surface->setExclusiveOr(true);
     laCanvas_DrawCursor(*canvas.graph, x, invert);
-    canvas.graph->surface->setExclusiveOr(false);
-    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(*canvas.graph));
+    surface->setExclusiveOr(false);
 }
 
 void restore_column(_LaCanvasData& canvas, int x) {
@@ -39,11 +39,10 @@ void restore_column(_LaCanvasData& canvas, int x) {
 }
 
 void draw_first(_LaCanvasData& canvas, int x) {
-    if (canvas.graph->surface == nullptr) return;
+    const Surface* const surface = canvas.graph->surface;
     // Under a dragged one the order of drawing matters.
-    if (drawn_column(canvas, 1) == x) return restore_column(canvas, x);
-    laCanvas_DrawCursor(*canvas.graph, x, canvas.graph->surface->foreground());
-    if (canvas.graph->presented) canvas.graph->presented(x, 0, x + 1, laAxis_Top(*canvas.graph));
+    if (!surface || drawn_column(canvas, 1) == x) return restore_column(canvas, x);
+    laCanvas_DrawCursor(*canvas.graph, x, surface->foreground());
 }
 
 // Columns of the axis between two times, the ends of the view standing for what lies outside.

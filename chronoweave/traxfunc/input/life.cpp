@@ -55,7 +55,7 @@ std::unique_ptr<_LaCanvasData> laCanvas_Create(LaGraph& graph, int contentHeight
 
 void laCanvas_Reset(_LaCanvasData& canvas, laResetOf what) {
     canvas.past.historyNewest = canvas.past.historyOldest = canvas.past.historyCurrent = -1;
-    canvas.hand.pendingCursorX = -100;
+    canvas.marks.pendingCursorX = -100;
     canvas.view.verticalOffset = 0;
     canvas.source.baseTick = 0;
     canvas.source.totalLength = canvas.source.scrollExtent = canvas.view.viewHigh = canvas.view.viewLength =

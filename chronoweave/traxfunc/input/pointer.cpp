@@ -41,9 +41,8 @@ void laPointer::Press(const laPointerEvent& event) {
 
 void laPointer::PressLeft(const laPointerEvent& event) {
     if (event.modifiers & laModifier_Shift) {
-        canvas_.hand.pendingCursorX = event.x;
-        const Colour colour = canvas_.graph->surface ? canvas_.graph->surface->foreground() : 0;
-        laCanvas_DrawCursor(*canvas_.graph, event.x, colour);
+        canvas_.marks.pendingCursorX = event.x;
+        laCanvas_RepaintColumns(canvas_, event.x, event.x + 1);
         laCanvas_UpdateFields(canvas_, 0, laCanvas_ColumnText(canvas_, event.x).c_str());
         return;
     }
@@ -92,8 +91,8 @@ void laPointer::Scrolled() {
 }
 
 bool laPointer::Release(const laPointerEvent& event) {
-    if (canvas_.hand.pendingCursorX != noCursor) {
-        const int x = std::exchange(canvas_.hand.pendingCursorX, noCursor);
+    if (canvas_.marks.pendingCursorX != noCursor) {
+        const int x = std::exchange(canvas_.marks.pendingCursorX, noCursor);
         laCanvas_EraseCursor(canvas_, x);
     } else if (drag_ && event.button == laButton_Left) {
         // A release where the press was selects nothing between.
@@ -112,6 +111,6 @@ void laPointer::EndDrag() {
 
 void laPointer::Cancel() {
     if (drag_) EndDrag();
-    if (canvas_.hand.pendingCursorX != noCursor)
-        laCanvas_EraseCursor(canvas_, std::exchange(canvas_.hand.pendingCursorX, noCursor));
+    if (canvas_.marks.pendingCursorX != noCursor)
+        laCanvas_EraseCursor(canvas_, std::exchange(canvas_.marks.pendingCursorX, noCursor));
 }

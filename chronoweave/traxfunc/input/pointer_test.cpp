@@ -192,10 +192,10 @@ TEST_F(Pointing, ClicksAndDragsSelect) {
     // With Shift the press only measures.
     const double before = canvas.marks.cursor[0];
     pointer.Press({500, 5, laModifier_Shift});
-    EXPECT_EQ(canvas.hand.pendingCursorX, 500);
+    EXPECT_EQ(canvas.marks.pendingCursorX, 500);
     EXPECT_NE(test.message(), "");
     pointer.Release({500, 5, laModifier_Shift});
-    EXPECT_EQ(canvas.hand.pendingCursorX, -100);
+    EXPECT_EQ(canvas.marks.pendingCursorX, -100);
     EXPECT_EQ(canvas.marks.cursor[0], before);
     // The right button goes to the cursors, or refuses.
     laCanvas_ScrollToEnd(canvas, true);

@@ -1,12 +1,14 @@
 // How the list of objects beside the picture names and orders them.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 struct laItem_Line;
 
 struct LaList {
     int nameWidth = 0;      // of the name column, pixels, as the user set it; 0: what the names need
+    uint32_t layouts = 0;   // how often the rows were laid out: their names may need another width
     bool flatView = false;  // whole names, no hierarchy
     int sortField = 0;      // 0 name, 1 id
     bool sortAscending = true;
