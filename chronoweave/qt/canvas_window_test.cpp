@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollBar>
+#include <QToolTip>
 #include <QWheelEvent>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +19,7 @@
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
@@ -311,6 +313,43 @@ TEST_F(Window, FieldsTakeWhatIsTypedAndADragSelects) {
     EXPECT_EQ(dragged, window->view().image());  // what the drag left is what a whole repaint draws
     EXPECT_NE(window->findChild<QWidget*>("tf_sel_len"), nullptr);
     EXPECT_FALSE(window->findChild<QWidget*>("Overview")->accessibleName().isEmpty());
+}
+
+TEST_F(Window, ATipThatCouldNotTellAllCompletesItselfWhenNothingElseIsToDo) {
+    ASSERT_TRUE(window->load(trace));
+    laCanvas_ShowRange(canvas(), 0.00456, 0.00517);
+    uint32_t lane = 0;
+    while (canvas().items.lanes[lane].segments.empty() ||
+           canvas().items.lanes[lane].segments[0].t0 > canvas().items.cachedLow)
+        ++lane;
+    const laItemRef cut{laItemType::Line, lane, 0};
+    canvas().hand.tipItems = canvas().items.itemsVersion;
+    const std::string told = laTip_Text(canvas(), cut);
+    canvas().hand.tipItem = cut;
+    window->view().graph().showTip("what is known so far");
+    ASSERT_TRUE(QToolTip::text().contains("what is known so far"));
+    for (int i = 0; i < 100 && QToolTip::text().contains("so far"); ++i) QApplication::processEvents();
+    EXPECT_TRUE(QToolTip::text().contains(QString::fromStdString(told).toHtmlEscaped()))
+        << QToolTip::text().toStdString() << " instead of " << told;
+    QToolTip::hideText();
+}
+
+TEST_F(Window, ADialogOfACommandLeavesThePictureUpToDate) {
+    ASSERT_TRUE(window->load(trace));
+    QApplication::processEvents();
+    const QImage before = window->view().image().copy();
+    QImage meanwhile;
+    // As a command that waits for its user: what is zoomed under its dialog is seen under its dialog.
+    window->view().draw([&] {
+        const double length = canvas().source.totalLength;
+        laCanvas_ShowRange(canvas(), length / 4, length / 2, {.paint = true});
+        EXPECT_EQ(window->view().image(), before) << "nothing is painted in the middle of work";
+        QApplication::processEvents();
+        meanwhile = window->view().image().copy();
+    });
+    EXPECT_NE(meanwhile, before);
+    window->view().layOutAndPaint();
+    EXPECT_EQ(window->view().image(), meanwhile);
 }
 
 TEST_F(Window, AGrowingFileIsReadOn) {

@@ -25,7 +25,7 @@ TEST(Gate, EachWorkStopsWhatItMust) {
         GateWork work;
         const char* allowed;
     } rows[] = {
-        {GateWork::Load, "p"},           {GateWork::Fetch, ""},          {GateWork::Search, "p"},
+        {GateWork::Load, "p"},           {GateWork::Fetch, ""},           {GateWork::Search, "p"},
         {GateWork::Report, "p"},         {GateWork::Print, "p"},          {GateWork::Merge, "p"},
         {GateWork::ContextMenu, "cp"},   {GateWork::ModalDialog, "rdcp"}, {GateWork::DraggedCursor, "rhcp"},
         {GateWork::HeldDrawing, "rhcp"},

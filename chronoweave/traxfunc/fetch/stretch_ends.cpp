@@ -80,15 +80,24 @@ class BeginSearch {
         if (!start_at(source_, first, state, walk)) return Settle(LaEndKnown::Lost), true;
         int32_t now = status_.in(state);
         const bool there = now == key_.status;
-        std::optional<double> begin;
+        std::optional<double> begin, lost;  // lost: where it was in the status already behind a gap
         double earliest = end_.time;
         uint32_t last = first - 1;
         EventRecord event;
-        for (uint32_t read = 1; mt_NextEvent(walk, event) && event.sequence < behind; ++read) {
+        for (uint32_t read = 1; mt_NextEvent(walk, event); ++read) {
             const double time = laSource_TimeOf(source_, event.time);
+            if (walk.gap()) {
+                now = status_.in(state);
+                begin.reset();
+                lost = now == key_.status ? std::optional(std::min(time, end_.time)) : std::nullopt;
+            }
+            if (event.sequence >= behind) break;
             if (read == 1) earliest = std::min(earliest, time);
             const int32_t next = status_.behind(event, state, now);
-            if (next != now) begin = next == key_.status ? std::optional(time) : std::nullopt;
+            if (next != now) {
+                begin = next == key_.status ? std::optional(time) : std::nullopt;
+                lost.reset();
+            }
             now = next;
             last = event.sequence;
             if ((read & progressMask) == 0 && !Tell(total_ - behind + read)) {
@@ -96,7 +105,9 @@ class BeginSearch {
                 return false;
             }
         }
-        if (last + 1 < behind) return Settle(LaEndKnown::Lost), true;  // the store breaks off on the way
+        if (lost) end_.time = *lost;
+        if (lost || last + 1 < behind)
+            return Settle(LaEndKnown::Lost), true;  // the store breaks off on the way
         Take(there, now, begin, earliest, first);
         return end_.settled() || Tell(total_ - end_.sequence);
     }
@@ -153,6 +164,7 @@ bool laStretch_FindEnd(const LaSource& source, const Legend& legend, const LaStr
     if (last < count && start_at(source, end.sequence, state, walk)) {
         now = status.in(state);
         for (uint32_t read = 1; mt_NextEvent(walk, event); ++read) {
+            if (walk.gap() && event.sequence >= end.sequence) break;
             const int32_t next = status.behind(event, state, now);
             const double time = laSource_TimeOf(source, event.time);
             if (event.sequence >= end.sequence && now == key.status && next != now) {

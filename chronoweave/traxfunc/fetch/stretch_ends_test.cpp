@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <utility>
 
@@ -66,6 +67,30 @@ TEST_F(StretchEnds, AreThoseOfTheTraceWhereverTheItemsAreCut) {
         EXPECT_EQ(stretch.from.time, 0.1) << low;
         EXPECT_EQ(stretch.to.time, 29.9) << low;
     }
+}
+
+// Object 1 is pending on both sides of a stretch that can't be read, where it may have been anything.
+TEST_F(StretchEnds, AreLostInWhatCantBeRead) {
+    OpenLong();
+    CursorPosition damaged;
+    ASSERT_TRUE(mt_GetEventListAndStateFromTimeRange(*canvas.source.store, 15050, true, damaged, nullptr));
+    {
+        std::fstream file(test.folder / "store0.trs", std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(damaged.offset));
+        file << std::string(64, '\xFF');
+    }
+    laCanvas_ShowRange(canvas, 12, 12.01);
+    const LaStretch before = Complete(Segment(1, 12.005));
+    EXPECT_EQ(before.from.known, LaEndKnown::Exact);
+    EXPECT_EQ(before.from.time, 0.1);
+    EXPECT_EQ(before.to.known, LaEndKnown::Lost);
+    EXPECT_NEAR(before.to.time, 15.0, 0.2) << "known up to the damage";
+    laCanvas_ShowRange(canvas, 18, 18.01);
+    const LaStretch behind = Complete(Segment(1, 18.005));
+    EXPECT_EQ(behind.from.known, LaEndKnown::Lost);
+    EXPECT_NEAR(behind.from.time, 15.1, 0.2) << "known from the damage on";
+    EXPECT_EQ(behind.to.known, LaEndKnown::Exact);
+    EXPECT_EQ(behind.to.time, 29.9);
 }
 
 TEST_F(StretchEnds, WhatTheTraceDoesNotHoldIsSaid) {
