@@ -1,123 +1,140 @@
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/dialogs.h"
+#include "windlib/dialog/layout_builder.h"
 
 namespace {
 
-constexpr const char* timeRoom = "000000.000000000";  // what a field of a time shows at least
-
-DialogItem label(const char* name, const char* text, const char* buddy = "") {
-    return {name, DialogKind::Label, text, "", 0, {}, "", buddy};
+DialogItem time_field(const char* name, const char* spoken) {
+    return {.name = name, .kind = DialogKind::TextField, .accessible = spoken, .room = "000000.000000000"};
 }
-DialogItem time(const char* name, const char* accessible) {
-    return {name, DialogKind::TextField, "", accessible, 0, {}, timeRoom};
+DialogItem text(const char* name, const char* shown, const char* spoken, const char* room) {
+    return {.name = name, .kind = DialogKind::Label, .text = shown, .accessible = spoken, .room = room};
 }
 
 std::vector<DialogItem> items() {
     return {
-        {"TraxMenuBar", DialogKind::MenuLine, "", "Menus"},
-        {"TraxBtns", DialogKind::ToolBar, "", "Commands"},
-        {"TaskNames", DialogKind::List, "", "Objects", Dialog_Multiple, {}, "", "", "DataCanvas"},
-        {"Divider", DialogKind::Divider, "", "", 0, {}, "", "", "DataCanvas"},
-        {"DataCanvas", DialogKind::Graph, "", "Timeline"},
-        {"TickPattern", DialogKind::Label, "0.XX", "Digits of the time axis", 0, {}, "0.XXXXXXXXXXXX"},
-        {"TickUnit", DialogKind::Label, "Second", "Unit of the time axis", 0, {}, "Microsecond"},
-        {"TotalLength",
-         DialogKind::Label,
-         "",
-         "Total length",
-         0,
-         {},
-         "Total Time Length(in Microseconds): 000000.000000000"},
-        {"info_rect", DialogKind::Frame},
-        label("t_view", "View:"),
-        time("tf_view_from", "View from"),
-        time("tf_view_to", "View to"),
-        time("tf_view_len", "View length"),
-        label("t_sel", "Selection:"),
-        time("tf_sel_from", "Selection from"),
-        time("tf_sel_to", "Selection to"),
-        time("tf_sel_len", "Selection length"),
-        {"ts_info", DialogKind::StatusText, "", "Message"},
-        {"changeunit", DialogKind::Button, "Change Unit", "Change Tick Unit"},
-        {"Overview", DialogKind::Strip, "", "Overview"},
-        {"Progress", DialogKind::ProgressBar, "", "Progress", Dialog_Hidden},
-        label("tl_view_from", "From", "tf_view_from"),
-        label("tl_view_to", "To", "tf_view_to"),
-        label("tl_view_len", "Length", "tf_view_len"),
-        label("tl_sel_from", "From", "tf_sel_from"),
-        label("tl_sel_to", "To", "tf_sel_to"),
-        label("tl_sel_len", "Length", "tf_sel_len"),
+        {.name = "TraxMenuBar", .kind = DialogKind::MenuLine, .accessible = "Menus"},
+        {.name = "TraxBtns", .kind = DialogKind::ToolBar, .accessible = "Commands"},
+        {.name = "TaskNames",
+         .kind = DialogKind::List,
+         .accessible = "Objects",
+         .flags = Dialog_Multiple,
+         .part = "DataCanvas"},
+        {.name = "Divider", .kind = DialogKind::Divider, .part = "DataCanvas"},
+        {.name = "DataCanvas", .kind = DialogKind::Graph, .accessible = "Timeline"},
+        text("TickPattern", "0.XX", "Digits of the time axis", "0.XXXXXXXXXXXX"),
+        text("TickUnit", "Second", "Unit of the time axis", "Microsecond"),
+        text("TotalLength", "", "Total length", "Total Time Length(in Microseconds): 000000.000000000"),
+        {.name = "info_rect", .kind = DialogKind::Frame},
+        item_Label("t_view", "View:"),
+        time_field("tf_view_from", "View from"),
+        time_field("tf_view_to", "View to"),
+        time_field("tf_view_len", "View length"),
+        item_Label("t_sel", "Selection:"),
+        time_field("tf_sel_from", "Selection from"),
+        time_field("tf_sel_to", "Selection to"),
+        time_field("tf_sel_len", "Selection length"),
+        item_Message(),
+        {.name = "changeunit",
+         .kind = DialogKind::Button,
+         .text = "Change Unit",
+         .accessible = "Change Tick Unit"},
+        {.name = "Overview", .kind = DialogKind::Strip, .accessible = "Overview"},
+        {.name = "Progress",
+         .kind = DialogKind::ProgressBar,
+         .accessible = "Progress",
+         .flags = Dialog_Hidden},
+        item_Label("tl_view_from", "From", "tf_view_from"),
+        item_Label("tl_view_to", "To", "tf_view_to"),
+        item_Label("tl_view_len", "Length", "tf_view_len"),
+        item_Label("tl_sel_from", "From", "tf_sel_from"),
+        item_Label("tl_sel_to", "To", "tf_sel_to"),
+        item_Label("tl_sel_len", "Length", "tf_sel_len"),
     };
 }
 
-// Rows from the bottom up: message line, fields of the selection, fields of the view, unit, overview; the
-// picture takes what is left below the tool bar. The least size holds the menu line, too.
-std::vector<std::string> layout() {
-    return {
-        "MinSizes",
-        "0,(@changeunit,@TickPattern,@TickUnit,@TotalLength),(),42,0,0,0,0,1,1,5,Horizontal",
-        "0,(@t_view,@tl_view_from,@tf_view_from,@tl_view_to,@tf_view_to,@tl_view_len,@tf_view_len),(),"
-        "78,0,0,0,0,1,1,4,Horizontal",
-        "0,(@t_sel,@tl_sel_from,@tf_sel_from,@tl_sel_to,@tf_sel_to,@tl_sel_len,@tf_sel_len),(),"
-        "78,0,0,0,0,1,1,3,Horizontal",
-        "0,(@Progress),(),20,40,0,0,0,1,1,2,Horizontal",
-        "0,(),(),153,0,0,3,1,1,1,1,Horizontal",
-        "0,(@TraxBtns,@Overview,@changeunit,@info_rect,@Progress),(),23,0,0,9,1,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),0,120,0,0,0,1,1,1,Horizontal",
-        "0,(),(),0,0,0,36,0,1,1,1,Vertical",
-        "@TraxBtns,(0),(),0,0,0,0,0,1,1,1,Horizontal",
-        "@Overview,(0),(),0,0,0,0,0,1,1,1,Horizontal",
-        "@Overview,(),(),4,0,0,2,0,1,1,1,Vertical",
-        "@Progress,(),(),0,20,0,0,0,1,1,1,Horizontal",
-        "@ts_info,(0),(@Progress),-20,0,0,0,0,1,1,1,Horizontal",
-        "@info_rect,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
-        "@info_rect,(@tf_view_from,@tf_sel_from),(),12,0,0,0,0,1,1,1,Vertical",
-        "@DataCanvas,(0),(),0,0,0,0,0,1,1,1,Horizontal",
-        "@DataCanvas,(0),(@TraxBtns,@Overview,@changeunit,@info_rect,@Progress),-16,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@TraxBtns),0,0,0,0,0,0,Top,Top,Top",
-        "(@TraxBtns,@DataCanvas,@Overview),0,0,0,0,0,0,Left,Left,Left",
-        "(@DataCanvas),@TraxBtns,0,0,0,0,0,Top,Top,Bottom",
-        // Message line and progress.
-        "(@Progress),0,-4,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@Progress),0,-4,0,0,0,0,Right,Right,Right",
-        "(@ts_info),@Progress,0,0,0,0,0,TBCenter,TBCenter,TBCenter",
-        "(@ts_info),0,8,0,0,0,0,Left,Left,Left",
-        // The fields, one row under the other in common columns.
-        "(@info_rect),@Progress,-4,0,0,0,0,Bottom,Bottom,Top",
-        "(@info_rect),0,4,0,0,0,0,Left,Left,Left",
-        "(@tf_sel_from,@tf_sel_to,@tf_sel_len),@info_rect,-4,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@tf_view_from,@tf_view_to,@tf_view_len),@tf_sel_from,-4,0,0,0,0,Bottom,Bottom,Top",
-        "(@t_sel,@tl_sel_from,@tl_sel_to,@tl_sel_len),@tf_sel_from,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_view,@tl_view_from,@tl_view_to,@tl_view_len),@tf_view_from,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_view,@t_sel),@info_rect,8,0,0,0,0,Right,Left,Left",
-        "(@tl_view_from,@tl_sel_from),@t_view,12,0,0,0,0,Left,Left,Right",
-        "(@tf_view_from,@tf_sel_from),@tl_view_from,6,0,0,0,0,Left,Left,Right",
-        "(@tl_view_to,@tl_sel_to),@tf_view_from,12,0,0,0,0,Left,Left,Right",
-        "(@tf_view_to,@tf_sel_to),@tl_view_to,6,0,0,0,0,Left,Left,Right",
-        "(@tl_view_len,@tl_sel_len),@tf_view_to,12,0,0,0,0,Left,Left,Right",
-        "(@tf_view_len,@tf_sel_len),@tl_view_len,6,0,0,0,0,Left,Left,Right",
-        // Unit and total length.
-        "(@changeunit),@info_rect,-4,0,0,0,0,Bottom,Bottom,Top",
-        "(@changeunit),0,4,0,0,0,0,Left,Left,Left",
-        "(@TickPattern,@TickUnit,@TotalLength),@changeunit,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@TickPattern),@changeunit,8,0,0,0,0,Left,Left,Right",
-        "(@TickUnit),@TickPattern,6,0,0,0,0,Left,Left,Right",
-        "(@TotalLength),0,-8,0,0,0,0,Right,Right,Right",
-        "(@Overview),@changeunit,-4,0,0,0,0,Bottom,Bottom,Top",
-    };
+// The least size holds the menu line, too. The picture takes what is left below the tool bar.
+void add_sizes(LayoutBuilder& layout) {
+    layout.LeastWidths(
+        {{.of = {"changeunit", "TickPattern", "TickUnit", "TotalLength"}, .pixels = 42},
+         {.of = {"t_view", "tl_view_from", "tf_view_from", "tl_view_to", "tf_view_to", "tl_view_len",
+                 "tf_view_len"},
+          .pixels = 78},
+         {.of = {"t_sel", "tl_sel_from", "tf_sel_from", "tl_sel_to", "tf_sel_to", "tl_sel_len", "tf_sel_len"},
+          .pixels = 78},
+         {.of = {"Progress"}, .pixels = 20, .letters = 40},
+         {.pixels = 153, .lines = 3, .bars = 1}});
+    const LayoutItems rows = {"TraxBtns", "Overview", "changeunit", "info_rect", "Progress"};
+    layout.LeastHeight({.of = rows, .pixels = 23, .lines = 9, .bars = 1});
+    layout.FirstWidths({{.letters = 120}});
+    layout.FirstHeight({.lines = 36});
+    layout.FillWidth("TraxBtns", {});
+    layout.FillWidth("Overview", {});
+    layout.Height("Overview", {.pixels = 4, .lines = 2});
+    layout.Width("Progress", {.letters = 20});
+    layout.FillWidth("ts_info", {.less = {"Progress"}, .gaps = 20});
+    layout.FillWidth("info_rect", {.gaps = 8});
+    layout.Height("info_rect", {.of = {"tf_view_from", "tf_sel_from"}, .pixels = 12});
+    layout.FillWidth("DataCanvas", {});
+    layout.FillHeight("DataCanvas", {.less = rows, .gaps = 16});
+}
+
+// The fields, one row under the other in common columns.
+void place_fields(LayoutBuilder& layout) {
+    layout.Above({.items = {"info_rect"}, .of = "Progress", .gap = 4});
+    layout.Left({.items = {"info_rect"}, .gap = 4});
+    layout.Bottom({.items = {"tf_sel_from", "tf_sel_to", "tf_sel_len"}, .of = "info_rect", .gap = 4});
+    layout.Above({.items = {"tf_view_from", "tf_view_to", "tf_view_len"}, .of = "tf_sel_from", .gap = 4});
+    layout.Baseline({"t_sel", "tl_sel_from", "tl_sel_to", "tl_sel_len"}, "tf_sel_from");
+    layout.Baseline({"t_view", "tl_view_from", "tl_view_to", "tl_view_len"}, "tf_view_from");
+    layout.Tie({.items = {"t_view", "t_sel"},
+                .of = "info_rect",
+                .pixels = 8,
+                .together = PlacerEdge::Right,
+                .theirs = PlacerEdge::Left,
+                .others = PlacerEdge::Left});
+    layout.RightOf({.items = {"tl_view_from", "tl_sel_from"}, .of = "t_view", .gap = 12});
+    layout.RightOf({.items = {"tf_view_from", "tf_sel_from"}, .of = "tl_view_from", .gap = 6});
+    layout.RightOf({.items = {"tl_view_to", "tl_sel_to"}, .of = "tf_view_from", .gap = 12});
+    layout.RightOf({.items = {"tf_view_to", "tf_sel_to"}, .of = "tl_view_to", .gap = 6});
+    layout.RightOf({.items = {"tl_view_len", "tl_sel_len"}, .of = "tf_view_to", .gap = 12});
+    layout.RightOf({.items = {"tf_view_len", "tf_sel_len"}, .of = "tl_view_len", .gap = 6});
+}
+
+// Rows from the bottom up: message line, fields of the selection, fields of the view, unit, overview.
+std::vector<std::string> layout_lines() {
+    LayoutBuilder layout;
+    add_sizes(layout);
+    layout.Top({.items = {"TraxBtns"}, .gap = 0});
+    layout.Left({.items = {"TraxBtns", "DataCanvas", "Overview"}, .gap = 0});
+    layout.Below({.items = {"DataCanvas"}, .of = "TraxBtns", .gap = 0});
+    // Message line and progress.
+    layout.Bottom({.items = {"Progress"}, .gap = 4});
+    layout.Right({.items = {"Progress"}, .gap = 4});
+    layout.Middle({"ts_info"}, "Progress");
+    layout.Left({.items = {"ts_info"}});
+    place_fields(layout);
+    // Unit and total length.
+    layout.Above({.items = {"changeunit"}, .of = "info_rect", .gap = 4});
+    layout.Left({.items = {"changeunit"}, .gap = 4});
+    layout.Baseline({"TickPattern", "TickUnit", "TotalLength"}, "changeunit");
+    layout.RightOf({.items = {"TickPattern"}, .of = "changeunit"});
+    layout.RightOf({.items = {"TickUnit"}, .of = "TickPattern", .gap = 6});
+    layout.Right({.items = {"TotalLength"}});
+    layout.Above({.items = {"Overview"}, .of = "changeunit", .gap = 4});
+    return layout.Lines();
 }
 
 }  // namespace
 
 DialogDescription dialogs_CanvasWindow() {
-    DialogDescription d;
-    d.name = "Trax";
-    d.title = "Chronoweave";
-    d.helpKey = "TRAXHelp";
-    d.framed = false;
-    d.menu = true;
-    d.items = items();
-    d.layout = layout();
-    return d;
+    return {
+        .name = "Trax",
+        .title = "Chronoweave",
+        .helpKey = "TRAXHelp",
+        .framed = false,
+        .menu = true,
+        .items = items(),
+        .layout = layout_lines(),
+    };
 }

@@ -1,146 +1,125 @@
-#include <algorithm>
-
 #include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/analysis/dialog_items.h"
+#include "windlib/dialog/layout_builder.h"
 
 namespace {
 
 constexpr int fieldLetters = 26;
 constexpr int fieldPadding = 24;  // pixels around them
 
-std::string at(const std::string& name) {
-    return "@" + name;
-}
-
-// Puts a description together from the top down, one row under the other: fields with a label on their left
-// that fill the width, and pairs of buttons with a label. The widest label of each kind is named first, and
-// the others stand in its column.
-class Rows {
-  public:
-    explicit Rows(DialogDescription& description) : d_(description) {}
-
-    // widest: the label that is made as wide as the longest text of its kind.
-    void Fields(std::string widest) { fields_ = std::move(widest); }
-    void Pairs(std::string widest) { pairs_ = std::move(widest); }
-
-    void Field(const std::string& label, const std::string& text, const std::string& name) {
-        d_.items.push_back({label, DialogKind::Label, text, "", 0, {}, RoomOf(label, fields_), name});
-        d_.items.push_back(
-            {name, DialogKind::TextField, "", text, Dialog_ReadOnly, {}, std::string(fieldLetters, 'n')});
-        widths_.push_back({"(" + at(fields_) + ")", 24 + fieldPadding, fieldLetters});
-        sizes_.push_back(at(name) + ",(0),(" + at(fields_) + "),-24,0,0,0,0,1,1,1,Horizontal");
-        places_.push_back("(" + at(label) + "),0,8,0,0,0,0,Left,Left,Left");
-        places_.push_back("(" + at(name) + ")," + at(fields_) + ",8,0,0,0,0,Left,Left,Right");
-        Below(name, 6);
-        places_.push_back("(" + at(label) + ")," + at(name) + ",0,0,0,0,0,Baseline,Baseline,Baseline");
-    }
-
-    // Two buttons in a frame, named prefix + "prev" and prefix + "next".
-    void Pair(const std::string& frame, const std::string& label, const std::string& text,
-              const std::string& back, const std::string& on, const std::string& spoken) {
-        d_.items.push_back({label, DialogKind::Label, text, "", 0, {}, RoomOf(label, pairs_), back});
-        d_.items.push_back({frame, DialogKind::Frame});
-        d_.items.push_back({back, DialogKind::Button, "Previous", "Previous, " + spoken});
-        d_.items.push_back({on, DialogKind::Button, "Next", "Next, " + spoken});
-        widths_.push_back({"(" + at(label) + "," + at(back) + "," + at(on) + ")", 40});
-        sizes_.push_back(at(frame) + ",(" + at(back) + "," + at(on) + "),(),12,0,0,0,0,1,1,1,Horizontal");
-        sizes_.push_back(at(frame) + ",(" + at(back) + "),(),8,0,0,0,0,1,1,1,Vertical");
-        places_.push_back("(" + at(label) + "),0,8,0,0,0,0,Left,Left,Left");
-        places_.push_back("(" + at(back) + ")," + at(pairs_) + ",16,0,0,0,0,Left,Left,Right");
-        places_.push_back("(" + at(on) + ")," + at(back) + ",4,0,0,0,0,Left,Left,Right");
-        Below(back, 14);
-        places_.push_back("(" + at(on) + ")," + at(back) + ",0,0,0,0,0,Top,Top,Top");
-        places_.push_back("(" + at(label) + ")," + at(back) + ",0,0,0,0,0,TBCenter,TBCenter,TBCenter");
-        places_.push_back("(" + at(frame) + ")," + at(back) + ",-4,0,0,0,0,Left,Left,Left");
-        places_.push_back("(" + at(frame) + ")," + at(back) + ",0,0,0,0,0,TBCenter,TBCenter,TBCenter");
-        lastGap_ = 4;
-    }
-
-    // A label across the width.
-    void Heading(const std::string& label, const std::string& text) {
-        d_.items.push_back({label, DialogKind::Label, text});
-        widths_.push_back({"(" + at(label) + ")", 16});
-        places_.push_back("(" + at(label) + "),0,8,0,0,0,0,Left,Left,Left");
-        Below(label, 10);
-    }
-
-    // Items side by side from the left, centred on the tallest, the first; the last one at the right edge
-    // when lastRight. They are in the description already.
-    void Line(const std::vector<std::string>& names, bool lastRight) {
-        std::string all;
-        for (const std::string& name : names) all += (all.empty() ? "(" : ",") + at(name);
-        widths_.push_back({all + ")", 16 + 12 * static_cast<int>(names.size())});
-        for (size_t i = 0; i < names.size(); ++i) {
-            const std::string name = "(" + at(names[i]) + "),";
-            if (lastRight && i > 0 && i + 1 == names.size())
-                places_.push_back(name + "0,-8,0,0,0,0,Right,Right,Right");
-            else if (i == 0)
-                places_.push_back(name + "0,8,0,0,0,0,Left,Left,Left");
-            else
-                places_.push_back(name + at(names[i - 1]) + ",12,0,0,0,0,Left,Left,Right");
-            if (i > 0) places_.push_back(name + at(names[0]) + ",0,0,0,0,0,TBCenter,TBCenter,TBCenter");
-        }
-        Below(names[0], 14);
-    }
-
-    // The message line at the foot, and all rules. wide: the width at first, in letters.
-    void End(int wide) {
-        d_.items.push_back({"ts_info", DialogKind::StatusText, "", "Message"});
-        sizes_.push_back("@ts_info,(0),(),-16,0,0,0,0,1,1,1,Horizontal");
-        places_.push_back("(@ts_info),0,8,0,0,0,0,Left,Left,Left");
-        Below("ts_info", 8);
-        std::vector<std::string>& lines = d_.layout;
-        lines = {"MinSizes"};
-        for (size_t i = 0; i < widths_.size(); ++i)
-            lines.push_back("0," + widths_[i].items + ",()," + std::to_string(widths_[i].pixels) + "," +
-                            std::to_string(widths_[i].letters) + ",0,0,0,1,1," +
-                            std::to_string(widths_.size() - i) + ",Horizontal");
-        const std::string height =
-            "0,(" + heights_ + "),()," + std::to_string(gaps_ + 8) + ",0,0,0,0,1,1,1,Vertical";
-        lines.push_back(height);
-        lines.push_back("Sizes");
-        lines.push_back("0,(),(),0," + std::to_string(wide) + ",0,0,0,1,1,1,Horizontal");
-        lines.push_back(height);
-        lines.insert(lines.end(), sizes_.begin(), sizes_.end());
-        lines.push_back("Positions");
-        lines.insert(lines.end(), places_.begin(), places_.end());
-    }
-
-    std::string longest;  // of the labels' texts, which the widest label gives room for
-
-  private:
-    std::string RoomOf(const std::string& label, const std::string& widest) const {
-        return label == widest ? longest : std::string();
-    }
-    void Below(const std::string& name, int gap) {
-        gap += std::exchange(lastGap_, 0);
-        places_.push_back(above_.empty()
-                              ? "(" + at(name) + "),0," + std::to_string(gap) + ",0,0,0,0,Top,Top,Top"
-                              : "(" + at(name) + ")," + at(above_) + "," + std::to_string(gap) +
-                                    ",0,0,0,0,Top,Top,Bottom");
-        heights_ += (heights_.empty() ? "" : ",") + at(name);
-        gaps_ += gap;
-        above_ = name;
-    }
-
-    DialogDescription& d_;
-    std::string fields_, pairs_;
-    struct Width {
-        std::string items;
-        int pixels = 0, letters = 0;
+// A window that grows row by row from the top. Labels of fields stand in one column, and those of pairs of
+// buttons in another; of each the widest is named, which is made as wide as the longest text of its kind.
+struct RowWindow {
+    DialogDescription d;
+    LayoutBuilder layout = {};
+    struct Column {
+        std::string widest;
+        std::string longest = {};  // text; empty: the widest's own
     };
-    std::vector<Width> widths_;
-    std::vector<std::string> sizes_, places_;
-    std::string above_, heights_;
-    int gaps_ = 0;
-    int lastGap_ = 0;  // what the row above reaches below its item
+    Column fields, pairs;
+    int reach = 0;  // pixels that the row above takes below its item
 };
 
+DialogItem label_in(const RowWindow::Column& column, const std::string& name, const std::string& text,
+                    const std::string& leadsTo) {
+    DialogItem label = item_Label(name, text, leadsTo);
+    if (name == column.widest) label.room = column.longest;
+    return label;
+}
+
+void next_row(RowWindow& w, const std::string& item, int gap) {
+    w.layout.NextRow(item, gap + w.reach);
+    w.reach = 0;
+}
+
+// A field that is only read, with a label on its left; it fills the width.
+void add_field(RowWindow& w, const std::string& label, const std::string& text, const std::string& name) {
+    const std::string& widest = w.fields.widest;
+    items_Add(w.d.items, {label_in(w.fields, label, text, name),
+                          {.name = name,
+                           .kind = DialogKind::TextField,
+                           .accessible = text,
+                           .flags = Dialog_ReadOnly,
+                           .room = std::string(fieldLetters, 'n')}});
+    w.layout.LeastWidths({{.of = {widest}, .pixels = 24 + fieldPadding, .letters = fieldLetters}});
+    w.layout.FillWidth(name, {.less = {widest}, .gaps = 24});
+    w.layout.Left({.items = {label}});
+    w.layout.RightOf({.items = {name}, .of = widest});
+    next_row(w, name, 6);
+    w.layout.Baseline({label}, name);
+}
+
+// Two buttons in a frame with a label on their left: to the thing before and to the one behind.
+struct Pair {
+    std::string frame, label, text;
+    std::string back, on;  // the buttons
+    std::string spoken;    // what they lead to
+};
+void add_pair(RowWindow& w, const Pair& pair) {
+    const auto button = [](const std::string& name, const std::string& text, const std::string& spoken) {
+        return DialogItem{.name = name, .kind = DialogKind::Button, .text = text, .accessible = spoken};
+    };
+    items_Add(w.d.items, {label_in(w.pairs, pair.label, pair.text, pair.back),
+                          {.name = pair.frame, .kind = DialogKind::Frame},
+                          button(pair.back, "Previous", "Previous, " + pair.spoken),
+                          button(pair.on, "Next", "Next, " + pair.spoken)});
+    LayoutBuilder& layout = w.layout;
+    layout.LeastWidths({{.of = {pair.label, pair.back, pair.on}, .pixels = 40}});
+    layout.Width(pair.frame, {.of = {pair.back, pair.on}, .pixels = 12});
+    layout.Height(pair.frame, {.of = {pair.back}, .pixels = 8});
+    layout.Left({.items = {pair.label}});
+    layout.RightOf({.items = {pair.back}, .of = w.pairs.widest, .gap = 16});
+    layout.InRow({pair.back, pair.on}, 4);
+    next_row(w, pair.back, 14);
+    layout.Align(PlacerEdge::Top, {pair.on}, pair.back);
+    layout.Middle({pair.label, pair.frame}, pair.back);
+    layout.Left({.items = {pair.frame}, .of = pair.back, .gap = -4});
+    w.reach = 4;
+}
+
+// A label across the width.
+void add_heading(RowWindow& w, const std::string& label, const std::string& text) {
+    w.d.items.push_back(item_Label(label, text));
+    w.layout.LeastWidths({{.of = {label}, .pixels = 16}});
+    w.layout.Left({.items = {label}});
+    next_row(w, label, 10);
+}
+
+// Items side by side from the left, centred on the tallest, the first; the last may stand at the right edge.
+enum class LastItem { BesideTheOthers, AtTheEdge };
+void add_line(RowWindow& w, const std::vector<DialogItem>& items, LastItem last) {
+    LayoutItems all;
+    for (const DialogItem& item : items) all.push_back(item.name);
+    items_Add(w.d.items, items);
+    w.layout.LeastWidths({{.of = all, .pixels = 16 + 12 * static_cast<int>(all.size())}});
+    w.layout.Middle({all.begin() + 1, all.end()}, all.front());
+    w.layout.Left({.items = {all.front()}});
+    next_row(w, all.front(), 14);
+    if (last == LastItem::AtTheEdge) {
+        w.layout.Right({.items = {all.back()}});
+        all.pop_back();
+    }
+    w.layout.InRow(all, 12);
+}
+
+// The message line at the foot. letters: the window's width at first.
+DialogDescription finished(RowWindow& w, int letters) {
+    w.d.items.push_back(item_Message());
+    w.layout.FillWidth("ts_info", {.gaps = 16});
+    w.layout.Left({.items = {"ts_info"}});
+    next_row(w, "ts_info", 8);
+    w.layout.FirstWidths({{.letters = letters}});
+    w.layout.OnlyHeight(w.layout.RowsHeight(8));
+    w.d.layout = w.layout.Lines();
+    return std::move(w.d);
+}
+
 DialogDescription named(const char* name, const char* title) {
-    DialogDescription d;
-    d.name = name;
-    d.title = title;
-    d.helpKey = "details";
-    return d;
+    return {.name = name, .title = title, .helpKey = "details"};
+}
+
+DialogItem button(const char* name, const std::string& text, const std::string& spoken, unsigned flags = 0) {
+    return {.name = name, .kind = DialogKind::Button, .text = text, .accessible = spoken, .flags = flags};
 }
 
 std::string lower_first(std::string text) {
@@ -159,91 +138,98 @@ std::string plain(const std::string& term) {
 
 DialogDescription detail_StatusWindow(const std::string& objectTerm) {
     const std::string term = plain(objectTerm), small = lower_first(term);
-    DialogDescription d = named("StatusDetail", "Status");
-    Rows rows(d);
-    rows.longest = term + " ID";
-    rows.Fields("t_length");
-    rows.Pairs("t_similar");
-    rows.Field("t_status", "Status", "tf_status");
-    rows.Field("t_taskid", term + " ID", "tf_taskid");
-    rows.Field("t_ftime", "From", "tf_ftime");
-    rows.Field("t_ttime", "To", "tf_ttime");
-    rows.Field("t_length", "Length (Second)", "tf_length");
-    rows.longest.clear();
-    rows.Pair("general", "t_general", "Same " + term, "g_prev", "g_next", "status of the same " + small);
-    rows.Pair("similar", "t_similar", "Same " + term + " && Status", "s_prev", "s_next",
-              "the same status of the same " + small);
-    d.items.push_back({"bt_go", DialogKind::Button, "&Go", "", Dialog_Default});
-    d.items.push_back({"t_goto", DialogKind::Label, "Move Cursor To The Status In Canvas"});
-    d.items.push_back({"bt_task", DialogKind::Button, term + "...", "The window of the " + small});
-    rows.Line({"bt_go", "t_goto", "bt_task"}, true);
-    rows.End(56);
-    return d;
+    RowWindow w = {.d = named("StatusDetail", "Status"),
+                   .fields = {.widest = "t_length", .longest = term + " ID"},
+                   .pairs = {.widest = "t_similar"}};
+    add_field(w, "t_status", "Status", "tf_status");
+    add_field(w, "t_taskid", term + " ID", "tf_taskid");
+    add_field(w, "t_ftime", "From", "tf_ftime");
+    add_field(w, "t_ttime", "To", "tf_ttime");
+    add_field(w, "t_length", "Length (Second)", "tf_length");
+    add_pair(w, {.frame = "general",
+                 .label = "t_general",
+                 .text = "Same " + term,
+                 .back = "g_prev",
+                 .on = "g_next",
+                 .spoken = "status of the same " + small});
+    add_pair(w, {.frame = "similar",
+                 .label = "t_similar",
+                 .text = "Same " + term + " && Status",
+                 .back = "s_prev",
+                 .on = "s_next",
+                 .spoken = "the same status of the same " + small});
+    add_line(w,
+             {button("bt_go", "&Go", "", Dialog_Default),
+              item_Label("t_goto", "Move Cursor To The Status In Canvas"),
+              button("bt_task", term + "...", "The window of the " + small)},
+             LastItem::AtTheEdge);
+    return finished(w, 56);
 }
 
 DialogDescription detail_EventWindow(const std::string& objectTerm, bool offerDebugger) {
     const std::string term = plain(objectTerm), small = lower_first(term);
-    DialogDescription d = named("EventDetail", "Event");
-    Rows rows(d);
-    rows.longest = "Comments";
-    rows.Fields("t_taskid");
-    rows.Pairs("t_te");
-    rows.Field("t_name", "Name", "tf_name");
-    rows.Field("t_taskid", term + " ID", "tf_taskid");
-    rows.Field("t_time", "Time", "tf_time");
-    rows.Field("t_comments", "Comments", "tf_comments");
-    rows.longest = "Sequential";
-    rows.Pair("general", "t_sequential", "Sequential", "g_prev", "g_next", "event of all");
-    rows.Pair("similar", "t_general", "Same " + term, "s_prev", "s_next", "event of the same " + small);
-    rows.Pair("bt_se", "t_similar", "Same Event", "e_prev", "e_next", "event of the same kind");
-    rows.Pair("bt_ste", "t_te", "Same " + term + " && Event", "te_prev", "te_next",
-              "event of the same kind and " + small);
-    std::vector<std::string> places = {"In the &canvas"};
-    if (offerDebugger) places.push_back("In the &debugger");
-    DialogItem gotos = {"gotos", DialogKind::ButtonSet, "", "Where to show the event", 0, places};
-    gotos.choiceNames = {"gotoCanvas", "gotoDebugger"};
-    d.items.push_back(std::move(gotos));
-    d.items.push_back({"bt_go", DialogKind::Button, "&Go", "Show the event", Dialog_Default});
-    d.items.push_back({"bt_task", DialogKind::Button, term + "...", "The window of the " + small});
-    rows.Line({"gotos", "bt_go", "bt_task"}, true);
-    rows.End(56);
-    return d;
+    RowWindow w = {.d = named("EventDetail", "Event"),
+                   .fields = {.widest = "t_taskid", .longest = "Comments"},
+                   .pairs = {.widest = "t_te", .longest = "Sequential"}};
+    add_field(w, "t_name", "Name", "tf_name");
+    add_field(w, "t_taskid", term + " ID", "tf_taskid");
+    add_field(w, "t_time", "Time", "tf_time");
+    add_field(w, "t_comments", "Comments", "tf_comments");
+    // The frames' names have always been these, one behind their labels'.
+    const Pair pairs[] = {
+        {"general", "t_sequential", "Sequential", "g_prev", "g_next", "event of all"},
+        {"similar", "t_general", "Same " + term, "s_prev", "s_next", "event of the same " + small},
+        {"bt_se", "t_similar", "Same Event", "e_prev", "e_next", "event of the same kind"},
+        {"bt_ste", "t_te", "Same " + term + " && Event", "te_prev", "te_next",
+         "event of the same kind and " + small}};
+    for (const Pair& pair : pairs) add_pair(w, pair);
+    DialogItem gotos = {.name = "gotos",
+                        .kind = DialogKind::ButtonSet,
+                        .accessible = "Where to show the event",
+                        .list = {"In the &canvas"},
+                        .choiceNames = {"gotoCanvas", "gotoDebugger"}};
+    if (offerDebugger) gotos.list.emplace_back("In the &debugger");
+    add_line(w,
+             {gotos, button("bt_go", "&Go", "Show the event", Dialog_Default),
+              button("bt_task", term + "...", "The window of the " + small)},
+             LastItem::AtTheEdge);
+    return finished(w, 56);
 }
 
 DialogDescription detail_SwitchWindow(const std::string& objectTerm) {
     const std::string term = plain(objectTerm);
-    DialogDescription d = named("SwitchDetail", "Context Switch");
-    Rows rows(d);
-    rows.longest = "Time";
-    rows.Fields("t_ftaskid");
-    rows.Pairs("t_walk");
-    rows.Heading("t_from", "Context Switched From");
-    rows.Field("t_ftaskid", term + " ID", "tf_ftaskid");
-    rows.Field("t_ftime", "Time", "tf_ftime");
-    rows.Heading("t_to", "Context Switched To");
-    rows.Field("t_ttaskid", term + " ID", "tf_ttaskid");
-    rows.Field("t_ttime", "Time", "tf_ttime");
-    rows.longest.clear();
-    rows.Pair("btNP", "t_walk", "Context Switch", "prev", "next", "context switch");
-    d.items.push_back({"bt_goto", DialogKind::Button, "&Go", "", Dialog_Default});
-    d.items.push_back({"t_goto", DialogKind::Label, "Move Cursor To The Switch In Canvas"});
-    rows.Line({"bt_goto", "t_goto"}, false);
-    rows.End(50);
-    return d;
+    RowWindow w = {.d = named("SwitchDetail", "Context Switch"),
+                   .fields = {.widest = "t_ftaskid", .longest = "Time"},
+                   .pairs = {.widest = "t_walk"}};
+    add_heading(w, "t_from", "Context Switched From");
+    add_field(w, "t_ftaskid", term + " ID", "tf_ftaskid");
+    add_field(w, "t_ftime", "Time", "tf_ftime");
+    add_heading(w, "t_to", "Context Switched To");
+    add_field(w, "t_ttaskid", term + " ID", "tf_ttaskid");
+    add_field(w, "t_ttime", "Time", "tf_ttime");
+    add_pair(w, {.frame = "btNP",
+                 .label = "t_walk",
+                 .text = "Context Switch",
+                 .back = "prev",
+                 .on = "next",
+                 .spoken = "context switch"});
+    add_line(w,
+             {button("bt_goto", "&Go", "", Dialog_Default),
+              item_Label("t_goto", "Move Cursor To The Switch In Canvas")},
+             LastItem::BesideTheOthers);
+    return finished(w, 50);
 }
 
 DialogDescription detail_TaskWindow(const std::string& objectTerm) {
     const std::string term = plain(objectTerm);
-    DialogDescription d = named("TaskDetail", "Task");
-    Rows rows(d);
-    rows.longest = "Priority";
-    rows.Fields("name");
-    rows.Field("name", term + " Name", "tf_name");
-    rows.Field("id", term + " ID", "tf_id");
-    rows.Field("priority", "Priority", "tf_priority");
-    d.items.push_back({"Prev", DialogKind::Button, "&Previous", "Previous " + lower_first(term)});
-    d.items.push_back({"Next", DialogKind::Button, "&Next", "Next " + lower_first(term)});
-    rows.Line({"Prev", "Next"}, false);
-    rows.End(46);
-    return d;
+    RowWindow w = {
+        .d = named("TaskDetail", "Task"), .fields = {.widest = "name", .longest = "Priority"}, .pairs = {}};
+    add_field(w, "name", term + " Name", "tf_name");
+    add_field(w, "id", term + " ID", "tf_id");
+    add_field(w, "priority", "Priority", "tf_priority");
+    add_line(w,
+             {button("Prev", "&Previous", "Previous " + lower_first(term)),
+              button("Next", "&Next", "Next " + lower_first(term))},
+             LastItem::BesideTheOthers);
+    return finished(w, 46);
 }

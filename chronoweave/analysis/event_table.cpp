@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/rtos/extra_format.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
@@ -12,6 +13,7 @@
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/busy.h"
+#include "windlib/dialog/layout_builder.h"
 
 namespace {
 
@@ -87,57 +89,53 @@ class IconReader {
 
 }  // namespace
 
+// The filters share a row; the message has what they leave of it.
 DialogDescription event_TableDescription() {
-    DialogDescription d;
-    d.name = "EventTable";
-    d.title = "Events";
-    d.helpKey = "eventtable";
-    const std::string room(10, 'n');
-    d.items = {
-        {"t_object", DialogKind::Label, "Object:", "", 0, {}, "", "tf_object"},
-        {"tf_object", DialogKind::TextField, "", "Filter by object", 0, {}, room},
-        {"t_event", DialogKind::Label, "Event:", "", 0, {}, "", "tf_event"},
-        {"tf_event", DialogKind::TextField, "", "Filter by event", 0, {}, room},
-        {"t_text", DialogKind::Label, "Text:", "", 0, {}, "", "tf_text"},
-        {"tf_text", DialogKind::TextField, "", "Filter by text", 0, {}, room},
-        {"ts_info", DialogKind::StatusText, "", "Number of events", 0, {}, "00000 of 00000"},
-        {"list",
-         DialogKind::List,
-         "",
-         "Events of the view",
-         0,
-         {"Time", "Distance", "Object", "Event", "Text"}},
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_object", "t_event", "t_text"}, .pixels = 172, .letters = 46}});
+    layout.LeastHeight({.of = {"tf_object"}, .pixels = 12, .lines = 4});
+    layout.FirstWidths({{.letters = 120}});
+    layout.FirstHeight({.pixels = 12, .lines = 10});
+    for (const char* filter : {"tf_object", "tf_event", "tf_text"})
+        layout.Width(filter, {.pixels = 24, .letters = 10});
+    layout.FillWidth(
+        "ts_info",
+        {.less = {"t_object", "t_event", "t_text", "tf_object", "tf_event", "tf_text"}, .gaps = 64});
+    layout.FillWidth("list", {.gaps = 8});
+    layout.FillHeight("list", {.less = {"tf_object"}, .gaps = 12});
+    layout.Left({.items = {"t_object", "list"}, .gap = 4});
+    layout.Top({.items = {"tf_object", "tf_event", "tf_text"}, .gap = 4});
+    layout.InRow({"t_object", "tf_object"}, 6);
+    layout.InRow({"tf_object", "t_event"}, 12);
+    layout.InRow({"t_event", "tf_event"}, 6);
+    layout.InRow({"tf_event", "t_text"}, 12);
+    layout.InRow({"t_text", "tf_text"}, 6);
+    layout.InRow({"tf_text", "ts_info"}, 12);
+    layout.Baseline({"t_object", "t_event", "t_text", "ts_info"}, "tf_object");
+    layout.Below({.items = {"list"}, .of = "tf_object", .gap = 4});
+    const auto filter = [](const char* name, const char* spoken) -> DialogItem {
+        return {
+            .name = name, .kind = DialogKind::TextField, .accessible = spoken, .room = std::string(10, 'n')};
     };
-    // The filters share a row; the message has what they leave of it.
-    const char* filters = "(@t_object,@t_event,@t_text)";
-    d.layout = {
-        "MinSizes",
-        "0," + std::string(filters) + ",(),172,46,0,0,0,1,1,1,Horizontal",
-        "0,(@tf_object),(),12,0,0,4,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),0,120,0,0,0,1,1,1,Horizontal",
-        "0,(),(),12,0,0,10,0,1,1,1,Vertical",
-        "@tf_object,(),(),24,10,0,0,0,1,1,1,Horizontal",
-        "@tf_event,(),(),24,10,0,0,0,1,1,1,Horizontal",
-        "@tf_text,(),(),24,10,0,0,0,1,1,1,Horizontal",
-        "@ts_info,(0),(@t_object,@t_event,@t_text,@tf_object,@tf_event,@tf_text),-64,0,0,0,0,1,1,1,"
-        "Horizontal",
-        "@list,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
-        "@list,(0),(@tf_object),-12,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@t_object,@list),0,4,0,0,0,0,Left,Left,Left",
-        "(@tf_object,@tf_event,@tf_text),0,4,0,0,0,0,Top,Top,Top",
-        "(@tf_object),@t_object,6,0,0,0,0,Left,Left,Right",
-        "(@t_event),@tf_object,12,0,0,0,0,Left,Left,Right",
-        "(@tf_event),@t_event,6,0,0,0,0,Left,Left,Right",
-        "(@t_text),@tf_event,12,0,0,0,0,Left,Left,Right",
-        "(@tf_text),@t_text,6,0,0,0,0,Left,Left,Right",
-        "(@ts_info),@tf_text,12,0,0,0,0,Left,Left,Right",
-        "(@t_object,@t_event,@t_text,@ts_info),@tf_object,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@list),@tf_object,4,0,0,0,0,Top,Top,Bottom",
-    };
-    d.framed = false;
-    return d;
+    return {.name = "EventTable",
+            .title = "Events",
+            .helpKey = "eventtable",
+            .framed = false,
+            .items = {item_Label("t_object", "Object:", "tf_object"),
+                      filter("tf_object", "Filter by object"),
+                      item_Label("t_event", "Event:", "tf_event"),
+                      filter("tf_event", "Filter by event"),
+                      item_Label("t_text", "Text:", "tf_text"),
+                      filter("tf_text", "Filter by text"),
+                      {.name = "ts_info",
+                       .kind = DialogKind::StatusText,
+                       .accessible = "Number of events",
+                       .room = "00000 of 00000"},
+                      {.name = "list",
+                       .kind = DialogKind::List,
+                       .accessible = "Events of the view",
+                       .list = {"Time", "Distance", "Object", "Event", "Text"}}},
+            .layout = layout.Lines()};
 }
 
 EventTable::EventTable(_LaCanvasData& canvas)
@@ -343,7 +341,7 @@ std::string EventTable::Cell(uint32_t icon, int column) {
     // A view may ask for rows of items that are gone, until it is told of the new ones.
     if (icon >= canvas_.items.bitmaps.size() || basis_.items != canvas_.items.itemsVersion) return {};
     const laItem_Bitmap& item = canvas_.items.bitmaps[icon];
-    switch (column) {
+    switch (static_cast<Column>(column)) {
         case Column_Time:
             return laCanvas_ExactTime(canvas_, item.time);
         case Column_Distance:
@@ -352,9 +350,10 @@ std::string EventTable::Cell(uint32_t icon, int column) {
             return object_text(canvas_, item);
         case Column_Event:
             return event_text(canvas_, item);
-        default:
+        case Column_Text:
             return Text(icon);
     }
+    return {};
 }
 
 std::string EventTable::Distance(uint32_t icon) const {

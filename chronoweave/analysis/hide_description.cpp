@@ -1,59 +1,79 @@
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/dialogs.h"
+#include "windlib/dialog/layout_builder.h"
+
+namespace {
+
+DialogItem half(const char* name, const char* heading) {
+    return {.name = name,
+            .kind = DialogKind::List,
+            .accessible = heading,
+            .flags = Dialog_Multiple,
+            .list = {"Object Name", "Object ID"}};
+}
+DialogItem mover(const char* name, const char* text) {
+    return {.name = name, .kind = DialogKind::Button, .text = text, .flags = Dialog_Disabled};
+}
+
+std::vector<DialogItem> items() {
+    return {item_Label("t_show", "Objects to Show", "to_show"),
+            half("to_show", "Objects to Show"),
+            mover("hide", "&Hide"),
+            mover("hideall", "Hide &All"),
+            item_Label("t_hide", "Objects to Hide", "to_hide"),
+            half("to_hide", "Objects to Hide"),
+            mover("show", "&Show"),
+            mover("showall", "Sho&w All"),
+            item_Label("t_pattern", "&Path pattern to hide:", "pattern"),
+            {.name = "pattern",
+             .kind = DialogKind::TextField,
+             .accessible = "Path pattern to hide",
+             .room = std::string(24, 'n')},
+            item_Message(),
+            item_Ok(),
+            item_Cancel()};
+}
+
+// Two columns of half the window each, with 4 pixels left, right and between.
+std::vector<std::string> layout_lines() {
+    const LayoutItems rows = {"t_show", "hide", "pattern", "ts_info", "ok"};
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"hide", "hideall"}, .pixels = 14, .times = 2},
+                        {.of = {"show", "showall"}, .pixels = 14, .times = 2},
+                        {.of = {"t_show"}, .pixels = 10, .times = 2},
+                        {.of = {"t_hide"}, .pixels = 10, .times = 2},
+                        {.pixels = 80, .letters = 64},
+                        {.of = {"t_pattern", "pattern"}, .pixels = 24}});
+    layout.LeastHeight({.of = rows, .pixels = 46, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 96}});
+    layout.FirstHeight({.pixels = 46, .lines = 28});
+    layout.FillWidth("to_show", {.gaps = 12, .parts = 2});
+    layout.FillHeight("to_show", {.less = rows, .gaps = 38});
+    layout.Width("to_hide", {.of = {"to_show"}});
+    layout.Height("to_hide", {.of = {"to_show"}});
+    layout.FillWidth("pattern", {.less = {"t_pattern"}, .gaps = 16});
+    layout.FillWidth("ts_info", {.gaps = 8});
+    layout.Left({.items = {"t_show", "to_show", "hide", "t_pattern", "ts_info"}, .gap = 4});
+    layout.Top({.items = {"t_show", "t_hide"}, .gap = 4});
+    layout.Below({.items = {"to_show", "to_hide"}, .of = "t_show", .gap = 2});
+    layout.Right({.items = {"to_hide"}, .gap = 4});
+    layout.Align(PlacerEdge::Left, {"t_hide", "show"}, "to_hide");
+    layout.Below({.items = {"hide", "hideall", "show", "showall"}, .of = "to_show", .gap = 4});
+    layout.InRow({"hide", "hideall"}, 4);
+    layout.InRow({"show", "showall"}, 4);
+    layout.Below({.items = {"pattern"}, .of = "hide"});
+    layout.Right({.items = {"pattern"}, .gap = 4});
+    layout.Baseline({"t_pattern"}, "pattern");
+    layout.Bottom({.items = {"ok", "cancel"}, .gap = 4});
+    layout.Right({.items = {"cancel"}, .gap = 4});
+    layout.LeftOf({.items = {"ok"}, .of = "cancel"});
+    layout.Above({.items = {"ts_info"}, .of = "ok", .gap = 4});
+    return layout.Lines();
+}
+
+}  // namespace
 
 DialogDescription dialogs_Hide() {
-    DialogDescription d;
-    d.name = "HideTasks";
-    d.title = "Select objects to hide";
-    d.items = {
-        {"t_show", DialogKind::Label, "Objects to Show", "", 0, {}, "", "to_show"},
-        {"to_show", DialogKind::List, "", "Objects to Show", Dialog_Multiple, {"Object Name", "Object ID"}},
-        {"hide", DialogKind::Button, "&Hide", "", Dialog_Disabled},
-        {"hideall", DialogKind::Button, "Hide &All", "", Dialog_Disabled},
-        {"t_hide", DialogKind::Label, "Objects to Hide", "", 0, {}, "", "to_hide"},
-        {"to_hide", DialogKind::List, "", "Objects to Hide", Dialog_Multiple, {"Object Name", "Object ID"}},
-        {"show", DialogKind::Button, "&Show", "", Dialog_Disabled},
-        {"showall", DialogKind::Button, "Sho&w All", "", Dialog_Disabled},
-        {"t_pattern", DialogKind::Label, "&Path pattern to hide:", "", 0, {}, "", "pattern"},
-        {"pattern", DialogKind::TextField, "", "Path pattern to hide", 0, {}, "nnnnnnnnnnnnnnnnnnnnnnnn"},
-        {"ts_info", DialogKind::StatusText, "", "Message"},
-        {"ok", DialogKind::Button, "OK", "", Dialog_Default},
-        {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
-    };
-    // Two columns of half the window each, with 4 pixels left, right and between.
-    d.layout = {
-        "MinSizes",
-        "0,(@hide,@hideall),(),14,0,0,0,0,2,1,6,Horizontal",
-        "0,(@show,@showall),(),14,0,0,0,0,2,1,5,Horizontal",
-        "0,(@t_show),(),10,0,0,0,0,2,1,4,Horizontal",
-        "0,(@t_hide),(),10,0,0,0,0,2,1,3,Horizontal",
-        "0,(),(),80,64,0,0,0,1,1,2,Horizontal",
-        "0,(@t_pattern,@pattern),(),24,0,0,0,0,1,1,1,Horizontal",
-        "0,(@t_show,@hide,@pattern,@ts_info,@ok),(),46,0,0,6,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),12,96,0,0,0,1,1,1,Horizontal",
-        "0,(),(),46,0,0,28,0,1,1,1,Vertical",
-        "@to_show,(0),(),-12,0,0,0,0,1,2,1,Horizontal",
-        "@to_show,(0),(@t_show,@hide,@pattern,@ts_info,@ok),-38,0,0,0,0,1,1,1,Vertical",
-        "@to_hide,(@to_show),(),0,0,0,0,0,1,1,1,Horizontal",
-        "@to_hide,(@to_show),(),0,0,0,0,0,1,1,1,Vertical",
-        "@pattern,(0),(@t_pattern),-16,0,0,0,0,1,1,1,Horizontal",
-        "@ts_info,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
-        "Positions",
-        "(@t_show,@to_show,@hide,@t_pattern,@ts_info),0,4,0,0,0,0,Left,Left,Left",
-        "(@t_show,@t_hide),0,4,0,0,0,0,Top,Top,Top",
-        "(@to_show,@to_hide),@t_show,2,0,0,0,0,Top,Top,Bottom",
-        "(@to_hide),0,-4,0,0,0,0,Right,Right,Right",
-        "(@t_hide,@show),@to_hide,0,0,0,0,0,Left,Left,Left",
-        "(@hide,@hideall,@show,@showall),@to_show,4,0,0,0,0,Top,Top,Bottom",
-        "(@hideall),@hide,4,0,0,0,0,Left,Left,Right",
-        "(@showall),@show,4,0,0,0,0,Left,Left,Right",
-        "(@pattern),@hide,8,0,0,0,0,Top,Top,Bottom",
-        "(@pattern),0,-4,0,0,0,0,Right,Right,Right",
-        "(@t_pattern),@pattern,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@ok,@cancel),0,-4,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@cancel),0,-4,0,0,0,0,Right,Right,Right",
-        "(@ok),@cancel,-8,0,0,0,0,Right,Right,Left",
-        "(@ts_info),@ok,-4,0,0,0,0,Bottom,Bottom,Top",
-    };
-    return d;
+    return {
+        .name = "HideTasks", .title = "Select objects to hide", .items = items(), .layout = layout_lines()};
 }

@@ -1,145 +1,155 @@
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/legend_window.h"
+#include "windlib/dialog/layout_builder.h"
+
+namespace {
+
+DialogItem changer(const char* name, const char* text, unsigned flags = 0) {
+    return {.name = name, .kind = DialogKind::Button, .text = text, .flags = Dialog_Disabled | flags};
+}
+
+DialogItem number(const char* name, const char* spoken) {
+    return {.name = name, .kind = DialogKind::TextField, .accessible = spoken, .room = "0x0000"};
+}
+
+std::vector<std::string> legend_lines() {
+    const LayoutItems buttons = {"bt_change", "bt_visible", "bt_undo", "bt_close"};
+    const LayoutItems rows = {"tf_filter", "bt_important", "bt_close"};
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_filter", "tf_filter"}, .pixels = 24},
+                        {.of = buttons, .pixels = 48},
+                        {.of = {"bt_important"}, .pixels = 24},
+                        {.pixels = 80, .letters = 40}});
+    layout.LeastHeight({.of = rows, .pixels = 56, .lines = 8});
+    layout.FirstWidths({{.of = buttons, .pixels = 64}, {.pixels = 12, .letters = 56}});
+    layout.FirstHeight({.pixels = 56, .lines = 32});
+    layout.FillWidth("tf_filter", {.less = {"t_filter"}, .gaps = 24});
+    layout.FillWidth("list", {.gaps = 16});
+    layout.FillHeight("list", {.less = rows, .gaps = 48});
+    layout.FillWidth("StatusBox", {.gaps = 8});
+    layout.Height("StatusBox", {.of = {"tf_filter", "list"}, .pixels = 16});
+    layout.Left({.items = {"StatusBox"}, .gap = 4});
+    layout.Top({.items = {"StatusBox"}, .gap = 4});
+    layout.Left({.items = {"t_filter", "list", "bt_change", "bt_important"}});
+    layout.Top({.items = {"tf_filter"}});
+    layout.TextRow({"t_filter", "tf_filter"}, "tf_filter");
+    layout.Below({.items = {"list"}, .of = "tf_filter"});
+    layout.Bottom({.items = buttons});
+    layout.InRow({"bt_change", "bt_visible", "bt_undo"});
+    layout.Right({.items = {"bt_close"}});
+    layout.Above({.items = {"bt_important"}, .of = "bt_change"});
+    return layout.Lines();
+}
+
+// Labels in a column as wide as the widest, fields beside them.
+std::vector<std::string> status_lines() {
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_style", "stylePD"}, .pixels = 40},
+                        {.of = {"t_thickness", "tf_thickness", "bt_choose"}, .pixels = 40},
+                        {.of = {"t_style", "tf_green", "bt_choose"}, .pixels = 40},
+                        {.of = {"bt_ok", "bt_cancel"}, .pixels = 32}});
+    layout.LeastHeight({.of = {"tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD", "bt_ok"},
+                        .pixels = 88,
+                        .lines = 3});
+    layout.FirstWidths({{.letters = 40}});
+    layout.FillWidth("rgbWin", {.gaps = 16});
+    layout.Height("rgbWin", {.lines = 3});
+    layout.Left({.items = {"rgbWin", "t_red", "t_green", "t_blue", "t_thickness", "t_style"}});
+    layout.RightOf({.items = {"tf_thickness"}, .of = "t_thickness", .gap = 16});
+    layout.Align(PlacerEdge::Left, {"tf_red", "tf_green", "tf_blue", "stylePD"}, "tf_thickness");
+    for (const char* row : {"rgbWin", "tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD"})
+        layout.NextRow(row, 8);
+    layout.Baseline({"t_red"}, "tf_red");
+    layout.Baseline({"t_green"}, "tf_green");
+    layout.Baseline({"t_blue"}, "tf_blue");
+    layout.Baseline({"t_thickness"}, "tf_thickness");
+    layout.Baseline({"t_style"}, "stylePD");
+    layout.RightOf({.items = {"bt_choose"}, .of = "tf_green"});
+    layout.Middle({"bt_choose"}, "tf_green");
+    layout.Corner({"bt_cancel", "bt_ok"});
+    return layout.Lines();
+}
+
+}  // namespace
 
 DialogDescription legend_Window() {
-    DialogDescription d;
-    d.name = "Legend";
-    d.title = "Legend";
-    d.helpKey = "legend";
-    d.menu = true;
-    d.offset = 10;
-    d.items = {
-        {"MenuBar", DialogKind::MenuLine, "TraxLegendMenu", "Menus"},
-        {"StatusBox", DialogKind::Frame},
-        {"t_filter", DialogKind::Label, "&Filter:", "", 0, {}, "", "tf_filter"},
-        {"tf_filter", DialogKind::TextField, "", "Filter of the legend by name", 0, {}, "nnnnnnnnnnnnnnnn"},
-        {"list", DialogKind::List, "", "Legend", 0, {"Kind", "Name", "", "Visibility"}},
-        {"bt_change", DialogKind::Button, "&Change...", "", Dialog_Disabled | Dialog_Default},
-        {"bt_visible", DialogKind::Button, "&Visible / Invisible", "", Dialog_Disabled},
-        {"bt_important", DialogKind::CheckBox, "&Never hidden under others", "", Dialog_Disabled},
-        {"bt_undo", DialogKind::Button, "&Undo", "", Dialog_Disabled},
-        {"bt_close", DialogKind::Button, "Close", "", Dialog_Cancel},
+    return {
+        .name = "Legend",
+        .title = "Legend",
+        .helpKey = "legend",
+        .menu = true,
+        .offset = 10,
+        .items = {{.name = "MenuBar",
+                   .kind = DialogKind::MenuLine,
+                   .text = "TraxLegendMenu",
+                   .accessible = "Menus"},
+                  {.name = "StatusBox", .kind = DialogKind::Frame},
+                  item_Label("t_filter", "&Filter:", "tf_filter"),
+                  {.name = "tf_filter",
+                   .kind = DialogKind::TextField,
+                   .accessible = "Filter of the legend by name",
+                   .room = std::string(16, 'n')},
+                  {.name = "list",
+                   .kind = DialogKind::List,
+                   .accessible = "Legend",
+                   .list = {"Kind", "Name", "", "Visibility"}},
+                  changer("bt_change", "&Change...", Dialog_Default),
+                  changer("bt_visible", "&Visible / Invisible"),
+                  {.name = "bt_important",
+                   .kind = DialogKind::CheckBox,
+                   .text = "&Never hidden under others",
+                   .flags = Dialog_Disabled},
+                  changer("bt_undo", "&Undo"),
+                  item_Close("bt_close")},
+        .layout = legend_lines(),
     };
-    d.layout = {
-        "MinSizes",
-        "0,(@t_filter,@tf_filter),(),24,0,0,0,0,1,1,4,Horizontal",
-        "0,(@bt_change,@bt_visible,@bt_undo,@bt_close),(),48,0,0,0,0,1,1,3,Horizontal",
-        "0,(@bt_important),(),24,0,0,0,0,1,1,2,Horizontal",
-        "0,(),(),80,40,0,0,0,1,1,1,Horizontal",
-        "0,(@tf_filter,@bt_important,@bt_close),(),56,0,0,8,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(@bt_change,@bt_visible,@bt_undo,@bt_close),(),64,0,0,0,0,1,1,2,Horizontal",
-        "0,(),(),12,56,0,0,0,1,1,1,Horizontal",
-        "0,(),(),56,0,0,32,0,1,1,1,Vertical",
-        "@tf_filter,(0),(@t_filter),-24,0,0,0,0,1,1,1,Horizontal",
-        "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@list,(0),(@tf_filter,@bt_important,@bt_close),-48,0,0,0,0,1,1,1,Vertical",
-        "@StatusBox,(0),(),-8,0,0,0,0,1,1,1,Horizontal",
-        "@StatusBox,(@tf_filter,@list),(),16,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@StatusBox),0,4,0,0,0,0,Left,Left,Left",
-        "(@StatusBox),0,4,0,0,0,0,Top,Top,Top",
-        "(@t_filter,@list,@bt_change,@bt_important),0,8,0,0,0,0,Left,Left,Left",
-        "(@tf_filter),0,8,0,0,0,0,Top,Top,Top",
-        "(@tf_filter),@t_filter,8,0,0,0,0,Left,Left,Right",
-        "(@t_filter),@tf_filter,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@list),@tf_filter,8,0,0,0,0,Top,Top,Bottom",
-        "(@bt_change,@bt_visible,@bt_undo,@bt_close),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@bt_visible),@bt_change,8,0,0,0,0,Left,Left,Right",
-        "(@bt_undo),@bt_visible,8,0,0,0,0,Left,Left,Right",
-        "(@bt_close),0,-8,0,0,0,0,Right,Right,Right",
-        "(@bt_important),@bt_change,-8,0,0,0,0,Bottom,Bottom,Top",
-    };
-    return d;
 }
 
 DialogDescription legend_StatusDialog() {
-    DialogDescription d;
-    d.name = "ConfigureStatus";
-    d.title = "Configure Status";
-    d.helpKey = "legend";
-    d.items = {
-        {"rgbWin", DialogKind::Strip, "", "The line as it will be"},
-        {"t_red", DialogKind::Label, "&Red:", "", 0, {}, "", "tf_red"},
-        {"tf_red", DialogKind::TextField, "", "Red", 0, {}, "0x0000"},
-        {"t_green", DialogKind::Label, "&Green:", "", 0, {}, "", "tf_green"},
-        {"tf_green", DialogKind::TextField, "", "Green", 0, {}, "0x0000"},
-        {"t_blue", DialogKind::Label, "&Blue:", "", 0, {}, "", "tf_blue"},
-        {"tf_blue", DialogKind::TextField, "", "Blue", 0, {}, "0x0000"},
-        {"bt_choose", DialogKind::Button, "&Choose..."},
-        {"t_thickness", DialogKind::Label, "&Thickness:", "", 0, {}, "", "tf_thickness"},
-        {"tf_thickness", DialogKind::TextField, "", "Thickness in pixels", 0, {}, "0x0000"},
-        {"t_style", DialogKind::Label, "Line &Style:", "", 0, {}, "", "stylePD"},
-        {"stylePD",
-         DialogKind::PullDown,
-         "",
-         "Line style",
-         0,
-         {"Solid", "Dash", "Dot", "DashDot", "DashDotDot"}},
-        {"bt_ok", DialogKind::Button, "OK", "", Dialog_Default},
-        {"bt_cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
+    return {
+        .name = "ConfigureStatus",
+        .title = "Configure Status",
+        .helpKey = "legend",
+        .items = {{.name = "rgbWin", .kind = DialogKind::Strip, .accessible = "The line as it will be"},
+                  item_Label("t_red", "&Red:", "tf_red"),
+                  number("tf_red", "Red"),
+                  item_Label("t_green", "&Green:", "tf_green"),
+                  number("tf_green", "Green"),
+                  item_Label("t_blue", "&Blue:", "tf_blue"),
+                  number("tf_blue", "Blue"),
+                  {.name = "bt_choose", .kind = DialogKind::Button, .text = "&Choose..."},
+                  item_Label("t_thickness", "&Thickness:", "tf_thickness"),
+                  number("tf_thickness", "Thickness in pixels"),
+                  item_Label("t_style", "Line &Style:", "stylePD"),
+                  {.name = "stylePD",
+                   .kind = DialogKind::PullDown,
+                   .accessible = "Line style",
+                   .list = {"Solid", "Dash", "Dot", "DashDot", "DashDotDot"}},
+                  item_Ok("bt_ok"),
+                  item_Cancel("bt_cancel")},
+        .layout = status_lines(),
     };
-    // Labels in a column as wide as the widest, fields beside them.
-    d.layout = {
-        "MinSizes",
-        "0,(@t_style,@stylePD),(),40,0,0,0,0,1,1,4,Horizontal",
-        "0,(@t_thickness,@tf_thickness,@bt_choose),(),40,0,0,0,0,1,1,3,Horizontal",
-        "0,(@t_style,@tf_green,@bt_choose),(),40,0,0,0,0,1,1,2,Horizontal",
-        "0,(@bt_ok,@bt_cancel),(),32,0,0,0,0,1,1,1,Horizontal",
-        "0,(@tf_red,@tf_green,@tf_blue,@tf_thickness,@stylePD,@bt_ok),(),88,0,0,3,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),0,40,0,0,0,1,1,1,Horizontal",
-        "@rgbWin,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@rgbWin,(),(),0,0,0,3,0,1,1,1,Vertical",
-        "Positions",
-        "(@rgbWin,@t_red,@t_green,@t_blue,@t_thickness,@t_style),0,8,0,0,0,0,Left,Left,Left",
-        "(@rgbWin),0,8,0,0,0,0,Top,Top,Top",
-        "(@tf_thickness),@t_thickness,16,0,0,0,0,Left,Left,Right",
-        "(@tf_red,@tf_green,@tf_blue,@stylePD),@tf_thickness,0,0,0,0,0,Left,Left,Left",
-        "(@tf_red),@rgbWin,8,0,0,0,0,Top,Top,Bottom",
-        "(@tf_green),@tf_red,8,0,0,0,0,Top,Top,Bottom",
-        "(@tf_blue),@tf_green,8,0,0,0,0,Top,Top,Bottom",
-        "(@tf_thickness),@tf_blue,8,0,0,0,0,Top,Top,Bottom",
-        "(@stylePD),@tf_thickness,8,0,0,0,0,Top,Top,Bottom",
-        "(@t_red),@tf_red,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_green),@tf_green,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_blue),@tf_blue,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_thickness),@tf_thickness,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_style),@stylePD,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@bt_choose),@tf_green,8,0,0,0,0,Left,Left,Right",
-        "(@bt_choose),@tf_green,0,0,0,0,0,TBCenter,TBCenter,TBCenter",
-        "(@bt_ok,@bt_cancel),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@bt_cancel),0,-8,0,0,0,0,Right,Right,Right",
-        "(@bt_ok),@bt_cancel,-8,0,0,0,0,Right,Right,Left",
-    };
-    return d;
 }
 
 DialogDescription legend_IconDialog() {
-    DialogDescription d;
-    d.name = "selectIcon";
-    d.title = "Select One Icon";
-    d.helpKey = "legend";
-    d.items = {
-        {"colHeader", DialogKind::List, "", "Icons", 0, {"Icon", "File"}},
-        {"bt_ok", DialogKind::Button, "OK", "", Dialog_Default},
-        {"bt_cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"bt_ok", "bt_cancel"}, .pixels = 32}, {.pixels = 80, .letters = 40}});
+    layout.LeastHeight({.of = {"bt_ok"}, .pixels = 40, .lines = 8});
+    layout.FirstWidths({{.pixels = 12, .letters = 48}});
+    layout.FirstHeight({.pixels = 46, .lines = 24});
+    layout.FillWidth("colHeader", {.gaps = 16});
+    layout.FillHeight("colHeader", {.less = {"bt_ok"}, .gaps = 32});
+    layout.Left({.items = {"colHeader"}});
+    layout.Top({.items = {"colHeader"}});
+    layout.Corner({"bt_cancel", "bt_ok"});
+    return {
+        .name = "selectIcon",
+        .title = "Select One Icon",
+        .helpKey = "legend",
+        .items =
+            {{.name = "colHeader", .kind = DialogKind::List, .accessible = "Icons", .list = {"Icon", "File"}},
+             item_Ok("bt_ok"),
+             item_Cancel("bt_cancel")},
+        .layout = layout.Lines(),
     };
-    d.layout = {
-        "MinSizes",
-        "0,(@bt_ok,@bt_cancel),(),32,0,0,0,0,1,1,2,Horizontal",
-        "0,(),(),80,40,0,0,0,1,1,1,Horizontal",
-        "0,(@bt_ok),(),40,0,0,8,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),12,48,0,0,0,1,1,1,Horizontal",
-        "0,(),(),46,0,0,24,0,1,1,1,Vertical",
-        "@colHeader,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@colHeader,(0),(@bt_ok),-32,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@colHeader),0,8,0,0,0,0,Left,Left,Left",
-        "(@colHeader),0,8,0,0,0,0,Top,Top,Top",
-        "(@bt_ok,@bt_cancel),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@bt_cancel),0,-8,0,0,0,0,Right,Right,Right",
-        "(@bt_ok),@bt_cancel,-8,0,0,0,0,Right,Right,Left",
-    };
-    return d;
 }

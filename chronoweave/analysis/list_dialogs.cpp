@@ -1,104 +1,101 @@
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/dialogs.h"
+#include "windlib/dialog/layout_builder.h"
 
 DialogDescription dialogs_Bookmarks() {
-    DialogDescription d;
-    d.name = "EditBookmarks";
-    d.title = "Bookmarks";
-    d.items = {
-        {"marks", DialogKind::List, "", "Bookmarks", 0, {"Label", "Time", "Object", "Colour"}},
-        {"t_label", DialogKind::Label, "&Label:", "", 0, {}, "", "label"},
-        {"label", DialogKind::TextField, "", "Label", Dialog_Disabled, {}, "nnnnnnnnnnnnnnnn"},
-        {"rename", DialogKind::Button, "Re&name", "", Dialog_Disabled},
-        {"colour", DialogKind::Button, "&Colour...", "", Dialog_Disabled},
-        {"goto", DialogKind::Button, "&Go To", "", Dialog_Disabled | Dialog_Default},
-        {"delete", DialogKind::Button, "&Delete", "", Dialog_Disabled},
-        {"close", DialogKind::Button, "Close", "", Dialog_Cancel},
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_label", "label", "rename"}, .pixels = 40},
+                        {.of = {"goto", "delete", "colour", "close"}, .pixels = 48},
+                        {.pixels = 80, .letters = 48}});
+    layout.LeastHeight({.of = {"label", "close"}, .pixels = 48, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 64}});
+    layout.FirstHeight({.pixels = 46, .lines = 18});
+    layout.FillWidth("marks", {.gaps = 16});
+    layout.FillHeight("marks", {.less = {"label", "close"}, .gaps = 40});
+    layout.FillWidth("label", {.less = {"t_label", "rename"}, .gaps = 32});
+    layout.Left({.items = {"marks", "t_label", "goto"}});
+    layout.Top({.items = {"marks"}});
+    layout.RightOf({.items = {"label"}, .of = "t_label"});
+    layout.Below({.items = {"label"}, .of = "marks"});
+    layout.Baseline({"t_label", "rename"}, "label");
+    layout.Right({.items = {"rename"}});
+    layout.Bottom({.items = {"goto", "delete", "colour", "close"}});
+    layout.InRow({"goto", "delete", "colour"});
+    layout.Right({.items = {"close"}});
+    const auto button = [](const char* name, const char* text, unsigned flags = 0) -> DialogItem {
+        return {.name = name, .kind = DialogKind::Button, .text = text, .flags = Dialog_Disabled | flags};
     };
-    d.layout = {
-        "MinSizes",
-        "0,(@t_label,@label,@rename),(),40,0,0,0,0,1,1,3,Horizontal",
-        "0,(@goto,@delete,@colour,@close),(),48,0,0,0,0,1,1,2,Horizontal",
-        "0,(),(),80,48,0,0,0,1,1,1,Horizontal",
-        "0,(@label,@close),(),48,0,0,6,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),12,64,0,0,0,1,1,1,Horizontal",
-        "0,(),(),46,0,0,18,0,1,1,1,Vertical",
-        "@marks,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@marks,(0),(@label,@close),-40,0,0,0,0,1,1,1,Vertical",
-        "@label,(0),(@t_label,@rename),-32,0,0,0,0,1,1,1,Horizontal",
-        "Positions",
-        "(@marks,@t_label,@goto),0,8,0,0,0,0,Left,Left,Left",
-        "(@marks),0,8,0,0,0,0,Top,Top,Top",
-        "(@label),@t_label,8,0,0,0,0,Left,Left,Right",
-        "(@label),@marks,8,0,0,0,0,Top,Top,Bottom",
-        "(@t_label,@rename),@label,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@rename),0,-8,0,0,0,0,Right,Right,Right",
-        "(@goto,@delete,@colour,@close),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@delete),@goto,8,0,0,0,0,Left,Left,Right",
-        "(@colour),@delete,8,0,0,0,0,Left,Left,Right",
-        "(@close),0,-8,0,0,0,0,Right,Right,Right",
-    };
-    return d;
+    return {.name = "EditBookmarks",
+            .title = "Bookmarks",
+            .items = {{.name = "marks",
+                       .kind = DialogKind::List,
+                       .accessible = "Bookmarks",
+                       .list = {"Label", "Time", "Object", "Colour"}},
+                      item_Label("t_label", "&Label:", "label"),
+                      {.name = "label",
+                       .kind = DialogKind::TextField,
+                       .accessible = "Label",
+                       .flags = Dialog_Disabled,
+                       .room = std::string(16, 'n')},
+                      button("rename", "Re&name"),
+                      button("colour", "&Colour..."),
+                      button("goto", "&Go To", Dialog_Default),
+                      button("delete", "&Delete"),
+                      item_Close()},
+            .layout = layout.Lines()};
 }
 
 DialogDescription dialogs_KeySheet() {
-    DialogDescription d;
-    d.name = "KeySheet";
-    d.title = "Keys";
-    d.items = {
-        {"keys", DialogKind::List, "", "Keys", 0, {"Keys", "What they do"}},
-        {"close", DialogKind::Button, "Close", "", Dialog_Default | Dialog_Cancel},
-    };
-    d.layout = {
-        "MinSizes",
-        "0,(),(),80,48,0,0,0,1,1,1,Horizontal",
-        "0,(@close),(),40,0,0,8,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),12,64,0,0,0,1,1,1,Horizontal",
-        "0,(),(),46,0,0,28,0,1,1,1,Vertical",
-        "@keys,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@keys,(0),(@close),-32,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@keys),0,8,0,0,0,0,Left,Left,Left",
-        "(@keys),0,8,0,0,0,0,Top,Top,Top",
-        "(@close),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@close),0,-8,0,0,0,0,Right,Right,Right",
-    };
-    return d;
+    LayoutBuilder layout;
+    layout.LeastWidths({{.pixels = 80, .letters = 48}});
+    layout.LeastHeight({.of = {"close"}, .pixels = 40, .lines = 8});
+    layout.FirstWidths({{.pixels = 12, .letters = 64}});
+    layout.FirstHeight({.pixels = 46, .lines = 28});
+    layout.FillWidth("keys", {.gaps = 16});
+    layout.FillHeight("keys", {.less = {"close"}, .gaps = 32});
+    layout.Left({.items = {"keys"}});
+    layout.Top({.items = {"keys"}});
+    layout.Corner({"close"});
+    DialogItem close = item_Close();
+    close.flags |= Dialog_Default;
+    return {.name = "KeySheet",
+            .title = "Keys",
+            .items = {{.name = "keys",
+                       .kind = DialogKind::List,
+                       .accessible = "Keys",
+                       .list = {"Keys", "What they do"}},
+                      close},
+            .layout = layout.Lines()};
 }
 
 DialogDescription dialogs_Palette() {
-    DialogDescription d;
-    d.name = "Palette";
-    d.title = "Commands";
-    d.items = {
-        {"t_filter", DialogKind::Label, "&Find:", "", 0, {}, "", "filter"},
-        {"filter", DialogKind::TextField, "", "Part of a command's name", 0, {}, "nnnnnnnnnnnnnnnn"},
-        {"commands", DialogKind::List, "", "Commands", 0, {"Command", "Menu", "Keys"}},
-        {"run", DialogKind::Button, "Run", "", Dialog_Default},
-        {"close", DialogKind::Button, "Close", "", Dialog_Cancel},
-    };
-    d.layout = {
-        "MinSizes",
-        "0,(@t_filter,@filter),(),32,0,0,0,0,1,1,3,Horizontal",
-        "0,(@run,@close),(),32,0,0,0,0,1,1,2,Horizontal",
-        "0,(),(),60,40,0,0,0,1,1,1,Horizontal",
-        "0,(@filter,@close),(),48,0,0,6,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),12,56,0,0,0,1,1,1,Horizontal",
-        "0,(),(),46,0,0,20,0,1,1,1,Vertical",
-        "@filter,(0),(@t_filter),-24,0,0,0,0,1,1,1,Horizontal",
-        "@commands,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@commands,(0),(@filter,@close),-40,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@t_filter,@commands),0,8,0,0,0,0,Left,Left,Left",
-        "(@filter),0,8,0,0,0,0,Top,Top,Top",
-        "(@filter),@t_filter,8,0,0,0,0,Left,Left,Right",
-        "(@t_filter),@filter,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@commands),@filter,8,0,0,0,0,Top,Top,Bottom",
-        "(@run,@close),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@close),0,-8,0,0,0,0,Right,Right,Right",
-        "(@run),@close,-8,0,0,0,0,Right,Right,Left",
-    };
-    return d;
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_filter", "filter"}, .pixels = 32},
+                        {.of = {"run", "close"}, .pixels = 32},
+                        {.pixels = 60, .letters = 40}});
+    layout.LeastHeight({.of = {"filter", "close"}, .pixels = 48, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 56}});
+    layout.FirstHeight({.pixels = 46, .lines = 20});
+    layout.FillWidth("filter", {.less = {"t_filter"}, .gaps = 24});
+    layout.FillWidth("commands", {.gaps = 16});
+    layout.FillHeight("commands", {.less = {"filter", "close"}, .gaps = 40});
+    layout.Left({.items = {"t_filter", "commands"}});
+    layout.Top({.items = {"filter"}});
+    layout.TextRow({"t_filter", "filter"}, "filter");
+    layout.Below({.items = {"commands"}, .of = "filter"});
+    layout.Corner({"close", "run"});
+    return {.name = "Palette",
+            .title = "Commands",
+            .items = {item_Label("t_filter", "&Find:", "filter"),
+                      {.name = "filter",
+                       .kind = DialogKind::TextField,
+                       .accessible = "Part of a command's name",
+                       .room = std::string(16, 'n')},
+                      {.name = "commands",
+                       .kind = DialogKind::List,
+                       .accessible = "Commands",
+                       .list = {"Command", "Menu", "Keys"}},
+                      item_Ok("run", "Run"),
+                      item_Close()},
+            .layout = layout.Lines()};
 }

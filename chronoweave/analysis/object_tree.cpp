@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
+#include "windlib/dialog/layout_builder.h"
 #include "windlib/msl/tree_manager.h"
 
 namespace {
@@ -93,31 +94,25 @@ std::string object_PriorityText(int32_t priority) {
 }
 
 DialogDescription object_InfoWindow(const std::string& term) {
-    DialogDescription d;
-    d.name = "ObjectInfo";
-    d.title = "Info";
-    d.helpKey = "details";
-    d.items = {
-        {"list", DialogKind::List, "", "Relatives", 0, {term + " Name", term + " ID", "Priority"}},
-    };
     // Room for the titles, whatever the term is.
-    const size_t letters = 2 * term.size() + 8, capitals = 6 + letters / 3;
-    const std::string least =
-        "0,(),(),100," + std::to_string(letters) + "," + std::to_string(capitals) + ",0,0,1,1,1,Horizontal";
-    d.layout = {
-        "MinSizes",
-        least,
-        "0,(),(),16,0,0,5,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),32,60,0,0,0,1,1,1,Horizontal",
-        "0,(),(),16,0,0,14,0,1,1,1,Vertical",
-        "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "@list,(0),(),-16,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@list),0,8,0,0,0,0,Left,Left,Left",
-        "(@list),0,8,0,0,0,0,Top,Top,Top",
-    };
-    return d;
+    const int size = static_cast<int>(term.size()), letters = 2 * size + 8;
+    LayoutBuilder layout;
+    layout.LeastWidths({{.pixels = 100, .letters = letters, .capitals = 6 + letters / 3}});
+    layout.LeastHeight({.pixels = 16, .lines = 5});
+    layout.FirstWidths({{.pixels = 32, .letters = 60}});
+    layout.FirstHeight({.pixels = 16, .lines = 14});
+    layout.FillWidth("list", {.gaps = 16});
+    layout.FillHeight("list", {.gaps = 16});
+    layout.Left({.items = {"list"}});
+    layout.Top({.items = {"list"}});
+    return {.name = "ObjectInfo",
+            .title = "Info",
+            .helpKey = "details",
+            .items = {{.name = "list",
+                       .kind = DialogKind::List,
+                       .accessible = "Relatives",
+                       .list = {term + " Name", term + " ID", "Priority"}}},
+            .layout = layout.Lines()};
 }
 
 void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {

@@ -1,275 +1,276 @@
-#include "chronoweave/analysis/layout_lines.h"
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/analysis/search_window.h"
+#include "windlib/dialog/layout_builder.h"
 
 namespace {
 
-const DialogItem okButton = {"ok", DialogKind::Button, "OK", "", Dialog_Default};
-const DialogItem cancelButton = {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel};
-const DialogItem messageLine = {"ts_info", DialogKind::StatusText, "", "Message"};
+const LayoutItems range = {"t_from", "tf_from", "t_to", "tf_to"};
 
-// A range: two fields with their labels.
-void add_range(DialogDescription& d) {
-    d.items.insert(
-        d.items.end(),
-        {{"t_from", DialogKind::Label, "&From:", "", 0, {}, "", "tf_from"},
-         {"tf_from", DialogKind::TextField, "", "From", 0, {}, "00000.0000000000"},
-         {"t_to", DialogKind::Label, "&To:", "", 0, {}, "", "tf_to"},
-         {"tf_to", DialogKind::TextField, "", "To", 0, {}, "0000.0000000000 (Max: 0000.0000000000)"}});
+DialogItem choice(const char* name, const char* spoken, std::vector<std::string> columns, unsigned flags) {
+    return {.name = name,
+            .kind = DialogKind::List,
+            .accessible = spoken,
+            .flags = flags,
+            .list = std::move(columns)};
+}
+
+DialogItem objects(const char* name, const char* spoken, unsigned flags) {
+    return choice(name, spoken, {"Task ID", "Task Name"}, flags);
+}
+
+DialogItem button(const char* name, const char* text, unsigned flags = 0) {
+    return {.name = name, .kind = DialogKind::Button, .text = text, .flags = flags};
+}
+
+DialogItem field(const char* name, const char* spoken, const char* room) {
+    return {.name = name, .kind = DialogKind::TextField, .accessible = spoken, .room = room};
+}
+
+DialogItem one_event(const char* name, const char* spoken) {
+    return {.name = name, .kind = DialogKind::PullDown, .accessible = spoken, .room = std::string(20, 'n')};
+}
+
+// Widths that one half of the window holds, of two side by side.
+void least_halves(LayoutBuilder& layout, const LayoutItems& items) {
+    for (const std::string& item : items) layout.LeastWidths({{.of = {item}, .pixels = 12, .times = 2}});
+}
+
+void same_size(LayoutBuilder& layout, const std::string& item, const std::string& as) {
+    layout.Width(item, {.of = {as}});
+    layout.Height(item, {.of = {as}});
 }
 
 }  // namespace
 
 DialogDescription search_ObjectsDialog(bool several) {
-    DialogDescription d;
-    d.name = several ? "SelectObjects" : "SelectOneObject";
-    d.title = "Select Tasks";
-    d.helpKey = "search";
-    d.items = {
-        {"t_prompt", DialogKind::Label, "Select tasks:", "", 0, {}, "", "list"},
-        {"list", DialogKind::List, "", "Objects", several ? Dialog_Multiple : 0u, {"Task ID", "Task Name"}},
-        {"t_period", DialogKind::Label, "Or define period during which tasks are alive (in Second):"}};
-    add_range(d);
-    d.items.insert(d.items.end(), {messageLine, okButton, cancelButton});
-    LayoutLines lines;
-    lines.atLeast(
-        {{"@t_prompt", 16}, {"@t_period", 16}, {"@t_from,@tf_from,@t_to,@tf_to", 48}, {"@ok,@cancel", 32}});
-    lines.least.insert(lines.least.end(),
-                       {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
-                        "0,(@t_prompt,@t_period,@tf_from,@ts_info,@ok),(),64,0,0,6,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,56,0,0,0,1,1,1,Horizontal", "0,(),(),46,0,0,28,0,1,1,1,Vertical",
-                   "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-                   "@list,(0),(@t_prompt,@t_period,@tf_from,@ts_info,@ok),-48,0,0,0,0,1,1,1,Vertical",
-                   "@ts_info,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
-    lines.positions = {"(@t_prompt,@list,@t_period,@t_from,@ts_info),0,8,0,0,0,0,Left,Left,Left",
-                       "(@t_prompt),0,8,0,0,0,0,Top,Top,Top",
-                       "(@list),@t_prompt,4,0,0,0,0,Top,Top,Bottom",
-                       "(@t_period),@list,8,0,0,0,0,Top,Top,Bottom",
-                       "(@tf_from),@t_period,4,0,0,0,0,Top,Top,Bottom",
-                       "(@ts_info),@tf_from,8,0,0,0,0,Top,Top,Bottom"};
-    lines.beside({"t_from", "tf_from", "t_to", "tf_to"}, "tf_from");
-    lines.corner({"cancel", "ok"});
-    d.layout = lines.all();
+    const LayoutItems rows = {"t_prompt", "t_period", "tf_from", "ts_info", "ok"};
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+                        {.of = {"t_period"}, .pixels = 16},
+                        {.of = range, .pixels = 48},
+                        {.of = {"ok", "cancel"}, .pixels = 32},
+                        {.pixels = 80, .letters = 40}});
+    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 56}});
+    layout.FirstHeight({.pixels = 46, .lines = 28});
+    layout.FillWidth("list", {.gaps = 16});
+    layout.FillHeight("list", {.less = rows, .gaps = 48});
+    layout.FillWidth("ts_info", {.gaps = 16});
+    layout.Left({.items = {"t_prompt", "list", "t_period", "t_from", "ts_info"}});
+    layout.NextRow("t_prompt", 8);
+    layout.NextRow("list", 4);
+    layout.NextRow("t_period", 8);
+    layout.NextRow("tf_from", 4);
+    layout.NextRow("ts_info", 8);
+    layout.TextRow(range, "tf_from");
+    layout.Corner({"cancel", "ok"});
+    DialogDescription d = {
+        .name = several ? "SelectObjects" : "SelectOneObject", .title = "Select Tasks", .helpKey = "search"};
+    d.items = {item_Label("t_prompt", "Select tasks:", "list"),
+               objects("list", "Objects", several ? Dialog_Multiple : 0u),
+               item_Label("t_period", "Or define period during which tasks are alive (in Second):")};
+    items_Add(d.items, items_Range());
+    items_Add(d.items, {item_Message(), item_Ok(), item_Cancel()});
+    d.layout = layout.Lines();
     return d;
 }
 
 DialogDescription search_KindDialog(bool pattern) {
-    DialogDescription d;
-    d.name = "SelectObjectType";
-    d.title = "Select Object Type";
-    d.helpKey = "search";
-    d.items = {{"t_type", DialogKind::Label, "Object type to search:"},
-               {"event", DialogKind::Button, "&Event", "", Dialog_Default}};
-    if (pattern) d.items.push_back({"event_pattern", DialogKind::Button, "Event &Pattern"});
-    d.items.insert(d.items.end(),
-                   {{"ctx_switch", DialogKind::Button, "&Context Switch"},
-                    {"status", DialogKind::Button, "&Status"},
-                    {"t_range", DialogKind::Label, "Time range for searched object(s) (in seconds)"}});
-    add_range(d);
-    d.items.insert(d.items.end(), {messageLine, cancelButton});
-    LayoutLines lines;
-    lines.atLeast({{pattern ? "@event,@event_pattern,@ctx_switch,@status" : "@event,@ctx_switch,@status", 40},
-                   {"@t_type", 16},
-                   {"@t_range", 16},
-                   {"@t_from,@tf_from,@t_to,@tf_to", 48}});
-    lines.least.insert(
-        lines.least.end(),
-        {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
-         "0,(@t_type,@event,@t_range,@tf_from,@ts_info,@cancel),(),60,0,0,0,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,48,0,0,0,1,1,1,Horizontal",
-                   "0,(@t_type,@event,@t_range,@tf_from,@ts_info,@cancel),(),60,0,0,0,0,1,1,1,Vertical",
-                   "@ts_info,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
-    lines.positions = {"(@t_type,@event,@t_range,@t_from,@ts_info),0,8,0,0,0,0,Left,Left,Left",
-                       "(@t_type),0,8,0,0,0,0,Top,Top,Top",
-                       "(@event),@t_type,4,0,0,0,0,Top,Top,Bottom",
-                       "(@t_range),@event,16,0,0,0,0,Top,Top,Bottom",
-                       "(@tf_from),@t_range,4,0,0,0,0,Top,Top,Bottom",
-                       "(@ts_info),@tf_from,8,0,0,0,0,Top,Top,Bottom"};
-    if (pattern)
-        lines.beside({"event", "event_pattern", "ctx_switch", "status"}, "event");
-    else
-        lines.beside({"event", "ctx_switch", "status"}, "event");
-    lines.beside({"t_from", "tf_from", "t_to", "tf_to"}, "tf_from");
-    lines.corner({"cancel"});
-    d.layout = lines.all();
+    const LayoutItems rows = {"t_type", "event", "t_range", "tf_from", "ts_info", "cancel"};
+    LayoutItems kinds = {"event", "ctx_switch", "status"};
+    if (pattern) kinds.insert(kinds.begin() + 1, "event_pattern");
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = kinds, .pixels = 40},
+                        {.of = {"t_type"}, .pixels = 16},
+                        {.of = {"t_range"}, .pixels = 16},
+                        {.of = range, .pixels = 48},
+                        {.pixels = 80, .letters = 40}});
+    layout.FirstWidths({{.pixels = 12, .letters = 48}});
+    layout.OnlyHeight({.of = rows, .pixels = 60});
+    layout.FillWidth("ts_info", {.gaps = 16});
+    layout.Left({.items = {"t_type", "event", "t_range", "t_from", "ts_info"}});
+    layout.NextRow("t_type", 8);
+    layout.NextRow("event", 4);
+    layout.NextRow("t_range", 16);
+    layout.NextRow("tf_from", 4);
+    layout.NextRow("ts_info", 8);
+    layout.TextRow(kinds, "event");
+    layout.TextRow(range, "tf_from");
+    layout.Corner({"cancel"});
+    DialogDescription d = {.name = "SelectObjectType", .title = "Select Object Type", .helpKey = "search"};
+    d.items = {item_Label("t_type", "Object type to search:"), button("event", "&Event", Dialog_Default)};
+    if (pattern) d.items.push_back(button("event_pattern", "Event &Pattern"));
+    items_Add(d.items, {button("ctx_switch", "&Context Switch"), button("status", "&Status"),
+                        item_Label("t_range", "Time range for searched object(s) (in seconds)")});
+    items_Add(d.items, items_Range());
+    items_Add(d.items, {item_Message(), item_Cancel()});
+    d.layout = layout.Lines();
     return d;
 }
 
 DialogDescription search_ChoiceDialog() {
-    DialogDescription d;
-    d.name = "SelectOneLegend";
-    d.title = "Select One Event";
-    d.helpKey = "search";
-    d.items = {
-        {"t_prompt", DialogKind::Label, "Select one of the statuses to search:", "", 0, {}, "", "list"},
-        {"list", DialogKind::List, "", "Choice", 0, {"Event Name", "Code"}},
-        okButton,
-        cancelButton};
-    LayoutLines lines;
-    lines.atLeast({{"@t_prompt", 16}, {"@ok,@cancel", 32}});
-    lines.least.insert(lines.least.end(), {"0,(),(),80,40,0,0,0,1,1,1,Horizontal",
-                                           "0,(@t_prompt,@ok),(),36,0,0,6,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,48,0,0,0,1,1,1,Horizontal", "0,(),(),46,0,0,24,0,1,1,1,Vertical",
-                   "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-                   "@list,(0),(@t_prompt,@ok),-28,0,0,0,0,1,1,1,Vertical"};
-    lines.positions = {"(@t_prompt,@list),0,8,0,0,0,0,Left,Left,Left", "(@t_prompt),0,8,0,0,0,0,Top,Top,Top",
-                       "(@list),@t_prompt,4,0,0,0,0,Top,Top,Bottom"};
-    lines.corner({"cancel", "ok"});
-    d.layout = lines.all();
-    return d;
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+                        {.of = {"ok", "cancel"}, .pixels = 32},
+                        {.pixels = 80, .letters = 40}});
+    layout.LeastHeight({.of = {"t_prompt", "ok"}, .pixels = 36, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 48}});
+    layout.FirstHeight({.pixels = 46, .lines = 24});
+    layout.FillWidth("list", {.gaps = 16});
+    layout.FillHeight("list", {.less = {"t_prompt", "ok"}, .gaps = 28});
+    layout.Left({.items = {"t_prompt", "list"}});
+    layout.NextRow("t_prompt", 8);
+    layout.NextRow("list", 4);
+    layout.Corner({"cancel", "ok"});
+    return {.name = "SelectOneLegend",
+            .title = "Select One Event",
+            .helpKey = "search",
+            .items = {item_Label("t_prompt", "Select one of the statuses to search:", "list"),
+                      choice("list", "Choice", {"Event Name", "Code"}, 0), item_Ok(), item_Cancel()},
+            .layout = layout.Lines()};
 }
 
+// Four lists, two by two.
 DialogDescription search_PatternDialog() {
-    DialogDescription d;
-    d.name = "DefinePattern";
-    d.title = "Define the event pattern";
-    d.helpKey = "search";
-    const std::vector<std::string> objectColumns = {"Task ID", "Task Name"};
-    d.items = {
-        {"t_begin", DialogKind::Label, "&Begin event:", "", 0, {}, "", "begin"},
-        {"begin", DialogKind::List, "", "Begin event", Dialog_Multiple, {"Event Name"}},
-        {"t_begin_objects", DialogKind::Label, "Tasks for begin event:", "", 0, {}, "", "begin_objects"},
-        {"begin_objects", DialogKind::List, "", "Objects of the begin event", Dialog_Multiple, objectColumns},
-        {"t_end", DialogKind::Label, "&End event:", "", 0, {}, "", "end"},
-        {"end", DialogKind::List, "", "End event", Dialog_Multiple, {"Event Name"}},
-        {"t_end_objects", DialogKind::Label, "Tasks for end event:", "", 0, {}, "", "end_objects"},
-        {"end_objects", DialogKind::List, "", "Objects of the end event", Dialog_Multiple, objectColumns},
-        {"same", DialogKind::CheckBox, "&Match events on the same task"},
-        {"ok", DialogKind::Button, "Ok", "", Dialog_Default},
-        cancelButton};
-    LayoutLines lines;
-    lines.atLeast({{"@t_begin", 12, 2},
-                   {"@t_end", 12, 2},
-                   {"@t_begin_objects", 12, 2},
-                   {"@t_end_objects", 12, 2},
-                   {"@same", 16},
-                   {"@ok,@cancel", 32}});
-    lines.least.insert(lines.least.end(),
-                       {"0,(),(),80,64,0,0,0,1,1,1,Horizontal",
-                        "0,(@t_begin,@t_begin_objects,@same,@ok),(),64,0,0,10,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,96,0,0,0,1,1,1,Horizontal",
-                   "0,(),(),46,0,0,32,0,1,1,1,Vertical",
-                   "@begin,(0),(),-24,0,0,0,0,1,2,1,Horizontal",
-                   "@begin,(0),(@t_begin,@t_begin_objects,@same,@ok),-44,0,0,0,0,1,2,1,Vertical",
-                   "@end,(@begin),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@end,(@begin),(),0,0,0,0,0,1,1,1,Vertical",
-                   "@begin_objects,(@begin),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@begin_objects,(@begin),(),0,0,0,0,0,1,1,1,Vertical",
-                   "@end_objects,(@begin),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@end_objects,(@begin),(),0,0,0,0,0,1,1,1,Vertical"};
-    lines.positions = {"(@t_begin,@begin,@t_begin_objects,@begin_objects,@same),0,8,0,0,0,0,Left,Left,Left",
-                       "(@t_begin,@t_end),0,8,0,0,0,0,Top,Top,Top",
-                       "(@begin,@end),@t_begin,2,0,0,0,0,Top,Top,Bottom",
-                       "(@end,@end_objects),0,-8,0,0,0,0,Right,Right,Right",
-                       "(@t_end,@t_end_objects),@end,0,0,0,0,0,Left,Left,Left",
-                       "(@t_begin_objects,@t_end_objects),@begin,8,0,0,0,0,Top,Top,Bottom",
-                       "(@begin_objects,@end_objects),@t_begin_objects,2,0,0,0,0,Top,Top,Bottom",
-                       "(@same),@begin_objects,8,0,0,0,0,Top,Top,Bottom"};
-    lines.corner({"cancel", "ok"});
-    d.layout = lines.all();
-    return d;
+    const LayoutItems rows = {"t_begin", "t_begin_objects", "same", "ok"};
+    LayoutBuilder layout;
+    least_halves(layout, {"t_begin", "t_end", "t_begin_objects", "t_end_objects"});
+    layout.LeastWidths({{.of = {"same"}, .pixels = 16},
+                        {.of = {"ok", "cancel"}, .pixels = 32},
+                        {.pixels = 80, .letters = 64}});
+    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 10});
+    layout.FirstWidths({{.pixels = 12, .letters = 96}});
+    layout.FirstHeight({.pixels = 46, .lines = 32});
+    layout.FillWidth("begin", {.gaps = 24, .parts = 2});
+    layout.FillHeight("begin", {.less = rows, .gaps = 44, .parts = 2});
+    for (const char* other : {"end", "begin_objects", "end_objects"}) same_size(layout, other, "begin");
+    layout.Left({.items = {"t_begin", "begin", "t_begin_objects", "begin_objects", "same"}});
+    layout.Top({.items = {"t_begin", "t_end"}});
+    layout.Below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
+    layout.Right({.items = {"end", "end_objects"}});
+    layout.Align(PlacerEdge::Left, {"t_end", "t_end_objects"}, "end");
+    layout.Below({.items = {"t_begin_objects", "t_end_objects"}, .of = "begin"});
+    layout.Below({.items = {"begin_objects", "end_objects"}, .of = "t_begin_objects", .gap = 2});
+    layout.Below({.items = {"same"}, .of = "begin_objects"});
+    layout.Corner({"cancel", "ok"});
+    return {
+        .name = "DefinePattern",
+        .title = "Define the event pattern",
+        .helpKey = "search",
+        .items = {item_Label("t_begin", "&Begin event:", "begin"),
+                  choice("begin", "Begin event", {"Event Name"}, Dialog_Multiple),
+                  item_Label("t_begin_objects", "Tasks for begin event:", "begin_objects"),
+                  objects("begin_objects", "Objects of the begin event", Dialog_Multiple),
+                  item_Label("t_end", "&End event:", "end"),
+                  choice("end", "End event", {"Event Name"}, Dialog_Multiple),
+                  item_Label("t_end_objects", "Tasks for end event:", "end_objects"),
+                  objects("end_objects", "Objects of the end event", Dialog_Multiple),
+                  {.name = "same", .kind = DialogKind::CheckBox, .text = "&Match events on the same task"},
+                  item_Ok("ok", "Ok"),  // spelled as the dialog has always had it
+                  item_Cancel()},
+        .layout = layout.Lines()};
 }
 
 DialogDescription search_IntervalDialog() {
-    DialogDescription d;
-    d.name = "SearchInterval";
-    d.title = "Criteria for searching intervals based on event pattern";
-    d.helpKey = "search";
-    const std::vector<std::string> objectColumns = {"Task ID", "Task Name"};
-    d.items = {{"t_begin", DialogKind::Label, "&Begin:", "", 0, {}, "", "begin"},
-               {"begin", DialogKind::PullDown, "", "Begin event", 0, {}, "nnnnnnnnnnnnnnnnnnnn"},
-               {"begin_objects", DialogKind::List, "", "Object of the begin event", 0, objectColumns},
-               {"t_end", DialogKind::Label, "&End:", "", 0, {}, "", "end"},
-               {"end", DialogKind::PullDown, "", "End event", 0, {}, "nnnnnnnnnnnnnnnnnnnn"},
-               {"end_objects", DialogKind::List, "", "Object of the end event", 0, objectColumns},
-               {"t_range", DialogKind::Label, "&Within (in Second):", "", 0, {}, "", "tf_from"},
-               {"tf_from", DialogKind::TextField, "", "From", 0, {}, "0000000.000000"},
-               {"tf_to", DialogKind::TextField, "", "To", 0, {}, "0000000.000000"},
-               messageLine,
-               okButton,
-               cancelButton};
-    LayoutLines lines;
-    lines.atLeast({{"@t_begin", 12, 2},
-                   {"@t_end", 12, 2},
-                   {"@begin", 12, 2},
-                   {"@end", 12, 2},
-                   {"@t_range,@tf_from,@tf_to", 32},
-                   {"@ok,@cancel", 32}});
-    lines.least.insert(lines.least.end(),
-                       {"0,(),(),80,64,0,0,0,1,1,1,Horizontal",
-                        "0,(@t_begin,@begin,@tf_from,@ts_info,@ok),(),64,0,0,6,0,1,1,1,Vertical"});
-    lines.sizes = {"0,(),(),12,96,0,0,0,1,1,1,Horizontal",
-                   "0,(),(),46,0,0,26,0,1,1,1,Vertical",
-                   "@begin_objects,(0),(),-24,0,0,0,0,1,2,1,Horizontal",
-                   "@begin_objects,(0),(@t_begin,@begin,@tf_from,@ts_info,@ok),-46,0,0,0,0,1,1,1,Vertical",
-                   "@begin,(@begin_objects),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@end,(@begin_objects),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@end_objects,(@begin_objects),(),0,0,0,0,0,1,1,1,Horizontal",
-                   "@end_objects,(@begin_objects),(),0,0,0,0,0,1,1,1,Vertical",
-                   "@ts_info,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
-    lines.positions = {"(@t_begin,@begin,@begin_objects,@t_range,@ts_info),0,8,0,0,0,0,Left,Left,Left",
-                       "(@t_begin,@t_end),0,8,0,0,0,0,Top,Top,Top",
-                       "(@begin,@end),@t_begin,2,0,0,0,0,Top,Top,Bottom",
-                       "(@begin_objects,@end_objects),@begin,4,0,0,0,0,Top,Top,Bottom",
-                       "(@end,@end_objects),0,-8,0,0,0,0,Right,Right,Right",
-                       "(@t_end),@end,0,0,0,0,0,Left,Left,Left",
-                       "(@tf_from),@begin_objects,8,0,0,0,0,Top,Top,Bottom",
-                       "(@ts_info),@tf_from,8,0,0,0,0,Top,Top,Bottom"};
-    lines.beside({"t_range", "tf_from", "tf_to"}, "tf_from");
-    lines.corner({"cancel", "ok"});
-    d.layout = lines.all();
-    return d;
+    const LayoutItems rows = {"t_begin", "begin", "tf_from", "ts_info", "ok"};
+    LayoutBuilder layout;
+    least_halves(layout, {"t_begin", "t_end", "begin", "end"});
+    layout.LeastWidths({{.of = {"t_range", "tf_from", "tf_to"}, .pixels = 32},
+                        {.of = {"ok", "cancel"}, .pixels = 32},
+                        {.pixels = 80, .letters = 64}});
+    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 6});
+    layout.FirstWidths({{.pixels = 12, .letters = 96}});
+    layout.FirstHeight({.pixels = 46, .lines = 26});
+    layout.FillWidth("begin_objects", {.gaps = 24, .parts = 2});
+    layout.FillHeight("begin_objects", {.less = rows, .gaps = 46});
+    layout.Width("begin", {.of = {"begin_objects"}});
+    layout.Width("end", {.of = {"begin_objects"}});
+    same_size(layout, "end_objects", "begin_objects");
+    layout.FillWidth("ts_info", {.gaps = 16});
+    layout.Left({.items = {"t_begin", "begin", "begin_objects", "t_range", "ts_info"}});
+    layout.Top({.items = {"t_begin", "t_end"}});
+    layout.Below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
+    layout.Below({.items = {"begin_objects", "end_objects"}, .of = "begin", .gap = 4});
+    layout.Right({.items = {"end", "end_objects"}});
+    layout.Align(PlacerEdge::Left, {"t_end"}, "end");
+    layout.Below({.items = {"tf_from"}, .of = "begin_objects"});
+    layout.Below({.items = {"ts_info"}, .of = "tf_from"});
+    layout.TextRow({"t_range", "tf_from", "tf_to"}, "tf_from");
+    layout.Corner({"cancel", "ok"});
+    return {.name = "SearchInterval",
+            .title = "Criteria for searching intervals based on event pattern",
+            .helpKey = "search",
+            .items = {item_Label("t_begin", "&Begin:", "begin"), one_event("begin", "Begin event"),
+                      objects("begin_objects", "Object of the begin event", 0),
+                      item_Label("t_end", "&End:", "end"), one_event("end", "End event"),
+                      objects("end_objects", "Object of the end event", 0),
+                      item_Label("t_range", "&Within (in Second):", "tf_from"),
+                      field("tf_from", "From", "0000000.000000"), field("tf_to", "To", "0000000.000000"),
+                      item_Message(), item_Ok(), item_Cancel()},
+            .layout = layout.Lines()};
 }
 
+namespace {
+
+// The list of results, its statistics under it, then what a histogram needs, and a row of buttons.
+std::vector<std::string> result_lines(bool histogram, int letters) {
+    LayoutItems rows = {"t_stat", "quit"}, buttons = {"only_rows", "quit"};
+    if (histogram) {
+        rows.insert(rows.begin() + 1, "t_lengths");
+        buttons.insert(buttons.begin() + 1, "log_lengths");
+    }
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_stat"}, .pixels = 25}, {.of = buttons, .pixels = 48}});
+    if (histogram) layout.LeastWidths({{.of = {"t_lengths"}, .pixels = 16}});
+    layout.LeastWidths({{.pixels = 80, .letters = 56}});
+    layout.LeastHeight({.of = rows, .pixels = histogram ? 48 : 40, .lines = histogram ? 14 : 6});
+    layout.FirstWidths({{.pixels = 12, .letters = letters}});
+    layout.FirstHeight({.pixels = 46, .lines = 32});
+    layout.FillWidth("list", {.gaps = 16});
+    layout.Left({.items = {"list", "t_stat", "only_rows"}});
+    layout.NextRow("list", 8);
+    layout.NextRow("t_stat", 4);
+    if (histogram) {
+        layout.FillWidth("histogram", {.gaps = 16});
+        layout.Height("histogram", {.lines = 7});
+        layout.Left({.items = {"t_lengths", "histogram"}});
+        layout.NextRow("t_lengths", 4);
+        layout.NextRow("histogram", 4);
+        layout.InRow({"only_rows", "log_lengths"}, 16);
+        layout.Middle({"log_lengths"}, "quit");
+        rows.emplace_back("histogram");
+    }
+    layout.FillHeight("list", {.less = rows, .gaps = histogram ? 36 : 28});
+    layout.Corner({"quit"});
+    layout.Middle({"only_rows"}, "quit");
+    return layout.Lines();
+}
+
+}  // namespace
+
 DialogDescription search_ResultWindow(bool histogram, int letters) {
-    DialogDescription d;
-    d.name = histogram ? "SearchIntervals" : "SearchResult";
-    d.title = "Search Result";
-    d.helpKey = "search";
-    d.menu = true;
-    d.items = {{"MenuBar", DialogKind::MenuLine, "TraxSearchMenu", "Menus"},
-               {"list",
-                DialogKind::List,
-                "",
-                "Results",
-                Dialog_Multiple,
-                {"From Task", "From Time", "To Task", "To Time", "Interval"}},
-               {"t_stat", DialogKind::Label, "Number: 0, Interval (in Second): max=0 min=0 ave=0"}};
+    DialogDescription d = {.name = histogram ? "SearchIntervals" : "SearchResult",
+                           .title = "Search Result",
+                           .helpKey = "search",
+                           .menu = true};
+    d.items = {
+        {.name = "MenuBar", .kind = DialogKind::MenuLine, .text = "TraxSearchMenu", .accessible = "Menus"},
+        choice("list", "Results", {"From Task", "From Time", "To Task", "To Time", "Interval"},
+               Dialog_Multiple),
+        item_Label("t_stat", "Number: 0, Interval (in Second): max=0 min=0 ave=0")};
+    const DialogItem onlyRows = {
+        .name = "only_rows", .kind = DialogKind::CheckBox, .text = "&Only these rows on the time line"};
     if (histogram) {
-        d.items.push_back({"t_lengths", DialogKind::Label, "Lengths (in Second): min=0 max=0"});
-        d.items.push_back({"histogram", DialogKind::Strip, "", "Histogram of the lengths"});
-    }
-    d.items.push_back({"only_rows", DialogKind::CheckBox, "&Only these rows on the time line"});
-    if (histogram) d.items.push_back({"log_lengths", DialogKind::CheckBox, "&Logarithmic lengths"});
-    d.items.push_back({"quit", DialogKind::Button, "Quit", "", Dialog_Cancel});
-    LayoutLines lines;
-    lines.atLeast({{"@t_stat", 25},
-                   {histogram ? "@t_lengths" : "@t_stat", 16},
-                   {histogram ? "@only_rows,@log_lengths,@quit" : "@only_rows,@quit", 48}});
-    lines.least.push_back("0,(),(),80,56,0,0,0,1,1,1,Horizontal");
-    lines.least.push_back(histogram ? "0,(@t_stat,@t_lengths,@quit),(),48,0,0,14,0,1,1,1,Vertical"
-                                    : "0,(@t_stat,@quit),(),40,0,0,6,0,1,1,1,Vertical");
-    lines.sizes = {"0,(),(),12," + std::to_string(letters) + ",0,0,0,1,1,1,Horizontal",
-                   "0,(),(),46,0,0,32,0,1,1,1,Vertical", "@list,(0),(),-16,0,0,0,0,1,1,1,Horizontal"};
-    if (histogram) {
-        lines.sizes.insert(
-            lines.sizes.end(),
-            {"@histogram,(0),(),-16,0,0,0,0,1,1,1,Horizontal", "@histogram,(),(),0,0,0,7,0,1,1,1,Vertical",
-             "@list,(0),(@t_stat,@t_lengths,@histogram,@quit),-36,0,0,0,0,1,1,1,Vertical"});
+        items_Add(d.items,
+                  {item_Label("t_lengths", "Lengths (in Second): min=0 max=0"),
+                   {.name = "histogram", .kind = DialogKind::Strip, .accessible = "Histogram of the lengths"},
+                   onlyRows,
+                   {.name = "log_lengths", .kind = DialogKind::CheckBox, .text = "&Logarithmic lengths"}});
     } else {
-        lines.sizes.emplace_back("@list,(0),(@t_stat,@quit),-28,0,0,0,0,1,1,1,Vertical");
+        d.items.push_back(onlyRows);
     }
-    lines.positions = {"(@list,@t_stat,@only_rows),0,8,0,0,0,0,Left,Left,Left",
-                       "(@list),0,8,0,0,0,0,Top,Top,Top", "(@t_stat),@list,4,0,0,0,0,Top,Top,Bottom"};
-    if (histogram)
-        lines.positions.insert(lines.positions.end(),
-                               {"(@t_lengths,@histogram),0,8,0,0,0,0,Left,Left,Left",
-                                "(@t_lengths),@t_stat,4,0,0,0,0,Top,Top,Bottom",
-                                "(@histogram),@t_lengths,4,0,0,0,0,Top,Top,Bottom",
-                                "(@log_lengths),@only_rows,16,0,0,0,0,Left,Left,Right",
-                                "(@log_lengths),@quit,0,0,0,0,0,TBCenter,TBCenter,TBCenter"});
-    lines.corner({"quit"});
-    lines.positions.emplace_back("(@only_rows),@quit,0,0,0,0,0,TBCenter,TBCenter,TBCenter");
-    d.layout = lines.all();
+    d.items.push_back(item_Close("quit", "Quit"));
+    d.layout = result_lines(histogram, letters);
     return d;
 }

@@ -1,80 +1,67 @@
+#include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/analysis/dialogs.h"
+#include "windlib/dialog/layout_builder.h"
 
 DialogDescription dialogs_TimeUnit() {
-    DialogDescription d;
-    d.name = "TimeUnit";
-    d.title = "Time Unit";
-    d.items = {
-        {"t_units", DialogKind::Label, "Show times in:", "", 0, {}, "", "units"},
-        {"units",
-         DialogKind::ButtonSet,
-         "",
-         "Time unit",
-         0,
-         {"&Second", "&Millisecond", "M&icrosecond", "&Nanosecond"}},
-        {"auto", DialogKind::CheckBox, "&Auto Adjust Time Unit"},
-        {"ok", DialogKind::Button, "OK", "", Dialog_Default},
-        {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
-    };
-    d.layout = {
-        "MinSizes",
-        "0,(@t_units),(),24,0,0,0,0,1,1,4,Horizontal",
-        "0,(@units),(),40,0,0,0,0,1,1,3,Horizontal",
-        "0,(@auto),(),24,0,0,0,0,1,1,2,Horizontal",
-        "0,(@ok,@cancel),(),32,0,0,0,0,1,1,1,Horizontal",
-        "0,(@t_units,@units,@auto,@ok),(),48,0,0,0,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(),(),0,40,0,0,0,1,1,1,Horizontal",
-        "0,(@t_units,@units,@auto,@ok),(),40,0,0,0,0,1,1,1,Vertical",
-        "Positions",
-        "(@t_units,@auto),0,8,0,0,0,0,Left,Left,Left",
-        "(@units),0,24,0,0,0,0,Left,Left,Left",
-        "(@t_units),0,8,0,0,0,0,Top,Top,Top",
-        "(@units),@t_units,4,0,0,0,0,Top,Top,Bottom",
-        "(@auto),@units,8,0,0,0,0,Top,Top,Bottom",
-        "(@ok,@cancel),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@cancel),0,-8,0,0,0,0,Right,Right,Right",
-        "(@ok),@cancel,-8,0,0,0,0,Right,Right,Left",
-    };
-    return d;
+    const LayoutItems rows = {"t_units", "units", "auto", "ok"};
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_units"}, .pixels = 24},
+                        {.of = {"units"}, .pixels = 40},
+                        {.of = {"auto"}, .pixels = 24},
+                        {.of = {"ok", "cancel"}, .pixels = 32}});
+    layout.LeastHeight({.of = rows, .pixels = 48});
+    layout.FirstWidths({{.letters = 40}});
+    layout.FirstHeight({.of = rows, .pixels = 40});
+    layout.Left({.items = {"t_units", "auto"}});
+    layout.Left({.items = {"units"}, .gap = 24});
+    layout.Top({.items = {"t_units"}});
+    layout.Below({.items = {"units"}, .of = "t_units", .gap = 4});
+    layout.Below({.items = {"auto"}, .of = "units"});
+    layout.Corner({"cancel", "ok"});
+    return {.name = "TimeUnit",
+            .title = "Time Unit",
+            .items = {item_Label("t_units", "Show times in:", "units"),
+                      {.name = "units",
+                       .kind = DialogKind::ButtonSet,
+                       .accessible = "Time unit",
+                       .list = {"&Second", "&Millisecond", "M&icrosecond", "&Nanosecond"}},
+                      {.name = "auto", .kind = DialogKind::CheckBox, .text = "&Auto Adjust Time Unit"},
+                      item_Ok(),
+                      item_Cancel()},
+            .layout = layout.Lines()};
 }
 
 DialogDescription dialogs_GotoTime() {
-    DialogDescription d;
-    d.name = "GotoTime";
-    d.title = "Go to Time";
-    d.items = {
-        {"t_time", DialogKind::Label, "&Time:", "", 0, {}, "", "time"},
-        {"time", DialogKind::TextField, "", "Time", 0, {}, "000000.000000000000"},
-        {"t_explain", DialogKind::Label,
-         "A time, a start and an end, or a start, + and a length.\n"
-         "Units are s, ms, us, ns and ticks; without one it is the unit of the canvas.\n"
-         "For example: 1.5    20ms 35ms    1s + 250us"},
-        {"ts_info", DialogKind::StatusText, "", "Message"},
-        {"ok", DialogKind::Button, "OK", "", Dialog_Default},
-        {"cancel", DialogKind::Button, "Cancel", "", Dialog_Cancel},
-    };
-    d.layout = {
-        "MinSizes",
-        "0,(@t_time,@time),(),32,0,0,0,0,1,1,3,Horizontal",
-        "0,(@t_explain),(),24,0,0,0,0,1,1,2,Horizontal",
-        "0,(@ok,@cancel),(),32,0,0,0,0,1,1,1,Horizontal",
-        "0,(@time,@t_explain,@ts_info,@ok),(),48,0,0,0,0,1,1,1,Vertical",
-        "Sizes",
-        "0,(@t_explain),(),16,0,0,0,0,1,1,1,Horizontal",
-        "0,(@time,@t_explain,@ts_info,@ok),(),40,0,0,0,0,1,1,1,Vertical",
-        "@time,(0),(@t_time),-24,0,0,0,0,1,1,1,Horizontal",
-        "@ts_info,(0),(),-16,0,0,0,0,1,1,1,Horizontal",
-        "Positions",
-        "(@t_time,@t_explain,@ts_info),0,8,0,0,0,0,Left,Left,Left",
-        "(@time),0,8,0,0,0,0,Top,Top,Top",
-        "(@time),@t_time,8,0,0,0,0,Left,Left,Right",
-        "(@t_time),@time,0,0,0,0,0,Baseline,Baseline,Baseline",
-        "(@t_explain),@time,8,0,0,0,0,Top,Top,Bottom",
-        "(@ok,@cancel),0,-8,0,0,0,0,Bottom,Bottom,Bottom",
-        "(@cancel),0,-8,0,0,0,0,Right,Right,Right",
-        "(@ok),@cancel,-8,0,0,0,0,Right,Right,Left",
-        "(@ts_info),@ok,-8,0,0,0,0,Bottom,Bottom,Top",
-    };
-    return d;
+    const LayoutItems rows = {"time", "t_explain", "ts_info", "ok"};
+    LayoutBuilder layout;
+    layout.LeastWidths({{.of = {"t_time", "time"}, .pixels = 32},
+                        {.of = {"t_explain"}, .pixels = 24},
+                        {.of = {"ok", "cancel"}, .pixels = 32}});
+    layout.LeastHeight({.of = rows, .pixels = 48});
+    layout.FirstWidths({{.of = {"t_explain"}, .pixels = 16}});
+    layout.FirstHeight({.of = rows, .pixels = 40});
+    layout.FillWidth("time", {.less = {"t_time"}, .gaps = 24});
+    layout.FillWidth("ts_info", {.gaps = 16});
+    layout.Left({.items = {"t_time", "t_explain", "ts_info"}});
+    layout.Top({.items = {"time"}});
+    layout.TextRow({"t_time", "time"}, "time");
+    layout.Below({.items = {"t_explain"}, .of = "time"});
+    layout.Corner({"cancel", "ok"});
+    layout.Above({.items = {"ts_info"}, .of = "ok"});
+    return {.name = "GotoTime",
+            .title = "Go to Time",
+            .items = {item_Label("t_time", "&Time:", "time"),
+                      {.name = "time",
+                       .kind = DialogKind::TextField,
+                       .accessible = "Time",
+                       .room = "000000.000000000000"},
+                      item_Label("t_explain",
+                                 "A time, a start and an end, or a start, + and a length.\n"
+                                 "Units are s, ms, us, ns and ticks; without one it is the unit of the "
+                                 "canvas.\n"
+                                 "For example: 1.5    20ms 35ms    1s + 250us"),
+                      item_Message(),
+                      item_Ok(),
+                      item_Cancel()},
+            .layout = layout.Lines()};
 }

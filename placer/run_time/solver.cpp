@@ -265,9 +265,11 @@ int PlacerWindow::baseline(int number) const {
             return item.metrics.ascent + 4;
         case PlacerKind::ButtonSet:
             return item.metrics.ascent + item.setBaseline;
-        default:
-            return -1;
+        case PlacerKind::Other:
+        case PlacerKind::PullDown:
+            break;
     }
+    return -1;
 }
 
 int PlacerWindow::extent(int item, PlacerAxis axis, bool toBaseline) const {

@@ -37,7 +37,7 @@ enum DialogFlag : unsigned {
 };
 
 struct DialogItem {
-    std::string name;  // letters, digits, '_'; unique in its description
+    std::string name = {};  // letters, digits, '_'; unique in its description
     DialogKind kind = DialogKind::Label;
     std::string text = {};  // '&' before the letter of the keyboard shortcut, "&&" for one '&'; in Label,
                             // Button, CheckBox and choices only
@@ -51,16 +51,17 @@ struct DialogItem {
 };
 
 struct DialogDescription {
-    std::string name;  // also the object name of the window
-    std::string title;
-    std::string helpKey;
+    std::string name = {};  // also the object name of the window
+    std::string title = {};
+    std::string helpKey = {};
     bool framed = true;  // 4 pixels of inset
     bool menu = false;   // a top-level window with a menu line
     int offset = -1;     // where a window opens at first: so far right of and below its parent's corner;
                          // negative: where the window system puts it
-    std::vector<DialogItem> items;
-    // Lines of the placer, except that an item may also be written as '@' and its name. Item 0 is the window.
-    std::vector<std::string> layout;
+    std::vector<DialogItem> items = {};
+    // Lines of the placer, except that an item may also be written as '@' and its name; see LayoutBuilder.
+    // Item 0 is the window.
+    std::vector<std::string> layout = {};
 };
 
 // Number of the item in layout lines, 1 and up; 0 when there is none of this name.

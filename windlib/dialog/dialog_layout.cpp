@@ -23,9 +23,17 @@ PlacerKind kindOf(DialogKind kind) {
             return PlacerKind::TextLine;
         case DialogKind::ButtonSet:
             return PlacerKind::ButtonSet;
-        default:
-            return PlacerKind::Other;
+        case DialogKind::List:
+        case DialogKind::Graph:
+        case DialogKind::Strip:
+        case DialogKind::ProgressBar:
+        case DialogKind::MenuLine:
+        case DialogKind::ToolBar:
+        case DialogKind::Frame:
+        case DialogKind::Divider:
+            break;
     }
+    return PlacerKind::Other;
 }
 
 PlacerSize textSize(const DialogMetrics& metrics, std::string_view text) {
@@ -91,9 +99,11 @@ PlacerSize contentSize(const DialogMetrics& metrics, const DialogItem& item, con
         case DialogKind::Frame:
         case DialogKind::Divider:
             return {1, 1};
-        default:
-            return size;
+        case DialogKind::Label:
+        case DialogKind::MenuLine:
+            break;
     }
+    return size;
 }
 
 std::vector<PlacerItem> placerItems(const DialogDescription& description) {

@@ -207,12 +207,18 @@ QWidget* DialogView::make(const DialogItem& item) {
             frame->lower();
             return frame;
         }
-        default: {
-            auto* label = new QLabel(text(item.text));
-            label->setMinimumWidth(1);
-            return label;
-        }
+        case DialogKind::Label:
+        case DialogKind::StatusText:
+        // Whoever shows a window with these makes them; a label stands in.
+        case DialogKind::Graph:
+        case DialogKind::MenuLine:
+        case DialogKind::ToolBar:
+        case DialogKind::Divider:
+            break;
     }
+    auto* label = new QLabel(text(item.text));
+    label->setMinimumWidth(1);
+    return label;
 }
 
 void DialogView::refresh(const std::string& name) {
