@@ -6,7 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 usage() {
   cat <<TEXT
 usage: ./run.sh [FILE]      build, and open FILE (samples/build-2cpu.trr by default)
-       ./run.sh --build     build the two programs only
+       ./run.sh --build     build the programs only
        ./run.sh --help      this text
 
 FILE is a .trr, a .core, a .trs, or the base name of a store. Without a display (neither DISPLAY nor
@@ -27,7 +27,7 @@ esac
 
 "$root/scripts/setup.sh"
 # What it runs; tests, benchmarks, fuzzers and tools are built by ./test.sh.
-"$root/scripts/build.sh" release --target trvgui chronoweave
+"$root/scripts/build.sh" release --target trvgui chronoweave trv_companion
 [ "${1-}" != --build ] || exit 0
 
 file=${1-$root/samples/build-2cpu.trr}

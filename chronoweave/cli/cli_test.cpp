@@ -414,14 +414,15 @@ TEST_F(CliTest, RenderDrawsTheRowsThatItNames) {
 TEST_F(CliTest, HelpCompletionAndManualKnowEveryCommand) {
     const Ran completion = run({"--print-completion"}), manual = run({"--print-man"}), help = run({"--help"});
     for (const std::string name : {"info", "import", "events", "state", "objects", "render", "config check",
-                                   "search", "report", "check"}) {
+                                   "search", "report", "check", "merge"}) {
         const std::string first = name.substr(0, name.find(' '));
         EXPECT_NE(cli_FindCommand(name), nullptr) << name;
         EXPECT_NE(completion.out.find("\n    " + first + ") words=\""), std::string::npos) << name;
         const std::string subject = name == "search" || name == "report" ? " KIND"
                                     : name == "check"                    ? " RULES"
                                                                          : "";
-        EXPECT_NE(manual.out.find("\n.B " + name + subject + " PATH\n"), std::string::npos) << name;
+        const std::string path = name == "merge" ? " IN...\n" : " PATH\n";
+        EXPECT_NE(manual.out.find("\n.B " + name + subject + path), std::string::npos) << name;
         EXPECT_NE(help.out.find("\n  " + first + " "), std::string::npos) << name;
         EXPECT_EQ(run({first, "--help"}).status, 0) << name;
     }

@@ -23,8 +23,9 @@ enum : unsigned {
     Search = 128,
     Report = 256,
     Check = 512,
+    Merge = 1024,
     Readers = Info | Events | State | Objects,
-    All = Readers | Import | Render | ConfigCheck | Search | Report | Check
+    All = Readers | Import | Render | ConfigCheck | Search | Report | Check | Merge
 };
 
 struct CommandSpec {
@@ -36,6 +37,8 @@ struct CommandSpec {
     const char* subject = nullptr;  // name of what stands ahead of PATH, null for nothing
     const char* subjectHelp = nullptr;
     std::vector<std::string> kinds = {};  // that the subject can be; empty for any
+    enum class Paths { One, Several } paths = Paths::One;
+    const char* pathWord() const { return paths == Paths::One ? "PATH" : "IN..."; }
 };
 
 constexpr const char* source_path = "a .trr, a .core, a .trs, or a store's base name";
@@ -65,6 +68,12 @@ const CommandSpec commands[] = {
      {"objects", "object", "general", "load"}},
     {Check, "check", "test the timing of a trace against rules; status 1 when one fails", source_path,
      command_Check, "RULES", "a file of rules, one a line"},
+    {.bit = Merge,
+     .name = "merge",
+     .summary = "merge raw event files by time into the one that -o names",
+     .path = "raw event files and core files",
+     .run = command_Merge,
+     .paths = CommandSpec::Paths::Several},
     {ConfigCheck, "config check", "read a configure file and report every line it does not take",
      "a configure file (.tc)", command_ConfigCheck},
 };
@@ -127,9 +136,15 @@ constexpr OptionSpec options[] = {
     {Render, "--hide", "PATTERN", "hide the objects whose name matches; * and ? are wild cards",
      &CommandLine::hide, nullptr},
     {Render, "--sort", "name|id", "order of the rows", &CommandLine::sort, nullptr},
+    {Merge, "--align", "natural|head|tail",
+     "times as recorded (natural), or shifted so that the first (head) or the last (tail) events of all "
+     "sources "
+     "have the same time",
+     &CommandLine::align, nullptr},
     {All, "--json", nullptr, "JSON, one object a line", nullptr, &CommandLine::json},
     {All, "--csv", nullptr, "comma-separated values", nullptr, &CommandLine::csv},
-    {All, "-o,--output", "FILE", "where the result goes; for import the base name of the store",
+    {All, "-o,--output", "FILE",
+     "where the result goes; for import the base name of the store, for merge the raw event file",
      &CommandLine::output, nullptr},
     {Import, "--checkpoint", "N",
      "events from one checkpoint to the next, a multiple of 100; without it as many as the number of objects "
@@ -148,7 +163,10 @@ void add_options(CLI::App& app, const CommandSpec& spec, CommandLine& line) {
             app.add_option(spec.subject, line.subject, spec.subjectHelp)->required()->type_name("");
         if (!spec.kinds.empty()) subject->check(CLI::IsMember(spec.kinds));
     }
-    app.add_option("PATH", line.path, spec.path)->required()->type_name("");
+    if (spec.paths == CommandSpec::Paths::One)
+        app.add_option("PATH", line.path, spec.path)->required()->type_name("");
+    else
+        app.add_option("IN", line.sources, spec.path)->required()->type_name("...");
     for (const OptionSpec& option : options) {
         if (!(option.commands & spec.bit)) continue;
         if (option.flag)
@@ -260,9 +278,9 @@ std::string cli_ManPage() {
                        "\n.SH SYNOPSIS\n.B chronoweave\nCOMMAND [options] PATH\n.SH COMMANDS\n";
     for (const CommandSpec& spec : commands) {
         page += std::string(".TP\n.B ") + spec.name + (spec.subject ? std::string(" ") + spec.subject : "") +
-                " PATH\n" + spec.summary + ". " +
+                ' ' + spec.pathWord() + '\n' + spec.summary + ". " +
                 (spec.subject ? std::string(spec.subject) + " is " + spec.subjectHelp + ". " : "") +
-                "PATH is " + spec.path + ".\n";
+                spec.pathWord() + " is " + spec.path + ".\n";
         for (const OptionSpec& option : options)
             if (option.commands & spec.bit)
                 page += std::string(".br\n.B ") + option.names +

@@ -8,10 +8,12 @@
 
 namespace {
 
-// The files that results go into. The -o of import is a base name, and import itself sees to its files.
+// The files that results go into. The -o of import is a base name, and merge has several sources; both see to
+// their files themselves.
 std::vector<std::string> outputs_of(const CommandLine& line) {
+    const bool seesToItself = line.command == "import" || line.command == "merge";
     std::vector<std::string> outputs;
-    for (const std::string& name : {line.command == "import" ? std::string() : line.output, line.junit})
+    for (const std::string& name : {seesToItself ? std::string() : line.output, line.junit})
         if (!name.empty()) outputs.push_back(name);
     return outputs;
 }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // What the user asked for. Texts are empty, and flags false, where the option was not given.
 struct CommandLine {
     std::string command;  // name of the command, "config check" for the nested one
     std::string subject;  // what stands ahead of PATH: a kind of search or report, a file of rules
     std::string path;
+    std::vector<std::string> sources;  // of a command that takes several in place of PATH
     std::string from, to, at;
     bool ticks = false;
     std::string config;
@@ -23,4 +25,5 @@ struct CommandLine {
     bool sameObject = false, contextSwitch = false, increasing = false;
     std::string limit, junit;
     std::string checkpoint;
+    std::string align;
 };

@@ -5,10 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+
+#include "shared/libcxxutil/file_beside.h"
 
 namespace {
 
@@ -42,18 +41,6 @@ bool write_all(int file, std::string_view text) {
     return ::fdatasync(file) == 0;
 }
 
-bool fill_and_rename(int file, const std::string& temporary, const std::string& target,
-                     std::string_view text) {
-    struct stat standing {};
-    const bool stands = ::stat(target.c_str(), &standing) == 0;
-    ::fchmod(file, stands ? standing.st_mode & 0777 : 0644);
-    const bool written = write_all(file, text);
-    const int reason = errno;
-    if (::close(file) == 0 && written) return std::rename(temporary.c_str(), target.c_str()) == 0;
-    if (!written) errno = reason;
-    return false;
-}
-
 }  // namespace
 
 bool file_read_whole(const std::string& path, std::string& text, size_t most, std::string* why) {
@@ -76,16 +63,11 @@ bool file_read_whole(const std::string& path, std::string& text, size_t most, st
 }
 
 bool file_replace(const std::string& path, std::string_view text, std::string* why) {
-    std::error_code error;
-    const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
-    const std::string target = error ? path : real.string();
-    std::string temporary = target + "_XXXXXX";
-    const int file = ::mkstemp(temporary.data());
-    if (file < 0) return fail(why, std::strerror(errno));
-    if (fill_and_rename(file, temporary, target, text)) return true;
-    const int reason = errno;
-    ::unlink(temporary.c_str());
-    return fail(why, std::strerror(reason));
+    FileBeside file;
+    if (const Result made = file.make(path); !made.ok()) return fail(why, made.reason().c_str());
+    if (!write_all(file.descriptor().number(), text)) return fail(why, std::strerror(errno));
+    const Result kept = file.keep();
+    return kept.ok() || fail(why, kept.reason().c_str());
 }
 
 bool text_next_line(std::string_view& text, std::string_view& line) {

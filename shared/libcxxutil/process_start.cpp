@@ -8,6 +8,11 @@
 
 namespace {
 void do_nothing(int) {}
+
+volatile std::sig_atomic_t stop_asked = 0;
+void note_stop(int) {
+    stop_asked = 1;
+}
 }  // namespace
 
 void process_KeepStandardStreams() {
@@ -24,4 +29,16 @@ void process_LetWritesFail() {
     action.sa_flags = SA_RESTART;
     ::sigemptyset(&action.sa_mask);
     for (const int signal : {SIGPIPE, SIGXFSZ}) ::sigaction(signal, &action, nullptr);
+}
+
+void process_CatchStops() {
+    struct sigaction action = {};
+    action.sa_handler = note_stop;
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    ::sigemptyset(&action.sa_mask);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
+}
+
+bool process_IsStopAsked() {
+    return stop_asked != 0;
 }

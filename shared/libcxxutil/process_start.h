@@ -10,3 +10,9 @@ void process_KeepStandardStreams();
 // nothing: into a pipe that nobody reads, and past the limit of a file's size. Programs that this one starts
 // have the system's way again.
 void process_LetWritesFail();
+
+// From now on an interrupt, a termination or the end of the terminal asks the program's work to stop, so that
+// it can leave everything as it should be; another one ends the process at once, as it would have.
+void process_CatchStops();
+// Whether one came.
+bool process_IsStopAsked();

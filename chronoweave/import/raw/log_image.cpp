@@ -97,7 +97,8 @@ uint32_t log_NextRecord(RawLogImage& image, uint8_t* record) {
 }
 
 LogImageSource::LogImageSource(RawLogImage image, const EventSourceHeader& header)
-    : image_(std::move(image)), facts_{header.ticksPerSecond, header.osName, header.bigEndian} {}
+    : image_(std::move(image)),
+      facts_{header.ticksPerSecond, header.osName, header.bigEndian, TaskTracker, header.architecture} {}
 
 SourceStep LogImageSource::next(SourceRecord& record) {
     constexpr uint64_t portion = 1 << 20;

@@ -12,8 +12,10 @@ SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian) {
 }
 
 void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look) {
-    if (raw_IsLengthSound(record.size()))
-        look.enter(load_be16(record.data()), record.subspan(raw_RecordHead), bigEndian);
+    if (!raw_IsLengthSound(record.size())) return;
+    const SourceRecord event = raw_Decode(record, bigEndian);
+    look.enter(event.type, event.extra, bigEndian);
+    look.EnterTime(event.time);
 }
 
 bool RawRecords::take(std::span<const uint8_t> bytes, bool bigEndian, SourceRecord& record) {

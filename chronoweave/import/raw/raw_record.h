@@ -36,7 +36,7 @@ inline bool raw_IsLengthSound(size_t length) {
 // What a record of sound length says.
 SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian);
 
-// The record's id for a look ahead, without decoding it whole.
+// What a look ahead asks of a record, if its length is sound.
 void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look);
 
 // The messages that damaged records earn, one per damage, held to a readable number: after the first hundred

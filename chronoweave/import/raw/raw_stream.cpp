@@ -11,14 +11,22 @@ namespace {
 
 constexpr size_t timed_buffer = 32768;  // the deadline is tested once per buffer
 // Where no deadline cuts in, the size of the buffer can't be seen; a large one saves system calls.
-constexpr size_t whole_buffer = 1 << 20;
+constexpr size_t whole_buffer = 1 << 20, small_buffer = 4096;
+
+// A short source asks for no more than it has.
+size_t buffer_for(ByteSource& bytes, uint64_t from) {
+    if (!bytes.rereadable()) return whole_buffer;
+    const uint64_t size = bytes.size();
+    const uint64_t left = size > from ? size - from : 0;
+    return static_cast<size_t>(std::clamp<uint64_t>(left + 1, small_buffer, whole_buffer));
+}
 
 }  // namespace
 
 RawStream::RawStream(std::unique_ptr<ByteSource> bytes, const EventSourceHeader& header, uint64_t first,
                      const std::string& name)
     : bytes_(std::move(bytes)),
-      facts_{header.ticksPerSecond, header.osName, header.bigEndian},
+      facts_{header.ticksPerSecond, header.osName, header.bigEndian, TaskTracker, header.architecture},
       name_(name),
       base_(first) {}
 
@@ -44,7 +52,7 @@ SourceStep RawStream::read_more() {
     base_ += at_;
     there_ -= at_;
     at_ = 0;
-    const size_t size = deadline_ ? timed_buffer : whole_buffer;
+    const size_t size = deadline_ ? timed_buffer : buffer_for(*bytes_, base_);
     if (buffer_.size() < size) buffer_.resize(size);
     const SourceRead read =
         bytes_->read_at(base_ + there_, std::span(buffer_).subspan(there_, size - there_));
@@ -78,8 +86,8 @@ SourceExtent RawStream::extent() const {
 std::optional<SourceLook> RawStream::look() {
     if (!bytes_->rereadable()) return std::nullopt;
     ObjectLook look;
-    std::vector<uint8_t> buffer(whole_buffer);
     uint64_t from = offset();
+    std::vector<uint8_t> buffer(buffer_for(*bytes_, from));
     for (;;) {
         const SourceRead read = bytes_->read_at(from, buffer);
         if (read.status != SourceStatus::Data || read.bytes == 0) return look.seen();

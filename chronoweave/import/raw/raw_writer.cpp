@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr size_t longest_extra = raw_StreamMax - raw_RecordHead;
 constexpr size_t block = 1 << 20;
 
 uint8_t* room(std::vector<uint8_t>& bytes, size_t count) {
@@ -48,14 +47,14 @@ void RawWriter::recordHead(size_t length, mt_Time time, uint16_t type, uint16_t 
 }
 
 bool RawWriter::event(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra) {
-    if (extra.size() > longest_extra) return false;
+    if (extra.size() > raw_LongestExtra) return false;
     recordHead(raw_RecordHead + extra.size(), time, type, subtype);
     raw(extra);
     return true;
 }
 
 bool RawWriter::event(mt_Time time, uint16_t type, uint16_t subtype, std::initializer_list<uint32_t> words) {
-    if (words.size() * 4 > longest_extra) return false;
+    if (words.size() * 4 > raw_LongestExtra) return false;
     recordHead(raw_RecordHead + words.size() * 4, time, type, subtype);
     for (const uint32_t word : words) put32(word);
     return true;
@@ -107,8 +106,16 @@ Result RawFile::put() {
 }
 
 Result RawFile::flush() {
-    const std::vector<uint8_t> bytes = writer_.take();
-    const DeviceWrite written = device_->write_at(written_, bytes);
+    const size_t count = writer_.bytes().size();
+    const DeviceWrite written = device_->write_at(written_, writer_.bytes());
+    writer_.clear();
     written_ += written.bytes;
-    return written.bytes == bytes.size() ? Result() : Result::system(name_, written.error);
+    return written.bytes == count ? Result() : Result::system(name_, written.error);
+}
+
+Result RawFile::sync() {
+    const Result flushed = flush();
+    if (!flushed.ok()) return flushed;
+    const int error = device_->sync();
+    return error == 0 ? Result() : Result::system(name_, error);
 }

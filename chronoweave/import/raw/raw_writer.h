@@ -16,6 +16,9 @@
 #include "libtrv/gfile.h"
 #include "shared/libcxxutil/result.h"
 
+// The longest extra data that a stream's record has room for.
+constexpr size_t raw_LongestExtra = raw_StreamMax - raw_RecordHead;
+
 // What a Refresh record and a task table say of a task. Names are cut to 31 bytes.
 struct RawTask {
     uint32_t id = 0;
@@ -32,6 +35,7 @@ class RawWriter {
     bool bigEndian() const { return big_; }
     const std::vector<uint8_t>& bytes() const { return bytes_; }
     std::vector<uint8_t> take() { return std::exchange(bytes_, {}); }
+    void clear() { bytes_.clear(); }  // keeps the room
 
     // The header's byte order must be the writer's.
     void header(const EventSourceHeader& header, RawHeaderForm form);
@@ -77,6 +81,8 @@ class RawFile {
     Result put();
     // Hands on all there is, whole records only, so that whoever reads the file as it grows sees them.
     Result flush();
+    // The same, and asks the disk to keep it.
+    Result sync();
 
   private:
     RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);

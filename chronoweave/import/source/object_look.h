@@ -1,7 +1,8 @@
 // How many objects a source's events are of, and how much room its events take in a store, so that the
-// store's checkpoints can be set apart far enough.
+// store's checkpoints can be set apart far enough; and how far its times go.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -12,6 +13,7 @@ struct SourceLook {
     uint64_t records = 0;
     uint64_t objects = 0;
     uint64_t bytes = 0;  // of the records' event packets, extra data not counted
+    mt_Time newest = 0;  // the highest time, in the source's ticks; 0 when none has one
 };
 
 // Enters records one by one.
@@ -19,7 +21,8 @@ class ObjectLook {
   public:
     // extra begins with the object's id in the target's byte order; a record without is of no object.
     void enter(uint16_t type, std::span<const uint8_t> extra, bool bigEndian);
-    SourceLook seen() const { return {records_, keys_ + (zero_ ? 1u : 0u), bytes_}; }
+    void EnterTime(mt_Time time) { newest_ = std::max(newest_, time); }
+    SourceLook seen() const { return {records_, keys_ + (zero_ ? 1u : 0u), bytes_, newest_}; }
 
   private:
     void enter_id(uint32_t id);
@@ -29,6 +32,7 @@ class ObjectLook {
     uint64_t keys_ = 0;                                         // other than 0
     bool zero_ = false;
     uint64_t records_ = 0, bytes_ = 0;
+    mt_Time newest_ = 0;
 };
 
 // The checkpoint interval that lets checkpoints take no more room than events once all objects are known: a

@@ -20,6 +20,7 @@ struct SourceFacts {
     std::string osName;  // which configure file explains it
     bool bigEndian = false;
     mt_EventCallback tracker = TaskTracker;  // what its events do to objects
+    uint32_t architecture = 0;               // a code of raw event files; 0 where the source tells none
 };
 
 // One event as the source has it. The import counts times from the first timed event on, keeps the order of

@@ -1,0 +1,76 @@
+// One of the sources that are merged: its records, with times on the merged clock and words in the merged
+// byte order.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "chronoweave/import/raw/raw_record.h"
+#include "chronoweave/import/source/source.h"
+
+// The clock and the byte order that all sources are brought to.
+struct MergeTarget {
+    uint64_t ticksPerSecond = 0;  // not below any source's
+    bool bigEndian = false;
+};
+
+// What was done to a source's records.
+struct MergeInputCounts {
+    uint64_t events = 0;
+    uint64_t back = 0;       // times that went back: they stand at their source's newest time
+    uint64_t far = 0;        // times past the last one of the merged clock: they stand at that one
+    uint64_t unturned = 0;   // events with bytes of the other byte order whose meaning isn't known
+    uint64_t shortened = 0;  // events whose extra data was cut to what a stream's record has room for
+};
+
+class MergeInput {
+  public:
+    // name stands in messages.
+    MergeInput(const std::string& name, std::unique_ptr<EventSource> source)
+        : name_(name), source_(std::move(source)) {}
+
+    // Ahead of the first step. The source's clock rate must not be 0 when the merged one is not.
+    void SetTarget(const MergeTarget& target);
+    // Shifts all times so that what stands at one time stands at another.
+    void Shift(mt_Time from, mt_Time to);
+
+    // Goes on to the next record.
+    SourceStep Step() {
+        const SourceStep step = source_->next(record_);
+        if (step == SourceStep::Record) Take();
+        return step;
+    }
+    // The present record. Its time is 0 where it has none of its own; no other becomes 0. It lasts until the
+    // next step.
+    const SourceRecord& record() const { return record_; }
+    // Where the present record belongs: never below that of the one before. 0 ahead of the first that has a
+    // time of its own.
+    mt_Time place() const { return place_; }
+
+    // The highest time there is, on the merged clock and unshifted; 0 when no event has one. Nothing where
+    // the source can't be looked over.
+    std::optional<mt_Time> LookForNewest();
+
+    const std::string& name() const { return name_; }
+    EventSource& source() const { return *source_; }
+    const MergeInputCounts& counts() const { return counts_; }
+
+  private:
+    void Take();
+    mt_Time Scaled(mt_Time time) const;
+    mt_Time Shifted(mt_Time time) const;
+    void MakeFit();
+
+    std::string name_;
+    std::unique_ptr<EventSource> source_;
+    uint64_t rate_ = 1, targetRate_ = 1;
+    bool scales_ = false, turns_ = false;
+    mt_Time from_ = 0, to_ = 0;       // of the shift
+    mt_Time newest_ = 0, place_ = 0;  // the former unshifted
+    SourceRecord record_;
+    MergeInputCounts counts_;
+    std::array<uint8_t, raw_RecordRoom>
+        extra_{};  // of the present record, where it is not as the source has it
+};

@@ -1,0 +1,143 @@
+#include "chronoweave/import/merge/merged_source.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "chronoweave/import/merge/merge_words.h"
+#include "shared/libcxxutil/report.h"
+
+MergedSource::MergedSource(std::vector<MergePart> parts, MergeAlign align) : align_(align) {
+    for (MergePart& part : parts) inputs_.emplace_back(part.name, std::move(part.source));
+    facts_ = inputs_.front().source().facts();
+    for (const MergeInput& input : inputs_) {
+        const SourceFacts& facts = input.source().facts();
+        facts_.ticksPerSecond = std::max(facts_.ticksPerSecond, facts.ticksPerSecond);
+        if (facts_.architecture == 0) facts_.architecture = facts.architecture;
+    }
+}
+
+Result MergedSource::Make(std::vector<MergePart> parts, MergeAlign align,
+                          std::unique_ptr<MergedSource>& merged) {
+    std::unique_ptr<MergedSource> made(new MergedSource(std::move(parts), align));
+    Result checked = made->Check();
+    if (!checked.ok()) return checked;
+    for (MergeInput& input : made->inputs_)
+        input.SetTarget({made->facts_.ticksPerSecond, made->facts_.bigEndian});
+    merged = std::move(made);
+    return {};
+}
+
+Result MergedSource::Check() const {
+    const std::string& first = inputs_.front().name();
+    for (const MergeInput& input : inputs_) {
+        const SourceFacts& facts = input.source().facts();
+        if (facts.osName != facts_.osName)
+            return Result::failure(
+                gen_format(words_OtherSystem, facts.osName.c_str(), first.c_str(), facts_.osName.c_str()),
+                input.name());
+        if (facts.tracker != facts_.tracker)
+            return Result::failure(gen_format(words_OtherObjects, first.c_str()), input.name());
+        if (facts.ticksPerSecond == 0 && facts_.ticksPerSecond != 0)
+            return Result::failure(words_NoClock, input.name());
+    }
+    return {};
+}
+
+Result MergedSource::LookAhead(const Progress& progress) {
+    if (align_ != MergeAlign::Tail) return {};
+    std::vector<mt_Time> newest;
+    const auto total = static_cast<double>(2 * inputs_.size());
+    for (MergeInput& input : inputs_) {
+        if (progress && !progress(static_cast<double>(newest.size()), total)) return Result::failure("");
+        const std::optional<mt_Time> time = input.LookForNewest();
+        if (!time) return Result::failure(words_NoLook, input.name());
+        newest.push_back(*time);
+    }
+    const mt_Time latest = *std::max_element(newest.begin(), newest.end());
+    for (size_t i = 0; i < inputs_.size(); ++i) inputs_[i].Shift(newest[i], latest);
+    return {};
+}
+
+SourceStep MergedSource::next(SourceRecord& record) {
+    switch (phase_) {
+        case Phase::Heads:
+            return NextOfHeads(record);
+        case Phase::InOrder:
+            return NextInOrder(record);
+    }
+    return SourceStep::End;
+}
+
+// The records ahead of each input's first time.
+SourceStep MergedSource::NextOfHeads(SourceRecord& record) {
+    for (; head_ < inputs_.size(); ++head_) {
+        MergeInput& input = inputs_[head_];
+        const SourceStep step = input.Step();
+        if (step == SourceStep::Pause) return step;
+        if (step != SourceStep::Record) continue;
+        if (input.place() == 0) {
+            record = input.record();
+            return step;
+        }
+        order_.push_back({input.place(), head_});
+    }
+    if (align_ == MergeAlign::Head) AlignHeads();
+    for (size_t i = order_.size(); i-- > 0;) SiftDown(i);
+    phase_ = Phase::InOrder;
+    return NextInOrder(record);
+}
+
+void MergedSource::AlignHeads() {
+    mt_Time earliest = UINT64_MAX;
+    for (const Turn& turn : order_) earliest = std::min(earliest, turn.place);
+    for (Turn& turn : order_) {
+        inputs_[turn.input].Shift(turn.place, earliest);
+        turn.place = earliest;
+    }
+}
+
+SourceStep MergedSource::NextInOrder(SourceRecord& record) {
+    if (handedOut_) {
+        Turn& first = order_.front();
+        const SourceStep step = inputs_[first.input].Step();
+        if (step == SourceStep::Pause) return step;
+        if (step == SourceStep::Record) {
+            first.place = inputs_[first.input].place();
+        } else {
+            first = order_.back();
+            order_.pop_back();
+        }
+        handedOut_ = false;
+        SiftDown(0);
+    }
+    if (order_.empty()) return SourceStep::End;
+    handedOut_ = true;
+    record = inputs_[order_.front().input].record();
+    return SourceStep::Record;
+}
+
+void MergedSource::SiftDown(size_t at) {
+    for (;;) {
+        size_t least = at;
+        for (const size_t child : {2 * at + 1, 2 * at + 2})
+            if (child < order_.size() && order_[child].IsBefore(order_[least])) least = child;
+        if (least == at) return;
+        std::swap(order_[at], order_[least]);
+        at = least;
+    }
+}
+
+SourceExtent MergedSource::extent() const {
+    const auto count = static_cast<double>(inputs_.size());
+    const double looked = align_ == MergeAlign::Tail ? count : 0;
+    SourceExtent all{looked, looked + count};
+    for (const MergeInput& input : inputs_) {
+        const SourceExtent one = input.source().extent();
+        if (one.total > 0) all.done += one.done / one.total;
+    }
+    return all;
+}
+
+void MergedSource::settle() {
+    for (const MergeInput& input : inputs_) input.source().settle();
+}

@@ -1,0 +1,73 @@
+// Several sources as one: their records in the order of their times, read as they are asked for. What is held
+// in memory grows with the number of sources, not with their length.
+//
+// Records of one time come in the order of the sources, and each source's in its own order. A record with no
+// time of its own stays behind the one that it follows; those that a source begins with, which most often
+// tell the names and the states of its objects, come ahead of every record that has a time.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "chronoweave/import/merge/merge_input.h"
+#include "chronoweave/import/source/source.h"
+#include "shared/libcxxutil/progress.h"
+
+// How times of different sources are brought together.
+enum class MergeAlign {
+    Natural,  // they are as recorded
+    Head,     // all are shifted to where the earliest source begins
+    Tail,     // all are shifted to where the latest source ends
+};
+
+struct MergePart {
+    std::string name;  // for messages
+    std::unique_ptr<EventSource> source;
+};
+
+class MergedSource : public EventSource {
+  public:
+    // Takes the sources over, at least one. The merged clock is the fastest of theirs, the byte order the
+    // first one's. Refused when they are of different systems, have different kinds of objects, or clocks
+    // that can't be brought together.
+    static Result Make(std::vector<MergePart> parts, MergeAlign align, std::unique_ptr<MergedSource>& merged);
+    // For the alignment of ends, which asks to look through every source first; it must be called before the
+    // first record, and does nothing for the others. Refused where a source can't be looked through, and
+    // without words when progress asks to stop.
+    Result LookAhead(const Progress& progress);
+
+    const SourceFacts& facts() const override { return facts_; }
+    SourceStep next(SourceRecord& record) override;
+    // One for each source that is read, and one for each that is looked through ahead.
+    SourceExtent extent() const override;
+    void settle() override;
+
+    const std::vector<MergeInput>& inputs() const { return inputs_; }
+
+  private:
+    MergedSource(std::vector<MergePart> parts, MergeAlign align);
+    Result Check() const;
+    SourceStep NextOfHeads(SourceRecord& record);
+    SourceStep NextInOrder(SourceRecord& record);
+    void AlignHeads();
+    void SiftDown(size_t at);
+
+    // An input at a record; those come first that are earlier or, at one time, stand first among the sources.
+    struct Turn {
+        mt_Time place;
+        size_t input;
+        bool IsBefore(const Turn& other) const {
+            return place != other.place ? place < other.place : input < other.input;
+        }
+    };
+    enum class Phase { Heads, InOrder };
+
+    MergeAlign align_;
+    SourceFacts facts_;
+    std::vector<MergeInput> inputs_;
+    Phase phase_ = Phase::Heads;
+    size_t head_ = 0;          // the input whose head is read
+    std::vector<Turn> order_;  // a heap, the next one first
+    bool handedOut_ = false;   // the first one's record
+};

@@ -1,0 +1,43 @@
+// trv: what the window program has done by another process. Its form is told by the words behind its name.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "companions/trv/merge_form.h"
+#include "shared/libcxxutil/process_start.h"
+#include "shared/libcxxutil/report.h"
+
+namespace {
+
+// A form of the program: whether the words ask for it, and what it does with them.
+struct Form {
+    bool (*isAsked)(std::span<const std::string> words);
+    int (*run)(std::span<const std::string> words);
+    const char* usage;
+};
+constexpr Form forms[] = {{merge_IsAsked, merge_Run, merge_Usage}};
+
+void print_usage(std::FILE* to) {
+    for (const Form& form : forms) std::fputs(form.usage, to);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    process_KeepStandardStreams();
+    process_LetWritesFail();
+    gen_set_short_name(argv[0]);
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    if (words.size() == 1 && words[0] == "--version") {
+        std::puts("trv " CW_VERSION);
+        return 0;
+    }
+    if (words.size() == 1 && (words[0] == "--help" || words[0] == "-h")) {
+        print_usage(stdout);
+        return 0;
+    }
+    for (const Form& form : forms)
+        if (form.isAsked(words)) return form.run(words);
+    print_usage(stderr);
+    return 2;
+}
