@@ -96,3 +96,10 @@ function(cw_tests name)
   cw_reuse_headers(${name} cw_test_headers ${name} ${ARG_DEPS})
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
 endfunction()
+
+# Lets a test fail the calls of the system that make and write files: chronoweave/import/failing_calls_testing.h.
+function(cw_fail_calls name)
+  foreach(call open mkstemp unlink rename fdatasync ftruncate pwrite)
+    target_link_options(${name} PRIVATE -Wl,--wrap=${call})
+  endforeach()
+endfunction()

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <iterator>
 #include <map>
@@ -429,4 +431,22 @@ TEST_F(CliTest, HelpCompletionAndManualKnowEveryCommand) {
     EXPECT_NE(manual.out.find("--object ID"), std::string::npos);
     EXPECT_NE(completion.out.find("--object "), std::string::npos);
     EXPECT_EQ(run({"--version"}).out.substr(0, 12), "chronoweave ");
+}
+
+// Opening a pipe would wait for whoever writes into it.
+TEST_F(CliTest, APipeInPlaceOfAFileIsRefusedAtOnce) {
+    std::filesystem::create_directory(path("folder.trr"));
+    for (const char* name : {"run.trr", "run.core", "run.trs", "run", "other.trv", "legend.tc", "rules"})
+        ASSERT_EQ(::mkfifo(path(name).c_str(), 0600), 0);
+    for (const char* name : {"run.trr", "run.core", "run.trs", "run", "other", "folder.trr"})
+        for (const Words& command : {Words{"info"}, {"import"}, {"events"}, {"report", "objects"}}) {
+            Words words = command;
+            words.push_back(path(name));
+            const Ran ran = run(words);
+            EXPECT_EQ(ran.status, 1) << name << ran.err;
+            EXPECT_NE(ran.err.find(path(name)), std::string::npos) << name << ran.err;
+        }
+    EXPECT_NE(run({"events", small(), "--config", path("legend.tc")}).status, 0);
+    EXPECT_EQ(run({"check", path("rules"), small()}).status, 2);
+    EXPECT_NE(run({"config", "check", path("legend.tc")}).status, 0);
 }

@@ -14,7 +14,7 @@
 struct ImportCounts : SourceCounts {
     uint64_t events = 0;   // taken into the store
     uint64_t refused = 0;  // events that the store could not take (disk full, four gigabytes)
-    bool stopped = false;  // the user ended it
+    bool stopped = false;  // the user ended it; before the store was begun, there is none and no error
     uint64_t dropped() const { return tooShort + tooLong + refused; }
 };
 
@@ -22,7 +22,7 @@ struct ImportOptions {
     std::string outputBase = {};  // where the store goes; empty: beside the source
     uint32_t checkpoint = 0;   // events from one checkpoint to the next, a multiple of 100; 0: by the objects
     bool keepGrowing = false;  // a source that may grow stays open to be read on
-    Progress progress = {};    // in any one unit of the source
+    Progress progress = {};    // in any one unit
 };
 
 // A source that is read on as it grows, with the writer of its store (import_session.h).

@@ -12,6 +12,7 @@ namespace {
 
 constexpr size_t group_bytes = 256 * 1024;         // a group that is still in the cache when it is written
 constexpr uint32_t records_without_pause = 65536;  // of a source that makes none
+constexpr double look_share = 0.1;                 // of the time of an import
 
 unsigned long long print(uint64_t number) {
     return number;
@@ -30,13 +31,32 @@ Result ImportSession::open(std::unique_ptr<EventSource> source, uint32_t checkpo
     const SourceFacts& facts = source_->facts();
     const auto rate = static_cast<uint32_t>(facts.ticksPerSecond);
     if (rate != facts.ticksPerSecond) gen_console(words_ClockRate, print(facts.ticksPerSecond), rate);
-    if (checkpoint == 0) {
-        const std::optional<SourceLook> look = source_->look();
-        checkpoint = look ? look_Interval(*look) : look_UnknownInterval;
+    const std::optional<uint32_t> interval = checkpoint == 0 ? look_over() : checkpoint;
+    if (!interval) {
+        counts_.stopped = true;
+        return Result::failure({});
     }
-    Result made = make({rate, facts.osName, facts.bigEndian, checkpoint}, facts.tracker, writer_);
+    Result made = make({rate, facts.osName, facts.bigEndian, *interval}, facts.tracker, writer_);
     if (made.ok()) writer_->SetGrouping(group_bytes);
     return made;
+}
+
+// Progress is at a part of the way between two shares of all that is to be done.
+bool ImportSession::tell(double done, double total, double from, double to) const {
+    return !progress || progress(total * from + done * (to - from), total);
+}
+
+// The checkpoint interval that the source asks for; nothing when progress stopped the look.
+std::optional<uint32_t> ImportSession::look_over() {
+    bool stopped = false;
+    const std::optional<SourceLook> look = source_->look([&](double done, double total) {
+        stopped = !tell(done, total, 0, look_share);
+        return !stopped;
+    });
+    if (stopped) return std::nullopt;
+    if (!look) return look_UnknownInterval;
+    lookedShare_ = look_share;
+    return look_Interval(*look);
 }
 
 ReadEnd ImportSession::read(int64_t limitMs) {
@@ -81,9 +101,9 @@ ReadEnd ImportSession::take_records(int64_t limitMs) {
 // What ends the read here, if anything does.
 std::optional<ReadEnd> ImportSession::pause(bool limited, int64_t deadline) const {
     if (limited) return clock() >= deadline ? std::optional(ReadEnd::CutShort) : std::nullopt;
-    if (!progress) return std::nullopt;
     const SourceExtent extent = source_->extent();
-    return progress(extent.done, extent.total) ? std::nullopt : std::optional(ReadEnd::Stopped);
+    const bool goesOn = tell(extent.done, extent.total, lookedShare_, 1);
+    return goesOn ? std::nullopt : std::optional(ReadEnd::Stopped);
 }
 
 void ImportSession::take(const SourceRecord& record) {

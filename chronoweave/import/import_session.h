@@ -31,14 +31,15 @@ enum class ReadEnd {
 
 class ImportSession {
   public:
-    Progress progress;  // in the source's own unit; asked only without a time limit
+    Progress progress;  // of the look ahead and the reading together; asked only without a time limit
     std::function<void(const char* text)> status;  // the status line; "" clears it
     int64_t (*clock)() = import_SteadyClock;
     bool tellsCutRecords = true;  // on the console, each once; not where more is sure to come
 
     // Takes the source over and makes its store, with a checkpoint every so many events; 0: as the number of
     // objects asks that a look ahead finds. A clock rate above 32 bits is told on the console and cut to its
-    // low word.
+    // low word. Where progress stopped the look, no store is made, the failure says nothing, and the counts
+    // say that it was stopped.
     Result open(std::unique_ptr<EventSource> source, uint32_t checkpoint, const WriterMaker& make);
     // Takes in records until there are no more, or the limit is over (milliseconds; 0 or below: none), and
     // commits them. A record cut by the source's end is not consumed.
@@ -61,6 +62,8 @@ class ImportSession {
     std::string missingEvents() const;
 
   private:
+    std::optional<uint32_t> look_over();
+    bool tell(double done, double total, double from, double to) const;
     ReadEnd take_records(int64_t limitMs);
     std::optional<ReadEnd> pause(bool limited, int64_t deadline) const;
     void take(const SourceRecord& record);
@@ -72,6 +75,7 @@ class ImportSession {
     std::unique_ptr<EventSource> source_;
     std::unique_ptr<StoreWriter> writer_;
     mt_Time firstRawTime_ = 0, lastRawTime_ = 0;
+    double lookedShare_ = 0;  // of all that progress is told, what the look ahead was
     bool mayGrow_ = false;
     bool toldFarTime_ = false;
     uint64_t toldCutAt_ = UINT64_MAX;

@@ -23,7 +23,8 @@ class Opening {
             return std::move(result_);
         }
         dispatch();
-        if (!result_.store && !fatal_) say(gen_format(words_NoSource, name_.c_str()));
+        if (!result_.store && !fatal_ && !result_.counts.stopped)
+            say(gen_format(words_NoSource, name_.c_str()));
         return std::move(result_);
     }
 
@@ -96,6 +97,8 @@ class Opening {
                 return make_writer(facts, tracker, writer);
             });
         if (made.ok()) return read_source();
+        result_.counts = session_->counts();
+        if (result_.counts.stopped) return;
         say(made.text());
         tell_earlier_store();
     }

@@ -189,7 +189,7 @@ SourceExtent CoreSource::extent() const {
     return {static_cast<double>(image_.slotsRead), static_cast<double>(image_.slotCount)};
 }
 
-std::optional<SourceLook> CoreSource::look() {
+std::optional<SourceLook> CoreSource::look(const Progress& progress) {
     CoreLogImage image = image_;
     image.taskCursor = image.slotCursor = -1;
     image.slotsRead = 0;
@@ -201,6 +201,8 @@ std::optional<SourceLook> CoreSource::look() {
         whole = gen_guarded([&image, target] { fill_batch(image, *target); });
         for (int i = 0; i < batch->count; ++i)
             raw_Look({batch->records[i], static_cast<size_t>(batch->lengths[i])}, facts_.bigEndian, look);
+        const auto done = static_cast<double>(image.slotsRead), total = static_cast<double>(image.slotCount);
+        if (progress && !progress(done, std::max(done, total))) return std::nullopt;
     }
     return look.seen();
 }

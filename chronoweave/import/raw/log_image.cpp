@@ -96,12 +96,15 @@ uint32_t log_NextRecord(RawLogImage& image, uint8_t* record) {
     return length;
 }
 
+namespace {
+constexpr uint64_t portion = 1 << 20;  // bytes of records from one pause to the next
+}
+
 LogImageSource::LogImageSource(RawLogImage image, const EventSourceHeader& header)
     : image_(std::move(image)),
       facts_{header.ticksPerSecond, header.osName, header.bigEndian, TaskTracker, header.architecture} {}
 
 SourceStep LogImageSource::next(SourceRecord& record) {
-    constexpr uint64_t portion = 1 << 20;
     if (done_ - paused_ >= portion) {
         paused_ = done_;
         return SourceStep::Pause;
@@ -118,15 +121,23 @@ SourceExtent LogImageSource::extent() const {
     return {std::min(static_cast<double>(done_), size), size};
 }
 
-std::optional<SourceLook> LogImageSource::look() {
+std::optional<SourceLook> LogImageSource::look(const Progress& progress) {
     const RawLogImage::Cursor cursor = image_.cursor;
     const std::string damage = image_.damage;
+    const auto size = static_cast<double>(image_.bytes.size());
     ObjectLook look;
-    while (const uint32_t length = log_NextRecord(image_, record_))
+    bool goesOn = true;
+    uint64_t seen = 0, told = 0;
+    while (const uint32_t length = goesOn ? log_NextRecord(image_, record_) : 0) {
         raw_Look({record_, length}, facts_.bigEndian, look);
+        seen += length;
+        if (seen - told < portion) continue;
+        told = seen;
+        goesOn = !progress || progress(std::min(static_cast<double>(seen), size), size);
+    }
     image_.cursor = cursor;
     image_.damage = damage;
-    return look.seen();
+    return goesOn ? std::optional(look.seen()) : std::nullopt;
 }
 
 Result LogImageSource::damage() const {

@@ -47,7 +47,7 @@ class LogImageSource : public EventSource {
     const SourceFacts& facts() const override { return facts_; }
     SourceStep next(SourceRecord& record) override;
     SourceExtent extent() const override;
-    std::optional<SourceLook> look() override;
+    std::optional<SourceLook> look(const Progress& progress) override;
     const SourceCounts& counts() const override { return records_.counts(); }
     Result damage() const override;
     void settle() override { records_.settle(); }

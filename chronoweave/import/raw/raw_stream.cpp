@@ -83,7 +83,7 @@ SourceExtent RawStream::extent() const {
     return {done, std::max(done, static_cast<double>(bytes_->size()))};
 }
 
-std::optional<SourceLook> RawStream::look() {
+std::optional<SourceLook> RawStream::look(const Progress& progress) {
     if (!bytes_->rereadable()) return std::nullopt;
     ObjectLook look;
     uint64_t from = offset();
@@ -100,5 +100,8 @@ std::optional<SourceLook> RawStream::look() {
         }
         if (at == 0) return look.seen();
         from += at;
+        const auto done = static_cast<double>(from);
+        if (progress && !progress(done, std::max(done, static_cast<double>(bytes_->size()))))
+            return std::nullopt;
     }
 }

@@ -41,7 +41,7 @@ TEST(RawStreamTest, aPipeGivesTheSameRecordsWhateverItsPiecesAre) {
     written = 0;
     put(28);
     ASSERT_TRUE(raw_Open(source_FromPipe(ends[0]), "pipe", source).ok());
-    EXPECT_FALSE(source->look());
+    EXPECT_FALSE(source->look({}));
     uint32_t seen = 0;
     SourceRecord record;
     for (SourceStep step = SourceStep::Pause; step != SourceStep::End;) {

@@ -12,6 +12,7 @@
 #include "chronoweave/import/source/object_look.h"
 #include "chronoweave/import/source/source_name.h"
 #include "libtrv/task_tracker.h"
+#include "shared/libcxxutil/progress.h"
 #include "shared/libcxxutil/result.h"
 
 // What a source says of its target; it stands as soon as the source is open.
@@ -63,8 +64,8 @@ class EventSource {
     virtual SourceExtent extent() const = 0;
 
     // A quick look over all that is there now, without moving on; it prints nothing. Nothing where there is
-    // no such look, as with what comes through a pipe.
-    virtual std::optional<SourceLook> look() { return std::nullopt; }
+    // no such look, as with what comes through a pipe, and where progress, in any one unit, stopped it.
+    virtual std::optional<SourceLook> look(const Progress&) { return std::nullopt; }
     virtual const SourceCounts& counts() const {
         static const SourceCounts none;
         return none;
