@@ -68,6 +68,6 @@ void MergeInput::MakeFit() {
 }
 
 std::optional<mt_Time> MergeInput::LookForNewest() {
-    const std::optional<SourceLook> look = source_->look();
+    const std::optional<SourceLook> look = source_->look({});
     return look ? std::optional(Scaled(look->newest)) : std::nullopt;
 }
