@@ -3,38 +3,35 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "chronoweave/engine/tracker.h"
+#include "chronoweave/engine/search_tracker.h"
 
 namespace {
 
-using Record = ObjectTracker::Record;
-using Next = ObjectTracker::Next;
+using Record = SearchTracker::Record;
 
 // The tracking of reports. The sink is told that an object enters a status (record.status, since
 // record.time), leaves it at a time, and takes over its processor.
 template <class Sink>
 class ReportTracking {
   public:
-    ReportTracking(AnalysisSource& source, ObjectTracker& tracker, Sink& sink)
-        : source_(source), tracker_(tracker), sink_(sink) {}
+    ReportTracking(SearchTracker& tracker, Sink& sink) : tracker_(tracker), sink_(sink) {}
 
     void all(double time, bool final) {
-        tracker_.all([&](Record& record) { return look(record, time, final); });
-        endPass();
+        tracker_.All([&](Record& record, Cause) { return look(record, time, final); });
     }
     // Around a stretch that can't be read.
     void interrupt(const TimeGap& gap, double time) {
-        tracker_.forget([&](const Record& record) { sink_.left(record, gap.from); });
-        source_.running.clear();
+        tracker_.Forget([&](const Record& record) {
+            if (record.status >= 0) sink_.left(record, gap.from);
+        });
         all(time, false);
     }
     void step(double time) {
-        tracker_.step([&](Record& record) { return look(record, time, false); });
-        endPass();
+        tracker_.Step([&](Record& record, Cause) { return look(record, time, false); });
     }
 
   private:
-    Next look(Record& record, double time, bool final) {
+    Pass look(Record& record, double time, bool final) {
         if (record.status < 0) {
             if (record.time < 0) record.time = time;
             record.status = record.now;
@@ -47,17 +44,11 @@ class ReportTracking {
                 sink_.entered(record);
             }
         }
-        if (!record.executing || source_.running.on(record.processor) == record.object) return Next::Go;
-        sink_.tookOver(record);
-        source_.running.enter(record.processor, record.object);
-        return Next::Changed;
-    }
-    void endPass() {
-        if (!tracker_.anyExecuting()) source_.running.clear();
+        if (record.executing && tracker_.TakeOver(record)) sink_.tookOver(record);
+        return Pass::Goes;
     }
 
-    AnalysisSource& source_;
-    ObjectTracker& tracker_;
+    SearchTracker& tracker_;
     Sink& sink_;
 };
 
@@ -71,14 +62,14 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     RangeWalk walk(source, from, to, &state);
     end = walk.end();
     if (!walk.started()) return false;
-    ObjectTracker tracker(source, state, objects, true);
-    ReportTracking<Sink> tracking(source, tracker, sink);
+    SearchTracker tracker(source, state, objects, Follow::Executions);
+    ReportTracking<Sink> tracking(tracker, sink);
     bool known = walk.gap() == nullptr;
     if (known) tracking.all(source.onTick(from), false);
     EventRecord event;
     for (double time = 0; walk.next(event, time); known = true) {
         if (walk.gap()) tracking.interrupt(*walk.gap(), time);
-        tracker.take(event, state);
+        tracker.Take(event, state);
         tracking.step(time);
         onEvent(event);
     }
@@ -181,7 +172,7 @@ class ObjectSums {
     }
     void left(const Record& record, double until) {
         if (request_.kind != Search_Status || !wanted(record)) return;
-        ticks_[record.index] += static_cast<int64_t>(source_.tickOf(until) - source_.tickOf(record.time));
+        ticks_[record.place] += static_cast<int64_t>(source_.tickOf(until) - source_.tickOf(record.time));
         // What the range's end lies beside its tick is all that is no whole tick.
         of(record).time += until - source_.onTick(until);
     }
@@ -198,7 +189,7 @@ class ObjectSums {
     bool wanted(const Record& record) const {
         return request_.target < 0 || record.status == request_.target;
     }
-    ObjectFigures& of(const Record& record) { return report_.figures[record.index]; }
+    ObjectFigures& of(const Record& record) { return report_.figures[record.place]; }
     const AnalysisSource& source_;
     const SearchRequest& request_;
     ChosenReport& report_;
@@ -232,13 +223,13 @@ class LoadSums {
         }
     }
     void entered(const Record& record) {
-        if (!executes(record) || idle_[record.index]) return;
+        if (!executes(record) || idle_[record.place]) return;
         Processor& processor = processors_[record.processor];
         if (processor.executing++ == 0) processor.since = record.time;
     }
     void left(const Record& record, double until) {
         if (!executes(record)) return;
-        const uint32_t at = record.index;
+        const uint32_t at = record.place;
         times_[at] += until - record.time;
         if (idle_[at]) return;
         Processor& processor = processors_[record.processor];

@@ -6,9 +6,11 @@
 #include <iterator>
 #include <map>
 
-#include "chronoweave/engine/tracker.h"
+#include "chronoweave/engine/search_tracker.h"
 
 namespace {
+
+using Record = SearchTracker::Record;
 
 constexpr size_t first_rows = 200;
 // Times that far apart are one: below any tick, above what a double loses on the way.
@@ -125,19 +127,16 @@ class PatternSearch {
 class StatusSearch {
   public:
     StatusSearch(int32_t target, Rows& rows) : target_(target), rows_(rows) {}
-    ObjectTracker::Next look(ObjectTracker::Record& record, double time, bool final) {
-        using Next = ObjectTracker::Next;
-        if (record.status >= 0) {
-            if (record.status == record.now && !final) return Next::Go;
-            close(record, time);
-        }
+    Pass look(Record& record, double time, bool final) {
+        if (record.status >= 0 && record.status == record.now && !final) return Pass::Goes;
+        close(record, time);
         record.status = record.now;
         record.time = time;
-        return rows_.full() ? Next::End : Next::Go;
+        return rows_.full() ? Pass::Ends : Pass::Goes;
     }
 
-    void close(const ObjectTracker::Record& record, double time) {
-        if (target_ < 0 || record.status == target_)
+    void close(const Record& record, double time) {
+        if (record.status >= 0 && (target_ < 0 || record.status == target_))
             rows_.add(record.object, record.object, record.time, time);
     }
 
@@ -150,40 +149,34 @@ class StatusSearch {
 // until another takes over, and its record stays executing.
 class SwitchSearch {
   public:
-    SwitchSearch(AnalysisSource& source, ObjectTracker& tracker, Rows& rows)
-        : source_(source), tracker_(tracker), rows_(rows) {}
+    SwitchSearch(const RunningObjects& running, SearchTracker& tracker, Rows& rows)
+        : running_(running), tracker_(tracker), rows_(rows) {}
 
-    ObjectTracker::Next look(ObjectTracker::Record& record, double time, bool detect) {
+    Pass look(Record& record, double time, bool detect) {
         const bool first = record.status < 0;
-        const bool executes = record.executing && (detect || first);
-        const int64_t runs = source_.running.on(record.processor);
+        const int64_t runs = running_.on(record.processor);
         if (record.executing && detect && runs != record.object)
             rows_.add(runs < 0 ? predecessor(record) : static_cast<uint32_t>(runs), record.object, time,
                       time);
-        if (first || record.executing || !tracker_.isExecution(record.status)) hold(record, time);
-        if (executes) source_.running.enter(record.processor, record.object);
-        if (rows_.full()) return ObjectTracker::Next::End;
-        return executes && runs != record.object ? ObjectTracker::Next::Changed : ObjectTracker::Next::Go;
+        if (first || record.executing || !tracker_.IsExecution(record.status)) hold(record, time);
+        if (record.executing && (detect || first)) tracker_.TakeOver(record);
+        return rows_.full() ? Pass::Ends : Pass::Goes;
     }
-    void endPass() {
-        if (!tracker_.anyExecuting()) source_.running.clear();
-    }
-    void interrupt() {
-        tracker_.forget([](const ObjectTracker::Record&) {});
-        source_.running.clear();
+    void forget() {
+        tracker_.Forget([](const Record&) {});
         lowest_.clear();
     }
 
   private:
-    void hold(ObjectTracker::Record& record, double time) {
+    void hold(Record& record, double time) {
         if (record.status == record.now) return;
-        if (record.executing && !tracker_.isExecution(record.status)) noteExecuting(record);
+        if (record.executing && !tracker_.IsExecution(record.status)) noteExecuting(record);
         record.status = record.now;
         record.time = time;
     }
     // Of the records that are held to execute, the lowest two of each processor: all that is ever asked for,
     // as none ceases to be one.
-    void noteExecuting(const ObjectTracker::Record& record) {
+    void noteExecuting(const Record& record) {
         if (record.processor >= lowest_.size()) lowest_.resize(record.processor + 1, {none, none});
         auto& [one, two] = lowest_[record.processor];
         const int64_t id = record.object;
@@ -195,7 +188,7 @@ class SwitchSearch {
         }
     }
     // Whom the object took over from when no running object is known.
-    uint32_t predecessor(const ObjectTracker::Record& record) const {
+    uint32_t predecessor(const Record& record) const {
         if (record.processor >= lowest_.size()) return record.object;
         const auto& [one, two] = lowest_[record.processor];
         const int64_t other = one == record.object ? two : one;
@@ -203,8 +196,8 @@ class SwitchSearch {
     }
 
     static constexpr int64_t none = RunningObjects::none;
-    AnalysisSource& source_;
-    ObjectTracker& tracker_;
+    const RunningObjects& running_;
+    SearchTracker& tracker_;
     Rows& rows_;
     std::vector<std::array<int64_t, 2>> lowest_;
 };
@@ -232,32 +225,32 @@ bool walk_events(const AnalysisSource& source, SearchResult& result) {
     return walk.started();
 }
 
-bool walk_statuses(const AnalysisSource& source, SearchResult& result) {
+bool walk_statuses(AnalysisSource& source, SearchResult& result) {
     const SearchRequest& request = result.request;
     Rows rows(result);
     StatusSearch search(request.target, rows);
     StateTable state;
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
-    ObjectTracker tracker(source, state, request.objects, false);
+    SearchTracker tracker(source, state, request.objects, Follow::Changes);
     double time = source.onTick(request.rangeFrom);
     bool final = false;
-    const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, final); };
+    const auto look = [&](Record& record, Cause) { return search.look(record, time, final); };
     // What is not known at the start of the range begins with its first event.
-    if (!walk.gap()) tracker.all(look);
+    if (!walk.gap()) tracker.All(look);
     EventRecord event;
     while (!rows.full() && walk.next(event, time)) {
         if (const TimeGap* gap = walk.gap()) {
-            tracker.forget([&](const ObjectTracker::Record& record) { search.close(record, gap->from); });
-            tracker.all(look);
+            tracker.Forget([&](const Record& record) { search.close(record, gap->from); });
+            tracker.All(look);
         }
-        tracker.take(event, state);
-        tracker.step(look);
+        tracker.Take(event, state);
+        tracker.Step(look);
     }
     take_end(walk, result);
     if (rows.full() || result.stopped) return walk.started();
     time = walk.closing();
     final = true;
-    tracker.all(look);
+    tracker.All(look);
     return walk.started();
 }
 
@@ -266,25 +259,26 @@ bool walk_switches(AnalysisSource& source, SearchResult& result) {
     Rows rows(result);
     StateTable state;
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
-    ObjectTracker tracker(source, state, request.objects, true);
-    SwitchSearch search(source, tracker, rows);
+    SearchTracker tracker(source, state, request.objects, Follow::Executions);
+    SwitchSearch search(source.running, tracker, rows);
     double time = source.onTick(request.rangeFrom);
     bool detect = source.running.empty();
-    const auto look = [&](ObjectTracker::Record& record) { return search.look(record, time, detect); };
-    if (!walk.gap()) tracker.all(look);
-    search.endPass();
+    const auto look = [&](Record& record, Cause) { return search.look(record, time, detect); };
+    if (walk.gap())
+        search.forget();
+    else
+        tracker.All(look);
     detect = true;
     EventRecord event;
     while (!rows.full() && walk.next(event, time)) {
         if (walk.gap()) {
-            search.interrupt();
+            search.forget();
             detect = false;
-            tracker.all(look);
+            tracker.All(look);
             detect = true;
         }
-        tracker.take(event, state);
-        tracker.step(look);
-        search.endPass();
+        tracker.Take(event, state);
+        tracker.Step(look);
     }
     take_end(walk, result);
     return walk.started();

@@ -8,17 +8,6 @@ constexpr double most_ticks = 4e18;
 constexpr uint32_t progress_mask = 0x3FFF;
 }  // namespace
 
-void RunningObjects::enter(uint32_t processor, uint32_t object) {
-    if (processor >= objects_.size()) objects_.resize(processor + 1, none);
-    objects_[processor] = object;
-    empty_ = false;
-}
-
-void RunningObjects::clear() {
-    if (!empty_) std::fill(objects_.begin(), objects_.end(), none);
-    empty_ = true;
-}
-
 mt_Time AnalysisSource::tickOf(double time) const {
     const double ticks = std::isnan(time) ? 0.0 : std::clamp(time * ticksPerSecond, -most_ticks, most_ticks);
     // Ticks are signed.

@@ -9,24 +9,10 @@
 #include <optional>
 #include <vector>
 
+#include "chronoweave/engine/running_objects.h"
 #include "chronoweave/rtos/legend.h"
 #include "libtrv/trace_store.h"
 #include "shared/libcxxutil/progress.h"
-
-// The object that executes on each processor, -1 for none. Processors are the group numbers of object ids.
-class RunningObjects {
-  public:
-    static constexpr int64_t none = -1;
-    int64_t on(uint32_t processor) const { return processor < objects_.size() ? objects_[processor] : none; }
-    // The processor is below 1024.
-    void enter(uint32_t processor, uint32_t object);
-    void clear();
-    bool empty() const { return empty_; }
-
-  private:
-    std::vector<int64_t> objects_;
-    bool empty_ = true;
-};
 
 struct AnalysisSource {
     TraceStore* store = nullptr;
@@ -38,8 +24,7 @@ struct AnalysisSource {
     Progress progress;          // of the walks; may be empty
     RunningObjects running;     // consulted and updated by walks that follow context switches
 
-    // The low 10 bits of the id on Korvantis, 0 elsewhere.
-    uint32_t processorOf(uint32_t object) const { return osKind == Os_Korvantis ? object & mt_GroupMask : 0; }
+    uint32_t processorOf(uint32_t object) const { return RunningObjects::ProcessorOf(osKind, object); }
     double timeOf(mt_Time tick) const {
         return static_cast<double>(static_cast<int64_t>(tick - baseTick)) / ticksPerSecond;
     }

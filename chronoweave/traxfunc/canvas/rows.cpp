@@ -22,7 +22,7 @@ void laCanvas_ClearItems(_LaCanvasData& canvas) {
 
 bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetchAhead ahead) {
     LaSource& source = canvas.source;
-    laCpu_Clear(canvas.items);
+    canvas.items.running.clear();
     if (source.store == nullptr) return true;
     if (!source.storeHasEvents) source.storeHasEvents = mt_GetEventCount(*source.store) > 0;
     if (!source.storeHasEvents || canvas.looks.legend.empty()) return true;

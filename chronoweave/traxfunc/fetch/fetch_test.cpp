@@ -336,11 +336,7 @@ TEST(Processors, EachHasItsOwnSwitchesUpToTheLast) {
     }
     for (const uint32_t processor : processors) {
         EXPECT_EQ(switches[processor], 3) << processor;
-        EXPECT_EQ(laCpu_RunningLane(items, test.canvas->source, 3u << 10 | processor),
-                  laCpu_RunningLane(items, test.canvas->source, 2u << 10 | processor));
-        const uint32_t lane = laCpu_RunningLane(items, test.canvas->source, processor);
-        ASSERT_NE(lane, laNoLane) << processor;
-        EXPECT_EQ(items.lanes[lane].objectId, 2u << 10 | processor);
+        EXPECT_EQ(items.running.on(processor), 2u << 10 | processor);
     }
     gen_set_console_sink({});
 }

@@ -86,7 +86,6 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     canvas.source.damage.clear();
     canvas.source.canvasName.clear();
     canvas.source.shortName.clear();
-    canvas.items.cpus.clear();
     canvas.marks.markedEvent = 0;
 }
 

@@ -98,13 +98,9 @@ void laItems_Clear(LaItems& items) {
     items.hiddenAgent = laNoLane;
     items.bitmaps.clear();
     items.ctxLines.clear();
-    laCpu_Clear(items);
+    items.running.clear();
     items.cachedLow = items.cachedHigh = 0;
     ++items.itemsVersion;
-}
-
-void laCpu_Clear(LaItems& items) {
-    for (LaCpuEntry& cpu : items.cpus) cpu.running = laNoLane;
 }
 
 const laItem_Line* laCanvas_FindLane(const LaItems& items, uint32_t objectId, uint32_t* position) {

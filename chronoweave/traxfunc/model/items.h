@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "chronoweave/engine/object_index.h"
+#include "chronoweave/engine/running_objects.h"
 #include "chronoweave/traxfunc/model/stretch.h"
 #include "shared/libcxxutil/table.h"
 
@@ -81,12 +82,6 @@ struct laItemRef {
     size_t index = 0;          // into the lane's segments, LaItems::bitmaps or LaItems::ctxLines
 };
 
-// Who runs on one processor, during a fetch.
-struct LaCpuEntry {
-    uint32_t key = 0;
-    uint32_t running = laNoLane;  // position of the lane that runs there; laNoLane for none
-};
-
 // Items of the cached range.
 struct LaItems {
     Table<laItem_Line> lanes;              // in order of first appearance
@@ -95,7 +90,7 @@ struct LaItems {
     Table<laItem_Bitmap> bitmaps;          // in time order
     Table<laItem_Ctx> ctxLines;            // in time order
     uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
-    std::vector<LaCpuEntry> cpus;          // in order of first use
+    RunningObjects running;                // as far as the fetch has come
     double cachedLow = 0, cachedHigh = 0;  // the range that the items cover; both 0 for none
     uint32_t itemsVersion = 0;             // grows whenever items are dropped
 };
@@ -117,10 +112,8 @@ uint32_t laBm_FirstAt(const LaItems& items, double time);
 uint32_t laCtx_FirstAt(const LaItems& items, double time);
 // Adds a switch. A repetition of the last one (same target lane, within 1e-12) is dropped: false.
 bool laCtx_Append(LaItems& items, const laItem_Ctx& line);
-// Drops all items; the cached range becomes 0 to 0. The processors stay, with nobody running.
+// Drops all items; the cached range becomes 0 to 0, and nobody runs.
 void laItems_Clear(LaItems& items);
-// No processor has a running lane any more.
-void laCpu_Clear(LaItems& items);
 
 // The lane of an object, the agent's for laAgentId, and its position; null and laNoLane when there is none.
 laItem_Line* laCanvas_FindLane(LaItems& items, uint32_t objectId, uint32_t* position = nullptr);
