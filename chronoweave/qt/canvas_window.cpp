@@ -24,7 +24,6 @@
 #include "chronoweave/traxfunc/input/fields.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/life.h"
-#include "chronoweave/traxfunc/input/scroll.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
@@ -219,8 +218,11 @@ void CanvasWindow::connectItems() {
                 [&model](int value) { model.userMoved(model.fromNative(static_cast<uint32_t>(value))); });
     };
     follow(horizontal_, graph.horizontal);
-    connect(horizontal_, &QScrollBar::sliderPressed, this, [&canvas] { laScroll_Hold(canvas); });
-    connect(horizontal_, &QScrollBar::sliderReleased, this, [&canvas] { laScroll_Release(canvas); });
+    connect(horizontal_, &QScrollBar::sliderPressed, view_, &PictureView::hold);
+    connect(horizontal_, &QScrollBar::sliderReleased, view_, &PictureView::letGo);
+    connect(view_, &PictureView::releaseMissed, this, [this] {
+        if (horizontal_->isSliderDown()) horizontal_->setSliderDown(false);
+    });
     follow(vertical_, graph.vertical);
     connect(view_, &PictureView::barsChanged, this, [this] { syncBars(); });
     connect(view_, &PictureView::hovered, this,

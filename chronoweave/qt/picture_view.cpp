@@ -1,11 +1,13 @@
 #include "chronoweave/qt/picture_view.h"
 
 #include <QDragEnterEvent>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QPointer>
 #include <cmath>
+#include <utility>
 
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
@@ -30,10 +32,11 @@ namespace {
 constexpr double notch = 120.0;  // of a wheel
 constexpr double zoomPerNotch = 1.25;
 constexpr int columnsPerNotch = 80;
-constexpr int rowsPerNotch = 3;      // rows of the list
-constexpr int autoScrollEvery = 40;  // milliseconds
-constexpr int tipWaits = 100;        // milliseconds, for other work to be over
-constexpr int autoScrollWidths = 3;  // character widths a step
+constexpr int rowsPerNotch = 3;            // rows of the list
+constexpr int autoScrollEvery = 40;        // milliseconds
+constexpr int buttonsLookedAtEvery = 200;  // milliseconds
+constexpr int tipWaits = 100;              // milliseconds, for other work to be over
+constexpr int autoScrollWidths = 3;        // character widths a step
 
 // A surface that is only asked for the sizes of texts.
 struct Measure {
@@ -58,6 +61,8 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     graph_.setBusy = platform_SetBusy;
     autoScroll_.setInterval(autoScrollEvery);
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
+    pressed_.setInterval(buttonsLookedAtEvery);
+    connect(&pressed_, &QTimer::timeout, this, [this] { checkButtons(); });
     graph_.listChanged = [this] {
         namesStale_ = true;
         wantPaint();
@@ -278,12 +283,31 @@ void PictureView::mousePressEvent(QMouseEvent* event) {
     const bool pans = event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && space_);
     if (pans && canvas_->source.storeHasEvents && !pointer_->dragging()) {
         panning_ = true;
-        laScroll_Hold(*canvas_);
+        hold();
         last_ = inGraph(at);
         setCursor(Qt::ClosedHandCursor);
     } else if (!panning_) {
         draw([&] { pointer_->Press(pointerEvent(*event, 1)); });
+        if (pointer_->dragging()) pressed_.start();
     }
+}
+
+void PictureView::hold() {
+    laScroll_Hold(*canvas_);
+    pressed_.start();
+}
+
+void PictureView::letGo() {
+    pressed_.stop();
+    laScroll_Release(*canvas_);
+}
+
+void PictureView::checkButtons() {
+    if (QGuiApplication::mouseButtons() != Qt::NoButton) return;
+    if (pointer_->dragging()) draw([&] { pointer_->Cancel(); });
+    if (std::exchange(panning_, false)) unsetCursor();
+    letGo();
+    Q_EMIT releaseMissed();
 }
 
 void PictureView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -344,13 +368,14 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
     }
     if (panning_) {
         panning_ = false;
-        laScroll_Release(*canvas_);
+        letGo();
         unsetCursor();
         return;
     }
     bool menu = false;
     const laPointerEvent released = pointerEvent(*event, 1);
     draw([&] { menu = pointer_->Release(released); });
+    if (!pointer_->dragging()) pressed_.stop();
     followDrag();
     if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
 }

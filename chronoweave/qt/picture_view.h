@@ -24,6 +24,10 @@ class PictureView : public QWidget {
     LaGraph& graph() { return graph_; }
     const laPicture& picture() const { return picture_; }
     const QImage& image() const { return image_; }
+    // From a press to the release the user holds the view in place. A release that never comes, as when
+    // something else took the pointer meanwhile, is noticed.
+    void hold();
+    void letGo();
     void setBareWheelZooms(bool on) { bareWheelZooms_ = on; }
 
     // Runs work that may change what is seen, then paints what it noted and updates screen and bars. Calls
@@ -39,6 +43,7 @@ class PictureView : public QWidget {
     // What the message line says while the pointer stands there; empty when it left.
     void hovered(const QString& text);
     void fileDropped(const QString& path);
+    void releaseMissed();  // nothing is pressed any more, and no release came
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -83,6 +88,7 @@ class PictureView : public QWidget {
     bool keyToNames(const QKeyEvent& event);
     void listMenu(MslObjectEntry* clicked);
     void pan(QPoint at);
+    void checkButtons();
     void followDrag();
     void autoScroll();
     void showTip(QPoint at, const std::string& text);
@@ -108,6 +114,7 @@ class PictureView : public QWidget {
     bool panning_ = false;
     QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
+    QTimer pressed_;  // while a button is held
     QTimer tipMore_;  // fires when nothing else is to do, while a tip could not tell all
     QPoint tipAt_;    // of the screen
 };

@@ -33,6 +33,7 @@ constexpr size_t trailLength = 40;
 constexpr int deepest = 5;       // loops in loops: from here on what waits is closed
 constexpr int quietEvery = 100;  // steps
 constexpr int mostWindows = 3;
+constexpr int mostEnding = 100'000;  // steps until nothing waits any more
 
 constexpr int someKeys[] = {Qt::Key_A,    Qt::Key_D,     Qt::Key_W,         Qt::Key_S,      Qt::Key_F,
                             Qt::Key_Z,    Qt::Key_0,     Qt::Key_Left,      Qt::Key_Right,  Qt::Key_Up,
@@ -62,6 +63,7 @@ std::string Monkey::trail() const {
 
 void Monkey::act(int times) {
     left_ = times;
+    ending_ = 0;
     over_ = false;
     schedule();
     platform_Loop([this] { return !over_; });
@@ -128,6 +130,11 @@ void Monkey::step() {
 
 // Lets go, closes what waits, and is over when nothing does.
 void Monkey::endStep() {
+    if (++ending_ > mostEnding) {
+        stuck = true;
+        over_ = true;
+        return;
+    }
     if (pressed_ && handleOf(*pressed_)) return release(*pressed_);
     buttons_ = Qt::NoButton;
     if (QWidget* popup = QApplication::activePopupWidget()) {

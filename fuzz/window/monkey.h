@@ -24,6 +24,8 @@ class Monkey : public QObject {
     void act(int times);
     // The last acts, one a line, for whoever looks for what went wrong.
     std::string trail() const;
+    // What waits did not end when it was told to.
+    bool stuck = false;
     // Called now and then when nothing goes on: no work, dialog, menu or drag.
     std::function<void(CanvasWindow&)> quiet;
 
@@ -56,6 +58,6 @@ class Monkey : public QObject {
     QPoint at_;  // in the window
     Qt::MouseButtons buttons_;
     QPointer<QWidget> pressed_;  // whose window has the pointer
-    int left_ = 0, depth_ = 0, stamp_ = 1, sinceQuiet_ = 0;
+    int left_ = 0, depth_ = 0, stamp_ = 1, sinceQuiet_ = 0, ending_ = 0;
     bool over_ = true;
 };

@@ -100,6 +100,11 @@ class RandomInput : public testing::TestWithParam<unsigned> {
         };
         monkey.act(steps);
         EXPECT_GT(looks, 0);
+        const QWidget* const modal = QApplication::activeModalWidget();
+        EXPECT_FALSE(monkey.stuck) << "work that goes on: " << running() << "; the dialog is "
+                                   << (modal ? modal->objectName().toStdString() : "none")
+                                   << "; the last acts were\n"
+                                   << monkey.trail();
     }
 
     static inline TestFolder* folder_ = nullptr;
