@@ -162,7 +162,15 @@ void write(std::string& text, const std::vector<STPField>& fields) {
 
 }  // namespace
 
-bool STPDescribed::operator==(const STPDescribed&) const = default;
+// By hand: the two hold each other, and some compilers break down over defaulted comparisons of such.
+bool STPField::operator==(const STPField& other) const {
+    return name == other.name && type == other.type;
+}
+
+bool STPDescribed::operator==(const STPDescribed& other) const {
+    return type == other.type && fields == other.fields && element == other.element && count == other.count &&
+           dynamic == other.dynamic;
+}
 
 Result descriptor_Parse(std::string_view text, STPMessageDescriptor& descriptor) {
     descriptor = {};

@@ -44,7 +44,7 @@ struct STPField {
     std::string name;
     STPDescribed type;
 
-    bool operator==(const STPField&) const = default;
+    bool operator==(const STPField&) const;
 };
 
 struct STPMessageDescriptor {
