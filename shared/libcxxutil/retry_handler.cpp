@@ -26,11 +26,11 @@ void RetryHandler::start() {
 bool RetryHandler::keepTrying() {
     for (const auto& goesOn : conditions_)
         if (!goesOn()) return false;
-    const auto left = timeLeft();
+    const auto left = TimeLeft();
     return !left || *left > std::chrono::milliseconds(0);
 }
 
-std::optional<std::chrono::milliseconds> RetryHandler::timeLeft() const {
+std::optional<std::chrono::milliseconds> RetryHandler::TimeLeft() const {
     if (!limit_) return std::nullopt;
     auto left = *limit_ - sinceStart();
     if (deadline()) left = std::min<std::chrono::nanoseconds>(left, *deadline() - now_());

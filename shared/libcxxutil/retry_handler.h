@@ -41,7 +41,7 @@ class RetryHandler {
     void restart() { start_ = now_(); }
     std::chrono::nanoseconds sinceStart() const { return now_() - start_; }
     // Until the limit or the program's deadline, whichever comes first, rounded up; nothing without a limit.
-    std::optional<std::chrono::milliseconds> timeLeft() const;
+    std::optional<std::chrono::milliseconds> TimeLeft() const;
 
   private:
     std::optional<std::chrono::milliseconds> limit_;

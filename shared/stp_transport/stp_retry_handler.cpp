@@ -26,7 +26,7 @@ void STPRetryHandler::wait() {
         return;
     }
     // Not beyond the limit or the deadline: the wait ends when it should.
-    transport_->serviceOnce(std::clamp(timeLeft().value_or(round), milliseconds(1), round));
+    transport_->serviceOnce(std::clamp(TimeLeft().value_or(round), milliseconds(1), round));
 }
 
 TimeoutSTPRetryHandler::TimeoutSTPRetryHandler(Ref<STPTransport> transport, milliseconds timeout, Now now,
