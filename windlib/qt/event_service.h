@@ -36,11 +36,12 @@ class QtEventService {
     EventTasks tasks;
     QtWatches watches;
 
+    // Runs what is due, for who waits where Qt's loop does not turn.
+    void run();
     // How long the loop may sleep before it runs tasks again.
     std::chrono::milliseconds sleep() const { return timer_.intervalAsDuration(); }
 
   private:
-    void run();
     void arm();
 
     std::function<EventTasks::Clock::time_point()> now_;

@@ -20,6 +20,6 @@ class LongWork {
     static void setPace(int milliseconds);
 
   private:
-    class Filter;
-    std::unique_ptr<Filter> filter_;
+    struct State;
+    std::unique_ptr<State> state_;
 };

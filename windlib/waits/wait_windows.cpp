@@ -29,6 +29,10 @@ bool waitHandle_Stop(int handle) {
     return found->second = true;
 }
 
+void waitHandle_Resume(int handle) {
+    if (const auto found = handles().find(handle); found != handles().end()) found->second = false;
+}
+
 bool waitHandle_IsStopped(int handle) {
     const auto found = handles().find(handle);
     return found != handles().end() && found->second;

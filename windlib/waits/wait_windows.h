@@ -20,19 +20,25 @@ class WaitWindows {
     virtual bool hasDisplay() = 0;
     // Events of windows are being handled at all.
     virtual bool handlesEvents() = 0;
-    // Waits for events of windows, watched sockets and timers, at most so long. False on failure.
-    virtual bool waitForInput(std::chrono::milliseconds longest) = 0;
-    // Lets the window system do one step: windows are painted. False on failure.
-    virtual bool step() = 0;
-    // One pass of full event dispatch: menus work. Modal leaves out what a modal dialog would.
-    enum class Dispatch { Full, Modal };
-    virtual bool dispatch(Dispatch how) = 0;
+    enum class Serve {
+        Painting,  // windows are painted; what the user does is held back
+        Modal,     // modal dialogs can be used as well
+        Full,      // everything: menus work
+    };
+    // Waits for events of windows, watched sockets and timers, at most so long (0: not at all), and handles
+    // them. Escape, where no menu or dialog takes it, flags the innermost wait. False on failure.
+    virtual bool serve(Serve what, std::chrono::milliseconds longest) = 0;
     virtual void idle() = 0;
     virtual void serveTimers() = 0;
-    // Without a display: sockets with no wait, timers, then one wait for the sockets, at most so long.
+    // Where windows can't be served: sockets with no wait, timers, then one wait for the sockets, at most so
+    // long.
     virtual void background(std::chrono::milliseconds longest) = 0;
     // The window system failed within a wait.
     virtual void abort() = 0;
+
+    // The wait with this handle is under way, is over; they nest.
+    virtual void began(int handle) = 0;
+    virtual void ended(int handle) = 0;
 
     // Whether questions of waits are modeless, with a handle by which they are closed.
     virtual bool waitDialogMode() = 0;
@@ -47,3 +53,5 @@ void waitHandle_Free(int handle);
 // False when there is no such handle any more.
 bool waitHandle_Stop(int handle);
 bool waitHandle_IsStopped(int handle);
+// The stop has been answered: the wait goes on.
+void waitHandle_Resume(int handle);

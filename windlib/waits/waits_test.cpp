@@ -15,18 +15,20 @@ struct FakeWindows : WaitWindows {
     WaitAnswer answer = WaitAnswer::Stop;
     std::string done;
     std::vector<std::string> asked;
+    std::vector<int> open;  // waits under way
     RetryHandler::Clock::time_point now{};
 
     bool quitting() override { return quits; }
     bool hasDisplay() override { return display; }
     bool handlesEvents() override { return events; }
-    bool waitForInput(std::chrono::milliseconds longest) override {
-        done += "wait" + std::to_string(longest.count()) + ' ';
+    bool serve(Serve what, std::chrono::milliseconds longest) override {
+        const char* const names[] = {"paint", "modal", "full"};
+        done += names[static_cast<size_t>(what)] + std::to_string(longest.count()) + ' ';
         now += longest;
         return inputWorks;
     }
-    bool step() override { return done += "step ", true; }
-    bool dispatch(Dispatch how) override { return done += how == Dispatch::Modal ? "modal " : "full ", true; }
+    void began(int handle) override { open.push_back(handle); }
+    void ended(int handle) override { std::erase(open, handle); }
     void idle() override { done += "idle "; }
     void serveTimers() override { done += "timers "; }
     void background(std::chrono::milliseconds longest) override {
@@ -102,6 +104,7 @@ TEST(WindLibRetryHandler, NestedWaitsHaveHandlesOfTheirOwn) {
     retry.finish();
     EXPECT_FALSE(retry.handle());
     EXPECT_FALSE(waitHandle_Stop(outer));
+    EXPECT_TRUE(windows.open.empty());
 }
 
 TEST(WindLibRetryHandler, ThreeRoundsInFourLetTheWindowSystemRun) {
@@ -109,20 +112,19 @@ TEST(WindLibRetryHandler, ThreeRoundsInFourLetTheWindowSystemRun) {
     WindLibRetryHandler retry(windows, "Reading", nullptr, std::nullopt, windows.clock());
     retry.start();
     for (int i = 0; i < 5; ++i) retry.wait();
-    const std::string step = "wait500 step idle timers ", rest = "idle timers ";
+    const std::string step = "paint500 idle timers ", rest = "idle timers ";
     EXPECT_EQ(windows.done, rest + step + step + step + rest);
     windows.done.clear();
     retry.setLimitsRate(false);
     for (int i = 0; i < 4; ++i) retry.wait();
     EXPECT_EQ(windows.done, step + step + step + step);
     windows.done.clear();
+    // Where windows are not served something else takes the time: no round spins.
     windows.events = false;
     retry.wait();
-    EXPECT_EQ(windows.done, rest);
     windows.display = false;
-    windows.done.clear();
     retry.wait();
-    EXPECT_EQ(windows.done, "background500 idle timers ");
+    EXPECT_EQ(windows.done, "background500 idle timers background500 idle timers ");
     windows.display = windows.events = true;
     windows.inputWorks = false;
     retry.wait();
@@ -135,13 +137,13 @@ TEST(WindLibRetryHandler, EventProcessingFormsDispatchEverything) {
     ScriptedEnd end;
     STPWindLibEventProcessingRetryHandler retry(end.transport, windows, "Reading");
     retry.wait();
-    retry.setDispatch(WaitWindows::Dispatch::Modal);
+    retry.serves(WaitWindows::Serve::Modal);
     retry.wait();
-    EXPECT_EQ(windows.done, "wait500 full wait500 modal ");
+    EXPECT_EQ(windows.done, "full500 modal500 ");
     windows.done.clear();
     windows.inputWorks = false;
     retry.wait();
-    EXPECT_EQ(windows.done, "wait500 abort ");
+    EXPECT_EQ(windows.done, "modal500 abort ");
     windows.done.clear();
     windows.display = false;
     retry.wait();
@@ -178,7 +180,7 @@ TEST(WindLibRetryHandler, LostTransportsAndServicesEndWithoutAQuestion) {
     EXPECT_FALSE(byTransport.keepTrying());
     EXPECT_TRUE(windows.asked.empty());
     processing.wait();
-    EXPECT_EQ(windows.done, "wait500 full ");
+    EXPECT_EQ(windows.done, "full500 ");
 }
 
 TEST(WindLibRetryHandler, ACallThatTheUserTerminatesEndsAsATimeOut) {
@@ -218,8 +220,10 @@ TEST(ServiceRouterProxyStartup, AsksWithItsOwnWords) {
     EXPECT_FALSE(retry.keepTrying());
     EXPECT_EQ(windows.asked.size(), 2u);
     const int handle = *retry.handle();
+    EXPECT_EQ(windows.open, std::vector<int>{handle});
     retry.finish();
     EXPECT_FALSE(waitHandle_Stop(handle));
+    EXPECT_TRUE(windows.open.empty());
 }
 
 TEST(WindlibEventLoop, DispatchesThenWaitsUntilTheNextTask) {
@@ -237,7 +241,7 @@ TEST(WindlibEventLoop, DispatchesThenWaitsUntilTheNextTask) {
     int ticks = 0;
     loop.tasks.Add(70ms, windows.now, [&] { return ++ticks > 0; });
     windlib.run();
-    EXPECT_EQ(windows.done, "full wait70 full wait70 full wait70 ");
+    EXPECT_EQ(windows.done, "full0 full70 full0 full70 full0 full70 ");
     EXPECT_EQ(ticks, 2);
     std::string told;
     gen_set_report_sink([&](int, const std::string& line) { told += line; });

@@ -5,7 +5,7 @@
 void Windlib_EventLoop::iterate() {
     if (!windows_.hasDisplay()) return Svc_EventLoop::iterate();
     runActions();
-    const bool dispatched = windows_.dispatch(WaitWindows::Dispatch::Full);
+    const bool dispatched = windows_.serve(WaitWindows::Serve::Full, std::chrono::milliseconds(0));
     EventLoop& own = loop();
     if (!dispatched || !own.tasks.Run(own.now())) {
         gen_fatal("Error occurred.\n");
@@ -13,5 +13,5 @@ void Windlib_EventLoop::iterate() {
     }
     own.gate->RunHeld();
     const auto next = own.gate->Ready() ? std::chrono::milliseconds(0) : own.tasks.UntilNext(own.now());
-    if (!windows_.waitForInput(next)) windows_.abort();
+    if (!windows_.serve(WaitWindows::Serve::Full, next)) windows_.abort();
 }

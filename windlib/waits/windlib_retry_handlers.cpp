@@ -18,9 +18,9 @@ constexpr char startupText[] =
 
 }  // namespace
 
-void wait_ProcessEvents(WaitWindows& windows, WaitWindows::Dispatch how) {
+void wait_ProcessEvents(WaitWindows& windows, WaitWindows::Serve what) {
     if (!windows.hasDisplay()) return windows.background(round);
-    if (!windows.waitForInput(round) || !windows.dispatch(how)) windows.abort();
+    if (!windows.serve(what, round)) windows.abort();
 }
 
 WindLibRetryHandler::WindLibRetryHandler(WaitWindows& windows, std::string message, const int* seconds,
@@ -37,6 +37,7 @@ WindLibRetryHandler::~WindLibRetryHandler() {
 void WindLibRetryHandler::start() {
     outer_.push_back(handle_);
     handle_ = waitHandle_Make();
+    windows_.began(*handle_);
     stopRequested_ = false;
     if (seconds_) setLimit(milliseconds(1000) * *seconds_);
     RetryHandler::start();
@@ -59,15 +60,14 @@ bool WindLibRetryHandler::askToGoOn() {
     const WaitAnswer answer =
         windows_.waitDialogMode() ? windows_.askModeless(*handle_, question) : windows_.ask(question);
     if (answer == WaitAnswer::Stop) return false;
-    // A stop that was flagged has been answered.
-    waitHandle_Free(*handle_);
-    handle_ = waitHandle_Make();
+    waitHandle_Resume(*handle_);
     return true;
 }
 
 void WindLibRetryHandler::finish() {
     if (!handle_) return;
     if (windows_.waitDialogMode()) windows_.closeQuestion(*handle_);
+    windows_.ended(*handle_);
     waitHandle_Free(*handle_);
     handle_ = outer_.back();
     outer_.pop_back();
@@ -78,11 +78,10 @@ void WindLibRetryHandler::wait() {
     GEN_ASSERT(_handle != NULL);
     const bool skipped = limitsRate_ && tickCount_ == 0;
     tickCount_ = (tickCount_ + 1) % ticks;
-    if (!windows_.hasDisplay()) {
+    if (!windows_.hasDisplay() || !windows_.handlesEvents())
         windows_.background(round);
-    } else if (windows_.handlesEvents() && !skipped) {
-        if (!windows_.waitForInput(round) || !windows_.step()) stopRequested_ = true;
-    }
+    else if (!skipped && !windows_.serve(WaitWindows::Serve::Painting, round))
+        stopRequested_ = true;
     windows_.idle();
     windows_.serveTimers();
 }
@@ -94,6 +93,7 @@ ServiceRouterProxyStartup_RetryHandler::ServiceRouterProxyStartup_RetryHandler(
 void ServiceRouterProxyStartup_RetryHandler::start() {
     finish();
     handle_ = waitHandle_Make();
+    windows_.began(*handle_);
     restart();
 }
 
@@ -104,11 +104,14 @@ bool ServiceRouterProxyStartup_RetryHandler::keepTrying() {
     if (!windows_.hasDisplay()) return false;
     if (windows_.ask({terminateTitle, startupText, "Continue", "Terminate"}) == WaitAnswer::Stop)
         return false;
-    start();
+    if (handle_) waitHandle_Resume(*handle_);
+    restart();
     return true;
 }
 
 void ServiceRouterProxyStartup_RetryHandler::finish() {
-    if (handle_) waitHandle_Free(*handle_);
+    if (!handle_) return;
+    windows_.ended(*handle_);
+    waitHandle_Free(*handle_);
     handle_.reset();
 }

@@ -63,17 +63,17 @@ class STPWindLibRetryHandler : public WindLibRetryHandler {
 };
 
 // One round of a wait with full dispatch of events.
-void wait_ProcessEvents(WaitWindows& windows, WaitWindows::Dispatch how);
+void wait_ProcessEvents(WaitWindows& windows, WaitWindows::Serve what);
 
 // The windows stay fully alive: menus work during the call.
 class STPWindLibEventProcessingRetryHandler : public STPWindLibRetryHandler {
   public:
     using STPWindLibRetryHandler::STPWindLibRetryHandler;
-    void wait() override { wait_ProcessEvents(windows(), dispatch_); }
-    void setDispatch(WaitWindows::Dispatch how) { dispatch_ = how; }
+    void wait() override { wait_ProcessEvents(windows(), served_); }
+    void serves(WaitWindows::Serve what) { served_ = what; }
 
   private:
-    WaitWindows::Dispatch dispatch_ = WaitWindows::Dispatch::Full;
+    WaitWindows::Serve served_ = WaitWindows::Serve::Full;
 };
 
 // Gives up when both ends of the service's virtual connection are down as well. Used within the service's own
@@ -98,11 +98,11 @@ class ConnWindLibRetryHandler : public STPWindLibRetryHandler {
 class ConnWindLibEventProcessingRetryHandler : public ConnWindLibRetryHandler {
   public:
     using ConnWindLibRetryHandler::ConnWindLibRetryHandler;
-    void wait() override { wait_ProcessEvents(windows(), dispatch_); }
-    void setDispatch(WaitWindows::Dispatch how) { dispatch_ = how; }
+    void wait() override { wait_ProcessEvents(windows(), served_); }
+    void serves(WaitWindows::Serve what) { served_ = what; }
 
   private:
-    WaitWindows::Dispatch dispatch_ = WaitWindows::Dispatch::Full;
+    WaitWindows::Serve served_ = WaitWindows::Serve::Full;
 };
 
 // Waits for the service router to answer at start-up.
@@ -115,7 +115,7 @@ class ServiceRouterProxyStartup_RetryHandler : public RetryHandler {
     void start() override;
     bool keepTrying() override;
     void finish() override;
-    void wait() override { wait_ProcessEvents(windows_, WaitWindows::Dispatch::Full); }
+    void wait() override { wait_ProcessEvents(windows_, WaitWindows::Serve::Full); }
 
     std::optional<int> handle() const { return handle_; }
 
