@@ -180,7 +180,7 @@ Result GFile::OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string
 void GFile::seek(uint64_t offset) {
     base_ = offset;
     at_ = buffered_ = 0;
-    end_ = false;
+    end_ = sawEnd_ = false;
     error_ = 0;
     window_ = first_window;
 }
@@ -236,7 +236,9 @@ bool GFile::refill(size_t count) {
         at_ = 0;
     }
     make_room(std::max(count, buffered_ + window_));
-    int64_t got = read_behind(std::max(count - buffered_, window_));
+    const size_t most = std::max(count - buffered_, window_);
+    int64_t got = read_behind(most);
+    sawEnd_ = got >= 0 && static_cast<size_t>(got) < most;
     // The bytes that can't be read may be none of those that are needed.
     if (got < 0) got = read_behind(count - buffered_);
     window_ = got < 0 ? first_window : std::min(window_ * 4, largest_window);

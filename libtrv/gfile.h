@@ -103,6 +103,9 @@ class GFile {
         return buffer_.get() + at_ - count;
     }
     size_t buffered() const { return buffered_ - at_; }
+    // True when the last read came to the end of the file, as it was then, and so many bytes or fewer are
+    // left.
+    bool endsWithin(size_t count) const { return sawEnd_ && buffered() <= count; }
     // Moves on without reading what lies between.
     void skip(uint64_t count);
 
@@ -124,6 +127,7 @@ class GFile {
     size_t buffered_ = 0;  // bytes in the buffer
     size_t window_ = 0;    // bytes the next read asks for: grows while reading on, falls back at a seek
     bool end_ = false;
+    bool sawEnd_ = false;  // nothing was behind what is buffered
     int error_ = 0;
     std::shared_ptr<bool> reported_ = std::make_shared<bool>(false);  // shared by the views of a file
 };

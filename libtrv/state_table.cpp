@@ -16,21 +16,6 @@ void StateTable::clear() {
     std::fill(buckets_.begin(), buckets_.end(), 0u);
 }
 
-size_t StateTable::bucket_of(uint16_t type, uint32_t id) const {
-    // Ids are small numbers or addresses: a multiplication spreads either over the buckets.
-    const uint64_t key = (static_cast<uint64_t>(type) << 32 | id) * 0x9E3779B97F4A7C15ull;
-    return static_cast<size_t>(key >> 32) & (buckets_.size() - 1);
-}
-
-uint32_t StateTable::find(uint16_t type, uint32_t id) const {
-    if (slots_.empty()) return npos;
-    for (size_t b = bucket_of(type, id);; b = (b + 1) & (buckets_.size() - 1)) {
-        if (buckets_[b] == 0) return npos;
-        const Slot& slot = slots_[buckets_[b] - 1];
-        if (slot.id == id && slot.type == type) return buckets_[b] - 1;
-    }
-}
-
 ObjectEntry StateTable::entry(uint32_t position) const {
     const Slot& slot = slots_[position];
     return {slot.type, slot.id, {image_.data() + slot.block, slot.size}};

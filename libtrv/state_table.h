@@ -26,7 +26,14 @@ class StateTable {
     void clear();
 
     // Position of a key, npos when it is not in. Positions are stable until a removal.
-    uint32_t find(uint16_t type, uint32_t id) const;
+    uint32_t find(uint16_t type, uint32_t id) const {
+        if (slots_.empty()) return npos;
+        for (size_t b = bucket_of(type, id);; b = (b + 1) & (buckets_.size() - 1)) {
+            if (buckets_[b] == 0) return npos;
+            const Slot& slot = slots_[buckets_[b] - 1];
+            if (slot.id == id && slot.type == type) return buckets_[b] - 1;
+        }
+    }
     // The entry at a position, in order of creation.
     ObjectEntry entry(uint32_t position) const;
     uint32_t id_at(uint32_t position) const { return slots_[position].id; }
@@ -57,7 +64,11 @@ class StateTable {
         uint32_t size;
         uint16_t type;
     };
-    size_t bucket_of(uint16_t type, uint32_t id) const;
+    size_t bucket_of(uint16_t type, uint32_t id) const {
+        // Ids are small numbers or addresses: a multiplication spreads either over the buckets.
+        const uint64_t key = (static_cast<uint64_t>(type) << 32 | id) * 0x9E3779B97F4A7C15ull;
+        return static_cast<size_t>(key >> 32) & (buckets_.size() - 1);
+    }
     void add_slot(uint16_t type, uint32_t id, uint32_t block, uint32_t size);
     void rehash(size_t buckets);
 

@@ -28,11 +28,10 @@ void note(TraceStore& store, uint64_t offset, std::string what, std::string reas
         Result::failure(std::move(what), mt_PlaceText(store.index->name(), offset), std::move(reason)));
 }
 
-// Records from the tail on are appended, but for those that were made anew already; the tail is then behind
-// the last one.
+// Records from the tail on, where the file stands, are appended, but for those that were made anew already;
+// the tail is then behind the last one.
 ScanEnd scan(TraceStore& store) {
     GFile& file = *store.index;
-    file.seek(store.indexTail);
     for (size_t number = (store.indexTail - mt_HeaderSize) / record_size; file.fill(1); ++number) {
         if (*file.here() == mt_PacketEnd) return ScanEnd::Mark;
         if (*file.here() != record_type) return ScanEnd::BadRecord;
@@ -45,6 +44,15 @@ ScanEnd scan(TraceStore& store) {
         store.indexTail += record_size;
     }
     return ScanEnd::EndOfFile;
+}
+
+// With what stands there now.
+ScanEnd scan_again(TraceStore& store) {
+    uint8_t mark[1] = {record_type};
+    if (store.index->device().read_at(store.indexTail, mark) == 1 && mark[0] == mt_PacketEnd)
+        return ScanEnd::Mark;
+    store.index->seek(store.indexTail);
+    return scan(store);
 }
 
 // The number of records, from a number on, that stand in order; the one ahead of a break is in doubt too.
@@ -61,6 +69,7 @@ uint32_t in_order(const TraceStore& store, uint32_t from) {
 // The records of the bytes behind the end mark, by the places that they have in the file, when they are there
 // because the mark is none: they lead to the end of the file, and what stands at the mark is no record.
 std::vector<Record> behind_mark(const TraceStore& store) {
+    if (store.index->endsWithin(2 * record_size - 1)) return {};
     const uint64_t size = store.index->device().size(), mark = store.indexTail;
     if (size < mark + 2 * record_size || size - mark > most_looked_at) return {};
     std::vector<uint8_t> bytes(static_cast<size_t>(size - mark));
@@ -163,9 +172,9 @@ IndexScan index_Read(TraceStore& store) {
     const uint64_t most = store.index->device().size() / record_size;
     store.blockTimes.reserve(most);
     store.blockOffsets.reserve(most);
-    ScanEnd end = scan(store);
+    ScanEnd end = scan(store);  // the file stands behind its header
     // A writer may just have been about to append.
-    if (end == ScanEnd::EndOfFile) end = scan(store);
+    if (end == ScanEnd::EndOfFile) end = scan_again(store);
     if (end == ScanEnd::BadRecord) return IndexScan::BadRecord;
     const int error = end == ScanEnd::EndOfFile ? store.index->error() : 0;
     const uint32_t count = static_cast<uint32_t>(store.blockTimes.size()), good = in_order(store, 0);
@@ -187,7 +196,7 @@ IndexScan index_Read(TraceStore& store) {
 void index_Refresh(TraceStore& store) {
     const auto before = static_cast<uint32_t>(store.blockTimes.size());
     const uint64_t tail = store.indexTail;
-    if (scan(store) == ScanEnd::BadRecord) {
+    if (scan_again(store) == ScanEnd::BadRecord) {
         note(store, store.indexTail, "a record of the index has an unknown type", "the index ends there");
         store.blockTimes.resize(before);
         store.blockOffsets.resize(before);

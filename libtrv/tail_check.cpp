@@ -73,10 +73,10 @@ bool ends_like_a_store(std::span<const uint8_t> tail) {
 
 bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_Time last) {
     const uint64_t size = device.size();
-    if (size <= mark + 2) return false;
+    if (size <= mark + mt_LeastTail) return false;
     std::vector<uint8_t> bytes(static_cast<size_t>(std::min<uint64_t>(size - mark, most_looked_at)));
     const int64_t got = device.read_at(mark, bytes);
-    if (got <= 2) return false;
+    if (got <= int64_t{mt_LeastTail}) return false;
     const bool whole = static_cast<uint64_t>(got) == size - mark;
     const std::span<const uint8_t> tail(bytes.data(), static_cast<size_t>(got));
     const auto is_row_to_end = [&](const Row& row) {

@@ -7,6 +7,8 @@
 #include "libtrv/gfile.h"
 #include "libtrv/store_format.h"
 
+// Behind a mark with no more bytes than these, itself included, nothing is hidden.
+constexpr size_t mt_LeastTail = 2;
 // True when what stands at the mark is no beginning of an append, and whole events of the store lead from
 // behind the mark to the end of the file, or that at least ends as a store does. atBlockEnd: the mark stands
 // where a block would begin. last is the time of the last event.

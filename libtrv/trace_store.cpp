@@ -193,9 +193,17 @@ void read_to_end(TraceStore& store) {
     }
 }
 
+// Whether the tail reader stands at the end mark still.
+bool is_at_end(TraceStore& store) {
+    uint8_t mark[1] = {mt_PacketEvent};
+    return store.tailReader && !store.tailReader->isBroken() &&
+           store.tailReader->block() + 1 >= store.blockOffsets.size() &&
+           store.events->device().read_at(store.tailReader->position(), mark) == 1 && mark[0] == mt_PacketEnd;
+}
+
 // Brings the tail reader to the last event that can be read.
 void read_tail(TraceStore& store) {
-    if (store.blockTimes.empty()) return;
+    if (store.blockTimes.empty() || is_at_end(store)) return;
     if (store.tailReader) read_to_end(store);
     if (!store.tailReader || store.tailReader->isBroken()) {
         store.tailReader = std::make_unique<BlockReader>(store);

@@ -1,31 +1,7 @@
 #include "chronoweave/import/raw/raw_record.h"
 
 #include "chronoweave/import/raw/raw_words.h"
-#include "libtrv/byte_order.h"
 #include "shared/libcxxutil/report.h"
-
-SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian) {
-    const uint8_t* p = record.data();
-    const uint32_t low = load_32(p + 4, bigEndian), high = load_32(p + 8, bigEndian);
-    return {static_cast<mt_Time>(high) << 32 | low, load_be16(p), load_be16(p + 2),
-            record.subspan(raw_RecordHead)};
-}
-
-void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look) {
-    if (!raw_IsLengthSound(record.size())) return;
-    const SourceRecord event = raw_Decode(record, bigEndian);
-    look.enter(event.type, event.extra, bigEndian);
-    look.EnterTime(event.time);
-}
-
-bool RawRecords::take(std::span<const uint8_t> bytes, bool bigEndian, SourceRecord& record) {
-    if (!raw_IsLengthSound(bytes.size())) {
-        drop(bytes.size());
-        return false;
-    }
-    record = raw_Decode(bytes, bigEndian);
-    return true;
-}
 
 void RawRecords::drop(size_t length) {
     const bool isLong = length > raw_MaxLength;

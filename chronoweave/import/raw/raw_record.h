@@ -10,6 +10,7 @@
 #include <span>
 
 #include "chronoweave/import/source/source.h"
+#include "libtrv/byte_order.h"
 
 constexpr size_t raw_RecordHead = 12;  // bytes ahead of the extra data
 constexpr size_t raw_MinLength = 16;   // bytes of a raw event
@@ -34,10 +35,20 @@ inline bool raw_IsLengthSound(size_t length) {
     return length >= raw_MinLength && length <= raw_MaxLength;
 }
 // What a record of sound length says.
-SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian);
+inline SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian) {
+    const uint8_t* p = record.data();
+    const uint32_t low = load_32(p + 4, bigEndian), high = load_32(p + 8, bigEndian);
+    return {static_cast<mt_Time>(high) << 32 | low, load_be16(p), load_be16(p + 2),
+            record.subspan(raw_RecordHead)};
+}
 
 // What a look ahead asks of a record, if its length is sound.
-void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look);
+inline void raw_Look(std::span<const uint8_t> record, bool bigEndian, ObjectLook& look) {
+    if (!raw_IsLengthSound(record.size())) return;
+    const SourceRecord event = raw_Decode(record, bigEndian);
+    look.enter(event.type, event.extra, bigEndian);
+    look.EnterTime(event.time);
+}
 
 // The messages that damaged records earn, one per damage, held to a readable number: after the first hundred
 // of a kind in one read the rest are counted, and settle tells how many there were.
@@ -46,7 +57,14 @@ class RawRecords {
     static constexpr uint64_t limit = 100;  // of each kind in one read
 
     // False when the record was dropped for its length.
-    [[nodiscard]] bool take(std::span<const uint8_t> bytes, bool bigEndian, SourceRecord& record);
+    [[nodiscard]] bool take(std::span<const uint8_t> bytes, bool bigEndian, SourceRecord& record) {
+        if (!raw_IsLengthSound(bytes.size())) [[unlikely]] {
+            drop(bytes.size());
+            return false;
+        }
+        record = raw_Decode(bytes, bigEndian);
+        return true;
+    }
     void bad_byte(uint64_t offset, uint8_t byte);
     void settle();
     SourceCounts& counts() { return counts_; }

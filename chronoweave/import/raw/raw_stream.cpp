@@ -10,8 +10,9 @@
 namespace {
 
 constexpr size_t timed_buffer = 32768;  // the deadline is tested once per buffer
-// Where no deadline cuts in, the size of the buffer can't be seen; a large one saves system calls.
-constexpr size_t whole_buffer = 1 << 20, small_buffer = 4096;
+// Where no deadline cuts in, the size of the buffer can't be seen; a large one saves system calls, but it is
+// to stay in the cache.
+constexpr size_t whole_buffer = 1 << 18, small_buffer = 4096;
 
 // A short source asks for no more than it has.
 size_t buffer_for(ByteSource& bytes, uint64_t from) {

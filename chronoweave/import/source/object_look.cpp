@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "libtrv/byte_order.h"
-
 namespace {
 
 constexpr uint64_t bare_event = 18;     // type byte, time, length, type and subtype, end of changes
@@ -12,27 +10,24 @@ constexpr uint64_t status_change = 12;  // a modify record of two bytes
 constexpr uint64_t object_at_checkpoint = 6 + 10 + mt_TaskBlockSize;  // used key, and entry with state block
 constexpr uint64_t largest_interval = 4'000'000'000;
 
-// What an event of a type writes at most as a rule: a context switch takes one task out and puts one in.
-uint64_t packet_size(uint16_t type) {
-    switch (type) {
-        case mt_TaskChange:
-            return bare_event + 2 * status_change;
-        case mt_StatusChange:
-            return bare_event + status_change;
-        default:
-            return bare_event;
-    }
+// Opening a store reads its last block: of the intervals up to a quarter longer, that with the shortest last
+// block.
+uint64_t with_short_end(uint64_t least, uint64_t records) {
+    if (records <= least) return least;
+    uint64_t best = least;
+    for (uint64_t one = least; one <= least + least / 4; one += mt_CheckpointInterval)
+        if ((records - 1) % one < (records - 1) % best) best = one;
+    return best;
 }
 
 }  // namespace
 
-void ObjectLook::enter(uint16_t type, std::span<const uint8_t> extra, bool bigEndian) {
-    ++records_;
-    bytes_ += packet_size(type);
-    if (extra.size() >= 4) enter_id(load_32(extra.data(), bigEndian));
+SourceLook ObjectLook::seen() const {
+    return {records_, keys_ + (zero_ ? 1u : 0u), records_ * bare_event + changes_ * status_change, newest_};
 }
 
 void ObjectLook::enter_id(uint32_t id) {
+    last_ = id;
     if (id == 0) {
         zero_ = true;
         return;
@@ -57,5 +52,6 @@ uint32_t look_Interval(const SourceLook& look) {
     const uint64_t state = object_at_checkpoint * look.objects;
     const uint64_t room = std::max<uint64_t>(1, look.bytes * mt_CheckpointInterval / look.records);
     const uint64_t hundreds = std::max<uint64_t>(1, (state + room - 1) / room);
-    return static_cast<uint32_t>(std::min(hundreds * mt_CheckpointInterval, largest_interval));
+    const uint64_t least = std::min(hundreds * mt_CheckpointInterval, largest_interval);
+    return static_cast<uint32_t>(with_short_end(least, look.records));
 }

@@ -35,6 +35,9 @@ TEST(ObjectLookTest, checkpointsTakeNoMoreRoomThanTheEventsBetweenThem) {
         {{1000, 1000, 42000}, 2200},
         {{1000, 5000, 30000}, 15400},
         {{1, UINT32_MAX, 18}, 4'000'000'000},
+        // 3100 and 15400 would do, and would leave a last block of 2000 and of 3600 events.
+        {{250'000, 1000, 7'500'000}, 3200},
+        {{250'000, 5000, 7'500'000}, 15'600},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(look_Interval(c.look), c.interval) << c.look.objects;
