@@ -40,16 +40,16 @@ class RandomInput : public testing::TestWithParam<unsigned> {
     static void SetUpTestSuite() {
         ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
         testing_StartApplication();
-        folder_ = new TestFolder;
-        std::filesystem::current_path(*folder_ / "");
-        config_SetUserDirectory(*folder_ / "user");
-        ASSERT_TRUE(generate_Trr(*folder_ / "million.trr", {.events = 1'000'000, .tasks = 60}));
-        ASSERT_NE(import_OpenSource(*folder_ / "million.trr", {}).store, nullptr);
+        folder = new TestFolder;
+        std::filesystem::current_path(*folder / "");
+        config_SetUserDirectory(*folder / "user");
+        ASSERT_TRUE(generate_Trr(*folder / "million.trr", {.events = 1'000'000, .tasks = 60}));
+        ASSERT_NE(import_OpenSource(*folder / "million.trr", {}).store, nullptr);
         LongWork::setPace(0);
     }
     static void TearDownTestSuite() {
         std::filesystem::current_path("/");
-        delete folder_;
+        delete folder;
     }
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
@@ -77,7 +77,7 @@ class RandomInput : public testing::TestWithParam<unsigned> {
         // Every other question is answered with yes.
         window->host().answer = [yes = false](const std::string&) mutable { return yes = !yes; };
         const std::string before = running();
-        EXPECT_TRUE(window->load(*folder_ / "million.trs")) << "work that went on: " << before;
+        EXPECT_TRUE(window->load(*folder / "million.trs")) << "work that went on: " << before;
         return window;
     }
 
@@ -107,7 +107,7 @@ class RandomInput : public testing::TestWithParam<unsigned> {
                                    << monkey.trail();
     }
 
-    static inline TestFolder* folder_ = nullptr;
+    static inline TestFolder* folder = nullptr;
 };
 
 TEST_P(RandomInput, DoesNoHarm) {
