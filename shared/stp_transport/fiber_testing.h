@@ -7,14 +7,16 @@
 #include <functional>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
 #include <sanitizer/common_interface_defs.h>
 #endif
 
 class Fiber {
   public:
-    explicit Fiber(std::function<void()> run) : run_(std::move(run)), stack_(new char[stackBytes]) {
+    explicit Fiber(std::function<void()> run) : run_(std::move(run)), stack_(takeStack()) {
         getcontext(&own_);
         own_.uc_stack.ss_sp = stack_.get();
         own_.uc_stack.ss_size = stackBytes;
@@ -26,6 +28,8 @@ class Fiber {
     Fiber(const Fiber&) = delete;
     Fiber& operator=(const Fiber&) = delete;
 
+    ~Fiber() { freeStacks().push_back(std::move(stack_)); }
+
     bool ended() const { return ended_; }
     // Runs it until it pauses or ends.
     void resume() { enter(own_, caller_, stack_.get(), stackBytes); }
@@ -34,6 +38,22 @@ class Fiber {
 
   private:
     static constexpr size_t stackBytes = size_t{1} << 20;
+
+    // Stacks are used again: a model makes tens of thousands of them.
+    static std::vector<std::unique_ptr<char[]>>& freeStacks() {
+        static std::vector<std::unique_ptr<char[]>> stacks;
+        return stacks;
+    }
+    static std::unique_ptr<char[]> takeStack() {
+        if (freeStacks().empty()) return std::unique_ptr<char[]>(new char[stackBytes]);
+        std::unique_ptr<char[]> stack = std::move(freeStacks().back());
+        freeStacks().pop_back();
+#if defined(__SANITIZE_ADDRESS__)
+        // What ran there may have been left in the middle.
+        __asan_unpoison_memory_region(stack.get(), stackBytes);
+#endif
+        return stack;
+    }
 
     static void start(unsigned high, unsigned low) {
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
