@@ -1,5 +1,6 @@
 // Real sockets over loopback, pipes, and the in-process forms.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -50,6 +51,17 @@ uint32_t sendText(STPTransport& transport, const std::string& text, uint32_t fla
     return transport.sendMessage(message, nullptr);
 }
 
+// The process may open nothing as long as this lives.
+struct NoMoreDescriptors {
+    rlimit before{};
+    NoMoreDescriptors() {
+        ::getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none{0, before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before); }
+};
+
 }  // namespace
 
 TEST(Connections, FailuresToConnectHaveTheirTexts) {
@@ -72,8 +84,15 @@ TEST(Connections, FailuresToConnectHaveTheirTexts) {
     expectStatus(status, STPCode::Connection, "[getListenSocket]: Could not bind to port");
     RoundsRetry none(2);
     EXPECT_FALSE(end->listenOnFD(taken.socket.give(), STPTransport::AfterAccept::Close, &none, &status));
-    EXPECT_EQ(status.code, STPCode::TimeOut);
+    expectStatus(status, STPCode::TimeOut, "[listen]: reached timeout while waiting for a client");
     EXPECT_FALSE(end->listening());
+    {
+        const NoMoreDescriptors none_;
+        EXPECT_FALSE(end->listen(0, nullptr, &status));
+        expectStatus(status, STPCode::Connection, "[GetListenSocket]: Could not create socket");
+        EXPECT_FALSE(end->connect("127.0.0.1", freed, &status));
+        expectStatus(status, STPCode::Connection, "[ConnectToServer]: connection failed");
+    }
     BytePipe pipe;
     ASSERT_TRUE(pipe_Make(pipe));
     EXPECT_FALSE(socket_Accept(pipe.read.number(), status).isOpen());

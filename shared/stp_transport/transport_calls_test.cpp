@@ -1,6 +1,7 @@
 // Calls and waits over a scripted wire: replies, order, channels, limits, and what the gate holds.
 #include <gtest/gtest.h>
 
+#include "shared/libcxxutil/report.h"
 #include "shared/stp_transport/stp_retry_handler.h"
 #include "shared/stp_transport/transport_testing.h"
 
@@ -205,24 +206,43 @@ TEST(TransportCalls, EveryQueueHasAnEnd) {
         const char* what;
         std::function<STPHeader(uint32_t)> header;
         size_t most;
+        const char* text = "[handleRead]: too many messages wait, closing connection";
     } rows[] = {
         {"unclaimed", [](uint32_t i) { return header_Text(i); }, 65536},
         {"replies", [](uint32_t i) { return header_Reply(i); }, 65536},
         {"syncs", [](uint32_t i) { return STPHeader{i, 1, i, 0, 5, 0, 2, {}}; }, 65536},
-        {"channels", [](uint32_t i) { return STPHeader{i, 1, i, 0, 6, 1, 2, {}}; }, 4096},
+        {"channels", [](uint32_t i) { return STPHeader{i, 1, i, 0, 6, 1, 2, {}}; }, 4096,
+         "[handleRead]: too many channels, closing connection"},
     };
     for (const auto& row : rows) {
         ScriptedEnd end;
         uint32_t i = 0;
         while (end->bound() && i < 70000) end.come(packet_Of(row.header(++i)));
         EXPECT_EQ(i, row.most + 1) << row.what;
-        EXPECT_EQ(end->status().code, STPCode::Connection) << row.what;
+        expectStatus(end->status(), STPCode::Connection, row.text);
     }
+    ScriptedEnd full;
+    for (uint32_t i = 1; i <= STPTransport::mostChannels; ++i)
+        full.come(packet_Of({i, 1, i, 0, 6, 1, 2, {}}));
+    STPStatus status;
+    EXPECT_EQ(full->createChannel(9, 9, nullptr, &status), nullptr);
+    expectStatus(status, STPCode::Connection, "[createChannel]: there are too many channels");
+    EXPECT_TRUE(full->bound());
     ScriptedEnd bytes;
     const std::string large = packet_Of(header_Text(1), std::string(8 << 20, 'x'));
     int packets = 0;
     while (bytes->bound() && packets < 100) bytes.come(large), ++packets;
     EXPECT_EQ(packets, 8);  // the eighth passes 64 MiB with what ends it
+}
+
+TEST(TransportCalls, ADepthBelowZeroIsToldAndSetRight) {
+    std::string told;
+    gen_set_report_sink([&](int, const std::string& line) { told += line; });
+    STPCallState calls;
+    calls.popped();
+    gen_set_report_sink({});
+    EXPECT_NE(told.find("negative message depth!"), std::string::npos) << told;
+    EXPECT_EQ(calls.messageDepth, 0);
 }
 
 TEST(TransportCalls, CallsThatNestTooDeepWait) {

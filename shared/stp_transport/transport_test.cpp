@@ -230,7 +230,7 @@ TEST(Transport, OutputHasAnEnd) {
     STPStatus status;
     STPMessage tooLong = textMessage(*end.transport, std::string(stpMostBody, 'x'));
     EXPECT_EQ(end->enqueueMessage(tooLong, &status), 0u);
-    EXPECT_EQ(status.code, STPCode::Connection);
+    expectStatus(status, STPCode::Connection, "[enqueueMessage]: the message is too long");
     STPMessage message = textMessage(*end.transport, std::string(stpMostBody - 64, 'x'));
     uint32_t sent = 0;
     while (sent < 100 && end->enqueueMessage(message, &status) != 0) ++sent;
@@ -297,6 +297,48 @@ TEST(Transport, APacketIsTheSameWhereverItIsCut) {
         EXPECT_EQ(handler.seen[1].body, "12345");
         EXPECT_STREQ(handler.seen[2].body.c_str(), "third");
         EXPECT_EQ(end->census().inBytes, 0u);
+    }
+}
+
+TEST(Transport, PacketsDoubledOrSwappedDoTheSameWhereverTheyAreCut) {
+    const STPHeader unknown{4, 3, 2, 0, static_cast<uint32_t>(STPKind::Text), 0, stpOneWay, {0, 8, 1}};
+    const std::vector<std::string> packets{
+        packet_Of(header_Text(1), "a:0x1 "),  packet_Of(unknown, "b"),
+        packet_Of(header_Reply(7), "c"),      packet_Of({2, 1, 3, 0, 5, 0, 2, {}}),
+        packet_Of({2, 1, 4, 0, 6, 1, 2, {}}), packet_Of({2, 1, 5, 0, 6, 2, 2, {}}),
+    };
+    const auto feed = [](const std::string& stream, size_t texts, size_t unclaimed, size_t replies,
+                         size_t syncs) {
+        for (size_t cut = 0; cut <= stream.size(); ++cut) {
+            ScriptedEnd end(48);
+            NotingHandler handler;
+            end->registerHandler(2, 1, handler, STPKind::Text);
+            end.come(stream.substr(0, cut));
+            end.come(stream.substr(cut));
+            const STPTransport::Census census = end->census();
+            ASSERT_EQ(handler.seen.size(), texts) << cut;
+            ASSERT_EQ(census.unclaimed, unclaimed) << cut;
+            ASSERT_EQ(census.replies, replies) << cut;
+            ASSERT_EQ(census.syncs, syncs) << cut;
+            ASSERT_EQ(census.channels, 1u) << cut;
+            ASSERT_EQ(census.inBytes + census.deferred, 0u) << cut;
+            ASSERT_TRUE(end->bound()) << cut;
+        }
+    };
+    const auto joined = [](const std::vector<std::string>& parts) {
+        std::string stream;
+        for (const std::string& part : parts) stream += part;
+        return stream;
+    };
+    for (size_t i = 0; i < packets.size(); ++i) {
+        std::vector<std::string> doubled = packets;
+        doubled.insert(doubled.begin() + static_cast<std::ptrdiff_t>(i), packets[i]);
+        feed(joined(doubled), 1 + (i == 0), 1 + (i == 1), 1 + (i == 2), 1 + (i == 3));
+        for (size_t j = i + 1; j < packets.size(); ++j) {
+            std::vector<std::string> swapped = packets;
+            std::swap(swapped[i], swapped[j]);
+            feed(joined(swapped), 1, 1, 1, 1);
+        }
     }
 }
 
@@ -389,6 +431,6 @@ TEST(Transport, AForwarderMovesPacketsUnread) {
     const std::string large = packet_Of(header_Text(4), std::string(stpMostBody - 8, 'x'));
     for (int i = 0; i < 16; ++i) near.come(large);
     EXPECT_FALSE(far->bound());
-    EXPECT_EQ(far->status().code, STPCode::Connection);
+    expectStatus(far->status(), STPCode::Connection, "[forward]: too much waits to be written");
     EXPECT_TRUE(near->bound());
 }

@@ -277,9 +277,12 @@ TEST(SpecClass, WhatNoClassExpectsIsReported) {
         pair.transports[1]->sendMessage(message, nullptr);
     }
     pair.transports[0]->serviceOnce(0ms);
+    STPMessage odd{header_Text(1), {}};
+    odd.header.kind = 16;
+    STPSpecClass_HandleMessages(*bare).handleMessage(odd, true);
     gen_set_report_sink({});
-    for (const char* text :
-         {"unexpected stp ascii message", "unexpected stp binary message", "unexpected stp command message"})
+    for (const char* text : {"unexpected stp ascii message", "unexpected stp binary message",
+                             "unexpected stp command message", "oops"})
         EXPECT_NE(told.find(text), std::string::npos) << text;
 }
 
