@@ -28,6 +28,7 @@
 #include "chronoweave/traxfunc/session/arrangement.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
 #include "chronoweave/traxfunc/session/session.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -113,6 +114,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
 }
 
 CanvasWindow::~CanvasWindow() {
+    gate_Program().Forget(this);
     std::erase(windows(), this);
     host_.reset();  // with the windows about the canvas
     // The widgets speak of losing the keyboard while they go, to what is a member here.
@@ -448,7 +450,12 @@ void CanvasWindow::showEvent(QShowEvent* event) {
     view_->setFocus();
 }
 
+// A dialog or work of this window stands on what would go: it goes when they are over.
 void CanvasWindow::closeEvent(QCloseEvent* event) {
+    if (!gate_May(GateActivity::ServiceHandler)) {
+        event->ignore();
+        return gate_Program().WhenMay(GateActivity::ServiceHandler, this, [this] { close(); });
+    }
     laLegend_OfferSave(view_->canvas());
     keepArrangement();
     if (services_.settings) {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPointer>
 #include <QScrollBar>
 #include <QToolTip>
 #include <QWheelEvent>
@@ -24,6 +25,7 @@
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/arrangement_store.h"
 #include "windlib/config/config_dirs.h"
@@ -350,6 +352,21 @@ TEST_F(Window, ADialogOfACommandLeavesThePictureUpToDate) {
     EXPECT_NE(meanwhile, before);
     window->view().layOutAndPaint();
     EXPECT_EQ(window->view().image(), meanwhile);
+}
+
+TEST_F(Window, ThatIsToldToCloseUnderItsDialogClosesBehindIt) {
+    auto* const other = new CanvasWindow("VOREL Chronoweave", false);  // deletes itself when closed
+    ASSERT_TRUE(other->load(trace));
+    const QPointer<CanvasWindow> alive = other;
+    {
+        const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
+        EXPECT_FALSE(other->close());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(alive);
+    }
+    gate_Program().RunHeld();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(alive);
 }
 
 TEST_F(Window, AGrowingFileIsReadOn) {
