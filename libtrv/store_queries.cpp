@@ -111,6 +111,12 @@ const mt_Gap* EventWalk::gap() const {
     return reader_->gap();
 }
 
+bool EventWalk::resume() {
+    if (!over_ || !reader_ || hasEnd_ || left_ == 0 || gapBehind_ || reader_->isBroken()) return false;
+    over_ = false;
+    return true;
+}
+
 uint32_t EventWalk::gaps() const {
     return reader_ ? reader_->gaps() : 0;
 }

@@ -104,6 +104,9 @@ class EventWalk {
     const mt_Gap* gap() const;
     // Gaps met so far.
     uint32_t gaps() const;
+    // A walk that came to the end of the store, with no end of its own, goes on behind its last event: next
+    // then gives what was appended since. False for any other, and where damage ended it.
+    [[nodiscard]] bool resume();
 
   private:
     friend bool mt_StartWalkInTimeRange(TraceStore&, mt_Time, mt_Time, StateTable*, EventWalk&);

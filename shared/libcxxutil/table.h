@@ -1,6 +1,6 @@
 // Table: an ordered container that grows by chunks, so that an element never moves once it is in, growing
-// costs no copy, and dropping everything is one step per chunk. Indexes count from 0 and are stable until a
-// middle insertion.
+// costs no copy, and dropping everything, or its front, is one step per chunk. Indexes count from 0 and are
+// stable until something is put into the middle or in front, or the front is dropped.
 #pragma once
 
 #include <cassert>
@@ -27,14 +27,14 @@ class Table {
     }
     const T& operator[](uint32_t index) const {
         assert(index < size_);
-        return chunks_[index >> shift][index & mask];
+        return place(index);
     }
     T& back() { return (*this)[size_ - 1]; }
     const T& back() const { return (*this)[size_ - 1]; }
 
     // Appends and returns the index of the new element.
     uint32_t push_back(T value) {
-        if ((size_ >> shift) == chunks_.size()) chunks_.push_back(std::make_unique<T[]>(mask + 1));
+        if ((front_ + size_) >> shift == chunks_.size()) chunks_.push_back(std::make_unique<T[]>(mask + 1));
         place(size_) = std::move(value);
         return size_++;
     }
@@ -43,9 +43,28 @@ class Table {
         push_back(std::move(value));
         for (uint32_t i = size_ - 1; i > index; --i) std::swap((*this)[i], (*this)[i - 1]);
     }
+    // Puts a value in front; the indexes of all others grow by 1.
+    void push_front(T value) {
+        if (front_ == 0) {
+            chunks_.insert(chunks_.begin(), std::make_unique<T[]>(mask + 1));
+            front_ = mask + 1;
+        }
+        --front_;
+        ++size_;
+        place(0) = std::move(value);
+    }
+    // Drops the first count elements, at most all: those of whole chunks at once, others when their chunk
+    // goes.
+    void drop_front(uint32_t count) {
+        if (count >= size_) return clear();
+        front_ += count;
+        size_ -= count;
+        chunks_.erase(chunks_.begin(), chunks_.begin() + (front_ >> shift));
+        front_ &= mask;
+    }
     void clear() {
         chunks_.clear();
-        size_ = 0;
+        front_ = size_ = 0;
     }
     // Bytes held by the elements' chunks.
     size_t bytes() const { return chunks_.size() * (mask + 1) * sizeof(T); }
@@ -54,8 +73,9 @@ class Table {
     // Small elements in large chunks: about 64 elements at least keep short tables small.
     static constexpr uint32_t shift = 8;
     static constexpr uint32_t mask = (1u << shift) - 1;
-    T& place(uint32_t index) { return chunks_[index >> shift][index & mask]; }
+    T& place(uint32_t index) const { return chunks_[(front_ + index) >> shift][(front_ + index) & mask]; }
 
     std::vector<std::unique_ptr<T[]>> chunks_;
+    uint32_t front_ = 0;  // dropped elements of the first chunk
     uint32_t size_ = 0;
 };

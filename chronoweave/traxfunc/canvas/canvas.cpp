@@ -1,5 +1,6 @@
 #include "chronoweave/traxfunc/canvas/canvas.h"
 
+#include "chronoweave/traxfunc/fetch/range_fetch.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 
 _LaCanvasData::_LaCanvasData(LaGraph& place)

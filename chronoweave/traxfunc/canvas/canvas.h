@@ -3,9 +3,9 @@
 // no window: it is given a LaGraph (size, scroll bars, surface, and what to call) and a store, and tells of
 // changed texts through a callback.
 //
-// Reading order: model/items.h, model/time.h and the other parts; fetch/fetch.h, fetch/sweep.h; draw/scene.h,
-// draw/layout.h, draw/draw.h, draw/axis.h; list/task_list.h, list/names.h; this one with rows.h and
-// repaint.h; input/view.h, input/zoom.h, input/pointer.h, input/commands.h; session/session.h.
+// Reading order: model/items.h, model/time.h and the other parts; fetch/range_fetch.h, fetch/sweep.h;
+// draw/scene.h, draw/layout.h, draw/draw.h, draw/axis.h; list/task_list.h, list/names.h; this one with rows.h
+// and repaint.h; input/view.h, input/zoom.h, input/pointer.h, input/commands.h; session/session.h.
 //
 // Times are doubles, seconds from the first event unless the time mode says otherwise ("the time base"). A
 // negative time is "not set". Pixels are ints, but for the virtual picture's, which are 64-bit. One thread.
@@ -35,6 +35,7 @@
 
 class DialogHost;
 class DialogModel;
+class LaFetch;
 class TraxTaskList;
 
 struct LaHistoryEntry {
@@ -133,6 +134,7 @@ struct _LaCanvasData {
     LaWanted wanted;
     LaAxis axis;
     std::unique_ptr<TraxTaskList> taskList;  // never null
+    std::unique_ptr<LaFetch> fetch;          // of the items, while it can go on; else null
 
     // What drawing reads of it.
     laScene scene() const { return {*graph, view, axis, items, looks, marks, options}; }

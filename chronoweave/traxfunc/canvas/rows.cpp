@@ -4,6 +4,7 @@
 
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/fetch/range_fetch.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "shared/libcxxutil/report.h"
 
@@ -13,15 +14,31 @@ int rows_height(const _LaCanvasData& canvas) {
     return canvas.looks.rowHeight * static_cast<int>(canvas.taskList->rows().size());
 }
 
+constexpr uint32_t leastDropped = 4096;  // icons; for fewer it is not worth the rows
+
+enum class LeftSide { Kept, Dropped, InDoubt };
+
+// Half a view stays left of the view, and what is dropped is a good part of the whole, so that what stays is
+// moved seldom.
+LeftSide drop_left(_LaCanvasData& canvas, double low, double high) {
+    const double from = low - (high - low) / 2;
+    if (from <= canvas.items.cachedLow) return LeftSide::Kept;
+    const uint32_t icons = laBm_FirstAt(canvas.items, from);
+    if (icons < std::max(leastDropped, canvas.items.bitmaps.size() / 3)) return LeftSide::Kept;
+    return canvas.fetch->DropLeft(from) == laLeftDrop::Done ? LeftSide::Dropped : LeftSide::InDoubt;
+}
+
 }  // namespace
 
 void laCanvas_ClearItems(_LaCanvasData& canvas) {
+    canvas.fetch.reset();
     canvas.taskList->Clear(false);
     laItems_Clear(canvas.items);
 }
 
 bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetchAhead ahead) {
     LaSource& source = canvas.source;
+    canvas.fetch.reset();
     canvas.items.running.clear();
     if (source.store == nullptr) return true;
     if (!source.storeHasEvents) source.storeHasEvents = mt_GetEventCount(*source.store) > 0;
@@ -31,7 +48,27 @@ bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetch
     if (range.low > range.high) return true;
     laCanvas_ClearItems(canvas);
     canvas.list.sortAroundEvent = false;
-    return laFetch_Items(canvas.items, source, canvas.looks, canvas.list, range, canvas.calls.progress);
+    canvas.fetch = std::make_unique<LaFetch>(canvas.items, source, canvas.looks, canvas.list);
+    const bool fetched = canvas.fetch->Run(range, canvas.calls.progress);
+    if (!canvas.fetch->CanExtend()) canvas.fetch.reset();
+    return fetched;
+}
+
+std::optional<laExtended> laCanvas_ExtendRange(_LaCanvasData& canvas, double low, double high) {
+    if (canvas.fetch == nullptr || !canvas.fetch->CanExtend()) return std::nullopt;
+    if (low < canvas.items.cachedLow || low > canvas.items.cachedHigh) return std::nullopt;
+    const auto growth = canvas.fetch->Extend(high, canvas.calls.progress);
+    const LeftSide left = growth ? drop_left(canvas, low, high) : LeftSide::InDoubt;
+    if (left == LeftSide::InDoubt) {
+        laCanvas_ClearItems(canvas);
+        return std::nullopt;
+    }
+    laExtended extended{growth->from, growth->lanes || left == LeftSide::Dropped};
+    if (extended.rows)
+        laCanvas_Resort(canvas);
+    else
+        laLayout_Lanes(canvas.items, canvas.looks);
+    return extended;
 }
 
 void laCanvas_Layout(_LaCanvasData& canvas) {

@@ -13,6 +13,17 @@ void laCanvas_ClearItems(_LaCanvasData& canvas);
 bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high,
                          laFetchAhead ahead = laFetchAhead::Yes);
 
+// What became of the items when a source that grew was read on.
+struct laExtended {
+    double from = 0;    // of earlier times nothing changed but what reaches to here; time base
+    bool rows = false;  // rows were made anew, or the left side was dropped
+};
+// The trace has grown since the fetch reached its end: the fetch goes on where it stopped, as far as a view
+// of this range needs it, and much that lies left of the view is dropped. The items are those that a fetch of
+// the cached range would give, and laid out. canvas.calls.progress is told. Nothing when the range must be
+// fetched instead; what there is then is not to be shown.
+std::optional<laExtended> laCanvas_ExtendRange(_LaCanvasData& canvas, double low, double high);
+
 // Rows of the object list become places of lanes; the view goes up where the content got lower.
 void laCanvas_Layout(_LaCanvasData& canvas);
 // Rebuilds the object list from the lanes and lays out.

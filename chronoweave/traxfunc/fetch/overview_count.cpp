@@ -34,7 +34,8 @@ laOverview laOverview_Begin(const LaSource& source) {
 }
 
 bool laOverview_Count(const LaSource& source, laOverview& overview, uint32_t most) {
-    if (overview.activity.empty() || source.store == nullptr) return false;
+    if (overview.activity.empty()) overview = laOverview_Begin(source);  // it may have grown since
+    if (overview.activity.empty()) return false;
     fit(source, overview);
     EventWalk walk;
     if (!mt_StartWalkAtEvent(*source.store, overview.counted + 1, 0, nullptr, walk)) return false;

@@ -32,7 +32,8 @@ class LaneSweep {
     // What follows can't be read: every open status becomes a segment that ends at time, and no status is
     // known until Begin looks at all lanes again.
     void Break(double time);
-    // The last look, at all lanes: the open status of each becomes a segment that ends here.
+    // The last look, at all lanes: the open status of each becomes a segment that ends here. Steps may follow
+    // when the lanes are open again (laLn_Reopen).
     void End(double time);
     // The lanes of the list stand in another order: to[i] is the place of what was lane i, laNoLane for one
     // that is gone.

@@ -79,7 +79,8 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, laShow h
         return finish(canvas, false, "Can't zoom in more.");
     }
     snap(low, high, perUnit);
-    const bool needed = canvas.source.store && !laCanvas_IsCached(canvas.items, canvas.source, low, high);
+    const bool needed = canvas.source.store && !laCanvas_IsCached(canvas.items, canvas.source, low, high) &&
+                        !laCanvas_ExtendRange(canvas, low, high);
     if (needed && !fetch(canvas, low, high, how.ahead)) return false;
     view.viewLow = low;
     view.viewHigh = high;

@@ -40,6 +40,16 @@ void laLn_Break(laItem_Line& lane) {
     lane.broken = true;
 }
 
+// The open status is never that of the last stretch, but where the range's end closed it.
+void laLn_Reopen(laItem_Line& lane, double rangeEnd) {
+    lane.lastEnd = {};
+    if (lane.openStatus < 0 || lane.segments.empty()) return;
+    const LaLnSeg& last = lane.segments.back();
+    if (last.status != lane.openStatus || last.t1 != rangeEnd) return;
+    lane.openSince = last.t0;
+    lane.segments.pop_back();
+}
+
 void laBm_Append(LaItems& items, const laItem_Bitmap& icon) {
     laItem_Line& lane = items.lanes[icon.lane];
     items.bitmaps.push_back(icon);

@@ -49,6 +49,7 @@ struct laItem_Line {
     int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
     double openSince = -100.0;  // when it began; negative for none
     bool broken = false;        // what follows the last segment is not known
+    uint32_t ranUntil = 0;      // sequence, as of an icon, of the last event up to which it was executing
     MslObjectEntry* listEntry = nullptr;     // valid until the list is rebuilt
     int32_t eventDistance = laFarFromEvent;  // events from a clicked event, signed
 };
@@ -69,13 +70,16 @@ struct laItem_Ctx {
     double t0 = 0;
     uint32_t fromLane = laNoLane, toLane = laNoLane;
     int32_t status = -1;  // row of the context-switch status that gives colour and style
+    // Sequence, as of an icon, of the event up to which the one that leaves was executing: a fetch that
+    // begins behind it doesn't know who ran before, and has no such switch.
+    uint32_t leftAt = 0;
     double t1() const { return t0; }
 };
 
 static_assert(sizeof(LaLnSeg) == 24 && sizeof(laItem_Bitmap) == 24 && sizeof(laItem_Ctx) == 24);
 
-// An item of the picture: a segment of a lane, an icon or a context line. Valid until the items are dropped
-// (LaItems::itemsVersion).
+// An item of the picture: a segment of a lane, an icon or a context line. Valid until items are dropped or
+// change their places (LaItems::itemsVersion); what a range gains at its end leaves it valid.
 struct laItemRef {
     laItemType itype = laItemType::None;
     uint32_t lane = laNoLane;  // of a segment or icon
@@ -92,7 +96,7 @@ struct LaItems {
     uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
     RunningObjects running;                // as far as the fetch has come
     double cachedLow = 0, cachedHigh = 0;  // the range that the items cover; both 0 for none
-    uint32_t itemsVersion = 0;             // grows whenever items are dropped
+    uint32_t itemsVersion = 0;             // grows whenever items are dropped or change their places
 };
 
 // Makes a lane at the end of the list and returns its position. The agent has no entry in the index.
@@ -102,6 +106,8 @@ uint32_t laLn_New(LaItems& items, uint32_t objectId);
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status);
 // What follows the lane's last stretch is not known: the next one begins anew.
 void laLn_Break(laItem_Line& lane);
+// The last stretch, if it ends where the range did, is open again: it goes on behind that end.
+void laLn_Reopen(laItem_Line& lane, double rangeEnd);
 // Adds an icon at the end of the list and of its lane's.
 void laBm_Append(LaItems& items, const laItem_Bitmap& icon);
 // Position in the icon list of a lane's icon, given as the lane counts them.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/life.h"
@@ -35,6 +36,23 @@ bool show_first_view(_LaCanvasData& canvas, uint32_t count) {
            canvas.view.viewHigh > canvas.view.viewLow;
 }
 
+// How many columns an item may reach to the left of its own: an icon, a mark about many, and what is counted
+// by columns.
+int reach_left(const LaLooks& looks) {
+    return 2 * std::max({looks.maxExtent, looks.maxIconWidth, icon_Width(looks.overlapIcon)}) + 16;
+}
+
+// The picture from a time on; all of it where it isn't one of the items as they were.
+void paint_from(_LaCanvasData& canvas, double time, uint32_t version) {
+    const LaPainted& painted = canvas.view.painted;
+    if (!painted.valid || painted.itemsVersion != version || painted.low != canvas.view.viewLow ||
+        painted.pixelsPerUnit != canvas.view.pixelsPerUnit)
+        return laCanvas_Repaint(canvas);
+    const double column = (time - canvas.view.viewLow) * canvas.view.pixelsPerUnit - reach_left(canvas.looks);
+    if (column >= canvas.graph->width) return;
+    laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
+}
+
 }  // namespace
 
 void laCanvas_TakeBounds(_LaCanvasData& canvas) {
@@ -47,16 +65,29 @@ void laCanvas_TakeBounds(_LaCanvasData& canvas) {
     canvas.source.scrollExtent = std::max(canvas.source.scrollExtent, canvas.source.totalLength + margin);
 }
 
-void laCanvas_SourceGrew(_LaCanvasData& canvas) {
-    if (!canvas.source.store) return;
+laGrown laCanvas_SourceGrew(_LaCanvasData& canvas) {
+    if (!canvas.source.store) return laGrown::InPicture;
+    const LaView& view = canvas.view;
+    LaItems& items = canvas.items;
+    const uint64_t base = canvas.source.baseTick;
+    const uint32_t version = items.itemsVersion;
     mt_RefreshIndex(*canvas.source.store);
     laCanvas_TakeBounds(canvas);
+    if (canvas.source.baseTick != base) laCanvas_ClearItems(canvas);  // times count from another event
+    const auto extended = laCanvas_ExtendRange(canvas, view.viewLow, view.viewHigh);
     // What was fetched up to the old end may lack what came at that very time.
-    if (canvas.view.viewHigh >= canvas.items.cachedHigh) canvas.items.cachedLow = canvas.items.cachedHigh = 0;
-    laCanvas_ShowRange(canvas, canvas.view.viewLow, canvas.view.viewHigh,
-                       {.keepLength = true, .refetch = true});
+    if (!extended && view.viewHigh >= items.cachedHigh) items.cachedLow = items.cachedHigh = 0;
+    if (!extended)
+        laCanvas_ShowRange(canvas, view.viewLow, view.viewHigh, {.keepLength = true, .refetch = true});
     laCanvas_Rescale(canvas);
     laCanvas_UpdateTotal(canvas);
+    if (extended && !extended->rows && items.itemsVersion == version) {
+        paint_from(canvas, extended->from, version);
+        return laGrown::InPicture;
+    }
+    if (!extended && items.itemsVersion == version) return laGrown::InPicture;  // it lies behind the view
+    laCanvas_Repaint(canvas);
+    return laGrown::WithRows;
 }
 
 std::optional<double> laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {

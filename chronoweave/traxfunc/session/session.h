@@ -17,9 +17,13 @@ bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend 
 // The clock and bounds again, after a live source grew: totalLength, scrollExtent, storeHasEvents.
 void laCanvas_TakeBounds(_LaCanvasData& canvas);
 
-// The store has more events than before: takes the new bounds and, where the view shows what is new, shows
-// it. Does not paint.
-void laCanvas_SourceGrew(_LaCanvasData& canvas);
+// The store may have more events than before: takes the new bounds and, where the view shows what is new,
+// brings it into the picture, of which no more is repainted than changed.
+enum class laGrown {
+    InPicture,  // the rows are those that there were
+    WithRows    // rows may have come or changed
+};
+laGrown laCanvas_SourceGrew(_LaCanvasData& canvas);
 
 // Seconds from the store's first event to the event count - 1 behind it; 0 when there are fewer, none
 // when there are none.
