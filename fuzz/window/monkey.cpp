@@ -33,7 +33,7 @@ constexpr size_t trailLength = 40;
 constexpr int deepest = 5;       // loops in loops: from here on what waits is closed
 constexpr int quietEvery = 100;  // steps
 constexpr int mostWindows = 3;
-constexpr int mostEnding = 100'000;  // steps until nothing waits any more
+constexpr int mostEnding = 20'000;  // milliseconds until nothing waits any more
 
 constexpr int someKeys[] = {Qt::Key_A,    Qt::Key_D,     Qt::Key_W,         Qt::Key_S,      Qt::Key_F,
                             Qt::Key_Z,    Qt::Key_0,     Qt::Key_Left,      Qt::Key_Right,  Qt::Key_Up,
@@ -63,7 +63,7 @@ std::string Monkey::trail() const {
 
 void Monkey::act(int times) {
     left_ = times;
-    ending_ = 0;
+    ending_.invalidate();
     over_ = false;
     schedule();
     platform_Loop([this] { return !over_; });
@@ -130,12 +130,16 @@ void Monkey::step() {
 
 // Lets go, closes what waits, and is over when nothing does.
 void Monkey::endStep() {
-    if (++ending_ > mostEnding) {
+    if (!ending_.isValid()) ending_.start();
+    if (ending_.elapsed() > mostEnding) {
         stuck = true;
         over_ = true;
         return;
     }
     if (pressed_ && handleOf(*pressed_)) return release(*pressed_);
+    // The window of the press is gone; the button is let go all the same.
+    QWidget* const any = target();
+    if (QGuiApplication::mouseButtons() != Qt::NoButton && any && handleOf(*any)) return release(*any);
     buttons_ = Qt::NoButton;
     if (QWidget* popup = QApplication::activePopupWidget()) {
         popup->close();

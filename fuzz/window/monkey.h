@@ -2,6 +2,7 @@
 // own way, in whatever window, dialog or menu can take them, also while long work goes on.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QObject>
 #include <QPoint>
@@ -58,6 +59,7 @@ class Monkey : public QObject {
     QPoint at_;  // in the window
     Qt::MouseButtons buttons_;
     QPointer<QWidget> pressed_;  // whose window has the pointer
-    int left_ = 0, depth_ = 0, stamp_ = 1, sinceQuiet_ = 0, ending_ = 0;
+    int left_ = 0, depth_ = 0, stamp_ = 1, sinceQuiet_ = 0;
+    QElapsedTimer ending_;
     bool over_ = true;
 };
