@@ -62,13 +62,12 @@ bool table_SaveCsv(DialogHost& host, const std::string& suggested,
                    const std::vector<const MScrollList*>& lists) {
     const std::string path = host.ChooseSaveFile("Save As CSV", suggested, "Comma-Separated Values (*.csv)");
     if (path.empty()) return false;
-    std::string why;
-    const bool written = [&] {
+    const Result written = [&] {
         const BusyWork busy(GateWork::Print, dialog_Busy(host));
-        return file_replace(path, table_AsCsv(lists), &why);
+        return file_replace(path, table_AsCsv(lists));
     }();
-    if (!written) host.Message("Can't write \"" + path + "\": " + why + '.');
-    return written;
+    if (!written) host.Message("Can't write \"" + path + "\": " + written.reason() + '.');
+    return written.ok();
 }
 
 void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command) {

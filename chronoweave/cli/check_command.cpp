@@ -19,11 +19,10 @@ const char* unit_word(RuleUnit unit) {
 
 bool write_junit(const CommandLine& line, const std::vector<TimingRule>& rules,
                  const std::vector<RuleOutcome>& outcomes) {
-    std::string why;
-    if (file_replace(line.junit, rules_JUnit(std::string(path_file(line.path)), rules, outcomes), &why))
-        return true;
-    cli_Failure(line.junit + ": " + why);
-    return false;
+    const Result written =
+        file_replace(line.junit, rules_JUnit(std::string(path_file(line.path)), rules, outcomes));
+    if (!written) cli_Failure(written.text());
+    return written.ok();
 }
 
 RowLayout layout_of(const CommandLine& line) {
@@ -66,8 +65,7 @@ int put_outcomes(const CommandLine& line, const AnalysisLine& analysis, const st
 
 int command_Check(const CommandLine& line) {
     std::string text, why;
-    if (!file_read_whole(line.subject, text, fileMostBytes, &why))
-        return cli_UsageError(line.subject + ": " + why);
+    if (const Result whole = file_read_whole(line.subject, text); !whole) return cli_UsageError(whole.text());
     std::vector<RuleProblem> problems;
     const std::vector<TimingRule> rules = rules_Read(text, problems);
     tell_problems(line.subject, problems);

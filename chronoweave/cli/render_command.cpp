@@ -94,7 +94,6 @@ int command_Render(const CommandLine& line) {
     LaGraph graph;
     std::unique_ptr<_LaCanvasData> canvas;
     laPicture picture;
-    std::string why;
     bool shown = false;
     picture_Measure([&](Surface& surface) {
         graph.font = surface.fontMetrics(Font_Application);
@@ -121,7 +120,8 @@ int command_Render(const CommandLine& line) {
     if (!shown)
         return cli_Failure(line.path + ": nothing can be shown in that range: " + canvas->fields.message);
     const auto draw = [&](Surface& surface) { laPicture_Draw(*canvas, surface, picture, false); };
-    if (!picture_Write(line.output, picture.width, picture.height, 1, draw, why)) return cli_Failure(why);
+    if (const Result drawn = picture_Write(line.output, picture.width, picture.height, 1, draw); !drawn)
+        return cli_Failure(drawn.text());
     CommandLine facts = line;
     facts.output.clear();  // -o names the picture
     RowWriter rows(facts, {});

@@ -426,14 +426,13 @@ void CanvasWindow::restoreArrangement() {
     if (!services_.arrangements) return;
     const auto text = services_.arrangements->Load(source_);
     if (!text) return;
-    std::string why;
-    const auto arrangement = laArrangement_FromText(*text, why);
-    if (!arrangement) {
-        gen_warning("the arrangement kept for %s is damaged: %s", source_.c_str(), why.c_str());
+    laArrangement arrangement;
+    if (const Result read = laArrangement_FromText(*text, arrangement); !read) {
+        gen_warning("the arrangement kept for %s is damaged: %s", source_.c_str(), read.text().c_str());
         return;
     }
     view_->draw(
-        [&] { laArrangement_Restore(view_->canvas(), *arrangement, identityOf(source_, view_->canvas())); });
+        [&] { laArrangement_Restore(view_->canvas(), arrangement, identityOf(source_, view_->canvas())); });
     view_->layOutAndPaint();
 }
 

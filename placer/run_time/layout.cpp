@@ -130,6 +130,7 @@ void reviewSizes(const std::vector<PlacerSizeRule>& rules, std::vector<std::stri
                 notes.push_back(
                     gen_format("Item %d is not a valid base on line %d", first.item, rules[i].line));
         if (first.isVoid || ++ruled[{first.item, first.axis}] != 2) continue;
+        // The wording is kept as it is known.
         notes.push_back(gen_format(first.axis == Placer_Vertical
                                        ? "Item %d vertically sized twice on line %d"
                                        : "Item horizontally %d sized twice on line %d",
@@ -156,9 +157,9 @@ PlacerEdge placer_EdgeOf(std::string_view word) {
     }
 }
 
-PlacerLayout placer_Parse(std::span<const std::string> lines, int itemCount, std::string& error) {
-    PlacerLayout layout;
-    error.clear();
+Result placer_Parse(std::span<const std::string> lines, int itemCount, PlacerLayout& layout) {
+    layout = {};
+    std::string error;
     enum { MinSizes, Sizes, Positions } section = MinSizes;
     for (size_t i = 1; i < lines.size() && error.empty(); ++i) {  // line 0 is the first section's word
         const std::string& text = lines[i];
@@ -176,7 +177,7 @@ PlacerLayout placer_Parse(std::span<const std::string> lines, int itemCount, std
                 .push_back(parseSize({text, line, itemCount, error}, line));
         }
     }
-    return layout;
+    return error.empty() ? Result() : Result::failure(std::move(error));
 }
 
 std::vector<std::string> placer_Review(const PlacerLayout& layout) {

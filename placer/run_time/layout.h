@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "shared/libcxxutil/result.h"
+
 constexpr size_t Placer_LineLength = 1023;  // longest line, in bytes
 constexpr int Placer_BarWidth = 21;         // pixels, the same for all items and fonts
 
@@ -61,9 +63,8 @@ struct PlacerLayout {
 
 // Reads a description for a window of itemCount numbers, the window's 0 among them. Only the first letters of
 // section, orientation and edge words count. Numbers lie within 16 bits, signed; fields left out at the end
-// of a line are 0. At the first line that can't be read, error is set to what and where, and what was read so
-// far is returned.
-PlacerLayout placer_Parse(std::span<const std::string> lines, int itemCount, std::string& error);
+// of a line are 0. Fails at the first line that can't be read, with what was read so far in layout.
+Result placer_Parse(std::span<const std::string> lines, int itemCount, PlacerLayout& layout);
 
 // The edge that a word means: T top, TB its centre, Bo bottom, other B baseline, R right, LR centre, anything
 // else left; nothing at all is top.

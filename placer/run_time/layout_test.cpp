@@ -5,20 +5,18 @@
 namespace {
 
 std::string errorOf(std::vector<std::string> lines, int itemCount = 6) {
-    std::string error;
-    placer_Parse(lines, itemCount, error);
-    return error;
+    PlacerLayout layout;
+    return placer_Parse(lines, itemCount, layout).text();
 }
 
 TEST(PlacerLayoutTest, SectionsAreToldByFirstCharacters) {
-    std::string error;
+    PlacerLayout layout;
     const std::vector<std::string> lines = {"MinSizes",  "0,(1,2),(),-5,1,2,3,4,1,1,1,Horizontal",
                                             "S",         "3,(0),(1,4,5),-40,0,0,0,0,2,3,1,Vertical",
                                             "5,(),(),7", "2,( 1 , 3 ),(),+1,0,0,0,0,1,0,2,H",
                                             "Pos",       "(2,1),3,0,0,0,0,1,Top,Top,Bottom",
                                             "4,0,10"};
-    const PlacerLayout layout = placer_Parse(lines, 6, error);
-    EXPECT_EQ(error, "");
+    ASSERT_TRUE(placer_Parse(lines, 6, layout));
     ASSERT_EQ(layout.minSizes.size(), 1u);
     EXPECT_EQ(layout.minSizes[0].plus, (std::vector<int>{1, 2}));
     EXPECT_EQ(layout.minSizes[0].offset.pixels, -5);
@@ -91,15 +89,16 @@ TEST(PlacerLayoutTest, ReviewTellsTheAuthor) {
         {{"M", "S", "1,(1),(),9,0,0,0,0,1,1,1,H"}, "Item 1 is not a valid base on line 3"},
     };
     for (const auto& [lines, note] : rows) {
-        std::string error;
-        EXPECT_EQ(placer_Review(placer_Parse(lines, 6, error)), std::vector<std::string>{note});
-        EXPECT_EQ(error, "");
+        PlacerLayout layout;
+        ASSERT_TRUE(placer_Parse(lines, 6, layout));
+        EXPECT_EQ(placer_Review(layout), std::vector<std::string>{note});
     }
     // The lines of a chain are one rule.
-    std::string error;
+    PlacerLayout layout;
     const std::vector<std::string> chain = {"M", "S", "1,(),(),9,0,0,0,0,1,1,2,H",
                                             "1,(),(),8,0,0,0,0,1,1,1,H"};
-    EXPECT_TRUE(placer_Review(placer_Parse(chain, 6, error)).empty());
+    ASSERT_TRUE(placer_Parse(chain, 6, layout));
+    EXPECT_TRUE(placer_Review(layout).empty());
 }
 
 }  // namespace

@@ -26,9 +26,8 @@ PlacerItem text(PlacerKind kind, int width, int height) {
 // A window of 400 by 300 with these items.
 PlacerWindow window(const std::vector<std::string>& lines, std::vector<PlacerItem> items) {
     items.insert(items.begin(), box(400, 300));
-    std::string error;
-    PlacerLayout layout = placer_Parse(lines, static_cast<int>(items.size()), error);
-    EXPECT_EQ(error, "");
+    PlacerLayout layout;
+    EXPECT_TRUE(placer_Parse(lines, static_cast<int>(items.size()), layout));
     return {std::move(layout), std::move(items)};
 }
 std::vector<std::string> sizes(std::vector<std::string> lines) {

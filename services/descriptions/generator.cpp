@@ -12,17 +12,17 @@ namespace {
 // A file that stands as it should is left alone, so that nothing is built anew.
 bool write(const std::string& folder, const EmittedFile& file) {
     const std::string path = path_join(folder, file.name);
-    std::string stands, why;
+    std::string stands;
     if (file_read_whole(path, stands) && stands == file.text) return true;
-    if (file_replace(path, file.text, &why)) return true;
-    std::fprintf(stderr, "%s: %s\n", path.c_str(), why.c_str());
-    return false;
+    const Result written = file_replace(path, file.text);
+    if (!written) std::fprintf(stderr, "%s\n", written.text().c_str());
+    return written.ok();
 }
 
 bool read(const std::string& path, std::vector<DescribedService>& services) {
-    std::string text, why;
-    if (!file_read_whole(path, text, fileMostBytes, &why)) {
-        std::fprintf(stderr, "%s: %s\n", path.c_str(), why.c_str());
+    std::string text;
+    if (const Result whole = file_read_whole(path, text); !whole) {
+        std::fprintf(stderr, "%s\n", whole.text().c_str());
         return false;
     }
     const Result parsed = description_Parse(path, text, services);

@@ -5,16 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "shared/libcxxutil/file_beside.h"
 
 namespace {
-
-bool fail(std::string* why, const char* reason) {
-    if (why) *why = reason;
-    return false;
-}
 
 bool read_all(int file, std::string& text, size_t most) {
     char block[65536];
@@ -43,11 +37,11 @@ bool write_all(int file, std::string_view text) {
 
 }  // namespace
 
-bool file_read_whole(const std::string& path, std::string& text, size_t most, std::string* why) {
+Result file_read_whole(const std::string& path, std::string& text, size_t most) {
     text.clear();
     // A name pipe or a terminal must not hold the program up while it is opened.
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) return fail(why, std::strerror(errno));
+    if (file < 0) return Result::system(path, errno);
     struct stat about {};
     bool done = ::fstat(file, &about) == 0;
     if (done && !S_ISREG(about.st_mode)) {
@@ -57,17 +51,17 @@ bool file_read_whole(const std::string& path, std::string& text, size_t most, st
     done = done && read_all(file, text, most);
     const int reason = errno;
     ::close(file);
-    if (done) return true;
+    if (done) return {};
     text.clear();
-    return fail(why, std::strerror(reason));
+    return Result::system(path, reason);
 }
 
-bool file_replace(const std::string& path, std::string_view text, std::string* why) {
+Result file_replace(const std::string& path, std::string_view text) {
     FileBeside file;
-    if (const Result made = file.make(path); !made.ok()) return fail(why, made.reason().c_str());
-    if (!write_all(file.descriptor().number(), text)) return fail(why, std::strerror(errno));
+    if (const Result made = file.make(path); !made.ok()) return Result::failure({}, path, made.reason());
+    if (!write_all(file.descriptor().number(), text)) return Result::system(path, errno);
     const Result kept = file.keep();
-    return kept.ok() || fail(why, kept.reason().c_str());
+    return kept.ok() ? Result() : Result::failure({}, path, kept.reason());
 }
 
 bool text_next_line(std::string_view& text, std::string_view& line) {

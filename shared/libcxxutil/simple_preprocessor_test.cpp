@@ -216,9 +216,9 @@ TEST(Files, AreReplacedAsAWholeAndReadWithALimit) {
     std::string folder = path_join(path_temporary_directory(), "files_XXXXXX");
     ASSERT_NE(mkdtemp(folder.data()), nullptr);
     const std::string real = path_join(folder, "real"), link = path_join(folder, "link");
-    std::string text, why;
-    EXPECT_FALSE(file_read_whole(real, text, 10, &why));
-    EXPECT_NE(why, "");
+    std::string text;
+    const Result missing = file_read_whole(real, text, 10);
+    EXPECT_EQ(missing.text(), real + ": No such file or directory");
     ASSERT_TRUE(file_replace(real, "old"));
     chmod(real.c_str(), 0600);
     std::filesystem::create_symlink("real", link);
@@ -227,12 +227,12 @@ TEST(Files, AreReplacedAsAWholeAndReadWithALimit) {
     EXPECT_EQ(std::filesystem::status(real).permissions(), std::filesystem::perms(0600));
     EXPECT_TRUE(file_read_whole(real, text, 3));
     EXPECT_EQ(text, std::string("n\0w", 3));
-    EXPECT_FALSE(file_read_whole(real, text, 2, &why));
-    EXPECT_FALSE(file_read_whole(folder, text, 10, &why));
-    EXPECT_FALSE(file_replace(folder, "x", &why));  // nothing is left beside it
+    EXPECT_FALSE(file_read_whole(real, text, 2));
+    EXPECT_FALSE(file_read_whole(folder, text, 10));
+    EXPECT_EQ(file_replace(folder, "x").where(), folder);  // nothing is left beside it
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2);
     std::filesystem::remove_all(folder);
-    EXPECT_FALSE(file_replace(real, "x", &why));
+    EXPECT_FALSE(file_replace(real, "x"));
 }
 
 TEST(Text, QuotesAnythingOnOneLine) {

@@ -353,9 +353,10 @@ bool AttributeReader::Quoted(std::string& text) {
 // Reading is a part of the store that needs its reader; the store itself knows none.
 bool AttributeStore::read_from_file(const std::string& path) {
     if (options_.fileHook && !options_.fileHook(path)) return true;
-    std::string text, why;
-    if (file_read_whole(path, text, fileMostBytes, &why)) return ReadText(path, text);
-    gen_error("could not open \"%s\": %s", path.c_str(), why.c_str());
+    std::string text;
+    const Result whole = file_read_whole(path, text);
+    if (whole) return ReadText(path, text);
+    gen_error("could not open \"%s\": %s", path.c_str(), whole.reason().c_str());
     return false;
 }
 

@@ -152,8 +152,8 @@ bool AttributeStore::add_or_replace_str_list_attribute(std::string_view name,
 }
 
 bool AttributeStore::write_to_file(const std::string& path, AttributeForm form) const {
-    std::string why;
-    if (file_replace(path, Write(form), &why)) return true;
-    gen_error("failed when writing %s: %s", path.c_str(), why.c_str());
+    const Result written = file_replace(path, Write(form));
+    if (written) return true;
+    gen_error("failed when writing %s: %s", path.c_str(), written.reason().c_str());
     return false;
 }

@@ -229,8 +229,8 @@ bool optionfile_Save(const std::string& path, const OptionTree& tree) {
         gen_warning("Couldn't write %s: illegal key \"%s\"", path.c_str(), key.c_str());
         return false;
     }
-    std::string why;
-    if (file_replace(path, optionfile_Text(tree, true), &why)) return true;
-    gen_warning("Couldn't write %s: %s", path.c_str(), why.c_str());
+    const Result written = file_replace(path, optionfile_Text(tree, true));
+    if (written) return true;
+    gen_warning("Couldn't write %s: %s", path.c_str(), written.reason().c_str());
     return false;
 }

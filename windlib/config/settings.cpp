@@ -95,10 +95,10 @@ bool SettingsManager::Load() {
     found_ = Found::Nothing;
     std::error_code none;
     if (!std::filesystem::exists(std::filesystem::symlink_status(path_, none))) return true;
-    std::string text, why;
+    std::string text;
     found_ = Found::Damaged;
-    if (!file_read_whole(path_, text, fileMostBytes, &why)) {
-        gen_warning("could not read \"%s\": %s", path_.c_str(), why.c_str());
+    if (const Result whole = file_read_whole(path_, text); !whole) {
+        gen_warning("could not read \"%s\": %s", path_.c_str(), whole.reason().c_str());
         return false;
     }
     bool good = store_.ReadText(path_, text);
@@ -173,9 +173,8 @@ bool SettingsManager::Save() {
         gen_warning("failed when writing %s", path_.c_str());
         return false;
     }
-    std::string why;
-    if (!file_replace(path_, text, &why)) {
-        gen_warning("failed when writing %s: %s", path_.c_str(), why.c_str());
+    if (const Result written = file_replace(path_, text); !written) {
+        gen_warning("failed when writing %s: %s", path_.c_str(), written.reason().c_str());
         return false;
     }
     written_ = text;

@@ -39,16 +39,16 @@ int dialog_Number(const DialogDescription& description, std::string_view name) {
     return 0;
 }
 
-PlacerLayout dialog_Layout(const DialogDescription& description, std::string& error) {
+Result dialog_Layout(const DialogDescription& description, PlacerLayout& layout) {
     std::vector<std::string> lines;
     lines.reserve(description.layout.size());
     for (const std::string& line : description.layout) {
         std::string unknown;
         if (numbered(description, line, lines.emplace_back(), unknown)) continue;
-        error = gen_format("No item is named \"%s\" on line %zu", unknown.c_str(), lines.size());
-        return {};
+        return Result::failure(
+            gen_format("No item is named \"%s\" on line %zu", unknown.c_str(), lines.size()));
     }
-    return placer_Parse(lines, static_cast<int>(description.items.size()) + 1, error);
+    return placer_Parse(lines, static_cast<int>(description.items.size()) + 1, layout);
 }
 
 std::string dialog_PlainText(std::string_view text) {

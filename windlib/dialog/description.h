@@ -66,8 +66,8 @@ struct DialogDescription {
 
 // Number of the item in layout lines, 1 and up; 0 when there is none of this name.
 int dialog_Number(const DialogDescription& description, std::string_view name);
-// The layout with names replaced by numbers, read. At a fault error is set to what and where.
-PlacerLayout dialog_Layout(const DialogDescription& description, std::string& error);
+// The layout with names replaced by numbers, read. Fails as placer_Parse, and at the name of no item.
+Result dialog_Layout(const DialogDescription& description, PlacerLayout& layout);
 // A text as it is seen: '&' marks taken out, "&&" as one '&'.
 std::string dialog_PlainText(std::string_view text);
 // The letter behind the '&' mark in lower case; 0 when there is none.

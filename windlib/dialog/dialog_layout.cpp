@@ -187,7 +187,8 @@ void checkPlaces(const DialogLayout& layout, std::vector<std::string>& faults) {
 
 DialogLayout::DialogLayout(DialogDescription description, DialogMetrics metrics)
     : description_(std::move(description)),
-      placer_(dialog_Layout(description_, error_), placerItems(description_)) {
+      read_(dialog_Layout(description_, rules_)),
+      placer_(std::move(rules_), placerItems(description_)) {
     placer_.framed = description_.framed;
     placer_.topLevel = description_.menu;
     for (const DialogItem& item : description_.items) texts_.push_back(item.text);
@@ -222,13 +223,13 @@ void DialogLayout::measure(size_t index) {
 }
 
 PlacerOutcome DialogLayout::open() {
-    return error_.empty() ? placer_.relayout() : PlacerOutcome{};
+    return read_.ok() ? placer_.relayout() : PlacerOutcome{};
 }
 PlacerOutcome DialogLayout::solve() {
-    return error_.empty() ? placer_.solve() : PlacerOutcome{};
+    return read_.ok() ? placer_.solve() : PlacerOutcome{};
 }
 PlacerOutcome DialogLayout::resize(int width, int height) {
-    return error_.empty() ? placer_.resized(width, height) : PlacerOutcome{};
+    return read_.ok() ? placer_.resized(width, height) : PlacerOutcome{};
 }
 
 DialogRect DialogLayout::rect(int number) const {
@@ -253,8 +254,8 @@ std::vector<std::string> dialog_Check(const DialogDescription& description, cons
                                       int width, int height) {
     std::vector<std::string> faults;
     checkNames(description, faults);
-    std::string error;
-    const PlacerLayout lines = dialog_Layout(description, error);
+    PlacerLayout lines;
+    std::string error = dialog_Layout(description, lines).what();
     const std::vector<std::string> notes = placer_Review(lines);
     faults.insert(faults.end(), notes.begin(), notes.end());
     DialogLayout layout(description, metrics);

@@ -30,8 +30,8 @@ class DialogLayout {
     // The description is copied. Items start with their own texts.
     DialogLayout(DialogDescription description, DialogMetrics metrics);
 
-    // What is wrong with the layout lines; empty when they could be read. Nothing is placed then.
-    const std::string& error() const { return error_; }
+    // Whether the layout lines could be read. Nothing is placed when not.
+    const Result& read() const { return read_; }
 
     // For showing the window: its size as the rules want it, or else the least size that they allow.
     [[nodiscard]] PlacerOutcome open();
@@ -58,7 +58,8 @@ class DialogLayout {
 
     DialogDescription description_;
     DialogMetrics metrics_;
-    std::string error_;
+    PlacerLayout rules_;  // until the placer has them
+    Result read_;
     std::vector<std::string> texts_;
     PlacerWindow placer_;
 };

@@ -30,7 +30,7 @@ DialogDescription sample() {
 
 TEST(DialogLayoutTest, OpensGrowsAndFollowsItsFont) {
     DialogLayout layout(sample(), dialog_TestFont(16, true));
-    ASSERT_EQ(layout.error(), "");
+    ASSERT_EQ(layout.read().text(), "");
     EXPECT_TRUE(layout.open().windowChanged);
     const int width = layout.width();
     EXPECT_EQ(width, 40 * 8 + 8);

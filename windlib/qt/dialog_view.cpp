@@ -75,7 +75,7 @@ DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
     orderFocus();
     for (const auto& [name, made] : widgets_) refresh(name);
     layout_ = std::make_unique<DialogLayout>(model_.description(), metrics());
-    if (!layout_->error().empty()) gen_error("%s", layout_->error().c_str());
+    if (!layout_->read()) gen_error("%s", layout_->read().text().c_str());
     for (const auto& [name, made] : widgets_)
         layout_->setText(dialog_Number(model_.description(), name), model_.shownText(name));
     place(layout_->open());

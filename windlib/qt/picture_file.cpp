@@ -75,26 +75,20 @@ void picture_StartHeadless() {
     new QGuiApplication(count, arguments);
 }
 
-bool picture_Write(const std::string& name, int width, int height, double scale, const Draw& draw,
-                   std::string& why) {
+Result picture_Write(const std::string& name, int width, int height, double scale, const Draw& draw) {
     const QString path = QString::fromStdString(name);
     const QString kind = QFileInfo(path).suffix().toLower();
-    if (kind != QLatin1String("png") && kind != QLatin1String("svg") && kind != QLatin1String("pdf")) {
-        why = name + ": the name of a picture ends in .png, .svg or .pdf";
-        return false;
-    }
+    if (kind != QLatin1String("png") && kind != QLatin1String("svg") && kind != QLatin1String("pdf"))
+        return Result::failure("the name of a picture ends in .png, .svg or .pdf", name);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        why = name + ": " + file.errorString().toStdString();
-        return false;
-    }
+    if (!file.open(QIODevice::WriteOnly)) return Result::failure({}, name, file.errorString().toStdString());
     const bool drawn = kind == QLatin1String("png")   ? writePng(file, width, height, scale, draw)
                        : kind == QLatin1String("svg") ? writeSvg(file, width, height, draw)
                                                       : writePdf(file, width, height, draw);
     const bool kept = file.flush() && file.error() == QFileDevice::NoError;
-    if (drawn && kept) return true;
-    why = name + ": the picture could not be written" + (kept ? "" : ": " + file.errorString().toStdString());
-    return false;
+    if (drawn && kept) return {};
+    return Result::failure("the picture could not be written", name,
+                           kept ? std::string() : file.errorString().toStdString());
 }
 
 void picture_Measure(const Draw& measure, int width, int height) {

@@ -84,13 +84,12 @@ TEST(QtSurface, ClipsNestAndExclusiveOrUndoesItself) {
 
 TEST(PictureFile, RefusesANameThatIsNoPicturesAndAFolderThatIsNotThere) {
     picture_StartHeadless();
-    std::string why;
-    EXPECT_FALSE(picture_Write(
-        "x.jpeg", 10, 10, 1, [](Surface&) {}, why));
-    EXPECT_EQ(why, "x.jpeg: the name of a picture ends in .png, .svg or .pdf");
-    EXPECT_FALSE(picture_Write(
-        "/nonexistent/x.png", 10, 10, 1, [](Surface&) {}, why));
-    EXPECT_NE(why.find("/nonexistent/x.png"), std::string::npos);
+    const auto nothing = [](Surface&) {};
+    EXPECT_EQ(picture_Write("x.jpeg", 10, 10, 1, nothing).text(),
+              "x.jpeg: the name of a picture ends in .png, .svg or .pdf");
+    const Result nowhere = picture_Write("/nonexistent/x.png", 10, 10, 1, nothing);
+    EXPECT_EQ(nowhere.where(), "/nonexistent/x.png");
+    EXPECT_NE(nowhere.reason(), "");
 }
 
 TEST(PixelBlit, BlendsLikeAPainterAndStaysInItsClip) {

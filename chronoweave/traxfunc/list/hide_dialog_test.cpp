@@ -107,15 +107,14 @@ TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
     canvas.list.sortField = 1;
     canvas.list.sortAscending = false;
     const std::string text = laArrangement_ToText(laArrangement_Take(canvas, source));
-    std::string why;
-    const auto read = laArrangement_FromText(text + "later=1 2 3\n", why);
-    ASSERT_TRUE(read) << why;
-    EXPECT_EQ(laArrangement_ToText(*read), text);
+    laArrangement read;
+    ASSERT_EQ(laArrangement_FromText(text + "later=1 2 3\n", read).text(), "");
+    EXPECT_EQ(laArrangement_ToText(read), text);
 
     TestCanvas other;
     ASSERT_TRUE(other.Open(random_events(6, 300)));
     const double low = other.canvas->view.viewLow;
-    EXPECT_FALSE(laArrangement_Restore(*other.canvas, *read, {1234, -5, 6}));
+    EXPECT_FALSE(laArrangement_Restore(*other.canvas, read, {1234, -5, 6}));
     EXPECT_EQ(other.message(), "The source has changed since it was last open; it is shown afresh.");
     EXPECT_EQ(other.canvas->view.viewLow, low);
 
@@ -124,7 +123,7 @@ TEST_F(Hiding, AnArrangementComesBackOnTheSameSourceOnly) {
     canvas.marks.bookmarks.clear();
     canvas.marks.cursor[0] = -100;
     canvas.list.sortField = 0;
-    EXPECT_TRUE(laArrangement_Restore(canvas, *read, source));
+    EXPECT_TRUE(laArrangement_Restore(canvas, read, source));
     EXPECT_EQ(laArrangement_ToText(laArrangement_Take(canvas, source)), text);
     EXPECT_EQ(canvas.marks.bookmarks[0].label, "a \"b\"\n'c'\\ \x01");
 }
@@ -135,13 +134,12 @@ TEST_F(Hiding, ADamagedArrangementIsRefusedWithItsLine) {
          {"view=2 1 0", "view=1", "view=1 2 x", "cursors=1", "sort=2 1", "bookmark=1 2 3", "hidden=pattern",
           "hidden=what \"x\"", "hidden=path \"open", "source=1 2", "unit=9", "nonsense", "flat=1 1",
           "bookmark=-1 0 0 0 0 \"x\"", "bookmark=1 0 0 0 99 \"x\"", "view=nan 2 0"}) {
-        std::string why;
-        EXPECT_FALSE(laArrangement_FromText(std::string(good) + bad + "\n", why)) << bad;
-        EXPECT_EQ(why.substr(0, 6), "line 2") << bad;
+        laArrangement read;
+        EXPECT_EQ(laArrangement_FromText(std::string(good) + bad + "\n", read).where(), "line 2") << bad;
     }
-    std::string why;
-    EXPECT_FALSE(laArrangement_FromText("", why));
-    EXPECT_TRUE(laArrangement_FromText(good, why));
+    laArrangement read;
+    EXPECT_FALSE(laArrangement_FromText("", read));
+    EXPECT_TRUE(laArrangement_FromText(good, read));
 }
 
 }  // namespace

@@ -172,19 +172,18 @@ std::string laArrangement_ToText(const laArrangement& all) {
     return text;
 }
 
-std::optional<laArrangement> laArrangement_FromText(std::string_view text, std::string& why) {
+Result laArrangement_FromText(std::string_view text, laArrangement& arrangement) {
     laArrangement all;
     for (int number = 1; !text.empty(); ++number) {
         const size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = text_trim(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() || read_line(all, line)) continue;
-        why = "line " + std::to_string(number) + ": \"" + text_utf8(line) + "\" can't be read";
-        return std::nullopt;
+        return Result::failure("\"" + text_utf8(line) + "\" can't be read", "line " + std::to_string(number));
     }
-    if (all.viewHigh > all.viewLow) return all;
-    why = "there is no view in it";
-    return std::nullopt;
+    if (!(all.viewHigh > all.viewLow)) return Result::failure("there is no view in it");
+    arrangement = std::move(all);
+    return {};
 }
 
 bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& all, const laSourceIdentity& source) {

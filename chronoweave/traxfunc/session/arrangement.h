@@ -13,6 +13,7 @@
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/marks.h"
 #include "chronoweave/traxfunc/model/time.h"
+#include "shared/libcxxutil/result.h"
 
 // Tells a source from what it was: an arrangement of another one would point at nothing.
 struct laSourceIdentity {
@@ -37,8 +38,8 @@ struct laArrangement {
 
 laArrangement laArrangement_Take(const _LaCanvasData& canvas, const laSourceIdentity& source);
 std::string laArrangement_ToText(const laArrangement& arrangement);
-// Unknown keys are passed over. None, with what and in which line in why, for a damaged text.
-std::optional<laArrangement> laArrangement_FromText(std::string_view text, std::string& why);
+// Unknown keys are passed over. Fails, with the line, for a damaged text; the arrangement is as it was then.
+Result laArrangement_FromText(std::string_view text, laArrangement& arrangement);
 // Puts a canvas on the same source back as it was, without painting. False, with the canvas as it is and the
 // message line saying so, when the source is another one by now.
 bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& arrangement,

@@ -28,10 +28,10 @@ bool save(_LaCanvasData& canvas, const std::string& folder, const std::string& f
                        text_utf8(*lost).c_str()));
         return false;
     }
-    std::string why;
-    if (file_replace(file, text, &why)) return true;
+    const Result written = file_replace(file, text);
+    if (written) return true;
     canvas.calls.host->Message(gen_format("Can't open configure file \"%s\" to write.", file.c_str()) +
-                               (why.empty() ? "" : "\n" + why));
+                               (written.reason().empty() ? "" : "\n" + written.reason()));
     return false;
 }
 
