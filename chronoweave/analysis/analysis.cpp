@@ -12,6 +12,7 @@ using Desk = std::shared_ptr<SearchDesk>;
 
 bool search(_LaCanvasData& canvas, const Desk& desk) {
     if (!canvas.source.store) {
+        // The wording is kept as it is known.
         laCanvas_Refuse(canvas, "There is source file.");
         return false;
     }

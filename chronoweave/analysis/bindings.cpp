@@ -13,24 +13,17 @@ namespace {
 
 constexpr int accepted = 1, cancelled = 0;
 
-void run(const DialogDraw& draw, const std::function<void()>& work) {
-    if (draw)
-        draw(work);
-    else
-        work();
-}
-
 // The hide dialog's state shown in its items, and back.
 class HideBinding : public std::enable_shared_from_this<HideBinding> {
   public:
-    HideBinding(_LaCanvasData& canvas, DialogModel& model, DialogDraw draw)
-        : logic_(*canvas.taskList, canvas.list, canvas.items, canvas.source,
+    HideBinding(_LaCanvasData& canvas, DialogModel& model)
+        : canvas_(canvas),
+          logic_(*canvas.taskList, canvas.list, canvas.items, canvas.source,
                  [&canvas] {
                      laCanvas_Resort(canvas);
                      laCanvas_Repaint(canvas);
                  }),
-          model_(model),
-          draw_(std::move(draw)) {}
+          model_(model) {}
 
     void begin() {
         model_.setTitle(logic_.title);
@@ -95,51 +88,51 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
     }
     void press(const std::string& name) {
         takeSelection();
-        run(draw_, [&] { logic_.Press(name); });
+        laCanvas_Paint(canvas_, [&] { logic_.Press(name); });
         if (logic_.isOpen())
             show();
         else
             model_.close(name == "ok" ? accepted : cancelled);
     }
 
+    _LaCanvasData& canvas_;
     laHideDialog logic_;
     DialogModel& model_;
-    DialogDraw draw_;
 };
 
 }  // namespace
 
-std::unique_ptr<DialogModel> dialogs_OpenHide(_LaCanvasData& canvas, DialogDraw draw) {
+std::unique_ptr<DialogModel> dialogs_OpenHide(_LaCanvasData& canvas) {
     auto model = std::make_unique<DialogModel>(dialogs_Hide());
-    std::make_shared<HideBinding>(canvas, *model, std::move(draw))->begin();
+    std::make_shared<HideBinding>(canvas, *model)->begin();
     return model;
 }
 
-std::unique_ptr<DialogModel> dialogs_OpenTimeUnit(_LaCanvasData& canvas, DialogDraw draw) {
+std::unique_ptr<DialogModel> dialogs_OpenTimeUnit(_LaCanvasData& canvas) {
     const auto state = laTimeUnit_Open(canvas);
     if (!state) return nullptr;
     auto model = std::make_unique<DialogModel>(dialogs_TimeUnit());
     DialogModel& shown = *model;
     shown.setChoice("units", state->unit);
     shown.setChecked("auto", state->autoAdjust);
-    shown.onPress = [&canvas, &shown, draw = std::move(draw),
-                     state = *state](const std::string& name) mutable {
+    shown.onPress = [&canvas, &shown, state = *state](const std::string& name) mutable {
         if (name == "ok") {
             state.unit = shown.item("units").choice;
             state.autoAdjust = shown.item("auto").checked;
-            run(draw, [&] { laTimeUnit_Apply(canvas, laTimeUnit_Result(state)); });
+            laCanvas_Paint(canvas, [&] { laTimeUnit_Apply(canvas, laTimeUnit_Result(state)); });
         }
         shown.close(name == "ok" ? accepted : cancelled);
     };
     return model;
 }
 
-std::unique_ptr<DialogModel> dialogs_OpenGoto(_LaCanvasData& canvas, DialogDraw draw) {
+std::unique_ptr<DialogModel> dialogs_OpenGoto(_LaCanvasData& canvas) {
     auto model = std::make_unique<DialogModel>(dialogs_GotoTime());
     DialogModel& shown = *model;
-    shown.onPress = [&canvas, &shown, draw = std::move(draw)](const std::string& name) {
+    shown.onPress = [&canvas, &shown](const std::string& name) {
         bool went = true;
-        if (name == "ok") run(draw, [&] { went = laCanvas_GotoText(canvas, shown.item("time").text); });
+        if (name == "ok")
+            laCanvas_Paint(canvas, [&] { went = laCanvas_GotoText(canvas, shown.item("time").text); });
         if (went)
             shown.close(name == "ok" ? accepted : cancelled);
         else

@@ -20,7 +20,9 @@ class Bindings : public testing::Test {
 
 TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
     int drawn = 0;
-    const auto model = dialogs_OpenHide(canvas, [&](const std::function<void()>& work) { ++drawn, work(); });
+    test.graph.surface = nullptr;  // as in a window
+    canvas.calls.upper.draw = [&](const std::function<void()>& work) { ++drawn, work(); };
+    const auto model = dialogs_OpenHide(canvas);
     EXPECT_EQ(model->title(), "Select tasks to hide");
     EXPECT_EQ(model->item("to_show").rows.size(), 3u);
     EXPECT_FALSE(model->press("hide"));
@@ -33,7 +35,7 @@ TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
     EXPECT_TRUE(model->isClosed());
     EXPECT_EQ(canvas.taskList->rows().size(), 1u);
     EXPECT_GT(drawn, 0);
-    const auto again = dialogs_OpenHide(canvas, {});
+    const auto again = dialogs_OpenHide(canvas);
     EXPECT_EQ(again->item("to_hide").rows.size(), 2u);
     EXPECT_TRUE(again->activate("to_hide", 0));
     EXPECT_TRUE(again->key(DialogKey::Escape));
@@ -41,7 +43,7 @@ TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
 }
 
 TEST_F(Bindings, WhatIsHiddenFollowsTheRowsAsTheUserSortedThem) {
-    const auto model = dialogs_OpenHide(canvas, {});
+    const auto model = dialogs_OpenHide(canvas);
     EXPECT_TRUE(model->sortRows("to_show", 1));
     EXPECT_TRUE(model->sortRows("to_show", 1));  // the other way round: Three, Two, One
     EXPECT_TRUE(model->activate("to_show", 0));
@@ -58,12 +60,12 @@ TEST_F(Bindings, WhatIsHiddenFollowsTheRowsAsTheUserSortedThem) {
 }
 
 TEST_F(Bindings, TheUnitAndThePlaceAreTakenOver) {
-    const auto unit = dialogs_OpenTimeUnit(canvas, {});
+    const auto unit = dialogs_OpenTimeUnit(canvas);
     ASSERT_TRUE(unit);
     EXPECT_TRUE(unit->choose("units", Time_Microsecond));
     EXPECT_TRUE(unit->press("ok"));
     EXPECT_EQ(canvas.axis.timeMode, Time_Microsecond);
-    const auto place = dialogs_OpenGoto(canvas, {});
+    const auto place = dialogs_OpenGoto(canvas);
     EXPECT_TRUE(place->edit("time", "nonsense"));
     EXPECT_TRUE(place->press("ok"));
     EXPECT_FALSE(place->isClosed());
@@ -73,7 +75,7 @@ TEST_F(Bindings, TheUnitAndThePlaceAreTakenOver) {
     EXPECT_TRUE(place->isClosed());
     EXPECT_NEAR(canvas.view.viewLength, 2e-6, 1e-12);
     canvas.axis.timeMode = Time_Tick;
-    EXPECT_FALSE(dialogs_OpenTimeUnit(canvas, {}));
+    EXPECT_FALSE(dialogs_OpenTimeUnit(canvas));
 }
 
 }  // namespace

@@ -273,5 +273,7 @@ void detail_OpenTask(_LaCanvasData& canvas, uint32_t objectId) {
 
 void detail_Attach(_LaCanvasData& canvas) {
     canvas.calls.openDetail = [&canvas](const laItemRef& item) { open_detail(canvas, item); };
-    canvas.calls.openInfo = [&canvas](uint32_t objectId) { object_OpenInfo(canvas, objectId); };
+    canvas.calls.openInfo = [&canvas](uint32_t objectId) {
+        object_OpenInfo(canvas, objectId, detail_OpenTask);
+    };
 }

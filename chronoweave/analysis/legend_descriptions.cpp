@@ -1,4 +1,5 @@
 #include "chronoweave/analysis/dialog_items.h"
+#include "chronoweave/analysis/legend_dialogs.h"
 #include "chronoweave/analysis/legend_window.h"
 #include "windlib/dialog/layout_builder.h"
 

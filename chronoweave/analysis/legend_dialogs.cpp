@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "chronoweave/analysis/legend_window.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
@@ -111,6 +110,7 @@ std::optional<std::string> legend_AskIcon(DialogHost& host, const std::string& p
     list.drawCell = [&](Surface& surface, int x, int y, int, int h, int row, int, bool) {
         const uint64_t id = list.RowId(row);
         if (id < icons.size()) return draw_icon_cell(surface, *icons[id], x, y, h);
+        // The wording is kept as it is known.
         host.Message("Error happended in selectIcon_OwnerDraw().");
     };
     for (size_t i = 0; i < icons.size(); ++i)

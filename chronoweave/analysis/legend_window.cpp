@@ -174,6 +174,7 @@ class LegendWindow {
 
     void Draw(Surface& surface, int x, int y, int w, int h, uint64_t id) {
         if (id >= laLegend_RowCount(canvas_))
+            // The wording is kept as it is known.
             return canvas_.calls.host->Message("Error happended in Legend_OwnerDraw().");
         const auto row = static_cast<size_t>(id);
         if (laLegend_IsStatus(canvas_, row)) {

@@ -11,8 +11,3 @@ void legend_Attach(_LaCanvasData& canvas);
 
 // Window "Legend": "MenuBar", "StatusBox" around the filter field "tf_filter" and the list "list", buttons.
 DialogDescription legend_Window();
-// A status's line: "rgbWin" shows it, "tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD",
-// "bt_choose".
-DialogDescription legend_StatusDialog();
-// One of the icons, in the list "colHeader".
-DialogDescription legend_IconDialog();

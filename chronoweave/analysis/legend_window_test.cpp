@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/analysis/legend_dialogs.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"

@@ -21,8 +21,8 @@ constexpr int timeColumn = 1;  // of the bookmarks
 // while the dialog is open.
 class BookmarkList {
   public:
-    BookmarkList(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw)
-        : host_(host), canvas_(canvas), draw_(std::move(draw)), model_(dialogs_Bookmarks()) {
+    BookmarkList(DialogHost& host, _LaCanvasData& canvas)
+        : host_(host), canvas_(canvas), model_(dialogs_Bookmarks()) {
         model_.list("marks").SetRightAligned(timeColumn, true);
         model_.onSelect = [this](const std::string&) { enable(); };
         model_.onActivate = [this](const std::string&, int) { goTo(); };
@@ -67,15 +67,9 @@ class BookmarkList {
             model_.setEnabled(name, mark != nullptr);
         model_.setText("label", mark ? text_unescape(mark->label) : "");
     }
-    void draw(const std::function<void()>& work) {
-        if (draw_)
-            draw_(work);
-        else
-            work();
-    }
     void goTo() {
         if (const LaBookmark* mark = selected())
-            draw([&] { laCanvas_Reveal(canvas_, mark->time, mark->objectId); });
+            laCanvas_Paint(canvas_, [&] { laCanvas_Reveal(canvas_, mark->time, mark->objectId); });
     }
     void rename() {
         LaBookmark* mark = selected();
@@ -89,7 +83,7 @@ class BookmarkList {
         const auto colour = host_.ChooseColour("Colour of the bookmark", mark->colour & 0xFFFFFF);
         if (!colour) return;
         mark->colour = *colour;
-        draw([&] { laCanvas_Repaint(canvas_); });
+        laCanvas_Paint(canvas_, [&] { laCanvas_Repaint(canvas_); });
         fill(static_cast<size_t>(mark - canvas_.marks.bookmarks.data()));
     }
     void press(const std::string& name) {
@@ -101,14 +95,13 @@ class BookmarkList {
         if (name == "rename") rename();
         if (name == "colour") changeColour();
         if (name == "delete") {
-            draw([&] { laBookmark_DeleteAt(canvas_, at); });
+            laCanvas_Paint(canvas_, [&] { laBookmark_DeleteAt(canvas_, at); });
             fill(at);
         }
     }
 
     DialogHost& host_;
     _LaCanvasData& canvas_;
-    DialogDraw draw_;
     DialogModel model_;
 };
 
@@ -152,8 +145,8 @@ bool contains_nocase(std::string_view text, std::string_view part) {
 
 }  // namespace
 
-void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw) {
-    BookmarkList(host, canvas, std::move(draw)).run();
+void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas) {
+    BookmarkList(host, canvas).run();
 }
 
 std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const _LaCanvasData& canvas) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/detail_window.h"
-#include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -23,8 +22,8 @@ class RelativeNode : public MSLTreeNode {
         : MSLTreeNode(true),
           name_(text_utf8(laTask_WithoutFake(entry.name))),
           tip_(canvas.taskList->RowTip(entry)) {
-        if (entry.lane < canvas.items.lanes.size()) {
-            const laItem_Line& lane = canvas.items.lanes[entry.lane];
+        if (entry.payload < canvas.items.lanes.size()) {
+            const laItem_Line& lane = canvas.items.lanes[entry.payload];
             object_ = lane.objectId;
             priority_ = object_PriorityText(lane.priority);
         }
@@ -54,8 +53,9 @@ const MSLTreeNode* find_object(const MSLTreeNode& at, uint32_t object) {
 
 class ObjectInfo : public DetailWindow {
   public:
-    ObjectInfo(_LaCanvasData& canvas, DialogModel& model, const MslObjectEntry& top, uint32_t object)
-        : DetailWindow(canvas, model), tree_(model.list("list")) {
+    ObjectInfo(_LaCanvasData& canvas, DialogModel& model, const MslObjectEntry& top, uint32_t object,
+               ObjectOpener open)
+        : DetailWindow(canvas, model), open_(open), tree_(model.list("list")) {
         MScrollList& list = model.list("list");
         list.SetWidth(Column_Name, nameLetters * std::max(1, canvas.graph->font.charWidth));
         tree_.Add(std::make_unique<RelativeNode>(canvas, top));
@@ -81,9 +81,10 @@ class ObjectInfo : public DetailWindow {
         if (node->object() == laAgentId)
             tree_.Toggle(row);
         else
-            detail_OpenTask(canvas_, node->object());
+            open_(canvas_, node->object());
     }
 
+    ObjectOpener open_;
     MSLTreeManager tree_;
 };
 
@@ -115,7 +116,7 @@ DialogDescription object_InfoWindow(const std::string& term) {
             .layout = layout.Lines()};
 }
 
-void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {
+void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId, ObjectOpener open) {
     static unsigned windows = 1;
     if (canvas.calls.host == nullptr || canvas.axis.timeMode == Time_Tick) return;
     const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
@@ -125,5 +126,5 @@ void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId) {
     while (top->parent != nullptr && top->parent->parent != nullptr) top = top->parent;
     const std::string title = canvas.list.objectTerm + " Info Window " + gen_format("0x%x", windows++) +
                               " for '" + detail_CanvasTitle(canvas, "NO_NAME") + "'";
-    detail_Open<ObjectInfo>(canvas, object_InfoWindow(canvas.list.objectTerm), title, *top, objectId);
+    detail_Open<ObjectInfo>(canvas, object_InfoWindow(canvas.list.objectTerm), title, *top, objectId, open);
 }

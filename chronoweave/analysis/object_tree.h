@@ -6,8 +6,11 @@
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/description.h"
 
-// Opens one. Nothing in tick mode, for an object that the canvas doesn't have, and where it has no host.
-void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId);
+using ObjectOpener = void (*)(_LaCanvasData& canvas, uint32_t objectId);
+
+// Opens one; in it open is called for a relative that the user opens. Nothing in tick mode, for an object
+// that the canvas doesn't have, and where it has no host.
+void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId, ObjectOpener open);
 // One list, "list".
 DialogDescription object_InfoWindow(const std::string& term);
 // "0x%x", or "Unknown" for one below 0.

@@ -2,12 +2,11 @@
 // out the answer. The canvas's refusals (no source and the like) are its dispatch's and come before.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
-#include "chronoweave/analysis/bindings.h"
-#include "windlib/config/settings.h"
+#include "chronoweave/analysis/program_options.h"
+#include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/host.h"
 
 class MenuRegistry;
@@ -27,7 +26,7 @@ std::optional<ProgramOptions> dialogs_AskScrollPos(DialogHost& host, const Progr
 void dialogs_TakeScrollPos(int r, ProgramOptions& options);
 
 // "EditBookmarks": the list of bookmarks, until it is closed.
-void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas, DialogDraw draw);
+void dialogs_EditBookmarks(DialogHost& host, _LaCanvasData& canvas);
 // The sheet of keys.
 void dialogs_ShowKeys(DialogHost& host);
 void dialogs_ShowAbout(DialogHost& host);

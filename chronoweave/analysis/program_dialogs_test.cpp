@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/analysis/dialog_commands.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/menus.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "windlib/dialog/host_testing.h"
@@ -122,7 +124,7 @@ TEST_F(ProgramDialogs, BookmarksAreEdited) {
         EXPECT_FALSE(model.press("goto"));
         EXPECT_TRUE(model.press("close"));
     };
-    dialogs_EditBookmarks(host, canvas, {});
+    dialogs_EditBookmarks(host, canvas);
     EXPECT_TRUE(canvas.marks.bookmarks.empty());
 }
 
@@ -155,6 +157,62 @@ TEST_F(ProgramDialogs, KeysAndVersionAreShown) {
     };
     dialogs_ShowKeys(host);
     dialogs_ShowAbout(host);
+}
+
+// Each command shows its dialog, gives its window what was answered, and leaves the keyboard to the picture.
+TEST_F(ProgramDialogs, CommandsShowTheirDialogs) {
+    ASSERT_TRUE(test.Open({name_event(0, 0x400, "One"), name_event(5000, 0x800, "Two")}));
+    canvas.calls.host = &host;
+    ProgramOptions options;
+    std::string title = "old", shown;
+    int closed = 0;
+    dialogs_Attach(canvas, {.options = [&] { return options; },
+                            .setOptions = [&](const ProgramOptions& wanted) { options = wanted; },
+                            .title = [&] { return title; },
+                            .setTitle = [&](const std::string& name) { title = name; },
+                            .closed = [&] { ++closed; }});
+    host.drive = [&](DialogModel& model) {
+        shown = model.description().name;
+        if (shown == "getValue") model.type("tf_val", "Night run");
+        if (shown == "Options") model.check("dark", true);
+        if (shown == "ScrollPos") model.choose("side", 0);
+        if (!model.key(DialogKey::Enter)) model.dismiss();
+    };
+    const struct {
+        const char *command, *dialog;
+    } cases[] = {{"About", "About"},       {"KeySheet", "KeySheet"},   {"HideTasks", "HideTasks"},
+                 {"GoToTime", "GotoTime"}, {"TimeUnit", "TimeUnit"},   {"EditBookmarks", "EditBookmarks"},
+                 {"Options", "Options"},   {"CanvasName", "getValue"}, {"ScrollPos", "ScrollPos"}};
+    laBookmark_Add(canvas, laAgentId, 1);
+    for (const auto& [command, dialog] : cases) {
+        shown.clear();
+        EXPECT_TRUE(laCanvas_Command(canvas, command)) << command;
+        EXPECT_EQ(shown, dialog);
+    }
+    EXPECT_EQ(closed, static_cast<int>(std::size(cases)));
+    EXPECT_TRUE(options.darkColours);
+    EXPECT_FALSE(options.verticalBarRight);
+    EXPECT_EQ(title, "Night run");
+    EXPECT_TRUE(laCanvas_Command(canvas, "IconButton"));
+    EXPECT_FALSE(options.iconButtons);
+    canvas.calls.host = nullptr;
+    EXPECT_FALSE(laCanvas_Command(canvas, "Options"));
+}
+
+// The file has the names that users know; each option is kept under one of its own.
+TEST(ProgramOptionsTest, EachIsKeptUnderItsName) {
+    SettingsManager settings(program_Switches(), "/nowhere");
+    EXPECT_EQ(program_OptionsOf(settings), ProgramOptions{});
+    for (const SettingsSwitch& each : program_Switches()) {
+        settings.SetOn(each.name, !each.on);
+        const ProgramOptions other = program_OptionsOf(settings);
+        EXPECT_NE(other, ProgramOptions{}) << each.name;
+        settings.SetOn(each.name, each.on);
+        EXPECT_EQ(program_OptionsOf(settings), ProgramOptions{}) << each.name;
+        program_Keep(other, settings);
+        EXPECT_EQ(settings.IsOn(each.name), !each.on) << each.name;
+        program_Keep({}, settings);
+    }
 }
 
 }  // namespace

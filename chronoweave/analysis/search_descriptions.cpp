@@ -167,7 +167,7 @@ DialogDescription search_PatternDialog() {
                   item_Label("t_end_objects", "Tasks for end event:", "end_objects"),
                   objects("end_objects", "Objects of the end event", Dialog_Multiple),
                   {.name = "same", .kind = DialogKind::CheckBox, .text = "&Match events on the same task"},
-                  item_Ok("ok", "Ok"),  // spelled as the dialog has always had it
+                  item_Ok("ok", "Ok"),  // the wording is kept as it is known
                   item_Cancel()},
         .layout = layout.Lines()};
 }

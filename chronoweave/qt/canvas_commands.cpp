@@ -6,10 +6,12 @@
 
 #include "chronoweave/analysis/analysis.h"
 #include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/analysis/dialog_commands.h"
 #include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/event_dock.h"
+#include "chronoweave/qt/manual_window.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/qt/tool_bar.h"
@@ -24,7 +26,6 @@
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
-#include "windlib/qt/manual_window.h"
 #include "windlib/qt/menu_view.h"
 #include "windlib/qt/platform.h"
 
@@ -85,12 +86,19 @@ void CanvasWindow::showButtons() {
     });
 }
 
-const ProgramOptions& CanvasWindow::options() const {
-    return services_.settings ? services_.settings->options : looseOptions();
+ProgramOptions CanvasWindow::options() const {
+    return services_.settings ? program_OptionsOf(*services_.settings) : looseOptions();
+}
+
+void CanvasWindow::keepOptions(const ProgramOptions& wanted) {
+    if (services_.settings)
+        program_Keep(wanted, *services_.settings);
+    else
+        looseOptions() = wanted;
 }
 
 void CanvasWindow::takeOptions() {
-    const ProgramOptions& wanted = options();
+    const ProgramOptions wanted = options();
     _LaCanvasData& canvas = view_->canvas();
     const bool rows = canvas.list.kernelGroup != wanted.kernel,
                icons = canvas.options.newTrv != wanted.newTrv;
@@ -115,12 +123,10 @@ void CanvasWindow::takeOptions() {
 }
 
 // All windows have the same options.
-bool CanvasWindow::setOptions(const std::optional<ProgramOptions>& wanted) {
-    if (!wanted) return true;
-    (services_.settings ? services_.settings->options : looseOptions()) = *wanted;
+void CanvasWindow::setOptions(const ProgramOptions& wanted) {
+    keepOptions(wanted);
     for (CanvasWindow* window : all()) window->takeOptions();
     if (services_.settings) services_.settings->Save();
-    return true;
 }
 
 void CanvasWindow::closeSource() {
@@ -147,7 +153,8 @@ bool CanvasWindow::openFile(const std::string& name) {
     }
     if (load(name)) return true;
     std::error_code none;
-    if (services_.settings && !std::filesystem::exists(name, none)) services_.settings->RemoveRecent(name);
+    if (services_.settings && !std::filesystem::exists(name, none))
+        services_.settings->RemoveRecent(name, program_TraceFiles);
     showButtons();
     return false;
 }
@@ -167,41 +174,21 @@ void CanvasWindow::fillUpperFloor() {
     host_->setBusy = [this](bool busy) { setBusy(busy); };
     canvas.calls.host = host_.get();
     upper.recentFiles = [this] {
-        return services_.settings ? services_.settings->Recent() : std::vector<std::string>();
-    };
-    const DialogDraw draw = [this](const std::function<void()>& work) { view_->draw(work); };
-    // Work that waits for the user in a dialog: the picture has the keyboard again afterwards.
-    const auto ask = [this](std::function<void()> work) {
-        return [this, work = std::move(work)](const std::string&) {
-            work();
-            view_->setFocus();
-            return true;
-        };
+        return services_.settings ? services_.settings->Recent(program_TraceFiles)
+                                  : std::vector<std::string>();
     };
     auto& commands = upper.commands;
-    commands["About"] = ask([this] { dialogs_ShowAbout(*host_); });
-    commands["KeySheet"] = ask([this] { dialogs_ShowKeys(*host_); });
     commands["Quit"] = [this](const std::string&) { return close(); };
     commands["Open"] = [this](const std::string& name) { return openFile(name); };
     commands["Close"] = [this](const std::string&) { return closeSource(), true; };
     commands["NewWindow"] = [this](const std::string&) { return openAnother() != nullptr; };
-    commands["HideTasks"] = ask([this, draw] { openDialog(dialogs_OpenHide(view_->canvas(), draw)); });
-    commands["GoToTime"] = ask([this, draw] { openDialog(dialogs_OpenGoto(view_->canvas(), draw)); });
-    commands["TimeUnit"] = ask([this, draw] { openDialog(dialogs_OpenTimeUnit(view_->canvas(), draw)); });
-    commands["EditBookmarks"] = ask([this, draw] { dialogs_EditBookmarks(*host_, view_->canvas(), draw); });
-    commands["RefreshGap"] = ask([this] { dialogs_AskRefreshInterval(*host_, view_->canvas()); });
-    commands["CanvasName"] = ask([this] {
-        _LaCanvasData& named = view_->canvas();
-        if (dialogs_AskCanvasName(*host_, named, windowTitle().toStdString()))
-            setWindowTitle(QString::fromStdString(named.source.canvasName));
-    });
-    commands["Options"] = ask([this] { setOptions(dialogs_AskOptions(*host_, options())); });
-    commands["ScrollPos"] = ask([this] { setOptions(dialogs_AskScrollPos(*host_, options())); });
-    commands["IconButton"] = [this](const std::string&) {
-        ProgramOptions wanted = options();
-        wanted.iconButtons = !wanted.iconButtons;
-        return setOptions(wanted);
-    };
+    dialogs_Attach(
+        canvas,
+        {.options = [this] { return options(); },
+         .setOptions = [this](const ProgramOptions& wanted) { setOptions(wanted); },
+         .title = [this] { return windowTitle().toStdString(); },
+         .setTitle = [this](const std::string& name) { setWindowTitle(QString::fromStdString(name)); },
+         .closed = [this] { view_->setFocus(); }});
     legend_Attach(canvas);
     detail_Attach(canvas);
     analysis_Attach(canvas);
@@ -224,8 +211,9 @@ void CanvasWindow::makeEventTable() {
     view_->canvas().calls.upper.eventTable = shown;
     // With its window it goes without being hidden.
     events_->shownChanged = [this] {
-        ProgramOptions& kept = services_.settings ? services_.settings->options : looseOptions();
+        ProgramOptions kept = options();
         kept.eventTable = view_->canvas().calls.upper.eventTable = !events_->isHidden();
+        keepOptions(kept);
         showButtons();
     };
     view_->canvas().calls.upper.commands["EventTable"] = [this](const std::string&) {

@@ -356,7 +356,7 @@ bool CanvasWindow::load(const std::string& name) {
         say(message);
         restoreArrangement();
         laHistory_Add(view_->canvas());  // so that one comes back to the first picture
-        if (services_.settings) services_.settings->AddRecent(source_);
+        if (services_.settings) services_.settings->AddRecent(source_, program_TraceFiles);
         showButtons();
     }
     if (!shown && view_->canvas().fields.message == loadingText) say("");
@@ -477,8 +477,8 @@ void CanvasWindow::chooseAndLoad() {
     dialog.setFileMode(QFileDialog::AnyFile);  // a store may be given by its base name
     dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Read"));
     std::string last = source_;
-    if (last.empty() && services_.settings && !services_.settings->Recent().empty())
-        last = services_.settings->Recent().front();
+    if (last.empty() && services_.settings && !services_.settings->Recent(program_TraceFiles).empty())
+        last = services_.settings->Recent(program_TraceFiles).front();
     if (!last.empty()) dialog.setDirectory(QString::fromStdString(path_directory(last)));
     if (!source_.empty()) dialog.selectFile(QString::fromStdString(source_));
     const Gate::Token open = gate_Begin(GateWork::ModalDialog);
@@ -486,8 +486,4 @@ void CanvasWindow::chooseAndLoad() {
     QString name = dialog.selectedFiles().constFirst();
     if (QFileInfo(name).suffix().isEmpty()) name += QStringLiteral(".trs");
     load(name.toStdString());
-}
-
-void CanvasWindow::openDialog(std::unique_ptr<DialogModel> model) {
-    if (model) host_->Run(*model);
 }

@@ -5,11 +5,11 @@
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "chronoweave/analysis/program_options.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/traxfunc/input/menus.h"
 #include "windlib/dialog/model.h"
@@ -25,9 +25,7 @@ class QGridLayout;
 class QScrollBar;
 class QtDialogHost;
 class QtEventService;
-class SettingsManager;
 class ToolBarView;
-struct ProgramOptions;
 
 // What all windows share; each may be null. All outlive the windows.
 struct CanvasServices {
@@ -91,9 +89,10 @@ class CanvasWindow : public QMainWindow {
     QWidget* makePane();
     QWidget* makeTools();
     void connectItems();
-    const ProgramOptions& options() const;
+    ProgramOptions options() const;
+    void keepOptions(const ProgramOptions& wanted);
     void takeOptions();
-    bool setOptions(const std::optional<ProgramOptions>& wanted);
+    void setOptions(const ProgramOptions& wanted);
     void placeBars();
     void syncBars();
     void showButtons();
@@ -106,7 +105,6 @@ class CanvasWindow : public QMainWindow {
     void restoreArrangement();
     void keepArrangement();
     void say(const std::string& text);
-    void openDialog(std::unique_ptr<DialogModel> model);
     void closeSource();
     void showNoSource();
     void endGrowing();

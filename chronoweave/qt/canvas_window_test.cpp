@@ -216,7 +216,7 @@ TEST_F(Window, ACoreFileThatCannotBeReadIsTold) {
 }
 
 TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
-    SettingsManager settings(folder / "config");
+    SettingsManager settings(program_Switches(), folder / "config");
     ArrangementStore arrangements(folder / "config");
     const CanvasServices services{&settings, &arrangements};
     const auto open = [&] {
@@ -239,9 +239,9 @@ TEST_F(Window, WhatTheUserArrangedComesBackAndAChangedSourceIsOpenedFresh) {
     first->close();
     first.reset();
 
-    SettingsManager later(folder / "config");
+    SettingsManager later(program_Switches(), folder / "config");
     EXPECT_TRUE(later.Load());
-    EXPECT_EQ(later.Recent(), std::vector<std::string>{trace});
+    EXPECT_EQ(later.Recent(program_TraceFiles), std::vector<std::string>{trace});
     auto second = open();
     EXPECT_EQ(second->width(), 900);
     EXPECT_NEAR(second->view().canvas().view.viewLow, low, 1e-6);

@@ -60,7 +60,7 @@ class Host : public testing::Test {
     DialogModel& open(bool menu = false) { return host.Open(std::make_unique<DialogModel>(sample(menu))); }
 
     TestFolder folder;
-    SettingsManager settings{folder / "config"};
+    SettingsManager settings{{}, folder / "config"};
     QWidget over;
     QtDialogHost host{&over, &settings};
 };

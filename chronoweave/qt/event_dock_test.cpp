@@ -42,7 +42,7 @@ class Dock : public testing::Test {
 
     TestFolder folder;
     std::string trace = folder / "run.trr";
-    SettingsManager settings{folder / "settings"};
+    SettingsManager settings{program_Switches(), folder / "settings"};
     std::unique_ptr<CanvasWindow> window;
     EventDock* dock = nullptr;
 };
@@ -59,13 +59,13 @@ TEST_F(Dock, ComesAndGoesByCommandAndIsRemembered) {
     EXPECT_EQ(dock->height(), dock->rememberedHeight());
     const int height = dock->height();
     window.reset();
-    EXPECT_TRUE(settings.options.eventTable);
+    EXPECT_TRUE(settings.IsOn("EventTable"));
     Open();
     QApplication::processEvents();
     EXPECT_TRUE(dock->isVisible());
     EXPECT_NEAR(dock->height(), height, 2);
     window->command("EventTable");
-    EXPECT_FALSE(settings.options.eventTable);
+    EXPECT_FALSE(settings.IsOn("EventTable"));
     EXPECT_EQ(window->view().canvas().marks.markedEvent, 0u);
 }
 

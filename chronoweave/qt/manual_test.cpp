@@ -5,11 +5,12 @@
 #include <QTextBrowser>
 #include <filesystem>
 
+#include "chronoweave/qt/manual_window.h"
 #include "chronoweave/traxfunc/input/menus.h"
 #include "shared/libcxxutil/files.h"
 #include "windlib/menu/menu.h"
 #include "windlib/qt/application_testing.h"
-#include "windlib/qt/manual_window.h"
+#include "windlib/qt/dialog_view.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ class Manual : public testing::Test {
     static void SetUpTestSuite() {
         ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
         testing_StartApplication();
+        manual_TakeF1();
     }
 };
 
@@ -79,6 +81,19 @@ TEST_F(Manual, EveryCommandOfMenusAndToolBarIsExplained) {
             if (!row.isSeparator() && row.child == nullptr) explained(row.body);
     for (const laToolButton& button : laMenus_ToolBar())
         if (!button.isGap()) explained(button.command);
+}
+
+TEST_F(Manual, F1OpensThePageOfTheWindowThatHasTheKeyboard) {
+    DialogModel model({.name = "Options", .title = "Options", .items = {{.name = "only"}}});
+    DialogView view(model);
+    view.show();
+    testing_Key(view, Qt::Key_F1);
+    ManualWindow* manual = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* found = qobject_cast<ManualWindow*>(window)) manual = found;
+    ASSERT_NE(manual, nullptr);
+    EXPECT_TRUE(manual->text().source().fileName().contains(QStringLiteral("options")));
+    manual->close();
 }
 
 TEST_F(Manual, PagesAreFoundByTheirWords) {

@@ -58,7 +58,7 @@ class WindowMenus : public testing::Test {
 
     TestFolder folder;
     std::string trace = folder / "run.trr";
-    SettingsManager settings{folder / "config"};
+    SettingsManager settings{program_Switches(), folder / "config"};
     std::unique_ptr<CanvasWindow> window;
 };
 
@@ -174,7 +174,7 @@ TEST_F(WindowMenus, OptionsReachAllWindowsAndTheSettings) {
     EXPECT_GT(bar->x(), 0);
     window->command("IconButton");
     EXPECT_EQ(other->findChild<QToolButton*>("Open")->toolButtonStyle(), Qt::ToolButtonTextOnly);
-    EXPECT_FALSE(settings.options.iconButtons);
+    EXPECT_FALSE(settings.IsOn("IconButton"));
     Answer([](QWidget& dialog) {
         EXPECT_EQ(dialog.objectName(), QStringLiteral("ScrollPos"));
         for (auto* choice : dialog.findChildren<QAbstractButton*>())
@@ -186,10 +186,10 @@ TEST_F(WindowMenus, OptionsReachAllWindowsAndTheSettings) {
     QApplication::processEvents();
     EXPECT_EQ(bar->x(), 0);
     EXPECT_GT(bar->y(), 0);
-    SettingsManager later(folder / "config");
+    SettingsManager later(program_Switches(), folder / "config");
     EXPECT_TRUE(later.Load());
-    EXPECT_EQ(later.options, settings.options);
-    EXPECT_FALSE(later.options.verticalBarRight || later.options.horizontalBarBottom);
+    EXPECT_EQ(program_OptionsOf(later), program_OptionsOf(settings));
+    EXPECT_FALSE(later.IsOn("ScrollRight") || later.IsOn("ScrollBottom"));
 }
 
 TEST_F(WindowMenus, AnotherWindowTakesTheMenuOfItsDescription) {

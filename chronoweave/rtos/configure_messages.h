@@ -1,5 +1,5 @@
 // The texts that the reading of a configure file can say. "%d", "%s" and "%x" are places for configure_Fill,
-// in their order; the texts never reach printf.
+// in their order; the texts never reach printf. Their wording is kept as it is known.
 #pragma once
 
 #include <initializer_list>

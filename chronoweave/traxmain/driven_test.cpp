@@ -129,7 +129,7 @@ void hide_by_menu(Robot& robot) {
         before = canvas_data().taskList->rows().size();
         PictureView& view = Robot::canvas()->view();
         for (const MslObjectEntry* entry : canvas_data().taskList->rows())
-            if (entry->lane != laNoLane && entry->row > 0) {
+            if (entry->payload != laNoLane && entry->row > 0) {
                 row = view.mapToGlobal(
                     QPoint(40, view.picture().graphTop + entry->row * canvas_data().looks.rowHeight + 8));
                 break;

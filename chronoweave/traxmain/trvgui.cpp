@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <memory>
 
+#include "chronoweave/analysis/program_options.h"
 #include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/manual_window.h"
 #include "chronoweave/traxmain/start_options.h"
 #include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
@@ -88,6 +90,7 @@ int trvgui_Main(int argc, char** argv) {
         return std::fflush(stdout) == 0 ? 0 : 1;
     }
     const auto application = platform_Start(argv[0]);
+    manual_TakeF1();
     last_Prepare();
     console_Install();
     applyToolkitOptions(options);
@@ -96,10 +99,11 @@ int trvgui_Main(int argc, char** argv) {
     // The loop is the outermost place to return to from a fault that nothing below caught. What stood on the
     // stack between is lost; the program only says so and ends.
     sigjmp_buf& point = gen_push_return_point();
+    // The wording is kept as it is known.
     if (sigsetjmp(point, 1) != 0) last_Words("Cannot continue, exitting...");
     if (installsHandlers(options)) gen_install_signal_handlers();
     QtEventService events;
-    SettingsManager settings;
+    SettingsManager settings(program_Switches());
     ArrangementStore arrangements;
     settings.TakeDefaults(siteOptions());
     if (options.defaultsOnly) {

@@ -13,6 +13,7 @@
 #include "bench/generate.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/manual_window.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "fuzz/window/monkey.h"
@@ -40,6 +41,7 @@ class RandomInput : public testing::TestWithParam<unsigned> {
     static void SetUpTestSuite() {
         ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
         testing_StartApplication();
+        manual_TakeF1();
         folder = new TestFolder;
         std::filesystem::current_path(*folder / "");
         config_SetUserDirectory(*folder / "user");

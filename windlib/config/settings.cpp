@@ -21,21 +21,6 @@ constexpr const char* positionsNode = "WindowPositionsTree";
 constexpr const char* timestampName = "timestamp";
 constexpr int mostBackups = 100;
 
-struct OptionName {
-    const char* name;
-    bool ProgramOptions::*field;
-};
-constexpr std::array<OptionName, 10> optionNames{{{"NewTrv", &ProgramOptions::newTrv},
-                                                  {"Prefetch", &ProgramOptions::prefetch},
-                                                  {"Kernel", &ProgramOptions::kernel},
-                                                  {"IconButton", &ProgramOptions::iconButtons},
-                                                  {"ScrollRight", &ProgramOptions::verticalBarRight},
-                                                  {"ScrollBottom", &ProgramOptions::horizontalBarBottom},
-                                                  {"WheelZoom", &ProgramOptions::bareWheelZooms},
-                                                  {"Snap", &ProgramOptions::cursorsSnap},
-                                                  {"EventTable", &ProgramOptions::eventTable},
-                                                  {"DarkColours", &ProgramOptions::darkColours}}};
-
 constexpr std::array<const char*, 4> absoluteNames{"abs_x", "abs_y", "abs_w", "abs_h"};
 constexpr std::array<const char*, 4> parentNames{"par_x", "par_y", "par_w", "par_h"};
 constexpr std::array<int WindowRectangle::*, 4> sides{&WindowRectangle::x, &WindowRectangle::y,
@@ -72,25 +57,37 @@ std::vector<std::string_view> key_parts(std::string_view key) {
 
 }  // namespace
 
-SettingsManager::SettingsManager(std::string directory)
+SettingsManager::SettingsManager(std::vector<SettingsSwitch> switches, std::string directory)
     : path_(path_join(directory.empty() ? config_UserDirectory() : directory, "settings")),
+      defaults_(std::move(switches)),
+      switches_(defaults_),
       store_({.wordsAreTexts = false, .sizeSuffixes = false, .goOnAfterErrors = true, .fileHook = {}}) {}
 
 void SettingsManager::TakeDefaults(const OptionTree& tree) {
-    for (const OptionName& option : optionNames) {
-        const std::string* value = tree.Value(option.name);
+    for (SettingsSwitch& each : defaults_) {
+        const std::string* value = tree.Value(each.name);
         if (value == nullptr) continue;
         if (const auto on = optionfile_Truth(*value))
-            defaults_.*option.field = *on;
+            each.on = *on;
         else
-            gen_warning("the option \"%s\" can't be \"%s\"", option.name, value->c_str());
+            gen_warning("the option \"%s\" can't be \"%s\"", each.name, value->c_str());
     }
-    options = defaults_;
+    switches_ = defaults_;
+}
+
+bool SettingsManager::IsOn(std::string_view name) const {
+    return std::any_of(switches_.begin(), switches_.end(),
+                       [name](const SettingsSwitch& each) { return each.name == name && each.on; });
+}
+
+void SettingsManager::SetOn(std::string_view name, bool on) {
+    for (SettingsSwitch& each : switches_)
+        if (each.name == name) each.on = on;
 }
 
 bool SettingsManager::Load() {
     store_.Clear();
-    options = defaults_;
+    switches_ = defaults_;
     written_.clear();
     found_ = Found::Nothing;
     std::error_code none;
@@ -103,7 +100,7 @@ bool SettingsManager::Load() {
     }
     bool good = store_.ReadText(path_, text);
     const bool version = CheckVersion();
-    good = TakeOptions() && good;
+    good = TakeSwitches() && good;
     good = TakeRecent() && good;
     if (good && version) {
         found_ = Found::Good;
@@ -132,14 +129,14 @@ bool SettingsManager::CheckVersion() {
     return false;
 }
 
-bool SettingsManager::TakeOptions() {
+bool SettingsManager::TakeSwitches() {
     const AttributeNode* node = store_.Root().Child(optionsNode);
     bool good = true;
-    for (const OptionName& option : optionNames) {
-        const Attribute* attribute = node ? node->Find(option.name) : nullptr;
-        const int64_t* number = node ? node->Number(option.name) : nullptr;
+    for (SettingsSwitch& each : switches_) {
+        const Attribute* attribute = node ? node->Find(each.name) : nullptr;
+        const int64_t* number = node ? node->Number(each.name) : nullptr;
         if (number && (*number == 0 || *number == 1))
-            options.*option.field = *number != 0;
+            each.on = *number != 0;
         else if (attribute)
             good = Unusable(*attribute);
     }
@@ -161,11 +158,11 @@ bool SettingsManager::Save() {
     root.Set(versionName, formatVersion);
     AttributeNode& node = root.MakeChild(optionsNode);
     // What is as by default stays out, so that another default of the site holds.
-    for (const OptionName& option : optionNames) {
-        if (options.*option.field == defaults_.*option.field)
-            node.Remove(option.name);
+    for (size_t i = 0; i < switches_.size(); ++i) {
+        if (switches_[i].on == defaults_[i].on)
+            node.Remove(switches_[i].name);
         else
-            node.Set(option.name, int64_t{options.*option.field ? 1 : 0});
+            node.Set(switches_[i].name, int64_t{switches_[i].on ? 1 : 0});
     }
     const std::string text = store_.Write(AttributeForm::Block);
     if (text == written_) return true;

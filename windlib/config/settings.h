@@ -1,5 +1,5 @@
-// What the program remembers of its user from run to run: its own options, the recent files and the positions
-// of windows, in the file "settings" of the user's configuration directory, in the syntax of the attribute
+// What a program remembers of its user from run to run: its switches, the recent files and the positions of
+// windows, in the file "settings" of the user's configuration directory, in the syntax of the attribute
 // store. A file that is damaged, can't be read or written, or is of a newer program is reported and never an
 // obstacle: what can't be read has its default, and what can't be written is lost at the end of the run.
 #pragma once
@@ -13,19 +13,10 @@
 #include "windlib/config/attribute_store.h"
 #include "windlib/config/option_file.h"
 
-struct ProgramOptions {
-    bool newTrv = true;            // overlapping icons give way by free space, else by rectangles
-    bool prefetch = true;          // a fetch takes twice the range asked for
-    bool kernel = false;           // objects with no separator in their name go under "Kernel"
-    bool iconButtons = true;       // tool buttons show their icon, else their text
-    bool verticalBarRight = true;  // sides of the scroll bars
-    bool horizontalBarBottom = true;
-    bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
-    bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
-    bool eventTable = false;      // new windows show the table of events
-    bool darkColours = false;     // windows are dark whatever the desktop's colours are
-
-    bool operator==(const ProgramOptions&) const = default;
+// An option that is on or off, by the name that the file has.
+struct SettingsSwitch {
+    const char* name;
+    bool on;  // by default, and as it is now
 };
 
 struct WindowRectangle {
@@ -43,12 +34,12 @@ class SettingsManager {
   public:
     static constexpr int64_t formatVersion = 1;
     static constexpr size_t mostRecent = 10;
-    static constexpr const char* dataFiles = "TRVDataFiles";  // the kind of the files of traces
 
-    // The file "settings" of the directory; empty means the user's configuration directory.
-    explicit SettingsManager(std::string directory = {});
+    // The program's switches with their defaults, in the order in which the file has them. The file is
+    // "settings" of the directory; an empty one means the user's configuration directory.
+    explicit SettingsManager(std::vector<SettingsSwitch> switches, std::string directory = {});
 
-    // What the options are where the file says nothing: the values of a tree (option_file.h) by the names
+    // What the switches are where the file says nothing: the values of a tree (option_file.h) by the names
     // that the file has, 0 or 1, "true" or "false". Another value is reported, and passed over. Before Load.
     void TakeDefaults(const OptionTree& tree);
     // Takes over what the file says. No file is no fault. False when anything of it could not be used, which
@@ -60,13 +51,15 @@ class SettingsManager {
     bool Save();
     const std::string& Path() const { return path_; }
 
-    ProgramOptions options;
+    // A name that is none of the switches' is off, and can't be set.
+    bool IsOn(std::string_view name) const;
+    void SetOn(std::string_view name, bool on);
 
     // Recent files of a kind, the newest first.
-    std::vector<std::string> Recent(std::string_view kind = dataFiles) const;
+    std::vector<std::string> Recent(std::string_view kind) const;
     // Puts a file first; one that was in the list moves.
-    void AddRecent(const std::string& path, std::string_view kind = dataFiles);
-    void RemoveRecent(const std::string& path, std::string_view kind = dataFiles);
+    void AddRecent(const std::string& path, std::string_view kind);
+    void RemoveRecent(const std::string& path, std::string_view kind);
 
     // The key's parts are divided by ".", for example "Trvgui.Find". Nothing for a key with an empty part,
     // one that was never saved, and a position with no size.
@@ -78,13 +71,13 @@ class SettingsManager {
     enum class Found { Nothing, Good, Damaged, Newer };
 
     bool CheckVersion();
-    bool TakeOptions();
+    bool TakeSwitches();
     bool TakeRecent();
     bool Unusable(const Attribute& attribute) const;
     bool KeepOldFile();
 
     std::string path_;
-    ProgramOptions defaults_;
+    std::vector<SettingsSwitch> defaults_, switches_;  // of one order
     AttributeStore store_;  // holds also what this program doesn't know, so that it is written back
     std::string written_;   // the text of the file, when it is known
     Found found_ = Found::Nothing;

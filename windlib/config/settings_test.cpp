@@ -8,50 +8,58 @@ namespace {
 using Settings = ConfigFolder;
 using Arrangements = ConfigFolder;
 
+constexpr const char* notes = "Notes";  // a kind of files
+
+std::vector<SettingsSwitch> switches() {
+    return {{"Beep", true}, {"Wrap", true}, {"Loud", false}, {"Grid", true}};
+}
+
 WindowPosition position(int x) {
     return {1700000000, {x, -20, 300, 200}, {x - 5, -25, 300, 200}};
 }
 
 TEST_F(Settings, ASiteGivesOtherDefaults) {
     OptionTree site;
-    site.Set("Kernel", "1");
-    site.Set("Prefetch", "FALSE");
-    site.Set("Snap", "perhaps");
-    SettingsManager first(folder_);
+    site.Set("Loud", "1");
+    site.Set("Wrap", "FALSE");
+    site.Set("Grid", "perhaps");
+    SettingsManager first(switches(), folder_);
     first.TakeDefaults(site);
-    EXPECT_NE(messages_.find("\"Snap\" can't be \"perhaps\""), std::string::npos);
+    EXPECT_NE(messages_.find("\"Grid\" can't be \"perhaps\""), std::string::npos);
     EXPECT_TRUE(first.Load());
-    EXPECT_TRUE(first.options.kernel && first.options.cursorsSnap && !first.options.prefetch);
-    first.options.kernel = false;
+    EXPECT_TRUE(first.IsOn("Loud") && first.IsOn("Grid") && !first.IsOn("Wrap"));
+    first.SetOn("Loud", false);
     EXPECT_TRUE(first.Save());
-    SettingsManager second(folder_);
+    SettingsManager second(switches(), folder_);
     second.TakeDefaults(site);
     EXPECT_TRUE(second.Load());
-    EXPECT_FALSE(second.options.kernel) << "the user's word goes first";
-    SettingsManager without(folder_);
+    EXPECT_FALSE(second.IsOn("Loud")) << "the user's word goes first";
+    SettingsManager without(switches(), folder_);
     EXPECT_TRUE(without.Load());
-    EXPECT_EQ(without.options, ProgramOptions{}) << "only what was changed is kept";
+    EXPECT_TRUE(without.IsOn("Wrap") && !without.IsOn("Loud")) << "only what was changed is kept";
 }
 
 TEST_F(Settings, ComeBackAsTheyWereLeft) {
-    SettingsManager first(folder_);
+    SettingsManager first(switches(), folder_);
     EXPECT_TRUE(first.Load());  // there is no file
-    EXPECT_EQ(first.options, ProgramOptions{});
-    first.options.kernel = true;
-    first.options.newTrv = first.options.verticalBarRight = false;
-    for (int i = 0; i < 12; ++i) first.AddRecent("/t/" + std::to_string(i) + " \"%s\".trs");
-    first.AddRecent("/t/5 \"%s\".trs");
+    EXPECT_TRUE(first.IsOn("Beep") && !first.IsOn("Loud"));
+    first.SetOn("Loud", true);
+    first.SetOn("Beep", false);
+    first.SetOn("Nothing", true);
+    for (int i = 0; i < 12; ++i) first.AddRecent("/t/" + std::to_string(i) + " \"%s\".trs", notes);
+    first.AddRecent("/t/5 \"%s\".trs", notes);
     first.AddRecent("/other", "Other");
-    first.RemoveRecent("/t/9 \"%s\".trs");
+    first.RemoveRecent("/t/9 \"%s\".trs", notes);
     EXPECT_TRUE(first.SetPosition("Trvgui.Find", position(10)));
     EXPECT_FALSE(first.SetPosition("Trvgui..x", position(1)));
     EXPECT_TRUE(first.Save());
     EXPECT_EQ(Files(), 1u);
 
-    SettingsManager second(folder_);
+    SettingsManager second(switches(), folder_);
     EXPECT_TRUE(second.Load()) << messages_;
-    EXPECT_EQ(second.options, first.options);
-    const std::vector<std::string> recent = second.Recent();
+    EXPECT_TRUE(second.IsOn("Loud") && second.IsOn("Wrap") && !second.IsOn("Beep"));
+    EXPECT_FALSE(second.IsOn("Nothing"));
+    const std::vector<std::string> recent = second.Recent(notes);
     ASSERT_EQ(recent.size(), 9u);
     EXPECT_EQ(recent[0], "/t/5 \"%s\".trs");
     EXPECT_EQ(recent[1], "/t/11 \"%s\".trs");
@@ -77,65 +85,65 @@ TEST_F(Settings, ComeBackAsTheyWereLeft) {
 TEST_F(Settings, OfADamagedOrNewerFileAreUsedAsFarAsTheyGo) {
     const struct {
         const char *text, *message;
-        bool kernel;
-    } cases[] = {{"version = 1\nOptions {\n Kernel = 1\n NewTrv = ?\n}\n", "line 4: parse error: ", true},
-                 {"version = 1\nOptions {\n Kernel = 1\n NewTrv = \"x\"\n}\n",
-                  "line 4: the value of \"NewTrv\"", true},
-                 {"Options {\n Kernel = 7\n}\n", "line 2: the value of \"Kernel\"", false},
-                 {"RecentFiles {\n TRVDataFiles = 1\n}\n", "line 2: the value of \"TRVDataFiles\"", false},
-                 {"version = 2\nOptions.Kernel = 1\nNew.thing = 5\n",
-                  "line 1: the settings are of a newer version (2)", true},
-                 {"version = \"x\"\n", "line 1: the value of \"version\"", false},
-                 {"\x7F"
-                  "ELF\x01\x02\n{{{\n}}}}\n\xFF\xFE",
-                  "parse error", false},
-                 {"Options {\n Kernel = 1\n", "unexpected end of file", true}};
+        bool loud;
+    } cases[] = {
+        {"version = 1\nOptions {\n Loud = 1\n Beep = ?\n}\n", "line 4: parse error: ", true},
+        {"version = 1\nOptions {\n Loud = 1\n Beep = \"x\"\n}\n", "line 4: the value of \"Beep\"", true},
+        {"Options {\n Loud = 7\n}\n", "line 2: the value of \"Loud\"", false},
+        {"RecentFiles {\n Notes = 1\n}\n", "line 2: the value of \"Notes\"", false},
+        {"version = 2\nOptions.Loud = 1\nNew.thing = 5\n", "line 1: the settings are of a newer version (2)",
+         true},
+        {"version = \"x\"\n", "line 1: the value of \"version\"", false},
+        {"\x7F"
+         "ELF\x01\x02\n{{{\n}}}}\n\xFF\xFE",
+         "parse error", false},
+        {"Options {\n Loud = 1\n", "unexpected end of file", true}};
     for (const auto& each : cases) {
         std::filesystem::remove(Path("settings.bak"));
         messages_.clear();
         Write("settings", each.text);
-        SettingsManager settings(folder_);
+        SettingsManager settings(switches(), folder_);
         EXPECT_FALSE(settings.Load()) << each.text;
         EXPECT_TRUE(Told(each.message)) << messages_;
         EXPECT_TRUE(Told(Path("settings"))) << messages_;
-        EXPECT_EQ(settings.options.kernel, each.kernel) << each.text;
-        EXPECT_TRUE(settings.options.newTrv);
+        EXPECT_EQ(settings.IsOn("Loud"), each.loud) << each.text;
+        EXPECT_TRUE(settings.IsOn("Beep"));
         EXPECT_EQ(Read(Path("settings")), each.text);
         EXPECT_TRUE(settings.Save());
         EXPECT_TRUE(Told("settings.bak")) << messages_;
         EXPECT_EQ(Read(Path("settings.bak")), each.text);
-        EXPECT_TRUE(SettingsManager(folder_).Load()) << messages_;
+        EXPECT_TRUE(SettingsManager(switches(), folder_).Load()) << messages_;
     }
 }
 
 TEST_F(Settings, ThatCanNotBeReadOrWrittenAreNoObstacle) {
     std::filesystem::create_directory(Path("settings"));
     Write("settings.bak", "older");
-    SettingsManager directory(folder_);
+    SettingsManager directory(switches(), folder_);
     EXPECT_FALSE(directory.Load());
     EXPECT_TRUE(directory.Save());  // the directory went aside, and not over the older copy
     EXPECT_TRUE(std::filesystem::is_directory(Path("settings.bak2")));
     EXPECT_EQ(Read(Path("settings.bak")), "older");
 
     Write("file", "x");
-    SettingsManager nowhere(Path("file"));
+    SettingsManager nowhere(switches(), Path("file"));
     EXPECT_TRUE(nowhere.Load());
-    nowhere.options.kernel = true;
+    nowhere.SetOn("Loud", true);
     EXPECT_FALSE(nowhere.Save());
     EXPECT_TRUE(Told("failed when writing " + Path("file/settings"))) << messages_;
     EXPECT_EQ(Read(Path("file")), "x");
 }
 
 TEST_F(Settings, AreWrittenOnlyWhenSomethingIsNew) {
-    SettingsManager settings(folder_);
+    SettingsManager settings(switches(), folder_);
     settings.Save();
     Write("settings", "version = 1 ; by hand\n");
     EXPECT_TRUE(settings.Save());
     EXPECT_EQ(Read(Path("settings")), "version = 1 ; by hand\n");
     settings.Load();
-    settings.options.prefetch = false;
+    settings.SetOn("Wrap", false);
     EXPECT_TRUE(settings.Save());
-    EXPECT_NE(Read(Path("settings")).find("Prefetch = 0"), std::string::npos);
+    EXPECT_NE(Read(Path("settings")).find("Wrap = 0"), std::string::npos);
     // What another version left is written back.
     Write("settings", "version = 1\nOther.x = 5\n");
     settings.Load();
@@ -145,7 +153,7 @@ TEST_F(Settings, AreWrittenOnlyWhenSomethingIsNew) {
 
 TEST_F(Arrangements, BelongToASourceAndTheNewestStay) {
     ArrangementStore store(folder_);
-    const std::string text = "lanes \"a\"\n%if\n\t\xFF end";
+    const std::string text = "rows \"a\"\n%if\n\t\xFF end";
     EXPECT_FALSE(store.Load("/x/a.trs"));
     EXPECT_TRUE(store.Save("/x/a.trs", text));
     EXPECT_EQ(store.Load("/x/./a.trs"), text);

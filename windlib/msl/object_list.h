@@ -12,15 +12,15 @@
 
 // A row of the tree: an object, a group, or an object that others are nested in.
 struct MslObjectEntry {
-    static constexpr uint32_t noLane = 0xFFFFFFFF;
+    static constexpr uint32_t noPayload = 0xFFFFFFFF;
 
-    std::string name;         // last path component
-    uint32_t lane = noLane;   // position in the owner's list of objects; noLane for a group
-    int row = -1;             // -1 while not shown
-    int depth = 0;            // 0 at the top
-    bool collapsed = false;   // its children have no rows
-    bool hidden = false;      // it and all in it, by hidden paths
-    bool laneHidden = false;  // its own object, by a hidden path: the row then only stands for what is in it
+    std::string name;              // last path component
+    uint32_t payload = noPayload;  // the owner's: which of its objects the row is of; noPayload for a group
+    int row = -1;                  // -1 while not shown
+    int depth = 0;                 // 0 at the top
+    bool collapsed = false;        // its children have no rows
+    bool hidden = false;           // it and all in it, by hidden paths
+    bool selfHidden = false;       // only its own object, by a hidden path: the row stands for what is in it
     MslObjectEntry* parent = nullptr;
     std::vector<std::unique_ptr<MslObjectEntry>> children;
     std::string path;  // components joined by '\0'; the key under which a collapse is remembered

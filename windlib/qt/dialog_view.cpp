@@ -20,7 +20,6 @@
 
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
-#include "windlib/qt/manual_window.h"
 #include "windlib/qt/msl_view.h"
 #include "windlib/qt/qt_surface.h"
 
@@ -58,8 +57,8 @@ class PaintedStrip : public QWidget {
 
 DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
     : QWidget(parent), model_(model), factory_(std::move(factory)) {
-    setProperty(manual_HelpKey, text(model_.description().helpKey));
-    setProperty(manual_WindowName, text(model_.description().name));
+    setProperty(dialogView_HelpKey, text(model_.description().helpKey));
+    setProperty(dialogView_WindowName, text(model_.description().name));
     for (const DialogItem& item : model_.description().items) {
         if (!item.part.empty() || item.kind == DialogKind::MenuLine) continue;
         QWidget* made = factory_ ? factory_(item) : nullptr;

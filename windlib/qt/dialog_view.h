@@ -13,6 +13,10 @@
 
 class QKeyEvent;
 
+// Properties of a view: the help key and the name of its description, by which help is found.
+constexpr const char* dialogView_HelpKey = "helpKey";
+constexpr const char* dialogView_WindowName = "helpWindow";
+
 class DialogView : public QWidget {
   public:
     // Makes the widget of an item that the caller knows better (graphs, strips, tool bars); null for the

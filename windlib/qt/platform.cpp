@@ -11,7 +11,6 @@
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
-#include "windlib/qt/manual_window.h"
 
 namespace {
 
@@ -79,7 +78,6 @@ std::unique_ptr<QApplication> platform_Start(const char* program) {
     if (const IconHandle icon = icon_Find("app"); icon != NoIcon)
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path)));
-    manual_TakeF1();
     gate_Program().SetWake([] {
         if (qApp) QTimer::singleShot(0, qApp, [] { gate_Program().RunHeld(); });
     });

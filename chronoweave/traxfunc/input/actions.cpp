@@ -87,15 +87,15 @@ void laCanvas_SortAroundEvent(_LaCanvasData& canvas, uint32_t sequence) {
 }
 
 void laCanvas_ShowInfo(_LaCanvasData& canvas, MslObjectEntry& entry) {
-    if (entry.lane != laNoLane) {
-        if (canvas.calls.openInfo) canvas.calls.openInfo(canvas.items.lanes[entry.lane].objectId);
+    if (entry.payload != laNoLane) {
+        if (canvas.calls.openInfo) canvas.calls.openInfo(canvas.items.lanes[entry.payload].objectId);
     } else if (canvas.taskList->SetCollapsed(entry, !entry.collapsed)) {
         laCanvas_Relayout(canvas);
     }
 }
 
 bool laList_IsObject(const _LaCanvasData& canvas, const MslObjectEntry& entry) {
-    return entry.lane != laNoLane && !canvas.items.lanes[entry.lane].isAgent;
+    return entry.payload != laNoLane && !canvas.items.lanes[entry.payload].isAgent;
 }
 
 bool laList_HasObject(const _LaCanvasData& canvas, const MslObjectEntry& entry) {

@@ -243,7 +243,8 @@ TEST_F(Commands, SortingFlatViewUnitAndFreeze) {
     const auto& rows = canvas.taskList->rows();
     ASSERT_GT(rows.size(), 2u);
     for (size_t i = 1; i < rows.size(); ++i)
-        EXPECT_GT(canvas.items.lanes[rows[i - 1]->lane].objectId, canvas.items.lanes[rows[i]->lane].objectId);
+        EXPECT_GT(canvas.items.lanes[rows[i - 1]->payload].objectId,
+                  canvas.items.lanes[rows[i]->payload].objectId);
     EXPECT_EQ(laCanvas_SortOrderLabel(canvas), "Sort in &Ascending Order");
 
     canvas.axis.timeMode = Time_Second;

@@ -95,7 +95,7 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
 
 laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntry* clicked) {
     const std::vector<MslObjectEntry*> selected = canvas.taskList->SelectedEntries();
-    const bool group = clicked && clicked->lane == laNoLane;
+    const bool group = clicked && clicked->payload == laNoLane;
     const bool hides = std::any_of(selected.begin(), selected.end(), [&](const MslObjectEntry* entry) {
         return laList_HasObject(canvas, *entry);
     });
@@ -104,7 +104,7 @@ laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntr
         info = hide = debug = laCanvas_Plural(canvas.list.objectTerm);
     } else if (clicked) {
         info = hide = debug = group ? "\"" + menu_text(clicked->name) + '"'
-                                    : object_text(canvas, canvas.items.lanes[clicked->lane]);
+                                    : object_text(canvas, canvas.items.lanes[clicked->payload]);
     }
     Rows rows("Operations");
     rows.Add("&View Info of " + info, clicked != nullptr && laList_IsObject(canvas, *clicked),

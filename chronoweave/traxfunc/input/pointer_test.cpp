@@ -250,10 +250,10 @@ TEST_F(Pointing, TheMenuOfThePicture) {
     EXPECT_EQ(laCanvas_FindLane(canvas.items, clicked)->eventDistance, 0);
     int32_t last = -laFarFromEvent;
     for (const MslObjectEntry* entry : canvas.taskList->rows()) {
-        if (canvas.items.lanes[entry->lane].isAgent) continue;
-        EXPECT_GE(canvas.items.lanes[entry->lane].eventDistance, last)
+        if (canvas.items.lanes[entry->payload].isAgent) continue;
+        EXPECT_GE(canvas.items.lanes[entry->payload].eventDistance, last)
             << "from those before it to those behind";
-        last = canvas.items.lanes[entry->lane].eventDistance;
+        last = canvas.items.lanes[entry->payload].eventDistance;
     }
     EXPECT_GE(warped.first, 0);
 
@@ -298,7 +298,7 @@ TEST_F(Pointing, TheMenuOfTheList) {
     Choose(laCanvas_ListMenu(canvas, Select({})), "Sort in &Descending");
     EXPECT_FALSE(canvas.list.sortAscending);
 
-    laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->lane];
+    laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->payload];
     lane.isAgent = true;
     menu = laCanvas_ListMenu(canvas, Select({0}));
     EXPECT_FALSE(Row(menu, 0).enabled) << "the agent is no object";

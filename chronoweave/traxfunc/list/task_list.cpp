@@ -81,11 +81,11 @@ std::string laTask_DisplayName(const LaList& list, const LaSource& source, const
 
 bool laTask_Compare(const LaList& list, const LaItems& items, const MslObjectEntry& a,
                     const MslObjectEntry& b) {
-    const bool aGroup = a.lane == laNoLane, bGroup = b.lane == laNoLane;
+    const bool aGroup = a.payload == laNoLane, bGroup = b.payload == laNoLane;
     if (aGroup && bGroup) return a.name < b.name;
     if (aGroup != bGroup && list.sortField == 1) return aGroup;
     if (!aGroup && !bGroup) {
-        const laItem_Line &la = items.lanes[a.lane], &lb = items.lanes[b.lane];
+        const laItem_Line &la = items.lanes[a.payload], &lb = items.lanes[b.payload];
         if (list.sortAroundEvent) return la.eventDistance < lb.eventDistance;
         if (list.sortField == 1)
             return list.sortAscending ? la.objectId < lb.objectId : la.objectId > lb.objectId;
@@ -117,8 +117,9 @@ TraxTaskList::TraxTaskList(LaItems& items, const LaList& settings, const LaSourc
     list().activated = [this](int row) {
         const MslObjectEntry* entry = EntryAt(row);
         if (entry == nullptr) return false;
-        if (entry->lane == laNoLane || items_.lanes[entry->lane].isAgent) return list().ClickToggle(row);
-        return openObject && openObject(items_.lanes[entry->lane].objectId);
+        if (entry->payload == laNoLane || items_.lanes[entry->payload].isAgent)
+            return list().ClickToggle(row);
+        return openObject && openObject(items_.lanes[entry->payload].objectId);
     };
 }
 
@@ -155,7 +156,7 @@ MslObjectEntry* TraxTaskList::Place(const laPath& path, uint32_t lane) {
         key += path.components[i];
         MslObjectEntry*& known = byPath_[key];
         // Two objects of one name are two rows; the first of them holds what is nested in the name.
-        if (known == nullptr || (last && known->lane != laNoLane)) {
+        if (known == nullptr || (last && known->payload != laNoLane)) {
             auto made = std::make_unique<MslObjectEntry>();
             made->name = path.components[i];
             made->parent = at;
@@ -170,7 +171,7 @@ MslObjectEntry* TraxTaskList::Place(const laPath& path, uint32_t lane) {
         } else {
             at = known;
         }
-        if (last) at->lane = lane;
+        if (last) at->payload = lane;
     }
     return at;
 }
@@ -187,13 +188,13 @@ bool TraxTaskList::Covered(const laItem_Line& lane) const {
 }
 
 bool TraxTaskList::Hide(MslObjectEntry& entry) {
-    entry.laneHidden = entry.lane != laNoLane && Covered(items_.lanes[entry.lane]);
-    bool any = entry.lane != laNoLane && !entry.laneHidden;
+    entry.selfHidden = entry.payload != laNoLane && Covered(items_.lanes[entry.payload]);
+    bool any = entry.payload != laNoLane && !entry.selfHidden;
     for (auto& child : entry.children)
         if (Hide(*child)) any = true;
     entry.hidden = !any;
     entry.row = -1;
-    if (entry.lane != laNoLane) set_row(items_.lanes[entry.lane], -1);
+    if (entry.payload != laNoLane) set_row(items_.lanes[entry.payload], -1);
     return any;
 }
 
@@ -203,7 +204,8 @@ void TraxTaskList::Number(MslObjectEntry& entry, int depth) {
         child->row = static_cast<int>(rows_.size());
         child->depth = depth;
         rows_.push_back(child.get());
-        if (child->lane != laNoLane && !child->laneHidden) set_row(items_.lanes[child->lane], child->row);
+        if (child->payload != laNoLane && !child->selfHidden)
+            set_row(items_.lanes[child->payload], child->row);
         if (!child->collapsed) Number(*child, depth + 1);
     }
 }
@@ -228,12 +230,12 @@ void TraxTaskList::RowChanged(MslObjectEntry&) {
 
 // Two objects of one name are told apart by their ids.
 std::string TraxTaskList::EntryKey(const MslObjectEntry& entry) const {
-    if (entry.lane >= items_.lanes.size()) return entry.path;
-    return entry.path + pathKey + pathKey + std::to_string(items_.lanes[entry.lane].objectId);
+    if (entry.payload >= items_.lanes.size()) return entry.path;
+    return entry.path + pathKey + pathKey + std::to_string(items_.lanes[entry.payload].objectId);
 }
 
 std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
-    if (entry.lane == laNoLane) {
+    if (entry.payload == laNoLane) {
         const auto total = static_cast<int>(entry.children.size());
         const auto shown = static_cast<int>(std::count_if(entry.children.begin(), entry.children.end(),
                                                           [](const auto& child) { return child->row >= 0; }));
@@ -241,8 +243,8 @@ std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
                "\", which has " +
                gen_format("%d(out of %d) %s being shown", shown, total, total == 1 ? "child" : "children");
     }
-    if (entry.lane >= items_.lanes.size()) return {};
-    const laItem_Line& lane = items_.lanes[entry.lane];
+    if (entry.payload >= items_.lanes.size()) return {};
+    const laItem_Line& lane = items_.lanes[entry.payload];
     const std::string name(laTask_WithoutFake(laCanvas_LaneName(settings_, lane)));
     if (lane.isAgent || axis_.timeMode == Time_Tick) return text_utf8(name);
     const std::string priority =
@@ -257,8 +259,8 @@ laPath TraxTaskList::PathOf(const MslObjectEntry& entry) const {
     laPath path;
     for (const MslObjectEntry* at = &entry; at != nullptr && at != &root_; at = at->parent)
         path.components.insert(path.components.begin(), at->name);
-    if (entry.lane != laNoLane && !items_.lanes[entry.lane].isAgent)
-        path.id = items_.lanes[entry.lane].objectId;
+    if (entry.payload != laNoLane && !items_.lanes[entry.payload].isAgent)
+        path.id = items_.lanes[entry.payload].objectId;
     return path;
 }
 
@@ -287,13 +289,13 @@ bool TraxTaskList::ShowEntry(const MslObjectEntry& entry) {
 std::string TraxTaskList::RowText(const MslObjectEntry& entry, int column) const {
     if (column != 0) return {};
     const std::string_view name = laTask_WithoutFake(entry.name);
-    if (!text_trim(name).empty() || entry.lane >= items_.lanes.size()) return std::string(name);
+    if (!text_trim(name).empty() || entry.payload >= items_.lanes.size()) return std::string(name);
     // The last part of a name can be empty: the row still says what it is.
-    return settings_.objectTerm + gen_format(" 0x%x", items_.lanes[entry.lane].objectId);
+    return settings_.objectTerm + gen_format(" 0x%x", items_.lanes[entry.payload].objectId);
 }
 
 Colour TraxTaskList::RowColour(const MslObjectEntry& entry) const {
-    if (entry.lane != laNoLane && items_.lanes[entry.lane].isAgent) {
+    if (entry.payload != laNoLane && items_.lanes[entry.payload].isAgent) {
         const int32_t row = looks_.legend.firstExecutionStatus;
         return row < 0 ? agentDefault : looks_.statusLooks[static_cast<size_t>(row)].colour;
     }

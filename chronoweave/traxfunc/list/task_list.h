@@ -30,6 +30,7 @@ struct laPath {
     bool operator==(const laPath&) const = default;
 };
 
+// A row's payload is its lane, laNoLane for a group.
 class TraxTaskList : public MslObjectList {
   public:
     // All outlive it. Of the items it writes what the lanes know of the list: row, hidden and listEntry.

@@ -1,4 +1,4 @@
-#include "windlib/qt/manual_window.h"
+#include "chronoweave/qt/manual_window.h"
 
 #include <QApplication>
 #include <QDir>
@@ -18,6 +18,7 @@
 #include <array>
 
 #include "shared/libcxxutil/paths.h"
+#include "windlib/qt/dialog_view.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -160,9 +161,9 @@ bool manual_Open(const std::string& page, QWidget* parent) {
 
 bool manual_OpenFor(QWidget* widget) {
     for (QWidget* at = widget; at; at = at->parentWidget()) {
-        const QVariant name = at->property(manual_WindowName);
+        const QVariant name = at->property(dialogView_WindowName);
         if (!name.isValid()) continue;
-        return manual_Open(manual_PageOf(at->property(manual_HelpKey).toString().toStdString(),
+        return manual_Open(manual_PageOf(at->property(dialogView_HelpKey).toString().toStdString(),
                                          name.toString().toStdString()),
                            widget);
     }

@@ -18,14 +18,11 @@ std::string manual_PageOf(const std::string& helpKey, const std::string& window)
 std::vector<std::string> manual_Pages();
 // Opens a page by its name, over the window parent. False when there is no such page.
 bool manual_Open(const std::string& page, QWidget* parent);
-// Opens the page of the window that a widget stands in: by its help key and name, which DialogView leaves as
-// properties.
+// Opens the page of the window that a widget stands in: by its help key and name, which its DialogView bears.
 bool manual_OpenFor(QWidget* widget);
-// From now on F1 opens the page of the window that has the keyboard, in an open menu that of the commands.
+// From now on F1 of the application, which must be there, opens the page of the window that has the keyboard,
+// in an open menu that of the commands.
 void manual_TakeF1();
-// The properties.
-constexpr const char* manual_HelpKey = "helpKey";
-constexpr const char* manual_WindowName = "helpWindow";
 
 class ManualWindow : public QWidget {
     Q_OBJECT
