@@ -2,6 +2,8 @@
 
 #include <array>
 #include <limits>
+#include <optional>
+#include <utility>
 
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -85,12 +87,12 @@ class Parser {
     Parser(std::string_view text, ut_simple_integer_evaluator_client_interface& client)
         : rest_(text), client_(client) {}
 
-    std::optional<int64_t> Run(std::string& error) {
-        const int64_t value = Conditional(true);
+    Result Run(int64_t& value) {
+        value = Conditional(true);
         SkipBlanks();
-        if (!failed_ && !rest_.empty()) Fail();
-        if (failed_) error = error_;
-        return failed_ ? std::nullopt : std::optional(value);
+        if (failure_.ok() && !rest_.empty()) Fail();
+        if (!failure_.ok()) value = 0;
+        return failure_;
     }
 
   private:
@@ -102,10 +104,12 @@ class Parser {
         Parser& parser_;
     };
 
-    int64_t Fail() { return Fail(gen_format("parse error: near: \"%s\"", std::string(rest_).c_str())); }
-    int64_t Fail(const std::string& error) {
-        if (!failed_) error_ = error;
-        failed_ = true;
+    bool failed() const { return !failure_.ok(); }
+    int64_t Fail() {
+        return Fail(Result::failure(gen_format("parse error: near: \"%s\"", std::string(rest_).c_str())));
+    }
+    int64_t Fail(Result failure) {
+        failure_ = result_First(failure_, std::move(failure));
         return 0;
     }
     void SkipBlanks() {
@@ -128,9 +132,9 @@ class Parser {
     int64_t Conditional(bool live) {
         const Nested nested(*this);
         const int64_t condition = Binary(0, live);
-        if (failed_ || !Take("?")) return condition;
+        if (failed() || !Take("?")) return condition;
         const int64_t yes = Conditional(live && condition != 0);
-        if (failed_) return 0;
+        if (failed()) return 0;
         if (!Take(":")) return Fail();
         const int64_t no = Conditional(live && condition == 0);
         return condition != 0 ? yes : no;
@@ -147,7 +151,7 @@ class Parser {
     int64_t Binary(int level, bool live) {
         if (level > highestLevel) return Unary(live);
         int64_t left = Binary(level + 1, live);
-        while (!failed_) {
+        while (!failed()) {
             const std::string_view op = Next(level);
             if (op.empty()) break;
             const std::string_view from = rest_;
@@ -155,7 +159,7 @@ class Parser {
             const bool logical = level <= 1;
             const bool decided = logical && (left != 0) == (level == 0);
             const int64_t right = Binary(level + 1, live && !decided);
-            if (failed_) return 0;
+            if (failed()) return 0;
             if (logical) {
                 left = decided ? left != 0 : right != 0;
             } else if (live) {
@@ -169,7 +173,7 @@ class Parser {
 
     int64_t Unary(bool live) {
         const Nested nested(*this);
-        if (failed_) return 0;
+        if (failed()) return 0;
         if (Take("!")) return Unary(live) == 0;
         if (Take("~")) return ~Unary(live);
         if (Take("+")) return Unary(live);
@@ -180,7 +184,7 @@ class Parser {
     int64_t Primary(bool live) {
         if (Take("(")) {
             const int64_t value = Conditional(live);
-            return failed_ || Take(")") ? value : Fail();
+            return failed() || Take(")") ? value : Fail();
         }
         const std::string_view from = rest_;
         const bool braced = Take("${");
@@ -195,9 +199,9 @@ class Parser {
             return number ? wrapped(*number) : Fail();
         }
         if (!braced && Take("(")) return Call(word, live);
-        std::string error;
-        const std::optional<int64_t> value = live ? client_.evaluate_name(word, error) : 0;
-        return value ? *value : Fail(error);
+        int64_t value = 0;
+        Result known = live ? client_.evaluate_name(word, value) : Result();
+        return known ? value : Fail(std::move(known));
     }
 
     // Reads the arguments behind the opening bracket as they stand.
@@ -221,16 +225,14 @@ class Parser {
         const std::string_view last = text_trim(rest_.substr(from, at - from));
         if (!last.empty() || !arguments.empty()) arguments.push_back(last);
         rest_.remove_prefix(at + 1);
-        std::string error;
-        const std::optional<int64_t> value =
-            live ? client_.evaluate_function(name, arguments, error) : std::optional<int64_t>(0);
-        return value ? *value : Fail(error);
+        int64_t value = 0;
+        Result known = live ? client_.evaluate_function(name, arguments, value) : Result();
+        return known ? value : Fail(std::move(known));
     }
 
     std::string_view rest_;
     ut_simple_integer_evaluator_client_interface& client_;
-    std::string error_;
-    bool failed_ = false;
+    Result failure_;  // the first
 };
 
 }  // namespace
@@ -239,8 +241,7 @@ bool is_identifier_character(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-std::optional<int64_t> evaluate_integer(std::string_view text,
-                                        ut_simple_integer_evaluator_client_interface& client,
-                                        std::string& error) {
-    return Parser(text, client).Run(error);
+Result evaluate_integer(std::string_view text, ut_simple_integer_evaluator_client_interface& client,
+                        int64_t& value) {
+    return Parser(text, client).Run(value);
 }

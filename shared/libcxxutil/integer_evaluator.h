@@ -7,30 +7,29 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-// Knows the names and functions that an expression may use. An empty answer means failure, with error set.
+#include "shared/libcxxutil/result.h"
+
+// Knows the names and functions that an expression may use. A value is only given where nothing failed.
 class ut_simple_integer_evaluator_client_interface {
   public:
     virtual ~ut_simple_integer_evaluator_client_interface() = default;
-    virtual std::optional<int64_t> evaluate_name(std::string_view name, std::string& error) = 0;
+    virtual Result evaluate_name(std::string_view name, int64_t& value) = 0;
     // The arguments are texts, trimmed, as they stand in the expression with their quotes.
-    virtual std::optional<int64_t> evaluate_function(std::string_view name,
-                                                     const std::vector<std::string_view>& arguments,
-                                                     std::string& error) = 0;
+    virtual Result evaluate_function(std::string_view name, const std::vector<std::string_view>& arguments,
+                                     int64_t& value) = 0;
 
     // How deep the expressions now being evaluated are nested, those that evaluate_name starts included.
     int evaluation_depth = 0;
 };
 
-// The value of the whole text, or nothing with error set: the client's, or "parse error: near: \"%s\"" with
-// the text from the place of the fault on.
-[[nodiscard]] std::optional<int64_t> evaluate_integer(std::string_view text,
-                                                      ut_simple_integer_evaluator_client_interface& client,
-                                                      std::string& error);
+// The value of the whole text. Fails as the client does, or with "parse error: near: \"%s\"" and the text
+// from the place of the fault on; the value is 0 then.
+Result evaluate_integer(std::string_view text, ut_simple_integer_evaluator_client_interface& client,
+                        int64_t& value);
 
 // Letters, digits and "_", as in names of macros.
 bool is_identifier_character(char c);

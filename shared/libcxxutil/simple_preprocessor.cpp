@@ -40,6 +40,13 @@ std::string unquoted(std::string_view text) {
     return text.starts_with('"') ? text_unquote(text) : std::string(text);
 }
 
+Result not_defined(std::string_view name) {
+    return Result::failure(gen_format("macro not defined(%s) ...", std::string(name).c_str()));
+}
+Result recursion(std::string_view name) {
+    return Result::failure(gen_format("macro recursion detected for: \"%s\"", std::string(name).c_str()));
+}
+
 }  // namespace
 
 simple_preprocessor::simple_preprocessor(char directive, const macro_table* outer,
@@ -133,10 +140,9 @@ void simple_preprocessor::handle_action(std::string_view name, std::string_view 
 
 bool simple_preprocessor::condition(std::string_view text) {
     evaluations_ = 0;
-    std::string error;
-    const std::optional<int64_t> value = evaluate_integer(text, *this, error);
-    if (!value) fault(error);
-    return value.value_or(0) != 0;
+    int64_t value = 0;
+    if (const Result known = evaluate_integer(text, *this, value); !known) fault(known.text());
+    return value != 0;
 }
 
 bool simple_preprocessor::condition_defined(std::string_view text) {
@@ -157,14 +163,13 @@ std::string simple_preprocessor::included_path(std::string_view argument) {
     std::string path = unquoted(argument);
     for (const char* name : includeMacros) {
         const std::string place = std::string("${") + name + "}";
-        std::string none;
-        std::optional<std::string> value = raw_value(name) ? expand(name, none) : std::nullopt;
-        if (!value)
+        std::string value;
+        if (!raw_value(name) || !expand(name, value))
             value = std::string_view(name) == "__DIR__" ? path_directory(owner_.file())
                                                         : path_installation_directory();
         for (size_t at = path.find(place); at != std::string::npos && path.size() < mostExpanded;
-             at = path.find(place, at + value->size()))
-            path.replace(at, place.size(), *value);
+             at = path.find(place, at + value.size()))
+            path.replace(at, place.size(), value);
     }
     return relative_to_file(path);
 }
@@ -209,101 +214,86 @@ std::optional<std::string> simple_preprocessor::raw_value(std::string_view name)
 }
 
 // Notes that the macro is being expanded; to be taken back by active_.pop_back().
-bool simple_preprocessor::enter_macro(std::string_view name, std::string& error) {
+Result simple_preprocessor::enter_macro(std::string_view name) {
     const bool again = std::find(active_.begin(), active_.end(), name) != active_.end();
-    if (again || active_.size() >= mostActive || ++evaluations_ > mostEvaluations) {
-        error = gen_format("macro recursion detected for: \"%s\"", std::string(name).c_str());
-        return false;
-    }
+    if (again || active_.size() >= mostActive || ++evaluations_ > mostEvaluations) return recursion(name);
     active_.emplace_back(name);
-    return true;
+    return {};
 }
 
-std::optional<std::string> simple_preprocessor::expand(std::string_view name, std::string& error) {
-    const std::optional<std::string> value = raw_value(name);
-    if (!value) {
-        error = gen_format("macro not defined(%s) ...", std::string(name).c_str());
-        return std::nullopt;
-    }
+Result simple_preprocessor::expand(std::string_view name, std::string& value) {
+    const std::optional<std::string> raw = raw_value(name);
+    if (!raw) return not_defined(name);
     if (active_.empty() && evaluation_depth == 0) evaluations_ = 0;
-    if (!enter_macro(name, error)) return std::nullopt;
-    std::optional<std::string> expanded = expand_text(*value, error);
+    if (Result entered = enter_macro(name); !entered) return entered;
+    Result expanded = expand_text(*raw, value);
     active_.pop_back();
-    if (!expanded || expanded->size() <= mostExpanded) return expanded;
-    error = gen_format("macro recursion detected for: \"%s\"", std::string(name).c_str());
-    return std::nullopt;
+    return expanded && value.size() > mostExpanded ? recursion(name) : expanded;
 }
 
-std::optional<std::string> simple_preprocessor::expand_text(std::string_view text, std::string& error) {
-    std::string expanded;
+Result simple_preprocessor::expand_text(std::string_view text, std::string& value) {
+    value.clear();
     for (size_t from = 0; from < text.size();) {
         const size_t place = text.find("${", from);
         const size_t end = place == std::string_view::npos ? place : text.find('}', place);
         if (end == std::string_view::npos) {
-            expanded.append(text.substr(from));
+            value.append(text.substr(from));
             break;
         }
-        expanded.append(text.substr(from, place - from));
+        value.append(text.substr(from, place - from));
         const std::string_view name = text.substr(place + 2, end - place - 2);
         if (raw_value(name) || !undefinedIsEmpty_) {
-            const std::optional<std::string> value = expand(name, error);
-            if (!value) return std::nullopt;
-            expanded.append(*value);
+            std::string inner;
+            if (Result expanded = expand(name, inner); !expanded) return expanded;
+            value.append(inner);
         }
-        if (expanded.size() > mostExpanded) break;  // expand tells
+        if (value.size() > mostExpanded) break;  // expand tells
         from = end + 1;
     }
-    return expanded;
+    return {};
 }
 
-std::optional<int64_t> simple_preprocessor::evaluate_name(std::string_view name, std::string& error) {
-    const std::optional<std::string> value = raw_value(name);
-    if (!value && undefinedIsEmpty_) return 0;
-    if (!value) {
-        error = gen_format("macro not defined(%s) ...", std::string(name).c_str());
-        return std::nullopt;
-    }
-    if (text_trim(*value).empty()) return 0;
-    if (!enter_macro(name, error)) return std::nullopt;
-    std::optional<int64_t> number;
-    if (const std::optional<std::string> text = expand_text(*value, error))
-        number = evaluate_integer(*text, *this, error);
+Result simple_preprocessor::evaluate_name(std::string_view name, int64_t& value) {
+    value = 0;
+    const std::optional<std::string> raw = raw_value(name);
+    if (!raw) return undefinedIsEmpty_ ? Result() : not_defined(name);
+    if (text_trim(*raw).empty()) return {};
+    if (Result entered = enter_macro(name); !entered) return entered;
+    std::string text;
+    Result known = expand_text(*raw, text);
+    if (known) known = evaluate_integer(text, *this, value);
     active_.pop_back();
-    return number;
+    return known;
 }
 
 // An argument as a text: a quoted text, the value of the macro that it names, or the text as it stands.
-std::optional<std::string> simple_preprocessor::argument_text(std::string_view argument, std::string& error) {
-    if (is_identifier(argument) && raw_value(argument)) return expand(argument, error);
-    return expand_text(unquoted(argument), error);
+Result simple_preprocessor::argument_text(std::string_view argument, std::string& value) {
+    if (is_identifier(argument) && raw_value(argument)) return expand(argument, value);
+    return expand_text(unquoted(argument), value);
 }
 
-std::optional<int64_t> simple_preprocessor::evaluate_function(std::string_view name,
-                                                              const std::vector<std::string_view>& arguments,
-                                                              std::string& error) {
+Result simple_preprocessor::evaluate_function(std::string_view name,
+                                              const std::vector<std::string_view>& arguments,
+                                              int64_t& value) {
+    value = 0;
     const auto function =
         std::find_if(functions.begin(), functions.end(), [&](const Function& f) { return name == f.name; });
-    const char* fault = function == functions.end()              ? "unknown function: %s"
-                        : arguments.size() > function->arguments ? "too many arguments %s"
-                        : arguments.size() < function->arguments ? "too few arguments %s"
+    const char* fault = function == functions.end()              ? "unknown function: "
+                        : arguments.size() > function->arguments ? "too many arguments "
+                        : arguments.size() < function->arguments ? "too few arguments "
                                                                  : nullptr;
-    if (fault) {
-        error = std::string(fault, std::char_traits<char>::length(fault) - 2).append(name);
-        return std::nullopt;
+    if (fault) return Result::failure(std::string(fault).append(name));
+    if (name == "defined") {
+        value = raw_value(unquoted(arguments[0])).has_value();
+        return {};
     }
-    if (name == "defined") return raw_value(unquoted(arguments[0])).has_value();
-    if (name == "notempty" && is_identifier(arguments[0]) && !raw_value(arguments[0])) {
-        if (undefinedIsEmpty_) return 0;
-        static_cast<void>(expand(arguments[0], error));  // for its message
-        return std::nullopt;
-    }
+    if (name == "notempty" && is_identifier(arguments[0]) && !raw_value(arguments[0]))
+        return undefinedIsEmpty_ ? Result() : not_defined(arguments[0]);
     std::vector<std::string> texts;
-    for (const std::string_view argument : arguments) {
-        std::optional<std::string> text = argument_text(argument, error);
-        if (!text) return std::nullopt;
-        texts.push_back(std::move(*text));
-    }
-    if (name == "streq") return texts[0] == texts[1];
-    if (name == "notempty") return !texts[0].empty();
-    return path_is_readable_file(relative_to_file(texts[0]));
+    for (const std::string_view argument : arguments)
+        if (Result known = argument_text(argument, texts.emplace_back()); !known) return known;
+    value = name == "streq"      ? texts[0] == texts[1]
+            : name == "notempty" ? !texts[0].empty()
+                                 : path_is_readable_file(relative_to_file(texts[0]));
+    return {};
 }

@@ -51,7 +51,7 @@ class ut_simple_preprocessor_interface {
     virtual void define(std::string_view name, std::string_view value) = 0;
     virtual bool define_from_line(std::string_view line) = 0;
     virtual bool define_from_text(std::string_view text) = 0;
-    virtual std::optional<std::string> expand(std::string_view name, std::string& error) = 0;
+    virtual Result expand(std::string_view name, std::string& value) = 0;
 };
 
 class simple_preprocessor : public ut_simple_preprocessor_interface,
@@ -87,11 +87,11 @@ class simple_preprocessor : public ut_simple_preprocessor_interface,
     // Such lines, one a macro; false when one had no name.
     bool define_from_text(std::string_view text) override;
 
-    // The value of a macro with every "${NAME}" in it expanded. Nothing, with error set, when a macro isn't
-    // defined, expands to itself, or grows past a megabyte.
-    std::optional<std::string> expand(std::string_view name, std::string& error) override;
+    // The value of a macro with every "${NAME}" in it expanded. Fails when a macro isn't defined, expands to
+    // itself, or grows past a megabyte; the value is of no use then.
+    Result expand(std::string_view name, std::string& value) override;
     // A text with every "${NAME}" in it expanded, as above.
-    std::optional<std::string> expand_text(std::string_view text, std::string& error);
+    Result expand_text(std::string_view text, std::string& value);
 
     // The location of the line being handled, as messages give it.
     std::string location() const;
@@ -105,13 +105,12 @@ class simple_preprocessor : public ut_simple_preprocessor_interface,
         bool sawElse = false;
     };
 
-    std::optional<int64_t> evaluate_name(std::string_view name, std::string& error) override;
-    std::optional<int64_t> evaluate_function(std::string_view name,
-                                             const std::vector<std::string_view>& arguments,
-                                             std::string& error) override;
-    std::optional<std::string> argument_text(std::string_view argument, std::string& error);
+    Result evaluate_name(std::string_view name, int64_t& value) override;
+    Result evaluate_function(std::string_view name, const std::vector<std::string_view>& arguments,
+                             int64_t& value) override;
+    Result argument_text(std::string_view argument, std::string& value);
     std::optional<std::string> raw_value(std::string_view name);
-    bool enter_macro(std::string_view name, std::string& error);
+    Result enter_macro(std::string_view name);
 
     bool handle_condition(std::string_view name, std::string_view argument);
     void handle_action(std::string_view name, std::string_view argument);

@@ -83,15 +83,15 @@ TEST(IntegerEvaluator, FollowsC) {
                  {"1 ? 5 : 1 % 0", 5},
                  {"0 ? nofunction(1) : 6", 6}};
     class : public ut_simple_integer_evaluator_client_interface {
-        std::optional<int64_t> evaluate_name(std::string_view, std::string&) override { return {}; }
-        std::optional<int64_t> evaluate_function(std::string_view, const std::vector<std::string_view>&,
-                                                 std::string&) override {
-            return {};
+        Result evaluate_name(std::string_view, int64_t&) override { return Result::failure("unknown"); }
+        Result evaluate_function(std::string_view, const std::vector<std::string_view>&, int64_t&) override {
+            return Result::failure("unknown");
         }
     } nothing;
     for (const auto& each : cases) {
-        std::string error;
-        EXPECT_EQ(evaluate_integer(each.text, nothing, error), each.value) << each.text << ": " << error;
+        int64_t value = 0;
+        EXPECT_EQ(evaluate_integer(each.text, nothing, value).text(), "") << each.text;
+        EXPECT_EQ(value, each.value) << each.text;
     }
 }
 
@@ -206,10 +206,13 @@ TEST(SimplePreprocessor, IncludesNameTheirDirectoryAndMacrosHaveThreeSources) {
         EXPECT_EQ(owner.preprocessor.last_included_path(), each.path);
     }
     owner.preprocessor.define("A", "own ${B} ${THIRD}");
-    std::string error;
-    EXPECT_EQ(owner.preprocessor.expand("A", error), "own outer 3");
+    std::string value;
+    EXPECT_TRUE(owner.preprocessor.expand("A", value));
+    EXPECT_EQ(value, "own outer 3");
     owner.preprocessor.undefine("A");
-    EXPECT_EQ(owner.preprocessor.expand("A", error), "outer");
+    EXPECT_TRUE(owner.preprocessor.expand("A", value));
+    EXPECT_EQ(value, "outer");
+    EXPECT_EQ(owner.preprocessor.expand("C", value).text(), "macro not defined(C) ...");
 }
 
 TEST(Files, AreReplacedAsAWholeAndReadWithALimit) {
