@@ -20,6 +20,20 @@ def blanked(text):
     return COMMENTS_AND_TEXTS.sub(instead, re.sub(r"^\s*#(?:[^\n\\]|\\.)*", "", text.replace("\\\n", " \n"), flags=re.MULTILINE))
 
 
+def switches(text):
+    """Each switch of a source, as (line, what stands in its own braces and in none within)."""
+    text = blanked(text)
+    for match in re.finditer(r"\bswitch \(", text):
+        depth, own = 0, []
+        for c in text[text.find("{", match.end()):]:
+            depth += {"{": 1, "}": -1}.get(c, 0)
+            if depth == 0:
+                break
+            if depth == 1:
+                own.append(c)
+        yield text.count("\n", 0, match.start()) + 1, "".join(own)
+
+
 class Piece:
     """A function with its lines, or a method's declaration in a class."""
 

@@ -55,9 +55,12 @@ const char* kind_word(ReportRowKind kind) {
             return "switch";
         case ReportRowKind::Category:
             return "category";
-        default:
-            return "event";
+        case ReportRowKind::Event:
+        case ReportRowKind::Object:
+        case ReportRowKind::Empty:
+            break;
     }
+    return "event";
 }
 
 void put_statistics(const AnalysisLine& analysis, const LegendStatistics& statistics, bool oneObject,
