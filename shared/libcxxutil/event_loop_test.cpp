@@ -179,6 +179,26 @@ TEST(SvcEventLoop, ServesItsLinkOnceAMillisecondWhileItMayEnd) {
     EXPECT_EQ(link.served, 4);
 }
 
+TEST(SvcEventLoop, IdlersRunInRoundsThatHadNothingElseToDo) {
+    FakeWorld world;
+    FakeLink link;
+    Svc_EventLoop loop(world.loop, link);
+    std::string notes;
+    struct Note : Idler {
+        std::string& notes;
+        explicit Note(std::string& to) : notes(to) {}
+        void idle() override { notes += 'i'; }
+    } idler(notes);
+    loop.AddIdler(idler);
+    loop.iterate();
+    world.loop.tasks.Once(0ms, world.now, [&] { return notes += 't', true; });
+    loop.iterate();
+    const Watch watch(world.loop.watches, 7, WatchFor::Input, [&] { notes += 's'; });
+    world.found = {POLLIN};
+    loop.iterate();
+    EXPECT_EQ(notes, "its");
+}
+
 TEST(SvcEventLoop, RunsActionsThenCleanupOnceAndSleepsAsLongAsIsSaid) {
     FakeWorld world;
     FakeLink link;

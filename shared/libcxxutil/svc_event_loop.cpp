@@ -67,8 +67,13 @@ void Svc_EventLoop::runActions() {
 
 void Svc_EventLoop::iterate() {
     runActions();
-    loop_.watches.wait(std::chrono::milliseconds(0));
+    const bool served = loop_.watches.wait(std::chrono::milliseconds(0)) > 0;
+    if (!served && loop_.tasks.UntilNext(loop_.now()) > std::chrono::milliseconds(0)) RunIdlers();
     loop_.round(sleepTime());
+}
+
+void Svc_EventLoop::RunIdlers() const {
+    for (Idler* idler : std::vector(idlers_)) idler->idle();
 }
 
 std::chrono::milliseconds Svc_EventLoop::sleepTime() {

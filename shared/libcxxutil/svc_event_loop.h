@@ -10,7 +10,7 @@
 
 #include "shared/libcxxutil/event_loop.h"
 
-// Work for when nothing else is to be done.
+// Work for when nothing else is to be done: no socket was ready and no task is due.
 class Idler {
   public:
     virtual ~Idler() = default;
@@ -68,7 +68,8 @@ class Svc_EventLoop {
     // Whether a condition forces the end, or all conditions and all exit functions allow it.
     virtual bool isDone();
     // Loop actions, loop functions, cleanup actions, the sockets with no wait, the tasks, then one wait over
-    // the sockets: sleepTime, or until the next task when that comes first.
+    // the sockets: sleepTime, or until the next task when that comes first. Idlers run before the wait of a
+    // round that had nothing else to do.
     virtual void iterate();
     // The object's, else the function's, else the program's default, else 1000 ms.
     virtual std::chrono::milliseconds sleepTime();
@@ -80,6 +81,7 @@ class Svc_EventLoop {
     }
     void addLoopAction(LoopAction& action) { loopActions_.push_back(&action); }
     void addLoopFunction(std::function<void()> action) { loopFunctions_.push_back(std::move(action)); }
+    void AddIdler(Idler& idler) { idlers_.push_back(&idler); }
     void setSleepTime(SleepTime* object) { sleepObject_ = object; }
     void setSleepTime(std::function<std::chrono::milliseconds()> function) {
         sleepFunction_ = std::move(function);
@@ -91,6 +93,7 @@ class Svc_EventLoop {
 
   protected:
     void runActions();
+    void RunIdlers() const;
     // run ends with this round.
     void leave() { left_ = true; }
     EventLoop& loop() { return loop_; }
@@ -104,6 +107,7 @@ class Svc_EventLoop {
     std::vector<std::function<bool()>> exitFunctions_;
     std::vector<LoopAction*> loopActions_;
     std::vector<std::function<void()>> loopFunctions_;
+    std::vector<Idler*> idlers_;
     SleepTime* sleepObject_ = nullptr;
     std::function<std::chrono::milliseconds()> sleepFunction_;
     bool left_ = false;

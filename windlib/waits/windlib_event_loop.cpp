@@ -13,5 +13,6 @@ void Windlib_EventLoop::iterate() {
     }
     own.gate->RunHeld();
     const auto next = own.gate->Ready() ? std::chrono::milliseconds(0) : own.tasks.UntilNext(own.now());
+    if (next > std::chrono::milliseconds(0)) RunIdlers();
     if (!windows_.serve(WaitWindows::Serve::Full, next)) windows_.abort();
 }
