@@ -131,11 +131,16 @@ TEST(Connections, PeersOfOthersAreRefused) {
         "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n"
         "   0: 0100007F:1F90 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 1 1\n"
         "   1: 0100007F:1F90 0100007F:C350 01 00000000:00000000 00:00000000 00000000  1000        0 2 1\n"
+        "   3: 0100007F:1F90 0100007F:C351 01 00000000:00000000 00:00000000 00000000     0        0 0 1\n"
+        "   4: 0100007F:1F91 0100007F:C351 01 00000000:00000000 00:00000000 00000000     0        0 0 1\n"
         "   2: 0100007F:C350 0100007F:1F90 01 00000000:00000000 02:00000000 00000000    77        0 3 1";
     const SocketEnd server{0x0100007F, 0x1F90}, client{0x0100007F, 0xC350};
     EXPECT_EQ(socket_OwnerInTable(table, client, server), 77u);
     EXPECT_EQ(socket_OwnerInTable(table, server, client), 1000u);
     EXPECT_FALSE(socket_OwnerInTable(table, client, client));
+    // Of an end that nobody has accepted yet it is the listener's; where nobody listens it is unknown.
+    EXPECT_EQ(socket_OwnerInTable(table, server, {0x0100007F, 0xC351}), 1000u);
+    EXPECT_FALSE(socket_OwnerInTable(table, {0x0100007F, 0x1F91}, {0x0100007F, 0xC351}));
     EXPECT_FALSE(socket_OwnerInTable("1: 0100007F:1F90", server, client));
 
     Connected real;  // found in the system's own table
@@ -227,7 +232,7 @@ TEST(Connections, ALoopServesATransportWithoutWaitsOfItsOwn) {
     int refusals = 2;
     handler.run = [&](STPMessage&) { return refusals-- == 0; };
     sendText(*both.client.transport, "two");
-    while (handler.seen.size() < 4) loop.round();
+    while (handler.seen.size() < 4) loop.round(10ms);
     EXPECT_EQ(both.server->census().deferred, 0u);
     both.client->close();
     while (both.server->bound()) loop.round();

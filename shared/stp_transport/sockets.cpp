@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <charconv>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "shared/libcxxutil/report.h"
@@ -107,6 +108,45 @@ bool sameEnd(const std::optional<SocketEnd>& a, const SocketEnd& b) {
     return a && a->address == b.address && a->port == b.port;
 }
 
+std::optional<uint32_t> tableNumber(std::string_view text) {
+    uint32_t number = 0;
+    const char* last = text.data() + text.size();
+    if (text.empty() || std::from_chars(text.data(), last, number).ptr != last) return std::nullopt;
+    return number;
+}
+
+// What the table of connections says of one end.
+struct TableRow {
+    std::optional<SocketEnd> local, remote;
+    std::string_view state;
+    std::optional<uint32_t> user;
+    std::string_view inode;  // "0" when no program holds this end
+};
+
+TableRow tableRow(std::string_view line) {
+    TableRow row;
+    nextWord(line);  // the row's number
+    row.local = tableEnd(nextWord(line));
+    row.remote = tableEnd(nextWord(line));
+    row.state = nextWord(line);
+    for (int i = 0; i < 3; ++i) nextWord(line);  // queues, timer, retransmissions
+    row.user = tableNumber(nextWord(line));
+    nextWord(line);  // time-outs
+    row.inode = nextWord(line);
+    return row;
+}
+
+// The first row that fits.
+std::optional<TableRow> findRow(std::string_view table, const std::function<bool(const TableRow&)>& fits) {
+    while (!table.empty()) {
+        const size_t end = std::min(table.find('\n'), table.size());
+        const TableRow row = tableRow(table.substr(0, end));
+        if (fits(row)) return row;
+        table.remove_prefix(std::min(end + 1, table.size()));
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 FileDescriptor socket_Connect(const std::string& host, uint16_t port, STPStatus& status) {
@@ -162,20 +202,14 @@ std::string socket_PeerName(int descriptor) {
 }
 
 std::optional<uint32_t> socket_OwnerInTable(std::string_view table, SocketEnd local, SocketEnd remote) {
-    while (!table.empty()) {
-        const size_t end = std::min(table.find('\n'), table.size());
-        std::string_view line = table.substr(0, end);
-        table.remove_prefix(std::min(end + 1, table.size()));
-        nextWord(line);  // the row's number
-        if (!sameEnd(tableEnd(nextWord(line)), local) || !sameEnd(tableEnd(nextWord(line)), remote)) continue;
-        for (int i = 0; i < 4; ++i) nextWord(line);  // state, queues, timer, retransmissions
-        const std::string_view user = nextWord(line);
-        uint32_t number = 0;
-        const char* last = user.data() + user.size();
-        if (!user.empty() && std::from_chars(user.data(), last, number).ptr == last) return number;
-        return std::nullopt;
-    }
-    return std::nullopt;
+    const auto row = findRow(
+        table, [&](const TableRow& r) { return sameEnd(r.local, local) && sameEnd(r.remote, remote); });
+    if (!row || row->inode != "0") return row ? row->user : std::nullopt;
+    constexpr std::string_view listening = "0A";
+    const auto listener = findRow(table, [&](const TableRow& r) {
+        return r.state == listening && (sameEnd(r.local, local) || sameEnd(r.local, {0, local.port}));
+    });
+    return listener ? listener->user : std::nullopt;
 }
 
 PeerOwner socket_PeerOwner(int descriptor) {

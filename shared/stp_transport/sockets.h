@@ -33,7 +33,8 @@ enum class PeerOwner {
     Unknown,  // it can't be found
 };
 PeerOwner socket_PeerOwner(int descriptor);
-// The user that owns the end local -> remote, in the text of the system's table of TCP connections. Addresses
+// The user that owns the end local -> remote, in the text of the system's table of TCP connections. Of an end
+// that no program has accepted yet, for which some systems name no owner, it is who listens there. Addresses
 // in network byte order, ports as numbers.
 struct SocketEnd {
     uint32_t address = 0;
