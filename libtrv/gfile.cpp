@@ -22,7 +22,8 @@ constexpr size_t trusted_length = 64 * 1024;
 
 class FileOnDisk : public FileDevice {
   public:
-    explicit FileOnDisk(int file) : file_(file) {}
+    // size is what the file had when it was opened; without one, the end is where a read gives nothing.
+    explicit FileOnDisk(int file, uint64_t size = UINT64_MAX) : file_(file), openedSize_(size) {}
     ~FileOnDisk() override { ::close(file_); }
     FileOnDisk(const FileOnDisk&) = delete;
     FileOnDisk& operator=(const FileOnDisk&) = delete;
@@ -34,8 +35,8 @@ class FileOnDisk : public FileDevice {
                 ::pread(file_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
             if (n < 0 && errno == EINTR) continue;
             if (n < 0) return -1;
-            if (n == 0) break;
             done += static_cast<size_t>(n);
+            if (n == 0 || (done < bytes.size() && offset + done >= openedSize_)) break;
         }
         return static_cast<int64_t>(done);
     }
@@ -64,6 +65,7 @@ class FileOnDisk : public FileDevice {
 
   private:
     int file_;
+    uint64_t openedSize_;
 };
 
 DeviceWrap& device_wrap() {
@@ -89,7 +91,8 @@ Result gf_OpenDevice(const std::string& name, std::unique_ptr<FileDevice>& devic
         if (file >= 0) ::close(file);
         return Result::failure("Not a regular file", name);
     }
-    device = wrapped(std::make_unique<FileOnDisk>(file), name);
+    const auto size = static_cast<uint64_t>(facts.st_size);
+    device = wrapped(std::make_unique<FileOnDisk>(file, size), name);
     return {};
 }
 
