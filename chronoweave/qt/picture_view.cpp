@@ -298,12 +298,12 @@ void PictureView::hold() {
 }
 
 void PictureView::letGo() {
-    pressed_.stop();
     laScroll_Release(*canvas_);
 }
 
 void PictureView::checkButtons() {
     if (QGuiApplication::mouseButtons() != Qt::NoButton) return;
+    pressed_.stop();
     if (pointer_->dragging()) draw([&] { pointer_->Cancel(); });
     if (std::exchange(panning_, false)) unsetCursor();
     letGo();
@@ -375,7 +375,6 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
     bool menu = false;
     const laPointerEvent released = pointerEvent(*event, 1);
     draw([&] { menu = pointer_->Release(released); });
-    if (!pointer_->dragging()) pressed_.stop();
     followDrag();
     if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
 }
