@@ -56,12 +56,15 @@ OpenedSource import_OpenSource(const std::string& name, const ImportOptions& opt
 // What a further read of a growing source took in.
 struct ReadOn {
     uint64_t events = 0;
-    bool more = false;  // the time limit cut it short
+    uint64_t unread = 0;  // bytes of a record that the source's present end cuts
+    bool more = false;    // the time limit cut it short
+    SourceExtent extent;  // how far the source is read
     // What went wrong; the events count all the same. Once the store has come to its end each read that finds
     // more says so.
     Result trouble;
 };
 // Reads what has been added to a growing source since into its store, for at most so many milliseconds (0 or
 // below: no limit); a reader of the store then sees it after mt_RefreshIndex. A record that is cut by the
-// source's present end is told on the console once.
+// source's present end is told on the console once; with a time limit, as of one read among many, only when
+// nothing came to it since the read before.
 ReadOn import_ReadOn(ImportSession& session, int64_t limitMs);

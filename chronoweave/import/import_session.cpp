@@ -63,7 +63,7 @@ ReadEnd ImportSession::read(int64_t limitMs) {
     const ReadEnd end = take_records(limitMs);
     trouble_ = settle(&StoreWriter::Commit);
     counts_.stopped = end == ReadEnd::Stopped;
-    if (end == ReadEnd::Done) tell_cut();
+    if (end == ReadEnd::Done) tell_cut(limitMs);
     if (status) status(end == ReadEnd::CutShort ? words_Overrun : "");
     return end;
 }
@@ -153,8 +153,13 @@ Result ImportSession::settle(Result (StoreWriter::*step)()) {
     return result;
 }
 
-void ImportSession::tell_cut() {
+// While a source is written, most reads end in a record that is being written.
+void ImportSession::tell_cut(int64_t limitMs) {
+    const bool stands = cutAt_ == counts_.unreadAt && cutBytes_ == counts_.unread;
+    cutAt_ = counts_.unreadAt;
+    cutBytes_ = counts_.unread;
     if (!tellsCutRecords || counts_.unread == 0 || toldCutAt_ == counts_.unreadAt) return;
+    if (limitMs > 0 && !stands) return;
     toldCutAt_ = counts_.unreadAt;
     gen_console(words_Unread, print(counts_.unread), print(counts_.unreadAt));
 }

@@ -70,7 +70,7 @@ class ImportSession {
     mt_Time store_time(mt_Time t);
     void end_store(const Result& why);
     Result settle(Result (StoreWriter::*step)());
-    void tell_cut();
+    void tell_cut(int64_t limitMs);
 
     std::unique_ptr<EventSource> source_;
     std::unique_ptr<StoreWriter> writer_;
@@ -79,6 +79,7 @@ class ImportSession {
     bool mayGrow_ = false;
     bool toldFarTime_ = false;
     uint64_t toldCutAt_ = UINT64_MAX;
+    uint64_t cutAt_ = UINT64_MAX, cutBytes_ = 0;  // the cut record that the last read ended at
     Result storeEnd_;
     uint64_t passed_ = 0;  // events behind the store's end
     Result trouble_;

@@ -150,7 +150,9 @@ ReadOn import_ReadOn(ImportSession& session, int64_t limitMs) {
     ReadOn read;
     const ReadEnd end = session.read(limitMs);
     read.events = session.counts().events - before;
+    read.unread = session.counts().unread;
     read.more = end == ReadEnd::CutShort;
+    read.extent = session.source().extent();
     read.trouble = session.trouble();
     if (end == ReadEnd::Failed) read.trouble = session.source().damage();
     if (session.counts().refused > refused) read.trouble = Result::failure(session.missingEvents());

@@ -85,6 +85,23 @@ TEST_F(FollowTest, aCutRecordIsToldOnceWhereItStands) {
     EXPECT_EQ(console(), "Chronoweave: 2 bytes of a cut record are left at offset 0x2c.\n");
 }
 
+TEST_F(FollowTest, ticksTellACutRecordOnceAndNoneThatIsBeingWritten) {
+    Bytes bytes = stream({raw_event(2, 1, 10, 7, false)}, false), record;
+    put_record(record, raw_event(2, 2, 20, 8, false));
+    follow(bytes);
+    // Each read finds some bytes of the next record.
+    for (size_t i = 0; i + 1 < record.size(); ++i) {
+        grow(Bytes{record[i]});
+        EXPECT_EQ(import_ReadOn(session_, 40).unread, i + 1);
+    }
+    EXPECT_EQ(console(), "");
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(import_ReadOn(session_, 40).events, 0u);
+    EXPECT_EQ(console(), "Chronoweave: 16 bytes of a cut record are left at offset 0x1b.\n");
+    grow(Bytes{record.back()});
+    EXPECT_EQ(import_ReadOn(session_, 40).events, 1u);
+    EXPECT_EQ(console(), "");
+}
+
 TEST_F(FollowTest, theLimitIsTestedOncePerBufferAndTheNextReadGoesOn) {
     Bytes bytes = short_header(true);
     for (uint32_t i = 0; i < 5000; ++i) put_record(bytes, raw_event(2, 1, 1 + i, 1, true));

@@ -43,6 +43,7 @@
 namespace {
 
 constexpr const char* positionKey = "Trvgui.Canvas";
+constexpr int64_t readingSlice = 20;    // milliseconds, of a growing source
 constexpr qint64 messageStands = 3000;  // milliseconds for which the pointer leaves a message alone
 
 std::vector<CanvasWindow*>& windows() {
@@ -372,20 +373,40 @@ void CanvasWindow::endGrowing() {
     showButtons();
 }
 
-// What the target has logged since goes into the store and into the view.
+// What the target has logged since goes into the store and into the view. What is done in a moment shows
+// nothing but the picture; much is read piece by piece, up to where the source ended when it was asked for.
 bool CanvasWindow::readOn() {
     if (!growing_) return false;
-    auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
-    const ReadOn read = import_ReadOn(*growing_, 0);
-    if (read.events > 0) {
-        view_->draw([this] { laCanvas_SourceGrew(view_->canvas()); });
-        view_->layOutAndPaint();
-        overview_->countOn();
+    ReadOn read = import_ReadOn(*growing_, readingSlice);
+    if (read.more) {
+        const BusyWork busy(GateWork::Load, view_->graph().setBusy);
+        readRest(read);
+        showGrown(read);
+    } else {
+        showGrown(read);
     }
     showButtons();
-    busy.reset();
-    say(read.trouble.ok() ? std::to_string(read.events) + " more events." : read.trouble.text());
+    const std::string unread =
+        read.unread > 0 ? "; " + std::to_string(read.unread) + " bytes unread at the end." : ".";
+    say(read.trouble.ok() ? std::to_string(read.events) + " more events" + unread : read.trouble.text());
     return read.trouble.ok();
+}
+
+void CanvasWindow::readRest(ReadOn& read) {
+    const SourceExtent begin = read.extent;
+    const Progress& progress = view_->canvas().calls.progress;
+    while (read.more && read.trouble.ok() && read.extent.done < begin.total &&
+           progress(read.extent.done - begin.done, begin.total - begin.done)) {
+        const uint64_t before = read.events;
+        read = import_ReadOn(*growing_, readingSlice);
+        read.events += before;
+    }
+}
+
+void CanvasWindow::showGrown(const ReadOn& read) {
+    if (read.events == 0) return;
+    view_->draw([this] { laCanvas_SourceGrew(view_->canvas()); });
+    overview_->countOn();
 }
 
 bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std::string& said) {

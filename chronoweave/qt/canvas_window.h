@@ -101,6 +101,8 @@ class CanvasWindow : public QMainWindow {
     // said: takes what the reading of the configure file said.
     bool showStore(struct OpenedSource& opened, const std::string& name, std::string& said);
     bool readOn();
+    void readRest(ReadOn& read);
+    void showGrown(const ReadOn& read);
     void setBusy(bool busy);  // long work begins and ends; calls nest
     void restoreArrangement();
     void keepArrangement();

@@ -379,8 +379,12 @@ TEST_F(Window, AGrowingFileIsReadOn) {
     key(Qt::Key_0);
     const uint32_t before = mt_GetEventCount(*canvas().source.store);
     const double length = canvas().source.totalLength;
+    int busy = 0;
+    const auto shows = std::exchange(window->view().graph().setBusy, [&busy](bool) { ++busy; });
     EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
-    EXPECT_EQ(window->message(), "0 more events.");
+    window->view().graph().setBusy = shows;
+    EXPECT_EQ(busy, 0) << "a moment's work looks like none";
+    EXPECT_TRUE(window->message().starts_with("0 more events; ")) << window->message();
     {
         std::ofstream more(trace, std::ios::binary | std::ios::app);
         more << whole.substr(whole.size() / 3 + 5);
@@ -389,6 +393,9 @@ TEST_F(Window, AGrowingFileIsReadOn) {
     const uint32_t after = mt_GetEventCount(*canvas().source.store);
     EXPECT_EQ(window->message(), std::to_string(after - before) + " more events.");
     EXPECT_GT(canvas().source.totalLength, length);
+    const QImage grown = window->view().image().copy();
+    window->view().layOutAndPaint();
+    EXPECT_EQ(grown, window->view().image()) << "what was added is what a whole repaint draws";
     window->view().command("ShowAll");
     const std::string other = folder / "other.trr";
     std::ofstream(other, std::ios::binary) << whole;

@@ -233,3 +233,18 @@ TEST(Table, KeepsOrderAcrossChunksAndMiddleInsertions) {
     table.insert(table.size(), 7);
     EXPECT_EQ(table.back(), 7);
 }
+
+TEST(Table, LosesAndGetsElementsInFront) {
+    for (const uint32_t dropped : {0u, 1u, 255u, 256u, 700u, 999u, 1000u}) {
+        Table<uint32_t> table;
+        for (uint32_t i = 0; i < 1000; ++i) table.push_back(i);
+        const size_t bytes = table.bytes();
+        table.drop_front(dropped);
+        EXPECT_LE(table.bytes() + (dropped / 256) * 256 * sizeof(uint32_t), bytes);
+        for (uint32_t i = 1; i <= 600; ++i) table.push_front(5000 + i);
+        for (uint32_t i = 0; i < 600; ++i) table.push_back(1000 + i);
+        ASSERT_EQ(table.size(), 2200 - dropped);
+        for (uint32_t i = 0; i < 600; ++i) ASSERT_EQ(table[i], 5600 - i);
+        for (uint32_t i = 600; i < table.size(); ++i) ASSERT_EQ(table[i], i - 600 + dropped);
+    }
+}

@@ -75,7 +75,7 @@ SourceStep RawStream::wait_for_more(SourceStatus status) {
         return SourceStep::Failed;
     }
     there_ = 0;
-    buffer_ = {};
+    if (!deadline_) buffer_ = {};  // one of many reads keeps it for the next
     return status == SourceStatus::Again ? SourceStep::Again : SourceStep::End;
 }
 
