@@ -68,6 +68,7 @@ Result read_version(TraceStore& store) {
     if (file.error() != 0) return Result::system(file.name(), file.error());
     if (!file.at_end()) return {};
     store.checkpointInterval = mt_CheckpointInterval;
+    store.ticksPerSecond = std::max(1u, store.ticksPerSecond);
     note_version(store, "the file ends within what it has to say",
                  "clock, system, byte order and checkpoint interval are in doubt");
     return {};

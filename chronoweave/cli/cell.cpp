@@ -1,5 +1,6 @@
 #include "chronoweave/cli/cell.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -114,8 +115,10 @@ void put_id(uint64_t id, RowBuffer& to) {
 }  // namespace
 
 void CellWriter::setClock(uint64_t ticksPerSecond) {
-    ticksPerSecond_ = static_cast<double>(ticksPerSecond);
-    clock_ = TickWriter({ticksPerSecond, 1}, mostDecimals);
+    // A store may lack its clock.
+    const uint64_t rate = std::max<uint64_t>(1, ticksPerSecond);
+    ticksPerSecond_ = static_cast<double>(rate);
+    clock_ = TickWriter({rate, 1}, mostDecimals);
 }
 
 void CellWriter::put(const Cell& cell, CellForm form, RowBuffer& to) const {

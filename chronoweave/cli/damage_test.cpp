@@ -87,6 +87,15 @@ TEST_F(DamagedStore, ACutIndexIsMadeAnew) {
     EXPECT_EQ(lines_of(run({"events", base(), "--csv"}).out), whole);
 }
 
+TEST_F(DamagedStore, AVersionFileThatIsCutBeforeItsClockIsTold) {
+    std::filesystem::resize_file(base() + ".trv", 22);
+    for (const Words& command : commands()) {
+        const Ran ran = run(command);
+        EXPECT_EQ(ran.status, 1) << command[0] << ": " << ran.err;
+        EXPECT_NE(ran.err.find("damaged.trv, byte 22: the file ends"), std::string::npos) << ran.err;
+    }
+}
+
 TEST_F(DamagedStore, AReadErrorIsTold) {
     const std::string stream = content(base() + ".trs");
     const Bytes bytes(stream.begin(), stream.end());

@@ -21,6 +21,7 @@ bool NamedStore::openWithLegend(const CommandLine& line, int& status) {
     const char* os = mt_GetOsName(&store());
     status = cli_Failure(line.path + ": no configure file for \"" + (os ? os : "") +
                          "\" names its events and statuses; give one with --config");
+    cli_Finish(opened, opened.store.get());  // damage may be why
     return false;
 }
 

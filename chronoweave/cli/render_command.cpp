@@ -88,7 +88,10 @@ int command_Render(const CommandLine& line) {
     if (!range) return cli_Refused(opened);
     Legend legend;
     bool fatal = false;
-    if (!cli_LoadLegend(line, *opened.store, legend, fatal)) return Exit_Failed;
+    if (!cli_LoadLegend(line, *opened.store, legend, fatal)) {
+        cli_Finish(opened, opened.store.get());  // damage may be why
+        return Exit_Failed;
+    }
 
     picture_StartHeadless();
     LaGraph graph;
