@@ -2,6 +2,7 @@
 // line, and the objects that it names.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,8 +37,8 @@ class AnalysisLine : public TraceFacts {
     Cell shownLength(double length) const;
     // A mean of lengths, which need not be whole ticks.
     Cell shownMean(double length) const;
-    // Of the store, for the rows.
-    uint64_t clock() const { return mt_GetTicksPerSecond(named.store()); }
+    // Of the store, for the rows; a store may lack its clock.
+    uint64_t clock() const { return std::max<uint64_t>(1, mt_GetTicksPerSecond(named.store())); }
     // The same for a sentence, with its unit.
     std::string shownRange(double length) const;
     // Closes the output and gives the exit status: that of a failure when some of the range, the first of it
