@@ -29,7 +29,7 @@ View first_view(_LaCanvasData& canvas) {
     if (mt_StartWalkAtEvent(*canvas.source.store, view.events + 1, 1, nullptr, walk) &&
         mt_NextEvent(walk, event))
         view.end = event.time;
-    view.high = static_cast<double>(view.end - canvas.source.baseTick) / canvas.source.ticksPerSecond;
+    view.high = canvas.source.clock.TimeOf(view.end);
     return view;
 }
 

@@ -9,8 +9,7 @@ AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
     source.store = canvas.source.store.get();
     source.legend = &canvas.looks.legend;
     source.osKind = canvas.source.osKind;
-    source.ticksPerSecond = canvas.source.ticksPerSecond;
-    source.baseTick = canvas.source.baseTick;
+    source.clock = canvas.source.clock;
     source.totalLength = canvas.source.totalLength;
     source.progress = canvas.calls.progress;
     return source;

@@ -107,8 +107,9 @@ std::optional<DetailStatus> status_from_store(_LaCanvasData& canvas, const Detai
     StoreStep step{Search_Status, target, from.time, from.object, true, forward};
     // From where the stretch really ends; a search forward begins a tick inside of it.
     if (reached.known == LaEndKnown::Exact)
-        step.time =
-            forward ? std::max(from.time, source.timeOf(source.tickOf(reached.time) - 1)) : reached.time;
+        step.time = forward
+                        ? std::max(from.time, source.clock.TimeOf(source.clock.NearestTick(reached.time) - 1))
+                        : reached.time;
     SearchRow row;
     {
         const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
@@ -249,7 +250,7 @@ class EventSeeker {
                (!sameEvent_ || source_.legend->EventMatches(event.type, event.subtype, like_.event));
     }
     DetailEvent Taken(const EventRecord& event) const {
-        return {source_.timeOf(event.time),
+        return {source_.clock.TimeOf(event.time),
                 object_,
                 event.sequence,
                 source_.legend->EventIndex(event.type, event.subtype),
@@ -336,7 +337,7 @@ std::optional<DetailSwitch> switch_from_store(_LaCanvasData& canvas, const Detai
         {
             const BusyWork busy(GateWork::Search, canvas.graph->setBusy);
             source.running.clear();
-            if (forward && tries == 0) source.running.enter(source.processorOf(from.toObject), from.toObject);
+            if (forward && tries == 0) source.running.enter(source.ProcessorOf(from.toObject), from.toObject);
             if (!step_past(source, step, row)) return std::nullopt;
         }
         laCanvas_Reveal(canvas, row.timeA, row.objectA);  // what is found takes the cursor along

@@ -11,7 +11,7 @@ bool AnalysisLine::open(int& status) {
     Take(analysis_SourceOfStore(named.store(), named.legend), named.separator);
     source.progress = bar_.progress();
     if (line_.ticks) {
-        words.ticksPerSecond = source.ticksPerSecond;
+        words.inTicks = true;
         words.unit = "Tick";
     }
     const bool taken = takeRange();
@@ -30,8 +30,8 @@ bool AnalysisLine::takeRange() {
             time = scan_double(*text);
         else if (const auto tick = scan_number(*text))
             // Ticks are signed, and what is beyond them is behind the last; only "-1" is ahead of tick 0.
-            time =
-                source.timeOf(text_trim(*text).front() == '-' ? *tick : std::min<uint64_t>(*tick, INT64_MAX));
+            time = source.clock.TimeOf(
+                text_trim(*text).front() == '-' ? *tick : std::min<uint64_t>(*tick, INT64_MAX));
         if (!time) {
             cli_UsageError(std::string(option) + ": not a time: " + *text);
             return false;
@@ -81,12 +81,12 @@ Cell AnalysisLine::nameOf(uint32_t object) const {
 }
 
 Cell AnalysisLine::shownTime(double time) const {
-    const mt_Time tick = source.tickOf(time);
-    return line_.ticks ? Cell(tick) : Cell::ticks(static_cast<int64_t>(tick - source.baseTick));
+    const mt_Time tick = source.clock.NearestTick(time);
+    return line_.ticks ? Cell(tick) : Cell::ticks(static_cast<int64_t>(tick - source.clock.baseTick));
 }
 
 Cell AnalysisLine::shownLength(double length) const {
-    const int64_t ticks = std::llround(length * source.ticksPerSecond);
+    const auto ticks = static_cast<int64_t>(source.clock.TicksIn(length));
     return line_.ticks ? Cell(ticks) : Cell::ticks(ticks);
 }
 
@@ -95,7 +95,7 @@ Cell AnalysisLine::shownMean(double length) const {
 }
 
 std::string AnalysisLine::shownRange(double length) const {
-    return line_.ticks ? gen_format("%lld ticks", std::llround(length * source.ticksPerSecond))
+    return line_.ticks ? gen_format("%lld ticks", static_cast<long long>(source.clock.TicksIn(length)))
                        : tick_Text({clock(), 1}, length, CellWriter::mostDecimals) + " seconds";
 }
 

@@ -117,7 +117,7 @@ void put_id(uint64_t id, RowBuffer& to) {
 void CellWriter::setClock(uint64_t ticksPerSecond) {
     // A store may lack its clock.
     const uint64_t rate = std::max<uint64_t>(1, ticksPerSecond);
-    ticksPerSecond_ = static_cast<double>(rate);
+    times_.ticksPerSecond = static_cast<double>(rate);
     clock_ = TickWriter({rate, 1}, mostDecimals);
 }
 
@@ -153,7 +153,7 @@ void CellWriter::put(const Cell& cell, CellForm form, RowBuffer& to) const {
 }
 
 void CellWriter::putTicks(int64_t ticks, RowBuffer& to) const {
-    if (form_ == RowForm::Json) return put_real(static_cast<double>(ticks) / ticksPerSecond_, to);
+    if (form_ == RowForm::Json) return put_real(times_.LengthOf(static_cast<double>(ticks)), to);
     to.took(clock_.put(ticks, to.room(TickWriter::room)));
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "chronoweave/cli/row_buffer.h"
+#include "chronoweave/engine/time_base.h"
 #include "shared/libcxxutil/tick_text.h"
 
 // Views of texts and bytes: what they show must last until the row is put.
@@ -101,6 +102,6 @@ class CellWriter {
 
     RowForm form_;
     bool terminal_;
-    double ticksPerSecond_ = 1;
+    TimeBase times_;
     TickWriter clock_;
 };

@@ -76,7 +76,7 @@ int command_Check(const CommandLine& line) {
     if (!analysis.open(status)) return status;
     for (const TimingRule& rule : rules)
         if (!rules_FitsLegend(rule, analysis.named.legend, why) ||
-            !rules_FitsClock(rule, analysis.source.ticksPerSecond, why))
+            !rules_FitsClock(rule, analysis.source.clock, why))
             problems.push_back({rule.line, why});
     tell_problems(line.subject, problems);
     if (!problems.empty()) return analysis.refused();

@@ -48,12 +48,9 @@ void arrange(_LaCanvasData& canvas, const CommandLine& line) {
 
 // The range in the canvas's time base; the whole trace by default.
 bool show_range(_LaCanvasData& canvas, const CommandLine& line, const mt_Range& range) {
-    const auto base = [&](mt_Time tick) {
-        return static_cast<double>(static_cast<int64_t>(tick - canvas.source.baseTick)) /
-               canvas.source.ticksPerSecond;
-    };
-    const double low = line.from.empty() ? 0 : base(range.first);
-    const double high = line.to.empty() ? canvas.source.totalLength : base(range.end);
+    const TimeBase& clock = canvas.source.clock;
+    const double low = line.from.empty() ? 0 : clock.TimeOf(range.first);
+    const double high = line.to.empty() ? canvas.source.totalLength : clock.TimeOf(range.end);
     if (high <= low) return false;
     return laCanvas_ShowRange(canvas, low, high);
 }

@@ -13,10 +13,10 @@ class NaiveWalk {
   public:
     NaiveWalk(const AnalysisSource& source, double from, double to, std::vector<uint32_t> objects)
         : source_(source), legend_(*source.legend), from_(from), to_(to), objects_(std::move(objects)) {
-        const auto first = static_cast<mt_Time>(std::llround(from * source.ticksPerSecond));
-        const auto last = static_cast<mt_Time>(std::llround(to * source.ticksPerSecond));
-        mt_GetEventsInTimeRange(*source.store, source.baseTick + first, source.baseTick + last + 1, events_,
-                                state_);
+        const auto first = static_cast<mt_Time>(std::llround(from * source.clock.ticksPerSecond));
+        const auto last = static_cast<mt_Time>(std::llround(to * source.clock.ticksPerSecond));
+        mt_GetEventsInTimeRange(*source.store, source.clock.baseTick + first,
+                                source.clock.baseTick + last + 1, events_, state_);
         for (const uint32_t object : objects_) records_.push_back({object, -1, -1});
     }
 
@@ -27,7 +27,8 @@ class NaiveWalk {
         if (statuses) compare(on_tick(from_), false, true);
         for (const EventRecord& event : events_) {
             if (full()) break;
-            const double time = static_cast<double>(event.time - source_.baseTick) / source_.ticksPerSecond;
+            const double time =
+                static_cast<double>(event.time - source_.clock.baseTick) / source_.clock.ticksPerSecond;
             if (statuses) {
                 mt_ApplyEventToState(state_, event);
                 compare(time, false, true);
@@ -46,7 +47,8 @@ class NaiveWalk {
         track(on_tick(from_), false);
         for (const EventRecord& event : events_) {
             mt_ApplyEventToState(state_, event);
-            track(static_cast<double>(event.time - source_.baseTick) / source_.ticksPerSecond, false);
+            track(static_cast<double>(event.time - source_.clock.baseTick) / source_.clock.ticksPerSecond,
+                  false);
             if (allEvents || object_of(event) == objects_[0])
                 ++statistics_.eventCounts[static_cast<size_t>(legend_.EventIndex(event.type, event.subtype))];
         }
@@ -63,14 +65,14 @@ class NaiveWalk {
     };
 
     double on_tick(double time) const {
-        return std::round(time * source_.ticksPerSecond) / source_.ticksPerSecond;
+        return std::round(time * source_.clock.ticksPerSecond) / source_.clock.ticksPerSecond;
     }
     // The range's end, unless it was rounded up to the tick of the last event.
     double closing() const {
-        const double last = events_.empty()
-                                ? on_tick(from_)
-                                : static_cast<double>((*std::prev(events_.end())).time - source_.baseTick) /
-                                      source_.ticksPerSecond;
+        const double last =
+            events_.empty() ? on_tick(from_)
+                            : static_cast<double>((*std::prev(events_.end())).time - source_.clock.baseTick) /
+                                  source_.clock.ticksPerSecond;
         return std::max(to_, last);
     }
     bool full() const { return request_->rowLimit > 0 && rows_.size() >= request_->rowLimit; }

@@ -65,7 +65,7 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     SearchTracker tracker(source, state, objects, Follow::Executions);
     ReportTracking<Sink> tracking(tracker, sink);
     bool known = walk.gap() == nullptr;
-    if (known) tracking.all(source.onTick(from), false);
+    if (known) tracking.all(source.clock.OnTick(from), false);
     EventRecord event;
     for (double time = 0; walk.next(event, time); known = true) {
         if (walk.gap()) tracking.interrupt(*walk.gap(), time);
@@ -172,14 +172,15 @@ class ObjectSums {
     }
     void left(const Record& record, double until) {
         if (request_.kind != Search_Status || !wanted(record)) return;
-        ticks_[record.place] += static_cast<int64_t>(source_.tickOf(until) - source_.tickOf(record.time));
+        ticks_[record.place] +=
+            static_cast<int64_t>(source_.clock.NearestTick(until) - source_.clock.NearestTick(record.time));
         // What the range's end lies beside its tick is all that is no whole tick.
-        of(record).time += until - source_.onTick(until);
+        of(record).time += until - source_.clock.OnTick(until);
     }
     // Times are sums of ticks, so that objects of the same time compare equal.
     void finish() {
         for (size_t at = 0; at < ticks_.size(); ++at)
-            report_.figures[at].time += static_cast<double>(ticks_[at]) / source_.ticksPerSecond;
+            report_.figures[at].time += source_.clock.LengthOf(static_cast<double>(ticks_[at]));
     }
     void tookOver(const Record& record) {
         if (request_.kind == Search_Switch) ++of(record).count;
@@ -217,7 +218,7 @@ class LoadSums {
         : source_(source), times_(objects.size(), 0.0), idle_(objects.size(), false) {
         for (size_t at = 0; at < objects.size(); ++at) {
             idle_[at] = std::find(idle.begin(), idle.end(), objects[at]) != idle.end();
-            const uint32_t processor = source.processorOf(objects[at]);
+            const uint32_t processor = source.ProcessorOf(objects[at]);
             if (processor >= processors_.size()) processors_.resize(processor + 1);
             processors_[processor].there = true;
         }
@@ -265,7 +266,7 @@ void LoadSums::finish(const std::vector<uint32_t>& objects, LoadReport& report) 
     }
     for (size_t at = 0; at < objects.size(); ++at)
         if (times_[at] > 0)
-            report.processors[place[source_.processorOf(objects[at])]].objects.push_back(
+            report.processors[place[source_.ProcessorOf(objects[at])]].objects.push_back(
                 {objects[at], times_[at]});
     for (ProcessorLoad& load : report.processors)
         std::stable_sort(load.objects.begin(), load.objects.end(),

@@ -152,7 +152,7 @@ TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
     open_ready({name_event(0, 0x400, "net"), switch_to(10, 0x400), user(30, 0x400, 2)}, "Korvantis",
                crowded_legend());
     const ObjectNames names(*store_, '@');
-    AnalysisWords words = analysis_WordsOfLegend(legend_, names, test_rate);
+    AnalysisWords words = analysis_WordsOfLegend(legend_, names, source_.clock);
     LegendStatistics s;
     ASSERT_EQ(report_OneObject(source_, 0x400, 0, 0.03, s), ReportOutcome::Done);
     const auto rows = report_Rows(words, s, true);

@@ -78,8 +78,8 @@ std::string report_Title(const AnalysisWords& words, const LegendStatistics& sta
 
 std::string report_Subtitle(const AnalysisWords& words, const LegendStatistics& statistics) {
     const auto trimmed = [&words](double time) {
-        return laTime_TrimZeros(
-            laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time), 10));
+        return laTime_TrimZeros(laTime_Digits(laTime_Scale(words.clock.ticksPerSecond, words.timeMode),
+                                              analysis_ShownTime(words, time), 10));
     };
     return "(from " + trimmed(statistics.rangeFrom) + " to " + trimmed(statistics.rangeTo) + ' ' +
            words.unit + ')';

@@ -52,9 +52,11 @@ struct RuleProblem {
 std::vector<TimingRule> rules_Read(std::string_view text, std::vector<RuleProblem>& problems);
 // The names that a rule has of the legend; false, with why, when one is unknown there.
 bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string& why);
+// A value of time in seconds.
+double rules_Seconds(const RuleValue& value, const TimeBase& clock);
 // False, with why, when the range of a rule ends ahead of its begin by this clock. Where both ends have one
 // unit rules_Read has found it.
-bool rules_FitsClock(const TimingRule& rule, double ticksPerSecond, std::string& why);
+bool rules_FitsClock(const TimingRule& rule, const TimeBase& clock, std::string& why);
 
 struct RuleOutcome {
     bool passed = false;

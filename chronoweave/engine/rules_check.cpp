@@ -86,25 +86,19 @@ class RuleChecker {
         ids = std::move(*found);
         return true;
     }
-    // A length that is whole ticks, less what doubles lost on the way.
-    double onTick(double length) const {
-        return std::round(length * source_.ticksPerSecond) / source_.ticksPerSecond;
-    }
-    double seconds(const RuleValue& value) const {
-        return value.unit == RuleUnit::Ticks ? value.number / source_.ticksPerSecond : value.number;
-    }
+    double seconds(const RuleValue& value) const { return rules_Seconds(value, source_.clock); }
     // The limit in the unit that is measured.
     double limit(const RuleValue& value) const {
         return value.unit == RuleUnit::Ticks ? seconds(value) : value.number;
     }
     std::string timeText(double time) const {
         constexpr int mostDecimals = 9;
-        return tick_Text({static_cast<uint64_t>(source_.ticksPerSecond), 1}, time, mostDecimals) + " s";
+        return tick_Text({static_cast<uint64_t>(source_.clock.ticksPerSecond), 1}, time, mostDecimals) + " s";
     }
     std::string where(double time) const { return " at " + timeText(time); }
     // The last tick of the range that is known of: the trace ends a tick behind its last event.
     double lastTick() const {
-        return std::min({to_, reached_, source_.totalLength - 1 / source_.ticksPerSecond});
+        return std::min({to_, reached_, source_.totalLength - source_.clock.LengthOf(1)});
     }
     static bool isOutside(double out, double value) { return out > slack * std::max(1.0, std::fabs(value)); }
     std::string of(uint32_t object) const { return " on " + analysis_ObjectText(words_, object); }
@@ -146,7 +140,7 @@ class RuleChecker {
     void conclude(const std::string& what, RuleUnit unit) {
         outcome_.unit = unit;
         outcome_.passed = outside_ == 0 && !outcome_.damaged;
-        if (unit == RuleUnit::Seconds) outcome_.worst = onTick(*outcome_.worst);
+        if (unit == RuleUnit::Seconds) outcome_.worst = source_.clock.WholeLength(*outcome_.worst);
         outcome_.message = what + ' ' + value_text(*outcome_.worst, unit);
         if (outcome_.time) outcome_.message += where(*outcome_.time);
         if (outcome_.object) outcome_.message += of(*outcome_.object);

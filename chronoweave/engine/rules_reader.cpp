@@ -226,7 +226,7 @@ class RuleReader {
         if (!time(end, "the range's end")) return false;
         rule_.to = end;
         const bool clock = (end.unit == RuleUnit::Ticks) != (rule_.from->unit == RuleUnit::Ticks);
-        return (clock && end.number > 0) || rules_FitsClock(rule_, 1, why_);
+        return (clock && end.number > 0) || rules_FitsClock(rule_, TimeBase{}, why_);
     }
     bool without() {
         do {
@@ -253,10 +253,6 @@ class RuleReader {
     size_t at_ = 0;
     bool periodGiven_ = false;
 };
-
-constexpr double seconds_of(const RuleValue& value, double ticksPerSecond) {
-    return value.unit == RuleUnit::Ticks ? value.number / ticksPerSecond : value.number;
-}
 
 }  // namespace
 
@@ -291,9 +287,13 @@ bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string&
     return rule.status.empty() || analysis_FindStatus(legend, rule.status, why);
 }
 
-bool rules_FitsClock(const TimingRule& rule, double ticksPerSecond, std::string& why) {
+double rules_Seconds(const RuleValue& value, const TimeBase& clock) {
+    return value.unit == RuleUnit::Ticks ? clock.LengthOf(value.number) : value.number;
+}
+
+bool rules_FitsClock(const TimingRule& rule, const TimeBase& clock, std::string& why) {
     if (!rule.from || !rule.to) return true;
-    if (seconds_of(*rule.from, ticksPerSecond) <= seconds_of(*rule.to, ticksPerSecond)) return true;
+    if (rules_Seconds(*rule.from, clock) <= rules_Seconds(*rule.to, clock)) return true;
     why = "the range ends before it begins";
     return false;
 }

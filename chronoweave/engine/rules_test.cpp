@@ -12,12 +12,11 @@ class RulesTest : public AnalysisTest {
         if (!problems.empty()) return gen_format("%zu: ", problems[0].line) + problems[0].what;
         if (rules.size() != 1) return "no rule";
         std::string why;
-        if (!rules_FitsLegend(rules[0], legend_, why) ||
-            !rules_FitsClock(rules[0], source_.ticksPerSecond, why))
+        if (!rules_FitsLegend(rules[0], legend_, why) || !rules_FitsClock(rules[0], source_.clock, why))
             return why;
         const ObjectNames names(*store_, '@');
         const RuleOutcome outcome =
-            rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names, test_rate));
+            rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names, source_.clock));
         return (outcome.passed ? "pass: " : "fail: ") + outcome.message;
     }
     void open_trace() {

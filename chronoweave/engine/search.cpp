@@ -232,7 +232,7 @@ bool walk_statuses(AnalysisSource& source, SearchResult& result) {
     StateTable state;
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
     SearchTracker tracker(source, state, request.objects, Follow::Changes);
-    double time = source.onTick(request.rangeFrom);
+    double time = source.clock.OnTick(request.rangeFrom);
     bool final = false;
     const auto look = [&](Record& record, Cause) { return search.look(record, time, final); };
     // What is not known at the start of the range begins with its first event.
@@ -261,7 +261,7 @@ bool walk_switches(AnalysisSource& source, SearchResult& result) {
     RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
     SearchTracker tracker(source, state, request.objects, Follow::Executions);
     SwitchSearch search(source.running, tracker, rows);
-    double time = source.onTick(request.rangeFrom);
+    double time = source.clock.OnTick(request.rangeFrom);
     bool detect = source.running.empty();
     const auto look = [&](Record& record, Cause) { return search.look(record, time, detect); };
     if (walk.gap())

@@ -250,7 +250,7 @@ TEST_F(SearchTest, TextsOfResults) {
     open({name_event(0, 0x400, "net%s"), user(10, 0x400, 2), user(10, 0x401, 2), user(2500, 0x401, 3)},
          "Korvantis", crowded_legend());
     const ObjectNames names(*store_, '@');
-    AnalysisWords words = analysis_WordsOfLegend(legend_, names, test_rate);
+    AnalysisWords words = analysis_WordsOfLegend(legend_, names, source_.clock);
     SearchRequest one = request(Search_Pattern, event("Take"));
     one.endTarget = event("Give");
     SearchResult result;

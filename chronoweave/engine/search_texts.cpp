@@ -1,7 +1,6 @@
 #include "chronoweave/engine/search_texts.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -58,7 +57,7 @@ std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
     return ids;
 }
 
-AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock) {
+AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, const TimeBase& clock) {
     AnalysisWords words;
     words.clock = clock;
     words.legend = &legend;
@@ -75,18 +74,17 @@ std::string analysis_ObjectText(const AnalysisWords& words, uint32_t object) {
 }
 
 double analysis_ShownTime(const AnalysisWords& words, double time) {
-    if (words.ticksPerSecond > 0) return std::round(time * words.ticksPerSecond);
+    if (words.inTicks) return words.clock.TicksIn(time);
     return laTime_Convert(Time_Second, time, words.timeMode);
 }
 
 double analysis_ShownOnTick(const AnalysisWords& words, double time) {
-    const double ticks = std::round(time * words.clock);
-    return analysis_ShownTime(words, std::fabs(ticks) < 9e15 ? ticks / words.clock : time);
+    return analysis_ShownTime(words, words.clock.WholeLength(time));
 }
 
 std::string analysis_TimeText(const AnalysisWords& words, double time, int most) {
-    const int mode = words.ticksPerSecond > 0 ? Time_Tick : words.timeMode;
-    return tick_Text(laTime_Scale(words.clock, mode), analysis_ShownTime(words, time), most);
+    const int mode = words.inTicks ? Time_Tick : words.timeMode;
+    return tick_Text(laTime_Scale(words.clock.ticksPerSecond, mode), analysis_ShownTime(words, time), most);
 }
 
 std::string analysis_EventName(const Legend& legend, int32_t row) {

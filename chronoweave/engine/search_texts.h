@@ -33,11 +33,10 @@ struct AnalysisWords {
     std::string term = "Task", lowerTerm = "task";  // the object term
     int timeMode = Time_Second;                     // unit of times shown
     std::string unit = "Second";                    // its word
-    double ticksPerSecond = 0;                      // above 0: times are shown in ticks, whatever the unit
-    double clock = 1;                               // ticks in one unit of the time base
+    bool inTicks = false;                           // times are shown in ticks, whatever the unit
+    TimeBase clock;
 };
-// clock: ticks in a second.
-AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, double clock);
+AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, const TimeBase& clock);
 
 // "0x%x", with " (NAME)" behind it when there is a name. In tick mode only the name, or the term and the id.
 std::string analysis_ObjectText(const AnalysisWords& words, uint32_t object);

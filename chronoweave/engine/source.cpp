@@ -1,21 +1,10 @@
 #include "chronoweave/engine/source.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
-constexpr double most_ticks = 4e18;
 constexpr uint32_t progress_mask = 0x3FFF;
 }  // namespace
-
-mt_Time AnalysisSource::tickOf(double time) const {
-    const double ticks = std::isnan(time) ? 0.0 : std::clamp(time * ticksPerSecond, -most_ticks, most_ticks);
-    // Ticks are signed.
-    int64_t tick = 0;
-    if (__builtin_add_overflow(static_cast<int64_t>(baseTick), std::llround(ticks), &tick))
-        tick = ticks < 0 ? INT64_MIN : INT64_MAX;
-    return static_cast<mt_Time>(std::min(tick, INT64_MAX - 1));
-}
 
 AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {
     AnalysisSource source;
@@ -23,24 +12,24 @@ AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {
     source.legend = &legend;
     const char* osName = mt_GetOsName(&store);
     source.osKind = legend_OsKind(osName ? osName : "");
-    source.ticksPerSecond = static_cast<double>(std::max<uint64_t>(1, mt_GetTicksPerSecond(store)));
+    source.clock.ticksPerSecond = static_cast<double>(std::max<uint64_t>(1, mt_GetTicksPerSecond(store)));
     const mt_Range range = mt_GetTimeRange(store);
-    source.baseTick = range.first;
-    source.totalLength = source.timeOf(range.end);
+    source.clock.baseTick = range.first;
+    source.totalLength = source.clock.TimeOf(range.end);
     return source;
 }
 
 std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double from, double to) {
-    return mt_GetObjectIdsUsedInTimeRange(*source.store, mt_ObjectTask, source.tickOf(from),
-                                          source.tickOf(to) + 1);
+    return mt_GetObjectIdsUsedInTimeRange(*source.store, mt_ObjectTask, source.clock.NearestTick(from),
+                                          source.clock.NearestTick(to) + 1);
 }
 
 RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state)
-    : source_(source), from_(from), to_(to), last_(source.onTick(from)) {
+    : source_(source), from_(from), to_(to), last_(source.clock.OnTick(from)) {
     end_.reached = to;
     if (!source.store) return;
-    end_.started =
-        mt_StartWalkInTimeRange(*source.store, source.tickOf(from), source.tickOf(to) + 1, state, walk_);
+    end_.started = mt_StartWalkInTimeRange(*source.store, source.clock.NearestTick(from),
+                                           source.clock.NearestTick(to) + 1, state, walk_);
     takeGap();
 }
 
@@ -48,8 +37,8 @@ void RangeWalk::takeGap() {
     gap_.reset();
     const mt_Gap* gap = walk_.gap();
     if (!gap) return;
-    gap_ = TimeGap{std::max(source_.timeOf(gap->from), last_),
-                   gap->to == mt_NoTime ? to_ : std::min(source_.timeOf(gap->to), to_)};
+    gap_ = TimeGap{std::max(source_.clock.TimeOf(gap->from), last_),
+                   gap->to == mt_NoTime ? to_ : std::min(source_.clock.TimeOf(gap->to), to_)};
     if (!end_.damaged) end_.lost = *gap_;
     end_.damaged = true;
 }
@@ -67,7 +56,7 @@ bool RangeWalk::next(EventRecord& event, double& time) {
         if (gap_) end_.reached = gap_->from;
         return finish();
     }
-    time = last_ = source_.timeOf(event.time);
+    time = last_ = source_.clock.TimeOf(event.time);
     if ((++seen_ & progress_mask) == 0 && source_.progress && !source_.progress(time - from_, to_ - from_)) {
         end_.stopped = true;
         end_.reached = time;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "chronoweave/engine/running_objects.h"
+#include "chronoweave/engine/time_base.h"
 #include "chronoweave/rtos/legend.h"
 #include "libtrv/trace_store.h"
 #include "shared/libcxxutil/progress.h"
@@ -18,20 +19,12 @@ struct AnalysisSource {
     TraceStore* store = nullptr;
     const Legend* legend = nullptr;
     int osKind = Os_Other;
-    double ticksPerSecond = 1;  // store ticks in one unit of the time base
-    mt_Time baseTick = 0;       // of time 0
-    double totalLength = 0;     // of the trace: up to one tick past the last event
-    Progress progress;          // of the walks; may be empty
-    RunningObjects running;     // consulted and updated by walks that follow context switches
+    TimeBase clock;
+    double totalLength = 0;  // of the trace: up to one tick past the last event
+    Progress progress;       // of the walks; may be empty
+    RunningObjects running;  // consulted and updated by walks that follow context switches
 
-    uint32_t processorOf(uint32_t object) const { return RunningObjects::ProcessorOf(osKind, object); }
-    double timeOf(mt_Time tick) const {
-        return static_cast<double>(static_cast<int64_t>(tick - baseTick)) / ticksPerSecond;
-    }
-    // The nearest tick; clamped so that nothing overflows, one tick on included.
-    mt_Time tickOf(double time) const;
-    // The time of the nearest tick: where a walk from or to a time really begins or ends.
-    double onTick(double time) const { return timeOf(tickOf(time)); }
+    uint32_t ProcessorOf(uint32_t object) const { return RunningObjects::ProcessorOf(osKind, object); }
 };
 
 // Of a store on its own; both must outlive the source.

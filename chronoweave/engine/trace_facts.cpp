@@ -9,14 +9,14 @@
 void TraceFacts::Take(const AnalysisSource& of, char separator) {
     source = of;
     names = ObjectNames(*of.store, separator);
-    words = analysis_WordsOfLegend(*of.legend, names, of.ticksPerSecond);
+    words = analysis_WordsOfLegend(*of.legend, names, of.clock);
     objects.clear();
     if (mt_GetEventCount(*of.store) > 0) objects = analysis_ObjectsAlive(source, 0, source.totalLength);
 }
 
 std::string TraceFacts::Shown(double time, int decimals) const {
-    return laTime_Digits(laTime_Scale(words.clock, words.timeMode), analysis_ShownTime(words, time),
-                         decimals);
+    return laTime_Digits(laTime_Scale(words.clock.ticksPerSecond, words.timeMode),
+                         analysis_ShownTime(words, time), decimals);
 }
 
 std::optional<double> TraceFacts::Scan(std::string_view text) const {

@@ -9,7 +9,7 @@ namespace {
 constexpr int mostDecimals = 17;
 
 TickScale scale_of(const _LaCanvasData& canvas) {
-    return laTime_Scale(canvas.source.ticksPerSecond, canvas.axis.timeMode);
+    return laTime_Scale(canvas.source.clock.ticksPerSecond, canvas.axis.timeMode);
 }
 
 // Any time of the time base in the unit shown.

@@ -53,8 +53,8 @@ class PlainSweep {
         TraceStore& store = *canvas.source.store;
         const auto tick = [&](double t) {
             uint64_t first = 0;  // that does not lie before t
-            while (static_cast<double>(first) / canvas.source.ticksPerSecond < t) ++first;
-            return first + canvas.source.baseTick;
+            while (static_cast<double>(first) / canvas.source.clock.ticksPerSecond < t) ++first;
+            return first + canvas.source.clock.baseTick;
         };
         const uint64_t t0 = tick(low), t1 = tick(high) + (high >= canvas.source.totalLength);
         EventList list;
@@ -64,8 +64,8 @@ class PlainSweep {
         Look(state, low, false, true);
         uint32_t count = 0;
         for (const EventRecord& event : list) {
-            const double time =
-                static_cast<double>(event.time - canvas.source.baseTick) / canvas.source.ticksPerSecond;
+            const double time = static_cast<double>(event.time - canvas.source.clock.baseTick) /
+                                canvas.source.clock.ticksPerSecond;
             mt_ApplyEventToState(state, event);
             if (time >= low) {
                 Look(state, time, false, true);

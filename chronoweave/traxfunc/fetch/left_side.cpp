@@ -44,8 +44,7 @@ class LeftDrop {
     // The state and the first event that a fetch from low on would begin with.
     bool ReadStart() {
         EventWalk walk;
-        if (!mt_StartWalkInTimeRange(*source_.store, laSource_TickFrom(source_, low_), INT64_MAX, &state_,
-                                     walk))
+        if (!mt_StartWalkInTimeRange(*source_.store, source_.clock.TickFrom(low_), INT64_MAX, &state_, walk))
             return false;
         EventRecord event;
         first_ = mt_NextEvent(walk, event) ? event.sequence : UINT32_MAX;

@@ -42,7 +42,7 @@ bool laOverview_Count(const LaSource& source, laOverview& overview, uint32_t mos
     EventRecord event;
     for (uint32_t left = most; left > 0; --left) {
         if (!mt_NextEvent(walk, event)) return false;
-        ++overview.activity[bin_of(overview, laSource_TimeOf(source, event.time))];
+        ++overview.activity[bin_of(overview, source.clock.TimeOf(event.time))];
         overview.counted = event.sequence;
     }
     return true;

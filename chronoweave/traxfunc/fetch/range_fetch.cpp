@@ -47,7 +47,7 @@ bool LaFetch::Run(laFetchRange range, const Progress& progress) {
 // Puts the walk and the state at the start, and makes the lanes of the objects of the range.
 bool LaFetch::Begin(EventWalk& walk) {
     TraceStore& store = *source_.store;
-    const uint64_t first = laSource_TickFrom(source_, range_.low);
+    const uint64_t first = source_.clock.TickFrom(range_.low);
     const uint64_t end = EndTick();
     const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
     if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return false;
@@ -60,7 +60,7 @@ bool LaFetch::Begin(EventWalk& walk) {
 
 // The first tick behind the range.
 uint64_t LaFetch::EndTick() const {
-    return laSource_TickFrom(source_, range_.high) + (range_.high >= source_.totalLength ? 1 : 0);
+    return source_.clock.TickFrom(range_.high) + (range_.high >= source_.totalLength ? 1 : 0);
 }
 
 // Gives where the fetch ended: the range's end, or earlier when it was stopped.
@@ -68,7 +68,7 @@ double LaFetch::TakeRange(EventWalk& walk, const Progress& progress) {
     EventRecord event;
     for (uint32_t count = 0; mt_NextEvent(walk, event); ++count) {
         if (count == 0) items_.firstSequence = event.sequence;
-        const double time = laSource_TimeOf(source_, event.time);
+        const double time = source_.clock.TimeOf(event.time);
         if (!GoOn(count, time, progress)) {
             const double reached = std::max(range_.low, time);
             sweep_.End(reached);
@@ -87,7 +87,7 @@ double LaFetch::TakeRange(EventWalk& walk, const Progress& progress) {
 }
 
 double LaFetch::EndAhead(const mt_Gap& gap) const {
-    return std::max(range_.low, laSource_TimeOf(source_, gap.from));
+    return std::max(range_.low, source_.clock.TimeOf(gap.from));
 }
 
 // Around a stretch that can't be read: statuses end ahead of it and begin anew behind it.
@@ -196,7 +196,7 @@ LaFetch::Ended LaFetch::TakeRest(uint64_t end, const Progress& progress, laFetch
             walk_ = {};
             break;
         }
-        const double time = laSource_TimeOf(source_, event.time);
+        const double time = source_.clock.TimeOf(event.time);
         if (count == 0) growth.from = std::min(growth.from, time);
         if (!GoOn(count, time, progress)) {
             range_.high = std::max(range_.low, time);
@@ -267,7 +267,7 @@ void LaFetch::InsertLanes(const std::vector<uint32_t>& objects) {
 }
 
 laLeftDrop LaFetch::DropLeft(double low) {
-    low = laSource_TimeOf(source_, laSource_TickOf(source_, low));
+    low = source_.clock.TimeOf(source_.clock.TickAt(low));
     if (!(low > items_.cachedLow) || low > items_.cachedHigh || deleted_) return laLeftDrop::NotPossible;
     std::vector<uint32_t> moved;
     if (laItems_DropLeft(items_, source_, looks_, list_.separator, low, ordered_, moved) ==

@@ -36,18 +36,11 @@ class OneStatus {
     uint32_t object_;
 };
 
-// A walk that gives the event of a sequence number, from 1 on, and perhaps the one ahead of it first: one
-// that is asked for at a checkpoint begins behind it.
-bool start_at(const LaSource& source, uint32_t sequence, StateTable& state, EventWalk& walk) {
-    if (sequence > 1) return mt_StartWalkBySequence(*source.store, sequence - 1, 0, &state, walk);
-    return mt_StartWalkInTimeRange(*source.store, source.baseTick, INT64_MAX, &state, walk);
-}
-
 // Number of the first event not before a time; one past the last one's when there is none.
 uint32_t first_from(const LaSource& source, double time) {
     EventWalk walk;
     EventRecord event;
-    if (mt_StartWalkInTimeRange(*source.store, laSource_TickFrom(source, time), INT64_MAX, nullptr, walk) &&
+    if (mt_StartWalkInTimeRange(*source.store, source.clock.TickFrom(time), INT64_MAX, nullptr, walk) &&
         mt_NextEvent(walk, event))
         return event.sequence;
     return mt_GetEventCount(*source.store) + 1;
@@ -77,7 +70,8 @@ class BeginSearch {
         const uint32_t behind = end_.sequence, first = behind > end_.block ? behind - end_.block : 1;
         StateTable state;
         EventWalk walk;
-        if (!start_at(source_, first, state, walk)) return Settle(LaEndKnown::Lost), true;
+        if (!mt_StartWalkAtEvent(*source_.store, first, 0, &state, walk))
+            return Settle(LaEndKnown::Lost), true;
         int32_t now = status_.in(state);
         const bool there = now == key_.status;
         std::optional<double> begin, lost;  // lost: where it was in the status already behind a gap
@@ -85,7 +79,7 @@ class BeginSearch {
         uint32_t last = first - 1;
         EventRecord event;
         for (uint32_t read = 1; mt_NextEvent(walk, event); ++read) {
-            const double time = laSource_TimeOf(source_, event.time);
+            const double time = source_.clock.TimeOf(event.time);
             if (walk.gap()) {
                 now = status_.in(state);
                 begin.reset();
@@ -161,12 +155,12 @@ bool laStretch_FindEnd(const LaSource& source, const Legend& legend, const LaStr
     EventRecord event;
     int32_t now = -1;
     uint32_t last = end.sequence - 1;
-    if (last < count && start_at(source, end.sequence, state, walk)) {
+    if (last < count && mt_StartWalkAtEvent(*source.store, end.sequence, 0, &state, walk)) {
         now = status.in(state);
         for (uint32_t read = 1; mt_NextEvent(walk, event); ++read) {
             if (walk.gap() && event.sequence >= end.sequence) break;
             const int32_t next = status.behind(event, state, now);
-            const double time = laSource_TimeOf(source, event.time);
+            const double time = source.clock.TimeOf(event.time);
             if (event.sequence >= end.sequence && now == key.status && next != now) {
                 end.time = time;
                 end.known = LaEndKnown::Exact;
@@ -184,7 +178,7 @@ bool laStretch_FindEnd(const LaSource& source, const Legend& legend, const LaStr
     end.known = last < count ? LaEndKnown::Lost : LaEndKnown::Beyond;
     // The trace ends with its last event, though its picture reaches a tick further.
     if (end.known == LaEndKnown::Beyond)
-        end.time = laSource_TimeOf(source, mt_GetTimeRange(*source.store).end - 1);
+        end.time = source.clock.TimeOf(mt_GetTimeRange(*source.store).end - 1);
     return true;
 }
 

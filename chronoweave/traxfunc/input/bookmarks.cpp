@@ -16,7 +16,7 @@ namespace {
 
 std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
     const bool counts = canvas.axis.timeMode >= Time_Tick;
-    std::string label = "Bookmark: " + laTime_Digits(laTime_Scale(canvas.source.ticksPerSecond,
+    std::string label = "Bookmark: " + laTime_Digits(laTime_Scale(canvas.source.clock.ticksPerSecond,
                                                                   counts ? Time_Tick : Time_Second),
                                                      time, counts ? 2 : 10);
     if (objectId == laAgentId) return label;

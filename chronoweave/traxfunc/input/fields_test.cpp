@@ -57,14 +57,14 @@ TEST_F(Fields, TimesOfATraceHaveNoMoreDigitsThanATick) {
              Case{3, Time_Second, third, "0.3333333333", "0.333333333333"},
              Case{1, Time_Tick, 17, "17", "17"},
          }) {
-        canvas.source.ticksPerSecond = one.ticksPerSecond;
+        canvas.source.clock.ticksPerSecond = one.ticksPerSecond;
         canvas.axis.timeMode = one.mode;
         EXPECT_EQ(laCanvas_ExactTime(canvas, one.time), one.exact);
         // Between ticks all digits that the axis needs are told.
         const std::string text = laCanvas_TimeText(canvas, one.time);
         EXPECT_EQ(laTime_TrimZeros(one.shown), text);
     }
-    canvas.source.ticksPerSecond = 1000;
+    canvas.source.clock.ticksPerSecond = 1000;
     canvas.axis.timeMode = Time_Second;
     canvas.marks.cursor[0] = 22.001;
     canvas.marks.cursor[1] = 22.0031;
@@ -167,7 +167,7 @@ TEST_F(Fields, GoToTakesTimesRangesAndLengthsInAnyUnit) {
         const char* text;
         double low, high;  // high 0 for none; low below 0 for a refusal
     };
-    canvas.source.ticksPerSecond = 1000;
+    canvas.source.clock.ticksPerSecond = 1000;
     for (const Case& one : {Case{"1.5", 1.5, 0},
                             Case{" 20ms ", 0.02, 0},
                             Case{"1 2", 1, 2},

@@ -121,7 +121,7 @@ class Scanner {
             if (unit.mode == unitOfTicks)
                 return canvas_.axis.timeMode == Time_Sequential
                            ? Fail("A trace in sequence numbers has no ticks.")
-                           : std::optional(value / canvas_.source.ticksPerSecond);
+                           : std::optional(canvas_.source.clock.LengthOf(value));
             if (canvas_.axis.timeMode >= Time_Tick)
                 return Fail("\"" + std::string(name) + "\": this trace has no clock, only a count.");
             return laTime_Convert(unit.mode, value, Time_Second);

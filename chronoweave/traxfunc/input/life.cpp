@@ -57,7 +57,7 @@ void laCanvas_Reset(_LaCanvasData& canvas, laResetOf what) {
     canvas.past.historyNewest = canvas.past.historyOldest = canvas.past.historyCurrent = -1;
     canvas.marks.pendingCursorX = -100;
     canvas.view.verticalOffset = 0;
-    canvas.source.baseTick = 0;
+    canvas.source.clock.baseTick = 0;
     canvas.source.totalLength = canvas.source.scrollExtent = canvas.view.viewHigh = canvas.view.viewLength =
         1e-6;
     canvas.view.viewLow = 0;

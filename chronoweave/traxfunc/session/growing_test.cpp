@@ -250,7 +250,7 @@ TEST_F(GrowingTest, GivesTheItemsAndPixelsOfAFetchAtEveryCut) {
         uint32_t count = 1 + static_cast<uint32_t>(random() % 60);
         Begin(events, count, way.os);
         Grown grown(live_->Open(), way.agent);
-        const double rate = grown.canvas.source.ticksPerSecond;
+        const double rate = grown.canvas.source.clock.ticksPerSecond;
         const double end = static_cast<double>(events.back().time - events.front().time) / rate;
         if (way.hidden != nullptr) grown.Hide(way.hidden);
         grown.Show(0, way.window > 0 ? end * way.window : end * (seed % 2 == 0 ? 1.1 : 0.6));

@@ -59,8 +59,9 @@ void laCanvas_TakeBounds(_LaCanvasData& canvas) {
     const mt_Range range = mt_GetTimeRange(*canvas.source.store);
     const uint32_t count = mt_GetEventCount(*canvas.source.store);
     canvas.source.storeHasEvents = count > 0;
-    canvas.source.baseTick = range.first;
-    canvas.source.totalLength = static_cast<double>(range.end - range.first) / canvas.source.ticksPerSecond;
+    canvas.source.clock.baseTick = range.first;
+    // Of a damaged store the count may be one that no signed tick holds.
+    canvas.source.totalLength = canvas.source.clock.LengthOf(static_cast<double>(range.end - range.first));
     const double margin = std::max(canvas.source.totalLength / 1000, 1e-12);
     canvas.source.scrollExtent = std::max(canvas.source.scrollExtent, canvas.source.totalLength + margin);
 }
@@ -69,11 +70,11 @@ laGrown laCanvas_SourceGrew(_LaCanvasData& canvas) {
     if (!canvas.source.store) return laGrown::InPicture;
     const LaView& view = canvas.view;
     LaItems& items = canvas.items;
-    const uint64_t base = canvas.source.baseTick;
+    const uint64_t base = canvas.source.clock.baseTick;
     const uint32_t version = items.itemsVersion;
     mt_RefreshIndex(*canvas.source.store);
     laCanvas_TakeBounds(canvas);
-    if (canvas.source.baseTick != base) laCanvas_ClearItems(canvas);  // times count from another event
+    if (canvas.source.clock.baseTick != base) laCanvas_ClearItems(canvas);  // times count from another event
     const auto extended = laCanvas_ExtendRange(canvas, view.viewLow, view.viewHigh);
     // What was fetched up to the old end may lack what came at that very time.
     if (!extended && view.viewHigh >= items.cachedHigh) items.cachedLow = items.cachedHigh = 0;
@@ -103,7 +104,7 @@ std::optional<double> laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t
     if (seen == 0) return std::nullopt;
     return seen < count
                ? 0.0
-               : static_cast<double>(static_cast<int64_t>(last - first)) / canvas.source.ticksPerSecond;
+               : canvas.source.clock.LengthOf(static_cast<double>(static_cast<int64_t>(last - first)));
 }
 
 double laSession_FirstViewLength(const _LaCanvasData& canvas, uint32_t eventCount) {
@@ -131,7 +132,7 @@ bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend 
     // In tick mode times are the tick numbers themselves.
     const uint64_t rate = mt_GetTicksPerSecond(*canvas.source.store);
     if (rate == 0) return fail(canvas, name);
-    canvas.source.ticksPerSecond = canvas.axis.timeMode == Time_Tick ? 1.0 : static_cast<double>(rate);
+    canvas.source.clock.ticksPerSecond = canvas.axis.timeMode == Time_Tick ? 1.0 : static_cast<double>(rate);
     canvas.source.sourcePath = path_directory(name);
     canvas.source.sourceFile = std::string(path_file(name));
     canvas.source.scrollExtent = 0;
