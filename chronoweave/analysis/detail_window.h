@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "chronoweave/analysis/canvas_windows.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "windlib/dialog/host.h"
 
@@ -32,19 +33,12 @@ std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed)
 // Opens a window, which joins the canvas's list and leaves it when it closes. Window is made of canvas and
 // model; the canvas has a host.
 template <class Window, class... More>
-Window& detail_Open(_LaCanvasData& canvas, DialogDescription description, const std::string& title,
+void detail_Open(_LaCanvasData& canvas, DialogDescription description, const std::string& title,
                     More&&... more) {
     auto made = std::make_unique<DialogModel>(std::move(description));
     DialogModel& model = *made;
     model.setTitle(title);
     auto window = std::make_shared<Window>(canvas, model, std::forward<More>(more)...);
     model.onPress = [window](const std::string& name) { window->Press(name); };
-    model.onClose = [&canvas, &model](int) {
-        std::erase(canvas.calls.viewWindows, &model);
-        if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
-    };
-    canvas.calls.viewWindows.push_back(&model);
-    canvas.calls.host->Open(std::move(made));
-    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
-    return *window;
+    analysis_OpenWindow(canvas, CanvasWindow::View, std::move(made));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "chronoweave/analysis/canvas_windows.h"
 #include "chronoweave/analysis/legend_dialogs.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/lagraph/surface.h"
@@ -273,9 +274,7 @@ bool open_legend(_LaCanvasData& canvas) {
     model.onRowClick = [window](const std::string&, int row, int column, int clicks) {
         window->RowClick(row, column, clicks);
     };
-    model.onClose = [&canvas](int) { canvas.calls.legendWindow = nullptr; };
-    canvas.calls.legendWindow = &model;
-    canvas.calls.host->Open(std::move(made));
+    analysis_OpenWindow(canvas, CanvasWindow::Legend, std::move(made));
     return true;
 }
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-#include "chronoweave/analysis/search_window.h"
+#include "chronoweave/analysis/canvas_windows.h"
 #include "chronoweave/analysis/table_text.h"
 #include "chronoweave/engine/report_texts.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
@@ -127,9 +127,7 @@ void open(const std::shared_ptr<CanvasFacts>& facts, std::unique_ptr<DialogModel
     model.onMenu = [&model, &canvas, table](const std::string& command) {
         table_Menu(model, *canvas.calls.host, {table, {table, "load"}, "report.csv"}, command);
     };
-    model.onClose = [&model, &canvas](int) { analysis_RemoveWindow(canvas, model); };
-    analysis_AddWindow(canvas, model);
-    canvas.calls.host->Open(std::move(made));
+    analysis_OpenWindow(canvas, CanvasWindow::View, std::move(made));
 }
 
 // What a walk says that did not end well. False then, and there is no window.

@@ -18,7 +18,6 @@ class RowLimit {
     void Set(const std::vector<uint32_t>& shown, const std::vector<Named>& all);
     // Shows again what Set hid.
     void Lift();
-    bool isSet() const { return set_; }
 
   private:
     void Apply(std::vector<laPath> paths);

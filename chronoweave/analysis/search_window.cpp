@@ -6,6 +6,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "chronoweave/analysis/canvas_windows.h"
 #include "chronoweave/analysis/histogram.h"
 #include "chronoweave/analysis/row_limit.h"
 #include "chronoweave/analysis/table_text.h"
@@ -19,16 +20,6 @@
 #include "shared/libcxxutil/text.h"
 #include "windlib/busy.h"
 #include "windlib/dialog/host.h"
-
-void analysis_AddWindow(_LaCanvasData& canvas, DialogModel& model) {
-    canvas.calls.viewWindows.push_back(&model);
-    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
-}
-
-void analysis_RemoveWindow(_LaCanvasData& canvas, const DialogModel& model) {
-    std::erase(canvas.calls.viewWindows, &model);
-    if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
-}
 
 // What stands behind a result window while it is open. A row's id in the list is its place in the result.
 class SearchWindow {
@@ -330,7 +321,6 @@ void SearchWindow::Close() {
     } else if (led) {
         laCanvas_Paint(canvas_, [&] { laHits_Set(canvas_, {}); });
     }
-    analysis_RemoveWindow(canvas_, model_);
 }
 
 int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result) {
@@ -365,9 +355,7 @@ void search_OpenResult(const std::shared_ptr<SearchDesk>& desk, const std::share
     };
     model.onActivate = [window](const std::string&, int row) { window->Activate(row); };
     model.onRowMenu = [window](const std::string&, int row, int) { window->RowMenu(row); };
-    model.onClose = [window](int) { window->Close(); };
-    analysis_AddWindow(facts->canvas, model);
-    facts->canvas.calls.host->Open(std::move(made));
+    analysis_OpenWindow(facts->canvas, CanvasWindow::View, std::move(made), [window] { window->Close(); });
 }
 
 void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::shared_ptr<CanvasFacts>& facts,

@@ -39,7 +39,3 @@ DialogDescription search_ResultWindow(bool histogram, int letters = search_Least
 // The width at which a result's window shows its columns whole, in letters; of very many rows a thousand are
 // looked at. Not below search_LeastLetters, and not above what a screen has.
 int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result);
-
-// Takes a window into the canvas's list of windows and out of it.
-void analysis_AddWindow(_LaCanvasData& canvas, DialogModel& model);
-void analysis_RemoveWindow(_LaCanvasData& canvas, const DialogModel& model);

@@ -49,14 +49,6 @@ const std::string* ObjectNames::find(uint32_t object) const {
     return found == names_.end() ? nullptr : &found->second;
 }
 
-std::vector<uint32_t> ObjectNames::objectsNamed(std::string_view name) const {
-    std::vector<uint32_t> ids;
-    for (const auto& [id, own] : names_)
-        if (own == name) ids.push_back(id);
-    std::sort(ids.begin(), ids.end());
-    return ids;
-}
-
 AnalysisWords analysis_WordsOfLegend(const Legend& legend, const ObjectNames& names, const TimeBase& clock) {
     AnalysisWords words;
     words.clock = clock;

@@ -18,8 +18,6 @@ class ObjectNames {
     ObjectNames(TraceStore& store, char separator);
     // Null when it has none.
     const std::string* find(uint32_t object) const;
-    // The objects of this exact name, ascending.
-    std::vector<uint32_t> objectsNamed(std::string_view name) const;
     const std::unordered_map<uint32_t, std::string>& all() const { return names_; }
 
   private:

@@ -235,11 +235,6 @@ void DialogModel::setColumnTitles(std::string_view name, std::vector<std::string
     change(name, &DialogItemState::columnTitles, std::move(titles));
 }
 
-void DialogModel::setColumnWidths(std::string_view name, std::vector<int> widths) {
-    for (size_t i = 0; i < widths.size(); ++i) list(name).SetWidth(static_cast<int>(i), widths[i]);
-    change(name, &DialogItemState::columnWidths, std::move(widths));
-}
-
 void DialogModel::setRows(std::string_view name, std::vector<DialogRow> rows) {
     Entry* entry = find(name);
     if (entry == nullptr || !entry->list) return;

@@ -32,9 +32,8 @@ struct DialogItemState {
     std::vector<std::string> choices;
     std::set<int> disabledChoices;  // of a ButtonSet
     std::vector<std::string> columnTitles;
-    std::vector<int> columnWidths;  // pixels; empty: as the platform thinks
-    std::vector<DialogRow> rows;    // as they stand now; empty while the list is lazy
-    std::set<int> selected;         // rows
+    std::vector<DialogRow> rows;  // as they stand now; empty while the list is lazy
+    std::set<int> selected;       // rows
     bool multiple = false;
     int progress = 0;  // of progressEnd; an end of 0 is no progress to show
     int progressEnd = 0;
@@ -83,7 +82,6 @@ class DialogModel {
     void setChoice(std::string_view name, int choice);
     void setChoiceEnabled(std::string_view name, int choice, bool enabled);  // of a ButtonSet
     void setColumnTitles(std::string_view name, std::vector<std::string> titles);
-    void setColumnWidths(std::string_view name, std::vector<int> widths);
     // Nothing is selected then; what the user sorted by stays the order.
     void setRows(std::string_view name, std::vector<DialogRow> rows);
     void setSelected(std::string_view name, const std::set<int>& rows);

@@ -250,7 +250,7 @@ void MScrollList::SetRightAligned(int column, bool on) {
 }
 
 bool MScrollList::IsOwnerDrawn(int column) const {
-    return drawCell && HasColumn(column) && (ownerDraw || Column(column).ownerDrawn);
+    return drawCell && HasColumn(column) && Column(column).ownerDrawn;
 }
 
 void MScrollList::SetHeaderRows(int count) {

@@ -100,10 +100,9 @@ class MScrollList {
     std::function<std::string(int row)> tip;     // shown while the pointer rests on the row; empty for none
     std::function<void(int width)> viewResized;  // pixels that the view has for columns
     std::function<void(std::span<const std::byte> data)> releaseData;  // a row's user data goes
-    // Draws a cell of a column that is owner-drawn (all are with ownerDraw), on its ground, in the rectangle
-    // x, y, w, h of the surface, to which it is clipped.
+    // Draws a cell of a column that is owner-drawn, on its ground, in the rectangle x, y, w, h of the
+    // surface, to which it is clipped.
     std::function<void(Surface&, int x, int y, int w, int h, int row, int column, bool selected)> drawCell;
-    bool ownerDraw = false;
     bool sortByHeader = true;  // a click on a header sorts; not in a tree
     int treeColumn = 0;        // where a tree's toggles stand
     int nameColumn = 0;        // searched by typing while the list isn't sorted

@@ -12,7 +12,6 @@
 struct laTimeUnitDialog {
     std::vector<std::string> units;  // one of them is chosen; their numbers are those of TimeMode
     int unit = Time_Second;
-    std::string autoAdjustLabel = "Auto Adjust Time Unit";
     bool autoAdjust = false;
 };
 // What the dialog shows at first; none when it is refused.

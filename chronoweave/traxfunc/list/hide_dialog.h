@@ -29,7 +29,6 @@ class laHideDialog {
 
     std::string title, showTitle, hideTitle;  // of the dialog and the two lists
     std::string nameColumn, idColumn;
-    std::string patternLabel = "Path pattern to hide:";
     std::string pattern;  // the field; the window writes into it
     std::vector<laHideRow> toShow, toHide;
 
