@@ -93,7 +93,7 @@ BarTable load_table(const AnalysisWords& words, const LoadReport& load) {
     table.barColumns = {2};
     table.numberColumns = {1};
     const auto add = [&](std::string name, double time) {
-        const double share = load.rangeLength() > 0 ? time / load.rangeLength() : -1;
+        const double share = load.RangeLength() > 0 ? time / load.RangeLength() : -1;
         table.rows.push_back(
             {{std::move(name), analysis_TimeText(words, time, 6), report_BarText(share)}, {-1, -1, share}});
     };
@@ -156,7 +156,7 @@ void set_fields(DialogModel& model, const CanvasFacts& facts, const ChosenReport
                                                 : analysis_StatusName(*words.legend, request.target)));
     model.setText("tf_from", facts.Shown(report.rangeFrom, 6));
     model.setText("tf_to", facts.Shown(report.rangeTo, 6));
-    model.setText("tf_timelen", facts.Shown(report.rangeLength(), 6));
+    model.setText("tf_timelen", facts.Shown(report.RangeLength(), 6));
     model.setText("tf_tasknum", gen_format("%zu", report.figures.size()));
     model.setText("tf_objnum", std::to_string(report.totalCount));
     model.setText("tf_sorting", std::string(report.order.increasing ? "Increasing" : "Descending") +

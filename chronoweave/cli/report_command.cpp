@@ -197,7 +197,7 @@ int report_load(const CommandLine& line, AnalysisLine& analysis) {
     if (over(line, analysis, report_ProcessorLoad(analysis.source, idle, analysis.from, analysis.to, report),
              status))
         return status == Exit_Done ? analysis.finish(rows, nullptr) : status;
-    const double length = report.rangeLength();
+    const double length = report.RangeLength();
     const auto put = [&](const char* kind, uint32_t processor, const Cell& object, double time,
                          const Cell& name) {
         rows.row({kind, processor, object, name, analysis.shownLength(time),

@@ -41,7 +41,7 @@ class AnalysisTest : public ::testing::Test {
     }
     // The same with every object ready ahead of the first event: a switch to a task that the target has not
     // told yet leaves it ready.
-    AnalysisSource& open_ready(std::vector<TestEvent> events, const std::string& os, Legend legend) {
+    AnalysisSource& OpenReady(std::vector<TestEvent> events, const std::string& os, Legend legend) {
         std::set<uint32_t> objects;
         for (const TestEvent& event : events) objects.insert(load_32(event.extra.data(), true));
         for (const uint32_t object : objects)
@@ -52,7 +52,7 @@ class AnalysisTest : public ::testing::Test {
 
     // Event codes of one type each by name, exact codes ahead of two kinds of wild card, and two statuses
     // that execute, so that several objects execute on one processor.
-    static Legend crowded_legend() {
+    static Legend CrowdedLegend() {
         Legend legend = test_legend();
         legend.events.clear();
         const auto add = [&](uint16_t type, uint16_t subtype, const char* name, uint32_t flags) {

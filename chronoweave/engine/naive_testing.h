@@ -24,7 +24,7 @@ class NaiveWalk {
         request_ = &request;
         const bool statuses = request.kind == Search_Status || request.kind == Search_Switch;
         if (from_ > to_) return rows_;
-        if (statuses) compare(on_tick(from_), false, true);
+        if (statuses) compare(OnTick(from_), false, true);
         for (const EventRecord& event : events_) {
             if (full()) break;
             const double time =
@@ -44,12 +44,12 @@ class NaiveWalk {
         statistics_.eventCounts.resize(legend_.events.size());
         statistics_.statusCounts.resize(legend_.statuses.size());
         statistics_.statusTimes.resize(legend_.statuses.size());
-        track(on_tick(from_), false);
+        track(OnTick(from_), false);
         for (const EventRecord& event : events_) {
             mt_ApplyEventToState(state_, event);
             track(static_cast<double>(event.time - source_.clock.baseTick) / source_.clock.ticksPerSecond,
                   false);
-            if (allEvents || object_of(event) == objects_[0])
+            if (allEvents || ObjectOf(event) == objects_[0])
                 ++statistics_.eventCounts[static_cast<size_t>(legend_.EventIndex(event.type, event.subtype))];
         }
         track(closing(), true);
@@ -64,13 +64,13 @@ class NaiveWalk {
         double time;
     };
 
-    double on_tick(double time) const {
+    double OnTick(double time) const {
         return std::round(time * source_.clock.ticksPerSecond) / source_.clock.ticksPerSecond;
     }
     // The range's end, unless it was rounded up to the tick of the last event.
     double closing() const {
         const double last =
-            events_.empty() ? on_tick(from_)
+            events_.empty() ? OnTick(from_)
                             : static_cast<double>((*std::prev(events_.end())).time - source_.clock.baseTick) /
                                   source_.clock.ticksPerSecond;
         return std::max(to_, last);
@@ -79,14 +79,14 @@ class NaiveWalk {
     bool executes(int32_t row) const {
         return row >= 0 && legend_.statuses[static_cast<size_t>(row)].isExecution;
     }
-    uint32_t object_of(const EventRecord& event) const {
+    uint32_t ObjectOf(const EventRecord& event) const {
         return load_32(event.extra.data(), mt_IsBigEndianTarget(*source_.store));
     }
     static bool in(const std::vector<uint32_t>& list, uint32_t object) {
         return std::find(list.begin(), list.end(), object) != list.end();
     }
     uint32_t processor(uint32_t object) const { return source_.osKind == Os_Korvantis ? object % 1024 : 0; }
-    int32_t status_of(uint32_t object) const {
+    int32_t StatusOf(uint32_t object) const {
         uint16_t code = 0;
         bool delivered = false;
         mt_GetObjectAttribute(*source_.store, state_, mt_ObjectTask, object, mt_AttributeStatus, &code, 2,
@@ -95,7 +95,7 @@ class NaiveWalk {
     }
 
     void take(const EventRecord& event, double time) {
-        const uint32_t object = object_of(event);
+        const uint32_t object = ObjectOf(event);
         const SearchRequest& request = *request_;
         const auto is = [&](int32_t target) {
             return target < 0 || legend_.EventIndex(event.type, event.subtype) == target;
@@ -121,7 +121,7 @@ class NaiveWalk {
     void compare(double time, bool final, bool detection) {
         bool any = false;
         for (Record& record : records_) {
-            const int32_t status = status_of(record.object);
+            const int32_t status = StatusOf(record.object);
             if (status < 0) continue;
             bool counts = false;
             if (detection && request_->kind == Search_Switch && executes(status)) {
@@ -159,7 +159,7 @@ class NaiveWalk {
     void track(double time, bool final) {
         bool any = false;
         for (Record& record : records_) {
-            const int32_t status = status_of(record.object);
+            const int32_t status = StatusOf(record.object);
             if (status < 0) continue;
             ObjectFigures& mine = figures[record.object];
             if (record.status == -1) {

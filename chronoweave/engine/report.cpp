@@ -44,7 +44,7 @@ class ReportTracking {
                 sink_.entered(record);
             }
         }
-        if (record.executing && tracker_.TakeOver(record)) sink_.tookOver(record);
+        if (record.executing && tracker_.TakeOver(record)) sink_.TookOver(record);
         return Pass::Goes;
     }
 
@@ -95,7 +95,7 @@ class LegendSums {
         statistics_.statusTimes[static_cast<size_t>(record.status)] += until - record.time;
     }
     // A switch counts under the context-switch status of whoever took over before.
-    void tookOver(const Record& record) {
+    void TookOver(const Record& record) {
         const int32_t row = lastStatus_ < 0 ? legend_.contextSwitchStatus : legend_.LinkedStatus(lastStatus_);
         if (row >= 0 && static_cast<size_t>(row) < legend_.statuses.size())
             ++statistics_.statusCounts[static_cast<size_t>(row)];
@@ -104,7 +104,7 @@ class LegendSums {
     void finish(const WalkEnd& end);
 
   private:
-    void sumCategories();
+    void SumCategories();
     const Legend& legend_;
     LegendStatistics& statistics_;
     int32_t lastStatus_ = -1;  // with which the last object took over
@@ -112,7 +112,7 @@ class LegendSums {
 
 // Of each category the counts of the events behind it, each found by its name: two events of one name count
 // the first one twice.
-void LegendSums::sumCategories() {
+void LegendSums::SumCategories() {
     std::unordered_map<std::string, int32_t> rowOfName;
     size_t category = legend_.events.size();
     for (size_t row = 0; row < legend_.events.size(); ++row) {
@@ -142,7 +142,7 @@ void LegendSums::finish(const WalkEnd& end) {
         statistics_.totalStatusCount += statistics_.statusCounts[row];
         statistics_.totalStatusTime += statistics_.statusTimes[row];
     }
-    sumCategories();
+    SumCategories();
 }
 
 bool usable(const AnalysisSource& source) {
@@ -182,7 +182,7 @@ class ObjectSums {
         for (size_t at = 0; at < ticks_.size(); ++at)
             report_.figures[at].time += source_.clock.LengthOf(static_cast<double>(ticks_[at]));
     }
-    void tookOver(const Record& record) {
+    void TookOver(const Record& record) {
         if (request_.kind == Search_Switch) ++of(record).count;
     }
 
@@ -236,7 +236,7 @@ class LoadSums {
         Processor& processor = processors_[record.processor];
         if (--processor.executing == 0) processor.busy += until - processor.since;
     }
-    void tookOver(const Record&) {}
+    void TookOver(const Record&) {}
     void finish(const std::vector<uint32_t>& objects, LoadReport& report);
 
   private:

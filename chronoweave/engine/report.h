@@ -64,7 +64,7 @@ struct ChosenReport {
     double rangeFrom = 0, rangeTo = 0;
     bool stopped = false, damaged = false;
     TimeGap lost;
-    double rangeLength() const { return rangeTo - rangeFrom; }
+    double RangeLength() const { return rangeTo - rangeFrom; }
 };
 // A range beyond the trace is cut to it. For events, a negative target counts all of an object's events; for
 // statuses, those of any status.
@@ -87,7 +87,7 @@ struct LoadReport {
     double rangeFrom = 0, rangeTo = 0;
     bool stopped = false, damaged = false;
     TimeGap lost;
-    double rangeLength() const { return rangeTo - rangeFrom; }
+    double RangeLength() const { return rangeTo - rangeFrom; }
 };
 ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uint32_t>& idle, double from,
                                    double to, LoadReport& report);

@@ -19,7 +19,7 @@ class ReportTest : public AnalysisTest {
         EXPECT_EQ(report_ChosenObjects(source_, request, order, report), ReportOutcome::Done);
         return report;
     }
-    static std::string text_of(const ChosenReport& report) {
+    static std::string TextOf(const ChosenReport& report) {
         std::string text;
         for (const ObjectFigures* figures : report.sorted)
             text += gen_format("%x:%d:%g ", figures->object, figures->count, figures->time);
@@ -32,7 +32,7 @@ TEST_F(ReportTest, FiguresAreThoseOfLookingAtEveryObjectAtEveryEvent) {
     std::mt19937 random(11);
     for (unsigned seed = 1; seed <= 30; ++seed) {
         open(random_events(seed, 600), seed % 2 ? "Korvantis" : "ThreadX",
-             seed % 3 ? crowded_legend() : test_legend());
+             seed % 3 ? CrowdedLegend() : test_legend());
         for (int turn = 0; turn < 6; ++turn) {
             const double from = turn == 0 ? 0 : 0.001 * static_cast<double>(random() % 2000);
             const double to = turn % 2 ? from + 0.5 : source_.totalLength;
@@ -64,15 +64,15 @@ TEST_F(ReportTest, FiguresAreThoseOfLookingAtEveryObjectAtEveryEvent) {
 }
 
 TEST_F(ReportTest, CountsTimesAndTotals) {
-    open_ready({name_event(0, 0x400, "net"),
-                switch_to(10, 0x400),
-                user(20, 0x400, 2),
-                {25, 3, 1, words({0x400})},
-                switch_to(30, 0x401),
-                switch_to(40, 0x800),
-                status_change(50, 0x800, 0x55),
-                user(60, 0x400, 9)},
-               "Korvantis", crowded_legend());
+    OpenReady({name_event(0, 0x400, "net"),
+               switch_to(10, 0x400),
+               user(20, 0x400, 2),
+               {25, 3, 1, words({0x400})},
+               switch_to(30, 0x401),
+               switch_to(40, 0x800),
+               status_change(50, 0x800, 0x55),
+               user(60, 0x400, 9)},
+              "Korvantis", CrowdedLegend());
     LegendStatistics s;
     ASSERT_EQ(report_AllObjects(source_, 0.02, 0.06, s), ReportOutcome::Done);
     const auto count = [&](const char* name) { return s.statusCounts[static_cast<size_t>(status(name))]; };
@@ -102,30 +102,29 @@ TEST_F(ReportTest, CountsTimesAndTotals) {
 }
 
 TEST_F(ReportTest, ChosenObjectsAreSortedAsAsked) {
-    open_ready({switch_to(0, 0x400), switch_to(10, 0x800), switch_to(20, 0x400), user(25, 0x800, 1),
-                switch_to(30, 0xc00), user(90, 0x400, 1), user(99, 0xc00, 1), user(100, 0xc00, 1)},
-               "Korvantis", test_legend());
+    OpenReady({switch_to(0, 0x400), switch_to(10, 0x800), switch_to(20, 0x400), user(25, 0x800, 1),
+               switch_to(30, 0xc00), user(90, 0x400, 1), user(99, 0xc00, 1), user(100, 0xc00, 1)},
+              "Korvantis", test_legend());
     const int32_t running = status("Running");
-    EXPECT_EQ(text_of(chosen(Search_Status, running, {false, false}, 0.1)),
+    EXPECT_EQ(TextOf(chosen(Search_Status, running, {false, false}, 0.1)),
               "400:2:0.02 c00:1:0.07 800:1:0.01 ");
-    EXPECT_EQ(text_of(chosen(Search_Status, running, {false, true}, 0.1)),
+    EXPECT_EQ(TextOf(chosen(Search_Status, running, {false, true}, 0.1)),
               "c00:1:0.07 400:2:0.02 800:1:0.01 ");
-    EXPECT_EQ(text_of(chosen(Search_Status, running, {true, false}, 0.1)),
+    EXPECT_EQ(TextOf(chosen(Search_Status, running, {true, false}, 0.1)),
               "800:1:0.01 c00:1:0.07 400:2:0.02 ");
-    EXPECT_EQ(text_of(chosen(Search_Status, running, {true, true}, 0.1)),
-              "800:1:0.01 400:2:0.02 c00:1:0.07 ");
-    EXPECT_EQ(text_of(chosen(Search_Switch, -1)), "400:2:0 800:1:0 c00:1:0 ");
+    EXPECT_EQ(TextOf(chosen(Search_Status, running, {true, true}, 0.1)), "800:1:0.01 400:2:0.02 c00:1:0.07 ");
+    EXPECT_EQ(TextOf(chosen(Search_Switch, -1)), "400:2:0 800:1:0 c00:1:0 ");
     const ChosenReport events = chosen(Search_Event, legend_.EventByName("Event 4"), {false, true});
-    EXPECT_EQ(text_of(events), "c00:2:0 400:1:0 800:1:0 ");
+    EXPECT_EQ(TextOf(events), "c00:2:0 400:1:0 800:1:0 ");
     EXPECT_EQ(events.totalCount, 4);
     EXPECT_NEAR(events.rangeFrom, 0, 0);
     EXPECT_NEAR(events.rangeTo, 0.101, 1e-12);
 }
 
 TEST_F(ReportTest, LoadIsTheShareInWhichSomeObjectExecutes) {
-    open_ready({switch_to(0, 0x400), switch_to(20, 0x800), switch_to(0x20, 0x401),
-                status_change(60, 0x800, mt_Pend), switch_to(80, 0x400), user(100, 0x400, 1)},
-               "Korvantis", test_legend());
+    OpenReady({switch_to(0, 0x400), switch_to(20, 0x800), switch_to(0x20, 0x401),
+               status_change(60, 0x800, mt_Pend), switch_to(80, 0x400), user(100, 0x400, 1)},
+              "Korvantis", test_legend());
     LoadReport report;
     ASSERT_EQ(report_ProcessorLoad(source_, {}, 0, 0.1, report), ReportOutcome::Done);
     ASSERT_EQ(report.processors.size(), 2u);
@@ -149,8 +148,8 @@ TEST(IdleNames, StandBehindTheGroups) {
 }
 
 TEST_F(ReportTest, RowsOfTheWindowAreInOrder) {
-    open_ready({name_event(0, 0x400, "net"), switch_to(10, 0x400), user(30, 0x400, 2)}, "Korvantis",
-               crowded_legend());
+    OpenReady({name_event(0, 0x400, "net"), switch_to(10, 0x400), user(30, 0x400, 2)}, "Korvantis",
+              CrowdedLegend());
     const ObjectNames names(*store_, '@');
     AnalysisWords words = analysis_WordsOfLegend(legend_, names, source_.clock);
     LegendStatistics s;

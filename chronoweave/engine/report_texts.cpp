@@ -162,7 +162,7 @@ std::vector<ReportRow> report_ChosenRows(const AnalysisWords& words, const Chose
         row.texts[1] = gen_format("%d", figures->count);
         row.texts[3] = shown_time(words, figures->time);
         row.countFraction = fraction_of(figures->count, static_cast<double>(report.totalCount));
-        row.timeFraction = fraction_of(figures->time, report.rangeLength());
+        row.timeFraction = fraction_of(figures->time, report.RangeLength());
         give_bars(row);
         rows.push_back(row);
     }

@@ -42,11 +42,11 @@ class RuleChecker {
         from_ = rule_.from ? seconds(*rule_.from) : 0;
         to_ = rule_.to ? std::min(seconds(*rule_.to), length) : length;
         if (from_ > length)
-            fail("the range begins behind the trace, which ends at " + timeText(length));
-        else if (objectsOf(rule_.object, objects_))
+            fail("the range begins behind the trace, which ends at " + TimeText(length));
+        else if (ObjectsOf(rule_.object, objects_))
             check();
         if (rule_.to && seconds(*rule_.to) > length && from_ <= length)
-            outcome_.message += "; the range reaches past the trace, which ends at " + timeText(length);
+            outcome_.message += "; the range reaches past the trace, which ends at " + TimeText(length);
         return outcome_;
     }
 
@@ -76,7 +76,7 @@ class RuleChecker {
         outcome_.passed = rule_.orNone;
         outcome_.message = message;
     }
-    bool objectsOf(const std::string& text, std::vector<uint32_t>& ids) {
+    bool ObjectsOf(const std::string& text, std::vector<uint32_t>& ids) {
         std::string why;
         auto found = analysis_FindObjects(text, known_, *words_.names, true, why);
         if (!found) {
@@ -91,16 +91,16 @@ class RuleChecker {
     double limit(const RuleValue& value) const {
         return value.unit == RuleUnit::Ticks ? seconds(value) : value.number;
     }
-    std::string timeText(double time) const {
+    std::string TimeText(double time) const {
         constexpr int mostDecimals = 9;
         return tick_Text({static_cast<uint64_t>(source_.clock.ticksPerSecond), 1}, time, mostDecimals) + " s";
     }
-    std::string where(double time) const { return " at " + timeText(time); }
+    std::string where(double time) const { return " at " + TimeText(time); }
     // The last tick of the range that is known of: the trace ends a tick behind its last event.
-    double lastTick() const {
+    double LastTick() const {
         return std::min({to_, reached_, source_.totalLength - source_.clock.LengthOf(1)});
     }
-    static bool isOutside(double out, double value) { return out > slack * std::max(1.0, std::fabs(value)); }
+    static bool IsOutside(double out, double value) { return out > slack * std::max(1.0, std::fabs(value)); }
     std::string of(uint32_t object) const { return " on " + analysis_ObjectText(words_, object); }
 
     // By how much a value is outside the limits; negative: inside, by how much it is from the nearer one.
@@ -128,7 +128,7 @@ class RuleChecker {
     void keep(double value, double out, std::optional<double> time, std::optional<uint32_t> object,
               const char* note) {
         ++measured_;
-        if (isOutside(out, value)) ++outside_;
+        if (IsOutside(out, value)) ++outside_;
         if (outcome_.worst && out <= worstExcess_ + slack) return;  // the first of equals
         worstExcess_ = out;
         worstNote_ = note;
@@ -147,13 +147,13 @@ class RuleChecker {
         outcome_.message += worstNote_;
         if (outside_ > 0) outcome_.message += "; wanted " + wanted();
         if (measured_ > 1) outcome_.message += gen_format("; %zu of %zu are outside", outside_, measured_);
-        tellDamage();
+        TellDamage();
     }
-    void tellDamage() {
+    void TellDamage() {
         if (!outcome_.damaged) return;
         outcome_.passed = false;
         outcome_.message +=
-            "; the store can't be read from " + timeText(lost_.from) + " to " + timeText(lost_.to);
+            "; the store can't be read from " + TimeText(lost_.from) + " to " + TimeText(lost_.to);
     }
     bool search(SearchRequest request, SearchResult& result) {
         request.rangeFrom = from_;
@@ -177,24 +177,24 @@ class RuleChecker {
         request.objects = request.beginObjects = request.endObjects = objects_;
         if (rule_.endObject.empty())
             request.flags |= Search_SameObject;
-        else if (!objectsOf(rule_.endObject, request.endObjects))
+        else if (!ObjectsOf(rule_.endObject, request.endObjects))
             return;
         SearchResult result;
         if (!search(request, result)) return;
         for (const SearchRow& row : result.rows) measure(row.timeB - row.timeA, row.timeA, row.objectA);
-        openIntervals(result);
+        OpenIntervals(result);
         if (measured_ == 0) {
             nothing("no \"" + rule_.event + "\" is followed by \"" + rule_.endEvent + '"');
-            return tellDamage();
+            return TellDamage();
         }
         conclude("the worst interval is", RuleUnit::Seconds);
     }
     // A begin whose end has not come within the maximum is as bad as an end that came too late.
-    void openIntervals(const SearchResult& result) {
+    void OpenIntervals(const SearchResult& result) {
         if (!rule_.most) return;
         for (const SearchRow& row : result.open) {
-            const double length = lastTick() - row.timeA, out = length - limit(*rule_.most);
-            if (isOutside(out, length))
+            const double length = LastTick() - row.timeA, out = length - limit(*rule_.most);
+            if (IsOutside(out, length))
                 keep(length, out, row.timeA, row.objectA, ", and has no end in the range");
         }
     }
@@ -210,7 +210,7 @@ class RuleChecker {
         if (measured_ == 0) {
             outcome_.passed = true;
             outcome_.message = "the status does not occur";
-            return tellDamage();
+            return TellDamage();
         }
         conclude("the worst stretch is", RuleUnit::Seconds);
     }
@@ -220,7 +220,7 @@ class RuleChecker {
         request.target = words_.legend->StatusByName(rule_.status);
         if (!figures(request)) return;
         const bool share = (rule_.most ? rule_.most : rule_.least)->unit == RuleUnit::Percent;
-        const double length = report_.rangeLength();
+        const double length = report_.RangeLength();
         for (const ObjectFigures& figures : report_.figures)
             measure(share ? (length > 0 ? 100 * figures.time / length : 0) : figures.time, std::nullopt,
                     figures.object);
@@ -249,7 +249,7 @@ class RuleChecker {
         std::vector<uint32_t> idle;
         for (const std::string& text : rule_.without) {
             std::vector<uint32_t> some;
-            if (!objectsOf(text, some)) return;
+            if (!ObjectsOf(text, some)) return;
             idle.insert(idle.end(), some.begin(), some.end());
         }
         LoadReport report;
@@ -264,7 +264,7 @@ class RuleChecker {
         for (const ProcessorLoad& one : report.processors) {
             if (rule_.processor && *rule_.processor != one.processor) continue;
             const double before = worstExcess_;
-            measure(report.rangeLength() > 0 ? 100 * one.busy / report.rangeLength() : 0, std::nullopt,
+            measure(report.RangeLength() > 0 ? 100 * one.busy / report.RangeLength() : 0, std::nullopt,
                     std::nullopt);
             if (measured_ == 1 || worstExcess_ > before) worst = one.processor;
         }
@@ -290,12 +290,12 @@ class RuleChecker {
         }
         // A period that stops: the next event should have come by now.
         for (const auto& [object, time] : last) {
-            const double gap = lastTick() - time, out = gap - wanted - jitter;
-            if (isOutside(out, gap)) keep(gap, out, time, object, ", and no further one comes in the range");
+            const double gap = LastTick() - time, out = gap - wanted - jitter;
+            if (IsOutside(out, gap)) keep(gap, out, time, object, ", and no further one comes in the range");
         }
         if (measured_ == 0) {
             nothing("\"" + rule_.event + "\" does not occur twice on one object");
-            return tellDamage();
+            return TellDamage();
         }
         conclude("the worst period is", RuleUnit::Seconds);
     }

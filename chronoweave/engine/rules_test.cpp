@@ -19,16 +19,16 @@ class RulesTest : public AnalysisTest {
             rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names, source_.clock));
         return (outcome.passed ? "pass: " : "fail: ") + outcome.message;
     }
-    void open_trace() {
-        open_ready({name_event(0, 0x400, "net"), switch_to(0, 0x400), user(10, 0x400, 2), user(12, 0x400, 3),
-                    user(20, 0x400, 2), user(25, 0x400, 3), switch_to(30, 0x800), user(30, 0x400, 2),
-                    user(40, 0x800, 3), status_change(80, 0x800, mt_Pend), user(100, 0x400, 3)},
-                   "Korvantis", crowded_legend());
+    void OpenTrace() {
+        OpenReady({name_event(0, 0x400, "net"), switch_to(0, 0x400), user(10, 0x400, 2), user(12, 0x400, 3),
+                   user(20, 0x400, 2), user(25, 0x400, 3), switch_to(30, 0x800), user(30, 0x400, 2),
+                   user(40, 0x800, 3), status_change(80, 0x800, mt_Pend), user(100, 0x400, 3)},
+                  "Korvantis", CrowdedLegend());
     }
 };
 
 TEST_F(RulesTest, RulesTellTheWorstCaseAndWhereItIs) {
-    open_trace();
+    OpenTrace();
     const struct {
         const char *rule, *result;
     } cases[] = {
@@ -75,7 +75,7 @@ TEST_F(RulesTest, RulesTellTheWorstCaseAndWhereItIs) {
 }
 
 TEST_F(RulesTest, WhatDoesNotEndInTimeFails) {
-    open_trace();
+    OpenTrace();
     const struct {
         const char *rule, *result;
     } cases[] = {
@@ -113,7 +113,7 @@ TEST_F(RulesTest, WhatDoesNotEndInTimeFails) {
 }
 
 TEST_F(RulesTest, ARangeIsHeldAgainstTheTrace) {
-    open_trace();
+    OpenTrace();
     const struct {
         const char *rule, *result;
     } cases[] = {
@@ -135,7 +135,7 @@ TEST_F(RulesTest, ARangeIsHeldAgainstTheTrace) {
 }
 
 TEST_F(RulesTest, WrongLinesAreToldByNumber) {
-    open_trace();
+    OpenTrace();
     const struct {
         const char *text, *problem;
     } cases[] = {

@@ -170,13 +170,13 @@ class SwitchSearch {
   private:
     void hold(Record& record, double time) {
         if (record.status == record.now) return;
-        if (record.executing && !tracker_.IsExecution(record.status)) noteExecuting(record);
+        if (record.executing && !tracker_.IsExecution(record.status)) NoteExecuting(record);
         record.status = record.now;
         record.time = time;
     }
     // Of the records that are held to execute, the lowest two of each processor: all that is ever asked for,
     // as none ceases to be one.
-    void noteExecuting(const Record& record) {
+    void NoteExecuting(const Record& record) {
         if (record.processor >= lowest_.size()) lowest_.resize(record.processor + 1, {none, none});
         auto& [one, two] = lowest_[record.processor];
         const int64_t id = record.object;

@@ -9,7 +9,7 @@
 
 namespace {
 
-std::string text_of(const std::vector<SearchRow>& rows) {
+std::string TextOf(const std::vector<SearchRow>& rows) {
     std::string text;
     for (const SearchRow& row : rows)
         text += gen_format("%x>%x %g-%g ", row.objectA, row.objectB, row.timeA, row.timeB);
@@ -38,7 +38,7 @@ class SearchTest : public AnalysisTest {
     std::string found(const SearchRequest& request, uint64_t limit = 0) {
         SearchResult result;
         EXPECT_TRUE(search_Run(source_, request, result, limit));
-        return text_of(result.rows);
+        return TextOf(result.rows);
     }
     int32_t event(const char* name) { return legend_.EventByName(name); }
     int32_t status(const char* name) { return legend_.StatusByName(name); }
@@ -49,7 +49,7 @@ TEST_F(SearchTest, RowsAreThoseOfLookingAtEveryObjectAtEveryEvent) {
     size_t rows = 0, limited = 0;
     for (unsigned seed = 1; seed <= 24; ++seed) {
         open(random_events(seed, 700), seed % 2 ? "Korvantis" : "ThreadX",
-             seed % 3 ? crowded_legend() : test_legend());
+             seed % 3 ? CrowdedLegend() : test_legend());
         for (int turn = 0; turn < 40; ++turn) {
             SearchRequest one = request(static_cast<int>(random() % 4));
             const auto pick = [&](size_t count) { return static_cast<int32_t>(random() % (count + 1)) - 1; };
@@ -70,8 +70,8 @@ TEST_F(SearchTest, RowsAreThoseOfLookingAtEveryObjectAtEveryEvent) {
             const auto expected = NaiveWalk(source_, one.rangeFrom, one.rangeTo, one.objects).search(one);
             ASSERT_TRUE(same(result.rows, expected))
                 << "seed " << seed << " turn " << turn << " kind " << one.kind << "\n"
-                << text_of(result.rows) << "\n"
-                << text_of(expected);
+                << TextOf(result.rows) << "\n"
+                << TextOf(expected);
             rows += expected.size();
             limited += limit > 0 && expected.size() == limit;
         }
@@ -82,10 +82,10 @@ TEST_F(SearchTest, RowsAreThoseOfLookingAtEveryObjectAtEveryEvent) {
 
 TEST_F(SearchTest, PatternsPairAsTheyComeAndStatusesEndAtTheRange) {
     // Two processors; objects 0x400, 0x800 on processor 0, 0x401 on processor 1.
-    open_ready({switch_to(0, 0x400), user(10, 0x400, 2), user(20, 0x400, 2), user(30, 0x800, 3),
-                user(40, 0x800, 2), user(50, 0x400, 2), user(60, 0x401, 3), user(70, 0x401, 2),
-                user(80, 0x401, 3), switch_to(90, 0x800), user(100, 0x400, 3)},
-               "Korvantis", crowded_legend());
+    OpenReady({switch_to(0, 0x400), user(10, 0x400, 2), user(20, 0x400, 2), user(30, 0x800, 3),
+               user(40, 0x800, 2), user(50, 0x400, 2), user(60, 0x401, 3), user(70, 0x401, 2),
+               user(80, 0x401, 3), switch_to(90, 0x800), user(100, 0x400, 3)},
+              "Korvantis", CrowdedLegend());
     const int32_t take = event("Take"), give = event("Give");
     SearchRequest pattern = request(Search_Pattern, take);
     pattern.endTarget = give;
@@ -114,21 +114,21 @@ TEST_F(SearchTest, PatternsPairAsTheyComeAndStatusesEndAtTheRange) {
 TEST_F(SearchTest, SwitchesKnowTheProcessorAndTheirPredecessor) {
     const std::vector<TestEvent> events{switch_to(0, 0x400), switch_to(10, 0x401), switch_to(20, 0x800),
                                         status_change(30, 0x800, mt_Pend), switch_to(40, 0x400)};
-    open_ready(events, "Korvantis", test_legend());
+    OpenReady(events, "Korvantis", test_legend());
     // 0x800 stays the running object of its processor while nobody executes there.
     EXPECT_EQ(found(request(Search_Switch)),
               "400>400 0-0 401>401 0.01-0.01 400>800 0.02-0.02 800>400 0.04-0.04 ");
-    open_ready(events, "ThreadX", test_legend());
+    OpenReady(events, "ThreadX", test_legend());
     EXPECT_EQ(found(request(Search_Switch), 3).substr(0, 9), "400>400 0");
     // Between two ranges, who runs at the start is its own predecessor.
-    open_ready(events, "Korvantis", test_legend());
+    OpenReady(events, "Korvantis", test_legend());
     EXPECT_EQ(found(request(Search_Switch, -1, 0.025, 0.035)), "401>401 0.025-0.025 800>800 0.025-0.025 ");
 }
 
 TEST_F(SearchTest, IntervalsAreFromOneObjectToOneObject) {
     open({user(0, 0x400, 3), user(10, 0x400, 2), user(15, 0x800, 3), user(20, 0x400, 3), user(30, 0x800, 2),
           user(50, 0x400, 3)},
-         "Korvantis", crowded_legend());
+         "Korvantis", CrowdedLegend());
     EXPECT_EQ(search_IntervalEvents(legend_, false), (std::vector<int32_t>{2, 3}));
     EXPECT_EQ(search_IntervalEvents(legend_, true).size(), 8u);
     const auto interval = [&](uint32_t begin, uint32_t end, double from, double to) {
@@ -143,7 +143,7 @@ TEST_F(SearchTest, IntervalsAreFromOneObjectToOneObject) {
 }
 
 TEST_F(SearchTest, StepsGoToTheNeighbourInTheStore) {
-    open_ready(
+    OpenReady(
         {switch_to(0, 0x400), status_change(10, 0x400, mt_Ready), switch_to(10, 0x800), user(12, 0x400, 2),
          switch_to(20, 0x400), user(20, 0x400, 2), user(20, 0x800, 2), status_change(30, 0x400, mt_Pend)},
         "Korvantis", test_legend());
@@ -175,7 +175,7 @@ TEST_F(SearchTest, StepsGoToTheNeighbourInTheStore) {
         source_.running.clear();
         const bool got =
             search_Step(source_, {c.kind, c.target, c.time, c.object, c.onlyObject, c.forward}, row);
-        EXPECT_EQ(got ? text_of({row}) : "", c.row)
+        EXPECT_EQ(got ? TextOf({row}) : "", c.row)
             << c.kind << " at " << c.time << (c.forward ? " forward" : " backward");
     }
     // From the switch at 10 to 0x800, forward; nobody who merely runs already is an answer.
@@ -183,10 +183,10 @@ TEST_F(SearchTest, StepsGoToTheNeighbourInTheStore) {
     source_.running.clear();
     source_.running.enter(0, 0x800);
     ASSERT_TRUE(search_Step(source_, {Search_Switch, -1, 0.01, 0x400, false, true}, row));
-    EXPECT_EQ(text_of({row}), "800>400 0.02-0.02 ");
+    EXPECT_EQ(TextOf({row}), "800>400 0.02-0.02 ");
     source_.running.clear();
     ASSERT_TRUE(search_Step(source_, {Search_Switch, -1, 0.02, 0x800, false, false}, row));
-    EXPECT_EQ(text_of({row}), "400>800 0.01-0.01 ");
+    EXPECT_EQ(TextOf({row}), "400>800 0.01-0.01 ");
 }
 
 TEST_F(SearchTest, AStoppedWalkKeepsWhatItFoundAndADamagedStoreIsTold) {
@@ -243,12 +243,12 @@ TEST_F(SearchTest, BackwardStepsHoldTwoRows) {
     result.keepLast = 2;
     ASSERT_TRUE(search_Walk(source_, result));
     EXPECT_EQ(result.found, 5000u);
-    EXPECT_EQ(text_of(result.rows), "400>400 4.998-4.998 400>400 4.999-4.999 ");
+    EXPECT_EQ(TextOf(result.rows), "400>400 4.998-4.998 400>400 4.999-4.999 ");
 }
 
 TEST_F(SearchTest, TextsOfResults) {
     open({name_event(0, 0x400, "net%s"), user(10, 0x400, 2), user(10, 0x401, 2), user(2500, 0x401, 3)},
-         "Korvantis", crowded_legend());
+         "Korvantis", CrowdedLegend());
     const ObjectNames names(*store_, '@');
     AnalysisWords words = analysis_WordsOfLegend(legend_, names, source_.clock);
     SearchRequest one = request(Search_Pattern, event("Take"));
@@ -296,7 +296,7 @@ TEST_F(SearchTest, TextsOfResults) {
 TEST_F(SearchTest, NamesAreFoundOrTheirNeighboursTold) {
     open({name_event(0, 0x400, "net"), name_event(0, 0x401, "disk"), name_event(0, 0x402, "disk"),
           name_event(0, 0x403, "17")},
-         "Korvantis", crowded_legend());
+         "Korvantis", CrowdedLegend());
     const ObjectNames names(*store_, '@');
     const auto object = [&](const char* text, bool all) {
         std::string why;

@@ -30,10 +30,10 @@ RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, State
     if (!source.store) return;
     end_.started = mt_StartWalkInTimeRange(*source.store, source.clock.NearestTick(from),
                                            source.clock.NearestTick(to) + 1, state, walk_);
-    takeGap();
+    TakeGap();
 }
 
-void RangeWalk::takeGap() {
+void RangeWalk::TakeGap() {
     gap_.reset();
     const mt_Gap* gap = walk_.gap();
     if (!gap) return;
@@ -51,7 +51,7 @@ bool RangeWalk::finish() {
 bool RangeWalk::next(EventRecord& event, double& time) {
     if (over_) return false;
     const bool given = mt_NextEvent(walk_, event);
-    if (!given || walk_.gap() || gap_) takeGap();
+    if (!given || walk_.gap() || gap_) TakeGap();
     if (!given) {
         if (gap_) end_.reached = gap_->from;
         return finish();

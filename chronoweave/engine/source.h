@@ -69,7 +69,7 @@ class RangeWalk {
 
   private:
     bool finish();
-    void takeGap();
+    void TakeGap();
     const AnalysisSource& source_;
     EventWalk walk_;
     double from_, to_, last_;
