@@ -34,7 +34,7 @@ std::string detail_CanvasTitle(const _LaCanvasData& canvas, const char* unnamed)
 // model; the canvas has a host.
 template <class Window, class... More>
 void detail_Open(_LaCanvasData& canvas, DialogDescription description, const std::string& title,
-                    More&&... more) {
+                 More&&... more) {
     auto made = std::make_unique<DialogModel>(std::move(description));
     DialogModel& model = *made;
     model.setTitle(title);
