@@ -195,18 +195,18 @@ TEST_F(Fields, GoToTakesTimesRangesAndLengthsInAnyUnit) {
                             Case{"..", -1, 0},
                             Case{".", -1, 0},
                             Case{"1s2", 1, 2}}) {
-        std::string why;
-        const auto target = laGoto_Parse(canvas, one.text, why);
-        EXPECT_EQ(target.has_value(), one.low >= 0) << one.text << ": " << why;
-        EXPECT_EQ(why.empty(), target.has_value()) << one.text;
-        if (!target) continue;
-        EXPECT_NEAR(target->low, one.low, 1e-12) << one.text;
-        EXPECT_EQ(target->high.has_value(), one.high > 0) << one.text;
-        EXPECT_NEAR(target->high.value_or(0), one.high, 1e-12) << one.text;
+        laGotoTarget target;
+        const Result read = laGoto_Parse(canvas, one.text, target);
+        EXPECT_EQ(read.ok(), one.low >= 0) << one.text << ": " << read.text();
+        EXPECT_EQ(read.text().empty(), read.ok()) << one.text;
+        if (!read) continue;
+        EXPECT_NEAR(target.low, one.low, 1e-12) << one.text;
+        EXPECT_EQ(target.high.has_value(), one.high > 0) << one.text;
+        EXPECT_NEAR(target.high.value_or(0), one.high, 1e-12) << one.text;
     }
-    std::string why;
+    laGotoTarget target;
     canvas.axis.timeMode = Time_Tick;
-    EXPECT_FALSE(laGoto_Parse(canvas, "5 ms", why));
+    EXPECT_FALSE(laGoto_Parse(canvas, "5 ms", target));
     canvas.axis.timeMode = Time_Second;
     EXPECT_TRUE(laCanvas_GotoText(canvas, "50"));
     EXPECT_NEAR(canvas.view.viewLow, 45, 0.1);

@@ -42,8 +42,7 @@ bool is_digit(char c) {
 
 class Scanner {
   public:
-    Scanner(const _LaCanvasData& canvas, std::string_view text, std::string& why)
-        : canvas_(canvas), rest_(text_trim(text)), why_(why) {}
+    Scanner(const _LaCanvasData& canvas, std::string_view text) : canvas_(canvas), rest_(text_trim(text)) {}
 
     bool atEnd() {
         rest_ = text_trim(rest_);
@@ -51,12 +50,13 @@ class Scanner {
     }
 
     // A number and its unit, as a time of the time base.
-    std::optional<double> Time() {
+    Result Time(double& time) {
         rest_ = text_trim(rest_);
-        if (!rest_.empty() && rest_[0] == '-') return Fail("A time can't be negative.");
+        if (!rest_.empty() && rest_[0] == '-') return Result::failure("A time can't be negative.");
         const size_t length = NumberLength();
         const auto value = scan_double(rest_.substr(0, length));
-        if (length == 0 || !value) return Fail("\"" + std::string(rest_) + "\" doesn't begin with a number.");
+        if (length == 0 || !value)
+            return Result::failure("\"" + std::string(rest_) + "\" doesn't begin with a number.");
         rest_.remove_prefix(length);
         rest_ = text_trim(rest_);
         const size_t end = UnitLength();
@@ -64,7 +64,7 @@ class Scanner {
         // "to" stands between two times.
         if (text_equal_nocase(name, "to")) name = {};
         rest_.remove_prefix(name.size());
-        return InTimeBase(*value, name);
+        return InTimeBase(*value, name, time);
     }
 
     // What stands between two times; '+' or ' '.
@@ -78,10 +78,6 @@ class Scanner {
     }
 
   private:
-    std::nullopt_t Fail(std::string message) {
-        why_ = std::move(message);
-        return std::nullopt;
-    }
     void Skip(size_t count) { rest_.remove_prefix(count); }
 
     // Digits with at most one point, unless ".." follows, and an exponent only with digits of its own: the
@@ -114,24 +110,28 @@ class Scanner {
         return at;
     }
 
-    std::optional<double> InTimeBase(double value, std::string_view name) {
-        if (name.empty()) return laTime_Convert(canvas_.axis.timeMode, value, Time_Second);
+    Result InTimeBase(double value, std::string_view name, double& time) {
+        if (name.empty()) {
+            time = laTime_Convert(canvas_.axis.timeMode, value, Time_Second);
+            return {};
+        }
         for (const Unit& unit : unitTable) {
             if (!text_equal_nocase(name, unit.name)) continue;
-            if (unit.mode == unitOfTicks)
-                return canvas_.axis.timeMode == Time_Sequential
-                           ? Fail("A trace in sequence numbers has no ticks.")
-                           : std::optional(canvas_.source.clock.LengthOf(value));
-            if (canvas_.axis.timeMode >= Time_Tick)
-                return Fail("\"" + std::string(name) + "\": this trace has no clock, only a count.");
-            return laTime_Convert(unit.mode, value, Time_Second);
+            const bool ticks = unit.mode == unitOfTicks;
+            if (ticks && canvas_.axis.timeMode == Time_Sequential)
+                return Result::failure("A trace in sequence numbers has no ticks.");
+            if (!ticks && canvas_.axis.timeMode >= Time_Tick)
+                return Result::failure("\"" + std::string(name) +
+                                       "\": this trace has no clock, only a count.");
+            time =
+                ticks ? canvas_.source.clock.LengthOf(value) : laTime_Convert(unit.mode, value, Time_Second);
+            return {};
         }
-        return Fail("\"" + std::string(name) + "\" is no unit; use s, ms, us, ns or ticks.");
+        return Result::failure("\"" + std::string(name) + "\" is no unit; use s, ms, us, ns or ticks.");
     }
 
     const _LaCanvasData& canvas_;
     std::string_view rest_;
-    std::string& why_;
 };
 
 bool refuse(_LaCanvasData& canvas, const std::string& why) {
@@ -141,40 +141,28 @@ bool refuse(_LaCanvasData& canvas, const std::string& why) {
 
 }  // namespace
 
-std::optional<laGotoTarget> laGoto_Parse(const _LaCanvasData& canvas, std::string_view text,
-                                         std::string& why) {
-    Scanner scanner(canvas, text, why);
-    if (scanner.atEnd()) {
-        why = "No time was given.";
-        return std::nullopt;
-    }
-    const auto low = scanner.Time();
-    if (!low) return std::nullopt;
-    laGotoTarget target;
-    target.low = *low;
-    if (scanner.atEnd()) return target;
-    const char between = scanner.Between();
-    const auto second = scanner.Time();
-    if (!second) return std::nullopt;
-    if (!scanner.atEnd()) {
-        why = "There is more than two times.";
-        return std::nullopt;
-    }
-    target.high = between == '+' ? *low + *second : *second;
-    if (*target.high > *low) return target;
-    why = between == '+' ? "A length must be greater than 0." : "The end is not behind the start.";
-    return std::nullopt;
+Result laGoto_Parse(const _LaCanvasData& canvas, std::string_view text, laGotoTarget& target) {
+    target = {};
+    Scanner scanner(canvas, text);
+    if (scanner.atEnd()) return Result::failure("No time was given.");
+    if (Result read = scanner.Time(target.low); !read || scanner.atEnd()) return read;
+    const bool length = scanner.Between() == '+';
+    double second = 0;
+    if (Result read = scanner.Time(second); !read) return read;
+    if (!scanner.atEnd()) return Result::failure("There is more than two times.");
+    target.high = length ? target.low + second : second;
+    if (*target.high > target.low) return {};
+    return Result::failure(length ? "A length must be greater than 0." : "The end is not behind the start.");
 }
 
 bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text) {
-    std::string why;
-    const auto target = laGoto_Parse(canvas, text, why);
-    if (!target) return refuse(canvas, why);
+    laGotoTarget target;
+    if (const Result read = laGoto_Parse(canvas, text, target); !read) return refuse(canvas, read.text());
     if (!canvas.source.storeHasEvents) return refuse(canvas, "There is nothing to go to.");
-    if (target->low > canvas.source.totalLength)
+    if (target.low > canvas.source.totalLength)
         return refuse(canvas, "The trace ends at " + laCanvas_TimeText(canvas, canvas.source.totalLength) +
                                   " " + laTime_UnitName(canvas.axis, true) + "s.");
-    if (target->high) return laCanvas_Zoom(canvas, target->low, *target->high);
-    const double low = std::max(0.0, target->low - canvas.view.viewLength / 2);
+    if (target.high) return laCanvas_Zoom(canvas, target.low, *target.high);
+    const double low = std::max(0.0, target.low - canvas.view.viewLength / 2);
     return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength);
 }

@@ -8,18 +8,17 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "shared/libcxxutil/result.h"
 
 struct laGotoTarget {
     double low = 0;
     std::optional<double> high;  // none for a single time
 };
-// Times of the time base. None, with a message in why, for a text that is no such thing.
-std::optional<laGotoTarget> laGoto_Parse(const _LaCanvasData& canvas, std::string_view text,
-                                         std::string& why);
+// Times of the time base. Fails, with the target of no use, for a text that is no such thing.
+Result laGoto_Parse(const _LaCanvasData& canvas, std::string_view text, laGotoTarget& target);
 // Shows a range, or puts a single time in the middle with the view's length kept; goes to the history. False,
 // after a beep and a message, for a text that is refused or a place that the trace doesn't reach.
 bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text);
