@@ -40,10 +40,11 @@ std::vector<char>& buffer() {
 
 }  // namespace
 
-std::string input_Generated(const std::string& work, uint64_t events, uint32_t tasks) {
+std::string input_Generated(const std::string& work, uint64_t events, uint32_t tasks, uint64_t seed) {
     GeneratedTrace trace;
     trace.events = events;
     trace.tasks = tasks;
+    trace.seed = seed;
     const std::string name =
         path_join(work, "generated-" + std::to_string(events) + "-" + std::to_string(tasks) + "-" +
                             std::to_string(trace.processors) + "-" + std::to_string(trace.seed) + ".trr");

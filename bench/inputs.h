@@ -24,7 +24,7 @@ struct BenchPlace {
 
 // Generates a trace in the work folder, or finds it there from an earlier run. Empty when it can't be
 // written.
-std::string input_Generated(const std::string& work, uint64_t events, uint32_t tasks);
+std::string input_Generated(const std::string& work, uint64_t events, uint32_t tasks, uint64_t seed = 1);
 // The base name of the input's store in the work folder, importing it the first time. Empty when that fails.
 std::string input_Store(const BenchPlace& place, const std::string& file);
 
@@ -42,6 +42,7 @@ std::unique_ptr<_LaCanvasData> input_Canvas(const BenchPlace& place, const std::
                                             int width, int height);
 
 void register_StoreBenchmarks(const BenchPlace& place);
+void register_MergeBenchmarks(const BenchPlace& place);
 void register_CanvasBenchmarks(const BenchPlace& place);
 void register_NavigationBenchmarks(const BenchPlace& place);
 void register_AnalysisBenchmarks(const BenchPlace& place);
@@ -55,3 +56,5 @@ void bench_WithSurface(const std::function<void(Surface&)>& work);
 // What the program does when it was started to be measured from outside: imports and prints how many bytes
 // its memory grew by at most. An exit status.
 int run_MeasuredImport(const std::string& file, const std::string& base);
+// The same for merging the file four times.
+int run_MeasuredMerge(const std::string& file, const std::string& output);

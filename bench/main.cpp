@@ -78,6 +78,7 @@ bool find_inputs(const Options& options, BenchPlace& place) {
 int main(int argc, char** argv) {
     gen_set_console_sink([](std::string_view) {});  // damaged inputs would drown the table, and writing costs
     if (argc == 4 && std::string(argv[1]) == "--measured-import") return run_MeasuredImport(argv[2], argv[3]);
+    if (argc == 4 && std::string(argv[1]) == "--measured-merge") return run_MeasuredMerge(argv[2], argv[3]);
     Options options;
     if (!parse(argc, argv, options) || options.help) {
         std::fputs(usage, options.help ? stdout : stderr);
@@ -92,6 +93,7 @@ int main(int argc, char** argv) {
     int count = static_cast<int>(options.rest.size());
     benchmark::Initialize(&count, options.rest.data());
     register_StoreBenchmarks(place);
+    register_MergeBenchmarks(place);
     register_CanvasBenchmarks(place);
     register_NavigationBenchmarks(place);
     register_AnalysisBenchmarks(place);

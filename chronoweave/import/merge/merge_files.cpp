@@ -85,7 +85,7 @@ class Merging {
         if (result.ok()) result = Create(beside.name(), file);
         if (result.ok()) result = Copy(*file);
         source_->settle();
-        if (result.ok()) result = file->sync();
+        if (result.ok()) result = file->flush();
         if (result.ok()) result = beside.keep();
         if (result.ok()) Account();
         // Whoever asked for the output knows no other name.

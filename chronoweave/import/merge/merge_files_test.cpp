@@ -197,11 +197,10 @@ TEST_F(MergeFilesTest, theOutputTakesItsPlaceWholeOrNotAtAll) {
     EXPECT_EQ(listing(), before);
 }
 
-// A disk that is full behind so many bytes, or loses what it was asked to keep.
-class FailingDevice : public FileDevice {
+// A disk that is full behind so many bytes.
+class FullDevice : public FileDevice {
   public:
-    FailingDevice(std::unique_ptr<FileDevice> device, uint64_t room, int syncError)
-        : device_(std::move(device)), room_(room), syncError_(syncError) {}
+    FullDevice(std::unique_ptr<FileDevice> device, uint64_t room) : device_(std::move(device)), room_(room) {}
     int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) override {
         return device_->read_at(offset, bytes);
     }
@@ -211,29 +210,21 @@ class FailingDevice : public FileDevice {
     }
     int truncate(uint64_t size) override { return device_->truncate(size); }
     uint64_t size() override { return device_->size(); }
-    int sync() override { return syncError_; }
+    int sync() override { return device_->sync(); }
 
   private:
     std::unique_ptr<FileDevice> device_;
     uint64_t room_;
-    int syncError_;
 };
 
-TEST_F(MergeFilesTest, aDiskThatFailsLeavesNoOutput) {
-    write("a.trr", stream(1, {10}));
-    const struct {
-        uint64_t room;
-        int syncError;
-        const char* words;
-    } cases[] = {{5, 0, "out.trr: No space left on device\n"},
-                 {UINT64_MAX, EIO, "out.trr: Input/output error\n"}};
-    for (const auto& c : cases) {
+TEST_F(MergeFilesTest, aFullDiskLeavesNoOutput) {
+    write("a.trr", stream(1, std::vector<uint64_t>(50000, 10)));
+    for (const uint64_t room : {5u, 600'000u}) {
         gf_WrapDevices([&](std::unique_ptr<FileDevice> device, const std::string& name) {
             if (name.find("out.trr") == std::string::npos) return device;
-            return std::unique_ptr<FileDevice>(
-                std::make_unique<FailingDevice>(std::move(device), c.room, c.syncError));
+            return std::unique_ptr<FileDevice>(std::make_unique<FullDevice>(std::move(device), room));
         });
-        EXPECT_EQ(WordsOf(merge({"a.trr"})), c.words);
+        EXPECT_EQ(WordsOf(merge({"a.trr"})), "out.trr: No space left on device\n");
         EXPECT_EQ(listing(), "a.trr ");
     }
     gf_WrapDevices({});

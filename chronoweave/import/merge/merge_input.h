@@ -2,12 +2,13 @@
 // byte order.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "chronoweave/import/raw/raw_record.h"
+#include "chronoweave/import/raw/raw_writer.h"
 #include "chronoweave/import/source/source.h"
 
 // The clock and the byte order that all sources are brought to.
@@ -38,6 +39,15 @@ class MergeInput {
 
     // Goes on to the next record.
     SourceStep Step() {
+        if (at_ == atHand_) {
+            atHand_ = source_->nextAtHand(records_);
+            at_ = 0;
+        }
+        if (at_ < atHand_) {
+            record_ = records_[at_++];
+            Take();
+            return SourceStep::Record;
+        }
         const SourceStep step = source_->next(record_);
         if (step == SourceStep::Record) Take();
         return step;
@@ -50,14 +60,16 @@ class MergeInput {
     mt_Time place() const { return place_; }
 
     // The highest time there is, on the merged clock and unshifted; 0 when no event has one. Nothing where
-    // the source can't be looked over.
-    std::optional<mt_Time> LookForNewest();
+    // the source can't be looked over, and where progress stopped it.
+    std::optional<mt_Time> LookForNewest(const Progress& progress);
 
     const std::string& name() const { return name_; }
     EventSource& source() const { return *source_; }
     const MergeInputCounts& counts() const { return counts_; }
 
   private:
+    static constexpr mt_Time last_ = UINT64_MAX;
+
     void Take();
     mt_Time Scaled(mt_Time time) const;
     mt_Time Shifted(mt_Time time) const;
@@ -70,7 +82,37 @@ class MergeInput {
     mt_Time from_ = 0, to_ = 0;       // of the shift
     mt_Time newest_ = 0, place_ = 0;  // the former unshifted
     SourceRecord record_;
+    std::array<SourceRecord, 32> records_;  // from the source
+    size_t at_ = 0, atHand_ = 0;            // of them
     MergeInputCounts counts_;
     std::array<uint8_t, raw_RecordRoom>
         extra_{};  // of the present record, where it is not as the source has it
 };
+
+// Rounded down. The merged clock is not slower, so that times keep their order and none becomes 0.
+inline mt_Time MergeInput::Scaled(mt_Time time) const {
+    if (!scales_) return time;
+    __extension__ typedef unsigned __int128 Wide;
+    const Wide scaled = static_cast<Wide>(time) * targetRate_ / rate_;
+    return scaled > last_ ? last_ : static_cast<mt_Time>(scaled);
+}
+
+inline mt_Time MergeInput::Shifted(mt_Time time) const {
+    if (time <= from_) return to_ - std::min(to_, from_ - time);
+    const mt_Time further = time - from_;
+    return further > last_ - to_ ? last_ : to_ + further;
+}
+
+inline void MergeInput::Take() {
+    ++counts_.events;
+    if (record_.time != 0) {
+        const mt_Time own = record_.time, time = Scaled(own);
+        if (time >= newest_)
+            newest_ = time;
+        else
+            ++counts_.back;
+        place_ = record_.time = Shifted(newest_);
+        if (place_ == last_ && (own != last_ || scales_)) ++counts_.far;
+    }
+    if (turns_ || record_.extra.size() > raw_LongestExtra) MakeFit();
+}

@@ -6,7 +6,8 @@
 #include "chronoweave/import/merge/merge_words.h"
 #include "shared/libcxxutil/report.h"
 
-MergedSource::MergedSource(std::vector<MergePart> parts, MergeAlign align) : align_(align) {
+MergedSource::MergedSource(std::vector<MergePart> parts, MergeAlign align)
+    : align_(align), order_(parts.size()) {
     for (MergePart& part : parts) inputs_.emplace_back(part.name, std::move(part.source));
     facts_ = inputs_.front().source().facts();
     for (const MergeInput& input : inputs_) {
@@ -46,12 +47,19 @@ Result MergedSource::Check() const {
 Result MergedSource::LookAhead(const Progress& progress) {
     if (align_ != MergeAlign::Tail) return {};
     std::vector<mt_Time> newest;
-    const auto total = static_cast<double>(2 * inputs_.size());
+    bool isStopped = false;
+    const Progress share = [&](double done, double total) {
+        const double before = static_cast<double>(newest.size()),
+                     all = static_cast<double>(2 * inputs_.size());
+        isStopped = progress && !progress(before + (total > 0 ? done / total : 0), all);
+        return !isStopped;
+    };
     for (MergeInput& input : inputs_) {
-        if (progress && !progress(static_cast<double>(newest.size()), total)) return Result::failure("");
-        const std::optional<mt_Time> time = input.LookForNewest();
+        std::optional<mt_Time> time;
+        if (share(0, 1)) time = input.LookForNewest(share);
+        if (isStopped) return Result::failure("");
         if (!time) return Result::failure(words_NoLook, input.name());
-        newest.push_back(*time);
+        newest.push_back(time.value_or(0));
     }
     const mt_Time latest = *std::max_element(newest.begin(), newest.end());
     for (size_t i = 0; i < inputs_.size(); ++i) inputs_[i].Shift(newest[i], latest);
@@ -79,52 +87,41 @@ SourceStep MergedSource::NextOfHeads(SourceRecord& record) {
             record = input.record();
             return step;
         }
-        order_.push_back({input.place(), head_});
+        order_.Set(head_, input.place());
     }
     if (align_ == MergeAlign::Head) AlignHeads();
-    for (size_t i = order_.size(); i-- > 0;) SiftDown(i);
     phase_ = Phase::InOrder;
     return NextInOrder(record);
 }
 
 void MergedSource::AlignHeads() {
-    mt_Time earliest = UINT64_MAX;
-    for (const Turn& turn : order_) earliest = std::min(earliest, turn.place);
-    for (Turn& turn : order_) {
-        inputs_[turn.input].Shift(turn.place, earliest);
-        turn.place = earliest;
+    const std::optional<size_t> first = order_.First();
+    if (!first) return;
+    const mt_Time earliest = inputs_[*first].place();
+    for (size_t i = 0; i < inputs_.size(); ++i) {
+        if (!order_.IsIn(i)) continue;
+        inputs_[i].Shift(inputs_[i].place(), earliest);
+        order_.Set(i, earliest);
     }
 }
 
 SourceStep MergedSource::NextInOrder(SourceRecord& record) {
     if (handedOut_) {
-        Turn& first = order_.front();
-        const SourceStep step = inputs_[first.input].Step();
+        MergeInput& input = inputs_[at_];
+        const SourceStep step = input.Step();
         if (step == SourceStep::Pause) return step;
-        if (step == SourceStep::Record) {
-            first.place = inputs_[first.input].place();
-        } else {
-            first = order_.back();
-            order_.pop_back();
-        }
         handedOut_ = false;
-        SiftDown(0);
+        if (step == SourceStep::Record)
+            order_.Set(at_, input.place());
+        else
+            order_.TakeOut(at_);
     }
-    if (order_.empty()) return SourceStep::End;
+    const std::optional<size_t> first = order_.First();
+    if (!first) return SourceStep::End;
+    at_ = *first;
     handedOut_ = true;
-    record = inputs_[order_.front().input].record();
+    record = inputs_[at_].record();
     return SourceStep::Record;
-}
-
-void MergedSource::SiftDown(size_t at) {
-    for (;;) {
-        size_t least = at;
-        for (const size_t child : {2 * at + 1, 2 * at + 2})
-            if (child < order_.size() && order_[child].IsBefore(order_[least])) least = child;
-        if (least == at) return;
-        std::swap(order_[at], order_[least]);
-        at = least;
-    }
 }
 
 SourceExtent MergedSource::extent() const {

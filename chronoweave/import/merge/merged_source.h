@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "chronoweave/import/merge/merge_input.h"
+#include "chronoweave/import/merge/merge_order.h"
 #include "chronoweave/import/source/source.h"
 #include "shared/libcxxutil/progress.h"
 
@@ -26,7 +27,7 @@ struct MergePart {
     std::unique_ptr<EventSource> source;
 };
 
-class MergedSource : public EventSource {
+class MergedSource final : public EventSource {
   public:
     // Takes the sources over, at least one. The merged clock is the fastest of theirs, the byte order the
     // first one's. Refused when they are of different systems, have different kinds of objects, or clocks
@@ -51,23 +52,14 @@ class MergedSource : public EventSource {
     SourceStep NextOfHeads(SourceRecord& record);
     SourceStep NextInOrder(SourceRecord& record);
     void AlignHeads();
-    void SiftDown(size_t at);
-
-    // An input at a record; those come first that are earlier or, at one time, stand first among the sources.
-    struct Turn {
-        mt_Time place;
-        size_t input;
-        bool IsBefore(const Turn& other) const {
-            return place != other.place ? place < other.place : input < other.input;
-        }
-    };
     enum class Phase { Heads, InOrder };
 
     MergeAlign align_;
     SourceFacts facts_;
     std::vector<MergeInput> inputs_;
     Phase phase_ = Phase::Heads;
-    size_t head_ = 0;          // the input whose head is read
-    std::vector<Turn> order_;  // a heap, the next one first
-    bool handedOut_ = false;   // the first one's record
+    size_t head_ = 0;   // the input whose head is read
+    MergeOrder order_;  // of the inputs, by the places of their present records
+    size_t at_ = 0;     // the input whose record was handed out
+    bool handedOut_ = false;
 };

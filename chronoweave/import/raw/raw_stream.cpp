@@ -47,6 +47,19 @@ SourceStep RawStream::next(SourceRecord& record) {
     }
 }
 
+// Records with nothing wrong about them.
+size_t RawStream::nextAtHand(std::span<SourceRecord> records) {
+    const std::span<const uint8_t> bytes(buffer_.data(), there_);
+    size_t count = 0;
+    while (count < records.size() && at_ < there_) {
+        const RawCut cut = raw_Cut(bytes, at_);
+        if (cut.kind != RawCut::Kind::Record || !raw_IsLengthSound(cut.record.size())) break;
+        records[count++] = raw_Decode(cut.record, facts_.bigEndian);
+        at_ += cut.size;
+    }
+    return count;
+}
+
 // Fills the buffer up behind the record that is cut by its end. Record when there is something to walk.
 SourceStep RawStream::read_more() {
     if (at_ > 0) std::memmove(buffer_.data(), buffer_.data() + at_, there_ - at_);

@@ -17,6 +17,7 @@ class RawStream : public EventSource {
 
     const SourceFacts& facts() const override { return facts_; }
     SourceStep next(SourceRecord& record) override;
+    size_t nextAtHand(std::span<SourceRecord> records) override;
     SourceExtent extent() const override;
     std::optional<SourceLook> look(const Progress& progress) override;
     const SourceCounts& counts() const override { return records_.counts(); }

@@ -1,6 +1,7 @@
 #include "chronoweave/import/raw/raw_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -9,12 +10,29 @@
 
 namespace {
 
-constexpr size_t block = 1 << 20;
-
 uint8_t* room(std::vector<uint8_t>& bytes, size_t count) {
     bytes.resize(bytes.size() + count);
     return bytes.data() + bytes.size() - count;
 }
+
+void put_text(std::string_view name, size_t size, uint8_t* to) {
+    std::fill(std::copy_n(name.begin(), std::min(name.size(), size), to), to + size, uint8_t{0});
+}
+
+// A record on its way to the end of the bytes.
+struct Record {
+    Record(bool big, size_t length, mt_Time time, uint16_t type, uint16_t subtype) : size(1 + length) {
+        bytes[0] = static_cast<uint8_t>(length);
+        store_be16(&bytes[1], type);
+        store_be16(&bytes[3], subtype);
+        store_32(&bytes[5], static_cast<uint32_t>(time), big);
+        store_32(&bytes[9], static_cast<uint32_t>(time >> 32), big);
+    }
+    uint8_t* extra() { return &bytes[1 + raw_RecordHead]; }
+
+    size_t size;  // with the length byte
+    std::array<uint8_t, 1 + raw_StreamMax> bytes;
+};
 
 }  // namespace
 
@@ -30,43 +48,42 @@ void RawWriter::raw(std::span<const uint8_t> bytes) {
 
 // A field of a size, filled up with zeros.
 void RawWriter::text(std::string_view name, size_t size) {
-    std::copy_n(name.begin(), std::min(name.size(), size), room(bytes_, size));
+    put_text(name, size, room(bytes_, size));
 }
 
 void RawWriter::header(const EventSourceHeader& header, RawHeaderForm form) {
     raw(raw_EncodeHeader(header, form));
 }
 
-void RawWriter::recordHead(size_t length, mt_Time time, uint16_t type, uint16_t subtype) {
-    uint8_t* at = room(bytes_, 1 + raw_RecordHead);
-    at[0] = static_cast<uint8_t>(length);
-    store_be16(at + 1, type);
-    store_be16(at + 3, subtype);
-    store_32(at + 5, static_cast<uint32_t>(time), big_);
-    store_32(at + 9, static_cast<uint32_t>(time >> 32), big_);
-}
-
 bool RawWriter::event(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra) {
     if (extra.size() > raw_LongestExtra) return false;
-    recordHead(raw_RecordHead + extra.size(), time, type, subtype);
-    raw(extra);
+    Record record(big_, raw_RecordHead + extra.size(), time, type, subtype);
+    std::copy(extra.begin(), extra.end(), record.extra());
+    raw({record.bytes.data(), record.size});
     return true;
 }
 
 bool RawWriter::event(mt_Time time, uint16_t type, uint16_t subtype, std::initializer_list<uint32_t> words) {
     if (words.size() * 4 > raw_LongestExtra) return false;
-    recordHead(raw_RecordHead + words.size() * 4, time, type, subtype);
-    for (const uint32_t word : words) put32(word);
+    Record record(big_, raw_RecordHead + words.size() * 4, time, type, subtype);
+    uint8_t* at = record.extra();
+    for (const uint32_t word : words) {
+        store_32(at, word, big_);
+        at += 4;
+    }
+    raw({record.bytes.data(), record.size});
     return true;
 }
 
 void RawWriter::refresh(mt_Time time, uint16_t status, const RawTask& task) {
     const size_t extra = 8 + mt_NameSize + (task.prefix ? mt_NameSize : 0);
-    recordHead(raw_RecordHead + extra, time, mt_Refresh, status);
-    put32(task.id);
-    put32(task.priority);
-    text(task.name, mt_NameSize);
-    if (task.prefix) text(*task.prefix, mt_NameSize);
+    Record record(big_, raw_RecordHead + extra, time, mt_Refresh, status);
+    uint8_t* at = record.extra();
+    store_32(at, task.id, big_);
+    store_32(at + 4, task.priority, big_);
+    put_text(task.name, mt_NameSize, at + 8);
+    if (task.prefix) put_text(*task.prefix, mt_NameSize, at + 8 + mt_NameSize);
+    raw({record.bytes.data(), record.size});
 }
 
 void RawWriter::taskEntry(const RawTask& task, bool inUse) {
@@ -101,21 +118,10 @@ Result RawFile::create(const std::string& name, const EventSourceHeader& header,
     return {};
 }
 
-Result RawFile::put() {
-    return writer_.bytes().size() < block ? Result() : flush();
-}
-
 Result RawFile::flush() {
     const size_t count = writer_.bytes().size();
     const DeviceWrite written = device_->write_at(written_, writer_.bytes());
     writer_.clear();
     written_ += written.bytes;
     return written.bytes == count ? Result() : Result::system(name_, written.error);
-}
-
-Result RawFile::sync() {
-    const Result flushed = flush();
-    if (!flushed.ok()) return flushed;
-    const int error = device_->sync();
-    return error == 0 ? Result() : Result::system(name_, error);
 }

@@ -59,7 +59,6 @@ class RawWriter {
 
   private:
     void text(std::string_view name, size_t size);
-    void recordHead(size_t length, mt_Time time, uint16_t type, uint16_t subtype);
 
     bool big_;
     std::vector<uint8_t> bytes_;
@@ -78,13 +77,13 @@ class RawFile {
     // What is put here reaches the file once it is much, at flush and at close.
     RawWriter& writer() { return writer_; }
     // Call it after each event: hands the bytes on once they are much.
-    Result put();
+    Result put() { return writer_.bytes().size() < block_ ? Result() : flush(); }
     // Hands on all there is, whole records only, so that whoever reads the file as it grows sees them.
     Result flush();
-    // The same, and asks the disk to keep it.
-    Result sync();
 
   private:
+    static constexpr size_t block_ = 256 * 1024;  // bytes that are still in the cache when they are written
+
     RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);
 
     std::unique_ptr<FileDevice> device_;

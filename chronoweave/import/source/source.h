@@ -61,6 +61,9 @@ class EventSource {
     virtual const SourceFacts& facts() const = 0;
     // The next record, if the step says so.
     virtual SourceStep next(SourceRecord& record) = 0;
+    // Moves on over records that are at hand, as many as there is room for; they last together until the next
+    // step. 0 where none is at hand, or nothing but next can say what comes: it is asked then.
+    virtual size_t nextAtHand(std::span<SourceRecord>) { return 0; }
     virtual SourceExtent extent() const = 0;
 
     // A quick look over all that is there now, without moving on; it prints nothing. Nothing where there is
