@@ -8,6 +8,7 @@
 #include "chronoweave/analysis/detail_windows.h"
 #include "chronoweave/analysis/dialog_commands.h"
 #include "chronoweave/analysis/legend_window.h"
+#include "chronoweave/analysis/merge_dialogs.h"
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/event_dock.h"
@@ -23,6 +24,7 @@
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/session/legend_save.h"
 #include "shared/libcxxutil/gate.h"
+#include "shared/libcxxutil/paths.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
@@ -43,6 +45,16 @@ void registerMenus() {
 ProgramOptions& looseOptions() {
     static ProgramOptions options;
     return options;
+}
+
+// The file is the source of a window's trace, or its store would become that trace's.
+bool isTraceShown(const std::string& file) {
+    const auto store = [](const std::string& name) { return path_without_extension(name) + ".trs"; };
+    for (const CanvasWindow* window : CanvasWindow::all())
+        if (!window->source().empty() &&
+            (path_same_file(window->source(), file) || path_same_file(store(window->source()), store(file))))
+            return true;
+    return false;
 }
 
 }  // namespace
@@ -189,6 +201,11 @@ void CanvasWindow::fillUpperFloor() {
          .title = [this] { return windowTitle().toStdString(); },
          .setTitle = [this](const std::string& name) { setWindowTitle(QString::fromStdString(name)); },
          .closed = [this] { view_->setFocus(); }});
+    commands["TraxMergeEventFiles"] = [this](const std::string&) {
+        const bool done = merge_AskAndLoad(*host_, view_->canvas(), {isTraceShown, path_find_program("trv")});
+        view_->setFocus();
+        return done;
+    };
     legend_Attach(canvas);
     detail_Attach(canvas);
     analysis_Attach(canvas);

@@ -16,6 +16,7 @@
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "libtrv/test_store.h"
+#include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/settings.h"
 #include "windlib/dialog/model.h"
@@ -115,6 +116,36 @@ TEST_F(WindowMenus, BookmarksAreRowsOfTheirWindow) {
     EXPECT_TRUE(Row("TraxBookmark", "ShowBookmark 0"));
     EXPECT_FALSE(menu_Registry().anyChanged() &&
                  (QApplication::processEvents(), menu_Registry().anyChanged()));
+}
+
+TEST_F(WindowMenus, MergingEndsWithTheMergedTraceInTheWindow) {
+    ::setenv("PATH", (path_directory(CW_MERGE_TOOL) + ':' + std::getenv("PATH")).c_str(), 1);
+    const std::string second = folder / "second.trr", merged = folder / "merged.trr";
+    std::filesystem::copy_file(trace, second);
+    window->host().filesChosen = [&](const FileQuestion& question) {
+        const bool isNew = question.of == FileQuestion::Of::New;
+        return isNew ? std::vector<std::string>{merged} : std::vector<std::string>{trace, second};
+    };
+    const auto ok = [](QWidget& dialog) {
+        auto* head = dialog.findChild<QAbstractButton*>("HA_B_0");
+        head->click();
+        EXPECT_TRUE(head->isChecked());
+        EXPECT_FALSE(dialog.findChild<QAbstractButton*>("Natural_B_0")->isChecked());
+        dialog.findChild<QAbstractButton*>("Ok_BS")->click();
+    };
+    ASSERT_TRUE(window->load(trace));
+    const uint32_t events = mt_GetEventCount(*canvas().source.store);
+    Answer(ok);
+    window->command("TraxMergeEventFiles");
+    EXPECT_EQ(window->source(), merged);
+    EXPECT_EQ(mt_GetEventCount(*canvas().source.store), 2 * events);
+    std::string said;
+    gen_set_report_sink([&](int, const std::string& line) { said += line; });
+    Answer(ok);
+    window->command("TraxMergeEventFiles");
+    gen_set_report_sink({});
+    EXPECT_NE(said.find("is the trace of a window"), std::string::npos) << said;
+    EXPECT_EQ(window->source(), merged);
 }
 
 TEST_F(WindowMenus, AKeyBelongsToOneRowAndIsShownOnce) {

@@ -1,7 +1,9 @@
 #include "companions/trv/merge_form.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
 
 #include "chronoweave/import/merge/merge_files.h"
@@ -62,6 +64,26 @@ std::string read_words(std::span<const std::string> words, MergeRequest& request
     return request.sources.empty() ? "the files to be merged are missing" : std::string();
 }
 
+// Tells whoever started us how far we are, where that is wanted.
+class ProgressTeller {
+  public:
+    ProgressTeller() {
+        const char* number = std::getenv(merge_ProgressVariable);
+        if (number) descriptor_ = scan_number(number);
+    }
+    void tell(double done, double total) {
+        const int step = total > 0 ? static_cast<int>(merge_ProgressWhole * done / total) : 0;
+        if (!descriptor_ || step == told_) return;
+        told_ = step;
+        // Nobody there to listen is no fault of the merge.
+        if (::dprintf(static_cast<int>(*descriptor_), "%d\n", step) < 0) descriptor_.reset();
+    }
+
+  private:
+    std::optional<uint64_t> descriptor_;
+    int told_ = -1;
+};
+
 }  // namespace
 
 bool merge_IsAsked(std::span<const std::string> words) {
@@ -74,7 +96,10 @@ int merge_Run(std::span<const std::string> words) {
     const std::string trouble = read_words(words, request);
     if (!trouble.empty()) return wrong(trouble);
     process_CatchStops();
-    request.progress = [](double, double) { return !process_IsStopAsked(); };
+    request.progress = [teller = ProgressTeller()](double done, double total) mutable {
+        teller.tell(done, total);
+        return !process_IsStopAsked();
+    };
     const Merged merged = merge_Files(request);
     if (merged.stopped) {
         say("stopped; nothing was written");

@@ -5,7 +5,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <system_error>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -42,12 +44,16 @@ fs::path place_of(fs::path name) {
     return error ? fs::absolute(name, error).lexically_normal() : folder / name.filename();
 }
 
+// Where this program is.
+fs::path program_directory() {
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path();
+}
+
 std::string find_installation() {
     const std::string named = environment("CHRONOWEAVE_HOME");
     if (!named.empty()) return named;
-    std::error_code error;
-    for (fs::path at = fs::read_symlink("/proc/self/exe", error).parent_path(); !at.empty();
-         at = at.parent_path()) {
+    for (fs::path at = program_directory(); !at.empty(); at = at.parent_path()) {
         if (holds_installation(at)) return at.string();
         if (holds_installation(at / "share" / "chronoweave")) return (at / "share" / "chronoweave").string();
         if (at == at.root_path()) break;
@@ -131,6 +137,18 @@ std::string path_cache_directory() {
 }
 std::string path_user_config_directory() {
     return below_home("XDG_CONFIG_HOME", ".config");
+}
+
+std::string path_find_program(const std::string& name) {
+    std::vector<std::string> directories{program_directory().string()};
+    std::istringstream listed(environment("PATH"));
+    for (std::string one; std::getline(listed, one, ':');) directories.push_back(one.empty() ? "." : one);
+    for (const std::string& directory : directories) {
+        std::string path = path_join(directory, name);
+        std::error_code none;
+        if (fs::is_regular_file(path, none) && ::access(path.c_str(), X_OK) == 0) return path;
+    }
+    return {};
 }
 
 const std::string& path_installation_directory() {

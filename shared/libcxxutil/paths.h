@@ -30,6 +30,9 @@ std::string path_temporary_directory();
 std::string path_cache_directory();
 // $XDG_CONFIG_HOME/chronoweave, else ~/.config/chronoweave. Not created.
 std::string path_user_config_directory();
+// The program of this name in the directory that this program is in, else the first on PATH; empty when there
+// is none that can be run.
+std::string path_find_program(const std::string& name);
 // The directory that holds "defaults" and "icons": CHRONOWEAVE_HOME when set, else the nearest of the
 // program's own directory, its "share/chronoweave" and its parents. Empty when there is none. Computed once.
 const std::string& path_installation_directory();

@@ -21,6 +21,17 @@ struct PopUpRow {
 };
 constexpr const char* popUpSeparator = "\x01";
 
+// What a chooser of files asks.
+struct FileQuestion {
+    enum class Of { Existing, New } of = Of::Existing;  // one or more that exist, or one to be written
+    std::string title, button;
+    std::string suggested = {};             // a name to begin with
+    std::vector<std::string> filters = {};  // "NAME (*.EXT)"; all files can be chosen as well
+    // Under this name the folder is remembered that files were last chosen in, and it begins there. Empty: it
+    // is not.
+    std::string settingsName = {};
+};
+
 class DialogHost {
   public:
     virtual ~DialogHost() = default;
@@ -44,6 +55,9 @@ class DialogHost {
     // Where to save; empty when the user cancelled. filter is "NAME (*.EXT)".
     virtual std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
                                        const std::string& filter) = 0;
+    // Names with their folders, in the order chosen; none when the user cancelled. One to be written that
+    // exists was confirmed by the user.
+    virtual std::vector<std::string> ChooseFiles(const FileQuestion& question) = 0;
     virtual void CopyText(const std::string& text) = 0;  // to the clipboard
     virtual void Beep() = 0;
     // The busy pointer with progress and Escape (see Progress); calls nest.

@@ -17,6 +17,8 @@ class RecordingHost : public DialogHost {
     bool askAnswer = true;
     std::optional<uint32_t> colourAnswer;
     std::string saveAnswer;
+    std::vector<FileQuestion> fileQuestions;
+    std::deque<std::vector<std::string>> fileAnswers;  // to the next of them; cancelled when none is left
     DialogModel* raised = nullptr;
     int beeps = 0, busy = 0;
 
@@ -48,6 +50,12 @@ class RecordingHost : public DialogHost {
     std::optional<uint32_t> ChooseColour(const std::string&, uint32_t) override { return colourAnswer; }
     std::string ChooseSaveFile(const std::string&, const std::string&, const std::string&) override {
         return saveAnswer;
+    }
+    std::vector<std::string> ChooseFiles(const FileQuestion& question) override {
+        fileQuestions.push_back(question);
+        std::vector<std::string> answer;
+        if (!fileAnswers.empty()) answer = std::move(fileAnswers.front()), fileAnswers.pop_front();
+        return answer;
     }
     void CopyText(const std::string& text) override { copied.push_back(text); }
     void Beep() override { ++beeps; }

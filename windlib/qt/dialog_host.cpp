@@ -18,6 +18,7 @@
 #include "shared/libcxxutil/report.h"
 #include "windlib/config/settings.h"
 #include "windlib/qt/dialog_view.h"
+#include "windlib/qt/file_chooser.h"
 #include "windlib/qt/platform.h"
 
 namespace {
@@ -299,6 +300,13 @@ std::string QtDialogHost::ChooseSaveFile(const std::string& title, const std::st
     const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     return QFileDialog::getSaveFileName(parentOfDialogs(), text(title), text(suggested), text(filter))
         .toStdString();
+}
+
+std::vector<std::string> QtDialogHost::ChooseFiles(const FileQuestion& question) {
+    if (platform_IsAutomatic()) return filesChosen ? filesChosen(question) : std::vector<std::string>();
+    const Waiting waiting(*this);
+    const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
+    return files_Choose(parentOfDialogs(), settings_, question);
 }
 
 void QtDialogHost::CopyText(const std::string& copied) {

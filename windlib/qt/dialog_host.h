@@ -33,6 +33,7 @@ class QtDialogHost : public DialogHost {
     std::function<void(bool busy)> setBusy;
     // Answers on the offscreen platform.
     std::function<bool(const std::string& question)> answer;
+    std::function<std::vector<std::string>(const FileQuestion& question)> filesChosen;
     std::function<void(QMenu&)> popUpShown;  // the menu is about to be shown, and then waits for a choice
 
     int Run(DialogModel& model) override;
@@ -44,6 +45,7 @@ class QtDialogHost : public DialogHost {
     std::optional<uint32_t> ChooseColour(const std::string& title, uint32_t start) override;
     std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
                                const std::string& filter) override;
+    std::vector<std::string> ChooseFiles(const FileQuestion& question) override;
     void CopyText(const std::string& text) override;
     void Beep() override;
     void SetBusy(bool busy) override;

@@ -243,6 +243,12 @@ void DialogView::refresh(const std::string& name) {
         for (const std::string& choice : state.choices) choices->addItem(text(choice));
         choices->setCurrentIndex(state.choice);
     } else if (auto* group = made->findChild<QButtonGroup*>()) {
+        // None of them is something that only the logic can ask for.
+        if (state.choice < 0 && group->checkedButton()) {
+            group->setExclusive(false);
+            group->checkedButton()->setChecked(false);
+            group->setExclusive(true);
+        }
         if (auto* choice = group->button(state.choice)) choice->setChecked(true);
         for (QAbstractButton* choice : group->buttons())
             choice->setEnabled(!state.disabledChoices.contains(group->id(choice)));

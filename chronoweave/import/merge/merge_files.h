@@ -40,10 +40,16 @@ struct Merged {
     std::vector<std::string> notes;
 };
 
-// Merges into a file beside the output, which takes the output's place when it is whole and has reached the
-// disk. The output is never one of the sources, under whatever name. Sources with no bytes at all add nothing
-// and are told as damage. What is wrong with single bytes and records goes to the console as it is met.
+// Merges into a file beside the output, which takes the output's place when it is whole. The disk is not
+// asked to keep it at once: it can be made again. The output is never one of the sources, under whatever
+// name. Sources with no bytes at all add nothing and are told as damage. What is wrong with single bytes and
+// records goes to the console as it is met.
 Merged merge_Files(const MergeRequest& request);
+
+// Where this is in its environment, the program that merges tells on the descriptor of that number how far it
+// is, a line for each step: a number up to merge_ProgressWhole.
+inline constexpr char merge_ProgressVariable[] = "TRV_PROGRESS";
+inline constexpr int merge_ProgressWhole = 200;
 
 // The name of an alignment, and back: "natural", "head", "tail". False for any other word.
 const char* merge_AlignName(MergeAlign align);

@@ -216,6 +216,7 @@ constexpr laCommand table[] = {
     {.name = "TraxMergeEventFiles",
      .label = "&Merge Raw Event Files...",
      .tip = "Merge raw event files into one",
+     .page = "merge",
      .missing = "Merging raw event files"},
     {.name = "TraxPrint",
      .label = "&Print...",
