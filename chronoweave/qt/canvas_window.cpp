@@ -386,9 +386,12 @@ bool CanvasWindow::readOn() {
         showGrown(read);
     }
     showButtons();
-    const std::string unread =
-        read.unread > 0 ? "; " + std::to_string(read.unread) + " bytes unread at the end." : ".";
-    say(read.trouble.ok() ? std::to_string(read.events) + " more events" + unread : read.trouble.text());
+    std::string told = std::to_string(read.events) + " more events";
+    if (read.more)
+        told += "; the file has more";
+    else if (read.unread > 0)
+        told += "; " + std::to_string(read.unread) + " bytes unread at the end";
+    say(read.trouble.ok() ? told + "." : read.trouble.text());
     return read.trouble.ok();
 }
 
