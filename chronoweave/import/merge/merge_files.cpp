@@ -107,12 +107,12 @@ class Merging {
     }
 
     Result Copy(RawFile& file) {
-        SourceRecord record;
+        const SourceRecord* record = nullptr;
         for (;;) {
-            switch (source_->next(record)) {
+            switch (source_->Next(record)) {
                 case SourceStep::Record: {
                     Result put;
-                    if (file.writer().event(record.time, record.type, record.subtype, record.extra))
+                    if (file.writer().event(record->time, record->type, record->subtype, record->extra))
                         put = file.put();
                     if (!put.ok()) return put;
                     break;

@@ -16,20 +16,21 @@ void MergeInput::Shift(mt_Time from, mt_Time to) {
     to_ = to;
     if (newest_ == 0) return;
     place_ = Shifted(newest_);
-    if (record_.time != 0) record_.time = place_;
+    if (SourceRecord& record = records_[present_]; record.time != 0) record.time = place_;
 }
 
 // Extra data of the other byte order, or too long for a stream.
 void MergeInput::MakeFit() {
-    std::span<uint8_t> extra(extra_.data(), std::min(record_.extra.size(), extra_.size()));
-    std::copy_n(record_.extra.begin(), extra.size(), extra.begin());
+    SourceRecord& record = records_[present_];
+    std::span<uint8_t> extra(extra_.data(), std::min(record.extra.size(), extra_.size()));
+    std::copy_n(record.extra.begin(), extra.size(), extra.begin());
     if (extra.size() > raw_LongestExtra) {
         // A Refresh of exactly the longest has a second name at its end.
-        extra = extra.first(raw_LongestExtra - (record_.type == mt_Refresh ? 1 : 0));
+        extra = extra.first(raw_LongestExtra - (record.type == mt_Refresh ? 1 : 0));
         ++counts_.shortened;
     }
-    if (turns_ && turn_Words(record_.type, extra) > 0) ++counts_.unturned;
-    record_.extra = extra;
+    if (turns_ && turn_Words(record.type, extra) > 0) ++counts_.unturned;
+    record.extra = extra;
 }
 
 std::optional<mt_Time> MergeInput::LookForNewest(const Progress& progress) {

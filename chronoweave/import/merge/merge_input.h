@@ -44,17 +44,18 @@ class MergeInput {
             at_ = 0;
         }
         if (at_ < atHand_) {
-            record_ = records_[at_++];
+            present_ = at_++;
             Take();
             return SourceStep::Record;
         }
-        const SourceStep step = source_->next(record_);
+        present_ = 0;
+        const SourceStep step = source_->next(records_[0]);
         if (step == SourceStep::Record) Take();
         return step;
     }
     // The present record. Its time is 0 where it has none of its own; no other becomes 0. It lasts until the
     // next step.
-    const SourceRecord& record() const { return record_; }
+    const SourceRecord& record() const { return records_[present_]; }
     // Where the present record belongs: never below that of the one before. 0 ahead of the first that has a
     // time of its own.
     mt_Time place() const { return place_; }
@@ -79,11 +80,11 @@ class MergeInput {
     std::unique_ptr<EventSource> source_;
     uint64_t rate_ = 1, targetRate_ = 1;
     bool scales_ = false, turns_ = false;
-    mt_Time from_ = 0, to_ = 0;       // of the shift
-    mt_Time newest_ = 0, place_ = 0;  // the former unshifted
-    SourceRecord record_;
+    mt_Time from_ = 0, to_ = 0;             // of the shift
+    mt_Time newest_ = 0, place_ = 0;        // the former unshifted
     std::array<SourceRecord, 32> records_;  // from the source
     size_t at_ = 0, atHand_ = 0;            // of them
+    size_t present_ = 0;
     MergeInputCounts counts_;
     std::array<uint8_t, raw_RecordRoom>
         extra_{};  // of the present record, where it is not as the source has it
@@ -105,14 +106,15 @@ inline mt_Time MergeInput::Shifted(mt_Time time) const {
 
 inline void MergeInput::Take() {
     ++counts_.events;
-    if (record_.time != 0) {
-        const mt_Time own = record_.time, time = Scaled(own);
+    SourceRecord& record = records_[present_];
+    if (record.time != 0) {
+        const mt_Time own = record.time, time = Scaled(own);
         if (time >= newest_)
             newest_ = time;
         else
             ++counts_.back;
-        place_ = record_.time = Shifted(newest_);
+        place_ = record.time = Shifted(newest_);
         if (place_ == last_ && (own != last_ || scales_)) ++counts_.far;
     }
-    if (turns_ || record_.extra.size() > raw_LongestExtra) MakeFit();
+    if (turns_ || record.extra.size() > raw_LongestExtra) MakeFit();
 }

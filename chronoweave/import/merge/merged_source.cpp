@@ -67,6 +67,13 @@ Result MergedSource::LookAhead(const Progress& progress) {
 }
 
 SourceStep MergedSource::next(SourceRecord& record) {
+    const SourceRecord* present = nullptr;
+    const SourceStep step = Next(present);
+    if (step == SourceStep::Record) record = *present;
+    return step;
+}
+
+SourceStep MergedSource::Next(const SourceRecord*& record) {
     switch (phase_) {
         case Phase::Heads:
             return NextOfHeads(record);
@@ -77,14 +84,14 @@ SourceStep MergedSource::next(SourceRecord& record) {
 }
 
 // The records ahead of each input's first time.
-SourceStep MergedSource::NextOfHeads(SourceRecord& record) {
+SourceStep MergedSource::NextOfHeads(const SourceRecord*& record) {
     for (; head_ < inputs_.size(); ++head_) {
         MergeInput& input = inputs_[head_];
         const SourceStep step = input.Step();
         if (step == SourceStep::Pause) return step;
         if (step != SourceStep::Record) continue;
         if (input.place() == 0) {
-            record = input.record();
+            record = &input.record();
             return step;
         }
         order_.Set(head_, input.place());
@@ -105,7 +112,7 @@ void MergedSource::AlignHeads() {
     }
 }
 
-SourceStep MergedSource::NextInOrder(SourceRecord& record) {
+SourceStep MergedSource::NextInOrder(const SourceRecord*& record) {
     if (handedOut_) {
         MergeInput& input = inputs_[at_];
         const SourceStep step = input.Step();
@@ -120,7 +127,7 @@ SourceStep MergedSource::NextInOrder(SourceRecord& record) {
     if (!first) return SourceStep::End;
     at_ = *first;
     handedOut_ = true;
-    record = inputs_[at_].record();
+    record = &inputs_[at_].record();
     return SourceStep::Record;
 }
 

@@ -40,6 +40,8 @@ class MergedSource final : public EventSource {
 
     const SourceFacts& facts() const override { return facts_; }
     SourceStep next(SourceRecord& record) override;
+    // The same without a copy: the record lasts until the next step.
+    SourceStep Next(const SourceRecord*& record);
     // One for each source that is read, and one for each that is looked through ahead.
     SourceExtent extent() const override;
     void settle() override;
@@ -49,8 +51,8 @@ class MergedSource final : public EventSource {
   private:
     MergedSource(std::vector<MergePart> parts, MergeAlign align);
     Result Check() const;
-    SourceStep NextOfHeads(SourceRecord& record);
-    SourceStep NextInOrder(SourceRecord& record);
+    SourceStep NextOfHeads(const SourceRecord*& record);
+    SourceStep NextInOrder(const SourceRecord*& record);
     void AlignHeads();
     enum class Phase { Heads, InOrder };
 
