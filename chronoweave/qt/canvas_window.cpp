@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDateTime>
 #include <QFileDialog>
 #include <QGridLayout>
@@ -491,6 +492,7 @@ void CanvasWindow::closeEvent(QCloseEvent* event) {
         services_.settings->Save();
     }
     QMainWindow::closeEvent(event);
+    std::erase(windows(), this);  // nobody finds it any more; it goes when the loop comes round
 }
 
 void CanvasWindow::chooseAndLoad() {

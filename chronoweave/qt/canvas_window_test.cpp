@@ -335,6 +335,16 @@ TEST_F(Window, ATipThatCouldNotTellAllCompletesItselfWhenNothingElseIsToDo) {
     QToolTip::hideText();
 }
 
+TEST_F(Window, TheNamesFollowTheRowsOfAnotherView) {
+    ASSERT_TRUE(window->load(trace));
+    for (const auto& [low, high] : {std::pair{0.0096, 0.0126}, {0.0, 0.033}, {0.05, 0.06}}) {
+        window->view().draw([&] { laCanvas_ShowRange(canvas(), low, high, {.paint = true}); });
+        const QImage shown = window->view().image().copy();
+        window->view().layOutAndPaint();
+        EXPECT_EQ(window->view().image(), shown) << low;
+    }
+}
+
 TEST_F(Window, ADialogOfACommandLeavesThePictureUpToDate) {
     ASSERT_TRUE(window->load(trace));
     QApplication::processEvents();

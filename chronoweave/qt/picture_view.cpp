@@ -158,12 +158,14 @@ void PictureView::paintWanted() {
     if (!canvas_->wanted.any() && !namesStale_) return;
     QPainter painter(&image_);
     QtSurface whole(painter, &image_, width(), height(), surfaceColours(palette()));
-    TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
-                           picture_.graphHeight);
-    graph_.surface = &area;
-    laCanvas_PaintWanted(*canvas_);
-    graph_.surface = nullptr;
-    if (namesStale_) drawNames(whole);
+    {
+        TranslatedSurface area(whole, picture_.graphLeft, picture_.graphTop, picture_.graphWidth,
+                               picture_.graphHeight);
+        graph_.surface = &area;
+        laCanvas_PaintWanted(*canvas_);
+        graph_.surface = nullptr;
+    }
+    if (namesStale_) drawNames(whole);  // outside of the area, to which the surface was clipped
 }
 
 void PictureView::paintAll() {

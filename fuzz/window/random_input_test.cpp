@@ -1,6 +1,6 @@
 // The window under random input, on a trace of a million events: nothing may crash, hang or be drawn wrong.
-// CHRONOWEAVE_RANDOM_MINUTES in the environment goes on for so long, seed after seed, instead of the few
-// thousand steps of a test.
+// CHRONOWEAVE_RANDOM_MINUTES in the environment goes on for so long, seed after seed from
+// CHRONOWEAVE_RANDOM_SEED on, instead of the few thousand steps of a test.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -90,7 +90,10 @@ class RandomInput : public testing::TestWithParam<unsigned> {
             ++looks;
             const QImage shown = window.view().image().copy();
             // In the unit that is shown: a repaint asked for by the canvas might take a smaller one.
-            window.view().draw([&] { laWanted_Whole(window.view().canvas().wanted); });
+            window.view().draw([&] {
+                laWanted_Whole(window.view().canvas().wanted);
+                window.view().graph().listChanged();
+            });
             if (shown == window.view().image()) return;
             const std::string name =
                 testing::TempDir() + "random-" + std::to_string(seed) + '-' + std::to_string(looks);
@@ -124,7 +127,9 @@ TEST_P(LongRandomInput, DoesNoHarm) {
     if (!minutes) GTEST_SKIP() << "CHRONOWEAVE_RANDOM_MINUTES is not set";
     using Clock = std::chrono::steady_clock;
     const auto begin = Clock::now(), end = begin + std::chrono::minutes(std::atoi(minutes));
-    for (unsigned seed = GetParam(); Clock::now() < end && !HasFailure(); ++seed) {
+    const char* first = std::getenv("CHRONOWEAVE_RANDOM_SEED");
+    for (unsigned seed = first ? static_cast<unsigned>(std::atoi(first)) : GetParam();
+         Clock::now() < end && !HasFailure(); ++seed) {
         run(seed);
         CanvasWindow::closeAll();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
