@@ -361,7 +361,7 @@ bool CanvasWindow::load(const std::string& name) {
         if (services_.settings) services_.settings->AddRecent(source_, program_TraceFiles);
         showButtons();
     }
-    if (!shown && view_->canvas().fields.message == loadingText) say("");
+    if (!shown && view_->canvas().fields.message == loadingText) say(opened.counts.stopped ? "Stopped." : "");
     if (!opened.error.empty()) gen_console("%s\n", opened.error.c_str());
     const std::string box = opened.error.empty() ? damage : opened.error;
     if (!box.empty()) platform_MessageBox(this, box);
