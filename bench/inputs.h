@@ -50,6 +50,7 @@ void register_AnalysisBenchmarks(const BenchPlace& place);
 void register_TextBenchmarks(const BenchPlace& place);
 void register_BusBenchmarks();
 void register_WindowBenchmarks(const BenchPlace& place);
+void register_PrintBenchmarks(const BenchPlace& place);
 // Runs work with the surface that pictures are drawn on, or one that only counts where there is no Qt, of the
 // size of the views that are measured.
 constexpr int view_width = 1920, view_height = 1080;
@@ -59,3 +60,6 @@ void bench_WithSurface(const std::function<void(Surface&)>& work);
 int run_MeasuredImport(const std::string& file, const std::string& base);
 // The same for merging the file four times.
 int run_MeasuredMerge(const std::string& file, const std::string& output);
+// Opens the trace of a million events, shows it whole, prints it into a file, and prints how many bytes the
+// memory of the process grew by at most in all. An exit status.
+int run_MeasuredPrint(const std::string& work, const std::string& trace);

@@ -79,6 +79,7 @@ int main(int argc, char** argv) {
     gen_set_console_sink([](std::string_view) {});  // damaged inputs would drown the table, and writing costs
     if (argc == 4 && std::string(argv[1]) == "--measured-import") return run_MeasuredImport(argv[2], argv[3]);
     if (argc == 4 && std::string(argv[1]) == "--measured-merge") return run_MeasuredMerge(argv[2], argv[3]);
+    if (argc == 4 && std::string(argv[1]) == "--measured-print") return run_MeasuredPrint(argv[2], argv[3]);
     Options options;
     if (!parse(argc, argv, options) || options.help) {
         std::fputs(usage, options.help ? stdout : stderr);
@@ -101,5 +102,6 @@ int main(int argc, char** argv) {
     register_TextBenchmarks(place);
     register_BusBenchmarks();
     register_WindowBenchmarks(place);
+    register_PrintBenchmarks(place);
     return measure_RunAll() == 0 ? 0 : 1;
 }

@@ -8,12 +8,14 @@ packages=(
   cmake ninja-build g++ ccache qt6-base-dev qt6-svg-dev libcli11-dev nlohmann-json3-dev
   # to test and to measure
   libgtest-dev libbenchmark-dev python3
+  # to look at printed pages in tests; without it they are not looked at
+  poppler-utils
   # to keep the habits: looks, and what is easily done wrong
   git clang-format clang-tidy
   # to drive the window program in tests: an X server without a screen, a window manager, pointer and keys
   xvfb openbox xdotool
   # to run: Qt's platform plug-ins (window and off screen), its SVG reader, and a font
-  libqt6gui6 libqt6svg6 libgl1 libegl1 fontconfig fonts-dejavu-core
+  libqt6gui6 libqt6svg6 libqt6printsupport6 libgl1 libegl1 fontconfig fonts-dejavu-core
 )
 
 if ! command -v dpkg-query >/dev/null; then

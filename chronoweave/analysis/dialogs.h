@@ -27,5 +27,10 @@ DialogDescription dialogs_Bookmarks();
 DialogDescription dialogs_KeySheet();
 // Commands to choose from: field "filter", list "commands", "run", "close".
 DialogDescription dialogs_Palette();
+// What is printed, and how: choices "range" (view, selection), "paper" (A4, Letter), "turn" (portrait,
+// landscape), field "pages", check box "legend", message line, "ok", "preview", "pdf", "cancel".
+DialogDescription dialogs_Print();
+// The same for a table, which is printed whole: without "range", "pages" and "legend".
+DialogDescription dialogs_PrintTable();
 // About the program: "t_name", "t_version", "t_build", "ok".
 DialogDescription dialogs_About();

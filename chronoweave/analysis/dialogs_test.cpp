@@ -12,7 +12,7 @@ TEST(DialogsTest, EveryLayoutSurvivesFontsAndSizes) {
     for (const DialogDescription& d :
          {dialogs_CanvasWindow(), dialogs_Hide(), dialogs_TimeUnit(), dialogs_GotoTime(), dialogs_GetValue(),
           dialogs_Options(), dialogs_ScrollPos(), dialogs_Bookmarks(), dialogs_KeySheet(), dialogs_Palette(),
-          dialogs_About()})
+          dialogs_About(), dialogs_Print(), dialogs_PrintTable()})
         EXPECT_EQ(dialog_CheckAll(d), sound) << d.name;
 }
 

@@ -5,6 +5,7 @@
 #include "chronoweave/analysis/window_testing.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/menus.h"
+#include "windlib/dialog/print_testing.h"
 
 namespace {
 
@@ -15,6 +16,7 @@ class MenuRows : public AnalysisWindowTest {
         legend_Attach(canvas);
         if (!menu_Registry().Find("TraxMenuBar", false)) laMenus_Register(menu_Registry());
         host.saveAnswer = test.folder / "saved.csv";
+        host.printer = &printer;
     }
     // The window that a command opens, on top.
     DialogModel& Opened(const std::string& command, const std::vector<Step>& chain) {
@@ -30,10 +32,12 @@ class MenuRows : public AnalysisWindowTest {
             if (item.kind == DialogKind::MenuLine) return item.text;
         return {};
     }
+    RecordingPrinter printer;
     // All that a row could have changed.
     std::string Traces(const DialogModel& window) const {
         std::string all = std::to_string(host.copied.size()) + (window.isClosed() ? " closed" : " open") +
-                          (std::filesystem::exists(host.saveAnswer) ? " saved" : "");
+                          (std::filesystem::exists(host.saveAnswer) ? " saved" : "") +
+                          std::to_string(printer.jobs.size());
         for (const LegendStatus& status : canvas.looks.legend.statuses) all += status.visible ? '+' : '-';
         return all;
     }
@@ -72,6 +76,7 @@ TEST_F(MenuRows, EachIsKnownToItsWindow) {
                 model.select("list", {0});
                 model.press("bt_visible");
             }
+            if (row.body == "Print") steps.push_back(press("ok"));
             std::filesystem::remove(host.saveAnswer);
             const std::string before = Traces(model);
             const int beeps = host.beeps;

@@ -125,7 +125,8 @@ void open(const std::shared_ptr<CanvasFacts>& facts, std::unique_ptr<DialogModel
     model.setTitle(title_of(*facts));
     model.onPress = [&model](const std::string&) { model.close(Dialog_Dismissed); };
     model.onMenu = [&model, &canvas, table](const std::string& command) {
-        table_Menu(model, *canvas.calls.host, {table, {table, "load"}, "report.csv"}, command);
+        table_Menu(model, *canvas.calls.host, {table, {table, "load"}, "report.csv", canvas.calls.progress},
+                   command);
     };
     analysis_OpenWindow(canvas, CanvasWindow::View, std::move(made));
 }

@@ -246,7 +246,8 @@ void SearchWindow::RowMenu(int row) {
 }
 
 void SearchWindow::Menu(const std::string& command) {
-    table_Menu(model_, *canvas_.calls.host, {"list", {"list"}, "search.csv"}, command);
+    table_Menu(model_, *canvas_.calls.host, {"list", {"list"}, "search.csv", canvas_.calls.progress},
+               command);
 }
 
 void SearchWindow::Check(const std::string& name, bool on) {

@@ -2,6 +2,7 @@
 
 #include <numeric>
 
+#include "chronoweave/analysis/print_dialog.h"
 #include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/busy.h"
@@ -73,10 +74,13 @@ bool table_SaveCsv(DialogHost& host, const std::string& suggested,
 void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command) {
     if (command == "Copy") {
         host.CopyText(table_ForClipboard(model.list(menu.copied)));
-    } else if (command == "SaveCsv") {
+    } else if (command == "SaveCsv" || command == "Print") {
         std::vector<const MScrollList*> lists;
         for (const std::string& name : menu.saved) lists.push_back(&model.list(name));
-        table_SaveCsv(host, menu.file, lists);
+        if (command == "Print")
+            dialogs_PrintTables(host, model.title(), lists, menu.progress);
+        else
+            table_SaveCsv(host, menu.file, lists);
     } else if (command == "Close") {
         model.close(Dialog_Dismissed);
     } else {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "shared/libcxxutil/progress.h"
 #include "windlib/dialog/host.h"
 
 // Columns separated by tabs, the rows that are selected or else all; line ends and tabs in a text become
@@ -23,6 +24,7 @@ struct TableMenu {
     std::string copied;              // the list that "Copy" takes
     std::vector<std::string> saved;  // those that "Save As CSV..." writes
     std::string file;                // and the file's name at first
+    Progress progress = {};          // of printing them
 };
-// Carries out a command of that menu: "Copy", "SaveCsv" or "Close". Any other one beeps.
+// Carries out a command of that menu: "Copy", "SaveCsv", "Print" or "Close". Any other one beeps.
 void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command);

@@ -381,6 +381,37 @@ TEST_F(CliTest, ConfigCheckReportsEveryBadLine) {
     EXPECT_EQ(run({"config", "check", write("empty.tc", {})}).status, 1);
 }
 
+TEST_F(CliTest, RenderPrintsPages) {
+    const std::string trace = small();
+    const auto render = [&](Words more) {
+        more.insert(more.begin(), {"render", "--json", trace, "-o"});
+        return run(more);
+    };
+    const Ran ran = render({path("page.pdf"), "--page", "a4", "--landscape", "--pages", "3", "--legend"});
+    if (ran.err.find("without Qt") != std::string::npos) GTEST_SKIP() << ran.err;
+    ASSERT_EQ(ran.status, 0) << ran.err;
+    EXPECT_EQ(keys_of(Json::parse(ran.out)),
+              "file low high rows rowHeight graphLeft graphTop graphWidth graphHeight objects ");
+    const std::string pdf = content(path("page.pdf"));
+    EXPECT_EQ(pdf.substr(0, 5), "%PDF-");
+    EXPECT_NE(pdf.find("/Count 3"), std::string::npos);
+    EXPECT_EQ(render({path("l.PDF"), "--page", "letter", "--width", "900", "--height", "300"}).status, 0);
+    for (const Words& wrong : {Words{path("p.pdf"), "--page", "a3"},
+                               {path("p.png"), "--page", "a4"},
+                               {path("p.pdf"), "--landscape"},
+                               {path("p.pdf"), "--pages", "2"},
+                               {path("p.pdf"), "--legend"},
+                               {path("p.pdf"), "--page", "a4", "--pages", "0"},
+                               {path("p.pdf"), "--page", "a4", "--pages", "1000"},
+                               {path("p.pdf"), "--page", "a4", "--pages", "x"}}) {
+        const Ran refused = render(wrong);
+        EXPECT_EQ(refused.status, 2) << testing::PrintToString(wrong);
+        EXPECT_NE(refused.err, "") << testing::PrintToString(wrong);
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("p.pdf")));
+    EXPECT_EQ(render({path("nowhere/p.pdf"), "--page", "a4"}).status, 1);
+}
+
 TEST_F(CliTest, RenderDrawsTheRowsThatItNames) {
     const std::string trace = small();
     const Ran ran = run({"render", "--json", trace, "-o", path("picture.png"), "--width", "600"});

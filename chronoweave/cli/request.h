@@ -19,6 +19,8 @@ struct CommandLine {
     std::string first, count, object;
     std::string width, height;
     bool flat = false;
+    std::string page, pages;
+    bool landscape = false, legend = false;
     std::string hide, sort;
     std::string event, begin, end, status;  // names
     std::string objects, beginObjects, endObjects, idle;

@@ -9,6 +9,7 @@
 #include "chronoweave/analysis/dialog_commands.h"
 #include "chronoweave/analysis/legend_window.h"
 #include "chronoweave/analysis/merge_dialogs.h"
+#include "chronoweave/analysis/print_dialog.h"
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/event_dock.h"
@@ -171,6 +172,14 @@ bool CanvasWindow::openFile(const std::string& name) {
     return false;
 }
 
+// What was painted over while the canvas was that of a page is painted once more.
+void CanvasWindow::print() {
+    dialogs_AskPrint(view_->canvas(), view_->picture().graphLeft);
+    view_->update();
+    overview_->update();
+    view_->setFocus();
+}
+
 bool CanvasWindow::chooseCommand() {
     menus_->refresh();
     const std::string chosen = dialogs_AskCommand(*host_, menu_Registry(), view_->canvas());
@@ -206,6 +215,7 @@ void CanvasWindow::fillUpperFloor() {
         view_->setFocus();
         return done;
     };
+    commands["TraxPrint"] = [this](const std::string&) { return print(), true; };
     legend_Attach(canvas);
     detail_Attach(canvas);
     analysis_Attach(canvas);

@@ -112,6 +112,7 @@ class CanvasWindow : public QMainWindow {
     void endGrowing();
     bool openFile(const std::string& name);
     bool chooseCommand();
+    void print();
 
     GrowingSource growing_;  // the raw file of the store shown, while it may grow
     std::string title_;      // of an empty window

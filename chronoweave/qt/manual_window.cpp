@@ -30,7 +30,7 @@ struct Page {
     const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 18> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 19> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
@@ -41,6 +41,7 @@ constexpr std::array<Page, 18> pageTable{{{"start", "Chronoweave"},
                                           {"details", "Detail windows"},
                                           {"eventtable", "The event table"},
                                           {"merge", "Merging"},
+                                          {"print", "Printing"},
                                           {"commands", "All commands"},
                                           {"options", "Options"},
                                           {"configure", "Configure files"},
@@ -53,12 +54,15 @@ constexpr std::array<Page, 18> pageTable{{{"start", "Chronoweave"},
 struct Lead {
     const char *from, *page;
 };
-constexpr Lead leadTable[] = {
-    {"TRAXHelp", "start"},           {"TraxMenuBarHelp", "commands"}, {"TRVHelp", "start"},
-    {"SearchInterval", "intervals"}, {"HideTasks", "objects"},        {"TimeUnit", "navigate"},
-    {"GotoTime", "navigate"},        {"EditBookmarks", "navigate"},   {"Options", "options"},
-    {"ScrollPos", "options"},        {"Palette", "commands"},         {"KeySheet", "commands"},
-    {"MergeOptions", "merge"},       {"getValue", "legend"},          {"About", "start"}};
+constexpr Lead leadTable[] = {{"TRAXHelp", "start"},     {"TraxMenuBarHelp", "commands"},
+                              {"TRVHelp", "start"},      {"SearchInterval", "intervals"},
+                              {"HideTasks", "objects"},  {"TimeUnit", "navigate"},
+                              {"GotoTime", "navigate"},  {"EditBookmarks", "navigate"},
+                              {"Options", "options"},    {"ScrollPos", "options"},
+                              {"Palette", "commands"},   {"KeySheet", "commands"},
+                              {"MergeOptions", "merge"}, {"getValue", "legend"},
+                              {"About", "start"},        {"Print", "print"},
+                              {"PrintTable", "print"}};
 
 QString folder() {
     return QString::fromStdString(path_join(path_installation_directory(), "docs/manual"));

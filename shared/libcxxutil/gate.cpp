@@ -13,11 +13,11 @@ bool Stops(GateWork work, GateActivity activity) {
     const bool handler = activity == GateActivity::ServiceHandler;
     switch (work) {
         case GateWork::Fetch:  // what would be painted is half there
+        case GateWork::Print:  // what would be painted is that of a page
             return true;
         case GateWork::Load:
         case GateWork::Search:
         case GateWork::Report:
-        case GateWork::Print:
         case GateWork::Merge:
             return tick || handler || activity == GateActivity::Command;
         case GateWork::ContextMenu:

@@ -26,7 +26,7 @@ TEST(Gate, EachWorkStopsWhatItMust) {
         const char* allowed;
     } rows[] = {
         {GateWork::Load, "p"},           {GateWork::Fetch, ""},           {GateWork::Search, "p"},
-        {GateWork::Report, "p"},         {GateWork::Print, "p"},          {GateWork::Merge, "p"},
+        {GateWork::Report, "p"},         {GateWork::Print, ""},           {GateWork::Merge, "p"},
         {GateWork::ContextMenu, "cp"},   {GateWork::ModalDialog, "rdcp"}, {GateWork::DraggedCursor, "rhcp"},
         {GateWork::HeldDrawing, "rhcp"},
     };

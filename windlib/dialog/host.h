@@ -32,6 +32,8 @@ struct FileQuestion {
     std::string settingsName = {};
 };
 
+class PrintHost;
+
 class DialogHost {
   public:
     virtual ~DialogHost() = default;
@@ -62,6 +64,8 @@ class DialogHost {
     virtual void Beep() = 0;
     // The busy pointer with progress and Escape (see Progress); calls nest.
     virtual void SetBusy(bool busy) = 0;
+    // What prints; null where nothing can.
+    virtual PrintHost* Printer() { return nullptr; }
 };
 
 // For BusyWork. The host outlives what is made.

@@ -60,4 +60,6 @@ class RecordingHost : public DialogHost {
     void CopyText(const std::string& text) override { copied.push_back(text); }
     void Beep() override { ++beeps; }
     void SetBusy(bool on) override { busy += on ? 1 : -1; }
+    PrintHost* printer = nullptr;  // what prints
+    PrintHost* Printer() override { return printer; }
 };

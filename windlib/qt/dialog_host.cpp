@@ -20,6 +20,7 @@
 #include "windlib/qt/dialog_view.h"
 #include "windlib/qt/file_chooser.h"
 #include "windlib/qt/platform.h"
+#include "windlib/qt/print_host.h"
 
 namespace {
 
@@ -96,7 +97,15 @@ class QtDialogHost::Waiting {
     std::weak_ptr<bool> alive_;
 };
 
-QtDialogHost::QtDialogHost(QWidget* over, SettingsManager* settings) : over_(over), settings_(settings) {}
+QtDialogHost::QtDialogHost(QWidget* over, SettingsManager* settings)
+    : over_(over),
+      settings_(settings),
+      printer_(std::make_unique<QtPrintHost>([this] { return parentOfDialogs(); },
+                                             [this] { return std::make_shared<Waiting>(*this); })) {}
+
+PrintHost* QtDialogHost::Printer() {
+    return printer_.get();
+}
 
 QtDialogHost::~QtDialogHost() {
     alive_.reset();

@@ -14,6 +14,7 @@
 
 class QMenu;
 class QMenuBar;
+class QtPrintHost;
 class SettingsManager;
 
 class QtDialogHost : public DialogHost {
@@ -49,6 +50,7 @@ class QtDialogHost : public DialogHost {
     void CopyText(const std::string& text) override;
     void Beep() override;
     void SetBusy(bool busy) override;
+    PrintHost* Printer() override;
 
     // The window of an open model; null when there is none.
     QWidget* windowOf(const DialogModel& model) const;
@@ -67,6 +69,7 @@ class QtDialogHost : public DialogHost {
     QWidget* over_;
     SettingsManager* settings_;
     std::vector<std::unique_ptr<Shown>> shown_;
+    std::unique_ptr<QtPrintHost> printer_;
     int waiting_ = 0;  // calls that wait for the user now: nothing is destroyed meanwhile
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };

@@ -2,6 +2,7 @@
 
 #include <QSvgRenderer>
 #include <cmath>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -38,7 +39,16 @@ const Sprite& iconSprite(IconHandle icon, double devicePixelRatio) {
 }
 
 void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon) {
+    iconDrawShapes(painter, QRectF(x, y, icon_Width(icon), icon_Height(icon)), icon);
+}
+
+void iconDrawShapes(QPainter& painter, const QRectF& box, IconHandle icon) {
     if (icon < 0 || static_cast<size_t>(icon) >= icon_Table().size()) return;
-    const IconInfo& info = icon_Table()[static_cast<size_t>(icon)];
-    QSvgRenderer(QString::fromStdString(info.path)).render(&painter, QRectF(x, y, info.width, info.height));
+    // A page has thousands of them: each file is read once.
+    static std::vector<std::unique_ptr<QSvgRenderer>> renderers(icon_Table().size());
+    auto& renderer = renderers[static_cast<size_t>(icon)];
+    if (!renderer)
+        renderer = std::make_unique<QSvgRenderer>(
+            QString::fromStdString(icon_Table()[static_cast<size_t>(icon)].path));
+    renderer->render(&painter, box);
 }

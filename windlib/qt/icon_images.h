@@ -11,3 +11,5 @@
 const Sprite& iconSprite(IconHandle icon, double devicePixelRatio);
 // Draws the icon's own shapes, for devices that have no pixels.
 void iconDrawShapes(QPainter& painter, int x, int y, IconHandle icon);
+// The same in a size.
+void iconDrawShapes(QPainter& painter, const QRectF& box, IconHandle icon);

@@ -42,9 +42,10 @@ Qt::PenStyle penStyle(int style) {
 
 }  // namespace
 
-SurfaceFonts::SurfaceFonts()
-    : fonts{canvasFont(applicationPixels), canvasFont(axisPixels)},
-      metrics{QFontMetrics(fonts[0]), QFontMetrics(fonts[1])} {}
+SurfaceFonts::SurfaceFonts() : SurfaceFonts(canvasFont(applicationPixels), canvasFont(axisPixels)) {}
+
+SurfaceFonts::SurfaceFonts(const QFont& application, const QFont& axis)
+    : fonts{application, axis}, metrics{QFontMetrics(fonts[0]), QFontMetrics(fonts[1])} {}
 
 FontMetrics SurfaceFonts::plain(int slot) const {
     const QFontMetrics& of = metrics[slot == Font_Axis ? Font_Axis : Font_Application];
@@ -62,11 +63,13 @@ SurfaceColours surfaceColours(const QPalette& palette) {
             plainColour(palette.color(QPalette::Highlight))};
 }
 
-QtSurface::QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours)
+QtSurface::QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours,
+                     const SurfaceFonts& fonts)
     : painter_(painter),
       width_(width),
       height_(height),
       colours_(colours),
+      fonts_(fonts),
       vector_(image == nullptr),
       clip_(0, 0, width, height) {
     if (image) pixels_ = PixelBlit(*image);
@@ -137,7 +140,7 @@ void QtSurface::clearRect(int x, int y, int w, int h) {
 void QtSurface::drawText(int x, int y, std::string_view text, Colour foreground, Colour background) {
     const QString shown = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
     if (background != NoColour) {
-        const QFontMetrics& metrics = surfaceFonts().metrics[font_];
+        const QFontMetrics& metrics = fonts_.metrics[font_];
         painter_.fillRect(x, y - metrics.ascent(), metrics.horizontalAdvance(shown), metrics.height(),
                           colourOf(background));
     }
@@ -146,7 +149,7 @@ void QtSurface::drawText(int x, int y, std::string_view text, Colour foreground,
 }
 
 TextExtent QtSurface::textExtent(std::string_view text) {
-    const QFontMetrics& metrics = surfaceFonts().metrics[font_];
+    const QFontMetrics& metrics = fonts_.metrics[font_];
     const QString shown = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
     return {metrics.horizontalAdvance(shown), metrics.height()};
 }
@@ -190,6 +193,6 @@ void QtSurface::setExclusiveOr(bool on) {
 
 int QtSurface::setFont(int slot) {
     if (slot < 0 || slot >= Font_Count) return -1;
-    painter_.setFont(surfaceFonts().fonts[slot]);
+    painter_.setFont(fonts_.fonts[slot]);
     return std::exchange(font_, slot);
 }

@@ -15,6 +15,7 @@
 // plugin, so that a picture file and a window show the same pixels.
 struct SurfaceFonts {
     SurfaceFonts();
+    SurfaceFonts(const QFont& application, const QFont& axis);
     QFont fonts[Font_Count];
     QFontMetrics metrics[Font_Count];
     FontMetrics plain(int slot) const;
@@ -32,7 +33,9 @@ class QtSurface : public Surface {
     // Draws on the painter, which is begun and outlives the surface. Size in logical pixels. image is what
     // the painter paints on when that is an image; null for a device that has no pixels, where icons are
     // drawn as shapes.
-    QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours);
+    // The fonts outlive it.
+    QtSurface(QPainter& painter, QImage* image, int width, int height, const SurfaceColours& colours,
+              const SurfaceFonts& fonts = surfaceFonts());
     ~QtSurface() override;
 
     int width() const override { return width_; }
@@ -50,7 +53,7 @@ class QtSurface : public Surface {
     void popClip() override;
     void setExclusiveOr(bool on) override;
     int setFont(int slot) override;
-    FontMetrics fontMetrics(int slot) override { return surfaceFonts().plain(slot); }
+    FontMetrics fontMetrics(int slot) override { return fonts_.plain(slot); }
     Colour foreground() const override { return colours_.foreground; }
     Colour background() const override { return colours_.background; }
     Colour selectionBackground() const override { return colours_.selectionBackground; }
@@ -63,6 +66,7 @@ class QtSurface : public Surface {
     QPainter& painter_;
     int width_, height_;
     SurfaceColours colours_;
+    const SurfaceFonts& fonts_;
     bool vector_;
     PixelBlit pixels_;
     bool exclusiveOr_ = false;

@@ -31,6 +31,10 @@ int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width
     return std::min(wanted, std::max(0, width - divider));
 }
 
+int laPicture_GraphLeft(const _LaCanvasData& canvas, Surface& surface, int width) {
+    return laPicture_NameWidth(canvas, surface, width) + divider;
+}
+
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
     laPicture picture;
     picture.width = width;

@@ -223,6 +223,7 @@ constexpr laCommand table[] = {
      .keys = "Ctrl+P",
      .tip = "Print",
      .help = "Print the contents",
+     .page = "print",
      .icon = "print",
      .can = with_store,
      .missing = "Printing"},

@@ -102,7 +102,8 @@ constexpr Menu menuTable[] = {{"TraxMenuBar", bar},     {"TraxFile", file},     
 
 // Menus of the windows beside the canvas's, whose rows go to their own logic.
 constexpr const char* tableFile =
-    "{'&Copy' 'Ctrl+C' Copy} {'Save &As CSV...' 'Ctrl+S' SaveCsv} {\x01} {&Close Close}";
+    "{'&Copy' 'Ctrl+C' Copy} {'Save &As CSV...' 'Ctrl+S' SaveCsv} {'&Print...' 'Ctrl+P' Print} {\x01} "
+    "{&Close Close}";
 constexpr const char* otherMenus[][2] = {
     {"TraxStatisticsMenu", "{&File ->TraxStatisticsFile}"},
     {"TraxStatisticsFile", tableFile},

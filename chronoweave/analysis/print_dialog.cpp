@@ -1,0 +1,111 @@
+#include "chronoweave/analysis/print_dialog.h"
+
+#include <charconv>
+#include <optional>
+
+#include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/table_pages.h"
+#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/print/print.h"
+#include "shared/libcxxutil/report.h"
+#include "shared/libcxxutil/text.h"
+#include "windlib/busy.h"
+#include "windlib/dialog/print_host.h"
+
+namespace {
+
+constexpr int toPrinter = 1, toPreview = 2, toFile = 3;
+constexpr const char* usualFile = "trvgui.pdf";
+constexpr const char* noPrinter = "There is no printer: a PDF file is made.";
+
+// Pages as typed; nothing when it is no number of them.
+std::optional<int> pages_of(const std::string& typed) {
+    const std::string_view text = text_trim(typed);
+    int pages = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pages);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && pages >= 1 && pages <= traxPrint_MostPages ? std::optional(pages) : std::nullopt;
+}
+
+void close_by(DialogModel& model, int answer) {
+    const bool asksPages = model.item("pages").enabled;
+    if (!asksPages || pages_of(model.item("pages").text)) return model.close(answer);
+    model.setMessage(gen_format("The number of pages is from 1 to %d.", traxPrint_MostPages));
+}
+
+void prepare(DialogModel& model, PrintHost& printer) {
+    model.setChoice("range", 0);
+    model.setChoice("paper", 0);
+    model.setChoice("turn", 1);
+    model.setText("pages", "1");
+    if (!printer.HasPrinter()) model.setMessage(noPrinter);
+    model.onPress = [&model](const std::string& name) {
+        if (name == "ok") return close_by(model, toPrinter);
+        if (name == "preview") return close_by(model, toPreview);
+        if (name == "pdf") return close_by(model, toFile);
+        model.close(Dialog_Dismissed);
+    };
+}
+
+// What the answered dialog asks for; a file is asked for here. Nothing when the user cancelled.
+std::optional<PrintJob> job_of(DialogHost& host, PrintHost& printer, const DialogModel& model, int answer) {
+    if (answer < toPrinter) return std::nullopt;
+    PrintJob job;
+    job.paper = model.item("paper").choice == 1 ? PagePaper::Letter : PagePaper::A4;
+    job.turn = model.item("turn").choice == 0 ? PageTurn::Portrait : PageTurn::Landscape;
+    job.to = answer == toPreview ? PrintJob::To::Preview : PrintJob::To::Printer;
+    if (answer == toFile || (answer == toPrinter && !printer.HasPrinter())) {
+        job.to = PrintJob::To::File;
+        job.file = host.ChooseSaveFile("Print to PDF File", usualFile, "PDF Files (*.pdf)");
+        if (job.file.empty()) return std::nullopt;
+    }
+    return job;
+}
+
+PrintHost* printer_of(DialogHost* host) {
+    return host == nullptr ? nullptr : host->Printer();
+}
+
+}  // namespace
+
+bool dialogs_AskPrint(_LaCanvasData& canvas, int listWidth) {
+    DialogHost* host = canvas.calls.host;
+    PrintHost* printer = printer_of(host);
+    if (printer == nullptr) return TRAX_Print(canvas, listWidth, {}, {}) == 1;  // which says so
+    DialogModel model(dialogs_Print());
+    prepare(model, *printer);
+    model.setChoiceEnabled("range", 1, traxPrint_HasSelection(canvas));
+    const int answer = host->Run(model);
+    const auto job = job_of(*host, *printer, model, answer);
+    if (!job) return false;
+    const TraxPrintOptions options{
+        .range = model.item("range").choice == 1 ? TraxPrintRange::Selection : TraxPrintRange::View,
+        .pages = pages_of(model.item("pages").text).value_or(1),
+        .foot = model.item("legend").checked ? TraxPrintFoot::Legend : TraxPrintFoot::None};
+    return TRAX_Print(canvas, listWidth, *job, options) == 1;
+}
+
+bool dialogs_PrintTables(DialogHost& host, const std::string& title,
+                         const std::vector<const MScrollList*>& lists, const Progress& progress) {
+    PrintHost* printer = printer_of(&host);
+    if (printer == nullptr) {
+        host.Beep();
+        return false;
+    }
+    DialogModel model(dialogs_PrintTable());
+    prepare(model, *printer);
+    model.setChoice("turn", 0);
+    const int answer = host.Run(model);
+    auto job = job_of(host, *printer, model, answer);
+    if (!job) return false;
+    job->name = title;
+    TablePrinted printed = TablePrinted::Done;
+    const PrintOutcome outcome = printer->Run(*job, [&](PageDevice& page) {
+        const BusyWork busy(GateWork::Print, dialog_Busy(host));
+        printed = table_DrawPages(page, title, lists, progress);
+        return printed == TablePrinted::Done;
+    });
+    if (printed == TablePrinted::Failed) host.Message("Failed to print the table.");
+    if (outcome.end == PrintOutcome::End::Failed && !outcome.message.empty()) host.Message(outcome.message);
+    return outcome.end == PrintOutcome::End::Printed;
+}
