@@ -335,6 +335,20 @@ TEST_F(Window, ATipThatCouldNotTellAllCompletesItselfWhenNothingElseIsToDo) {
     QToolTip::hideText();
 }
 
+TEST_F(Window, TheFrameOfTheMarkedEventWaitsForAFetch) {
+    ASSERT_TRUE(window->load(trace));
+    laCanvas_ShowRange(canvas(), 0.0096, 0.0126);
+    window->view().layOutAndPaint();
+    const QImage plain = window->view().grab().toImage();
+    size_t seen = 0;
+    while (canvas().items.bitmaps[static_cast<uint32_t>(seen)].time < 0.0106) ++seen;
+    canvas().marks.markedEvent =
+        laItem_StoreSequence(canvas().items, canvas().items.bitmaps[static_cast<uint32_t>(seen)]);
+    EXPECT_NE(window->view().grab().toImage(), plain);
+    const Gate::Token fetch = gate_Begin(GateWork::Fetch);
+    EXPECT_EQ(window->view().grab().toImage(), plain) << "the items are not looked at";
+}
+
 TEST_F(Window, TheNamesFollowTheRowsOfAnotherView) {
     ASSERT_TRUE(window->load(trace));
     for (const auto& [low, high] : {std::pair{0.0096, 0.0126}, {0.0, 0.033}, {0.05, 0.06}}) {

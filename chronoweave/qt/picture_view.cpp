@@ -198,7 +198,7 @@ void PictureView::paintEvent(QPaintEvent*) {
     if (stale_) painter.fillRect(rect(), palette().color(QPalette::Base));
     painter.drawImage(0, 0, image_);
     drawSelectionLength(painter);
-    drawMarkedEvent(painter);
+    if (gate_May(GateActivity::Painting)) drawMarkedEvent(painter);  // in a fetch its icon is half there
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
