@@ -137,7 +137,8 @@ TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
         const laItem_Line& lane = canvas.items.lanes[i];
         const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
-        laIconWalk walk(canvas.scene(), lane, scale, graph.width);
+        const laScene scene = canvas.scene();
+        laIconWalk walk(scene, lane, scale, graph.width);
         size_t next = 0, visible = 0;
         for (laShownIcon shown; walk.Next(shown);) {
             const laIconGroup group = laIcons_Group(canvas.scene(), lane, shown.number);
@@ -161,7 +162,8 @@ TEST_F(Pointing, AnImportantEventIsNeverHidden) {
         for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
             const laItem_Line& lane = canvas.items.lanes[i];
             const laTimeScale scale(canvas.view, canvas.axis, canvas.graph->width);
-            laIconWalk walk(canvas.scene(), lane, scale, graph.width);
+            const laScene scene = canvas.scene();
+            laIconWalk walk(scene, lane, scale, graph.width);
             std::vector<size_t> whole;
             for (laShownIcon shown; walk.Next(shown);)
                 if (!shown.mark && shown.visibleFrom < 0) whole.push_back(shown.number);
