@@ -3,11 +3,11 @@
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "windlib/lagraph/recording_surface.h"
 #ifdef CW_BENCH_QT
-#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "windlib/qt/picture_file.h"
 #endif
 
