@@ -84,6 +84,7 @@ class SearchWindow {
     RowLimit limit_;
     Histogram histogram_;
     int histogramWidth_ = 0;      // as last painted
+    bool closed_ = false;         // what the user did to the window ahead of its end may still come
     std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.marks.hits while this leads
     size_t hit_ = SIZE_MAX;       // last shown by a step
 };
@@ -169,7 +170,7 @@ void SearchWindow::OrderHits() {
 
 // From now on this result's rows are the hits.
 void SearchWindow::Lead() {
-    if (!desk_->open.empty() && desk_->open.back() == this) return;
+    if (closed_ || (!desk_->open.empty() && desk_->open.back() == this)) return;
     std::erase(desk_->open, this);
     desk_->open.push_back(this);
     std::vector<double> times;
@@ -251,6 +252,7 @@ void SearchWindow::Menu(const std::string& command) {
 }
 
 void SearchWindow::Check(const std::string& name, bool on) {
+    if (closed_) return;
     if (name == "only_rows") return LimitRows(on);
     desk_->scale = on ? HistogramScale::Logarithmic : HistogramScale::Linear;
     ShowLengths();
@@ -311,6 +313,7 @@ bool SearchWindow::StepHit(bool forward) {
 }
 
 void SearchWindow::Close() {
+    closed_ = true;
     if (desk_->limiting == this) desk_->limiting = nullptr;
     limit_.Lift();
     const bool led = desk_->open.back() == this;

@@ -357,8 +357,11 @@ TEST_F(SearchWindowTest, KeysStepThroughTheResultWorkedWithLast) {
     canvas.marks.cursor[0] = canvas.marks.cursor[1] = 0.045;
     ASSERT_TRUE(Do("NextHit"));
     EXPECT_EQ(canvas.marks.cursor[0], 0.050);
+    const auto late = older.onActivate;
     older.dismiss();
     EXPECT_TRUE(canvas.marks.hits.empty());
+    late("list", 0);  // a click that was on its way
+    EXPECT_TRUE(canvas.marks.hits.empty()) << "a closed result leads no more";
     EXPECT_FALSE(Do("NextHit"));
 }
 
