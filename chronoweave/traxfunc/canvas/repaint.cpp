@@ -171,7 +171,7 @@ void laScroll_Paint(_LaCanvasData& canvas) {
     }
     note(canvas, laWanted_Moved);
     canvas.wanted.labels = canvas.wanted.labels || labels;
-    list_changed(canvas);
+    if (canvas.view.verticalOffset != canvas.view.painted.verticalOffset) list_changed(canvas);
 }
 
 void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule) {

@@ -25,6 +25,8 @@ void laWanted_Moved(LaWanted& wanted) {
 
 void laWanted_Part(LaWanted& wanted, LaWanted::Part part) {
     if (wanted.whole || part.from >= part.end) return;
+    // What stands in these rows would be copied along with what moves.
+    if (wanted.moved && part.strip == LaWanted::Strip::Rows) return laWanted_Whole(wanted);
     const auto same = std::find_if(wanted.parts.begin(), wanted.parts.end(),
                                    [&](const LaWanted::Part& other) { return touches(part, other); });
     if (same != wanted.parts.end()) {

@@ -16,14 +16,17 @@
 
 namespace {
 
+enum class Painted { AtOnce, WhenOver };  // WhenOver: as by a window, after up to three moves
+
 // A canvas on pixels, moved at random; after each move the picture must be that of a whole repaint.
 class Walk {
   public:
-    Walk(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events)
-        : random_(seed), pixels_(width, height) {
+    Walk(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, Painted painted)
+        : random_(seed), painted_(painted), pixels_(width, height) {
         gen_set_console_sink([](std::string_view) {});
         EXPECT_TRUE(test_.Open(events, "Korvantis", legend));
         test_.graph.surface = &pixels_;
+        test_.graph.axisFont = pixels_.fontMetrics(Font_Axis);
         laCanvas_Resized(canvas_, width, height);
         laCanvas_ShowRange(canvas_, 0, canvas_.source.totalLength / 3, {.paint = true});
     }
@@ -32,6 +35,15 @@ class Walk {
     int copies() const { return copies_ + pixels_.copies; }
 
     std::string Move() {
+        if (painted_ == Painted::AtOnce) return Step();
+        test_.graph.surface = nullptr;
+        std::string what;
+        for (int i = Below(3); i >= 0; --i) what += Step() + ", ";
+        test_.graph.surface = &pixels_;
+        laCanvas_PaintWanted(canvas_);
+        return what;
+    }
+    std::string Step() {
         const double span = canvas_.view.viewLength;
         switch (Below(15)) {
             case 0:
@@ -110,6 +122,7 @@ class Walk {
     }
 
     std::mt19937 random_;
+    Painted painted_;
     TestCanvas test_;
     _LaCanvasData& canvas_ = *test_.canvas;
     PixelSurface pixels_;
@@ -124,8 +137,9 @@ Legend plain_legend() {
     return legend;
 }
 
-void run(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, int leastCopies) {
-    Walk walk(seed, legend, events);
+void run(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, int leastCopies,
+         Painted painted = Painted::AtOnce) {
+    Walk walk(seed, legend, events, painted);
     ASSERT_EQ(walk.Wrong(), 0);
     for (int step = 0; step < 250; ++step) {
         const std::string what = walk.Move();
@@ -140,6 +154,30 @@ TEST(Scroll, APartlyRepaintedPictureIsTheWholeOne) {
 
 TEST(Scroll, SoItIsWithSwitchesOfSeveralLooksAndFewEvents) {
     for (unsigned seed = 11; seed <= 13; ++seed) run(seed, test_legend(), random_events(seed, 300), 20);
+}
+
+TEST(Scroll, WhatWasNotedIsPaintedAsTheWholeOne) {
+    for (unsigned seed = 21; seed <= 26; ++seed)
+        run(seed, plain_legend(), random_events(seed, 4000), 10, Painted::WhenOver);
+    for (unsigned seed = 61; seed <= 62; ++seed)
+        run(seed, test_legend(), random_events(seed, 300), 5, Painted::WhenOver);
+}
+
+TEST(Scroll, NamesArePaintedAnewForOtherRowsOnly) {
+    gen_set_console_sink([](std::string_view) {});
+    TestCanvas test;
+    ASSERT_TRUE(test.Open(random_events(3, 300)));
+    laCanvas_Resized(*test.canvas, 400, 80);
+    laCanvas_ShowRange(*test.canvas, 0, test.canvas->source.totalLength / 4, {.paint = true});
+    test.graph.surface = nullptr;
+    test.canvas->options.prefetch = true;
+    int lists = 0;
+    test.graph.listChanged = [&] { ++lists; };
+    laCanvas_ScrollColumns(*test.canvas, 5);
+    EXPECT_EQ(lists, 0);
+    laCanvas_ScrollRows(*test.canvas, 10);
+    EXPECT_GT(lists, 0);
+    gen_set_console_sink({});
 }
 
 TEST(Scroll, ASmallStepPaintsLittle) {
