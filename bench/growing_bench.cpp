@@ -26,7 +26,7 @@ class GrowingFile {
         : from_(source, std::ios::binary),
           name_(path_join(place.work, name + ".trr")),
           to_(name_, std::ios::binary | std::ios::trunc) {
-        Grow(begin);
+        grow(begin);
         opened_ = import_OpenSource(name_, {.keepGrowing = true});
     }
     ~GrowingFile() {
@@ -39,14 +39,14 @@ class GrowingFile {
     GrowingFile& operator=(const GrowingFile&) = delete;
 
     TraceStorePtr store() { return std::move(opened_.store); }
-    void Grow(uint64_t bytes) {
+    void grow(uint64_t bytes) {
         buffer_.resize(bytes);
         from_.read(buffer_.data(), static_cast<std::streamsize>(bytes));
         to_.write(buffer_.data(), from_.gcount());
         to_.flush();
     }
     // Events taken in.
-    uint64_t Read() { return opened_.growing ? import_ReadOn(*opened_.growing, 0).events : 0; }
+    uint64_t read() { return opened_.growing ? import_ReadOn(*opened_.growing, 0).events : 0; }
 
   private:
     std::ifstream from_;
@@ -74,7 +74,7 @@ class ShownFile {
         else if (shown_ == Shown::AllThatIsThere)
             laCanvas_ShowRange(*canvas_, 0, 1e3, {.paint = true});
         else
-            Follow();
+            follow();
     }
     bool good() const { return canvas_ != nullptr; }
     // Whether the items are all that the store has, where all of it is in view.
@@ -82,13 +82,13 @@ class ShownFile {
         return shown_ != Shown::AllThatIsThere ||
                canvas_->items.bitmaps.size() == mt_GetEventCount(*canvas_->source.store);
     }
-    void Tick() {
+    void tick() {
         laCanvas_SourceGrew(*canvas_);
-        if (shown_ == Shown::TheLastSecond) Follow();
+        if (shown_ == Shown::TheLastSecond) follow();
     }
 
   private:
-    void Follow() {
+    void follow() {
         const double total = canvas_->source.totalLength;
         laCanvas_ShowRange(*canvas_, std::max(0.0, total - 1), std::max(1.0, total), {.keepLength = moved_});
         laScroll_Paint(*canvas_);
@@ -112,12 +112,12 @@ Outcome tick(const BenchPlace& place, const std::string& source, uint64_t events
         ShownFile view(first, graph, shown);
         if (!view.good()) return;
         uint64_t least = UINT64_MAX;
-        const auto read = [&](GrowingFile& file) { least = std::min(least, file.Read()); };
+        const auto read = [&](GrowingFile& file) { least = std::min(least, file.read()); };
         const auto before = [&](bool ofSubject) {
-            (ofSubject ? first : second).Grow(piece);
+            (ofSubject ? first : second).grow(piece);
             if (ofSubject) read(first);
         };
-        const auto subject = [&] { view.Tick(); };
+        const auto subject = [&] { view.tick(); };
         const auto baseline = [&] { read(second); };
         const Turns turns =
             measure_Turns({.count = turnsTaken, .clock = Clock::Processor}, before, subject, baseline);

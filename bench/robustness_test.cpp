@@ -73,7 +73,7 @@ class Robustness : public ::testing::Test {
     void TearDown() override { gen_set_console_sink({}); }
 
     // Imports in a process of its own that is killed after the delay.
-    void import_and_kill(std::chrono::duration<double> delay) {
+    void importAndKill(std::chrono::duration<double> delay) {
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) ::_exit(import_to(trace_, base_).store ? 0 : 1);
@@ -95,7 +95,7 @@ TEST_F(Robustness, aKilledImportLeavesAPrefixOfTheStore) {
     std::uniform_real_distribution<double> within(0, 1);
     int partial = 0;
     for (int i = 0; i < kills; ++i) {
-        import_and_kill(duration_ * ((i + within(random)) / kills));
+        importAndKill(duration_ * ((i + within(random)) / kills));
         // Without it nobody takes the other two for a store.
         if (!std::filesystem::exists(base_ + ".trv")) continue;
         std::string why;

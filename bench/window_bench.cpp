@@ -75,7 +75,7 @@ Outcome result_window(const BenchPlace& place) {
             const auto desk = std::make_shared<SearchDesk>();
             search_OpenResult(desk, facts, result);
             opened.host.windows.back()->dismiss();
-            opened.host.DropClosed();
+            opened.host.dropClosed();
         },
         1000);
 }

@@ -127,11 +127,11 @@ class Import {
             });
         fuzz_Check(made.ok());
         session_.read(0);
-        read_back();
+        readBack();
     }
 
   private:
-    void read_back() {
+    void readBack() {
         const auto written = session_.writer()->state().image();
         const Bytes last(written.begin(), written.end());
         fuzz_Check(session_.close().ok());

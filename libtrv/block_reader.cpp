@@ -47,7 +47,7 @@ BlockReader::~BlockReader() = default;
 
 // ---- Events
 
-bool BlockReader::give_held(EventRecord& event) {
+bool BlockReader::GiveHeld(EventRecord& event) {
     held_ = false;
     event = heldEvent_;
     return true;
@@ -58,13 +58,13 @@ void BlockReader::hold(const EventRecord& event) {
     held_ = special_ = true;
 }
 
-void BlockReader::takeStateBehindGap() {
+void BlockReader::TakeStateBehindGap() {
     if (!pendingState_) return;
     std::swap(*state_, *pendingState_);
     pendingState_.reset();
 }
 
-void BlockReader::finishBlock() {
+void BlockReader::FinishBlock() {
     EventRecord event;
     for (const uint64_t heads = heads_; heads_ == heads && next(event);) {
     }
@@ -72,7 +72,7 @@ void BlockReader::finishBlock() {
 
 // Makes the event at the position stand whole in the buffer. False when there is none; the position is then
 // another one.
-bool BlockReader::complete_event(EventRecord& event, size_t& size) {
+bool BlockReader::CompleteEvent(EventRecord& event, size_t& size) {
     for (;;) {
         switch (mt_ParseEvent(file_->here() + 1, file_->buffered() - 1, event, size)) {
             case mt_Parse::Whole:
@@ -88,26 +88,26 @@ bool BlockReader::complete_event(EventRecord& event, size_t& size) {
                 break;
         }
         if (file_->tell() + 1 + size > limit_) {
-            cross_limit();
+            CrossLimit();
             return false;
         }
         if (!file_->fill(1 + size)) {
-            lose(short_of("the file ends within an event"), block_);
+            lose(ShortOf("the file ends within an event"), block_);
             return false;
         }
     }
 }
 
-bool BlockReader::take_event(EventRecord& event) {
+bool BlockReader::TakeEvent(EventRecord& event) {
     size_t size = 0;
     if (mt_ParseEvent(file_->here() + 1, file_->buffered() - 1, event, size) != mt_Parse::Whole) [[unlikely]]
-        if (!complete_event(event, size)) return false;
+        if (!CompleteEvent(event, size)) return false;
     if (file_->tell() + 1 + size > limit_) [[unlikely]] {
-        cross_limit();
+        CrossLimit();
         return false;
     }
     if (event.time < last_ || event.time > ceiling_) [[unlikely]]
-        tell_time(event.time);
+        TellTime(event.time);
     lastSize_ = 1 + size;
     file_->step(lastSize_);
     --room_;
@@ -116,7 +116,7 @@ bool BlockReader::take_event(EventRecord& event) {
     return true;
 }
 
-void BlockReader::tell_time(mt_Time time) {
+void BlockReader::TellTime(mt_Time time) {
     note(mt_DamageKind::Index, block_, file_->tell(),
          "an event's time of tick " + number(time) +
              (time < last_ ? " behind tick " + number(last_)
@@ -124,29 +124,29 @@ void BlockReader::tell_time(mt_Time time) {
 }
 
 // An event reaches into the next block: either it is none, or the index is wrong.
-void BlockReader::cross_limit() {
+void BlockReader::CrossLimit() {
     BlockReader probe(store_);
     if (probe.start(limitBlock_, nullptr) != Head::Wrong)
         return lose({"an event that runs into the next block"}, block_);
     note(mt_DamageKind::Index, limitBlock_, limit_, "the index has a block here, and there is none");
     store_.blockOffsets[limitBlock_] = mt_UnknownOffset;
-    take_limits();
+    TakeLimits();
 }
 
 // ---- What is no event
 
 // Deals with anything but an event that may stand here. False at the end of the store.
-bool BlockReader::take_other() {
+bool BlockReader::TakeOther() {
     if (ended_) return false;
     if (!file_->fill(1)) {
-        lose(short_of("the file ends without an end mark"), block_);
+        lose(ShortOf("the file ends without an end mark"), block_);
         return true;
     }
     switch (*file_->here()) {
         case mt_PacketEnd:
-            return take_end();
+            return TakeEnd();
         case mt_PacketObjectsUsed:
-            take_boundary();
+            TakeBoundary();
             return true;
         case mt_PacketEvent:
             note(mt_DamageKind::Index, block_, file_->tell(),
@@ -162,13 +162,13 @@ bool BlockReader::take_other() {
     }
 }
 
-bool BlockReader::take_end() {
+bool BlockReader::TakeEnd() {
     if (block_ + 1 < store_.blockOffsets.size()) {
         lose({"the events end here, though the index knows of more"}, block_);
         return true;
     }
     const uint64_t at = file_->tell();
-    if (!file_->endsWithin(mt_LeastTail) && at != store_.checkedTail) {
+    if (!file_->EndsWithin(mt_LeastTail) && at != store_.checkedTail) {
         if (mt_TailHidesEvents(store_.events->device(), at, room_ == 0, last_)) {
             lose({"an end mark with more events behind it"}, block_);
             return true;
@@ -180,22 +180,22 @@ bool BlockReader::take_end() {
     return false;
 }
 
-// The same as take_head, but that the table is read and must be the state that the events led to.
-BlockReader::Problem BlockReader::take_checked_head(uint32_t block) {
+// The same as TakeHead, but that the table is read and must be the state that the events led to.
+BlockReader::Problem BlockReader::TakeCheckedHead(uint32_t block) {
     const uint64_t at = file_->tell();
     StateTable table;
-    Problem problem = take_head(block, &table);
+    Problem problem = TakeHead(block, &table);
     if (!problem && same_state(table, *state_)) return {};
     if (problem && problem.kind != mt_DamageKind::Table) return problem;
     note(mt_DamageKind::Table, block, at,
          problem ? problem.what : "a table of states that the events ahead of it do not lead to");
     file_->seek(at);
-    return take_head(block, nullptr);
+    return TakeHead(block, nullptr);
 }
 
 // Holds a block that was come to against the index, which learns what it did not know. False when the index
 // lacks the block, so that the number is that of another.
-bool BlockReader::place_boundary(uint32_t next, uint64_t at, mt_Time time) {
+bool BlockReader::PlaceBoundary(uint32_t next, uint64_t at, mt_Time time) {
     if (next >= store_.blockOffsets.size()) return true;
     uint64_t& offset = store_.blockOffsets[next];
     const bool sameTime = time == store_.blockTimes[next];
@@ -215,7 +215,7 @@ bool BlockReader::place_boundary(uint32_t next, uint64_t at, mt_Time time) {
 }
 
 // A list of objects used, which begins a block.
-void BlockReader::take_boundary() {
+void BlockReader::TakeBoundary() {
     const uint64_t at = file_->tell();
     const uint32_t next = block_ + 1, left = room_;
     const bool indexed = next < store_.blockOffsets.size();
@@ -223,12 +223,12 @@ void BlockReader::take_boundary() {
     if (left > 0 && left < UINT32_MAX && at != expected && expected != mt_UnknownOffset)
         return lose({"a block begins in the midst of another"}, block_);
     const uint32_t counted = sequence_;
-    const Problem problem = checksTables_ ? take_checked_head(next) : take_head(next, nullptr);
+    const Problem problem = checksTables_ ? TakeCheckedHead(next) : TakeHead(next, nullptr);
     if (problem) {
         file_->seek(at);
         return lose(problem, next);
     }
-    const bool lacking = !place_boundary(next, at, load_be64(file_->here() + 1));
+    const bool lacking = !PlaceBoundary(next, at, load_be64(file_->here() + 1));
     if (left > 0 && left < UINT32_MAX)
         note(mt_DamageKind::Index, block_, at,
              "only " + number(store_.checkpointInterval - left) + " of " + number(store_.checkpointInterval) +
@@ -239,12 +239,12 @@ void BlockReader::take_boundary() {
 
 // ---- Heads of blocks
 
-BlockReader::Problem BlockReader::short_of(const char* what) {
+BlockReader::Problem BlockReader::ShortOf(const char* what) {
     const int error = file_->error();
     return {error != 0 ? "it can't be read" : what, true, mt_DamageKind::Lost, error};
 }
 
-void BlockReader::take_limits() {
+void BlockReader::TakeLimits() {
     limitBlock_ = block_ + 1;
     while (limitBlock_ < store_.blockOffsets.size() && store_.blockOffsets[limitBlock_] == mt_UnknownOffset)
         ++limitBlock_;
@@ -258,28 +258,28 @@ void BlockReader::enter(uint32_t block, uint64_t offset) {
     room_ = store_.checkpointInterval;
     headOffset_ = offset;
     ++heads_;
-    take_limits();
+    TakeLimits();
 }
 
 // Passes the list of objects and the table of the block that begins at the position, up to its first event's
 // type byte, which is looked at too. With a table, that becomes the one read. The reader is not in the block
 // yet.
-BlockReader::Problem BlockReader::take_head(uint32_t block, StateTable* table) {
+BlockReader::Problem BlockReader::TakeHead(uint32_t block, StateTable* table) {
     uint64_t bound = UINT64_MAX;
     for (uint32_t later = block + 1; later < store_.blockOffsets.size() && bound == UINT64_MAX; ++later)
         if (store_.blockOffsets[later] > file_->tell()) bound = store_.blockOffsets[later];
     if (bound == UINT64_MAX) bound = std::max(store_.events->device().size(), file_->tell());
-    if (Problem problem = take_objects(bound, table != nullptr)) return problem;
-    if (!file_->fill(packet_head)) return short_of("the file ends within the head of a block");
+    if (Problem problem = TakeObjects(bound, table != nullptr)) return problem;
+    if (!file_->fill(packet_head)) return ShortOf("the file ends within the head of a block");
     if (*file_->here() != mt_PacketState) return {"no table of states at the head of a block"};
-    if (Problem problem = table ? read_table(bound, *table) : skip_table(block, bound)) return problem;
-    if (!file_->fill(9)) return short_of("the file ends behind a table of states");
+    if (Problem problem = table ? ReadTable(bound, *table) : SkipTable(block, bound)) return problem;
+    if (!file_->fill(9)) return ShortOf("the file ends behind a table of states");
     if (*file_->here() != mt_PacketEvent) return {"no event behind a table of states"};
     return {};
 }
 
-BlockReader::Problem BlockReader::take_objects(uint64_t bound, bool keep) {
-    if (!file_->fill(packet_head)) return short_of("the file ends ahead of a block");
+BlockReader::Problem BlockReader::TakeObjects(uint64_t bound, bool keep) {
+    if (!file_->fill(packet_head)) return ShortOf("the file ends ahead of a block");
     if (*file_->here() != mt_PacketObjectsUsed) return {"no list of objects at the head of a block"};
     const uint64_t size = uint64_t{load_be32(file_->here() + 1)} * mt_KeySize;
     if (file_->tell() + packet_head + size > bound)
@@ -290,7 +290,7 @@ BlockReader::Problem BlockReader::take_objects(uint64_t bound, bool keep) {
         file_->skip(size);
         return {};
     }
-    if (!file_->fill(static_cast<size_t>(size))) return short_of("the file ends within a list of objects");
+    if (!file_->fill(static_cast<size_t>(size))) return ShortOf("the file ends within a list of objects");
     const uint8_t* keys = file_->step(static_cast<size_t>(size));
     keys_.assign(keys, keys + size);
     return {};
@@ -298,7 +298,7 @@ BlockReader::Problem BlockReader::take_objects(uint64_t bound, bool keep) {
 
 // Most tables have entries of one size: then the event behind it can be looked for at once. It must be there,
 // with the time that the index has for it, and the last entry must be such an entry too.
-bool BlockReader::jump_over_table(uint32_t count, uint32_t block, uint64_t bound) {
+bool BlockReader::JumpOverTable(uint32_t count, uint32_t block, uint64_t bound) {
     if (block >= store_.blockTimes.size() || !file_->fill(mt_EntryHead)) return false;
     const uint64_t start = file_->tell();
     const uint32_t length = load_be32(file_->here() + 6);
@@ -316,37 +316,37 @@ bool BlockReader::jump_over_table(uint32_t count, uint32_t block, uint64_t bound
     return false;
 }
 
-BlockReader::Problem BlockReader::skip_table(uint32_t block, uint64_t bound) {
+BlockReader::Problem BlockReader::SkipTable(uint32_t block, uint64_t bound) {
     const uint32_t count = load_be32(file_->step(packet_head) + 1);
-    if (count == 0 || jump_over_table(count, block, bound)) return {};
+    if (count == 0 || JumpOverTable(count, block, bound)) return {};
     for (uint32_t i = 0; i < count; ++i) {
-        if (!file_->fill(mt_EntryHead)) return short_of("the file ends within a table of states");
+        if (!file_->fill(mt_EntryHead)) return ShortOf("the file ends within a table of states");
         file_->skip(mt_EntryHead + uint64_t{load_be32(file_->here() + 6)});
         if (file_->tell() > bound) return {"a table of states that is longer than its block"};
     }
     return {};
 }
 
-BlockReader::Problem BlockReader::read_table(uint64_t bound, StateTable& table) {
+BlockReader::Problem BlockReader::ReadTable(uint64_t bound, StateTable& table) {
     const uint32_t count = load_be32(file_->step(packet_head) + 1);
     table.clear();
     for (uint32_t i = 0; i < count; ++i) {
-        if (!file_->fill(mt_EntryHead)) return short_of("the file ends within a table of states");
+        if (!file_->fill(mt_EntryHead)) return ShortOf("the file ends within a table of states");
         const size_t size = mt_EntryHead + size_t{load_be32(file_->here() + 6)};
         if (file_->tell() + size > bound) return {"a table of states that is longer than its block"};
-        if (!file_->fill(size)) return short_of("the file ends within a table of states");
+        if (!file_->fill(size)) return ShortOf("the file ends within a table of states");
         const uint8_t* entry = file_->step(size);
         const std::span<const uint8_t> block(entry + mt_EntryHead, size - mt_EntryHead);
         if (!mt_IsPlausibleBlock(load_be16(entry), block) ||
             table.create(load_be16(entry), load_be32(entry + 2), block) == StateTable::npos)
             return {"a table of states with an entry that can't be", false, mt_DamageKind::Table};
     }
-    return check_keys(table);
+    return CheckKeys(table);
 }
 
 // Every object of the table was used in the block before, so the list of objects has it: as a rule both have
 // them in the same order.
-BlockReader::Problem BlockReader::check_keys(const StateTable& table) {
+BlockReader::Problem BlockReader::CheckKeys(const StateTable& table) {
     const auto key_of = [](uint16_t type, uint32_t id) { return uint64_t{type} << 32 | id; };
     std::unordered_set<uint64_t> listed;
     size_t at = 0;
@@ -377,7 +377,7 @@ BlockReader::Head BlockReader::start(uint32_t block, StateTable* state) {
     const uint64_t at = store_.blockOffsets[block];
     if (at == mt_UnknownOffset) return Head::Wrong;
     file_->seek(at);
-    if (const Problem problem = take_head(block, state)) {
+    if (const Problem problem = TakeHead(block, state)) {
         if (problem.kind == mt_DamageKind::Table) note(problem.kind, block, at, problem.what);
         return problem.unreadable ? Head::Unreadable : Head::Wrong;
     }
@@ -389,7 +389,7 @@ BlockReader::Head BlockReader::start(uint32_t block, StateTable* state) {
     return Head::Sound;
 }
 
-bool BlockReader::startNear(uint32_t block, StateTable* state) {
+bool BlockReader::StartNear(uint32_t block, StateTable* state) {
     for (uint32_t near = block;; --near) {
         if (start(near, state) == Head::Sound) return true;
         if (near == 0) break;
@@ -398,7 +398,7 @@ bool BlockReader::startNear(uint32_t block, StateTable* state) {
     const uint64_t at = store_.blockOffsets[0];
     retried_ = at == mt_UnknownOffset ? uint64_t{mt_HeaderSize} : at;
     file_->seek(retried_);
-    const Problem problem = take_head(0, state);
+    const Problem problem = TakeHead(0, state);
     file_->seek(retried_);
     if (state) state->clear();
     lose(problem ? problem : Problem{"the first block can't be read"}, 0);
@@ -415,13 +415,13 @@ void BlockReader::note(mt_DamageKind kind, uint32_t block, uint64_t offset, std:
 }
 
 // The next block from a number on whose head is sound and lies behind an offset. The reader is then in it.
-bool BlockReader::find_readable(uint32_t from, uint64_t behind) {
+bool BlockReader::FindReadable(uint32_t from, uint64_t behind) {
     auto table = state_ ? std::make_unique<StateTable>() : nullptr;
     for (uint32_t block = from; block < store_.blockOffsets.size(); ++block) {
         const uint64_t at = store_.blockOffsets[block];
         if (at == mt_UnknownOffset || at <= behind) continue;
         file_->seek(at);
-        if (take_head(block, table.get())) continue;
+        if (TakeHead(block, table.get())) continue;
         enter(block, at);
         sequence_ = block * store_.checkpointInterval;
         pendingState_ = std::move(table);
@@ -430,8 +430,8 @@ bool BlockReader::find_readable(uint32_t from, uint64_t behind) {
     return false;
 }
 
-void BlockReader::note_lost(const Problem& problem, uint64_t at, uint32_t firstLost, uint32_t sequence,
-                            bool found) {
+void BlockReader::NoteLost(const Problem& problem, uint64_t at, uint32_t firstLost, uint32_t sequence,
+                           bool found) {
     std::string cost = "events from " + number(sequence + 1);
     if (found)
         cost += " to " + number(sequence_) + " can't be read, reading goes on at " +
@@ -457,8 +457,8 @@ void BlockReader::lose(Problem problem, uint32_t firstLost) {
     if (query_ && !problem.unreadable && file_->fill(1) && *file_->here() > mt_PacketObjectsUsed)
         gen_error("libtrv: [%s]: Unrecognized .trs packet type (%d)", query_, int{*file_->here()});
     const uint32_t sequence = sequence_;
-    const bool found = find_readable(block_ + 1, at);
-    note_lost(problem, at, firstLost, sequence, found);
+    const bool found = FindReadable(block_ + 1, at);
+    NoteLost(problem, at, firstLost, sequence, found);
     gap_ = mt_Gap{last_, found ? load_be64(file_->here() + 1) : mt_NoTime};
     ++gaps_;
     special_ = true;

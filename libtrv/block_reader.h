@@ -31,21 +31,21 @@ class BlockReader {
     Head start(uint32_t block, StateTable* state);
     // Goes to the block, or when its head is not sound to the nearest one before from which the events lead
     // there; when there is none, to the next one behind, which makes a gap. False when no block can be read.
-    bool startNear(uint32_t block, StateTable* state);
+    bool StartNear(uint32_t block, StateTable* state);
 
     // The next event; its spans last until the next call. False behind the last one: of a sound store, a
     // later call gives what was appended since.
     bool next(EventRecord& event) {
         if (special_) [[unlikely]] {
-            if (held_) return give_held(event);
+            if (held_) return GiveHeld(event);
             if (ended_) return false;
             gap_.reset();
             special_ = false;
         }
         for (;;) {
             if (room_ > 0 && file_->fill(1) && *file_->here() == mt_PacketEvent) [[likely]] {
-                if (take_event(event)) return true;
-            } else if (!take_other()) {
+                if (TakeEvent(event)) return true;
+            } else if (!TakeOther()) {
                 return false;
             }
         }
@@ -53,7 +53,7 @@ class BlockReader {
     // The event that next gave last is given again by the next call.
     void hold(const EventRecord& event);
     // Reads on to the end of the block, so that damage within it is found.
-    void finishBlock();
+    void FinishBlock();
 
     // The stretch that could not be read just ahead of the event last given, or behind the last one; null
     // when there is none.
@@ -62,26 +62,26 @@ class BlockReader {
     uint32_t gaps() const { return gaps_; }
     // Behind a gap: the state becomes the one just ahead of the event last given, which is the table of its
     // block. Until then it is the last one known ahead of the gap.
-    void takeStateBehindGap();
+    void TakeStateBehindGap();
 
     // Damage, and nothing behind it can be read: the reader gives no more, also when the store grows.
-    bool isBroken() const { return ended_; }
+    bool IsBroken() const { return ended_; }
 
-    uint32_t firstBlock() const { return firstBlock_; }  // where the start found something to read
+    uint32_t FirstBlock() const { return firstBlock_; }  // where the start found something to read
     uint32_t block() const { return block_; }
-    bool blockIsDone() const { return room_ == 0; }
+    bool BlockIsDone() const { return room_ == 0; }
     // Blocks entered since the reader was made, so that a caller learns of a new one.
     uint64_t heads() const { return heads_; }
-    uint64_t headOffset() const { return headOffset_; }
+    uint64_t HeadOffset() const { return headOffset_; }
     // Of the event last given; ahead of a block's first event, of the last one of the block before.
     uint32_t sequence() const { return sequence_; }
-    mt_Time lastTime() const { return last_; }
+    mt_Time LastTime() const { return last_; }
     // Offset of the packet that next would look at, or of the event given last while it is held.
     uint64_t position() const { return file_->tell() - (held_ ? lastSize_ : 0); }
     // From now on every table that is come to is held against the state, which the caller keeps up.
-    void checkTables() { checksTables_ = true; }
+    void CheckTables() { checksTables_ = true; }
     // Unknown packet types are reported as met by this query; null: not reported.
-    void nameQuery(const char* query) { query_ = query; }
+    void NameQuery(const char* query) { query_ = query; }
 
   private:
     struct Problem {
@@ -92,30 +92,30 @@ class BlockReader {
         explicit operator bool() const { return what != nullptr; }
     };
 
-    bool give_held(EventRecord& event);
-    bool take_event(EventRecord& event);
-    bool complete_event(EventRecord& event, size_t& size);
-    bool take_other();
-    void take_boundary();
-    Problem take_checked_head(uint32_t block);
-    bool place_boundary(uint32_t next, uint64_t at, mt_Time time);
-    bool take_end();
-    void cross_limit();
-    void tell_time(mt_Time time);
+    bool GiveHeld(EventRecord& event);
+    bool TakeEvent(EventRecord& event);
+    bool CompleteEvent(EventRecord& event, size_t& size);
+    bool TakeOther();
+    void TakeBoundary();
+    Problem TakeCheckedHead(uint32_t block);
+    bool PlaceBoundary(uint32_t next, uint64_t at, mt_Time time);
+    bool TakeEnd();
+    void CrossLimit();
+    void TellTime(mt_Time time);
 
-    Problem take_head(uint32_t block, StateTable* table);
-    Problem short_of(const char* what);
-    Problem take_objects(uint64_t bound, bool keep);
-    Problem skip_table(uint32_t block, uint64_t bound);
-    Problem read_table(uint64_t bound, StateTable& table);
-    Problem check_keys(const StateTable& table);
-    bool jump_over_table(uint32_t count, uint32_t block, uint64_t bound);
+    Problem TakeHead(uint32_t block, StateTable* table);
+    Problem ShortOf(const char* what);
+    Problem TakeObjects(uint64_t bound, bool keep);
+    Problem SkipTable(uint32_t block, uint64_t bound);
+    Problem ReadTable(uint64_t bound, StateTable& table);
+    Problem CheckKeys(const StateTable& table);
+    bool JumpOverTable(uint32_t count, uint32_t block, uint64_t bound);
     void enter(uint32_t block, uint64_t offset);
-    void take_limits();
+    void TakeLimits();
 
     void lose(Problem problem, uint32_t firstLost);
-    bool find_readable(uint32_t from, uint64_t behind);
-    void note_lost(const Problem& problem, uint64_t at, uint32_t firstLost, uint32_t sequence, bool found);
+    bool FindReadable(uint32_t from, uint64_t behind);
+    void NoteLost(const Problem& problem, uint64_t at, uint32_t firstLost, uint32_t sequence, bool found);
     void note(mt_DamageKind kind, uint32_t block, uint64_t offset, std::string what, std::string cost = {});
 
     TraceStore& store_;

@@ -19,33 +19,33 @@ Result CommittedFile::begin(std::unique_ptr<FileDevice> on, const std::string& f
     std::vector<uint8_t> bytes = gf_EncodeHeader(header);
     bytes.push_back(mt_PacketEnd);
     terminator = bytes.size() - 1;
-    const DeviceWrite written = device->write_at(0, bytes);
+    const DeviceWrite written = device->WriteAt(0, bytes);
     return written.bytes == bytes.size() ? Result() : Result::system(name, written.error);
 }
 
-Result CommittedFile::write_behind(size_t& wrote) {
+Result CommittedFile::WriteBehind(size_t& wrote) {
     pending.put8(mt_PacketEnd);
-    const DeviceWrite written = device->write_at(terminator + 1, {pending.data() + 1, pending.size() - 1});
+    const DeviceWrite written = device->WriteAt(terminator + 1, {pending.data() + 1, pending.size() - 1});
     pending.cut(pending.size() - 1);
     wrote = written.bytes;
     return wrote == pending.size() ? Result() : Result::system(name, written.error);
 }
 
-Result CommittedFile::end_behind(size_t size) {
+Result CommittedFile::EndBehind(size_t size) {
     const uint8_t end[1] = {mt_PacketEnd};
-    const DeviceWrite written = device->write_at(terminator + size, end);
+    const DeviceWrite written = device->WriteAt(terminator + size, end);
     return written.bytes == 1 ? Result() : Result::system(name, written.error);
 }
 
-Result CommittedFile::turn_terminator(size_t size) {
-    const DeviceWrite written = device->write_at(terminator, {pending.data(), 1});
+Result CommittedFile::TurnTerminator(size_t size) {
+    const DeviceWrite written = device->WriteAt(terminator, {pending.data(), 1});
     if (written.bytes != 1) return Result::system(name, written.error);
     terminator += size;
     pending.cut(0);
     return {};
 }
 
-void CommittedFile::cut_back() {
+void CommittedFile::CutBack() {
     static_cast<void>(device->truncate(terminator + 1));
 }
 

@@ -65,16 +65,16 @@ struct CommittedFile {
 
     // Writes what is pending behind the terminator, a new terminator included. wrote: how many bytes of it
     // the device took. Nothing is visible to a reader yet.
-    Result write_behind(size_t& wrote);
+    Result WriteBehind(size_t& wrote);
     // Puts a terminator behind the first size bytes of what is pending, all of which were taken.
-    Result end_behind(size_t size);
+    Result EndBehind(size_t size);
     // Makes the first size bytes of what is pending visible, behind which a terminator already stands, and
     // lets go of the rest.
-    Result turn_terminator(size_t size);
+    Result TurnTerminator(size_t size);
 
     // Takes away what was written behind the terminator and never became visible. Where that fails the bytes
     // stay, and no reader looks at them.
-    void cut_back();
+    void CutBack();
     // Asks the disk to keep what was written.
     Result sync();
 };

@@ -28,7 +28,7 @@ class FileOnDisk : public FileDevice {
     FileOnDisk(const FileOnDisk&) = delete;
     FileOnDisk& operator=(const FileOnDisk&) = delete;
 
-    int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) override {
+    int64_t ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
         size_t done = 0;
         while (done < bytes.size()) {
             const ssize_t n =
@@ -40,7 +40,7 @@ class FileOnDisk : public FileDevice {
         }
         return static_cast<int64_t>(done);
     }
-    DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> bytes) override {
+    DeviceWrite WriteAt(uint64_t offset, std::span<const uint8_t> bytes) override {
         DeviceWrite written;
         while (written.bytes < bytes.size()) {
             const ssize_t n = ::pwrite(file_, bytes.data() + written.bytes, bytes.size() - written.bytes,
@@ -205,7 +205,7 @@ std::string GFile::block(uint32_t size) {
     return bytes;
 }
 
-void GFile::make_room(size_t room) {
+void GFile::MakeRoom(size_t room) {
     if (capacity_ >= room) return;
     auto larger = std::make_unique_for_overwrite<uint8_t[]>(room);
     if (buffered_ > 0) std::memcpy(larger.get(), buffer_.get(), buffered_);
@@ -214,9 +214,9 @@ void GFile::make_room(size_t room) {
 }
 
 // Reads up to most bytes behind what is buffered.
-int64_t GFile::read_behind(size_t most) {
+int64_t GFile::ReadBehind(size_t most) {
     errno = 0;
-    return device_->read_at(base_ + buffered_, {buffer_.get() + buffered_, most});
+    return device_->ReadAt(base_ + buffered_, {buffer_.get() + buffered_, most});
 }
 
 void GFile::report() {
@@ -238,12 +238,12 @@ bool GFile::refill(size_t count) {
         buffered_ -= at_;
         at_ = 0;
     }
-    make_room(std::max(count, buffered_ + window_));
+    MakeRoom(std::max(count, buffered_ + window_));
     const size_t most = std::max(count - buffered_, window_);
-    int64_t got = read_behind(most);
+    int64_t got = ReadBehind(most);
     sawEnd_ = got >= 0 && static_cast<size_t>(got) < most;
     // The bytes that can't be read may be none of those that are needed.
-    if (got < 0) got = read_behind(count - buffered_);
+    if (got < 0) got = ReadBehind(count - buffered_);
     window_ = got < 0 ? first_window : std::min(window_ * 4, largest_window);
     if (got < 0) error_ = errno != 0 ? errno : EIO;
     if (got > 0) buffered_ += static_cast<size_t>(got);

@@ -27,8 +27,8 @@ class FileDevice {
   public:
     virtual ~FileDevice() = default;
     // Bytes read, fewer only at the end of the file; -1 on an error.
-    virtual int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) = 0;
-    virtual DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> bytes) = 0;
+    virtual int64_t ReadAt(uint64_t offset, std::span<uint8_t> bytes) = 0;
+    virtual DeviceWrite WriteAt(uint64_t offset, std::span<const uint8_t> bytes) = 0;
     // 0, or the system's error number.
     [[nodiscard]] virtual int truncate(uint64_t size) = 0;
     virtual uint64_t size() = 0;
@@ -82,7 +82,7 @@ class GFile {
     uint64_t tell() const { return base_ + at_; }
     // Drops what is buffered, so that bytes another handle wrote since are seen.
     void seek(uint64_t offset);
-    bool at_end() const { return end_; }
+    bool AtEnd() const { return end_; }
     // The error number of the read that set the end mark; 0 when it was the end of the file.
     int error() const { return error_; }
 
@@ -105,15 +105,15 @@ class GFile {
     size_t buffered() const { return buffered_ - at_; }
     // True when the last read came to the end of the file, as it was then, and so many bytes or fewer are
     // left.
-    bool endsWithin(size_t count) const { return sawEnd_ && buffered() <= count; }
+    bool EndsWithin(size_t count) const { return sawEnd_ && buffered() <= count; }
     // Moves on without reading what lies between.
     void skip(uint64_t count);
 
   private:
     GFile() = default;
     bool refill(size_t count);
-    void make_room(size_t room);
-    int64_t read_behind(size_t most);
+    void MakeRoom(size_t room);
+    int64_t ReadBehind(size_t most);
     void report();
 
     std::string name_;

@@ -52,12 +52,12 @@ TEST(GFile, ReadsAcrossItsBufferAndTellsTheEnd) {
     EXPECT_EQ(file->u64(), 0xFEFF000102030405u);
     EXPECT_TRUE(file->fill(5000));
     EXPECT_FALSE(file->fill(0xFFFFFFFFu));  // a length from a damaged file makes no room
-    EXPECT_TRUE(file->at_end());
+    EXPECT_TRUE(file->AtEnd());
     EXPECT_EQ(file->tell(), 4102u);
     file->seek(9999);
-    EXPECT_FALSE(file->at_end());
+    EXPECT_FALSE(file->AtEnd());
     EXPECT_EQ(file->block(10).size(), 1u);
-    EXPECT_TRUE(file->at_end());
+    EXPECT_TRUE(file->AtEnd());
     EXPECT_EQ(file->u32(), 0u);
 }
 

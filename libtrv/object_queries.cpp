@@ -48,7 +48,7 @@ void enter_created(const EventRecord& event, ObjectCollector& found) {
 // there.
 bool enter_created_until(BlockReader& reader, mt_Time t1, uint32_t lastBlock, ObjectCollector& found) {
     EventRecord event;
-    while (!(reader.blockIsDone() && reader.block() >= lastBlock)) {
+    while (!(reader.BlockIsDone() && reader.block() >= lastBlock)) {
         if (!reader.next(event)) return false;
         if (!mt_Earlier(event.time, t1)) return true;
         enter_created(event, found);
@@ -71,9 +71,9 @@ class ListsOfObjects {
         const size_t size = size_t{count_} * mt_KeySize;
         const uint8_t* keys = file_->here();
         if (!known_.empty() && size >= known_.size() && std::memcmp(keys, known_.data(), known_.size()) == 0)
-            enter_new(keys, known_.size(), size);
+            EnterNew(keys, known_.size(), size);
         else
-            enter_all(keys, size, block);
+            EnterAll(keys, size, block);
         return true;
     }
 
@@ -98,27 +98,27 @@ class ListsOfObjects {
                                            mt_PlaceText(store_.events->name(), store_.blockOffsets[block]),
                                            std::move(cost)));
     }
-    void enter_new(const uint8_t* keys, size_t from, size_t size) {
+    void EnterNew(const uint8_t* keys, size_t from, size_t size) {
         for (size_t at = from; at < size; at += mt_KeySize) {
             found_.enter(key_at(keys + at));
             before_.insert(key_at(keys + at));
         }
         known_.insert(known_.end(), keys + from, keys + size);
     }
-    void enter_all(const uint8_t* keys, size_t size, uint32_t block) {
+    void EnterAll(const uint8_t* keys, size_t size, uint32_t block) {
         std::unordered_set<uint64_t> missing = std::move(before_);
         before_.clear();
         known_.clear();
         for (size_t at = 0; at < size; at += mt_KeySize) missing.erase(key_at(keys + at));
-        enter_new(keys, 0, size);
-        if (before_.size() < count_ || !were_deleted(missing, block))
+        EnterNew(keys, 0, size);
+        if (before_.size() < count_ || !WereDeleted(missing, block))
             note(block, "objects may be missing or wrong");
     }
     // An object that the list before had is missing here only when it was deleted two blocks ahead.
-    bool were_deleted(std::unordered_set<uint64_t>& missing, uint32_t block) {
+    bool WereDeleted(std::unordered_set<uint64_t>& missing, uint32_t block) {
         if (missing.empty()) return true;
         BlockReader reader(store_);
-        if (block < 2 || !reader.startNear(block - 2, nullptr)) return false;
+        if (block < 2 || !reader.StartNear(block - 2, nullptr)) return false;
         EventRecord event;
         while (reader.next(event) && reader.block() < block - 1) {
             StateChange change;
@@ -148,13 +148,13 @@ void collect(TraceStore& store, mt_Time t0, mt_Time t1, ObjectCollector& found) 
     // Behind the last index record there may be blocks that are not indexed yet: those are read through.
     const bool indexed = a + 1 < store.blockTimes.size();
     const bool more = enter_created_until(reader, t1, indexed ? a : UINT32_MAX, found);
-    if (indexed) reader.finishBlock();
+    if (indexed) reader.FinishBlock();
     if (!more || a >= b) return;
     ListsOfObjects lists(store, found);
     for (uint32_t block = a + 2; block <= b; ++block) lists.enter(block);
-    if (!reader.startNear(b, &state)) return;
+    if (!reader.StartNear(b, &state)) return;
     enter_created_until(reader, t1, UINT32_MAX, found);
-    reader.finishBlock();
+    reader.FinishBlock();
 }
 
 }  // namespace

@@ -24,16 +24,16 @@ ObjectEntry StateTable::entry(uint32_t position) const {
 void StateTable::rehash(size_t buckets) {
     buckets_.assign(buckets, 0);
     for (uint32_t position = 0; position < slots_.size(); ++position) {
-        size_t b = bucket_of(slots_[position].type, slots_[position].id);
+        size_t b = BucketOf(slots_[position].type, slots_[position].id);
         while (buckets_[b] != 0) b = (b + 1) & (buckets_.size() - 1);
         buckets_[b] = position + 1;
     }
 }
 
-void StateTable::add_slot(uint16_t type, uint32_t id, uint32_t block, uint32_t size) {
+void StateTable::AddSlot(uint16_t type, uint32_t id, uint32_t block, uint32_t size) {
     if ((slots_.size() + 1) * 2 > buckets_.size()) rehash(std::max(first_buckets, buckets_.size() * 2));
     slots_.push_back({id, block, size, type});
-    size_t b = bucket_of(type, id);
+    size_t b = BucketOf(type, id);
     while (buckets_[b] != 0) b = (b + 1) & (buckets_.size() - 1);
     buckets_[b] = static_cast<uint32_t>(slots_.size());
 }
@@ -47,16 +47,16 @@ uint32_t StateTable::create(uint16_t type, uint32_t id, std::span<const uint8_t>
     image_.insert(image_.end(), head, head + entry_head);
     const auto at = static_cast<uint32_t>(image_.size());
     image_.insert(image_.end(), block.begin(), block.end());
-    add_slot(type, id, at, static_cast<uint32_t>(block.size()));
+    AddSlot(type, id, at, static_cast<uint32_t>(block.size()));
     return size() - 1;
 }
 
 bool StateTable::modify(uint16_t type, uint32_t id, uint32_t offset, std::span<const uint8_t> bytes) {
     const uint32_t position = find(type, id);
-    return position != npos && modify_at(position, offset, bytes);
+    return position != npos && ModifyAt(position, offset, bytes);
 }
 
-bool StateTable::modify_at(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes) {
+bool StateTable::ModifyAt(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes) {
     const Slot& slot = slots_[position];
     if (slot.size < offset + bytes.size()) return false;
     std::copy(bytes.begin(), bytes.end(), image_.begin() + slot.block + offset);

@@ -28,7 +28,7 @@ class StateTable {
     // Position of a key, npos when it is not in. Positions are stable until a removal.
     uint32_t find(uint16_t type, uint32_t id) const {
         if (slots_.empty()) return npos;
-        for (size_t b = bucket_of(type, id);; b = (b + 1) & (buckets_.size() - 1)) {
+        for (size_t b = BucketOf(type, id);; b = (b + 1) & (buckets_.size() - 1)) {
             if (buckets_[b] == 0) return npos;
             const Slot& slot = slots_[buckets_[b] - 1];
             if (slot.id == id && slot.type == type) return buckets_[b] - 1;
@@ -36,11 +36,11 @@ class StateTable {
     }
     // The entry at a position, in order of creation.
     ObjectEntry entry(uint32_t position) const;
-    uint32_t id_at(uint32_t position) const { return slots_[position].id; }
+    uint32_t IdAt(uint32_t position) const { return slots_[position].id; }
     // The block's bytes, writable by the tracker's own operations only.
-    uint8_t* block_at(uint32_t position) { return image_.data() + slots_[position].block; }
-    const uint8_t* block_at(uint32_t position) const { return image_.data() + slots_[position].block; }
-    uint32_t block_size(uint32_t position) const { return slots_[position].size; }
+    uint8_t* BlockAt(uint32_t position) { return image_.data() + slots_[position].block; }
+    const uint8_t* BlockAt(uint32_t position) const { return image_.data() + slots_[position].block; }
+    uint32_t BlockSize(uint32_t position) const { return slots_[position].size; }
 
     // Adds an entry with a copy of the block and returns its position; npos when the key is in already, and
     // then nothing changes.
@@ -48,7 +48,7 @@ class StateTable {
     // Overwrites bytes; false, and no change, when the key is not in or its block is shorter than offset +
     // bytes.
     bool modify(uint16_t type, uint32_t id, uint32_t offset, std::span<const uint8_t> bytes);
-    bool modify_at(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes);
+    bool ModifyAt(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes);
     // Removes the key if it is there.
     void remove(uint16_t type, uint32_t id);
 
@@ -64,12 +64,12 @@ class StateTable {
         uint32_t size;
         uint16_t type;
     };
-    size_t bucket_of(uint16_t type, uint32_t id) const {
+    size_t BucketOf(uint16_t type, uint32_t id) const {
         // Ids are small numbers or addresses: a multiplication spreads either over the buckets.
         const uint64_t key = (static_cast<uint64_t>(type) << 32 | id) * 0x9E3779B97F4A7C15ull;
         return static_cast<size_t>(key >> 32) & (buckets_.size() - 1);
     }
-    void add_slot(uint16_t type, uint32_t id, uint32_t block, uint32_t size);
+    void AddSlot(uint16_t type, uint32_t id, uint32_t block, uint32_t size);
     void rehash(size_t buckets);
 
     std::vector<uint8_t> image_;

@@ -40,15 +40,15 @@ bool mt_CheckStore(TraceStore& store, const Progress& progress) {
     if (store.blockTimes.empty()) return true;
     StateTable state;
     BlockReader reader(store);
-    reader.checkTables();
-    if (!reader.startNear(0, &state)) return true;
+    reader.CheckTables();
+    if (!reader.StartNear(0, &state)) return true;
     EventRecord event;
     for (uint64_t heads = 0; reader.next(event);) {
-        reader.takeStateBehindGap();
+        reader.TakeStateBehindGap();
         mt_ApplyEventToState(state, event);
         if (reader.heads() == heads) continue;
         heads = reader.heads();
-        if (reader.block() == store.blockTimes.size()) index_Append(store, event.time, reader.headOffset());
+        if (reader.block() == store.blockTimes.size()) index_Append(store, event.time, reader.HeadOffset());
         if (!go_on(progress, reader.block(), store.blockTimes.size())) return false;
     }
     return true;
@@ -61,7 +61,7 @@ bool mt_CheckNumbers(TraceStore& store, uint32_t events, const Progress& progres
     for (uint32_t block = 0; block + 1 < blocks && block < events / store.checkpointInterval; ++block) {
         if (!go_on(progress, block, blocks)) return false;
         if (!is_one_block(store, block, *file) && reader.start(block, nullptr) == BlockReader::Head::Sound)
-            reader.finishBlock();
+            reader.FinishBlock();
     }
     return true;
 }

@@ -22,7 +22,7 @@ Result write_version_file(const std::string& name, const StoreFacts& facts) {
     errno = 0;
     const auto device = gf_CreateDevice(name);
     if (!device) return Result::system(name, errno);
-    const DeviceWrite written = device->write_at(0, bytes);
+    const DeviceWrite written = device->WriteAt(0, bytes);
     return written.bytes == bytes.size() ? Result() : Result::system(name, written.error);
 }
 

@@ -19,12 +19,12 @@ class FailingDevice : public MemoryDevice {
   public:
     FailingDevice(std::shared_ptr<Bytes> bytes, uint64_t from, uint64_t to)
         : MemoryDevice(std::move(bytes)), from_(from), to_(to) {}
-    int64_t read_at(uint64_t offset, std::span<uint8_t> out) override {
+    int64_t ReadAt(uint64_t offset, std::span<uint8_t> out) override {
         if (offset < to_ && offset + out.size() > from_) {
             errno = EIO;
             return -1;
         }
-        return MemoryDevice::read_at(offset, out);
+        return MemoryDevice::ReadAt(offset, out);
     }
 
   private:
@@ -53,7 +53,7 @@ class ImageBuilder {
         image_.index = gf_EncodeHeader(header);
     }
     void add(const EventRecord& event) {
-        if (image_.eventEnds.size() % interval_ == 0) begin_block(event.time);
+        if (image_.eventEnds.size() % interval_ == 0) BeginBlock(event.time);
         put(image_.events, 1, mt_PacketEvent);
         put(image_.events, 8, event.time);
         put(image_.events, 4, event.extra.size());
@@ -79,7 +79,7 @@ class ImageBuilder {
     static void put(Bytes& out, int bytes, uint64_t value) {
         while (bytes-- > 0) out.push_back(static_cast<uint8_t>(value >> (8 * bytes)));
     }
-    void begin_block(mt_Time time) {
+    void BeginBlock(mt_Time time) {
         put(image_.index, 1, 1);
         put(image_.index, 8, time);
         put(image_.index, 4, image_.events.size());

@@ -49,7 +49,7 @@ ScanEnd scan(TraceStore& store) {
 // With what stands there now.
 ScanEnd scan_again(TraceStore& store) {
     uint8_t mark[1] = {record_type};
-    if (store.index->device().read_at(store.indexTail, mark) == 1 && mark[0] == mt_PacketEnd)
+    if (store.index->device().ReadAt(store.indexTail, mark) == 1 && mark[0] == mt_PacketEnd)
         return ScanEnd::Mark;
     store.index->seek(store.indexTail);
     return scan(store);
@@ -69,11 +69,11 @@ uint32_t in_order(const TraceStore& store, uint32_t from) {
 // The records of the bytes behind the end mark, by the places that they have in the file, when they are there
 // because the mark is none: they lead to the end of the file, and what stands at the mark is no record.
 std::vector<Record> behind_mark(const TraceStore& store) {
-    if (store.index->endsWithin(2 * record_size - 1)) return {};
+    if (store.index->EndsWithin(2 * record_size - 1)) return {};
     const uint64_t size = store.index->device().size(), mark = store.indexTail;
     if (size < mark + 2 * record_size || size - mark > most_looked_at) return {};
     std::vector<uint8_t> bytes(static_cast<size_t>(size - mark));
-    if (store.index->device().read_at(mark, bytes) != static_cast<int64_t>(bytes.size())) return {};
+    if (store.index->device().ReadAt(mark, bytes) != static_cast<int64_t>(bytes.size())) return {};
     mt_Time last = store.blockTimes.empty() ? 0 : store.blockTimes.back();
     uint64_t offset = store.blockOffsets.empty() ? 0 : store.blockOffsets.back();
     std::vector<Record> records;
@@ -114,7 +114,7 @@ void enter_blocks(TraceStore& store, BlockReader& reader) {
     for (uint64_t heads = reader.heads(); reader.next(event);) {
         if (reader.heads() == heads) continue;
         heads = reader.heads();
-        if (reader.block() == store.blockTimes.size()) index_Append(store, event.time, reader.headOffset());
+        if (reader.block() == store.blockTimes.size()) index_Append(store, event.time, reader.HeadOffset());
     }
 }
 
@@ -140,7 +140,7 @@ uint32_t rebuild(TraceStore& store, uint32_t good, const std::vector<Record>& re
     store.blockOffsets.resize(good);
     if (good == 0 && !append_first_block(store)) return 0;
     BlockReader reader(store);
-    bool reading = reader.startNear(static_cast<uint32_t>(store.blockTimes.size() - 1), nullptr);
+    bool reading = reader.StartNear(static_cast<uint32_t>(store.blockTimes.size() - 1), nullptr);
     while (reading) {
         enter_blocks(store, reader);
         reading = reader.gap() && start_at_record(store, reader, records);

@@ -20,10 +20,10 @@ void go_to(BlockReader& reader, StateTable* state, Before&& before) {
             break;
         }
         if (!state) continue;
-        reader.takeStateBehindGap();
+        reader.TakeStateBehindGap();
         mt_ApplyEventToState(*state, event);
     }
-    reader.nameQuery(nullptr);
+    reader.NameQuery(nullptr);
 }
 
 bool is_empty(const TraceStore& store, StateTable* state) {
@@ -35,8 +35,8 @@ bool is_empty(const TraceStore& store, StateTable* state) {
 
 bool mt_PositionByTime(TraceStore& store, mt_Time time, StateTable* state, BlockReader& reader) {
     if (is_empty(store, state)) return false;
-    reader.nameQuery(positioning);
-    reader.startNear(mt_BlockOfTime(store, time), state);
+    reader.NameQuery(positioning);
+    reader.StartNear(mt_BlockOfTime(store, time), state);
     go_to(reader, state, [time](const EventRecord& event) { return mt_Earlier(event.time, time); });
     return true;
 }
@@ -44,8 +44,8 @@ bool mt_PositionByTime(TraceStore& store, mt_Time time, StateTable* state, Block
 bool mt_PositionBehindEvents(TraceStore& store, uint32_t events, StateTable* state, BlockReader& reader) {
     if (is_empty(store, state)) return false;
     const auto last = static_cast<uint32_t>(store.blockTimes.size() - 1);
-    reader.nameQuery(positioning);
-    reader.startNear(std::min(last, events / store.checkpointInterval), state);
+    reader.NameQuery(positioning);
+    reader.StartNear(std::min(last, events / store.checkpointInterval), state);
     go_to(reader, state, [events](const EventRecord& event) { return event.sequence <= events; });
     return true;
 }
@@ -69,7 +69,7 @@ bool mt_GetEventListAndStateFromTimeRange(TraceStore& store, uint64_t key, bool 
                                 : mt_PositionBehindEvents(store, events_ahead(store, key), state, reader);
     if (!positioned) return false;
     cursor = {static_cast<uint32_t>(reader.position()), reader.sequence()};
-    reader.finishBlock();
+    reader.FinishBlock();
     return true;
 }
 
@@ -92,7 +92,7 @@ bool EventWalk::next(EventRecord& event) {
     if (!reader_->next(event) || (hasEnd_ && !mt_Earlier(event.time, end_)))
         return finish(reader_->gap() ? std::optional(*reader_->gap()) : std::nullopt);
     if (reader_->gap()) [[unlikely]]
-        reader_->takeStateBehindGap();
+        reader_->TakeStateBehindGap();
     --left_;
     return true;
 }
@@ -102,7 +102,7 @@ bool EventWalk::next(EventRecord& event) {
 bool EventWalk::finish(std::optional<mt_Gap> behind) {
     over_ = true;
     gapBehind_ = behind;
-    reader_->finishBlock();
+    reader_->FinishBlock();
     return false;
 }
 
@@ -112,7 +112,7 @@ const mt_Gap* EventWalk::gap() const {
 }
 
 bool EventWalk::resume() {
-    if (!over_ || !reader_ || hasEnd_ || left_ == 0 || gapBehind_ || reader_->isBroken()) return false;
+    if (!over_ || !reader_ || hasEnd_ || left_ == 0 || gapBehind_ || reader_->IsBroken()) return false;
     over_ = false;
     return true;
 }

@@ -41,18 +41,18 @@ struct Model {
         }
         before.push_back(state_of(state));
     }
-    size_t first_at(mt_Time t) const {
+    size_t FirstAt(mt_Time t) const {
         size_t i = 0;
         while (i < events.size() && events[i].time < t) ++i;
         return i;
     }
     size_t blocks() const { return (events.size() + interval - 1) / interval; }
-    size_t block_of(mt_Time t) const {
+    size_t BlockOf(mt_Time t) const {
         size_t block = blocks() - 1;
         while (block > 0 && events[block * interval].time >= t) --block;
         return block;
     }
-    void expect_same(const EventList& list, size_t from, size_t to) const {
+    void ExpectSame(const EventList& list, size_t from, size_t to) const {
         ASSERT_EQ(list.size(), to - from);
         for (size_t i = from; i < to; ++i) {
             const EventRecord& event = list[i - from];
@@ -64,16 +64,16 @@ struct Model {
         }
     }
     // The first event of a request by sequence, as an index: at multiples of the interval it is the next one.
-    size_t first_of(uint32_t sequence) const {
+    size_t FirstOf(uint32_t sequence) const {
         return std::min<size_t>(events.size(), sequence % interval == 0 ? sequence : sequence - 1);
     }
     // The objects that a range touches: known at t0, created in the block of t0 or of t1 before t1, and
     // whatever stood or came in the blocks between.
     std::vector<uint32_t> objects(mt_Time t0, mt_Time t1) const {
-        const size_t a = block_of(t0), b = block_of(t1);
+        const size_t a = BlockOf(t0), b = BlockOf(t1);
         std::set<uint32_t> ids;
-        for (const auto& [id, bytes] : before[first_at(t0)]) ids.insert(id);
-        for (size_t i = first_at(t0); i < std::min(events.size(), (b + 1) * interval); ++i) {
+        for (const auto& [id, bytes] : before[FirstAt(t0)]) ids.insert(id);
+        for (size_t i = FirstAt(t0); i < std::min(events.size(), (b + 1) * interval); ++i) {
             const bool inside = i / interval > a && i / interval < b;
             if (!inside && events[i].time >= t1) break;
             for (const auto& [id, bytes] : before[i + 1]) ids.insert(id);
@@ -84,11 +84,11 @@ struct Model {
 
 void expect_range(const Model& model, TraceStore& store, mt_Time t0, mt_Time t1) {
     SCOPED_TRACE(testing::Message() << t0 << " to " << t1 << " by " << model.interval);
-    const size_t from = model.first_at(t0), to = std::max(from, model.first_at(t1));
+    const size_t from = model.FirstAt(t0), to = std::max(from, model.FirstAt(t1));
     EventList list;
     StateTable state;
     ASSERT_TRUE(mt_GetEventsInTimeRange(store, t0, t1, list, state));
-    model.expect_same(list, from, to);
+    model.ExpectSame(list, from, to);
     EXPECT_EQ(state_of(state), model.before[from]);
     EXPECT_EQ(mt_GetObjectIdsUsedInTimeRange(store, 0, t0, t1), model.objects(t0, t1));
     for (const EventRecord& event : list) mt_ApplyEventToState(state, event);
@@ -97,11 +97,11 @@ void expect_range(const Model& model, TraceStore& store, mt_Time t0, mt_Time t1)
 
 void expect_sequence(const Model& model, TraceStore& store, uint32_t sequence) {
     SCOPED_TRACE(testing::Message() << sequence << " by " << model.interval);
-    const size_t from = model.first_of(sequence);
+    const size_t from = model.FirstOf(sequence);
     EventList list;
     StateTable state;
     ASSERT_TRUE(mt_GetEventsBySequence(store, sequence, 3, list, state));
-    model.expect_same(list, from, std::min(model.events.size(), from + 3));
+    model.ExpectSame(list, from, std::min(model.events.size(), from + 3));
     EXPECT_EQ(state_of(state), model.before[from]);
     EventWalk walk;
     EventRecord event;
@@ -233,7 +233,7 @@ TEST(TraceStore, ACutDataFileGivesTheEventsBeforeTheCut) {
         EventList list;
         StateTable state;
         mt_GetEventsInTimeRange(*store, 0, ~0ull >> 1, list, state);
-        model.expect_same(list, 0, list.size());
+        model.ExpectSame(list, 0, list.size());
         ASSERT_GE(list.size(), most);
         most = list.size();
         EXPECT_EQ(mt_GetEventCount(*store), list.size()) << "the last that can be read";

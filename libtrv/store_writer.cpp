@@ -46,35 +46,35 @@ struct StoreWriter::Impl {
         facts.checkpointInterval = std::max(1u, wanted.checkpointInterval);
         callback = with;
     }
-    bool opens_block() const { return eventsWritten % facts.checkpointInterval == 0; }
-    void put_checkpoint();
-    void begin_event(const mt_WriteRecord& record);
-    void index_checkpoint(mt_Time time, size_t start);
-    Result refuse_event(size_t start, const Result& why);
+    bool OpensBlock() const { return eventsWritten % facts.checkpointInterval == 0; }
+    void PutCheckpoint();
+    void BeginEvent(const mt_WriteRecord& record);
+    void IndexCheckpoint(mt_Time time, size_t start);
+    Result RefuseEvent(size_t start, const Result& why);
     Result commit();
-    Result commit_index();
-    bool keep_what_fitted(size_t bytes);
-    void cut_index();
+    Result CommitIndex();
+    bool KeepWhatFitted(size_t bytes);
+    void CutIndex();
     void reload();
-    bool last_block_offset(uint64_t& offset) const;
-    bool reload_block(GFile& file);
+    bool LastBlockOffset(uint64_t& offset) const;
+    bool ReloadBlock(GFile& file);
 };
 
 // ---- Packets
 
-void StoreWriter::Impl::put_checkpoint() {
+void StoreWriter::Impl::PutCheckpoint() {
     ByteBuffer& out = events.pending;
     out.put8(mt_PacketObjectsUsed);
-    out.put32(state.usedCount());
+    out.put32(state.UsedCount());
     out.put(state.used());
     out.put8(mt_PacketState);
     out.put32(state.table().size());
     out.put(state.table().image());
-    state.begin_block();
+    state.BeginBlock();
 }
 
-void StoreWriter::Impl::begin_event(const mt_WriteRecord& record) {
-    if (opens_block()) put_checkpoint();
+void StoreWriter::Impl::BeginEvent(const mt_WriteRecord& record) {
+    if (OpensBlock()) PutCheckpoint();
     constexpr size_t head = 17;
     uint8_t* at = events.pending.room(head + record.extra.size());
     at[0] = mt_PacketEvent;
@@ -86,7 +86,7 @@ void StoreWriter::Impl::begin_event(const mt_WriteRecord& record) {
     events.pending.took(head + record.extra.size());
 }
 
-void StoreWriter::Impl::index_checkpoint(mt_Time time, size_t start) {
+void StoreWriter::Impl::IndexCheckpoint(mt_Time time, size_t start) {
     uint8_t* at = index.pending.room(index_record);
     at[0] = 1;
     store_be64(at + 1, time);
@@ -96,29 +96,29 @@ void StoreWriter::Impl::index_checkpoint(mt_Time time, size_t start) {
 
 // ---- Commit and recovery
 
-Result StoreWriter::Impl::commit_index() {
+Result StoreWriter::Impl::CommitIndex() {
     if (index.pending.size() == 0) return {};
     size_t wrote = 0;
-    Result result = index.write_behind(wrote);
-    if (result.ok()) result = index.turn_terminator(index.pending.size());
-    if (!result.ok()) index.cut_back();  // the records stay pending and go with the next commit
+    Result result = index.WriteBehind(wrote);
+    if (result.ok()) result = index.TurnTerminator(index.pending.size());
+    if (!result.ok()) index.CutBack();  // the records stay pending and go with the next commit
     return result;
 }
 
 Result StoreWriter::Impl::commit() {
-    if (events.pending.size() == 0) return commit_index();
+    if (events.pending.size() == 0) return CommitIndex();
     size_t wrote = 0;
-    Result result = events.write_behind(wrote);
-    if (result.ok()) result = events.turn_terminator(events.pending.size());
-    if (!result.ok() && !keep_what_fitted(wrote)) return refusal = result;
+    Result result = events.WriteBehind(wrote);
+    if (result.ok()) result = events.TurnTerminator(events.pending.size());
+    if (!result.ok() && !KeepWhatFitted(wrote)) return refusal = result;
     if (!pendingEvents.empty()) committedTime = pendingEvents.back().time;
     pendingEvents.clear();
-    return commit_index();
+    return CommitIndex();
 }
 
 // The device took only so many bytes behind the terminator: the whole events among them are kept, the rest is
 // dropped, and the state is read back from what is kept. True when all could be kept after all.
-bool StoreWriter::Impl::keep_what_fitted(size_t bytes) {
+bool StoreWriter::Impl::KeepWhatFitted(size_t bytes) {
     const auto end_of = [this](size_t event) {
         return event + 1 < pendingEvents.size() ? pendingEvents[event + 1].start : events.pending.size();
     };
@@ -127,35 +127,35 @@ bool StoreWriter::Impl::keep_what_fitted(size_t bytes) {
     size_t kept = 0;
     while (kept < pendingEvents.size() && end_of(kept) <= bytes) ++kept;
     const size_t size = kept == 0 ? 0 : end_of(kept - 1);
-    if (kept > 0 && !(events.end_behind(size).ok() && events.turn_terminator(size).ok())) kept = 0;
+    if (kept > 0 && !(events.EndBehind(size).ok() && events.TurnTerminator(size).ok())) kept = 0;
     const size_t lost = pendingEvents.size() - kept;
     if (kept > 0) committedTime = pendingEvents[kept - 1].time;
     if (lost == 0) return true;
     refused += lost;
     eventsWritten -= static_cast<uint32_t>(lost);
     events.pending.cut(0);
-    events.cut_back();
+    events.CutBack();
     pendingEvents.clear();
-    cut_index();
-    static_cast<void>(commit_index());  // a record that finds no room stays pending
+    CutIndex();
+    static_cast<void>(CommitIndex());  // a record that finds no room stays pending
     reload();
     return false;
 }
 
 // Index records of blocks whose first event was dropped go too.
-void StoreWriter::Impl::cut_index() {
+void StoreWriter::Impl::CutIndex() {
     const uint32_t interval = facts.checkpointInterval;
     const uint32_t blocks = eventsWritten / interval + (eventsWritten % interval != 0 ? 1 : 0);
     const auto indexed = static_cast<uint32_t>((index.terminator - mt_HeaderSize) / index_record);
     index.pending.cut((blocks - indexed) * index_record);
 }
 
-bool StoreWriter::Impl::last_block_offset(uint64_t& offset) const {
+bool StoreWriter::Impl::LastBlockOffset(uint64_t& offset) const {
     uint8_t last[4];
     const uint8_t* at = last;
     if (index.pending.size() > 0)
         at = index.pending.data() + index.pending.size() - 4;
-    else if (index.device->read_at(index.terminator - 4, last) != 4)
+    else if (index.device->ReadAt(index.terminator - 4, last) != 4)
         return false;
     offset = load_be32(at);
     return true;
@@ -167,23 +167,23 @@ void StoreWriter::Impl::reload() {
     if (eventsWritten == 0) return;
     uint64_t offset = 0;
     const auto file = GFile::OnDevice(*events.device, events.name);
-    bool whole = last_block_offset(offset);
+    bool whole = LastBlockOffset(offset);
     if (whole) {
         file->seek(offset);
-        whole = reload_block(*file);
+        whole = ReloadBlock(*file);
     }
     if (!whole) end = Result::failure("the state could not be read back after a failed write", events.name);
     state.regroup();
 }
 
 // False when it does not lead to the terminator.
-bool StoreWriter::Impl::reload_block(GFile& file) {
+bool StoreWriter::Impl::ReloadBlock(GFile& file) {
     EventRecord event;
     for (bool whole = true; whole && file.fill(1);) {
         switch (file.u8()) {
             case mt_PacketState:
                 whole = mt_ReadStateTable(file, state.loading());
-                state.load_begun();
+                state.LoadBegun();
                 break;
             case mt_PacketObjectsUsed:
                 mt_SkipObjectsUsed(file);
@@ -191,7 +191,7 @@ bool StoreWriter::Impl::reload_block(GFile& file) {
             case mt_PacketEvent:
                 whole = mt_ReadEvent(file, event);
                 if (!whole) break;
-                state.load_event(event);
+                state.LoadEvent(event);
                 break;
             default:
                 return file.tell() == events.terminator + 1;
@@ -201,7 +201,7 @@ bool StoreWriter::Impl::reload_block(GFile& file) {
 }
 
 // Takes back the event that was begun, commits those before it, and reads the state back.
-Result StoreWriter::Impl::refuse_event(size_t start, const Result& why) {
+Result StoreWriter::Impl::RefuseEvent(size_t start, const Result& why) {
     pendingEvents.pop_back();
     events.pending.cut(start);
     ++refused;
@@ -261,15 +261,15 @@ Result StoreWriter::AppendEvent(mt_Time time, uint16_t type, uint16_t subtype,
     const size_t start = s.events.pending.size();
     const mt_WriteRecord record{time, event_counter++, type, subtype, extra};
     s.pendingEvents.push_back({start, time});
-    s.begin_event(record);
+    s.BeginEvent(record);
     const bool tracked = s.callback(*this, record);
     s.events.pending.put8(mt_ChangeEnd);
-    if (!tracked) return s.refuse_event(start, Result::failure("the event was not accepted", s.events.name));
+    if (!tracked) return s.RefuseEvent(start, Result::failure("the event was not accepted", s.events.name));
     if (s.events.terminator + s.events.pending.size() > s.offsetLimit) {
         s.end = Result::failure("the store is full: its offsets end at four gigabytes", s.events.name);
-        return s.refuse_event(start, Result(s.end));
+        return s.RefuseEvent(start, Result(s.end));
     }
-    if (s.opens_block()) s.index_checkpoint(time, start);
+    if (s.OpensBlock()) s.IndexCheckpoint(time, start);
     ++s.eventsWritten;
     if (s.events.pending.size() < s.groupBytes) return {};
     const uint64_t refused = s.refused;
@@ -302,13 +302,13 @@ Result StoreWriter::Close() {
     return result;
 }
 
-uint32_t StoreWriter::eventsWritten() const {
+uint32_t StoreWriter::EventsWritten() const {
     return impl_->eventsWritten;
 }
-uint64_t StoreWriter::eventsRefused() const {
+uint64_t StoreWriter::EventsRefused() const {
     return impl_->refused;
 }
-std::optional<mt_Time> StoreWriter::lastTime() const {
+std::optional<mt_Time> StoreWriter::LastTime() const {
     const auto& pending = impl_->pendingEvents;
     return pending.empty() ? impl_->committedTime : pending.back().time;
 }
@@ -370,7 +370,7 @@ void StoreWriter::RecordModified(uint16_t objectType, uint32_t objectId, uint16_
 
 void StoreWriter::RecordModifiedAt(uint32_t position, uint16_t offset, std::span<const uint8_t> bytes) {
     impl_->state.modify(position, offset, bytes);
-    put_modify(impl_->events.pending, state().entry(position).objectType, state().id_at(position), offset,
+    put_modify(impl_->events.pending, state().entry(position).objectType, state().IdAt(position), offset,
                bytes);
 }
 

@@ -65,15 +65,15 @@ class StoreWriter {
     // second call does nothing.
     Result Close();
 
-    uint32_t eventsWritten() const;  // committed and pending
-    uint64_t eventsRefused() const;  // appended, but not stored
+    uint32_t EventsWritten() const;  // committed and pending
+    uint64_t EventsRefused() const;  // appended, but not stored
     // Time of the last event that is stored or pending; nothing for an empty store.
-    std::optional<mt_Time> lastTime() const;
+    std::optional<mt_Time> LastTime() const;
     // Why events were refused, the last time that it happened.
     const Result& refusal() const;
     const std::string& base() const;
     const StoreFacts& facts() const;
-    bool bigEndianTarget() const { return facts().bigEndianTarget; }
+    bool BigEndianTarget() const { return facts().bigEndianTarget; }
 
     // For callbacks: the state of all objects now, and its changes. Each change is applied and then written.
     // A create of a key that is in already changes nothing but is written all the same.

@@ -75,7 +75,7 @@ bool mt_TailHidesEvents(FileDevice& device, uint64_t mark, bool atBlockEnd, mt_T
     const uint64_t size = device.size();
     if (size <= mark + mt_LeastTail) return false;
     std::vector<uint8_t> bytes(static_cast<size_t>(std::min<uint64_t>(size - mark, most_looked_at)));
-    const int64_t got = device.read_at(mark, bytes);
+    const int64_t got = device.ReadAt(mark, bytes);
     if (got <= int64_t{mt_LeastTail}) return false;
     const bool whole = static_cast<uint64_t>(got) == size - mark;
     const std::span<const uint8_t> tail(bytes.data(), static_cast<size_t>(got));

@@ -26,32 +26,32 @@ class TaskEditor {
   public:
     TaskEditor(StoreWriter& writer, uint32_t position) : writer_(writer), position_(position) {}
 
-    const uint8_t* block() const { return writer_.state().block_at(position_); }
+    const uint8_t* block() const { return writer_.state().BlockAt(position_); }
     void put(uint32_t offset, std::span<const uint8_t> bytes) {
         writer_.RecordModifiedAt(position_, static_cast<uint16_t>(offset), bytes);
     }
-    void put_valid(uint32_t offset) {
+    void PutValid(uint32_t offset) {
         const uint8_t one[1] = {1};
         if (block()[offset] == 0) put(offset, one);
     }
-    void put_status(uint16_t status) {
+    void PutStatus(uint16_t status) {
         uint8_t bytes[2];
         store_be16(bytes, status);
         put(mt_TaskStatus, bytes);
     }
-    void update_status(uint16_t status) {
-        if (load_be16(block() + mt_TaskStatus) != status) put_status(status);
-        put_valid(mt_TaskStatusValid);
+    void UpdateStatus(uint16_t status) {
+        if (load_be16(block() + mt_TaskStatus) != status) PutStatus(status);
+        PutValid(mt_TaskStatusValid);
     }
-    void update_priority(uint32_t priority) {
+    void UpdatePriority(uint32_t priority) {
         uint8_t bytes[4];
         store_be32(bytes, priority);
         if (std::memcmp(block() + mt_TaskPriority, bytes, 4) != 0) put(mt_TaskPriority, bytes);
-        put_valid(mt_TaskPriorityValid);
+        PutValid(mt_TaskPriorityValid);
     }
     // The terminator is written with the text; a text of full length thereby clears the valid byte behind its
     // field, which is set again at once.
-    void update_text(uint32_t offset, uint32_t valid, const NameBytes& text, bool& differs) {
+    void UpdateText(uint32_t offset, uint32_t valid, const NameBytes& text, bool& differs) {
         const auto length = static_cast<size_t>(std::find(text.begin(), text.end(), 0) - text.begin());
         for (size_t i = 0; i < length && !differs; ++i)
             differs = int{static_cast<int8_t>(block()[offset + i])} != int{text[i]};
@@ -60,7 +60,7 @@ class TaskEditor {
             std::copy_n(text.begin(), length, bytes.begin());
             put(offset, {bytes.data(), length + 1});
         }
-        put_valid(valid);
+        PutValid(valid);
     }
 
   private:
@@ -100,23 +100,23 @@ void task_change(StoreWriter& writer, uint32_t id) {
     fields.status = mt_Running;
     const uint32_t position = ensure(writer, id, fields, existed);
     // Whoever runs in the group stops, the task itself included: one that this event creates is left ready.
-    while (!writer.running(id).empty()) TaskEditor(writer, writer.running(id).front()).put_status(mt_Ready);
+    while (!writer.running(id).empty()) TaskEditor(writer, writer.running(id).front()).PutStatus(mt_Ready);
     if (!existed) return;
     TaskEditor task(writer, position);
-    task.put_status(mt_Running);
-    task.put_valid(mt_TaskStatusValid);
+    task.PutStatus(mt_Running);
+    task.PutValid(mt_TaskStatusValid);
 }
 
 void stop_group(StoreWriter& writer, uint32_t id) {
-    for (const uint32_t position : writer.group(id)) TaskEditor(writer, position).put_status(mt_Stopped);
+    for (const uint32_t position : writer.group(id)) TaskEditor(writer, position).PutStatus(mt_Stopped);
 }
 
 void status_change(StoreWriter& writer, uint32_t id, const TaskFields& fields) {
     bool existed = false;
     TaskEditor task(writer, ensure(writer, id, fields, existed));
     if (!existed) return;
-    task.update_status(*fields.status);
-    if (fields.priority) task.update_priority(*fields.priority);
+    task.UpdateStatus(*fields.status);
+    if (fields.priority) task.UpdatePriority(*fields.priority);
 }
 
 NameBytes text_at(std::span<const uint8_t> extra, size_t offset) {
@@ -133,11 +133,11 @@ void refresh(StoreWriter& writer, uint32_t id, TaskFields fields, std::span<cons
     bool existed = false;
     TaskEditor task(writer, ensure(writer, id, fields, existed));
     if (!existed) return;
-    task.update_status(*fields.status);
-    task.update_priority(fields.priority.value_or(0));
+    task.UpdateStatus(*fields.status);
+    task.UpdatePriority(fields.priority.value_or(0));
     bool differs = false;  // shared: a changed name rewrites the prefix too
-    task.update_text(mt_TaskName, mt_TaskNameValid, *fields.name, differs);
-    if (fields.prefix) task.update_text(mt_TaskPrefix, mt_TaskPrefixValid, *fields.prefix, differs);
+    task.UpdateText(mt_TaskName, mt_TaskNameValid, *fields.name, differs);
+    if (fields.prefix) task.UpdateText(mt_TaskPrefix, mt_TaskPrefixValid, *fields.prefix, differs);
 }
 
 }  // namespace
@@ -145,7 +145,7 @@ void refresh(StoreWriter& writer, uint32_t id, TaskFields fields, std::span<cons
 bool TaskTracker(StoreWriter& writer, const mt_WriteRecord& record) {
     constexpr uint16_t stop_subtype = 8;
     const std::span<const uint8_t> extra = record.extra;
-    const uint32_t id = extra.size() >= 4 ? load_32(extra.data(), writer.bigEndianTarget()) : 0;
+    const uint32_t id = extra.size() >= 4 ? load_32(extra.data(), writer.BigEndianTarget()) : 0;
     TaskFields fields;
     bool existed = false;
     switch (record.type) {
@@ -163,7 +163,7 @@ bool TaskTracker(StoreWriter& writer, const mt_WriteRecord& record) {
                 return true;
             }
             fields.status = record.subtype;
-            if (extra.size() >= 8) fields.priority = load_32(extra.data() + 4, writer.bigEndianTarget());
+            if (extra.size() >= 8) fields.priority = load_32(extra.data() + 4, writer.BigEndianTarget());
             if (record.type == mt_Refresh)
                 refresh(writer, id, fields, extra);
             else

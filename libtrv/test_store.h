@@ -34,13 +34,13 @@ class MemoryDevice : public FileDevice {
   public:
     explicit MemoryDevice(std::shared_ptr<Bytes> bytes, size_t room = SIZE_MAX)
         : bytes_(std::move(bytes)), room_(room) {}
-    int64_t read_at(uint64_t offset, std::span<uint8_t> out) override {
+    int64_t ReadAt(uint64_t offset, std::span<uint8_t> out) override {
         if (offset >= bytes_->size()) return 0;
         const size_t n = std::min(out.size(), bytes_->size() - offset);
         std::copy_n(bytes_->begin() + static_cast<ptrdiff_t>(offset), n, out.begin());
         return static_cast<int64_t>(n);
     }
-    DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> in) override {
+    DeviceWrite WriteAt(uint64_t offset, std::span<const uint8_t> in) override {
         if (failing_ > 0 && --failing_ == 0) return {0, EIO};
         if (offset >= room_) return {0, ENOSPC};
         const size_t n = std::min<size_t>(in.size(), room_ - offset);
@@ -54,10 +54,10 @@ class MemoryDevice : public FileDevice {
     }
     uint64_t size() override { return bytes_->size(); }
     int sync() override { return sync_; }
-    void set_room(size_t room) { room_ = room; }
+    void SetRoom(size_t room) { room_ = room; }
     // The n-th write from now fails once, without a byte.
-    void fail_write(int n) { failing_ = n; }
-    void set_sync(int error) { sync_ = error; }
+    void FailWrite(int n) { failing_ = n; }
+    void SetSync(int error) { sync_ = error; }
 
   private:
     std::shared_ptr<Bytes> bytes_;

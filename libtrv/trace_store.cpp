@@ -66,7 +66,7 @@ Result read_version(TraceStore& store) {
     store.bigEndian = file.u8() != 0;
     store.checkpointInterval = store.formatVersion >= 2 ? file.u32() : mt_CheckpointInterval;
     if (file.error() != 0) return Result::system(file.name(), file.error());
-    if (!file.at_end()) return {};
+    if (!file.AtEnd()) return {};
     store.checkpointInterval = mt_CheckpointInterval;
     store.ticksPerSecond = std::max(1u, store.ticksPerSecond);
     note_version(store, "the file ends within what it has to say",
@@ -197,30 +197,30 @@ void read_to_end(TraceStore& store) {
 // Whether the tail reader stands at the end mark still.
 bool is_at_end(TraceStore& store) {
     uint8_t mark[1] = {mt_PacketEvent};
-    return store.tailReader && !store.tailReader->isBroken() &&
+    return store.tailReader && !store.tailReader->IsBroken() &&
            store.tailReader->block() + 1 >= store.blockOffsets.size() &&
-           store.events->device().read_at(store.tailReader->position(), mark) == 1 && mark[0] == mt_PacketEnd;
+           store.events->device().ReadAt(store.tailReader->position(), mark) == 1 && mark[0] == mt_PacketEnd;
 }
 
 // Brings the tail reader to the last event that can be read.
 void read_tail(TraceStore& store) {
     if (store.blockTimes.empty() || is_at_end(store)) return;
     if (store.tailReader) read_to_end(store);
-    if (!store.tailReader || store.tailReader->isBroken()) {
+    if (!store.tailReader || store.tailReader->IsBroken()) {
         store.tailReader = std::make_unique<BlockReader>(store);
         // A block that gives no event leaves the last one to the block before.
         for (uint32_t block = last_block_in_file(store);; --block) {
-            const bool started = store.tailReader->startNear(block, nullptr);
+            const bool started = store.tailReader->StartNear(block, nullptr);
             const uint32_t before = store.tailReader->sequence();
             if (started) read_to_end(store);
             if (store.tailReader->sequence() > before || block == 0) break;
-            block = std::min(block, store.tailReader->firstBlock());
+            block = std::min(block, store.tailReader->FirstBlock());
             if (block == 0) break;
         }
     }
     const BlockReader& reader = *store.tailReader;
-    store.tail = reader.isBroken() ? store.events->device().size() : reader.position();
-    tell_late_times(store, reader.lastTime());
+    store.tail = reader.IsBroken() ? store.events->device().size() : reader.position();
+    tell_late_times(store, reader.LastTime());
 }
 
 }  // namespace
@@ -231,7 +231,7 @@ mt_LastBlock mt_ScanLastBlock(TraceStore& store) {
     const BlockReader& reader = *store.tailReader;
     const uint64_t before = (store.blockTimes.size() - 1) * uint64_t{store.checkpointInterval};
     if (reader.sequence() <= before) return {};
-    return {static_cast<uint32_t>(reader.sequence() - before), reader.lastTime()};
+    return {static_cast<uint32_t>(reader.sequence() - before), reader.LastTime()};
 }
 
 mt_Range mt_GetTimeRange(TraceStore& store) {
@@ -239,7 +239,7 @@ mt_Range mt_GetTimeRange(TraceStore& store) {
     read_tail(store);
     const mt_Time first = store.blockTimes.empty() ? 0 : store.blockTimes.front();
     const bool any = store.tailReader && store.tailReader->sequence() > 0;
-    return {first, (any ? store.tailReader->lastTime() : first) + 1};
+    return {first, (any ? store.tailReader->LastTime() : first) + 1};
 }
 
 uint32_t mt_GetEventCount(TraceStore& store) {

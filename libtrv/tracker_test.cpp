@@ -16,7 +16,7 @@ struct Tracked {
         const size_t before = events->size();
         EXPECT_TRUE(writer->AppendEvent(0, type, subtype, extra));
         // The event's changes lie between its extra data and the end mark and terminator.
-        const size_t checkpoint = writer->eventsWritten() == 1 ? 10 : 0;
+        const size_t checkpoint = writer->EventsWritten() == 1 ? 10 : 0;
         const size_t from = before - 1 + checkpoint + 17 + extra.size();
         std::string text;
         StateChange change;
@@ -35,7 +35,7 @@ struct Tracked {
     }
     int status(uint32_t id) {
         const uint32_t at = writer->state().find(0, id);
-        return at == StateTable::npos ? -1 : load_be16(writer->state().block_at(at));
+        return at == StateTable::npos ? -1 : load_be16(writer->state().BlockAt(at));
     }
 };
 
@@ -78,6 +78,6 @@ TEST(TaskTracker, RefreshComparesNamesByTheNewOnesLength) {
     const std::string full(31, 'x');
     const std::string changes = t.append(mt_Refresh, 0, refresh_extra(5, 2, full));
     EXPECT_EQ(changes.substr(changes.size() - 11), "00 5@40=01 ");
-    EXPECT_EQ(t.writer->state().block_at(0)[mt_TaskNameValid], 1);
+    EXPECT_EQ(t.writer->state().BlockAt(0)[mt_TaskNameValid], 1);
     EXPECT_EQ(t.append(mt_Refresh, 3, words({7, 4})), "+7 ");  // cut short: an empty name
 }

@@ -17,7 +17,7 @@ class WriterState {
     const StateTable& table() const { return table_; }
     // The keys of the block in progress in packet form, each once; count of them.
     std::span<const uint8_t> used() const { return {used_.data(), used_.size()}; }
-    uint32_t usedCount() const;
+    uint32_t UsedCount() const;
     // Positions in the table of the tasks of a group: all of them, and those whose status is running.
     const std::vector<uint32_t>& group(uint32_t id) const { return group_[id & mt_GroupMask]; }
     const std::vector<uint32_t>& running(uint32_t id) const { return running_[id & mt_GroupMask]; }
@@ -29,19 +29,17 @@ class WriterState {
     void remove(uint16_t type, uint32_t id);
 
     // The next block starts with every object now known.
-    void begin_block();
+    void BeginBlock();
     // Takes over a block's state as it was read from the store, then its events one by one, then regroup.
     StateTable& loading() { return table_; }
-    void load_begun();
-    void load_event(const EventRecord& event);
+    void LoadBegun();
+    void LoadEvent(const EventRecord& event);
     void regroup();
 
   private:
-    void enter_used(uint16_t type, uint32_t id);
-    bool is_task(uint32_t position) const;
-    uint16_t status_of(uint32_t position) const {
-        return load_be16(table_.block_at(position) + mt_TaskStatus);
-    }
+    void EnterUsed(uint16_t type, uint32_t id);
+    bool IsTask(uint32_t position) const;
+    uint16_t StatusOf(uint32_t position) const { return load_be16(table_.BlockAt(position) + mt_TaskStatus); }
 
     StateTable table_;
     ByteBuffer used_;

@@ -68,16 +68,16 @@ TEST(StoreWriter, KeepsWholeEventsAndTheirStateWhenTheDeviceIsFull) {
         for (size_t room = 21; room < whole.first.size(); room += 1217) {
             InMemory store;
             store.writer->SetGrouping(group);
-            store.device->set_room(room);
+            store.device->SetRoom(room);
             size_t appended = 0;
             while (appended < events.size() && store.append(events[appended])) ++appended;
             if (appended == events.size()) {
                 EXPECT_FALSE(store.writer->Commit());
             }
-            const uint32_t kept = store.writer->eventsWritten();
-            ASSERT_EQ(kept + store.writer->eventsRefused(), std::min(appended + 1, events.size()));
+            const uint32_t kept = store.writer->EventsWritten();
+            ASSERT_EQ(kept + store.writer->EventsRefused(), std::min(appended + 1, events.size()));
             ASSERT_EQ(store.writer->refusal().text(), ".trs: No space left on device");
-            ASSERT_EQ(store.writer->lastTime(),
+            ASSERT_EQ(store.writer->LastTime(),
                       kept == 0 ? std::nullopt : std::optional(events[kept - 1].time));
             // What is there is the store of a prefix, and as much of it as there was room for.
             ASSERT_EQ(std::make_pair(*store.events, *store.index), store_of(events, kept, 0)) << room;
@@ -85,7 +85,7 @@ TEST(StoreWriter, KeepsWholeEventsAndTheirStateWhenTheDeviceIsFull) {
                 ASSERT_GT(store_of(events, kept + 1, 0).first.size(), room);
             }
             // With room again, appending goes on as if nothing had happened.
-            store.device->set_room(SIZE_MAX);
+            store.device->SetRoom(SIZE_MAX);
             for (size_t i = kept; i < events.size(); ++i) ASSERT_TRUE(store.append(events[i]));
             ASSERT_TRUE(store.writer->Commit());
             ASSERT_EQ(std::make_pair(*store.events, *store.index), whole);
@@ -96,12 +96,12 @@ TEST(StoreWriter, KeepsWholeEventsAndTheirStateWhenTheDeviceIsFull) {
 TEST(StoreWriter, IndexRecordsThatFoundNoRoomFollowLater) {
     const auto events = random_events(3, 450);
     InMemory store;
-    store.indexDevice->set_room(40);
+    store.indexDevice->SetRoom(40);
     for (const TestEvent& event : events) EXPECT_TRUE(store.append(event));
     EXPECT_EQ(store.index->size(), 34u);  // one whole record and its terminator
     EXPECT_EQ(store.writer->Commit().text(), ".tri: No space left on device");
-    EXPECT_EQ(store.writer->eventsRefused(), 0u);
-    store.indexDevice->set_room(SIZE_MAX);
+    EXPECT_EQ(store.writer->EventsRefused(), 0u);
+    store.indexDevice->SetRoom(SIZE_MAX);
     EXPECT_TRUE(store.writer->Commit());
     EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, events.size(), 0));
 }
@@ -114,8 +114,8 @@ TEST(StoreWriter, RefusesWhatLiesPastTheLastOffset) {
     size_t taken = 0;
     for (const TestEvent& event : events) taken += store.append(event);
     EXPECT_TRUE(store.writer->Commit());
-    EXPECT_EQ(store.writer->eventsWritten(), taken);
-    EXPECT_EQ(store.writer->eventsRefused(), events.size() - taken);
+    EXPECT_EQ(store.writer->EventsWritten(), taken);
+    EXPECT_EQ(store.writer->EventsRefused(), events.size() - taken);
     EXPECT_NE(store.writer->refusal().what().find("four gigabytes"), std::string::npos);
     EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, taken, 0));
     EXPECT_LE(store.events->size(), 9001u);
@@ -182,20 +182,20 @@ TEST(StoreWriter, ATransientFailureOfAWriteLosesItsGroupAndWhatClosingMeetsIsTol
     for (int n = 1; n < 30; ++n) {
         InMemory store;
         store.writer->SetGrouping(2000);
-        store.device->fail_write(n);
+        store.device->FailWrite(n);
         size_t taken = 0;
         while (taken < events.size() && store.append(events[taken])) ++taken;
         const Result closed = store.writer->Close();
-        const uint32_t kept = store.writer->eventsWritten();
+        const uint32_t kept = store.writer->EventsWritten();
         ASSERT_EQ(std::make_pair(*store.events, *store.index), store_of(events, kept, 0)) << n;
         ASSERT_EQ(kept == events.size(), store.writer->refusal().ok()) << n;
         ASSERT_TRUE(kept == events.size() || taken < events.size() || !closed.ok()) << n;
-        ASSERT_EQ(kept + store.writer->eventsRefused(), std::min(taken + 1, events.size())) << n;
+        ASSERT_EQ(kept + store.writer->EventsRefused(), std::min(taken + 1, events.size())) << n;
     }
     for (const bool index : {false, true}) {
         InMemory store;
         for (const TestEvent& event : events) ASSERT_TRUE(store.append(event));
-        (index ? store.indexDevice : store.device)->set_sync(EIO);
+        (index ? store.indexDevice : store.device)->SetSync(EIO);
         EXPECT_EQ(store.writer->Close().text(),
                   std::string(index ? ".tri" : ".trs") + ": the disk did not keep it: Input/output error");
         EXPECT_TRUE(store.writer->Close().ok());

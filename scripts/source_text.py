@@ -48,7 +48,7 @@ class Piece:
 
     @property
     def overrides(self):
-        return bool(re.search(r"\boverride\b|\bfinal\b|^\s*friend\b", self.heading))
+        return bool(re.search(r"\boverride\b|\bfinal\b|\bfriend\b", self.heading))
 
 
 def kind_of_brace(before, within):

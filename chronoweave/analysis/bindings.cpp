@@ -47,7 +47,7 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             self->enable();
         };
         model_.onSelect = [self](const std::string&) {
-            self->takeSelection();
+            self->TakeSelection();
             self->enable();
         };
         model_.onActivate = [self](const std::string& list, int row) {
@@ -62,12 +62,12 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
     }
 
   private:
-    static std::vector<DialogRow> rowsOf(const std::vector<laHideRow>& rows) {
+    static std::vector<DialogRow> RowsOf(const std::vector<laHideRow>& rows) {
         std::vector<DialogRow> shown;
         for (const laHideRow& row : rows) shown.push_back({{row.name, row.id}, row.data});
         return shown;
     }
-    void takeSelection() {
+    void TakeSelection() {
         const auto take = [&](const char* list, std::vector<laHideRow>& rows) {
             const std::vector<uint64_t> ids = model_.selectedIds(list);
             const std::set<uint64_t> selected(ids.begin(), ids.end());
@@ -81,15 +81,15 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             model_.setEnabled(button, logic_.Enabled(button));
     }
     void show() {
-        model_.setRows("to_show", rowsOf(logic_.toShow));
-        model_.setRows("to_hide", rowsOf(logic_.toHide));
+        model_.setRows("to_show", RowsOf(logic_.toShow));
+        model_.setRows("to_hide", RowsOf(logic_.toHide));
         model_.setText("pattern", logic_.pattern);
         enable();
     }
     void press(const std::string& name) {
-        takeSelection();
+        TakeSelection();
         laCanvas_Paint(canvas_, [&] { logic_.Press(name); });
-        if (logic_.isOpen())
+        if (logic_.IsOpen())
             show();
         else
             model_.close(name == "ok" ? accepted : cancelled);

@@ -55,7 +55,7 @@ std::vector<DialogItem> items() {
 
 // The least size holds the menu line, too. The picture takes what is left below the tool bar.
 void add_sizes(LayoutBuilder& layout) {
-    layout.LeastWidths(
+    layout.leastWidths(
         {{.of = {"changeunit", "TickPattern", "TickUnit", "TotalLength"}, .pixels = 42},
          {.of = {"t_view", "tl_view_from", "tf_view_from", "tl_view_to", "tf_view_to", "tl_view_len",
                  "tf_view_len"},
@@ -65,64 +65,64 @@ void add_sizes(LayoutBuilder& layout) {
          {.of = {"Progress"}, .pixels = 20, .letters = 40},
          {.pixels = 153, .lines = 3, .bars = 1}});
     const LayoutItems rows = {"TraxBtns", "Overview", "changeunit", "info_rect", "Progress"};
-    layout.LeastHeight({.of = rows, .pixels = 23, .lines = 9, .bars = 1});
-    layout.FirstWidths({{.letters = 120}});
-    layout.FirstHeight({.lines = 36});
-    layout.FillWidth("TraxBtns", {});
-    layout.FillWidth("Overview", {});
-    layout.Height("Overview", {.pixels = 4, .lines = 2});
-    layout.Width("Progress", {.letters = 20});
-    layout.FillWidth("ts_info", {.less = {"Progress"}, .gaps = 20});
-    layout.FillWidth("info_rect", {.gaps = 8});
-    layout.Height("info_rect", {.of = {"tf_view_from", "tf_sel_from"}, .pixels = 12});
-    layout.FillWidth("DataCanvas", {});
-    layout.FillHeight("DataCanvas", {.less = rows, .gaps = 16});
+    layout.leastHeight({.of = rows, .pixels = 23, .lines = 9, .bars = 1});
+    layout.firstWidths({{.letters = 120}});
+    layout.firstHeight({.lines = 36});
+    layout.fillWidth("TraxBtns", {});
+    layout.fillWidth("Overview", {});
+    layout.height("Overview", {.pixels = 4, .lines = 2});
+    layout.width("Progress", {.letters = 20});
+    layout.fillWidth("ts_info", {.less = {"Progress"}, .gaps = 20});
+    layout.fillWidth("info_rect", {.gaps = 8});
+    layout.height("info_rect", {.of = {"tf_view_from", "tf_sel_from"}, .pixels = 12});
+    layout.fillWidth("DataCanvas", {});
+    layout.fillHeight("DataCanvas", {.less = rows, .gaps = 16});
 }
 
 // The fields, one row under the other in common columns.
 void place_fields(LayoutBuilder& layout) {
-    layout.Above({.items = {"info_rect"}, .of = "Progress", .gap = 4});
-    layout.Left({.items = {"info_rect"}, .gap = 4});
-    layout.Bottom({.items = {"tf_sel_from", "tf_sel_to", "tf_sel_len"}, .of = "info_rect", .gap = 4});
-    layout.Above({.items = {"tf_view_from", "tf_view_to", "tf_view_len"}, .of = "tf_sel_from", .gap = 4});
-    layout.Baseline({"t_sel", "tl_sel_from", "tl_sel_to", "tl_sel_len"}, "tf_sel_from");
-    layout.Baseline({"t_view", "tl_view_from", "tl_view_to", "tl_view_len"}, "tf_view_from");
-    layout.Tie({.items = {"t_view", "t_sel"},
+    layout.above({.items = {"info_rect"}, .of = "Progress", .gap = 4});
+    layout.left({.items = {"info_rect"}, .gap = 4});
+    layout.bottom({.items = {"tf_sel_from", "tf_sel_to", "tf_sel_len"}, .of = "info_rect", .gap = 4});
+    layout.above({.items = {"tf_view_from", "tf_view_to", "tf_view_len"}, .of = "tf_sel_from", .gap = 4});
+    layout.baseline({"t_sel", "tl_sel_from", "tl_sel_to", "tl_sel_len"}, "tf_sel_from");
+    layout.baseline({"t_view", "tl_view_from", "tl_view_to", "tl_view_len"}, "tf_view_from");
+    layout.tie({.items = {"t_view", "t_sel"},
                 .of = "info_rect",
                 .pixels = 8,
                 .together = PlacerEdge::Right,
                 .theirs = PlacerEdge::Left,
                 .others = PlacerEdge::Left});
-    layout.RightOf({.items = {"tl_view_from", "tl_sel_from"}, .of = "t_view", .gap = 12});
-    layout.RightOf({.items = {"tf_view_from", "tf_sel_from"}, .of = "tl_view_from", .gap = 6});
-    layout.RightOf({.items = {"tl_view_to", "tl_sel_to"}, .of = "tf_view_from", .gap = 12});
-    layout.RightOf({.items = {"tf_view_to", "tf_sel_to"}, .of = "tl_view_to", .gap = 6});
-    layout.RightOf({.items = {"tl_view_len", "tl_sel_len"}, .of = "tf_view_to", .gap = 12});
-    layout.RightOf({.items = {"tf_view_len", "tf_sel_len"}, .of = "tl_view_len", .gap = 6});
+    layout.rightOf({.items = {"tl_view_from", "tl_sel_from"}, .of = "t_view", .gap = 12});
+    layout.rightOf({.items = {"tf_view_from", "tf_sel_from"}, .of = "tl_view_from", .gap = 6});
+    layout.rightOf({.items = {"tl_view_to", "tl_sel_to"}, .of = "tf_view_from", .gap = 12});
+    layout.rightOf({.items = {"tf_view_to", "tf_sel_to"}, .of = "tl_view_to", .gap = 6});
+    layout.rightOf({.items = {"tl_view_len", "tl_sel_len"}, .of = "tf_view_to", .gap = 12});
+    layout.rightOf({.items = {"tf_view_len", "tf_sel_len"}, .of = "tl_view_len", .gap = 6});
 }
 
 // Rows from the bottom up: message line, fields of the selection, fields of the view, unit, overview.
 std::vector<std::string> layout_lines() {
     LayoutBuilder layout;
     add_sizes(layout);
-    layout.Top({.items = {"TraxBtns"}, .gap = 0});
-    layout.Left({.items = {"TraxBtns", "DataCanvas", "Overview"}, .gap = 0});
-    layout.Below({.items = {"DataCanvas"}, .of = "TraxBtns", .gap = 0});
+    layout.top({.items = {"TraxBtns"}, .gap = 0});
+    layout.left({.items = {"TraxBtns", "DataCanvas", "Overview"}, .gap = 0});
+    layout.below({.items = {"DataCanvas"}, .of = "TraxBtns", .gap = 0});
     // Message line and progress.
-    layout.Bottom({.items = {"Progress"}, .gap = 4});
-    layout.Right({.items = {"Progress"}, .gap = 4});
-    layout.Middle({"ts_info"}, "Progress");
-    layout.Left({.items = {"ts_info"}});
+    layout.bottom({.items = {"Progress"}, .gap = 4});
+    layout.right({.items = {"Progress"}, .gap = 4});
+    layout.middle({"ts_info"}, "Progress");
+    layout.left({.items = {"ts_info"}});
     place_fields(layout);
     // Unit and total length.
-    layout.Above({.items = {"changeunit"}, .of = "info_rect", .gap = 4});
-    layout.Left({.items = {"changeunit"}, .gap = 4});
-    layout.Baseline({"TickPattern", "TickUnit", "TotalLength"}, "changeunit");
-    layout.RightOf({.items = {"TickPattern"}, .of = "changeunit"});
-    layout.RightOf({.items = {"TickUnit"}, .of = "TickPattern", .gap = 6});
-    layout.Right({.items = {"TotalLength"}});
-    layout.Above({.items = {"Overview"}, .of = "changeunit", .gap = 4});
-    return layout.Lines();
+    layout.above({.items = {"changeunit"}, .of = "info_rect", .gap = 4});
+    layout.left({.items = {"changeunit"}, .gap = 4});
+    layout.baseline({"TickPattern", "TickUnit", "TotalLength"}, "changeunit");
+    layout.rightOf({.items = {"TickPattern"}, .of = "changeunit"});
+    layout.rightOf({.items = {"TickUnit"}, .of = "TickPattern", .gap = 6});
+    layout.right({.items = {"TotalLength"}});
+    layout.above({.items = {"Overview"}, .of = "changeunit", .gap = 4});
+    return layout.lines();
 }
 
 }  // namespace

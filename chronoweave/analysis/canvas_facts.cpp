@@ -34,7 +34,7 @@ std::optional<double> TimeField::value() const {
     return text == filled_ ? value_ : facts_.Scan(text);
 }
 
-bool TimeField::isEmpty() const {
+bool TimeField::IsEmpty() const {
     return text_trim(model_.item(name_).text).empty();
 }
 

@@ -27,7 +27,7 @@ class TimeField {
   public:
     TimeField(DialogModel& model, const TraceFacts& facts, std::string name, std::string text, double value);
     std::optional<double> value() const;
-    bool isEmpty() const;
+    bool IsEmpty() const;
 
   private:
     DialogModel& model_;

@@ -31,6 +31,6 @@ void analysis_OpenWindow(_LaCanvasData& canvas, CanvasWindow kind, std::unique_p
         forget(canvas, model);
     };
     note(canvas, kind, model);
-    canvas.calls.host->Open(std::move(made));
+    canvas.calls.host->open(std::move(made));
     if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
 }

@@ -28,7 +28,7 @@ DialogItem label_in(const RowWindow::Column& column, const std::string& name, co
 }
 
 void next_row(RowWindow& w, const std::string& item, int gap) {
-    w.layout.NextRow(item, gap + w.reach);
+    w.layout.nextRow(item, gap + w.reach);
     w.reach = 0;
 }
 
@@ -41,12 +41,12 @@ void add_field(RowWindow& w, const std::string& label, const std::string& text, 
                            .accessible = text,
                            .flags = Dialog_ReadOnly,
                            .room = std::string(fieldLetters, 'n')}});
-    w.layout.LeastWidths({{.of = {widest}, .pixels = 24 + fieldPadding, .letters = fieldLetters}});
-    w.layout.FillWidth(name, {.less = {widest}, .gaps = 24});
-    w.layout.Left({.items = {label}});
-    w.layout.RightOf({.items = {name}, .of = widest});
+    w.layout.leastWidths({{.of = {widest}, .pixels = 24 + fieldPadding, .letters = fieldLetters}});
+    w.layout.fillWidth(name, {.less = {widest}, .gaps = 24});
+    w.layout.left({.items = {label}});
+    w.layout.rightOf({.items = {name}, .of = widest});
     next_row(w, name, 6);
-    w.layout.Baseline({label}, name);
+    w.layout.baseline({label}, name);
 }
 
 // Two buttons in a frame with a label on their left: to the thing before and to the one behind.
@@ -64,24 +64,24 @@ void add_pair(RowWindow& w, const Pair& pair) {
                           button(pair.back, "Previous", "Previous, " + pair.spoken),
                           button(pair.on, "Next", "Next, " + pair.spoken)});
     LayoutBuilder& layout = w.layout;
-    layout.LeastWidths({{.of = {pair.label, pair.back, pair.on}, .pixels = 40}});
-    layout.Width(pair.frame, {.of = {pair.back, pair.on}, .pixels = 12});
-    layout.Height(pair.frame, {.of = {pair.back}, .pixels = 8});
-    layout.Left({.items = {pair.label}});
-    layout.RightOf({.items = {pair.back}, .of = w.pairs.widest, .gap = 16});
-    layout.InRow({pair.back, pair.on}, 4);
+    layout.leastWidths({{.of = {pair.label, pair.back, pair.on}, .pixels = 40}});
+    layout.width(pair.frame, {.of = {pair.back, pair.on}, .pixels = 12});
+    layout.height(pair.frame, {.of = {pair.back}, .pixels = 8});
+    layout.left({.items = {pair.label}});
+    layout.rightOf({.items = {pair.back}, .of = w.pairs.widest, .gap = 16});
+    layout.inRow({pair.back, pair.on}, 4);
     next_row(w, pair.back, 14);
-    layout.Align(PlacerEdge::Top, {pair.on}, pair.back);
-    layout.Middle({pair.label, pair.frame}, pair.back);
-    layout.Left({.items = {pair.frame}, .of = pair.back, .gap = -4});
+    layout.align(PlacerEdge::Top, {pair.on}, pair.back);
+    layout.middle({pair.label, pair.frame}, pair.back);
+    layout.left({.items = {pair.frame}, .of = pair.back, .gap = -4});
     w.reach = 4;
 }
 
 // A label across the width.
 void add_heading(RowWindow& w, const std::string& label, const std::string& text) {
     w.d.items.push_back(item_Label(label, text));
-    w.layout.LeastWidths({{.of = {label}, .pixels = 16}});
-    w.layout.Left({.items = {label}});
+    w.layout.leastWidths({{.of = {label}, .pixels = 16}});
+    w.layout.left({.items = {label}});
     next_row(w, label, 10);
 }
 
@@ -91,26 +91,26 @@ void add_line(RowWindow& w, const std::vector<DialogItem>& items, LastItem last)
     LayoutItems all;
     for (const DialogItem& item : items) all.push_back(item.name);
     items_Add(w.d.items, items);
-    w.layout.LeastWidths({{.of = all, .pixels = 16 + 12 * static_cast<int>(all.size())}});
-    w.layout.Middle({all.begin() + 1, all.end()}, all.front());
-    w.layout.Left({.items = {all.front()}});
+    w.layout.leastWidths({{.of = all, .pixels = 16 + 12 * static_cast<int>(all.size())}});
+    w.layout.middle({all.begin() + 1, all.end()}, all.front());
+    w.layout.left({.items = {all.front()}});
     next_row(w, all.front(), 14);
     if (last == LastItem::AtTheEdge) {
-        w.layout.Right({.items = {all.back()}});
+        w.layout.right({.items = {all.back()}});
         all.pop_back();
     }
-    w.layout.InRow(all, 12);
+    w.layout.inRow(all, 12);
 }
 
 // The message line at the foot. letters: the window's width at first.
 DialogDescription finished(RowWindow& w, int letters) {
     w.d.items.push_back(item_Message());
-    w.layout.FillWidth("ts_info", {.gaps = 16});
-    w.layout.Left({.items = {"ts_info"}});
+    w.layout.fillWidth("ts_info", {.gaps = 16});
+    w.layout.left({.items = {"ts_info"}});
     next_row(w, "ts_info", 8);
-    w.layout.FirstWidths({{.letters = letters}});
-    w.layout.OnlyHeight(w.layout.RowsHeight(8));
-    w.d.layout = w.layout.Lines();
+    w.layout.firstWidths({{.letters = letters}});
+    w.layout.onlyHeight(w.layout.rowsHeight(8));
+    w.d.layout = w.layout.lines();
     return std::move(w.d);
 }
 

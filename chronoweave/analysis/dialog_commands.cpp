@@ -13,7 +13,7 @@ struct Desk {
 };
 
 void run(const Desk& desk, std::unique_ptr<DialogModel> model) {
-    if (model) desk.host.Run(*model);
+    if (model) desk.host.run(*model);
 }
 
 void name_canvas(const Desk& desk) {

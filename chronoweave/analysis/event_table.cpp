@@ -92,27 +92,27 @@ class IconReader {
 // The filters share a row; the message has what they leave of it.
 DialogDescription event_TableDescription() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_object", "t_event", "t_text"}, .pixels = 172, .letters = 46}});
-    layout.LeastHeight({.of = {"tf_object"}, .pixels = 12, .lines = 4});
-    layout.FirstWidths({{.letters = 120}});
-    layout.FirstHeight({.pixels = 12, .lines = 10});
+    layout.leastWidths({{.of = {"t_object", "t_event", "t_text"}, .pixels = 172, .letters = 46}});
+    layout.leastHeight({.of = {"tf_object"}, .pixels = 12, .lines = 4});
+    layout.firstWidths({{.letters = 120}});
+    layout.firstHeight({.pixels = 12, .lines = 10});
     for (const char* filter : {"tf_object", "tf_event", "tf_text"})
-        layout.Width(filter, {.pixels = 24, .letters = 10});
-    layout.FillWidth(
+        layout.width(filter, {.pixels = 24, .letters = 10});
+    layout.fillWidth(
         "ts_info",
         {.less = {"t_object", "t_event", "t_text", "tf_object", "tf_event", "tf_text"}, .gaps = 64});
-    layout.FillWidth("list", {.gaps = 8});
-    layout.FillHeight("list", {.less = {"tf_object"}, .gaps = 12});
-    layout.Left({.items = {"t_object", "list"}, .gap = 4});
-    layout.Top({.items = {"tf_object", "tf_event", "tf_text"}, .gap = 4});
-    layout.InRow({"t_object", "tf_object"}, 6);
-    layout.InRow({"tf_object", "t_event"}, 12);
-    layout.InRow({"t_event", "tf_event"}, 6);
-    layout.InRow({"tf_event", "t_text"}, 12);
-    layout.InRow({"t_text", "tf_text"}, 6);
-    layout.InRow({"tf_text", "ts_info"}, 12);
-    layout.Baseline({"t_object", "t_event", "t_text", "ts_info"}, "tf_object");
-    layout.Below({.items = {"list"}, .of = "tf_object", .gap = 4});
+    layout.fillWidth("list", {.gaps = 8});
+    layout.fillHeight("list", {.less = {"tf_object"}, .gaps = 12});
+    layout.left({.items = {"t_object", "list"}, .gap = 4});
+    layout.top({.items = {"tf_object", "tf_event", "tf_text"}, .gap = 4});
+    layout.inRow({"t_object", "tf_object"}, 6);
+    layout.inRow({"tf_object", "t_event"}, 12);
+    layout.inRow({"t_event", "tf_event"}, 6);
+    layout.inRow({"tf_event", "t_text"}, 12);
+    layout.inRow({"t_text", "tf_text"}, 6);
+    layout.inRow({"tf_text", "ts_info"}, 12);
+    layout.baseline({"t_object", "t_event", "t_text", "ts_info"}, "tf_object");
+    layout.below({.items = {"list"}, .of = "tf_object", .gap = 4});
     const auto filter = [](const char* name, const char* spoken) -> DialogItem {
         return {
             .name = name, .kind = DialogKind::TextField, .accessible = spoken, .room = std::string(10, 'n')};
@@ -135,7 +135,7 @@ DialogDescription event_TableDescription() {
                        .kind = DialogKind::List,
                        .accessible = "Events of the view",
                        .list = {"Time", "Distance", "Object", "Event", "Text"}}},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 EventTable::EventTable(_LaCanvasData& canvas)
@@ -229,7 +229,7 @@ std::vector<uint32_t> EventTable::Candidates() const {
         const LegendEvent& entry = canvas_.looks.legend.events[row];
         if (row >= canvas_.looks.eventLooks.size() || !canvas_.looks.eventLooks[row].shown) continue;
         const bool codes =
-            entry.isWildcard() || static_cast<int32_t>(row) == canvas_.looks.legend.unknownEvent;
+            entry.IsWildcard() || static_cast<int32_t>(row) == canvas_.looks.legend.unknownEvent;
         rows[row] = !event.empty() && codes ? askEach : event.fits(text_utf8(entry.name));
     }
     std::vector<uint32_t> ids;

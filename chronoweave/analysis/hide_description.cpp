@@ -38,37 +38,37 @@ std::vector<DialogItem> items() {
 std::vector<std::string> layout_lines() {
     const LayoutItems rows = {"t_show", "hide", "pattern", "ts_info", "ok"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"hide", "hideall"}, .pixels = 14, .times = 2},
+    layout.leastWidths({{.of = {"hide", "hideall"}, .pixels = 14, .times = 2},
                         {.of = {"show", "showall"}, .pixels = 14, .times = 2},
                         {.of = {"t_show"}, .pixels = 10, .times = 2},
                         {.of = {"t_hide"}, .pixels = 10, .times = 2},
                         {.pixels = 80, .letters = 64},
                         {.of = {"t_pattern", "pattern"}, .pixels = 24}});
-    layout.LeastHeight({.of = rows, .pixels = 46, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 96}});
-    layout.FirstHeight({.pixels = 46, .lines = 28});
-    layout.FillWidth("to_show", {.gaps = 12, .parts = 2});
-    layout.FillHeight("to_show", {.less = rows, .gaps = 38});
-    layout.Width("to_hide", {.of = {"to_show"}});
-    layout.Height("to_hide", {.of = {"to_show"}});
-    layout.FillWidth("pattern", {.less = {"t_pattern"}, .gaps = 16});
-    layout.FillWidth("ts_info", {.gaps = 8});
-    layout.Left({.items = {"t_show", "to_show", "hide", "t_pattern", "ts_info"}, .gap = 4});
-    layout.Top({.items = {"t_show", "t_hide"}, .gap = 4});
-    layout.Below({.items = {"to_show", "to_hide"}, .of = "t_show", .gap = 2});
-    layout.Right({.items = {"to_hide"}, .gap = 4});
-    layout.Align(PlacerEdge::Left, {"t_hide", "show"}, "to_hide");
-    layout.Below({.items = {"hide", "hideall", "show", "showall"}, .of = "to_show", .gap = 4});
-    layout.InRow({"hide", "hideall"}, 4);
-    layout.InRow({"show", "showall"}, 4);
-    layout.Below({.items = {"pattern"}, .of = "hide"});
-    layout.Right({.items = {"pattern"}, .gap = 4});
-    layout.Baseline({"t_pattern"}, "pattern");
-    layout.Bottom({.items = {"ok", "cancel"}, .gap = 4});
-    layout.Right({.items = {"cancel"}, .gap = 4});
-    layout.LeftOf({.items = {"ok"}, .of = "cancel"});
-    layout.Above({.items = {"ts_info"}, .of = "ok", .gap = 4});
-    return layout.Lines();
+    layout.leastHeight({.of = rows, .pixels = 46, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 96}});
+    layout.firstHeight({.pixels = 46, .lines = 28});
+    layout.fillWidth("to_show", {.gaps = 12, .parts = 2});
+    layout.fillHeight("to_show", {.less = rows, .gaps = 38});
+    layout.width("to_hide", {.of = {"to_show"}});
+    layout.height("to_hide", {.of = {"to_show"}});
+    layout.fillWidth("pattern", {.less = {"t_pattern"}, .gaps = 16});
+    layout.fillWidth("ts_info", {.gaps = 8});
+    layout.left({.items = {"t_show", "to_show", "hide", "t_pattern", "ts_info"}, .gap = 4});
+    layout.top({.items = {"t_show", "t_hide"}, .gap = 4});
+    layout.below({.items = {"to_show", "to_hide"}, .of = "t_show", .gap = 2});
+    layout.right({.items = {"to_hide"}, .gap = 4});
+    layout.align(PlacerEdge::Left, {"t_hide", "show"}, "to_hide");
+    layout.below({.items = {"hide", "hideall", "show", "showall"}, .of = "to_show", .gap = 4});
+    layout.inRow({"hide", "hideall"}, 4);
+    layout.inRow({"show", "showall"}, 4);
+    layout.below({.items = {"pattern"}, .of = "hide"});
+    layout.right({.items = {"pattern"}, .gap = 4});
+    layout.baseline({"t_pattern"}, "pattern");
+    layout.bottom({.items = {"ok", "cancel"}, .gap = 4});
+    layout.right({.items = {"cancel"}, .gap = 4});
+    layout.leftOf({.items = {"ok"}, .of = "cancel"});
+    layout.above({.items = {"ts_info"}, .of = "ok", .gap = 4});
+    return layout.lines();
 }
 
 }  // namespace

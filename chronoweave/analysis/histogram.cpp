@@ -78,10 +78,10 @@ Histogram::Histogram(std::vector<double> lengths, HistogramScale scale)
     const size_t bars = spread > 0 ? std::clamp<size_t>(wanted, 2, mostBars) : 1;
     width_ = spread / static_cast<double>(bars);
     counts_.assign(zeros_ + bars, 0);
-    for (const double length : lengths) ++counts_[barOf(length)];
+    for (const double length : lengths) ++counts_[BarOf(length)];
 }
 
-size_t Histogram::barOf(double length) const {
+size_t Histogram::BarOf(double length) const {
     if (zeros_ > 0 && length <= 0) return 0;
     if (counts_.empty() || !(width_ > 0)) return zeros_;
     const double place = (placed(length) - low_) / width_;
@@ -89,7 +89,7 @@ size_t Histogram::barOf(double length) const {
     return std::min(counts_.size() - 1, zeros_ + static_cast<size_t>(std::min(place, 1e9)));
 }
 
-size_t Histogram::barAt(int x, int width) const {
+size_t Histogram::BarAt(int x, int width) const {
     for (size_t bar = 0; bar < counts_.size(); ++bar)
         if (x >= bar_left(bar, counts_.size(), width) && x < bar_left(bar + 1, counts_.size(), width))
             return bar;
@@ -104,7 +104,7 @@ std::string Histogram::text(const std::string& unit) const {
                       f.percentile99, f.jitter);
 }
 
-void Histogram::drawBars(Surface& surface, int w, int top, int base) const {
+void Histogram::DrawBars(Surface& surface, int w, int top, int base) const {
     const uint32_t highest = *std::max_element(counts_.begin(), counts_.end());
     for (size_t bar = 0; bar < counts_.size() && base > top; ++bar) {
         if (counts_[bar] == 0) continue;
@@ -115,14 +115,14 @@ void Histogram::drawBars(Surface& surface, int w, int top, int base) const {
     }
 }
 
-int Histogram::columnOf(double length, int w) const {
+int Histogram::ColumnOf(double length, int w) const {
     const int left = bar_left(zeros_, counts_.size(), w), right = bar_left(counts_.size(), counts_.size(), w);
     const double share = (placed(length) - low_) / (width_ * static_cast<double>(counts_.size() - zeros_));
     return left + static_cast<int>(share * (right - left));
 }
 
 // The ends have their texts; the powers of ten between them as far as there is room.
-void Histogram::drawAxis(Surface& surface, int w, int base) const {
+void Histogram::DrawAxis(Surface& surface, int w, int base) const {
     const FontMetrics font = surface.fontMetrics(Font_Application);
     const auto put = [&](int x, const std::string& text) {
         surface.drawText(x, base + 2 + font.ascent, text, surface.foreground(), NoColour);
@@ -136,7 +136,7 @@ void Histogram::drawAxis(Surface& surface, int w, int base) const {
     int room = margin + surface.textExtent(least).width + textGap;
     for (int power = static_cast<int>(std::ceil(low_)); power < placed(figures_.max); ++power) {
         const double value = std::pow(10.0, power);
-        const int x = columnOf(value, w);
+        const int x = ColumnOf(value, w);
         surface.drawLine(x, base, x, base + tickHeight, surface.foreground());
         const std::string text = gen_format("%g", value);
         const int width = surface.textExtent(text).width, left = x - width / 2;
@@ -150,8 +150,8 @@ void Histogram::draw(Surface& surface, int w, int h) const {
     if (counts_.empty()) return;
     const FontMetrics font = surface.fontMetrics(Font_Application);
     const int base = h - font.height - 3, top = font.height + 2;
-    drawBars(surface, w, top, base);
-    drawAxis(surface, w, base);
+    DrawBars(surface, w, top, base);
+    DrawAxis(surface, w, base);
     const uint32_t highest = *std::max_element(counts_.begin(), counts_.end());
     surface.drawText(margin, 1 + font.ascent, gen_format("highest bar: %u", highest), surface.foreground(),
                      NoColour);

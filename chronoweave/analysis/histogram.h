@@ -32,9 +32,9 @@ class Histogram {
     // How many lengths fall into each bar. Bars divide what lies from min to max, each with its lower end;
     // the last has max, too.
     const std::vector<uint32_t>& counts() const { return counts_; }
-    size_t barOf(double length) const;
+    size_t BarOf(double length) const;
     // The bar at a column of a picture so wide; the number of bars when there is none.
-    size_t barAt(int x, int width) const;
+    size_t BarAt(int x, int width) const;
     // The figures as two lines of text, with what jitter means. unit is the word of the unit.
     std::string text(const std::string& unit) const;
     // Draws bars, the axis with its ends and, on a logarithmic one, the powers of ten between them, and the
@@ -43,9 +43,9 @@ class Histogram {
 
   private:
     double placed(double length) const;  // on the scale
-    void drawBars(Surface& surface, int w, int top, int base) const;
-    void drawAxis(Surface& surface, int w, int base) const;
-    int columnOf(double length, int w) const;
+    void DrawBars(Surface& surface, int w, int top, int base) const;
+    void DrawAxis(Surface& surface, int w, int base) const;
+    int ColumnOf(double length, int w) const;
 
     HistogramScale scale_ = HistogramScale::Linear;
     LengthFigures figures_;

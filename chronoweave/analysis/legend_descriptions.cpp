@@ -17,58 +17,58 @@ std::vector<std::string> legend_lines() {
     const LayoutItems buttons = {"bt_change", "bt_visible", "bt_undo", "bt_close"};
     const LayoutItems rows = {"tf_filter", "bt_important", "bt_close"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_filter", "tf_filter"}, .pixels = 24},
+    layout.leastWidths({{.of = {"t_filter", "tf_filter"}, .pixels = 24},
                         {.of = buttons, .pixels = 48},
                         {.of = {"bt_important"}, .pixels = 24},
                         {.pixels = 80, .letters = 40}});
-    layout.LeastHeight({.of = rows, .pixels = 56, .lines = 8});
-    layout.FirstWidths({{.of = buttons, .pixels = 64}, {.pixels = 12, .letters = 56}});
-    layout.FirstHeight({.pixels = 56, .lines = 32});
-    layout.FillWidth("tf_filter", {.less = {"t_filter"}, .gaps = 24});
-    layout.FillWidth("list", {.gaps = 16});
-    layout.FillHeight("list", {.less = rows, .gaps = 48});
-    layout.FillWidth("StatusBox", {.gaps = 8});
-    layout.Height("StatusBox", {.of = {"tf_filter", "list"}, .pixels = 16});
-    layout.Left({.items = {"StatusBox"}, .gap = 4});
-    layout.Top({.items = {"StatusBox"}, .gap = 4});
-    layout.Left({.items = {"t_filter", "list", "bt_change", "bt_important"}});
-    layout.Top({.items = {"tf_filter"}});
-    layout.TextRow({"t_filter", "tf_filter"}, "tf_filter");
-    layout.Below({.items = {"list"}, .of = "tf_filter"});
-    layout.Bottom({.items = buttons});
-    layout.InRow({"bt_change", "bt_visible", "bt_undo"});
-    layout.Right({.items = {"bt_close"}});
-    layout.Above({.items = {"bt_important"}, .of = "bt_change"});
-    return layout.Lines();
+    layout.leastHeight({.of = rows, .pixels = 56, .lines = 8});
+    layout.firstWidths({{.of = buttons, .pixels = 64}, {.pixels = 12, .letters = 56}});
+    layout.firstHeight({.pixels = 56, .lines = 32});
+    layout.fillWidth("tf_filter", {.less = {"t_filter"}, .gaps = 24});
+    layout.fillWidth("list", {.gaps = 16});
+    layout.fillHeight("list", {.less = rows, .gaps = 48});
+    layout.fillWidth("StatusBox", {.gaps = 8});
+    layout.height("StatusBox", {.of = {"tf_filter", "list"}, .pixels = 16});
+    layout.left({.items = {"StatusBox"}, .gap = 4});
+    layout.top({.items = {"StatusBox"}, .gap = 4});
+    layout.left({.items = {"t_filter", "list", "bt_change", "bt_important"}});
+    layout.top({.items = {"tf_filter"}});
+    layout.textRow({"t_filter", "tf_filter"}, "tf_filter");
+    layout.below({.items = {"list"}, .of = "tf_filter"});
+    layout.bottom({.items = buttons});
+    layout.inRow({"bt_change", "bt_visible", "bt_undo"});
+    layout.right({.items = {"bt_close"}});
+    layout.above({.items = {"bt_important"}, .of = "bt_change"});
+    return layout.lines();
 }
 
 // Labels in a column as wide as the widest, fields beside them.
 std::vector<std::string> status_lines() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_style", "stylePD"}, .pixels = 40},
+    layout.leastWidths({{.of = {"t_style", "stylePD"}, .pixels = 40},
                         {.of = {"t_thickness", "tf_thickness", "bt_choose"}, .pixels = 40},
                         {.of = {"t_style", "tf_green", "bt_choose"}, .pixels = 40},
                         {.of = {"bt_ok", "bt_cancel"}, .pixels = 32}});
-    layout.LeastHeight({.of = {"tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD", "bt_ok"},
+    layout.leastHeight({.of = {"tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD", "bt_ok"},
                         .pixels = 88,
                         .lines = 3});
-    layout.FirstWidths({{.letters = 40}});
-    layout.FillWidth("rgbWin", {.gaps = 16});
-    layout.Height("rgbWin", {.lines = 3});
-    layout.Left({.items = {"rgbWin", "t_red", "t_green", "t_blue", "t_thickness", "t_style"}});
-    layout.RightOf({.items = {"tf_thickness"}, .of = "t_thickness", .gap = 16});
-    layout.Align(PlacerEdge::Left, {"tf_red", "tf_green", "tf_blue", "stylePD"}, "tf_thickness");
+    layout.firstWidths({{.letters = 40}});
+    layout.fillWidth("rgbWin", {.gaps = 16});
+    layout.height("rgbWin", {.lines = 3});
+    layout.left({.items = {"rgbWin", "t_red", "t_green", "t_blue", "t_thickness", "t_style"}});
+    layout.rightOf({.items = {"tf_thickness"}, .of = "t_thickness", .gap = 16});
+    layout.align(PlacerEdge::Left, {"tf_red", "tf_green", "tf_blue", "stylePD"}, "tf_thickness");
     for (const char* row : {"rgbWin", "tf_red", "tf_green", "tf_blue", "tf_thickness", "stylePD"})
-        layout.NextRow(row, 8);
-    layout.Baseline({"t_red"}, "tf_red");
-    layout.Baseline({"t_green"}, "tf_green");
-    layout.Baseline({"t_blue"}, "tf_blue");
-    layout.Baseline({"t_thickness"}, "tf_thickness");
-    layout.Baseline({"t_style"}, "stylePD");
-    layout.RightOf({.items = {"bt_choose"}, .of = "tf_green"});
-    layout.Middle({"bt_choose"}, "tf_green");
-    layout.Corner({"bt_cancel", "bt_ok"});
-    return layout.Lines();
+        layout.nextRow(row, 8);
+    layout.baseline({"t_red"}, "tf_red");
+    layout.baseline({"t_green"}, "tf_green");
+    layout.baseline({"t_blue"}, "tf_blue");
+    layout.baseline({"t_thickness"}, "tf_thickness");
+    layout.baseline({"t_style"}, "stylePD");
+    layout.rightOf({.items = {"bt_choose"}, .of = "tf_green"});
+    layout.middle({"bt_choose"}, "tf_green");
+    layout.corner({"bt_cancel", "bt_ok"});
+    return layout.lines();
 }
 
 }  // namespace
@@ -134,15 +134,15 @@ DialogDescription legend_StatusDialog() {
 
 DialogDescription legend_IconDialog() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"bt_ok", "bt_cancel"}, .pixels = 32}, {.pixels = 80, .letters = 40}});
-    layout.LeastHeight({.of = {"bt_ok"}, .pixels = 40, .lines = 8});
-    layout.FirstWidths({{.pixels = 12, .letters = 48}});
-    layout.FirstHeight({.pixels = 46, .lines = 24});
-    layout.FillWidth("colHeader", {.gaps = 16});
-    layout.FillHeight("colHeader", {.less = {"bt_ok"}, .gaps = 32});
-    layout.Left({.items = {"colHeader"}});
-    layout.Top({.items = {"colHeader"}});
-    layout.Corner({"bt_cancel", "bt_ok"});
+    layout.leastWidths({{.of = {"bt_ok", "bt_cancel"}, .pixels = 32}, {.pixels = 80, .letters = 40}});
+    layout.leastHeight({.of = {"bt_ok"}, .pixels = 40, .lines = 8});
+    layout.firstWidths({{.pixels = 12, .letters = 48}});
+    layout.firstHeight({.pixels = 46, .lines = 24});
+    layout.fillWidth("colHeader", {.gaps = 16});
+    layout.fillHeight("colHeader", {.less = {"bt_ok"}, .gaps = 32});
+    layout.left({.items = {"colHeader"}});
+    layout.top({.items = {"colHeader"}});
+    layout.corner({"bt_cancel", "bt_ok"});
     return {
         .name = "selectIcon",
         .title = "Select One Icon",
@@ -151,6 +151,6 @@ DialogDescription legend_IconDialog() {
             {{.name = "colHeader", .kind = DialogKind::List, .accessible = "Icons", .list = {"Icon", "File"}},
              item_Ok("bt_ok"),
              item_Cancel("bt_cancel")},
-        .layout = layout.Lines(),
+        .layout = layout.lines(),
     };
 }

@@ -37,7 +37,7 @@ void set_channels(DialogModel& model, uint16_t red, uint16_t green, uint16_t blu
 
 void choose_colour(DialogHost& host, DialogModel& model) {
     const laStatusSetting now = typed_setting(model);
-    const auto colour = host.ChooseColour(model.title(), colour_From16(now.red, now.green, now.blue));
+    const auto colour = host.chooseColour(model.title(), colour_From16(now.red, now.green, now.blue));
     if (!colour) return;
     const auto channel = [&](int shift) { return static_cast<uint16_t>(((*colour >> shift) & 0xFF) << 8); };
     set_channels(model, channel(16), channel(8), channel(0));
@@ -84,7 +84,7 @@ std::optional<laStatusSetting> legend_AskStatus(DialogHost& host, const _LaCanva
         if (name == "bt_choose") return choose_colour(host, model);
         model.close(name == "bt_ok" ? accepted : Dialog_Dismissed);
     };
-    if (host.Run(model) != accepted) return std::nullopt;
+    if (host.run(model) != accepted) return std::nullopt;
     laStatusSetting after = typed_setting(model);
     // The fields hold the high bytes; a channel that reads the same stays whole.
     if (after.red == (before.red & 0xFF00)) after.red = before.red;
@@ -111,7 +111,7 @@ std::optional<std::string> legend_AskIcon(DialogHost& host, const std::string& p
         const uint64_t id = list.RowId(row);
         if (id < icons.size()) return draw_icon_cell(surface, *icons[id], x, y, h);
         // The wording is kept as it is known.
-        host.Message("Error happended in selectIcon_OwnerDraw().");
+        host.message("Error happended in selectIcon_OwnerDraw().");
     };
     for (size_t i = 0; i < icons.size(); ++i)
         if (icons[i]->name == present) model.setSelected("colHeader", {static_cast<int>(i)});
@@ -119,7 +119,7 @@ std::optional<std::string> legend_AskIcon(DialogHost& host, const std::string& p
     model.onPress = [&](const std::string& name) {
         model.close(name == "bt_ok" ? accepted : Dialog_Dismissed);
     };
-    if (host.Run(model) != accepted) return std::nullopt;
+    if (host.run(model) != accepted) return std::nullopt;
     const std::vector<uint64_t> chosen = model.selectedIds("colHeader");
     if (chosen.empty() || chosen.front() >= icons.size()) return std::nullopt;
     return icons[chosen.front()]->name;

@@ -78,19 +78,19 @@ class LegendWindow {
         else if (command == "Undo" && !undo_.empty())
             Undo();
         else
-            canvas_.calls.host->Beep();
+            canvas_.calls.host->beep();
     }
 
     void RowMenu(int row) {
         const size_t legendRow = RowOf(row);
         if (legendRow == none) return;
         const bool event = IsEvent(legendRow), changes = event || laLegend_IsStatus(canvas_, legendRow);
-        const bool important = event && Event(legendRow).isImportant();
-        switch (canvas_.calls.host->PopUp("Operations", {{"&Change...", changes, {}},
-                                                         {"&Visible / Invisible", true, {}},
-                                                         {"&Never Hidden Under Others", event, important},
-                                                         {popUpSeparator, false, {}},
-                                                         {"&Undo", !undo_.empty(), {}}})) {
+        const bool important = event && Event(legendRow).IsImportant();
+        switch (canvas_.calls.host->popUpMenu("Operations", {{"&Change...", changes, {}},
+                                                             {"&Visible / Invisible", true, {}},
+                                                             {"&Never Hidden Under Others", event, important},
+                                                             {popUpSeparator, false, {}},
+                                                             {"&Undo", !undo_.empty(), {}}})) {
             case 0:
                 return Change(legendRow);
             case 1:
@@ -133,7 +133,7 @@ class LegendWindow {
         model_.setEnabled("bt_change", row != none && (event || laLegend_IsStatus(canvas_, row)));
         model_.setEnabled("bt_visible", row != none);
         model_.setEnabled("bt_important", event);
-        model_.setChecked("bt_important", event && Event(row).isImportant());
+        model_.setChecked("bt_important", event && Event(row).IsImportant());
         model_.setEnabled("bt_undo", !undo_.empty());
     }
 
@@ -151,7 +151,7 @@ class LegendWindow {
         return canvas_.looks.legend.events[laLegend_EventOf(canvas_, row)];
     }
     bool IsEvent(size_t row) const {
-        return row != none && !laLegend_IsStatus(canvas_, row) && !Event(row).isCategory();
+        return row != none && !laLegend_IsStatus(canvas_, row) && !Event(row).IsCategory();
     }
 
     DialogRow RowOfLegend(size_t row) const {
@@ -167,7 +167,7 @@ class LegendWindow {
         for (int row = 0; row < list.RowCount(); ++row) {
             const size_t legendRow = RowOf(row);
             const bool heading =
-                legendRow != none && !laLegend_IsStatus(canvas_, legendRow) && Event(legendRow).isCategory();
+                legendRow != none && !laLegend_IsStatus(canvas_, legendRow) && Event(legendRow).IsCategory();
             for (int column = 0; heading && column < list.ColumnCount(); ++column)
                 list.SetCellAttribute(row, column, mslHeading, 1);
         }
@@ -176,7 +176,7 @@ class LegendWindow {
     void Draw(Surface& surface, int x, int y, int w, int h, uint64_t id) {
         if (id >= laLegend_RowCount(canvas_))
             // The wording is kept as it is known.
-            return canvas_.calls.host->Message("Error happended in Legend_OwnerDraw().");
+            return canvas_.calls.host->message("Error happended in Legend_OwnerDraw().");
         const auto row = static_cast<size_t>(id);
         if (laLegend_IsStatus(canvas_, row)) {
             const LegendStatus& status = canvas_.looks.legend.statuses[row];
@@ -250,14 +250,14 @@ void add_edit_menu() {
     MenuRegistry& menus = menu_Registry();
     if (!menus.Find("TraxLegendEdit", false)) menus.Define("TraxLegendEdit", "{'&Undo' 'C-z' Undo}");
     MenuResource* bar = menus.Find("TraxLegendMenu", false);
-    if (bar && !bar->rowOf("->TraxLegendEdit"))
+    if (bar && !bar->RowOf("->TraxLegendEdit"))
         menus.AddRow("TraxLegendMenu", {"&Edit", "", "->TraxLegendEdit"});
 }
 
 bool open_legend(_LaCanvasData& canvas) {
     if (canvas.calls.host == nullptr) return false;
     if (canvas.calls.legendWindow != nullptr) {
-        canvas.calls.host->Raise(*canvas.calls.legendWindow);
+        canvas.calls.host->raise(*canvas.calls.legendWindow);
         return true;
     }
     add_edit_menu();

@@ -211,7 +211,7 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
     EXPECT_FALSE(window->item("bt_important").checked);
     window->check("bt_important", true);
     EXPECT_TRUE(
-        canvas.looks.legend.events[laLegend_EventOf(canvas, static_cast<size_t>(Row("Give")))].isImportant());
+        canvas.looks.legend.events[laLegend_EventOf(canvas, static_cast<size_t>(Row("Give")))].IsImportant());
     host.popUpAnswer = 4;
     window->rowMenu("list", Row("Give"), 1);
     EXPECT_FALSE(window->item("bt_important").checked) << "undone";

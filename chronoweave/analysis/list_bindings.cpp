@@ -25,12 +25,12 @@ class BookmarkList {
         : host_(host), canvas_(canvas), model_(dialogs_Bookmarks()) {
         model_.list("marks").SetRightAligned(timeColumn, true);
         model_.onSelect = [this](const std::string&) { enable(); };
-        model_.onActivate = [this](const std::string&, int) { goTo(); };
+        model_.onActivate = [this](const std::string&, int) { GoTo(); };
         model_.onCommit = [this](const std::string&, const std::string&) { rename(); };
         model_.onPress = [this](const std::string& name) { press(name); };
         fill(0);
     }
-    void run() { host_.Run(model_); }
+    void run() { host_.run(model_); }
 
   private:
     LaBookmark* selected() {
@@ -40,7 +40,7 @@ class BookmarkList {
         const auto at = static_cast<size_t>(rows[static_cast<size_t>(row)].id);
         return at < canvas_.marks.bookmarks.size() ? &canvas_.marks.bookmarks[at] : nullptr;
     }
-    std::string objectOf(const LaBookmark& mark) {
+    std::string ObjectOf(const LaBookmark& mark) {
         if (mark.objectId == laAgentId) return {};
         const laItem_Line* lane = laCanvas_FindLane(canvas_.items, mark.objectId);
         return lane ? std::string(laTask_WithoutFake(laCanvas_LaneName(canvas_.list, *lane)))
@@ -51,7 +51,7 @@ class BookmarkList {
         for (size_t i = 0; i < canvas_.marks.bookmarks.size(); ++i) {
             const LaBookmark& mark = canvas_.marks.bookmarks[i];
             DialogRow row;
-            row.cells = {text_unescape(mark.label), laCanvas_TimeText(canvas_, mark.time), objectOf(mark),
+            row.cells = {text_unescape(mark.label), laCanvas_TimeText(canvas_, mark.time), ObjectOf(mark),
                          gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
             row.id = i;
             rows.push_back(std::move(row));
@@ -67,7 +67,7 @@ class BookmarkList {
             model_.setEnabled(name, mark != nullptr);
         model_.setText("label", mark ? text_unescape(mark->label) : "");
     }
-    void goTo() {
+    void GoTo() {
         if (const LaBookmark* mark = selected())
             laCanvas_Paint(canvas_, [&] { laCanvas_Reveal(canvas_, mark->time, mark->objectId); });
     }
@@ -78,9 +78,9 @@ class BookmarkList {
         mark->label = text_escape(label);
         fill(static_cast<size_t>(mark - canvas_.marks.bookmarks.data()));
     }
-    void changeColour() {
+    void ChangeColour() {
         LaBookmark* mark = selected();
-        const auto colour = host_.ChooseColour("Colour of the bookmark", mark->colour & 0xFFFFFF);
+        const auto colour = host_.chooseColour("Colour of the bookmark", mark->colour & 0xFFFFFF);
         if (!colour) return;
         mark->colour = *colour;
         laCanvas_Paint(canvas_, [&] { laCanvas_Repaint(canvas_); });
@@ -91,9 +91,9 @@ class BookmarkList {
         LaBookmark* mark = selected();
         if (!mark) return;
         const auto at = static_cast<size_t>(mark - canvas_.marks.bookmarks.data());
-        if (name == "goto") goTo();
+        if (name == "goto") GoTo();
         if (name == "rename") rename();
-        if (name == "colour") changeColour();
+        if (name == "colour") ChangeColour();
         if (name == "delete") {
             laCanvas_Paint(canvas_, [&] { laBookmark_DeleteAt(canvas_, at); });
             fill(at);
@@ -128,7 +128,7 @@ void collect(MenuRegistry& menus, const MenuResource& menu, const std::string& p
              std::vector<ListedCommand>& all, int depth) {
     constexpr int deepest = 8;
     for (const MenuRow& row : menu.rows) {
-        if (row.isSeparator() || (row.flags & (MenuRow_Hidden | MenuRow_Disabled))) continue;
+        if (row.IsSeparator() || (row.flags & (MenuRow_Hidden | MenuRow_Disabled))) continue;
         const std::string label = dialog_PlainText(row.label);
         if (row.child && depth < deepest)
             collect(menus, *row.child, path.empty() ? label : path + ", " + label, all, depth + 1);
@@ -179,6 +179,6 @@ std::string dialogs_AskCommand(DialogHost& host, MenuRegistry& menus, const _LaC
     model.onActivate = [&](const std::string&, int) { take(); };
     model.onSelect = [&](const std::string&) { model.setEnabled("run", model.selectedRow("commands") >= 0); };
     model.onPress = [&](const std::string& name) { name == "run" ? take() : model.close(0); };
-    host.Run(model);
+    host.run(model);
     return chosen;
 }

@@ -4,24 +4,24 @@
 
 DialogDescription dialogs_Bookmarks() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_label", "label", "rename"}, .pixels = 40},
+    layout.leastWidths({{.of = {"t_label", "label", "rename"}, .pixels = 40},
                         {.of = {"goto", "delete", "colour", "close"}, .pixels = 48},
                         {.pixels = 80, .letters = 48}});
-    layout.LeastHeight({.of = {"label", "close"}, .pixels = 48, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 64}});
-    layout.FirstHeight({.pixels = 46, .lines = 18});
-    layout.FillWidth("marks", {.gaps = 16});
-    layout.FillHeight("marks", {.less = {"label", "close"}, .gaps = 40});
-    layout.FillWidth("label", {.less = {"t_label", "rename"}, .gaps = 32});
-    layout.Left({.items = {"marks", "t_label", "goto"}});
-    layout.Top({.items = {"marks"}});
-    layout.RightOf({.items = {"label"}, .of = "t_label"});
-    layout.Below({.items = {"label"}, .of = "marks"});
-    layout.Baseline({"t_label", "rename"}, "label");
-    layout.Right({.items = {"rename"}});
-    layout.Bottom({.items = {"goto", "delete", "colour", "close"}});
-    layout.InRow({"goto", "delete", "colour"});
-    layout.Right({.items = {"close"}});
+    layout.leastHeight({.of = {"label", "close"}, .pixels = 48, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 64}});
+    layout.firstHeight({.pixels = 46, .lines = 18});
+    layout.fillWidth("marks", {.gaps = 16});
+    layout.fillHeight("marks", {.less = {"label", "close"}, .gaps = 40});
+    layout.fillWidth("label", {.less = {"t_label", "rename"}, .gaps = 32});
+    layout.left({.items = {"marks", "t_label", "goto"}});
+    layout.top({.items = {"marks"}});
+    layout.rightOf({.items = {"label"}, .of = "t_label"});
+    layout.below({.items = {"label"}, .of = "marks"});
+    layout.baseline({"t_label", "rename"}, "label");
+    layout.right({.items = {"rename"}});
+    layout.bottom({.items = {"goto", "delete", "colour", "close"}});
+    layout.inRow({"goto", "delete", "colour"});
+    layout.right({.items = {"close"}});
     const auto button = [](const char* name, const char* text, unsigned flags = 0) -> DialogItem {
         return {.name = name, .kind = DialogKind::Button, .text = text, .flags = Dialog_Disabled | flags};
     };
@@ -42,20 +42,20 @@ DialogDescription dialogs_Bookmarks() {
                       button("goto", "&Go To", Dialog_Default),
                       button("delete", "&Delete"),
                       item_Close()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 DialogDescription dialogs_KeySheet() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.pixels = 80, .letters = 48}});
-    layout.LeastHeight({.of = {"close"}, .pixels = 40, .lines = 8});
-    layout.FirstWidths({{.pixels = 12, .letters = 64}});
-    layout.FirstHeight({.pixels = 46, .lines = 28});
-    layout.FillWidth("keys", {.gaps = 16});
-    layout.FillHeight("keys", {.less = {"close"}, .gaps = 32});
-    layout.Left({.items = {"keys"}});
-    layout.Top({.items = {"keys"}});
-    layout.Corner({"close"});
+    layout.leastWidths({{.pixels = 80, .letters = 48}});
+    layout.leastHeight({.of = {"close"}, .pixels = 40, .lines = 8});
+    layout.firstWidths({{.pixels = 12, .letters = 64}});
+    layout.firstHeight({.pixels = 46, .lines = 28});
+    layout.fillWidth("keys", {.gaps = 16});
+    layout.fillHeight("keys", {.less = {"close"}, .gaps = 32});
+    layout.left({.items = {"keys"}});
+    layout.top({.items = {"keys"}});
+    layout.corner({"close"});
     DialogItem close = item_Close();
     close.flags |= Dialog_Default;
     return {.name = "KeySheet",
@@ -65,25 +65,25 @@ DialogDescription dialogs_KeySheet() {
                        .accessible = "Keys",
                        .list = {"Keys", "What they do"}},
                       close},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 DialogDescription dialogs_Palette() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_filter", "filter"}, .pixels = 32},
+    layout.leastWidths({{.of = {"t_filter", "filter"}, .pixels = 32},
                         {.of = {"run", "close"}, .pixels = 32},
                         {.pixels = 60, .letters = 40}});
-    layout.LeastHeight({.of = {"filter", "close"}, .pixels = 48, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 56}});
-    layout.FirstHeight({.pixels = 46, .lines = 20});
-    layout.FillWidth("filter", {.less = {"t_filter"}, .gaps = 24});
-    layout.FillWidth("commands", {.gaps = 16});
-    layout.FillHeight("commands", {.less = {"filter", "close"}, .gaps = 40});
-    layout.Left({.items = {"t_filter", "commands"}});
-    layout.Top({.items = {"filter"}});
-    layout.TextRow({"t_filter", "filter"}, "filter");
-    layout.Below({.items = {"commands"}, .of = "filter"});
-    layout.Corner({"close", "run"});
+    layout.leastHeight({.of = {"filter", "close"}, .pixels = 48, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 56}});
+    layout.firstHeight({.pixels = 46, .lines = 20});
+    layout.fillWidth("filter", {.less = {"t_filter"}, .gaps = 24});
+    layout.fillWidth("commands", {.gaps = 16});
+    layout.fillHeight("commands", {.less = {"filter", "close"}, .gaps = 40});
+    layout.left({.items = {"t_filter", "commands"}});
+    layout.top({.items = {"filter"}});
+    layout.textRow({"t_filter", "filter"}, "filter");
+    layout.below({.items = {"commands"}, .of = "filter"});
+    layout.corner({"close", "run"});
     return {.name = "Palette",
             .title = "Commands",
             .items = {item_Label("t_filter", "&Find:", "filter"),
@@ -97,5 +97,5 @@ DialogDescription dialogs_Palette() {
                        .list = {"Command", "Menu", "Keys"}},
                       item_Ok("run", "Run"),
                       item_Close()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }

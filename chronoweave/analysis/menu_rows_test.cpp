@@ -22,7 +22,7 @@ class MenuRows : public AnalysisWindowTest {
     DialogModel& Opened(const std::string& command, const std::vector<Step>& chain) {
         laCanvas_CloseViews(canvas);
         if (canvas.calls.legendWindow != nullptr) canvas.calls.legendWindow->dismiss();
-        host.DropClosed();
+        host.dropClosed();
         steps.assign(chain.begin(), chain.end());
         EXPECT_TRUE(laCanvas_Command(canvas, command));
         return Window();
@@ -47,7 +47,7 @@ class MenuRows : public AnalysisWindowTest {
         ASSERT_NE(found, nullptr) << menu;
         if (!menus.insert(menu).second) return;
         for (const MenuRow& row : found->rows) {
-            if (row.isSeparator()) continue;
+            if (row.IsSeparator()) continue;
             if (row.body.starts_with("->"))
                 Walk(row.body.substr(2), menus, rows);
             else
@@ -61,9 +61,9 @@ TEST_F(MenuRows, EachIsKnownToItsWindow) {
     const struct {
         const char* command;
         std::vector<Step> chain;
-    } windows[] = {{"Search", {all_objects(), press("event"), choose("Take")}},
+    } windows[] = {{"Search", {AllObjects(), press("event"), choose("Take")}},
                    {"ReportObjects", {press("ok")}},
-                   {"ReportGeneral", {all_objects(), press("event"), choose("Take"), press("ok")}},
+                   {"ReportGeneral", {AllObjects(), press("event"), choose("Take"), press("ok")}},
                    {"Legend", {}}};
     std::set<std::string> walked;
     for (const auto& window : windows) {

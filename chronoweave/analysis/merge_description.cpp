@@ -25,13 +25,13 @@ void add_way(const Way& way, DialogDescription& d, LayoutBuilder& layout) {
                          .list = {way.text}},
                         item_Label(way.line1, way.shown1),
                         item_Label(way.line2, way.shown2)});
-    layout.Left({.items = {way.choice}, .gap = inset});
-    layout.Left({.items = {way.line1, way.line2}, .gap = indent});
+    layout.left({.items = {way.choice}, .gap = inset});
+    layout.left({.items = {way.line1, way.line2}, .gap = indent});
     for (const char* line : {way.line1, way.line2})
-        layout.LeastWidths({{.of = {line}, .pixels = indent + inset + 8}});
-    layout.NextRow(way.choice, 12);
-    layout.NextRow(way.line1, 4);
-    layout.NextRow(way.line2, 2);
+        layout.leastWidths({{.of = {line}, .pixels = indent + inset + 8}});
+    layout.nextRow(way.choice, 12);
+    layout.nextRow(way.line1, 4);
+    layout.nextRow(way.line2, 2);
 }
 
 }  // namespace
@@ -40,23 +40,23 @@ DialogDescription dialogs_MergeOptions() {
     LayoutBuilder layout;
     DialogDescription d{.name = "MergeOptions", .title = "Merge Options", .helpKey = "merge"};
     d.items = {item_Label("Info_Txt", "Merge options:"), {.name = "Type_Rect", .kind = DialogKind::Frame}};
-    layout.Left({.items = {"Info_Txt", "Type_Rect"}});
-    layout.NextRow("Info_Txt", 8);
+    layout.left({.items = {"Info_Txt", "Type_Rect"}});
+    layout.nextRow("Info_Txt", 8);
     for (const Way& way : ways) add_way(way, d, layout);
     // The frame goes from a little above the first choice to a little below the last line.
     LayoutSize inside = {.pixels = 60};
     for (const Way& way : ways)
         for (const char* row : {way.choice, way.line1, way.line2}) inside.of.emplace_back(row);
-    layout.FillWidth("Type_Rect", {.gaps = 16});
-    layout.Height("Type_Rect", inside);
-    layout.Below({.items = {"Type_Rect"}, .of = "Info_Txt", .gap = 4});
+    layout.fillWidth("Type_Rect", {.gaps = 16});
+    layout.height("Type_Rect", inside);
+    layout.below({.items = {"Type_Rect"}, .of = "Info_Txt", .gap = 4});
     items_Add(d.items, {item_Ok("Ok_BS"), item_Cancel()});
-    layout.LeastWidths({{.of = {"Ok_BS", "cancel"}, .pixels = 32}});
-    layout.FirstWidths({{.letters = 40}});
-    LayoutSize height = layout.RowsHeight(32);
+    layout.leastWidths({{.of = {"Ok_BS", "cancel"}, .pixels = 32}});
+    layout.firstWidths({{.letters = 40}});
+    LayoutSize height = layout.rowsHeight(32);
     height.of.emplace_back("Ok_BS");
-    layout.OnlyHeight(height);
-    layout.Corner({"cancel", "Ok_BS"});
-    d.layout = layout.Lines();
+    layout.onlyHeight(height);
+    layout.corner({"cancel", "Ok_BS"});
+    d.layout = layout.lines();
     return d;
 }

@@ -70,10 +70,10 @@ class ToolProgress {
   public:
     // Without a pipe the tool goes on all the same.
     ToolProgress() {
-        if (!pipe_Make(pipe_).ok() || !pipe_.read.setNonBlocking()) pipe_ = {};
+        if (!pipe_Make(pipe_).ok() || !pipe_.read.SetNonBlocking()) pipe_ = {};
     }
     void GiveTo(ChildOptions& options) const {
-        if (!pipe_.write.isOpen()) return;
+        if (!pipe_.write.IsOpen()) return;
         constexpr int descriptor = 3;
         options.descriptors.push_back({descriptor, pipe_.write.number()});
         options.environment.push_back(std::string(merge_ProgressVariable) + '=' + std::to_string(descriptor));
@@ -82,7 +82,7 @@ class ToolProgress {
     int Steps() {
         std::array<uint8_t, 1024> room;
         for (MovedBytes moved;
-             pipe_.read.isOpen() && (moved = pipe_Read(pipe_.read, room)).what == Moved::Some;)
+             pipe_.read.IsOpen() && (moved = pipe_Read(pipe_.read, room)).what == Moved::Some;)
             Take({reinterpret_cast<const char*>(room.data()), moved.bytes});
         return steps_;
     }
@@ -112,14 +112,14 @@ class MergeCommand {
         : host_(host), canvas_(canvas), around_(around) {}
 
     bool Run() {
-        sources_ = host_.ChooseFiles({.title = "Select KORVANTIS raw event files (.trr) to merge:",
+        sources_ = host_.chooseFiles({.title = "Select KORVANTIS raw event files (.trr) to merge:",
                                       .button = "Choose",
                                       .filters = {"Raw event files (*.trr)", "Core files (*.core)"},
                                       .settingsName = "RawEventFile"});
         if (sources_.empty()) return false;
         if (sources_.size() == 1) return Load(sources_.front()), true;
         const std::vector<std::string> chosen =
-            host_.ChooseFiles({.of = FileQuestion::Of::New,
+            host_.chooseFiles({.of = FileQuestion::Of::New,
                                .title = "Select the files for merged result:",
                                .button = "Choose",
                                .suggested = path_join(path_directory(sources_.front()), "merged.trr"),
@@ -134,7 +134,7 @@ class MergeCommand {
   private:
     bool Load(const std::string& name) { return laCanvas_Command(canvas_, "Open " + name); }
     bool Refuse(const std::string& words) const {
-        host_.Message(words);
+        host_.message(words);
         return false;
     }
 
@@ -146,7 +146,7 @@ class MergeCommand {
             output_ += ".trr";
             // The chooser has not asked about this one.
             if (std::filesystem::exists(output_, none) &&
-                !host_.Ask(gen_format(words_Replace, output_.c_str())))
+                !host_.ask(gen_format(words_Replace, output_.c_str())))
                 return false;
         }
         for (const std::string& source : sources_)
@@ -170,7 +170,7 @@ class MergeCommand {
             return Refuse(gen_format(words_Failed, (for_box(run.printed) + end_of(run)).c_str()));
         const bool loaded = Load(output_);
         // The sources were damaged; what could be read of them is there.
-        if (const std::string told = for_box(run.printed); !told.empty()) host_.Message(told);
+        if (const std::string told = for_box(run.printed); !told.empty()) host_.message(told);
         return loaded;
     }
 
@@ -206,7 +206,7 @@ std::optional<MergeAlign> dialogs_AskMergeAlign(DialogHost& host) {
             if (name == "Ok_BS" && model.item(choices[i]).choice == 0) chosen = static_cast<int>(i);
         model.close(chosen);
     };
-    const int answer = host.Run(model);
+    const int answer = host.run(model);
     return answer < 0 ? std::nullopt : std::optional(aligns[static_cast<size_t>(answer)]);
 }
 

@@ -98,14 +98,14 @@ DialogDescription object_InfoWindow(const std::string& term) {
     // Room for the titles, whatever the term is.
     const int size = static_cast<int>(term.size()), letters = 2 * size + 8;
     LayoutBuilder layout;
-    layout.LeastWidths({{.pixels = 100, .letters = letters, .capitals = 6 + letters / 3}});
-    layout.LeastHeight({.pixels = 16, .lines = 5});
-    layout.FirstWidths({{.pixels = 32, .letters = 60}});
-    layout.FirstHeight({.pixels = 16, .lines = 14});
-    layout.FillWidth("list", {.gaps = 16});
-    layout.FillHeight("list", {.gaps = 16});
-    layout.Left({.items = {"list"}});
-    layout.Top({.items = {"list"}});
+    layout.leastWidths({{.pixels = 100, .letters = letters, .capitals = 6 + letters / 3}});
+    layout.leastHeight({.pixels = 16, .lines = 5});
+    layout.firstWidths({{.pixels = 32, .letters = 60}});
+    layout.firstHeight({.pixels = 16, .lines = 14});
+    layout.fillWidth("list", {.gaps = 16});
+    layout.fillHeight("list", {.gaps = 16});
+    layout.left({.items = {"list"}});
+    layout.top({.items = {"list"}});
     return {.name = "ObjectInfo",
             .title = "Info",
             .helpKey = "details",
@@ -113,7 +113,7 @@ DialogDescription object_InfoWindow(const std::string& term) {
                        .kind = DialogKind::List,
                        .accessible = "Relatives",
                        .list = {term + " Name", term + " ID", "Priority"}}},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 void object_OpenInfo(_LaCanvasData& canvas, uint32_t objectId, ObjectOpener open) {

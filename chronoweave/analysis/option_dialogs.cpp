@@ -8,17 +8,17 @@ namespace {
 std::vector<std::string> column(const LayoutItems& names) {
     LayoutBuilder layout;
     for (const std::string& name : names) {
-        layout.LeastWidths({{.of = {name}, .pixels = 24}});
-        layout.Left({.items = {name}});
-        layout.NextRow(name, 8);
+        layout.leastWidths({{.of = {name}, .pixels = 24}});
+        layout.left({.items = {name}});
+        layout.nextRow(name, 8);
     }
-    layout.LeastWidths({{.of = {"ok", "cancel"}, .pixels = 32}});
-    layout.FirstWidths({{.letters = 40}});
-    LayoutSize height = layout.RowsHeight(24);
+    layout.leastWidths({{.of = {"ok", "cancel"}, .pixels = 32}});
+    layout.firstWidths({{.letters = 40}});
+    LayoutSize height = layout.rowsHeight(24);
     height.of.emplace_back("ok");
-    layout.OnlyHeight(height);
-    layout.Corner({"cancel", "ok"});
-    return layout.Lines();
+    layout.onlyHeight(height);
+    layout.corner({"cancel", "ok"});
+    return layout.lines();
 }
 
 DialogItem check_box(const char* name, const char* text) {
@@ -29,15 +29,15 @@ DialogItem check_box(const char* name, const char* text) {
 
 DialogDescription dialogs_GetValue() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_please"}, .pixels = 24},
+    layout.leastWidths({{.of = {"t_please"}, .pixels = 24},
                         {.of = {"tf_val"}, .pixels = 24},
                         {.of = {"bs_ok", "cancel"}, .pixels = 32}});
-    layout.FirstWidths({{.letters = 48}});
-    layout.OnlyHeight({.of = {"t_please", "tf_val", "bs_ok"}, .pixels = 40});
-    layout.Left({.items = {"t_please", "tf_val"}});
-    layout.Top({.items = {"t_please"}});
-    layout.Below({.items = {"tf_val"}, .of = "t_please", .gap = 4});
-    layout.Corner({"cancel", "bs_ok"});
+    layout.firstWidths({{.letters = 48}});
+    layout.onlyHeight({.of = {"t_please", "tf_val", "bs_ok"}, .pixels = 40});
+    layout.left({.items = {"t_please", "tf_val"}});
+    layout.top({.items = {"t_please"}});
+    layout.below({.items = {"tf_val"}, .of = "t_please", .gap = 4});
+    layout.corner({"cancel", "bs_ok"});
     return {.name = "getValue",
             .title = "Get Value",
             .items = {item_Label("t_please", "&Please type new value:", "tf_val"),
@@ -47,7 +47,7 @@ DialogDescription dialogs_GetValue() {
                        .room = std::string(40, 'n')},
                       item_Ok("bs_ok"),
                       item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 DialogDescription dialogs_Options() {
@@ -87,16 +87,16 @@ DialogDescription dialogs_ScrollPos() {
 DialogDescription dialogs_About() {
     const LayoutItems rows = {"t_name", "t_what", "t_version", "t_build"};
     LayoutBuilder layout;
-    for (const std::string& row : rows) layout.LeastWidths({{.of = {row}, .pixels = 32}});
-    layout.LeastWidths({{.of = {"ok"}, .pixels = 32}});
-    layout.FirstWidths({{.letters = 40}});
-    layout.OnlyHeight({.of = {"t_name", "t_what", "t_version", "t_build", "ok"}, .pixels = 56});
-    layout.Left({.items = rows, .gap = 16});
-    layout.Top({.items = {"t_name"}, .gap = 12});
-    layout.Below({.items = {"t_what"}, .of = "t_name"});
-    layout.Below({.items = {"t_version"}, .of = "t_what"});
-    layout.Below({.items = {"t_build"}, .of = "t_version", .gap = 4});
-    layout.Corner({"ok"});
+    for (const std::string& row : rows) layout.leastWidths({{.of = {row}, .pixels = 32}});
+    layout.leastWidths({{.of = {"ok"}, .pixels = 32}});
+    layout.firstWidths({{.letters = 40}});
+    layout.onlyHeight({.of = {"t_name", "t_what", "t_version", "t_build", "ok"}, .pixels = 56});
+    layout.left({.items = rows, .gap = 16});
+    layout.top({.items = {"t_name"}, .gap = 12});
+    layout.below({.items = {"t_what"}, .of = "t_name"});
+    layout.below({.items = {"t_version"}, .of = "t_what"});
+    layout.below({.items = {"t_build"}, .of = "t_version", .gap = 4});
+    layout.corner({"ok"});
     DialogItem ok = item_Ok();
     ok.flags |= Dialog_Cancel;
     return {.name = "About",
@@ -112,5 +112,5 @@ DialogDescription dialogs_About() {
                        .accessible = "Build",
                        .room = "RelWithDebInfo build, compiler 00.0.0"},
                       ok},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }

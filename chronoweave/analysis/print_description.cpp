@@ -8,21 +8,21 @@ namespace {
 std::vector<std::string> rows_over_buttons(const std::vector<LayoutItems>& rows) {
     LayoutBuilder layout;
     for (const LayoutItems& row : rows) {
-        layout.LeastWidths({{.of = row, .pixels = 32}});
-        layout.Left({.items = {row.front()}});
-        layout.NextRow(row.back(), 8);
-        if (row.size() > 1) layout.TextRow(row, row.back());
+        layout.leastWidths({{.of = row, .pixels = 32}});
+        layout.left({.items = {row.front()}});
+        layout.nextRow(row.back(), 8);
+        if (row.size() > 1) layout.textRow(row, row.back());
     }
-    layout.LeastWidths({{.of = {"ok", "preview", "pdf", "cancel"}, .pixels = 48}});
-    layout.FirstWidths({{.letters = 40}});
-    LayoutSize height = layout.RowsHeight(40);
+    layout.leastWidths({{.of = {"ok", "preview", "pdf", "cancel"}, .pixels = 48}});
+    layout.firstWidths({{.letters = 40}});
+    LayoutSize height = layout.rowsHeight(40);
     height.of.insert(height.of.end(), {"ts_info", "ok"});
-    layout.OnlyHeight(height);
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"ts_info"}});
-    layout.Corner({"cancel", "pdf", "preview", "ok"});
-    layout.Above({.items = {"ts_info"}, .of = "ok"});
-    return layout.Lines();
+    layout.onlyHeight(height);
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"ts_info"}});
+    layout.corner({"cancel", "pdf", "preview", "ok"});
+    layout.above({.items = {"ts_info"}, .of = "ok"});
+    return layout.lines();
 }
 
 // The sheet and the answers.

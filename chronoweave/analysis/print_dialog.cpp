@@ -38,7 +38,7 @@ void prepare(DialogModel& model, PrintHost& printer) {
     model.setChoice("paper", 0);
     model.setChoice("turn", 1);
     model.setText("pages", "1");
-    if (!printer.HasPrinter()) model.setMessage(noPrinter);
+    if (!printer.hasPrinter()) model.setMessage(noPrinter);
     model.onPress = [&model](const std::string& name) {
         if (name == "ok") return close_by(model, toPrinter);
         if (name == "preview") return close_by(model, toPreview);
@@ -54,16 +54,16 @@ std::optional<PrintJob> job_of(DialogHost& host, PrintHost& printer, const Dialo
     job.paper = model.item("paper").choice == 1 ? PagePaper::Letter : PagePaper::A4;
     job.turn = model.item("turn").choice == 0 ? PageTurn::Portrait : PageTurn::Landscape;
     job.to = answer == toPreview ? PrintJob::To::Preview : PrintJob::To::Printer;
-    if (answer == toFile || (answer == toPrinter && !printer.HasPrinter())) {
+    if (answer == toFile || (answer == toPrinter && !printer.hasPrinter())) {
         job.to = PrintJob::To::File;
-        job.file = host.ChooseSaveFile("Print to PDF File", usualFile, "PDF Files (*.pdf)");
+        job.file = host.chooseSaveFile("Print to PDF File", usualFile, "PDF Files (*.pdf)");
         if (job.file.empty()) return std::nullopt;
     }
     return job;
 }
 
 PrintHost* printer_of(DialogHost* host) {
-    return host == nullptr ? nullptr : host->Printer();
+    return host == nullptr ? nullptr : host->printHost();
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ bool dialogs_AskPrint(_LaCanvasData& canvas, int listWidth) {
     DialogModel model(dialogs_Print());
     prepare(model, *printer);
     model.setChoiceEnabled("range", 1, traxPrint_HasSelection(canvas));
-    const int answer = host->Run(model);
+    const int answer = host->run(model);
     const auto job = job_of(*host, *printer, model, answer);
     if (!job) return false;
     const TraxPrintOptions options{
@@ -89,23 +89,23 @@ bool dialogs_PrintTables(DialogHost& host, const std::string& title,
                          const std::vector<const MScrollList*>& lists, const Progress& progress) {
     PrintHost* printer = printer_of(&host);
     if (printer == nullptr) {
-        host.Beep();
+        host.beep();
         return false;
     }
     DialogModel model(dialogs_PrintTable());
     prepare(model, *printer);
     model.setChoice("turn", 0);
-    const int answer = host.Run(model);
+    const int answer = host.run(model);
     auto job = job_of(host, *printer, model, answer);
     if (!job) return false;
     job->name = title;
     TablePrinted printed = TablePrinted::Done;
-    const PrintOutcome outcome = printer->Run(*job, [&](PageDevice& page) {
+    const PrintOutcome outcome = printer->run(*job, [&](PageDevice& page) {
         const BusyWork busy(GateWork::Print, dialog_Busy(host));
         printed = table_DrawPages(page, title, lists, progress);
         return printed == TablePrinted::Done;
     });
-    if (printed == TablePrinted::Failed) host.Message("Failed to print the table.");
-    if (outcome.end == PrintOutcome::End::Failed && !outcome.message.empty()) host.Message(outcome.message);
+    if (printed == TablePrinted::Failed) host.message("Failed to print the table.");
+    if (outcome.end == PrintOutcome::End::Failed && !outcome.message.empty()) host.message(outcome.message);
     return outcome.end == PrintOutcome::End::Printed;
 }

@@ -32,7 +32,7 @@ std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string&
     DialogModel model(dialogs_GetValue());
     model.setText("tf_val", value);
     close_by_buttons(model, "bs_ok");
-    if (host.Run(model) != accepted) return std::nullopt;
+    if (host.run(model) != accepted) return std::nullopt;
     return model.item("tf_val").text;
 }
 
@@ -60,7 +60,7 @@ std::optional<ProgramOptions> dialogs_AskOptions(DialogHost& host, const Program
     DialogModel model(dialogs_Options());
     for (const OptionBox& box : optionBoxes) model.setChecked(box.item, options.*box.option);
     close_by_buttons(model, "ok");
-    if (host.Run(model) != accepted) return std::nullopt;
+    if (host.run(model) != accepted) return std::nullopt;
     ProgramOptions wanted = options;
     for (const OptionBox& box : optionBoxes) wanted.*box.option = model.item(box.item).checked;
     return wanted;
@@ -79,7 +79,7 @@ std::optional<ProgramOptions> dialogs_AskScrollPos(DialogHost& host, const Progr
         const int answer = 10 * model.item("side").choice + (model.item("end").choice == 0 ? 1 : 0);
         model.close(name == "ok" ? answer : Dialog_Dismissed);
     };
-    const int answer = host.Run(model);
+    const int answer = host.run(model);
     if (answer < 0) return std::nullopt;
     ProgramOptions wanted = options;
     dialogs_TakeScrollPos(answer, wanted);
@@ -92,7 +92,7 @@ void dialogs_ShowKeys(DialogHost& host) {
     for (const laKeyLine& line : laCommands_KeySheet()) rows.push_back({{line.keys, line.what}});
     model.setRows("keys", std::move(rows));
     close_by_buttons(model, "close");
-    host.Run(model);
+    host.run(model);
 }
 
 void dialogs_ShowAbout(DialogHost& host) {
@@ -101,5 +101,5 @@ void dialogs_ShowAbout(DialogHost& host) {
     model.setText("t_build", gen_format("%s build, compiler %d.%d.%d", CW_BUILD_TYPE, __GNUC__,
                                         __GNUC_MINOR__, __GNUC_PATCHLEVEL__));
     close_by_buttons(model, "ok");
-    host.Run(model);
+    host.run(model);
 }

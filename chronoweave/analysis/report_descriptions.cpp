@@ -41,21 +41,21 @@ void lay_out_tables(LayoutBuilder& layout, const std::string& table, const Layou
                     int gaps) {
     LayoutItems others = rows;
     others.insert(others.end(), {"t_load", "close"});
-    layout.LeastWidths({{.of = {"t_load"}, .pixels = 16}, {.of = {"close"}, .pixels = 16}});
-    layout.LeastWidths({{.pixels = 80, .letters = 64}});
-    layout.LeastHeight({.of = others, .pixels = leastGaps, .lines = 12});
-    layout.FirstWidths({{.pixels = 12, .letters = 128}});
-    layout.FirstHeight({.pixels = 46, .lines = 40});
-    layout.FillWidth(table, {.gaps = 16});
-    layout.FillWidth("load", {.gaps = 16});
-    layout.Height("load", {.pixels = 8, .lines = 6});
+    layout.leastWidths({{.of = {"t_load"}, .pixels = 16}, {.of = {"close"}, .pixels = 16}});
+    layout.leastWidths({{.pixels = 80, .letters = 64}});
+    layout.leastHeight({.of = others, .pixels = leastGaps, .lines = 12});
+    layout.firstWidths({{.pixels = 12, .letters = 128}});
+    layout.firstHeight({.pixels = 46, .lines = 40});
+    layout.fillWidth(table, {.gaps = 16});
+    layout.fillWidth("load", {.gaps = 16});
+    layout.height("load", {.pixels = 8, .lines = 6});
     others.emplace_back("load");
-    layout.FillHeight(table, {.less = others, .gaps = gaps});
-    layout.Left({.items = {table, "t_load", "load"}});
-    layout.Below({.items = {table}, .of = rows.back()});
-    layout.Below({.items = {"t_load"}, .of = table});
-    layout.Below({.items = {"load"}, .of = "t_load", .gap = 2});
-    layout.Corner({"close"});
+    layout.fillHeight(table, {.less = others, .gaps = gaps});
+    layout.left({.items = {table, "t_load", "load"}});
+    layout.below({.items = {table}, .of = rows.back()});
+    layout.below({.items = {"t_load"}, .of = table});
+    layout.below({.items = {"load"}, .of = "t_load", .gap = 2});
+    layout.corner({"close"});
 }
 
 }  // namespace
@@ -64,41 +64,41 @@ DialogDescription report_RangeDialog() {
     const LayoutItems rows = {"t_prompt", "tf_from", "ts_info", "ok"};
     const LayoutItems range = {"t_from", "tf_from", "t_to", "tf_to"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+    layout.leastWidths({{.of = {"t_prompt"}, .pixels = 16},
                         {.of = range, .pixels = 48},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 40}});
-    layout.FirstWidths({{.pixels = 12, .letters = 48}});
-    layout.OnlyHeight({.of = rows, .pixels = 40});
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"t_prompt", "t_from", "ts_info"}});
-    layout.Top({.items = {"t_prompt"}});
-    layout.Below({.items = {"tf_from"}, .of = "t_prompt", .gap = 4});
-    layout.Below({.items = {"ts_info"}, .of = "tf_from"});
-    layout.TextRow(range, "tf_from");
-    layout.Corner({"cancel", "ok"});
+    layout.firstWidths({{.pixels = 12, .letters = 48}});
+    layout.onlyHeight({.of = rows, .pixels = 40});
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"t_prompt", "t_from", "ts_info"}});
+    layout.top({.items = {"t_prompt"}});
+    layout.below({.items = {"tf_from"}, .of = "t_prompt", .gap = 4});
+    layout.below({.items = {"ts_info"}, .of = "tf_from"});
+    layout.textRow(range, "tf_from");
+    layout.corner({"cancel", "ok"});
     DialogDescription d = {.name = "SelectTimeRange", .title = "Select Time Range", .helpKey = "report"};
     d.items = {item_Label("t_prompt", "Please define a period (in Second):")};
     items_Add(d.items, items_Range());
     items_Add(d.items, {item_Message(), item_Ok(), item_Cancel()});
-    d.layout = layout.Lines();
+    d.layout = layout.lines();
     return d;
 }
 
 DialogDescription report_OrderDialog() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+    layout.leastWidths({{.of = {"t_prompt"}, .pixels = 16},
                         {.of = {"order", "first"}, .pixels = 48},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.letters = 32}});
-    layout.FirstWidths({{.letters = 40}});
-    layout.OnlyHeight({.of = {"t_prompt", "order", "ok"}, .pixels = 40});
-    layout.Left({.items = {"t_prompt"}});
-    layout.Left({.items = {"order"}, .gap = 16});
-    layout.Top({.items = {"t_prompt"}});
-    layout.Below({.items = {"order", "first"}, .of = "t_prompt"});
-    layout.RightOf({.items = {"first"}, .of = "order", .gap = 24});
-    layout.Corner({"cancel", "ok"});
+    layout.firstWidths({{.letters = 40}});
+    layout.onlyHeight({.of = {"t_prompt", "order", "ok"}, .pixels = 40});
+    layout.left({.items = {"t_prompt"}});
+    layout.left({.items = {"order"}, .gap = 16});
+    layout.top({.items = {"t_prompt"}});
+    layout.below({.items = {"order", "first"}, .of = "t_prompt"});
+    layout.rightOf({.items = {"first"}, .of = "order", .gap = 24});
+    layout.corner({"cancel", "ok"});
     return {.name = "SelectOrder",
             .title = "Select Displaying Order",
             .helpKey = "report",
@@ -115,15 +115,15 @@ DialogDescription report_OrderDialog() {
                        .choiceNames = {"Number_First", "Time_First"}},
                       item_Ok(),
                       item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 DialogDescription report_StatisticsWindow() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"txt_title"}, .pixels = 16}, {.of = {"txt_subtitle"}, .pixels = 16}});
-    layout.Left({.items = {"txt_title", "txt_subtitle"}});
-    layout.Top({.items = {"txt_title"}});
-    layout.Below({.items = {"txt_subtitle"}, .of = "txt_title", .gap = 2});
+    layout.leastWidths({{.of = {"txt_title"}, .pixels = 16}, {.of = {"txt_subtitle"}, .pixels = 16}});
+    layout.left({.items = {"txt_title", "txt_subtitle"}});
+    layout.top({.items = {"txt_title"}});
+    layout.below({.items = {"txt_subtitle"}, .of = "txt_title", .gap = 2});
     lay_out_tables(layout, "Status", {"txt_title", "txt_subtitle"}, 64, 44);
     DialogDescription d = {
         .name = "Statistics", .title = "Statistics for NO_NAME", .helpKey = "report", .menu = true};
@@ -133,7 +133,7 @@ DialogDescription report_StatisticsWindow() {
                // Of what the percents are stands in the header's second row.
                statistics("Status", {"Object Name", "Object", "Percent of", "Time", "Percent of"})};
     items_Add(d.items, load_items());
-    d.layout = layout.Lines();
+    d.layout = layout.lines();
     return d;
 }
 
@@ -143,15 +143,15 @@ DialogDescription report_ChosenWindow() {
     const LayoutItems totals = {"t_tasknum", "tf_tasknum", "t_objnum",
                                 "tf_objnum", "t_sorting",  "tf_sorting"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_header"}, .pixels = 16},
+    layout.leastWidths({{.of = {"t_header"}, .pixels = 16},
                         {.of = kinds, .pixels = 40},
                         {.of = range, .pixels = 56},
                         {.of = totals, .pixels = 56}});
-    layout.Left({.items = {"t_header", "t_objtype", "t_range", "t_tasknum"}});
-    for (const char* row : {"t_header", "tf_objtype", "tf_from", "tf_tasknum"}) layout.NextRow(row, 8);
-    layout.TextRow(kinds, "tf_objtype");
-    layout.TextRow(range, "tf_from");
-    layout.TextRow(totals, "tf_tasknum");
+    layout.left({.items = {"t_header", "t_objtype", "t_range", "t_tasknum"}});
+    for (const char* row : {"t_header", "tf_objtype", "tf_from", "tf_tasknum"}) layout.nextRow(row, 8);
+    layout.textRow(kinds, "tf_objtype");
+    layout.textRow(range, "tf_from");
+    layout.textRow(totals, "tf_tasknum");
     lay_out_tables(layout, "list", {"t_header", "tf_objtype", "tf_from", "tf_tasknum"}, 88, 66);
     DialogDescription d = {
         .name = "GenStatistics", .title = "Statistics for NO_NAME", .helpKey = "report", .menu = true};
@@ -176,6 +176,6 @@ DialogDescription report_ChosenWindow() {
                shown("tf_sorting", "Sorting", "Descending, Number First"),
                statistics("list", {"Task", "Count", "Count Percent", "Time", "Time Percent"})};
     items_Add(d.items, load_items());
-    d.layout = layout.Lines();
+    d.layout = layout.lines();
     return d;
 }

@@ -18,7 +18,7 @@ class RangeFields {
         : facts_(facts),
           model_(model),
           from_(model, facts, "tf_from", facts.Shown(0, 9), 0),
-          to_(model, facts, "tf_to", end_text(facts), facts.source.totalLength) {}
+          to_(model, facts, "tf_to", EndText(facts), facts.source.totalLength) {}
     // None, and the user was told, for what is no range. Values behind the trace's end are cut to it.
     std::optional<ReportRange> Take() {
         const auto from = from_.value(), to = to_.value();
@@ -31,7 +31,7 @@ class RangeFields {
     }
 
   private:
-    static std::string end_text(const CanvasFacts& facts) {
+    static std::string EndText(const CanvasFacts& facts) {
         const std::string end = facts.Shown(facts.source.totalLength, 9);
         return end + " (Max: " + end + ')';
     }
@@ -51,7 +51,7 @@ std::optional<ReportRange> report_AskRange(CanvasFacts& facts) {
         if (name == "ok" && !(range = fields.Take())) return;
         model.close(name == "ok" ? accepted : Dialog_Dismissed);
     };
-    return facts.canvas.calls.host->Run(model) == accepted ? range : std::nullopt;
+    return facts.canvas.calls.host->run(model) == accepted ? range : std::nullopt;
 }
 
 std::optional<ReportObject> report_AskObject(CanvasFacts& facts) {
@@ -76,7 +76,7 @@ std::optional<ReportObject> report_AskObject(CanvasFacts& facts) {
         chosen = {*range, objects.front()};
         model.close(accepted);
     };
-    return facts.canvas.calls.host->Run(model) == accepted ? std::optional(chosen) : std::nullopt;
+    return facts.canvas.calls.host->run(model) == accepted ? std::optional(chosen) : std::nullopt;
 }
 
 std::optional<ReportGeneral> report_AskGeneral(CanvasFacts& facts) {
@@ -88,7 +88,7 @@ std::optional<ReportGeneral> report_AskGeneral(CanvasFacts& facts) {
     model.setChoice("order", 1);
     model.setEnabled("first", chosen.request.kind != Search_Event);
     model.onPress = [&](const std::string& name) { model.close(name == "ok" ? accepted : Dialog_Dismissed); };
-    if (facts.canvas.calls.host->Run(model) != accepted) return std::nullopt;
+    if (facts.canvas.calls.host->run(model) != accepted) return std::nullopt;
     chosen.order.increasing = model.item("order").choice == increasingChoice;
     chosen.order.timeFirst = model.item("first").choice == timeChoice;
     return chosen;

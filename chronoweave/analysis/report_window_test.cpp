@@ -13,7 +13,7 @@ class ReportWindowTest : public AnalysisWindowTest {
         steps.assign(chain);
         shown.clear();
         EXPECT_TRUE(Do(command));
-        host.DropClosed();
+        host.dropClosed();
     }
     Texts Names(const char* list) {
         Texts names;
@@ -79,9 +79,9 @@ TEST_F(ReportWindowTest, AllObjectsAreSummed) {
 }
 
 TEST_F(ReportWindowTest, AnIdleObjectIsNoLoad) {
-    std::vector<TestEvent> events = pair_events();
+    std::vector<TestEvent> events = PairEvents();
     events[1] = name_event(0, 2, "two@idle");
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
     Ask("ReportObjects", {press("ok")});
     EXPECT_EQ(Window().item("t_load").text,
               "Processor load: the share of the time in which some task executes (\"idle\" left out)");
@@ -154,19 +154,19 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
         Texts names, first;
         std::string type, object, sorting;
     } cases[] = {
-        {{all_objects(), kind("status"), choose("Running"), order(1, 1)},
+        {{AllObjects(), kind("status"), choose("Running"), order(1, 1)},
          {"Task 0x2 (two@inner)", "Task 0x1 (one)"},
          {"Task 0x2 (two@inner)", "1", "50.0%", "0.052", "52.0%"},
          "Status",
          "Running",
          "Descending, Time First"},
-        {{all_objects(), kind("status"), choose("Running"), order(0, 0)},
+        {{AllObjects(), kind("status"), choose("Running"), order(0, 0)},
          {"Task 0x1 (one)", "Task 0x2 (two@inner)"},
          {"Task 0x1 (one)", "1", "50.0%", "0.043", "43.0%"},
          "Status",
          "Running",
          "Increasing, Number First"},
-        {{all_objects(), kind("event"), choose("Take"),
+        {{AllObjects(), kind("event"), choose("Take"),
           [](DialogModel& d) {
               EXPECT_FALSE(d.item("first").enabled);
               d.choose("order", 1);
@@ -177,7 +177,7 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
          "Event",
          "Take",
          "Descending, Number First"},
-        {{all_objects(), kind("ctx_switch"), order(1, 0)},
+        {{AllObjects(), kind("ctx_switch"), order(1, 0)},
          {"Task 0x1 (one)", "Task 0x2 (two@inner)"},
          {"Task 0x1 (one)", "1", "50.0%", "0.000", ""},
          "Context Switch",
@@ -204,7 +204,7 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
             EXPECT_EQ(Window().item(field).text, text);
     }
     // A range before the trace counts from its start; one that ends before it begins is refused.
-    Ask("ReportGeneral", {all_objects(),
+    Ask("ReportGeneral", {AllObjects(),
                           [](DialogModel& d) {
                               d.type("tf_from", "3");
                               d.press("ctx_switch");
@@ -214,7 +214,7 @@ TEST_F(ReportWindowTest, ChosenObjectsAreSortedAsAskedFor) {
                           },
                           press("ok")});
     EXPECT_EQ(Window().item("tf_from").text, "0.000");
-    Ask("ReportGeneral", {all_objects(), press("ctx_switch"), press("cancel")});
+    Ask("ReportGeneral", {AllObjects(), press("ctx_switch"), press("cancel")});
     EXPECT_EQ(host.windows.size(), 5u);
 }
 
@@ -246,7 +246,7 @@ TEST(ReportBar, IsAsWideAsItsShareAndBearsIt) {
 }
 
 TEST_F(ReportWindowTest, NoObjectIsTold) {
-    ASSERT_TRUE(test.Open({}, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open({}, "ThreadX", PairLegend()));
     Ask("ReportObjects", {press("ok")});
     EXPECT_EQ(test.message(), "There is no tasks in the file.");
     Ask("ReportTask", {});
@@ -261,7 +261,7 @@ TEST_F(ReportWindowTest, NoObjectIsTold) {
 TEST_F(ReportWindowTest, AStoppedReportSaysHowFarItGoes) {
     std::vector<TestEvent> events;
     for (uint32_t i = 0; i < 40000; ++i) events.push_back(status_change(i, i % 7 + 1, i % 2));
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
     canvas.calls.progress = [](double, double) { return false; };
     Ask("ReportObjects", {press("ok")});
     EXPECT_EQ(test.message(), "The report covers a part. It was stopped at 16.383 Seconds.");

@@ -40,7 +40,7 @@ void RowLimit::Set(const std::vector<uint32_t>& shown, const std::vector<Named>&
         if (!canvas_.items.lanes[i].isAgent)
             take(laTask_PathOfLane(canvas_.list, canvas_.source, canvas_.items.lanes[i]));
 
-    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.taskList->HiddenPaths();
     std::unordered_set<std::string> known;
     for (const laPath& path : hidden)
         if (!path.wildcard) known.insert(path.Joined(separator));
@@ -58,7 +58,7 @@ void RowLimit::Lift() {
     set_ = false;
     std::unordered_set<std::string> gone;
     for (const laPath& path : added_) gone.insert(path.Joined(separator));
-    std::vector<laPath> hidden = canvas_.taskList->hiddenPaths();
+    std::vector<laPath> hidden = canvas_.taskList->HiddenPaths();
     std::erase_if(hidden, [&](const laPath& path) {
         return !path.wildcard && gone.count(path.Joined(separator)) != 0;
     });

@@ -33,12 +33,12 @@ DialogItem one_event(const char* name, const char* spoken) {
 
 // Widths that one half of the window holds, of two side by side.
 void least_halves(LayoutBuilder& layout, const LayoutItems& items) {
-    for (const std::string& item : items) layout.LeastWidths({{.of = {item}, .pixels = 12, .times = 2}});
+    for (const std::string& item : items) layout.leastWidths({{.of = {item}, .pixels = 12, .times = 2}});
 }
 
 void same_size(LayoutBuilder& layout, const std::string& item, const std::string& as) {
-    layout.Width(item, {.of = {as}});
-    layout.Height(item, {.of = {as}});
+    layout.width(item, {.of = {as}});
+    layout.height(item, {.of = {as}});
 }
 
 }  // namespace
@@ -46,25 +46,25 @@ void same_size(LayoutBuilder& layout, const std::string& item, const std::string
 DialogDescription search_ObjectsDialog(bool several) {
     const LayoutItems rows = {"t_prompt", "t_period", "tf_from", "ts_info", "ok"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+    layout.leastWidths({{.of = {"t_prompt"}, .pixels = 16},
                         {.of = {"t_period"}, .pixels = 16},
                         {.of = range, .pixels = 48},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 40}});
-    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 56}});
-    layout.FirstHeight({.pixels = 46, .lines = 28});
-    layout.FillWidth("list", {.gaps = 16});
-    layout.FillHeight("list", {.less = rows, .gaps = 48});
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"t_prompt", "list", "t_period", "t_from", "ts_info"}});
-    layout.NextRow("t_prompt", 8);
-    layout.NextRow("list", 4);
-    layout.NextRow("t_period", 8);
-    layout.NextRow("tf_from", 4);
-    layout.NextRow("ts_info", 8);
-    layout.TextRow(range, "tf_from");
-    layout.Corner({"cancel", "ok"});
+    layout.leastHeight({.of = rows, .pixels = 64, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 56}});
+    layout.firstHeight({.pixels = 46, .lines = 28});
+    layout.fillWidth("list", {.gaps = 16});
+    layout.fillHeight("list", {.less = rows, .gaps = 48});
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"t_prompt", "list", "t_period", "t_from", "ts_info"}});
+    layout.nextRow("t_prompt", 8);
+    layout.nextRow("list", 4);
+    layout.nextRow("t_period", 8);
+    layout.nextRow("tf_from", 4);
+    layout.nextRow("ts_info", 8);
+    layout.textRow(range, "tf_from");
+    layout.corner({"cancel", "ok"});
     DialogDescription d = {
         .name = several ? "SelectObjects" : "SelectOneObject", .title = "Select Tasks", .helpKey = "search"};
     d.items = {item_Label("t_prompt", "Select tasks:", "list"),
@@ -72,7 +72,7 @@ DialogDescription search_ObjectsDialog(bool several) {
                item_Label("t_period", "Or define period during which tasks are alive (in Second):")};
     items_Add(d.items, items_Range());
     items_Add(d.items, {item_Message(), item_Ok(), item_Cancel()});
-    d.layout = layout.Lines();
+    d.layout = layout.lines();
     return d;
 }
 
@@ -81,23 +81,23 @@ DialogDescription search_KindDialog(bool pattern) {
     LayoutItems kinds = {"event", "ctx_switch", "status"};
     if (pattern) kinds.insert(kinds.begin() + 1, "event_pattern");
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = kinds, .pixels = 40},
+    layout.leastWidths({{.of = kinds, .pixels = 40},
                         {.of = {"t_type"}, .pixels = 16},
                         {.of = {"t_range"}, .pixels = 16},
                         {.of = range, .pixels = 48},
                         {.pixels = 80, .letters = 40}});
-    layout.FirstWidths({{.pixels = 12, .letters = 48}});
-    layout.OnlyHeight({.of = rows, .pixels = 60});
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"t_type", "event", "t_range", "t_from", "ts_info"}});
-    layout.NextRow("t_type", 8);
-    layout.NextRow("event", 4);
-    layout.NextRow("t_range", 16);
-    layout.NextRow("tf_from", 4);
-    layout.NextRow("ts_info", 8);
-    layout.TextRow(kinds, "event");
-    layout.TextRow(range, "tf_from");
-    layout.Corner({"cancel"});
+    layout.firstWidths({{.pixels = 12, .letters = 48}});
+    layout.onlyHeight({.of = rows, .pixels = 60});
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"t_type", "event", "t_range", "t_from", "ts_info"}});
+    layout.nextRow("t_type", 8);
+    layout.nextRow("event", 4);
+    layout.nextRow("t_range", 16);
+    layout.nextRow("tf_from", 4);
+    layout.nextRow("ts_info", 8);
+    layout.textRow(kinds, "event");
+    layout.textRow(range, "tf_from");
+    layout.corner({"cancel"});
     DialogDescription d = {.name = "SelectObjectType", .title = "Select Object Type", .helpKey = "search"};
     d.items = {item_Label("t_type", "Object type to search:"), button("event", "&Event", Dialog_Default)};
     if (pattern) d.items.push_back(button("event_pattern", "Event &Pattern"));
@@ -105,30 +105,30 @@ DialogDescription search_KindDialog(bool pattern) {
                         item_Label("t_range", "Time range for searched object(s) (in seconds)")});
     items_Add(d.items, items_Range());
     items_Add(d.items, {item_Message(), item_Cancel()});
-    d.layout = layout.Lines();
+    d.layout = layout.lines();
     return d;
 }
 
 DialogDescription search_ChoiceDialog() {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_prompt"}, .pixels = 16},
+    layout.leastWidths({{.of = {"t_prompt"}, .pixels = 16},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 40}});
-    layout.LeastHeight({.of = {"t_prompt", "ok"}, .pixels = 36, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 48}});
-    layout.FirstHeight({.pixels = 46, .lines = 24});
-    layout.FillWidth("list", {.gaps = 16});
-    layout.FillHeight("list", {.less = {"t_prompt", "ok"}, .gaps = 28});
-    layout.Left({.items = {"t_prompt", "list"}});
-    layout.NextRow("t_prompt", 8);
-    layout.NextRow("list", 4);
-    layout.Corner({"cancel", "ok"});
+    layout.leastHeight({.of = {"t_prompt", "ok"}, .pixels = 36, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 48}});
+    layout.firstHeight({.pixels = 46, .lines = 24});
+    layout.fillWidth("list", {.gaps = 16});
+    layout.fillHeight("list", {.less = {"t_prompt", "ok"}, .gaps = 28});
+    layout.left({.items = {"t_prompt", "list"}});
+    layout.nextRow("t_prompt", 8);
+    layout.nextRow("list", 4);
+    layout.corner({"cancel", "ok"});
     return {.name = "SelectOneLegend",
             .title = "Select One Event",
             .helpKey = "search",
             .items = {item_Label("t_prompt", "Select one of the statuses to search:", "list"),
                       choice("list", "Choice", {"Event Name", "Code"}, 0), item_Ok(), item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 // Four lists, two by two.
@@ -136,24 +136,24 @@ DialogDescription search_PatternDialog() {
     const LayoutItems rows = {"t_begin", "t_begin_objects", "same", "ok"};
     LayoutBuilder layout;
     least_halves(layout, {"t_begin", "t_end", "t_begin_objects", "t_end_objects"});
-    layout.LeastWidths({{.of = {"same"}, .pixels = 16},
+    layout.leastWidths({{.of = {"same"}, .pixels = 16},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 64}});
-    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 10});
-    layout.FirstWidths({{.pixels = 12, .letters = 96}});
-    layout.FirstHeight({.pixels = 46, .lines = 32});
-    layout.FillWidth("begin", {.gaps = 24, .parts = 2});
-    layout.FillHeight("begin", {.less = rows, .gaps = 44, .parts = 2});
+    layout.leastHeight({.of = rows, .pixels = 64, .lines = 10});
+    layout.firstWidths({{.pixels = 12, .letters = 96}});
+    layout.firstHeight({.pixels = 46, .lines = 32});
+    layout.fillWidth("begin", {.gaps = 24, .parts = 2});
+    layout.fillHeight("begin", {.less = rows, .gaps = 44, .parts = 2});
     for (const char* other : {"end", "begin_objects", "end_objects"}) same_size(layout, other, "begin");
-    layout.Left({.items = {"t_begin", "begin", "t_begin_objects", "begin_objects", "same"}});
-    layout.Top({.items = {"t_begin", "t_end"}});
-    layout.Below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
-    layout.Right({.items = {"end", "end_objects"}});
-    layout.Align(PlacerEdge::Left, {"t_end", "t_end_objects"}, "end");
-    layout.Below({.items = {"t_begin_objects", "t_end_objects"}, .of = "begin"});
-    layout.Below({.items = {"begin_objects", "end_objects"}, .of = "t_begin_objects", .gap = 2});
-    layout.Below({.items = {"same"}, .of = "begin_objects"});
-    layout.Corner({"cancel", "ok"});
+    layout.left({.items = {"t_begin", "begin", "t_begin_objects", "begin_objects", "same"}});
+    layout.top({.items = {"t_begin", "t_end"}});
+    layout.below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
+    layout.right({.items = {"end", "end_objects"}});
+    layout.align(PlacerEdge::Left, {"t_end", "t_end_objects"}, "end");
+    layout.below({.items = {"t_begin_objects", "t_end_objects"}, .of = "begin"});
+    layout.below({.items = {"begin_objects", "end_objects"}, .of = "t_begin_objects", .gap = 2});
+    layout.below({.items = {"same"}, .of = "begin_objects"});
+    layout.corner({"cancel", "ok"});
     return {
         .name = "DefinePattern",
         .title = "Define the event pattern",
@@ -169,35 +169,35 @@ DialogDescription search_PatternDialog() {
                   {.name = "same", .kind = DialogKind::CheckBox, .text = "&Match events on the same task"},
                   item_Ok("ok", "Ok"),  // the wording is kept as it is known
                   item_Cancel()},
-        .layout = layout.Lines()};
+        .layout = layout.lines()};
 }
 
 DialogDescription search_IntervalDialog() {
     const LayoutItems rows = {"t_begin", "begin", "tf_from", "ts_info", "ok"};
     LayoutBuilder layout;
     least_halves(layout, {"t_begin", "t_end", "begin", "end"});
-    layout.LeastWidths({{.of = {"t_range", "tf_from", "tf_to"}, .pixels = 32},
+    layout.leastWidths({{.of = {"t_range", "tf_from", "tf_to"}, .pixels = 32},
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 64}});
-    layout.LeastHeight({.of = rows, .pixels = 64, .lines = 6});
-    layout.FirstWidths({{.pixels = 12, .letters = 96}});
-    layout.FirstHeight({.pixels = 46, .lines = 26});
-    layout.FillWidth("begin_objects", {.gaps = 24, .parts = 2});
-    layout.FillHeight("begin_objects", {.less = rows, .gaps = 46});
-    layout.Width("begin", {.of = {"begin_objects"}});
-    layout.Width("end", {.of = {"begin_objects"}});
+    layout.leastHeight({.of = rows, .pixels = 64, .lines = 6});
+    layout.firstWidths({{.pixels = 12, .letters = 96}});
+    layout.firstHeight({.pixels = 46, .lines = 26});
+    layout.fillWidth("begin_objects", {.gaps = 24, .parts = 2});
+    layout.fillHeight("begin_objects", {.less = rows, .gaps = 46});
+    layout.width("begin", {.of = {"begin_objects"}});
+    layout.width("end", {.of = {"begin_objects"}});
     same_size(layout, "end_objects", "begin_objects");
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"t_begin", "begin", "begin_objects", "t_range", "ts_info"}});
-    layout.Top({.items = {"t_begin", "t_end"}});
-    layout.Below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
-    layout.Below({.items = {"begin_objects", "end_objects"}, .of = "begin", .gap = 4});
-    layout.Right({.items = {"end", "end_objects"}});
-    layout.Align(PlacerEdge::Left, {"t_end"}, "end");
-    layout.Below({.items = {"tf_from"}, .of = "begin_objects"});
-    layout.Below({.items = {"ts_info"}, .of = "tf_from"});
-    layout.TextRow({"t_range", "tf_from", "tf_to"}, "tf_from");
-    layout.Corner({"cancel", "ok"});
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"t_begin", "begin", "begin_objects", "t_range", "ts_info"}});
+    layout.top({.items = {"t_begin", "t_end"}});
+    layout.below({.items = {"begin", "end"}, .of = "t_begin", .gap = 2});
+    layout.below({.items = {"begin_objects", "end_objects"}, .of = "begin", .gap = 4});
+    layout.right({.items = {"end", "end_objects"}});
+    layout.align(PlacerEdge::Left, {"t_end"}, "end");
+    layout.below({.items = {"tf_from"}, .of = "begin_objects"});
+    layout.below({.items = {"ts_info"}, .of = "tf_from"});
+    layout.textRow({"t_range", "tf_from", "tf_to"}, "tf_from");
+    layout.corner({"cancel", "ok"});
     return {.name = "SearchInterval",
             .title = "Criteria for searching intervals based on event pattern",
             .helpKey = "search",
@@ -208,7 +208,7 @@ DialogDescription search_IntervalDialog() {
                       item_Label("t_range", "&Within (in Second):", "tf_from"),
                       field("tf_from", "From", "0000000.000000"), field("tf_to", "To", "0000000.000000"),
                       item_Message(), item_Ok(), item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 namespace {
@@ -221,30 +221,30 @@ std::vector<std::string> result_lines(bool histogram, int letters) {
         buttons.insert(buttons.begin() + 1, "log_lengths");
     }
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_stat"}, .pixels = 25}, {.of = buttons, .pixels = 48}});
-    if (histogram) layout.LeastWidths({{.of = {"t_lengths"}, .pixels = 16}});
-    layout.LeastWidths({{.pixels = 80, .letters = 56}});
-    layout.LeastHeight({.of = rows, .pixels = histogram ? 48 : 40, .lines = histogram ? 14 : 6});
-    layout.FirstWidths({{.pixels = 12, .letters = letters}});
-    layout.FirstHeight({.pixels = 46, .lines = 32});
-    layout.FillWidth("list", {.gaps = 16});
-    layout.Left({.items = {"list", "t_stat", "only_rows"}});
-    layout.NextRow("list", 8);
-    layout.NextRow("t_stat", 4);
+    layout.leastWidths({{.of = {"t_stat"}, .pixels = 25}, {.of = buttons, .pixels = 48}});
+    if (histogram) layout.leastWidths({{.of = {"t_lengths"}, .pixels = 16}});
+    layout.leastWidths({{.pixels = 80, .letters = 56}});
+    layout.leastHeight({.of = rows, .pixels = histogram ? 48 : 40, .lines = histogram ? 14 : 6});
+    layout.firstWidths({{.pixels = 12, .letters = letters}});
+    layout.firstHeight({.pixels = 46, .lines = 32});
+    layout.fillWidth("list", {.gaps = 16});
+    layout.left({.items = {"list", "t_stat", "only_rows"}});
+    layout.nextRow("list", 8);
+    layout.nextRow("t_stat", 4);
     if (histogram) {
-        layout.FillWidth("histogram", {.gaps = 16});
-        layout.Height("histogram", {.lines = 7});
-        layout.Left({.items = {"t_lengths", "histogram"}});
-        layout.NextRow("t_lengths", 4);
-        layout.NextRow("histogram", 4);
-        layout.InRow({"only_rows", "log_lengths"}, 16);
-        layout.Middle({"log_lengths"}, "quit");
+        layout.fillWidth("histogram", {.gaps = 16});
+        layout.height("histogram", {.lines = 7});
+        layout.left({.items = {"t_lengths", "histogram"}});
+        layout.nextRow("t_lengths", 4);
+        layout.nextRow("histogram", 4);
+        layout.inRow({"only_rows", "log_lengths"}, 16);
+        layout.middle({"log_lengths"}, "quit");
         rows.emplace_back("histogram");
     }
-    layout.FillHeight("list", {.less = rows, .gaps = histogram ? 36 : 28});
-    layout.Corner({"quit"});
-    layout.Middle({"only_rows"}, "quit");
-    return layout.Lines();
+    layout.fillHeight("list", {.less = rows, .gaps = histogram ? 36 : 28});
+    layout.corner({"quit"});
+    layout.middle({"only_rows"}, "quit");
+    return layout.lines();
 }
 
 }  // namespace

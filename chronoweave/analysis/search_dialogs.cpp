@@ -26,7 +26,7 @@ void refuse(CanvasFacts& facts, DialogModel& model, const std::string& message) 
 }
 void error(CanvasFacts& facts, const std::string& message) {
     laCanvas_Beep(facts.canvas);
-    facts.canvas.calls.host->Message(message);
+    facts.canvas.calls.host->message(message);
 }
 
 std::string with_max(const CanvasFacts& facts, const std::string& text) {
@@ -42,7 +42,7 @@ bool is_period(const SearchRequest& request) {
 std::vector<DialogRow> event_names(const Legend& legend) {
     std::set<std::string> names;
     for (const LegendEvent& event : legend.events)
-        if (!event.isCategory()) names.insert(event.name);
+        if (!event.IsCategory()) names.insert(event.name);
     std::vector<DialogRow> rows;
     for (const std::string& name : names) rows.push_back({{text_utf8(name)}, rows.size(), name});
     return rows;
@@ -54,7 +54,7 @@ std::vector<DialogRow> event_rows(const Legend& legend) {
     std::vector<DialogRow> rows;
     for (size_t i = 0; i < legend.events.size(); ++i) {
         const LegendEvent& event = legend.events[i];
-        if (!event.isCategory() && seen.insert(event.name).second)
+        if (!event.IsCategory() && seen.insert(event.name).second)
             rows.push_back({{text_utf8(event.name), gen_format("0x%x/0x%x", event.type, event.subtype)}, i});
     }
     return rows;
@@ -78,8 +78,8 @@ int32_t resolved(const Legend& legend, int kind, size_t row) {
 
 bool take_objects(CanvasFacts& facts, DialogModel& model, const TimeField& from, const TimeField& to,
                   SearchRequest& request) {
-    const auto periodFrom = from.isEmpty() ? 0.0 : from.value();
-    const auto periodTo = to.isEmpty() ? -1.0 : to.value();
+    const auto periodFrom = from.IsEmpty() ? 0.0 : from.value();
+    const auto periodTo = to.IsEmpty() ? -1.0 : to.value();
     if (!periodFrom || !periodTo) {
         refuse(facts, model, invalidRange);
         return false;
@@ -155,7 +155,7 @@ bool search_AskObjects(CanvasFacts& facts, SearchRequest& request) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
         if (take_objects(facts, model, from, to, request)) model.close(accepted);
     };
-    return facts.canvas.calls.host->Run(model) == accepted;
+    return facts.canvas.calls.host->run(model) == accepted;
 }
 
 bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport) {
@@ -186,7 +186,7 @@ bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport) {
         request.target = request.kind == Search_Switch ? facts.words.legend->contextSwitchStatus : -1;
         model.close(accepted);
     };
-    return facts.canvas.calls.host->Run(model) == accepted;
+    return facts.canvas.calls.host->run(model) == accepted;
 }
 
 bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
@@ -208,11 +208,11 @@ bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
         const auto chosen = model.selectedIds("list");
-        if (chosen.empty()) return facts.canvas.calls.host->Message("No object is selected.");
+        if (chosen.empty()) return facts.canvas.calls.host->message("No object is selected.");
         request.target = resolved(legend, request.kind, static_cast<size_t>(chosen.front()));
         model.close(accepted);
     };
-    return facts.canvas.calls.host->Run(model) == accepted;
+    return facts.canvas.calls.host->run(model) == accepted;
 }
 
 bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
@@ -234,7 +234,7 @@ bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
         if (!fault.empty()) return error(facts, fault);
         model.close(accepted);
     };
-    return facts.canvas.calls.host->Run(model) == accepted;
+    return facts.canvas.calls.host->run(model) == accepted;
 }
 
 std::optional<SearchRequest> search_Ask(CanvasFacts& facts) {
@@ -263,7 +263,7 @@ bool take_criteria(CanvasFacts& facts, DialogModel& model, const IntervalFields&
     const auto rows = search_IntervalEvents(*facts.words.legend, facts.canvas.options.allForIntervalSearch);
     const auto begin = analysis_SelectedObjects(model, "begin_objects"),
                end = analysis_SelectedObjects(model, "end_objects");
-    empty = fields.from.isEmpty() || fields.to.isEmpty() || begin.empty() || end.empty();
+    empty = fields.from.IsEmpty() || fields.to.IsEmpty() || begin.empty() || end.empty();
     if (empty) return true;
     const auto from = fields.from.value(), to = fields.to.value();
     if (!from || !to) {
@@ -304,7 +304,7 @@ std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts) {
         if (take_criteria(facts, model, {from, to}, criteria, empty))
             model.close(empty ? Dialog_Dismissed : accepted);
     };
-    if (facts.canvas.calls.host->Run(model) != accepted) return std::nullopt;
+    if (facts.canvas.calls.host->run(model) != accepted) return std::nullopt;
     SearchRequest request = search_IntervalRequest(legend, criteria);
     return request;
 }

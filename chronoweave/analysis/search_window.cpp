@@ -181,12 +181,12 @@ void SearchWindow::Lead() {
 
 // A click on a bar selects the rows that it stands for.
 void SearchWindow::Picture(int x) {
-    const size_t bar = histogram_.barAt(x, histogramWidth_);
+    const size_t bar = histogram_.BarAt(x, histogramWidth_);
     if (bar >= histogram_.counts().size()) return;
     MScrollList& list = model_.list("list");
     std::vector<int> rows;
     for (int row = 0; row < list.RowCount(); ++row)
-        if (histogram_.barOf(Length(*RowAt(row))) == bar) rows.push_back(row);
+        if (histogram_.BarOf(Length(*RowAt(row))) == bar) rows.push_back(row);
     list.SelectRows(rows);
     if (!rows.empty()) list.ScrollToRow(rows.front());
 }
@@ -239,7 +239,7 @@ void SearchWindow::RowMenu(int row) {
                 {popUpSeparator},
                 {"Move Cursor to Start &Point"},
                 {"Move Cursor to &End Point"}};
-    const int answer = canvas_.calls.host->PopUp("Operations", rows);
+    const int answer = canvas_.calls.host->popUpMenu("Operations", rows);
     if (model_.isClosed()) return;
     if (answer == 0) Show(chosen);
     if (answer == 2) MoveTo(chosen.timeA, chosen.objectA);

@@ -21,11 +21,11 @@ class SearchWindowTest : public AnalysisWindowTest {
         steps.assign(chain);
         shown.clear();
         EXPECT_TRUE(Do("Search"));
-        host.DropClosed();
+        host.dropClosed();
     }
-    void SearchTakes() { Search({all_objects(), press("event"), choose("Take")}); }
+    void SearchTakes() { Search({AllObjects(), press("event"), choose("Take")}); }
     void SearchPairs(bool same = false) {
-        Search({all_objects(), press("event_pattern"), pattern("Take", "Give", same)});
+        Search({AllObjects(), press("event_pattern"), pattern("Take", "Give", same)});
     }
     std::string Selection() const {
         return gen_format("%.3f-%.3f", canvas.marks.cursor[0], canvas.marks.cursor[1]);
@@ -48,35 +48,35 @@ TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
         std::string title, message, stat;
         Texts columns, first, menu;
     } cases[] = {
-        {{all_objects(), press("event"), choose("Take")},
+        {{AllObjects(), press("event"), choose("Take")},
          "Search Result for 'Take' in Board",
          "Found 3 instances of event 'Take'.",
          "Number of objects: 3",
          {"Task ID", "Time(in Second)", "Task Name"},
          {"0x1", "0.010", "one"},
          {"&Show Event", popUpSeparator, "&Move Cursor to Event"}},
-        {{all_objects(), press("status"), choose("Running")},
+        {{AllObjects(), press("status"), choose("Running")},
          "Search Result for 'Running' in Board",
          "Found 2 instances of status 'Running'.",
          "Number: 2, Interval (in Second): max=0.052 min=0.043 ave=0.0475",
          times,
          {"0x1", "0.005", "0.048", "0.043", "one"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
-        {{all_objects(), press("event_pattern"), pattern("Take", "Give", true)},
+        {{AllObjects(), press("event_pattern"), pattern("Take", "Give", true)},
          "Search Result for \"Take*Give\" in Board",
          "",
          "Number: 3, Interval (in Second): max=0.04 min=0.005 ave=0.0216667",
          times,
          {"0x1", "0.010", "0.030", "0.020", "one"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
-        {{all_objects(), press("event_pattern"), pattern("Take", "Give", false)},
+        {{AllObjects(), press("event_pattern"), pattern("Take", "Give", false)},
          "Search Result for \"Take*Give\" in Board",
          "",
          "Number: 3, Interval (in Second): max=0.04 min=0.005 ave=0.0216667",
          {"From Task", "From Time", "To Task", "To Time", "Interval"},
          {"0x1 (one)", "0.010", "0x1 (one)", "0.030", "0.020"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
-        {{all_objects(), press("ctx_switch")},
+        {{AllObjects(), press("ctx_switch")},
          "Search Result for 'ContextSwitch' in Board",
          "Found 2 instances of context switch.",
          "Number of objects: 2",
@@ -102,7 +102,7 @@ TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
     EXPECT_EQ(canvas.calls.viewWindows.size(), 5u);
     EXPECT_EQ(host.busy, 0);
     ASSERT_TRUE(Do("DelViews"));
-    host.DropClosed();
+    host.dropClosed();
     EXPECT_TRUE(host.windows.empty() && canvas.calls.viewWindows.empty() && canvas.marks.hits.empty());
 }
 
@@ -141,7 +141,7 @@ TEST_F(SearchWindowTest, DialogsSayWhatTheyAskForAndArePrefilled) {
     EXPECT_EQ(Window().list("list").RowCount(), 2);
     EXPECT_EQ(Cells("list", 0)[1], "40");
     // Without a period the range is the whole trace, and its end is exact although its text is short.
-    Search({all_objects(),
+    Search({AllObjects(),
             [](DialogModel& d) {
                 EXPECT_EQ(d.item("tf_from").text, "0.0");
                 EXPECT_EQ(d.item("tf_to").text, "100 (Max: 100)");
@@ -208,7 +208,7 @@ TEST_F(SearchWindowTest, RefusalsKeepTheirDialogsOpen) {
                      "No task is selected for begin event(s).", "No task is selected for end event(s).",
                      "No common task is selected for both begin and end event(s)."}));
     host.messages.clear();
-    Search({all_objects(), press("event"), press("ok")});
+    Search({AllObjects(), press("event"), press("ok")});
     EXPECT_EQ(host.messages, Texts{"No object is selected."});
     EXPECT_TRUE(host.windows.empty());
 }
@@ -223,12 +223,12 @@ TEST_F(SearchWindowTest, NothingFoundIsTold) {
         };
     };
     SearchTakes();
-    Search({all_objects(), range("0.08", "0.02", "event"), choose("Take")});
+    Search({AllObjects(), range("0.08", "0.02", "event"), choose("Take")});
     EXPECT_EQ(test.message(), "Did not find any 'Take'.");
     EXPECT_EQ(canvas.marks.hits.size(), 3u);  // those of the result that is still open
-    Search({all_objects(), range("0", "0.001", "event_pattern"), pattern("Take", "Give", false)});
+    Search({AllObjects(), range("0", "0.001", "event_pattern"), pattern("Take", "Give", false)});
     EXPECT_EQ(test.message(), "Did not find instance for event pattern \"Take*Give\".");
-    Search({all_objects(), press("status"), choose("Stopped")});
+    Search({AllObjects(), press("status"), choose("Stopped")});
     EXPECT_EQ(test.message(), "Did not find any 'Stopped'.");
     EXPECT_EQ(host.windows.size(), 1u);
 }
@@ -236,7 +236,7 @@ TEST_F(SearchWindowTest, NothingFoundIsTold) {
 TEST_F(SearchWindowTest, AStoppedSearchShowsWhatItFound) {
     std::vector<TestEvent> events;
     for (uint32_t i = 0; i < 40000; ++i) events.push_back(user(i, 1, 2));
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
     canvas.calls.progress = [](double, double) { return false; };
     SearchTakes();
     const int rows = Window().list("list").RowCount();
@@ -244,7 +244,7 @@ TEST_F(SearchWindowTest, AStoppedSearchShowsWhatItFound) {
     EXPECT_LT(rows, 40000);
     EXPECT_EQ(test.message(),
               gen_format("Found %d instances of event 'Take'.", rows) + " It was stopped at 16.383 Seconds.");
-    Search({all_objects(), press("event_pattern"), pattern("Take", "Take", true)});
+    Search({AllObjects(), press("event_pattern"), pattern("Take", "Take", true)});
     EXPECT_EQ(test.message(), "The search was stopped at 16.383 Seconds.");
 }
 
@@ -286,14 +286,14 @@ TEST_F(SearchWindowTest, ClicksLeadToTheCanvas) {
 
 TEST_F(SearchWindowTest, WhatIsInvisibleIsTold) {
     Open();
-    Search({all_objects(), press("event"), choose("Give")});
+    Search({AllObjects(), press("event"), choose("Give")});
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "Event \"Give\" is invisible.");
-    Search({all_objects(), press("status"), choose("Running")});
+    Search({AllObjects(), press("status"), choose("Running")});
     canvas.looks.legend.statuses[3].visible = false;
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "Status \"Running\" is invisible.");
-    Search({all_objects(), press("ctx_switch")});
+    Search({AllObjects(), press("ctx_switch")});
     canvas.looks.legend.statuses[8].visible = false;
     Window().clickRow("list", 0, 0);
     EXPECT_EQ(test.message(), "\"ContextSwitch\" is invisible.");
@@ -340,7 +340,7 @@ TEST_F(SearchWindowTest, KeysStepThroughTheResultWorkedWithLast) {
     Open();
     const std::vector<double> takes = {0.010, 0.040, 0.050}, gives = {0.030, 0.045, 0.090};
     SearchTakes();
-    Search({all_objects(), press("event"), choose("Give")});
+    Search({AllObjects(), press("event"), choose("Give")});
     EXPECT_EQ(canvas.marks.hits, gives);
     DialogModel &older = *host.windows[0], &newer = *host.windows[1];
     ASSERT_TRUE(older.clickRow("list", 0, 0));
@@ -350,7 +350,7 @@ TEST_F(SearchWindowTest, KeysStepThroughTheResultWorkedWithLast) {
     ASSERT_TRUE(newer.activate("list", 1));
     EXPECT_EQ(canvas.marks.hits, gives);
     // A search that finds nothing, and the end of the newer result, leave the older one.
-    Search({all_objects(), press("status"), choose("Stopped")});
+    Search({AllObjects(), press("status"), choose("Stopped")});
     EXPECT_EQ(canvas.marks.hits, gives);
     newer.dismiss();
     EXPECT_EQ(canvas.marks.hits, takes);
@@ -366,12 +366,12 @@ TEST_F(SearchWindowTest, KeysStepThroughTheResultWorkedWithLast) {
 }
 
 TEST_F(SearchWindowTest, AResultOpensAsWideAsItsColumns) {
-    std::vector<TestEvent> events = pair_events();
+    std::vector<TestEvent> events = PairEvents();
     const std::string name(40, 'n');
     events[0] = name_event(0, 1, name);
     events[1] = name_event(0, 2, "x" + name);
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
-    Search({all_objects(), press("ctx_switch")});
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
+    Search({AllObjects(), press("ctx_switch")});
     const std::string cell = Cells("list", 1)[1];
     ASSERT_GT(cell.size(), 35u);
     const DialogMetrics font = dialog_TestFont(20, false);
@@ -387,9 +387,9 @@ TEST_F(SearchWindowTest, AResultOpensAsWideAsItsColumns) {
 }
 
 TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
-    std::vector<TestEvent> events = pair_events();
+    std::vector<TestEvent> events = PairEvents();
     events.insert(events.begin(), {name_event(0, 3, "two"), name_event(0, 4, "four")});
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
     test.ShowAll();
     const auto visible = [this] {
         std::set<uint32_t> ids;
@@ -403,7 +403,7 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
         d.type("tf_from", "0.049");
         d.press("event");
     };
-    Search({all_objects(), ends, choose("Take")});  // on task 2 alone
+    Search({AllObjects(), ends, choose("Take")});  // on task 2 alone
     ASSERT_TRUE(Window().check("only_rows", true));
     // "two" stands for the group of "two@inner", and is not hidden with it.
     EXPECT_EQ(visible(), (std::set<uint32_t>{2, 3}));
@@ -417,7 +417,7 @@ TEST_F(SearchWindowTest, OnlyTheRowsOfAResultAreShownAndAllAgain) {
     ASSERT_TRUE(Window().check("only_rows", true));
     Window().dismiss();
     EXPECT_EQ(visible().size(), all.size() - 1);
-    EXPECT_EQ(canvas.taskList->hiddenPaths().size(), 1u);
+    EXPECT_EQ(canvas.taskList->HiddenPaths().size(), 1u);
 }
 
 TEST_F(SearchWindowTest, TablesAreCopiedAndSaved) {
@@ -495,11 +495,11 @@ TEST(HistogramFigures, ALogarithmicScaleSpreadsWhatALinearOneHeaps) {
     EXPECT_GT(linear.counts().front(), lengths.size() / 2);
     EXPECT_EQ(spread.counts().front(), 2u);  // of 0
     EXPECT_LT(*std::max_element(spread.counts().begin(), spread.counts().end()), lengths.size() / 4);
-    EXPECT_EQ(spread.barOf(9), spread.counts().size() - 1);
-    EXPECT_EQ(spread.barOf(1e-6), 1u);
+    EXPECT_EQ(spread.BarOf(9), spread.counts().size() - 1);
+    EXPECT_EQ(spread.BarOf(1e-6), 1u);
     size_t last = 0;
     for (double length = 1e-6; length <= 9; length *= 1.3) {
-        const size_t bar = spread.barOf(length);
+        const size_t bar = spread.BarOf(length);
         EXPECT_TRUE(bar == last || bar == last + 1 || last == 0) << length;
         last = bar;
     }
@@ -535,7 +535,7 @@ TEST(HistogramFigures, AreThoseOfSortedLengths) {
         std::vector<uint32_t> counts(histogram.counts().size(), 0);
         double sum = 0;
         for (const double length : lengths) {
-            ++counts[histogram.barOf(length)];
+            ++counts[histogram.BarOf(length)];
             sum += length;
         }
         EXPECT_NEAR(f.mean, sum / static_cast<double>(count), 1e-9);
@@ -552,7 +552,7 @@ TEST_F(SearchWindowTest, IntervalsAreSearchedByOneDialog) {
     const auto ask = [this](const Step& step) {
         steps = {step};
         EXPECT_TRUE(Do("SearchInterval"));
-        host.DropClosed();
+        host.dropClosed();
     };
     ask([](DialogModel& d) {
         EXPECT_EQ(d.title(), "Criteria for searching intervals based on event pattern");
@@ -604,7 +604,7 @@ TEST_F(SearchWindowTest, IntervalsAreSearchedByOneDialog) {
 TEST_F(SearchWindowTest, AThousandObjectsAndAMillionRowsAreShown) {
     std::vector<TestEvent> events;
     for (uint32_t i = 0; i < 2000; ++i) events.push_back(user(i, i / 2 + 1, i % 2 ? 3 : 2));
-    ASSERT_TRUE(test.Open(events, "ThreadX", pair_legend()));
+    ASSERT_TRUE(test.Open(events, "ThreadX", PairLegend()));
     Search({[](DialogModel& d) {
                 EXPECT_EQ(d.list("list").RowCount(), 1000);
                 d.list("list").SelectAll();

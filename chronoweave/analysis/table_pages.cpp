@@ -74,7 +74,7 @@ class TablePages {
 
   private:
     bool DrawPage(const MScrollList& list, int from, int end) {
-        if (!page_.MakeFonts("Courier New", titleHeight_, rowHeight_) || !page_.StartPage()) return false;
+        if (!page_.makeFonts("Courier New", titleHeight_, rowHeight_) || !page_.startPage()) return false;
         Surface& surface = page_.surface();
         surface.setFont(Font_Application);
         Put(left_, top_, width_ * 3 / 4, title_, Font_Application);
@@ -90,7 +90,7 @@ class TablePages {
         surface.fillRect(left_, y - rowHeight_ / 8, width_, std::max(1, rowHeight_ / 16), ink);
         for (int row = from; row < end; ++row, y += rowHeight_)
             Row(y, [&](int column) { return text_utf8(list.Text(row, column)); });
-        return page_.EndPage();
+        return page_.endPage();
     }
 
     template <class Text>

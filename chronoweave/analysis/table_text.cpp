@@ -61,19 +61,19 @@ std::string table_AsCsv(const std::vector<const MScrollList*>& lists) {
 
 bool table_SaveCsv(DialogHost& host, const std::string& suggested,
                    const std::vector<const MScrollList*>& lists) {
-    const std::string path = host.ChooseSaveFile("Save As CSV", suggested, "Comma-Separated Values (*.csv)");
+    const std::string path = host.chooseSaveFile("Save As CSV", suggested, "Comma-Separated Values (*.csv)");
     if (path.empty()) return false;
     const Result written = [&] {
         const BusyWork busy(GateWork::Print, dialog_Busy(host));
         return file_replace(path, table_AsCsv(lists));
     }();
-    if (!written) host.Message("Can't write \"" + path + "\": " + written.reason() + '.');
+    if (!written) host.message("Can't write \"" + path + "\": " + written.reason() + '.');
     return written.ok();
 }
 
 void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std::string_view command) {
     if (command == "Copy") {
-        host.CopyText(table_ForClipboard(model.list(menu.copied)));
+        host.copyText(table_ForClipboard(model.list(menu.copied)));
     } else if (command == "SaveCsv" || command == "Print") {
         std::vector<const MScrollList*> lists;
         for (const std::string& name : menu.saved) lists.push_back(&model.list(name));
@@ -84,6 +84,6 @@ void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std
     } else if (command == "Close") {
         model.close(Dialog_Dismissed);
     } else {
-        host.Beep();
+        host.beep();
     }
 }

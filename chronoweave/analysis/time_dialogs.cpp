@@ -5,19 +5,19 @@
 DialogDescription dialogs_TimeUnit() {
     const LayoutItems rows = {"t_units", "units", "auto", "ok"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_units"}, .pixels = 24},
+    layout.leastWidths({{.of = {"t_units"}, .pixels = 24},
                         {.of = {"units"}, .pixels = 40},
                         {.of = {"auto"}, .pixels = 24},
                         {.of = {"ok", "cancel"}, .pixels = 32}});
-    layout.LeastHeight({.of = rows, .pixels = 48});
-    layout.FirstWidths({{.letters = 40}});
-    layout.FirstHeight({.of = rows, .pixels = 40});
-    layout.Left({.items = {"t_units", "auto"}});
-    layout.Left({.items = {"units"}, .gap = 24});
-    layout.Top({.items = {"t_units"}});
-    layout.Below({.items = {"units"}, .of = "t_units", .gap = 4});
-    layout.Below({.items = {"auto"}, .of = "units"});
-    layout.Corner({"cancel", "ok"});
+    layout.leastHeight({.of = rows, .pixels = 48});
+    layout.firstWidths({{.letters = 40}});
+    layout.firstHeight({.of = rows, .pixels = 40});
+    layout.left({.items = {"t_units", "auto"}});
+    layout.left({.items = {"units"}, .gap = 24});
+    layout.top({.items = {"t_units"}});
+    layout.below({.items = {"units"}, .of = "t_units", .gap = 4});
+    layout.below({.items = {"auto"}, .of = "units"});
+    layout.corner({"cancel", "ok"});
     return {.name = "TimeUnit",
             .title = "Time Unit",
             .items = {item_Label("t_units", "Show times in:", "units"),
@@ -28,26 +28,26 @@ DialogDescription dialogs_TimeUnit() {
                       {.name = "auto", .kind = DialogKind::CheckBox, .text = "&Auto Adjust Time Unit"},
                       item_Ok(),
                       item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }
 
 DialogDescription dialogs_GotoTime() {
     const LayoutItems rows = {"time", "t_explain", "ts_info", "ok"};
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"t_time", "time"}, .pixels = 32},
+    layout.leastWidths({{.of = {"t_time", "time"}, .pixels = 32},
                         {.of = {"t_explain"}, .pixels = 24},
                         {.of = {"ok", "cancel"}, .pixels = 32}});
-    layout.LeastHeight({.of = rows, .pixels = 48});
-    layout.FirstWidths({{.of = {"t_explain"}, .pixels = 16}});
-    layout.FirstHeight({.of = rows, .pixels = 40});
-    layout.FillWidth("time", {.less = {"t_time"}, .gaps = 24});
-    layout.FillWidth("ts_info", {.gaps = 16});
-    layout.Left({.items = {"t_time", "t_explain", "ts_info"}});
-    layout.Top({.items = {"time"}});
-    layout.TextRow({"t_time", "time"}, "time");
-    layout.Below({.items = {"t_explain"}, .of = "time"});
-    layout.Corner({"cancel", "ok"});
-    layout.Above({.items = {"ts_info"}, .of = "ok"});
+    layout.leastHeight({.of = rows, .pixels = 48});
+    layout.firstWidths({{.of = {"t_explain"}, .pixels = 16}});
+    layout.firstHeight({.of = rows, .pixels = 40});
+    layout.fillWidth("time", {.less = {"t_time"}, .gaps = 24});
+    layout.fillWidth("ts_info", {.gaps = 16});
+    layout.left({.items = {"t_time", "t_explain", "ts_info"}});
+    layout.top({.items = {"time"}});
+    layout.textRow({"t_time", "time"}, "time");
+    layout.below({.items = {"t_explain"}, .of = "time"});
+    layout.corner({"cancel", "ok"});
+    layout.above({.items = {"ts_info"}, .of = "ok"});
     return {.name = "GotoTime",
             .title = "Go to Time",
             .items = {item_Label("t_time", "&Time:", "time"),
@@ -63,5 +63,5 @@ DialogDescription dialogs_GotoTime() {
                       item_Message(),
                       item_Ok(),
                       item_Cancel()},
-            .layout = layout.Lines()};
+            .layout = layout.lines()};
 }

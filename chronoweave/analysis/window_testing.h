@@ -31,7 +31,7 @@ class AnalysisWindowTest : public testing::Test {
 
     // Tasks 1 ("one") and 2 ("two@inner"), one tick a millisecond: 1 takes at 10 and gives at 30, takes again
     // at 40 and gives at 45; 2 takes at 50 and gives at 90. The trace ends at 0.1 seconds.
-    static Legend pair_legend() {
+    static Legend PairLegend() {
         Legend legend = test_legend();
         legend.events.clear();
         const auto add = [&](uint16_t type, uint16_t subtype, const char* name, uint32_t flags) {
@@ -47,7 +47,7 @@ class AnalysisWindowTest : public testing::Test {
         legend.BuildLookups();
         return legend;
     }
-    static std::vector<TestEvent> pair_events() {
+    static std::vector<TestEvent> PairEvents() {
         return {name_event(0, 1, "one"),
                 name_event(0, 2, "two@inner"),
                 status_change(0, 1, mt_Ready),
@@ -64,7 +64,7 @@ class AnalysisWindowTest : public testing::Test {
                 user(99, 2, 7)};
     }
     void Open() {
-        ASSERT_TRUE(test.Open(pair_events(), "ThreadX", pair_legend()));
+        ASSERT_TRUE(test.Open(PairEvents(), "ThreadX", PairLegend()));
         canvas.source.canvasName = "Board";
         test.ShowAll();
     }
@@ -83,7 +83,7 @@ class AnalysisWindowTest : public testing::Test {
     static Step press(const std::string& name) {
         return [name](DialogModel& d) { EXPECT_TRUE(d.press(name)) << name; };
     }
-    static Step all_objects() {
+    static Step AllObjects() {
         return [](DialogModel& d) {
             d.list("list").SelectAll();
             EXPECT_TRUE(d.press("ok"));

@@ -42,7 +42,7 @@ class DamagedStore : public CliTest {
 #endif
         return all;
     }
-    void expect_told(const std::string& words) const {
+    void expectTold(const std::string& words) const {
         for (const Words& command : commands()) {
             const Ran ran = run(command);
             EXPECT_EQ(ran.status, 1) << command[0] << ": " << ran.err;
@@ -63,7 +63,7 @@ TEST_F(DamagedStore, AWholeOneIsFine) {
 
 TEST_F(DamagedStore, ACutStreamIsTold) {
     std::filesystem::resize_file(base() + ".trs", size_ - 20000);
-    expect_told("damaged.trs, byte ");
+    expectTold("damaged.trs, byte ");
     const std::vector<std::string> events = lines_of(run({"events", base(), "--csv"}).out);
     EXPECT_GT(events.size(), 1000u) << "all that stand ahead of the cut";
 }
@@ -74,7 +74,7 @@ TEST_F(DamagedStore, AnOverwrittenBlockIsToldAndWhatFollowsIsGiven) {
     stream.seekp(static_cast<std::streamoff>(block_));
     stream << std::string(500, '\xE5');
     stream.close();
-    expect_told("damaged.trs, byte ");
+    expectTold("damaged.trs, byte ");
     const auto events = lines_of(run({"events", base(), "--csv"}).out);
     EXPECT_EQ(events.size(), whole.size() - interval_) << "one block is missing";
     EXPECT_EQ(events.back(), whole.back());
@@ -83,7 +83,7 @@ TEST_F(DamagedStore, AnOverwrittenBlockIsToldAndWhatFollowsIsGiven) {
 TEST_F(DamagedStore, ACutIndexIsMadeAnew) {
     const auto whole = lines_of(run({"events", base(), "--csv"}).out);
     std::filesystem::resize_file(base() + ".tri", 50);
-    expect_told("damaged.tri, byte 46: the index ends without an end mark");
+    expectTold("damaged.tri, byte 46: the index ends without an end mark");
     EXPECT_EQ(lines_of(run({"events", base(), "--csv"}).out), whole);
 }
 
@@ -102,7 +102,7 @@ TEST_F(DamagedStore, AReadErrorIsTold) {
     gf_WrapDevices([&](std::unique_ptr<FileDevice> device, const std::string& name) {
         return name == base() + ".trs" ? failing(bytes, block_ + 2, block_ + 3) : std::move(device);
     });
-    expect_told("Input/output error");
+    expectTold("Input/output error");
 }
 
 namespace {

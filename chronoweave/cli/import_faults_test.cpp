@@ -32,7 +32,7 @@ class ImportFaults : public CliTest {
     }
 
     // The import with the n-th call failing. False when it made fewer calls.
-    bool import_failing(Fault fault, int error, int n) {
+    bool importFailing(Fault fault, int error, int n) {
         int status = 0;
         const std::string trace = path("run.trr");
         const char* const argv[] = {"chronoweave", "import", "--json", trace.c_str()};
@@ -67,10 +67,10 @@ class ImportFaults : public CliTest {
         ASSERT_EQ(ran_.status, 1) << where;
         EXPECT_TRUE(fault == Fault::Short || said(std::strerror(error))) << where;
         EXPECT_TRUE(read == whole_ || said("The earlier store \"" + base + "\" was removed.")) << where;
-        check_missing(left ? mt_GetEventCount(*left) : 0, left ? mt_GetTimeRange(*left).end : 0, where);
+        checkMissing(left ? mt_GetEventCount(*left) : 0, left ? mt_GetTimeRange(*left).end : 0, where);
     }
     // Where events are missing: how many, and at what time the store ends.
-    void check_missing(uint64_t kept, mt_Time end, const std::string& where) const {
+    void checkMissing(uint64_t kept, mt_Time end, const std::string& where) const {
         std::smatch found;
         const std::regex words(
             "([0-9]+) events could not be taken into the store, which (is empty|ends at ([0-9.]+) s)");
@@ -95,7 +95,7 @@ TEST_F(ImportFaults, EndWithStatus1AndSayWhatIsMissing) {
     for (const Fault fault : {Fault::Fails, Fault::FailsOn, Fault::Short}) {
         const int error = fault == Fault::Fails ? EIO : ENOSPC;
         int n = 1, failed = 0;
-        for (; import_failing(fault, error, n) && !HasFatalFailure(); ++n) {
+        for (; importFailing(fault, error, n) && !HasFatalFailure(); ++n) {
             check(fault, error, n);
             failed += ran_.status;
             ASSERT_EQ(run({"import", path("run.trr")}).status, 0);  // what stands there before is whole again

@@ -25,7 +25,7 @@ bool NamedStore::openWithLegend(const CommandLine& line, int& status) {
     return false;
 }
 
-Cell NamedStore::status_name(uint16_t code) const {
+Cell NamedStore::statusName(uint16_t code) const {
     if (hasLegend) return legend.statuses[static_cast<size_t>(legend.StatusIndex(code))].name;
     const char* name = mt_StatusName(code);
     return name ? Cell(name) : Cell();

@@ -20,7 +20,7 @@ struct NamedStore {
     bool openWithLegend(const CommandLine& line, int& status);
     TraceStore& store() const { return *opened.store; }
     // Null where neither the legend nor the store knows the code.
-    Cell status_name(uint16_t code) const;
+    Cell statusName(uint16_t code) const;
 };
 
 TimeScale scale_of(const CommandLine& line, TraceStore& store);

@@ -76,7 +76,7 @@ class ObjectNames {
   public:
     ObjectNames(const TraceStore& store, const StateTable& state, char separator)
         : store_(store), state_(state), separator_(separator) {}
-    void changed_by(const EventRecord& event) {
+    void changedBy(const EventRecord& event) {
         StateChange change;
         for (ChangeList changes = event.changes; changes.next(change);) {
             const bool elsewhere =
@@ -146,8 +146,8 @@ class EventRows {
           rows_(rows),
           bigEndian_(mt_IsBigEndianTarget(named.store())) {}
 
-    void changed_by(const EventRecord& event) { names_.changed_by(event); }
-    void changed_by_any() { names_.forget(); }
+    void changedBy(const EventRecord& event) { names_.changedBy(event); }
+    void changedByAny() { names_.forget(); }
     void put(const EventRecord& event, const std::optional<uint32_t>& object) {
         const LegendEvent* known = nullptr;
         if (named_.hasLegend)
@@ -204,9 +204,9 @@ int command_Events(const CommandLine& line) {
     uint32_t first = 0;
     while (left > 0 && rows.good() && mt_NextEvent(walk, event)) {
         if (first == 0) first = event.sequence;
-        if (walk.gap()) output.changed_by_any();
+        if (walk.gap()) output.changedByAny();
         mt_ApplyEventToState(state, event);
-        output.changed_by(event);
+        output.changedBy(event);
         const auto object = object_of(event, bigEndian);
         if (query->byObject && object != query->object) continue;
         output.put(event, object);
@@ -239,7 +239,7 @@ int command_State(const CommandLine& line) {
     for (const uint32_t position : state.sorted()) {
         const auto code = mt_TaskStatusAt(state, position);
         const auto name = mt_TaskNameAt(store, state, position, named.separator);
-        rows.row({state.id_at(position), code, code ? named.status_name(*code) : Cell(),
+        rows.row({state.IdAt(position), code, code ? named.statusName(*code) : Cell(),
                   mt_TaskPriorityAt(state, position), name});
     }
     return closed(rows, named.opened);

@@ -117,7 +117,7 @@ void LegendSums::SumCategories() {
     size_t category = legend_.events.size();
     for (size_t row = 0; row < legend_.events.size(); ++row) {
         const LegendEvent& event = legend_.events[row];
-        if (event.isCategory()) {
+        if (event.IsCategory()) {
             category = row;
             continue;
         }

@@ -51,7 +51,7 @@ TEST_F(ReportTest, FiguresAreThoseOfLookingAtEveryObjectAtEveryEvent) {
             for (size_t row = 0; row < naive.statusTimes.size(); ++row)
                 ASSERT_NEAR(mine.statusTimes[row], naive.statusTimes[row], 1e-9) << seed << ' ' << turn;
             for (size_t row = 0; row < naive.eventCounts.size(); ++row) {
-                if (legend_.events[row].isCategory()) continue;
+                if (legend_.events[row].IsCategory()) continue;
                 ASSERT_EQ(mine.eventCounts[row], naive.eventCounts[row]) << legend_.events[row].name;
             }
         }

@@ -52,8 +52,8 @@ ReportRow event_row(const AnalysisWords& words, const LegendStatistics& statisti
     const LegendEvent& event = words.legend->events[at];
     ReportRow row;
     row.row = static_cast<int32_t>(at);
-    row.kind = event.isCategory() ? ReportRowKind::Category : ReportRowKind::Event;
-    row.texts[0] = (event.isCategory() ? "Event Category " : "  Event ") + event.name;
+    row.kind = event.IsCategory() ? ReportRowKind::Category : ReportRowKind::Event;
+    row.texts[0] = (event.IsCategory() ? "Event Category " : "  Event ") + event.name;
     row.texts[1] = count_text(statistics.eventCounts[at]);
     row.countFraction = fraction_of(statistics.eventCounts[at], statistics.totalEvents);
     give_bars(row);

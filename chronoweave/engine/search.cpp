@@ -332,7 +332,7 @@ std::vector<int32_t> search_IntervalEvents(const Legend& legend, bool all) {
     std::vector<int32_t> rows;
     for (size_t row = 0; row < legend.events.size(); ++row) {
         const LegendEvent& event = legend.events[row];
-        if (!event.isCategory() && (all || (event.flags & LegendEvent_IntervalSearch)))
+        if (!event.IsCategory() && (all || (event.flags & LegendEvent_IntervalSearch)))
             rows.push_back(static_cast<int32_t>(row));
     }
     return rows;

@@ -89,7 +89,7 @@ std::string analysis_NearNames(std::string_view text, std::span<const std::strin
 std::optional<int32_t> analysis_FindEvent(const Legend& legend, std::string_view name, std::string& why) {
     std::vector<std::string> candidates;
     for (const LegendEvent& event : legend.events) {
-        if (event.isCategory()) continue;
+        if (event.IsCategory()) continue;
         if (text_equal_nocase(event.name, name)) return legend.EventByName(name);
         candidates.push_back(event.name);
     }

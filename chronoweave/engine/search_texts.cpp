@@ -40,7 +40,7 @@ ObjectNames::ObjectNames(TraceStore& store, char separator) {
     for (uint32_t position = 0; position < state.size(); ++position) {
         if (state.entry(position).objectType != mt_ObjectTask) continue;
         auto name = mt_TaskNameAt(store, state, position, separator);
-        if (name && !text_trim(*name).empty()) names_[state.id_at(position)] = std::move(*name);
+        if (name && !text_trim(*name).empty()) names_[state.IdAt(position)] = std::move(*name);
     }
 }
 

@@ -192,7 +192,7 @@ class ObjectTracker {
     void Look(Record& record) {
         // A position holds until something is removed from the state.
         uint32_t& position = record.position;
-        if (position >= state_.size() || state_.id_at(position) != record.object ||
+        if (position >= state_.size() || state_.IdAt(position) != record.object ||
             state_.entry(position).objectType != mt_ObjectTask)
             position = state_.find(mt_ObjectTask, record.object);
         const auto code = position == StateTable::npos ? std::nullopt : mt_TaskStatusAt(state_, position);

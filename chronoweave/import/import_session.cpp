@@ -31,7 +31,7 @@ Result ImportSession::open(std::unique_ptr<EventSource> source, uint32_t checkpo
     const SourceFacts& facts = source_->facts();
     const auto rate = static_cast<uint32_t>(facts.ticksPerSecond);
     if (rate != facts.ticksPerSecond) gen_console(words_ClockRate, print(facts.ticksPerSecond), rate);
-    const std::optional<uint32_t> interval = checkpoint == 0 ? look_over() : checkpoint;
+    const std::optional<uint32_t> interval = checkpoint == 0 ? LookOver() : checkpoint;
     if (!interval) {
         counts_.stopped = true;
         return Result::failure({});
@@ -47,7 +47,7 @@ bool ImportSession::tell(double done, double total, double from, double to) cons
 }
 
 // The checkpoint interval that the source asks for; nothing when progress stopped the look.
-std::optional<uint32_t> ImportSession::look_over() {
+std::optional<uint32_t> ImportSession::LookOver() {
     bool stopped = false;
     const std::optional<SourceLook> look = source_->look([&](double done, double total) {
         stopped = !tell(done, total, 0, look_share);
@@ -60,10 +60,10 @@ std::optional<uint32_t> ImportSession::look_over() {
 }
 
 ReadEnd ImportSession::read(int64_t limitMs) {
-    const ReadEnd end = take_records(limitMs);
+    const ReadEnd end = TakeRecords(limitMs);
     trouble_ = settle(&StoreWriter::Commit);
     counts_.stopped = end == ReadEnd::Stopped;
-    if (end == ReadEnd::Done) tell_cut(limitMs);
+    if (end == ReadEnd::Done) TellCut(limitMs);
     if (status) status(end == ReadEnd::CutShort ? words_Overrun : "");
     return end;
 }
@@ -72,10 +72,10 @@ Result ImportSession::close() {
     return trouble_ = settle(&StoreWriter::Close);
 }
 
-ReadEnd ImportSession::take_records(int64_t limitMs) {
+ReadEnd ImportSession::TakeRecords(int64_t limitMs) {
     const bool limited = limitMs > 0;
     const int64_t deadline = limited ? clock() + limitMs : 0;
-    source_->set_deadline(limited);
+    source_->SetDeadline(limited);
     SourceRecord record;
     for (uint32_t taken = 0;;) {
         const SourceStep step = source_->next(record);
@@ -107,20 +107,20 @@ std::optional<ReadEnd> ImportSession::pause(bool limited, int64_t deadline) cons
 }
 
 void ImportSession::take(const SourceRecord& record) {
-    const mt_Time time = store_time(record.time);
+    const mt_Time time = StoreTime(record.time);
     if (time >> 63 != 0 && !std::exchange(toldFarTime_, true))
-        gen_console(words_FarTime, print(writer_->eventsWritten() + uint64_t{1}), print(time));
+        gen_console(words_FarTime, print(writer_->EventsWritten() + uint64_t{1}), print(time));
     if (!storeEnd_.ok()) {
         ++passed_;
         return;
     }
     const Result taken = writer_->AppendEvent(time, record.type, record.subtype, record.extra);
-    if (!taken.ok()) end_store(taken);
+    if (!taken.ok()) EndStore(taken);
 }
 
 // The store time of an event: ticks since the first timed event, never decreasing. When time goes back behind
 // the first event the origin moves with it, and the store times of later events jump up by the difference.
-mt_Time ImportSession::store_time(mt_Time t) {
+mt_Time ImportSession::StoreTime(mt_Time t) {
     if (t == 0) return lastRawTime_ - firstRawTime_;
     if (firstRawTime_ == 0) {
         firstRawTime_ = lastRawTime_ = t;
@@ -136,25 +136,25 @@ mt_Time ImportSession::store_time(mt_Time t) {
 }
 
 // Nothing more goes into the store; told once.
-void ImportSession::end_store(const Result& why) {
+void ImportSession::EndStore(const Result& why) {
     if (!storeEnd_.ok()) return;
     storeEnd_ = why;
     gen_console(words_AppendFailed);
 }
 
 Result ImportSession::settle(Result (StoreWriter::*step)()) {
-    const uint64_t refused = writer_->eventsRefused();
+    const uint64_t refused = writer_->EventsRefused();
     Result result = (writer_.get()->*step)();
-    if (writer_->eventsRefused() > refused) end_store(writer_->refusal());
+    if (writer_->EventsRefused() > refused) EndStore(writer_->refusal());
     source_->settle();
     static_cast<SourceCounts&>(counts_) = source_->counts();
-    counts_.events = writer_->eventsWritten();
-    counts_.refused = writer_->eventsRefused() + passed_;
+    counts_.events = writer_->EventsWritten();
+    counts_.refused = writer_->EventsRefused() + passed_;
     return result;
 }
 
 // While a source is written, most reads end in a record that is being written.
-void ImportSession::tell_cut(int64_t limitMs) {
+void ImportSession::TellCut(int64_t limitMs) {
     const bool stands = cutAt_ == counts_.unreadAt && cutBytes_ == counts_.unread;
     cutAt_ = counts_.unreadAt;
     cutBytes_ = counts_.unread;
@@ -164,10 +164,10 @@ void ImportSession::tell_cut(int64_t limitMs) {
     gen_console(words_Unread, print(counts_.unread), print(counts_.unreadAt));
 }
 
-std::string ImportSession::missingEvents() const {
+std::string ImportSession::MissingEvents() const {
     if (counts_.refused == 0) return {};
     std::string end = words_EndsEmpty;
-    if (const auto last = writer_->lastTime()) {
+    if (const auto last = writer_->LastTime()) {
         const uint64_t rate = writer_->facts().ticksPerSecond;
         char text[TickWriter::room];
         const TickWriter ticks({std::max<uint64_t>(1, rate), 1}, 9);

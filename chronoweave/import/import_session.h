@@ -49,7 +49,7 @@ class ImportSession {
 
     EventSource& source() const { return *source_; }
     // Whether the last read came to an end behind which more may follow.
-    bool mayGrow() const { return mayGrow_; }
+    bool MayGrow() const { return mayGrow_; }
     // Null before open and when that failed.
     const StoreWriter* writer() const { return writer_.get(); }
     // Of the whole session, up to the last read.
@@ -59,18 +59,18 @@ class ImportSession {
     const Result& trouble() const { return trouble_; }
     // One sentence on the events that the store did not take; empty when it took all. A store ends at the
     // first of them: what comes behind is only counted, so that no hole is left within it.
-    std::string missingEvents() const;
+    std::string MissingEvents() const;
 
   private:
-    std::optional<uint32_t> look_over();
+    std::optional<uint32_t> LookOver();
     bool tell(double done, double total, double from, double to) const;
-    ReadEnd take_records(int64_t limitMs);
+    ReadEnd TakeRecords(int64_t limitMs);
     std::optional<ReadEnd> pause(bool limited, int64_t deadline) const;
     void take(const SourceRecord& record);
-    mt_Time store_time(mt_Time t);
-    void end_store(const Result& why);
+    mt_Time StoreTime(mt_Time t);
+    void EndStore(const Result& why);
     Result settle(Result (StoreWriter::*step)());
-    void tell_cut(int64_t limitMs);
+    void TellCut(int64_t limitMs);
 
     std::unique_ptr<EventSource> source_;
     std::unique_ptr<StoreWriter> writer_;

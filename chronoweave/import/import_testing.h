@@ -50,7 +50,7 @@ inline Bytes long_header(bool big, uint8_t major, uint8_t minor, uint32_t os = 1
 }
 inline Bytes task_entry(uint32_t id, uint32_t priority, const std::string& name, bool inUse, bool big) {
     RawWriter writer(big);
-    writer.taskEntry({id, priority, name}, inUse);
+    writer.TaskEntry({id, priority, name}, inUse);
     return writer.take();
 }
 

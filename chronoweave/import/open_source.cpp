@@ -32,11 +32,11 @@ class Opening {
     void dispatch() {
         const SourceName name(name_);
         if (name.extension() == "trs")
-            open_data_file();
+            OpenDataFile();
         else if (const SourceFormat* format = import_FormatOf(name))
-            import_from(*format, name);
+            ImportFrom(*format, name);
         else if (name.extension().empty() || path_is_readable_file(name_ + ".trv"))
-            open_store(name_);  // a base name, which may have a "." of its own
+            OpenStore(name_);  // a base name, which may have a "." of its own
         else
             say(words_CannotOpen);
     }
@@ -46,14 +46,14 @@ class Opening {
         result_.error += sentence;
     }
 
-    void open_store(const std::string& base) {
-        keep_store([&](std::string& why) { return mt_OpenForRead(base, &why); });
+    void OpenStore(const std::string& base) {
+        KeepStore([&](std::string& why) { return mt_OpenForRead(base, &why); });
     }
-    void open_data_file() {
-        keep_store([&](std::string& why) { return mt_OpenForReadByDataFile(name_, &why); });
+    void OpenDataFile() {
+        KeepStore([&](std::string& why) { return mt_OpenForReadByDataFile(name_, &why); });
     }
     template <class Open>
-    void keep_store(Open open) {
+    void KeepStore(Open open) {
         std::string why;
         result_.store = open(why);
         if (!result_.store) {
@@ -66,8 +66,8 @@ class Opening {
     }
 
     // Chooses the store's place and makes the writer there.
-    Result make_writer(const StoreFacts& facts, mt_EventCallback tracker,
-                       std::unique_ptr<StoreWriter>& writer) {
+    Result MakeWriter(const StoreFacts& facts, mt_EventCallback tracker,
+                      std::unique_ptr<StoreWriter>& writer) {
         StorePlace place;
         Result chosen = store_ChoosePlace(name_, options_.outputBase, place);
         if (!chosen.ok()) return chosen;
@@ -77,16 +77,16 @@ class Opening {
         return StoreWriter::Create(place.base, facts, tracker, writer);
     }
     // After a failure: the store that stood there before, unless it still stands.
-    void tell_earlier_store() {
+    void TellEarlierStore() {
         if (replaces_earlier_ && (session_->writer() || !path_is_readable_file(result_.base + ".trv")))
             say(gen_format(words_EarlierGone, result_.base.c_str()));
     }
 
-    void import_from(const SourceFormat& format, const SourceName& name) {
+    void ImportFrom(const SourceFormat& format, const SourceName& name) {
         std::unique_ptr<EventSource> source;
         const Result opened = format.open(name, {options_.keepGrowing}, source);
         if (!opened.ok()) {
-            fatal_ = opened.isFatal();
+            fatal_ = opened.IsFatal();
             say(opened.what());
             if (!opened.reason().empty()) say(opened.where() + ": " + opened.reason());
             return;
@@ -94,37 +94,37 @@ class Opening {
         const Result made = session_->open(
             std::move(source), options_.checkpoint,
             [this](const StoreFacts& facts, mt_EventCallback tracker, std::unique_ptr<StoreWriter>& writer) {
-                return make_writer(facts, tracker, writer);
+                return MakeWriter(facts, tracker, writer);
             });
-        if (made.ok()) return read_source();
+        if (made.ok()) return ReadSource();
         result_.counts = session_->counts();
         if (result_.counts.stopped) return;
         say(made.text());
-        tell_earlier_store();
+        TellEarlierStore();
     }
 
-    void read_source() {
+    void ReadSource() {
         const ReadEnd end = session_->read(0);
         const Result damage = end == ReadEnd::Stopped ? Result() : session_->source().damage();
         if (!damage.ok()) say(damage.where().empty() ? damage.what() : damage.text());
         // A store that stays open is kept by the disk when it is closed.
-        const bool stays = options_.keepGrowing && end == ReadEnd::Done && session_->mayGrow();
+        const bool stays = options_.keepGrowing && end == ReadEnd::Done && session_->MayGrow();
         if (!stays) static_cast<void>(session_->close());
-        tell_failing_store();
+        TellFailingStore();
         result_.imported = true;
         result_.counts = session_->counts();
         if (stays)
             result_.growing = std::move(session_);
         else
             session_.reset();
-        open_store(std::string(result_.base));
+        OpenStore(std::string(result_.base));
     }
 
-    void tell_failing_store() {
-        const std::string missing = session_->missingEvents();
+    void TellFailingStore() {
+        const std::string missing = session_->MissingEvents();
         if (missing.empty() && session_->trouble().ok()) return;
         say(missing.empty() ? session_->trouble().text() : missing);
-        tell_earlier_store();
+        TellEarlierStore();
     }
 
     const std::string& name_;
@@ -155,6 +155,6 @@ ReadOn import_ReadOn(ImportSession& session, int64_t limitMs) {
     read.extent = session.source().extent();
     read.trouble = session.trouble();
     if (end == ReadEnd::Failed) read.trouble = session.source().damage();
-    if (session.counts().refused > refused) read.trouble = Result::failure(session.missingEvents());
+    if (session.counts().refused > refused) read.trouble = Result::failure(session.MissingEvents());
     return read;
 }

@@ -13,12 +13,12 @@ namespace fs = std::filesystem;
 
 class OpenSourceTest : public ImportTest {
   protected:
-    static Bytes run_of(uint32_t id) {
+    static Bytes RunOf(uint32_t id) {
         Bytes bytes = short_header(true);
         put_record(bytes, raw_event(2, 1, 10, id, true));
         return bytes;
     }
-    std::string no_source(const std::string& name) const {
+    std::string NoSource(const std::string& name) const {
         return "Can't open VOREL Chronoweave source file \"" + path(name) + "\".";
     }
 };
@@ -27,8 +27,8 @@ TEST_F(OpenSourceTest, refusalsAreInTheSystemsWords) {
     fs::create_directory(path("folder.trr"));
     fs::create_directory(path("dotted.d"));
     Bytes other = short_header(true, 2), wrongOs = long_header(true, 2, 1, 7);
-    write("run.TRR", run_of(1));
-    write("run.CORE", run_of(1));
+    write("run.TRR", RunOf(1));
+    write("run.CORE", RunOf(1));
     write("empty.trr", {});
     write("other.trr", other);
     write("other2.trr", wrongOs);
@@ -52,18 +52,18 @@ TEST_F(OpenSourceTest, refusalsAreInTheSystemsWords) {
         const OpenedSource source = import_OpenSource(path(c.name), {});
         EXPECT_FALSE(source.store) << c.name;
         EXPECT_FALSE(source.imported) << c.name;
-        EXPECT_EQ(source.error, c.error + "\n" + no_source(c.name)) << c.name;
+        EXPECT_EQ(source.error, c.error + "\n" + NoSource(c.name)) << c.name;
     }
     EXPECT_EQ(import_OpenSource("", {}).error, "Invalid file name.");
     for (const char* name : {"gone", "gone.trs", "dotted.d/gone"}) {
         const std::string error = import_OpenSource(path(name), {}).error;
         EXPECT_NE(error.find("gone.tr"), std::string::npos) << error;
-        EXPECT_NE(error.find(no_source(name)), std::string::npos) << error;
+        EXPECT_NE(error.find(NoSource(name)), std::string::npos) << error;
     }
 }
 
 TEST_F(OpenSourceTest, aSourceLeavesItsStoreBesideItAndTheStoreOpensByEveryName) {
-    OpenedSource source = import("run.v2.trr", run_of(0x11));
+    OpenedSource source = import("run.v2.trr", RunOf(0x11));
     EXPECT_EQ(source.error, "");
     EXPECT_TRUE(source.imported);
     EXPECT_FALSE(source.inCache);
@@ -77,7 +77,7 @@ TEST_F(OpenSourceTest, aSourceLeavesItsStoreBesideItAndTheStoreOpensByEveryName)
         EXPECT_EQ(events(*source.store), "0:2/1:11");
     }
     // A further import replaces it, even while a reader has it open.
-    source = import("run.v2.trr", run_of(0x22));
+    source = import("run.v2.trr", RunOf(0x22));
     EXPECT_EQ(events(*source.store), "0:2/1:22");
 }
 
@@ -92,8 +92,8 @@ TEST_F(OpenSourceTest, aCoreUnderARawNameGoesTheCoreWay) {
 }
 
 TEST_F(OpenSourceTest, aFailedImportShowsNoEarlierStore) {
-    import("run.core", run_of(1));
-    ASSERT_TRUE(import("run.trr", run_of(1)).store);
+    import("run.core", RunOf(1));
+    ASSERT_TRUE(import("run.trr", RunOf(1)).store);
     const OpenedSource source = import("run.core", {0, 9, 1});
     EXPECT_FALSE(source.store);
     EXPECT_EQ(source.error, "Unknown core file version: 9");
@@ -105,7 +105,7 @@ TEST_F(OpenSourceTest, aFolderThatCannotBeWrittenLeadsToTheCache) {
     // A folder where nobody, root included, can make a file.
     ImportOptions options;
     options.outputBase = "/proc/self/run";
-    const OpenedSource source = import_OpenSource(write("run.trr", run_of(5)), options);
+    const OpenedSource source = import_OpenSource(write("run.trr", RunOf(5)), options);
     StorePlace other;
     EXPECT_TRUE(store_ChoosePlace("x", "/proc/run", other).ok());
     unsetenv("XDG_CACHE_HOME");
@@ -119,14 +119,14 @@ TEST_F(OpenSourceTest, aFolderThatCannotBeWrittenLeadsToTheCache) {
 TEST_F(OpenSourceTest, aFolderThatDoesNotExistIsNamed) {
     ImportOptions options;
     options.outputBase = path("no/folder/run");
-    const OpenedSource source = import_OpenSource(write("run.trr", run_of(5)), options);
+    const OpenedSource source = import_OpenSource(write("run.trr", RunOf(5)), options);
     EXPECT_FALSE(source.store);
     EXPECT_EQ(source.error.substr(0, source.error.find('\n')),
               "The folder \"" + path("no/folder") + "\" for the store does not exist.");
 }
 
 TEST_F(OpenSourceTest, theSourceIsNeverOverwritten) {
-    const Bytes bytes = run_of(5);
+    const Bytes bytes = RunOf(5);
     write("data.trs", bytes);
     fs::create_symlink(path("data.trs"), path("data.trr"));
     const OpenedSource source = import_OpenSource(path("data.trr"), {});

@@ -54,7 +54,7 @@ TEST_F(FollowTest, aRecordWrittenInTwoPartsIsReadOnceWhole) {
     session_.tellsCutRecords = false;
     follow(first);
     EXPECT_EQ(session_.read(100), ReadEnd::Done);
-    EXPECT_TRUE(session_.mayGrow());
+    EXPECT_TRUE(session_.MayGrow());
     EXPECT_EQ(status_, "");
     EXPECT_EQ(session_.counts().unread, 5u);
     EXPECT_EQ(session_.counts().unreadAt, 27u);
@@ -121,8 +121,8 @@ TEST_F(FollowTest, theLimitIsTestedOncePerBufferAndTheNextReadGoesOn) {
 class FailingSource : public ByteSource {
   public:
     explicit FailingSource(Bytes bytes) : bytes_(source_FromBytes(std::move(bytes))) {}
-    SourceRead read_at(uint64_t offset, std::span<uint8_t> bytes) override {
-        return offset < raw_ShortHeaderSize ? bytes_->read_at(offset, bytes)
+    SourceRead ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
+        return offset < raw_ShortHeaderSize ? bytes_->ReadAt(offset, bytes)
                                             : SourceRead{SourceStatus::Failed, 0};
     }
     uint64_t size() override { return 1000; }
@@ -164,7 +164,7 @@ class CountingSource : public EventSource {
 TEST_F(FollowTest, aFormatNeedsNoMoreThanItsFactsAndItsRecords) {
     open(std::make_unique<CountingSource>());
     EXPECT_EQ(session_.read(0), ReadEnd::Done);
-    EXPECT_FALSE(session_.mayGrow());
+    EXPECT_FALSE(session_.MayGrow());
     EXPECT_TRUE(session_.close().ok());
     const TraceStorePtr store = mt_OpenForRead(path("live"));
     EXPECT_EQ(mt_GetEventCount(*store), 3000u);
@@ -206,7 +206,7 @@ TEST_F(ImportTest, eventsThatTheStoreRefusesAreCountedInOneLine) {
     EXPECT_EQ(counts.events + counts.refused, 2000u);
     EXPECT_EQ(console(), "Chronoweave: unexpected libtrv return value.\n");
     EXPECT_EQ(
-        session.missingEvents(),
+        session.MissingEvents(),
         gen_format("%llu events could not be taken into the store, which ends at %.3f s: .trs: the store is "
                    "full: its offsets end at four gigabytes",
                    static_cast<unsigned long long>(counts.refused),

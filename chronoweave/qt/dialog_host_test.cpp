@@ -57,7 +57,7 @@ QWidget* dialogShown() {
 class Host : public testing::Test {
   protected:
     static void SetUpTestSuite() { testing_StartApplication(); }
-    DialogModel& open(bool menu = false) { return host.Open(std::make_unique<DialogModel>(sample(menu))); }
+    DialogModel& open(bool menu = false) { return host.open(std::make_unique<DialogModel>(sample(menu))); }
 
     TestFolder folder;
     SettingsManager settings{{}, folder / "config"};
@@ -88,7 +88,7 @@ TEST_F(Host, WindowsBearTheirNamesAndAreRemembered) {
     DialogModel& again = open();
     EXPECT_EQ(host.windowOf(again)->geometry(), QRect(40, 50, 500, 400));
     EXPECT_TRUE(settings.Position("Trvgui.Sample"));
-    host.Raise(again);
+    host.raise(again);
     EXPECT_EQ(host.windowOf(again)->mapFromGlobal(QCursor::pos()), QPoint(10, 10));
     // By its frame: the logic may refuse.
     again.onPress = {};
@@ -101,7 +101,7 @@ TEST_F(Host, AWindowOpensByItsParentAndGrowsWithItsFont) {
     over.show();
     DialogDescription description = dialogs_KeySheet();
     description.offset = 10;
-    QWidget* window = host.windowOf(host.Open(std::make_unique<DialogModel>(description)));
+    QWidget* window = host.windowOf(host.open(std::make_unique<DialogModel>(description)));
     EXPECT_EQ(window->pos(), over.pos() + QPoint(10, 10));
     const QSize before = window->size();
     QFont font = window->font();
@@ -133,7 +133,7 @@ TEST_F(Host, AWindowThatClosesInsideADialogTakesItAlongAndLivesUntilThatIsOver) 
             if (left) left->close();
         });
         DialogModel dialog(sample());
-        EXPECT_EQ(host.Run(dialog), Dialog_Dismissed);
+        EXPECT_EQ(host.run(dialog), Dialog_Dismissed);
         EXPECT_FALSE(goneInside);
         QApplication::processEvents();
         EXPECT_TRUE(gone);
@@ -143,18 +143,18 @@ TEST_F(Host, AWindowThatClosesInsideADialogTakesItAlongAndLivesUntilThatIsOver) 
 TEST_F(Host, QuestionsAndMenusDoNotWaitWhereNobodyIs) {
     std::string said;
     gen_set_report_sink([&](int, const std::string& line) { said += line; });
-    EXPECT_FALSE(host.Ask("Save?"));
+    EXPECT_FALSE(host.ask("Save?"));
     EXPECT_NE(said.find("Save?"), std::string::npos);
-    host.Message("Bad %s.");
+    host.message("Bad %s.");
     EXPECT_NE(said.find("Bad %s."), std::string::npos);
     gen_set_report_sink({});
     host.answer = [](const std::string& question) { return question == "Save?"; };
-    EXPECT_TRUE(host.Ask("Save?"));
+    EXPECT_TRUE(host.ask("Save?"));
     const std::vector<PopUpRow> rows = {
         {"Show &Event"}, {popUpSeparator}, {"Move", false}, {"Follow", true, true}};
-    EXPECT_EQ(host.PopUp("Operations", rows), -1);
-    EXPECT_FALSE(host.ChooseColour("Colour", 0));
-    EXPECT_EQ(host.ChooseSaveFile("Save", "a", "Text (*.txt)"), "");
+    EXPECT_EQ(host.popUpMenu("Operations", rows), -1);
+    EXPECT_FALSE(host.chooseColour("Colour", 0));
+    EXPECT_EQ(host.chooseSaveFile("Save", "a", "Text (*.txt)"), "");
     for (const int wanted : {3, 0, -1}) {
         host.popUpShown = [&](QMenu& menu) {
             const QList<QAction*> actions = menu.actions();  // the title stands first
@@ -166,9 +166,9 @@ TEST_F(Host, QuestionsAndMenusDoNotWaitWhereNobodyIs) {
                 testing_Key(menu, wanted < 0 ? Qt::Key_Escape : Qt::Key_Return);
             });
         };
-        EXPECT_EQ(host.PopUp("Operations", rows), wanted);
+        EXPECT_EQ(host.popUpMenu("Operations", rows), wanted);
     }
-    host.CopyText("copied");
+    host.copyText("copied");
     EXPECT_EQ(QApplication::clipboard()->text(), "copied");
 }
 

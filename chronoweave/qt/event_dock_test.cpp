@@ -23,9 +23,9 @@ class Dock : public testing::Test {
     }
     void SetUp() override {
         std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
-        Open();
+        open();
     }
-    void Open() {
+    void open() {
         window =
             std::make_unique<CanvasWindow>("VOREL Chronoweave", false, CanvasServices{&settings, nullptr});
         window->resize(1000, 700);
@@ -35,7 +35,7 @@ class Dock : public testing::Test {
         ASSERT_NE(dock, nullptr);
     }
     // What the picture told is taken over, without waiting for it.
-    MScrollList& Rows() {
+    MScrollList& rows() {
         dock->table().Sync();
         return dock->table().model().list("list");
     }
@@ -49,18 +49,18 @@ class Dock : public testing::Test {
 
 TEST_F(Dock, ComesAndGoesByCommandAndIsRemembered) {
     EXPECT_TRUE(dock->isHidden());
-    EXPECT_EQ(Rows().RowCount(), 0);
+    EXPECT_EQ(rows().RowCount(), 0);
     window->command("EventTable");
     EXPECT_FALSE(dock->isHidden());
     EXPECT_TRUE(window->view().canvas().calls.upper.eventTable);
-    EXPECT_GT(Rows().RowCount(), 100);
+    EXPECT_GT(rows().RowCount(), 100);
     window->resizeDocks({dock}, {260}, Qt::Vertical);
     QApplication::processEvents();
     EXPECT_EQ(dock->height(), dock->rememberedHeight());
     const int height = dock->height();
     window.reset();
     EXPECT_TRUE(settings.IsOn("EventTable"));
-    Open();
+    open();
     QApplication::processEvents();
     EXPECT_TRUE(dock->isVisible());
     EXPECT_NEAR(dock->height(), height, 2);
@@ -71,7 +71,7 @@ TEST_F(Dock, ComesAndGoesByCommandAndIsRemembered) {
 
 TEST_F(Dock, ARowIsFramedInThePictureAndEscapeClearsAFilter) {
     window->command("EventTable");
-    const int all = Rows().RowCount();
+    const int all = rows().RowCount();
     dock->table().model().select("list", {20});
     const _LaCanvasData& canvas = window->view().canvas();
     ASSERT_NE(canvas.marks.markedEvent, 0u);
@@ -82,16 +82,16 @@ TEST_F(Dock, ARowIsFramedInThePictureAndEscapeClearsAFilter) {
     ASSERT_NE(field, nullptr);
     field->setFocus();
     testing_Key(*field, Qt::Key_Z, QStringLiteral("z"));
-    EXPECT_LT(Rows().RowCount(), all);
+    EXPECT_LT(rows().RowCount(), all);
     testing_Key(*field, Qt::Key_Escape);
     EXPECT_EQ(field->text(), QString());
-    EXPECT_EQ(Rows().RowCount(), all);
+    EXPECT_EQ(rows().RowCount(), all);
     // The view is followed.
     const _LaCanvasData& view = window->view().canvas();
     const double length = view.view.viewLength;
     window->command("ZoomIn");
     EXPECT_LT(view.view.viewLength, length);
-    EXPECT_LT(Rows().RowCount(), all);
+    EXPECT_LT(rows().RowCount(), all);
 }
 
 }  // namespace

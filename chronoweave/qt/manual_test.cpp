@@ -78,9 +78,9 @@ TEST_F(Manual, EveryCommandOfMenusAndToolBarIsExplained) {
     };
     for (const MenuRow& top : menus.Find("TraxMenuBar", true)->rows)
         for (const MenuRow& row : top.child->rows)
-            if (!row.isSeparator() && row.child == nullptr) explained(row.body);
+            if (!row.IsSeparator() && row.child == nullptr) explained(row.body);
     for (const laToolButton& button : laMenus_ToolBar())
-        if (!button.isGap()) explained(button.command);
+        if (!button.IsGap()) explained(button.command);
 }
 
 TEST_F(Manual, F1OpensThePageOfTheWindowThatHasTheKeyboard) {

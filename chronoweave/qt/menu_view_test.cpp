@@ -30,10 +30,10 @@ class WindowMenus : public testing::Test {
     static void SetUpTestSuite() { testing_StartApplication(); }
     void SetUp() override {
         std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
-        window = Make();
+        window = make();
         QApplication::processEvents();
     }
-    std::unique_ptr<CanvasWindow> Make() {
+    std::unique_ptr<CanvasWindow> make() {
         auto made =
             std::make_unique<CanvasWindow>("VOREL Chronoweave", false, CanvasServices{&settings, nullptr});
         made->setAttribute(Qt::WA_DeleteOnClose, false);
@@ -43,15 +43,15 @@ class WindowMenus : public testing::Test {
     }
     _LaCanvasData& canvas() { return window->view().canvas(); }
     // The action of a command, after its menu was opened.
-    QAction* Row(const char* menu, const char* command) {
+    QAction* row(const char* menu, const char* command) {
         auto* shown = window->findChild<QMenu*>(QString::fromUtf8(menu));
         Q_EMIT shown->aboutToShow();
         for (QAction* action : shown->actions())
             if (action->data().toString() == QString::fromUtf8(command)) return action;
         return nullptr;
     }
-    QToolButton* Button(const char* name) { return window->findChild<QToolButton*>(QString::fromUtf8(name)); }
-    void Answer(const std::function<void(QWidget&)>& work) {
+    QToolButton* button(const char* name) { return window->findChild<QToolButton*>(QString::fromUtf8(name)); }
+    void answer(const std::function<void(QWidget&)>& work) {
         QTimer::singleShot(0, window.get(), [work] {
             if (QWidget* dialog = QApplication::activeModalWidget()) work(*dialog);
         });
@@ -65,46 +65,46 @@ class WindowMenus : public testing::Test {
 
 TEST_F(WindowMenus, RowsAndButtonsFollowTheSourceAndReachTheCanvas) {
     EXPECT_EQ(window->menuBar()->actions().size(), 8);
-    EXPECT_FALSE(Row("TraxView", "ZoomIn")->isEnabled());
-    EXPECT_FALSE(Button("ZoomIn")->isEnabled());
-    EXPECT_TRUE(Button("NoRefresh")->isChecked());
+    EXPECT_FALSE(row("TraxView", "ZoomIn")->isEnabled());
+    EXPECT_FALSE(button("ZoomIn")->isEnabled());
+    EXPECT_TRUE(button("NoRefresh")->isChecked());
     EXPECT_FALSE(window->items().item("changeunit").enabled);
     ASSERT_TRUE(window->load(trace));
-    EXPECT_TRUE(Button("ZoomIn")->isEnabled());
+    EXPECT_TRUE(button("ZoomIn")->isEnabled());
     EXPECT_TRUE(window->items().item("changeunit").enabled);
     const double length = canvas().view.viewLength;
-    Row("TraxView", "ZoomIn")->trigger();
+    row("TraxView", "ZoomIn")->trigger();
     EXPECT_NEAR(canvas().view.viewLength, length / 2, length / 100);
-    Button("ZoomIn")->click();
+    button("ZoomIn")->click();
     EXPECT_NEAR(canvas().view.viewLength, length / 4, length / 100);
-    EXPECT_TRUE(Button("PrevHistory")->isEnabled());
-    Button("PrevHistory")->click();
+    EXPECT_TRUE(button("PrevHistory")->isEnabled());
+    button("PrevHistory")->click();
     EXPECT_NEAR(canvas().view.viewLength, length / 2, length / 100);
-    Button("PrevHistory")->click();
+    button("PrevHistory")->click();
     EXPECT_NEAR(canvas().view.viewLength, length, length / 100) << "the first picture";
-    EXPECT_FALSE(Button("PrevHistory")->isEnabled());
-    EXPECT_TRUE(Row("TraxView", "NextHistory")->isEnabled());
-    QAction* flat = Row("TraxView", "FlatView");
+    EXPECT_FALSE(button("PrevHistory")->isEnabled());
+    EXPECT_TRUE(row("TraxView", "NextHistory")->isEnabled());
+    QAction* flat = row("TraxView", "FlatView");
     EXPECT_TRUE(flat->isCheckable() && !flat->isChecked());
     flat->trigger();
-    EXPECT_TRUE(Row("TraxView", "FlatView")->isChecked());
-    Button("NoRefresh")->click();
-    EXPECT_FALSE(Button("NoRefresh")->isChecked());
+    EXPECT_TRUE(row("TraxView", "FlatView")->isChecked());
+    button("NoRefresh")->click();
+    EXPECT_FALSE(button("NoRefresh")->isChecked());
     EXPECT_TRUE(canvas().source.liveRefresh);
     window->command("Close");
-    EXPECT_FALSE(Button("ZoomIn")->isEnabled());
+    EXPECT_FALSE(button("ZoomIn")->isEnabled());
     EXPECT_EQ(window->windowTitle(), QStringLiteral("VOREL Chronoweave"));
     EXPECT_TRUE(window->source().empty());
-    ASSERT_TRUE(Row("TraxFile", ("Open " + trace).c_str()));
-    Row("TraxFile", ("Open " + trace).c_str())->trigger();
+    ASSERT_TRUE(row("TraxFile", ("Open " + trace).c_str()));
+    row("TraxFile", ("Open " + trace).c_str())->trigger();
     EXPECT_EQ(window->source(), trace);
 }
 
 TEST_F(WindowMenus, BookmarksAreRowsOfTheirWindow) {
     ASSERT_TRUE(window->load(trace));
-    std::unique_ptr<CanvasWindow> other = Make();
+    std::unique_ptr<CanvasWindow> other = make();
     laBookmark_Add(canvas(), laAgentId, 0.05);
-    QAction* mark = Row("TraxBookmark", "ShowBookmark 0");
+    QAction* mark = row("TraxBookmark", "ShowBookmark 0");
     ASSERT_TRUE(mark);
     mark->trigger();
     EXPECT_TRUE(canvas().view.viewLow < 0.05 && canvas().view.viewHigh > 0.05);
@@ -113,9 +113,9 @@ TEST_F(WindowMenus, BookmarksAreRowsOfTheirWindow) {
     EXPECT_EQ(others->actions().size(), 3);
     QApplication::processEvents();
     QApplication::processEvents();
-    EXPECT_TRUE(Row("TraxBookmark", "ShowBookmark 0"));
-    EXPECT_FALSE(menu_Registry().anyChanged() &&
-                 (QApplication::processEvents(), menu_Registry().anyChanged()));
+    EXPECT_TRUE(row("TraxBookmark", "ShowBookmark 0"));
+    EXPECT_FALSE(menu_Registry().AnyChanged() &&
+                 (QApplication::processEvents(), menu_Registry().AnyChanged()));
 }
 
 TEST_F(WindowMenus, MergingEndsWithTheMergedTraceInTheWindow) {
@@ -135,13 +135,13 @@ TEST_F(WindowMenus, MergingEndsWithTheMergedTraceInTheWindow) {
     };
     ASSERT_TRUE(window->load(trace));
     const uint32_t events = mt_GetEventCount(*canvas().source.store);
-    Answer(ok);
+    answer(ok);
     window->command("TraxMergeEventFiles");
     EXPECT_EQ(window->source(), merged);
     EXPECT_EQ(mt_GetEventCount(*canvas().source.store), 2 * events);
     std::string said;
     gen_set_report_sink([&](int, const std::string& line) { said += line; });
-    Answer(ok);
+    answer(ok);
     window->command("TraxMergeEventFiles");
     gen_set_report_sink({});
     EXPECT_NE(said.find("is the trace of a window"), std::string::npos) << said;
@@ -200,13 +200,13 @@ TEST_F(WindowMenus, EveryKeyIsOneAndReachesAKnownCommand) {
 }
 
 TEST_F(WindowMenus, OptionsReachAllWindowsAndTheSettings) {
-    std::unique_ptr<CanvasWindow> other = Make();
+    std::unique_ptr<CanvasWindow> other = make();
     const auto* bar = window->findChild<QWidget*>("VScroll");
     EXPECT_GT(bar->x(), 0);
     window->command("IconButton");
     EXPECT_EQ(other->findChild<QToolButton*>("Open")->toolButtonStyle(), Qt::ToolButtonTextOnly);
     EXPECT_FALSE(settings.IsOn("IconButton"));
-    Answer([](QWidget& dialog) {
+    answer([](QWidget& dialog) {
         EXPECT_EQ(dialog.objectName(), QStringLiteral("ScrollPos"));
         for (auto* choice : dialog.findChildren<QAbstractButton*>())
             if (choice->text() == QStringLiteral("&Left") || choice->text() == QStringLiteral("&Top"))
@@ -241,10 +241,10 @@ TEST_F(WindowMenus, AnotherWindowTakesTheMenuOfItsDescription) {
 TEST_F(WindowMenus, AButtonTellsOfItselfOnTheMessageLine) {
     canvas().fields.message = "before";
     QEvent enter(QEvent::Enter), leave(QEvent::Leave);
-    QApplication::sendEvent(Button("Open"), &enter);
+    QApplication::sendEvent(button("Open"), &enter);
     EXPECT_EQ(window->message(), "Choose a data file and show it in the canvas");
-    EXPECT_EQ(Button("Open")->toolTip(), QStringLiteral("Open Data File"));
-    QApplication::sendEvent(Button("Open"), &leave);
+    EXPECT_EQ(button("Open")->toolTip(), QStringLiteral("Open Data File"));
+    QApplication::sendEvent(button("Open"), &leave);
     EXPECT_EQ(window->message(), "before");
 }
 

@@ -383,7 +383,7 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
 
 void PictureView::popUp(const laContextMenu& menu) {
     if (canvas_->calls.host)
-        laContextMenu_Choose(*canvas_, menu, canvas_->calls.host->PopUp(menu.title, menu.rows));
+        laContextMenu_Choose(*canvas_, menu, canvas_->calls.host->popUpMenu(menu.title, menu.rows));
 }
 
 // The press may have gone to another window's side: what was dragged stays where it is.

@@ -42,7 +42,7 @@ class PrintWindow : public testing::Test {
         QApplication::processEvents();
     }
     _LaCanvasData& canvas() { return window->view().canvas(); }
-    QtPrintHost& printer() { return static_cast<QtPrintHost&>(*window->host().Printer()); }
+    QtPrintHost& printer() { return static_cast<QtPrintHost&>(*window->host().printHost()); }
     // Presses a button of the dialog that comes up next.
     void pressNext(const char* button) {
         QTimer::singleShot(0, window.get(), [this, button] {

@@ -24,20 +24,20 @@ ToolBarView::ToolBarView(std::function<void(const std::string&)> run,
     : help_(std::move(help)) {
     setIconSize(QSize(iconSide, iconSide));
     for (const laToolButton& button : laMenus_ToolBar()) {
-        if (button.isGap()) {
+        if (button.IsGap()) {
             actions_.push_back(addSeparator());
             continue;
         }
-        QAction* action = addAction(iconOf(button.row().icon), QString::fromStdString(button.toolTip()));
+        QAction* action = addAction(iconOf(button.row().icon), QString::fromStdString(button.ToolTip()));
         action->setIconText(QString::fromUtf8(button.text));
-        action->setToolTip(QString::fromStdString(button.toolTip()));
+        action->setToolTip(QString::fromStdString(button.ToolTip()));
         action->setCheckable(std::string_view(button.name) == "NoRefresh");
         connect(action, &QAction::triggered, this, [run, command = button.command] { run(command); });
         actions_.push_back(action);
         QWidget* made = widgetForAction(action);
         made->setObjectName(QString::fromUtf8(button.name));
-        made->setAccessibleName(QString::fromStdString(button.toolTip()));
-        made->setAccessibleDescription(QString::fromStdString(button.longHelp()));
+        made->setAccessibleName(QString::fromStdString(button.ToolTip()));
+        made->setAccessibleDescription(QString::fromStdString(button.LongHelp()));
         made->setFocusPolicy(Qt::TabFocus);
         made->installEventFilter(this);
     }

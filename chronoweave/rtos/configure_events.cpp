@@ -75,7 +75,7 @@ bool ConfigureReader::ImportantLine(FieldCursor fields) {
     constexpr uint32_t wild = LegendEvent_AnyType | LegendEvent_AnySubtype;
     bool found = false;
     for (ConfigureEvent& event : events_) {
-        if (event.isCategory() || event.type != named.type || event.subtype != named.subtype ||
+        if (event.IsCategory() || event.type != named.type || event.subtype != named.subtype ||
             (event.flags & wild) != (named.flags & wild))
             continue;
         event.flags |= LegendEvent_Important;

@@ -49,7 +49,7 @@ void ConfigureReader::AddMissingRows() {
         statuses_.push_back(std::move(status));
     }
     const auto unknownEvent = [&](const ConfigureEvent& event) {
-        return !event.isCategory() && unknown(event);
+        return !event.IsCategory() && unknown(event);
     };
     if (std::none_of(events_.begin(), events_.end(), unknownEvent)) {
         ConfigureEvent event;
@@ -99,7 +99,7 @@ void ConfigureReader::CheckIcons(bool apply) {
     }
     for (size_t row = 0; row < events_.size(); ++row) {
         ConfigureEvent& event = events_[row];
-        if (event.isCategory() || icon_Find(event.iconName) != NoIcon) continue;
+        if (event.IsCategory() || icon_Find(event.iconName) != NoIcon) continue;
         line_ = eventLines_[row];
         MissingIcon(event, apply);
     }

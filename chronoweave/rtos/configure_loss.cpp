@@ -21,9 +21,9 @@ const std::string& icon_in_file(const LegendEvent& event) {
 
 bool same(const LegendEvent& a, const LegendEvent& b) {
     // A category's visibility is that of its events.
-    const uint32_t flags = a.isCategory() ? ~LegendEvent_VisibilityMask : ~0u;
+    const uint32_t flags = a.IsCategory() ? ~LegendEvent_VisibilityMask : ~0u;
     if (a.name != b.name || a.category != b.category || ((a.flags ^ b.flags) & flags) != 0) return false;
-    if (a.isCategory()) return true;
+    if (a.IsCategory()) return true;
     return a.type == b.type && a.subtype == b.subtype && icon_in_file(a) == icon_in_file(b) &&
            a.extraFormat == b.extraFormat;
 }
@@ -89,7 +89,7 @@ std::optional<std::string> configure_FirstLoss(const Legend& legend, const std::
         return quoted(row.isContextSwitch ? "context switch" : "status", row.name);
     };
     const auto event = [](const LegendEvent& row) {
-        return quoted(row.isCategory() ? "category" : "event", row.name);
+        return quoted(row.IsCategory() ? "category" : "event", row.name);
     };
     if (auto loss = first_loss(legend.statuses, back.statuses(), status)) return loss;
     if (const LegendStatus* lost = first_lost_link(legend, back.statuses())) return status(*lost);

@@ -214,7 +214,7 @@ ConfigureCheck configure_Check(const std::string& path) {
     reading = &reader;
     check.errors = reader.ReadFile(path);
     for (const ConfigureEvent& event : reader.events())
-        ++(event.isCategory() ? check.categories : check.events);
+        ++(event.IsCategory() ? check.categories : check.events);
     check.statuses = reader.statuses().size();
     check.usable = check.statuses > 0 && !reader.events().empty();
     isError = false;

@@ -44,7 +44,7 @@ std::string describe(const ConfigureStatus& s) {
 
 std::string describe(const ConfigureEvent& e) {
     const std::string visibility = e.visibility() == 0 ? " hidden" : "";
-    if (e.isCategory()) return gen_format("[%d %s%s]", e.category, e.name.c_str(), visibility.c_str());
+    if (e.IsCategory()) return gen_format("[%d %s%s]", e.category, e.name.c_str(), visibility.c_str());
     return gen_format("%d: %x/%x %s <%s> '%s'%s%s%s%s", e.category, static_cast<unsigned>(e.type),
                       static_cast<unsigned>(e.subtype), e.name.c_str(), e.iconName.c_str(),
                       e.extraFormat.c_str(), visibility.c_str(),

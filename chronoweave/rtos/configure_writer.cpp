@@ -111,7 +111,7 @@ std::string codes(const LegendEvent& event) {
 }
 
 std::string event_line(const LegendEvent& event) {
-    if (event.isCategory()) {
+    if (event.IsCategory()) {
         const bool mixed = event.visibility() > 1;
         return gen_format("\n%s:%s%s%s\n", category, event.name.c_str(), mixed ? "" : ":",
                           mixed ? "" : visibility(event.visibility() == 1));
@@ -126,7 +126,7 @@ std::string event_line(const LegendEvent& event) {
 std::string important_events(const Legend& legend) {
     std::string lines;
     for (const LegendEvent& event : legend.events)
-        if (event.isImportant()) lines += std::string(importantEvent) + ":" + codes(event) + "\n";
+        if (event.IsImportant()) lines += std::string(importantEvent) + ":" + codes(event) + "\n";
     if (lines.empty()) return {};
     return gen_format(
                "\n// Events whose icons are never hidden under others\n// Format:\n//     "

@@ -133,8 +133,8 @@ TEST(ConfigureWriter, WhatALineCannotHoldIsNamed) {
     const Legend whole = read_back(text);
     const auto events = [](Legend& l) -> std::vector<LegendEvent>& { return l.events; };
     size_t event = 0, category = 0;
-    while (whole.events[event].isCategory()) ++event;
-    while (!whole.events[category].isCategory()) ++category;
+    while (whole.events[event].IsCategory()) ++event;
+    while (!whole.events[category].IsCategory()) ++category;
     const struct {
         std::function<void(Legend&)> change;
         std::string named;
@@ -299,8 +299,8 @@ TEST(ConfigureWriter, ImportantEventsAreNamedBehindTheirLines) {
     const std::string head =
         "TRV_Object:TRV_Status:1:Run\nTRV_Event:1:*:Tick:help\nTRV_Event:1:0:Tock:help\n";
     const Legend legend = read_back(head + "TRV_Important_Event:0x1:*\n");
-    EXPECT_TRUE(legend.events[0].isImportant());
-    EXPECT_FALSE(legend.events[1].isImportant());
+    EXPECT_TRUE(legend.events[0].IsImportant());
+    EXPECT_FALSE(legend.events[1].IsImportant());
     ConfigureCallbacks callbacks;
     std::string said;
     callbacks.syntaxError = [&](const std::string&, const std::string& line) { said += line; };

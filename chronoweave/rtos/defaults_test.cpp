@@ -98,7 +98,7 @@ TEST_P(Defaults, NoEventOfAKnownTypeIsUnknown) {
 TEST_P(Defaults, EveryIconExistsAndIsSmall) {
     EXPECT_NE(icon_Find(legend_.misc.overlapIcon), NoIcon);
     for (const LegendEvent& event : legend_.events) {
-        if (event.isCategory()) continue;
+        if (event.IsCategory()) continue;
         EXPECT_TRUE(event.missingIcon.empty()) << event.name << ": " << event.missingIcon;
         const IconHandle icon = icon_Find(event.iconName);
         EXPECT_GT(icon_Width(icon), 0) << event.iconName;

@@ -34,7 +34,7 @@ class ExtraFormatter {
         if (at_ < format_.size() && left_ != 0) exceeded();
         const bool blankRest = format_.find_first_not_of(" \t", at_) == std::string_view::npos;
         if (left_ == 0) {
-            if (!blankRest) not_enough();
+            if (!blankRest) NotEnough();
         } else if (warnUnused && problem()) {
             gen_console("WARNING: event(type=0x%x/0x%x) has unused extra data(%d bytes)\n", event_.type,
                         event_.subtype, static_cast<int>(left_));
@@ -49,7 +49,7 @@ class ExtraFormatter {
 
     // One conversion; the position is behind its "%".
     void convert() {
-        if (copy_string()) return;
+        if (CopyString()) return;
         const size_t behind = at_;
         uint32_t repeats = 1;
         if (peek() == 'S') {
@@ -62,14 +62,14 @@ class ExtraFormatter {
         if (size == 'I') display = 'X';
         for (uint32_t done = 0; done < repeats; ++done) {
             uint32_t value = 0;
-            if (!read(size, value)) return not_enough();
+            if (!read(size, value)) return NotEnough();
             last_value = value;
             if (!put(display, value, done + 1 < repeats, behind)) return;
         }
     }
 
     // "%", a count and "C". False, and nothing taken, when the letters are not such a conversion.
-    bool copy_string() {
+    bool CopyString() {
         size_t at = at_;
         uint64_t count = 0;
         while (at < format_.size() && format_[at] >= '0' && format_[at] <= '9')
@@ -98,7 +98,7 @@ class ExtraFormatter {
     }
 
     bool read(char size, uint32_t& value) {
-        if (size == 'A' || size == 'I') return read_tagged(value);
+        if (size == 'A' || size == 'I') return ReadTagged(value);
         const uint8_t* p = bytes(size == '4' ? 4 : size == '2' ? 2 : 1);
         if (!p) return false;
         if (size == '4')
@@ -112,7 +112,7 @@ class ExtraFormatter {
 
     // A tag below 0x80 has one byte of value behind it; any other says how many bytes, most significant
     // first.
-    bool read_tagged(uint32_t& value) {
+    bool ReadTagged(uint32_t& value) {
         const uint8_t* tag = bytes(1);
         if (!tag) return false;
         const size_t count = *tag < 0x80 ? 1 : *tag - 0x80u;
@@ -165,7 +165,7 @@ class ExtraFormatter {
             gen_console("WARNING: event(type=0x%x/0x%x) exceeded extra data limit\n", event_.type,
                         event_.subtype);
     }
-    void not_enough() {
+    void NotEnough() {
         if (problem())
             gen_console("WARNING: event(type=0x%x/0x%x) does not have enough extra data\n", event_.type,
                         event_.subtype);

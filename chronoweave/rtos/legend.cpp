@@ -93,12 +93,12 @@ void Legend::BuildEventLookups() {
     for (size_t i = 0; i < events.size(); ++i) {
         const LegendEvent& event = events[i];
         const auto row = static_cast<int32_t>(i);
-        if (event.isCategory()) continue;
+        if (event.IsCategory()) continue;
         if (unknownEvent < 0 && text_equal_nocase(event.name, unknownName)) unknownEvent = row;
         const bool anyType = (event.flags & LegendEvent_AnyType) != 0;
         const bool anySubtype = (event.flags & LegendEvent_AnySubtype) != 0;
-        if (event.isWildcard()) wildcardEvents.push_back(row);
-        if (!event.isWildcard())
+        if (event.IsWildcard()) wildcardEvents.push_back(row);
+        if (!event.IsWildcard())
             eventTree_.push_back({event_code(event.type, event.subtype), row});
         else if (!anyType)
             anySubtype_.push_back({event.type, row});
@@ -160,10 +160,10 @@ int32_t Legend::StatusByName(std::string_view name) const {
 
 int32_t Legend::EventByName(std::string_view name) const {
     const auto found = std::find_if(events.begin(), events.end(), [&](const LegendEvent& event) {
-        return !event.isCategory() && text_equal_nocase(event.name, name);
+        return !event.IsCategory() && text_equal_nocase(event.name, name);
     });
     if (found == events.end()) return unknownEvent;
-    if (!found->isWildcard()) return EventIndex(found->type, found->subtype);
+    if (!found->IsWildcard()) return EventIndex(found->type, found->subtype);
     // Of wild cards of one form the first is the row that events resolve to.
     const auto form = [](const LegendEvent& event) {
         return event.flags & (LegendEvent_AnyType | LegendEvent_AnySubtype);
@@ -181,7 +181,7 @@ void Legend::RollUpCategories() {
     constexpr uint32_t none = LegendEvent_VisibilityMask;
     uint32_t below = none;  // of the events behind the row, up to the next category
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
-        if (!event->isCategory()) {
+        if (!event->IsCategory()) {
             below = below == none || below == event->visibility() ? event->visibility() : mixed;
             continue;
         }

@@ -60,9 +60,9 @@ struct LegendEvent {
     uint32_t flags = 1;
 
     uint32_t visibility() const { return flags & LegendEvent_VisibilityMask; }
-    bool isCategory() const { return (flags & LegendEvent_Category) != 0; }
-    bool isImportant() const { return (flags & LegendEvent_Important) != 0; }
-    bool isWildcard() const { return (flags & (LegendEvent_AnyType | LegendEvent_AnySubtype)) != 0; }
+    bool IsCategory() const { return (flags & LegendEvent_Category) != 0; }
+    bool IsImportant() const { return (flags & LegendEvent_Important) != 0; }
+    bool IsWildcard() const { return (flags & (LegendEvent_AnyType | LegendEvent_AnySubtype)) != 0; }
 };
 
 // The TRV_Misc items, with their defaults.

@@ -157,9 +157,9 @@ TEST_F(LegendLookup, CategoriesShowWhetherTheirEventsAreVisible) {
     legend_.RollUpCategories();
     std::vector<uint32_t> seen;
     for (const LegendEvent& row : legend_.events)
-        if (row.isCategory()) seen.push_back(row.visibility());
+        if (row.IsCategory()) seen.push_back(row.visibility());
     EXPECT_EQ(seen, (std::vector<uint32_t>{1, 0, 2, 1, 0}));
-    EXPECT_TRUE(legend_.events[1].isCategory());
+    EXPECT_TRUE(legend_.events[1].IsCategory());
     EXPECT_EQ(legend_.events[0].visibility(), 0u);
 }
 

@@ -272,7 +272,7 @@ TEST_F(DrivenSession, AFirstQuarterOfAnHourAndTheNextDay) {
             robot.expect(canvas.looks.legend.statuses[0].red == 0x1200, "the colour was saved");
             robot.expect(canvas.marks.bookmarks.size() == 1 || canvas.marks.bookmarks.size() == 2,
                          "bookmarks are back");
-            robot.expect(!canvas.taskList->hiddenPaths().empty(), "what was hidden is hidden");
+            robot.expect(!canvas.taskList->HiddenPaths().empty(), "what was hidden is hidden");
         });
         robot.key("ctrl+q");
     });

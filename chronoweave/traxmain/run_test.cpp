@@ -43,7 +43,7 @@ class RunTest : public testing::Test {
     // The exit status, 128 more than the signal that killed it, or -1 when it does not end.
     int end() {
         const auto ended =
-            program_.waitForEnd(std::chrono::duration_cast<std::chrono::milliseconds>(patience));
+            program_.WaitForEnd(std::chrono::duration_cast<std::chrono::milliseconds>(patience));
         if (!ended) return -1;
         return ended->how == ChildEnd::How::Exited ? ended->number : 128 + ended->number;
     }
@@ -99,9 +99,9 @@ TEST_F(RunTest, AFaultEndsItWithAWord) {
     // Options of the library below are none of ours: it must not see them.
     start({"-L", "-platform", "-style", "-platformpluginpath"}, {"QT_QPA_PLATFORM=offscreen"});
     const auto giveUp = std::chrono::steady_clock::now() + patience;
-    while (program_.isRunning() && !catches(SIGSEGV) && std::chrono::steady_clock::now() < giveUp)
+    while (program_.IsRunning() && !catches(SIGSEGV) && std::chrono::steady_clock::now() < giveUp)
         std::this_thread::sleep_for(5ms);
-    ASSERT_TRUE(program_.isRunning()) << said();
+    ASSERT_TRUE(program_.IsRunning()) << said();
     program_.signal(SIGSEGV);
     EXPECT_EQ(end(), 1);
     const std::string words = said();

@@ -39,9 +39,9 @@ void wait_for_input(const FileDescriptor& from) {
 void end_child(ChildProcess& child, const std::function<bool()>& goesOn) {
     child.signal(SIGTERM);
     const auto until = std::chrono::steady_clock::now() + patience;
-    while (!child.waitForEnd(round_time) && std::chrono::steady_clock::now() < until) goesOn();
+    while (!child.WaitForEnd(round_time) && std::chrono::steady_clock::now() < until) goesOn();
     child.signal(SIGKILL);
-    child.waitForEnd(patience);
+    child.WaitForEnd(patience);
 }
 
 }  // namespace
@@ -70,15 +70,15 @@ CapturedRun run_Captured(ChildOptions options, size_t most, const std::function<
     if (!run.started.ok()) return run;
     const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     for (const int stream : {1, 2}) options.descriptors.push_back({stream, pipe.write.number()});
-    if (nothing.isOpen()) options.descriptors.push_back({0, nothing.number()});
+    if (nothing.IsOpen()) options.descriptors.push_back({0, nothing.number()});
     ChildProcess child;
     run.started = child.start(options);
     pipe.write.close();
-    pipe.read.setNonBlocking();
+    pipe.read.SetNonBlocking();
     if (!run.started.ok()) return run;
     TextEnds text(most);
     PipeIs pipeIs = PipeIs::Open;
-    while (child.isRunning()) {
+    while (child.IsRunning()) {
         if (!goesOn()) {
             run.stopped = true;
             pipe.read.close();
@@ -86,7 +86,7 @@ CapturedRun run_Captured(ChildOptions options, size_t most, const std::function<
             break;
         }
         if (pipeIs == PipeIs::AtEnd)
-            child.waitForEnd(round_time);
+            child.WaitForEnd(round_time);
         else
             wait_for_input(pipe.read);
         if (pipeIs == PipeIs::Open) pipeIs = take_some(pipe.read, text);

@@ -72,7 +72,7 @@ class SpawnSetting {
         for (const auto& mapping : descriptors) above = std::max(above, mapping.child + 1);
         for (const auto& mapping : descriptors) {
             FileDescriptor copy(::fcntl(mapping.ours, F_DUPFD_CLOEXEC, above));
-            if (!copy.isOpen()) return Result::system("descriptor " + std::to_string(mapping.ours), errno);
+            if (!copy.IsOpen()) return Result::system("descriptor " + std::to_string(mapping.ours), errno);
             copies_.push_back(std::move(copy));
         }
         for (size_t i = 0; i < descriptors.size(); ++i)
@@ -154,7 +154,7 @@ void ChildProcess::reap(Wait wait) {
     pid_.reset();
 }
 
-bool ChildProcess::isRunning() {
+bool ChildProcess::IsRunning() {
     reap(Wait::No);
     return pid_.has_value();
 }
@@ -164,10 +164,10 @@ std::optional<ChildEnd> ChildProcess::ended() {
     return end_;
 }
 
-std::optional<ChildEnd> ChildProcess::waitForEnd(std::chrono::milliseconds longest) {
+std::optional<ChildEnd> ChildProcess::WaitForEnd(std::chrono::milliseconds longest) {
     const auto until = std::chrono::steady_clock::now() + longest;
     auto pause = std::chrono::milliseconds(1);
-    while (isRunning() && std::chrono::steady_clock::now() < until) {
+    while (IsRunning() && std::chrono::steady_clock::now() < until) {
         ::poll(nullptr, 0, static_cast<int>(pause.count()));
         pause = std::min(pause * 2, std::chrono::milliseconds(20));
     }
@@ -175,11 +175,11 @@ std::optional<ChildEnd> ChildProcess::waitForEnd(std::chrono::milliseconds longe
 }
 
 bool ChildProcess::signal(int number) {
-    return isRunning() && ::kill(*pid_, number) == 0;
+    return IsRunning() && ::kill(*pid_, number) == 0;
 }
 
 void ChildProcess::end() {
-    if (!isRunning()) return;
+    if (!IsRunning()) return;
     if (atEnd_ == AtEnd::Leave) {
         left().push_back(*pid_);
         pid_.reset();

@@ -46,13 +46,13 @@ class ChildProcess {
     // their defaults in the child. An object that has a child already gives that one up by its AtEnd first.
     Result start(const ChildOptions& options, AtEnd atEnd = AtEnd::Kill);
 
-    bool wasStarted() const { return pid_.has_value() || end_.has_value(); }
+    bool WasStarted() const { return pid_.has_value() || end_.has_value(); }
     // Whether it runs now; a child that has ended is reaped.
-    bool isRunning();
+    bool IsRunning();
     // How it ended; nothing while it runs or when none was started.
     std::optional<ChildEnd> ended();
     // Waits until it ends, at most so long.
-    std::optional<ChildEnd> waitForEnd(std::chrono::milliseconds longest);
+    std::optional<ChildEnd> WaitForEnd(std::chrono::milliseconds longest);
     // Sends the signal; false when it has ended already.
     bool signal(int number);
     std::optional<pid_t> pid() const { return pid_; }

@@ -35,7 +35,7 @@ std::string outputOf(ChildOptions options) {
     EXPECT_TRUE(started) << started.text();
     pipe.write.close();
     std::string text = readAll(pipe.read);
-    EXPECT_TRUE(child.waitForEnd(longEnough));
+    EXPECT_TRUE(child.WaitForEnd(longEnough));
     return text;
 }
 
@@ -55,7 +55,7 @@ TEST(ChildProcess, HasTheDescriptorsThatItWasGivenAndNoOther) {
     ASSERT_TRUE(pipe_Make(pipe));
     ASSERT_TRUE(pipe_Make(second));
     const FileDescriptor leaked(::open("/dev/null", O_RDONLY));  // not closed on exec
-    ASSERT_TRUE(leaked.isOpen());
+    ASSERT_TRUE(leaked.IsOpen());
     // The two swap their numbers in the child.
     ChildOptions options{.arguments = {"sh", "-c",
                                        "echo a >&$0; echo b >&$1; for f in /proc/self/fd/*; do "
@@ -75,18 +75,18 @@ TEST(ChildProcess, HasTheDescriptorsThatItWasGivenAndNoOther) {
 
 TEST(ChildProcess, TellsHowItEnded) {
     ChildProcess child;
-    EXPECT_FALSE(child.wasStarted());
+    EXPECT_FALSE(child.WasStarted());
     ASSERT_TRUE(child.start({.arguments = {"sh", "-c", "exit 7"}}));
-    auto end = child.waitForEnd(longEnough);
+    auto end = child.WaitForEnd(longEnough);
     ASSERT_TRUE(end);
     EXPECT_EQ(end->how, ChildEnd::How::Exited);
     EXPECT_EQ(end->number, 7);
     EXPECT_FALSE(child.signal(SIGTERM));
     ASSERT_TRUE(child.start({.arguments = {"sleep", "1000"}}));
-    EXPECT_TRUE(child.isRunning());
+    EXPECT_TRUE(child.IsRunning());
     EXPECT_FALSE(child.ended());
     EXPECT_TRUE(child.signal(SIGTERM));
-    end = child.waitForEnd(longEnough);
+    end = child.WaitForEnd(longEnough);
     ASSERT_TRUE(end);
     EXPECT_EQ(end->how, ChildEnd::How::Killed);
     EXPECT_EQ(end->number, SIGTERM);
@@ -99,7 +99,7 @@ TEST(ChildProcess, WhatCanNotStartIsToldWithItsReason) {
     EXPECT_FALSE(child.start({.arguments = {"true"}, .directory = "/nonexistent"}));
     EXPECT_FALSE(child.start({.arguments = {"true"}, .descriptors = {{5, 999}}}));
     EXPECT_FALSE(child.start({}));
-    EXPECT_FALSE(child.wasStarted());
+    EXPECT_FALSE(child.WasStarted());
 }
 
 TEST(ChildProcess, NoneStaysAsAZombieAndNoDescriptorLeaks) {

@@ -239,7 +239,7 @@ TEST(Table, LosesAndGetsElementsInFront) {
         Table<uint32_t> table;
         for (uint32_t i = 0; i < 1000; ++i) table.push_back(i);
         const size_t bytes = table.bytes();
-        table.drop_front(dropped);
+        table.DropFront(dropped);
         EXPECT_LE(table.bytes() + (dropped / 256) * 256 * sizeof(uint32_t), bytes);
         for (uint32_t i = 1; i <= 600; ++i) table.push_front(5000 + i);
         for (uint32_t i = 0; i < 600; ++i) table.push_back(1000 + i);

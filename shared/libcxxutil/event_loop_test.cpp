@@ -87,7 +87,7 @@ TEST(EventLoop, APipeIsReadWhenItHasBytesAndTellsItsEnd) {
     PollWatches watches;
     BytePipe pipe;
     ASSERT_TRUE(pipe_Make(pipe));
-    ASSERT_TRUE(pipe.read.setNonBlocking());
+    ASSERT_TRUE(pipe.read.SetNonBlocking());
     uint8_t room[8];
     EXPECT_EQ(pipe_Read(pipe.read, room).what, Moved::None);
     std::string got;
@@ -124,8 +124,8 @@ struct FakeLink : LoopLink {
 };
 struct Answers : ExitCondition {
     bool allows = true, forces = false;
-    bool allowsExit() override { return allows; }
-    bool forcesExit() override { return forces; }
+    bool AllowsExit() override { return allows; }
+    bool ForcesExit() override { return forces; }
 };
 struct Noting : CleanupAction {
     std::string& notes;
@@ -142,9 +142,9 @@ TEST(SvcEventLoop, EndsWhenAllAllowItOrOneForcesIt) {
     EXPECT_TRUE(loop.isDone());
     Answers first, second;
     bool function = true;
-    loop.addExitCondition(first);
-    loop.addExitCondition(second);
-    loop.addExitFunction([&] { return function; });
+    loop.AddExitCondition(first);
+    loop.AddExitCondition(second);
+    loop.AddExitFunction([&] { return function; });
     const struct {
         bool allows, forces, function, done;
     } rows[] = {{true, false, true, true},
@@ -164,8 +164,8 @@ TEST(SvcEventLoop, ServesItsLinkOnceAMillisecondWhileItMayEnd) {
     FakeLink link;
     Svc_EventLoop loop(world.loop, link);
     Answers answers;
-    loop.addExitCondition(answers);
-    loop.setSleepTime([] { return 0ms; });  // the clock stands still
+    loop.AddExitCondition(answers);
+    loop.SetSleepTime([] { return 0ms; });  // the clock stands still
     link.last = 3;
     loop.run();
     EXPECT_EQ(link.served, 1);
@@ -173,7 +173,7 @@ TEST(SvcEventLoop, ServesItsLinkOnceAMillisecondWhileItMayEnd) {
     link.rounds = 0;
     loop.run();
     EXPECT_EQ(link.served, 2);
-    loop.addLoopFunction([&] { answers.allows = !answers.allows; });  // not done in between: asked anew
+    loop.AddLoopFunction([&] { answers.allows = !answers.allows; });  // not done in between: asked anew
     link.rounds = 0, link.last = 4;
     loop.run();
     EXPECT_EQ(link.served, 4);
@@ -204,8 +204,8 @@ TEST(SvcEventLoop, RunsActionsThenCleanupOnceAndSleepsAsLongAsIsSaid) {
     FakeLink link;
     Svc_EventLoop loop(world.loop, link);
     std::string notes;
-    loop.addLoopFunction([&] { notes += 'f'; });
-    Svc_EventLoop::addCleanupAction(std::make_unique<Noting>(notes));
+    loop.AddLoopFunction([&] { notes += 'f'; });
+    Svc_EventLoop::AddCleanupAction(std::make_unique<Noting>(notes));
     loop.iterate();
     loop.iterate();
     EXPECT_EQ(notes, "fcf");
@@ -213,11 +213,11 @@ TEST(SvcEventLoop, RunsActionsThenCleanupOnceAndSleepsAsLongAsIsSaid) {
     struct Fixed : SleepTime {
         std::chrono::milliseconds milliseconds() override { return 70ms; }
     } fixed;
-    Svc_EventLoop::setDefaultSleepTime(&fixed);
+    Svc_EventLoop::SetDefaultSleepTime(&fixed);
     EXPECT_EQ(loop.sleepTime(), 70ms);
-    Svc_EventLoop::setDefaultSleepTime(nullptr);
-    loop.setSleepTime([] { return 60ms; });
+    Svc_EventLoop::SetDefaultSleepTime(nullptr);
+    loop.SetSleepTime([] { return 60ms; });
     EXPECT_EQ(loop.sleepTime(), 60ms);
-    loop.setSleepTime(&fixed);
+    loop.SetSleepTime(&fixed);
     EXPECT_EQ(loop.sleepTime(), 70ms);
 }

@@ -20,7 +20,7 @@ Result FileBeside::make(const std::string& path) {
                                          : Result::failure("", path, "it is no regular file");
     std::string name = target_ + "_XXXXXX";
     file_ = FileDescriptor(::mkstemp(name.data()));
-    if (!file_.isOpen()) return Result::system(path, errno);
+    if (!file_.IsOpen()) return Result::system(path, errno);
     name_ = name;
     return {};
 }

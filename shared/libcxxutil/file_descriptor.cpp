@@ -12,7 +12,7 @@ int FileDescriptor::close() {
     return errno;
 }
 
-bool FileDescriptor::setNonBlocking() const {
+bool FileDescriptor::SetNonBlocking() const {
     const int flags = ::fcntl(number_, F_GETFL);
     return flags >= 0 && ::fcntl(number_, F_SETFL, flags | O_NONBLOCK) == 0;
 }

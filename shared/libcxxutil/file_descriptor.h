@@ -18,14 +18,14 @@ class FileDescriptor {
     }
     ~FileDescriptor() { close(); }
 
-    bool isOpen() const { return number_ >= 0; }
+    bool IsOpen() const { return number_ >= 0; }
     int number() const { return number_; }
     // Gives the number away.
     int give() { return std::exchange(number_, -1); }
     // 0, or the system's error number; a descriptor that is not open is closed already.
     int close();
     // Reads and writes return at once from now on. False when the system refuses.
-    bool setNonBlocking() const;
+    bool SetNonBlocking() const;
 
   private:
     int number_ = -1;

@@ -200,7 +200,7 @@ class Parser {
         }
         if (!braced && Take("(")) return Call(word, live);
         int64_t value = 0;
-        Result known = live ? client_.evaluate_name(word, value) : Result();
+        Result known = live ? client_.EvaluateName(word, value) : Result();
         return known ? value : Fail(std::move(known));
     }
 
@@ -226,7 +226,7 @@ class Parser {
         if (!last.empty() || !arguments.empty()) arguments.push_back(last);
         rest_.remove_prefix(at + 1);
         int64_t value = 0;
-        Result known = live ? client_.evaluate_function(name, arguments, value) : Result();
+        Result known = live ? client_.EvaluateFunction(name, arguments, value) : Result();
         return known ? value : Fail(std::move(known));
     }
 

@@ -17,12 +17,12 @@
 class ut_simple_integer_evaluator_client_interface {
   public:
     virtual ~ut_simple_integer_evaluator_client_interface() = default;
-    virtual Result evaluate_name(std::string_view name, int64_t& value) = 0;
+    virtual Result EvaluateName(std::string_view name, int64_t& value) = 0;
     // The arguments are texts, trimmed, as they stand in the expression with their quotes.
-    virtual Result evaluate_function(std::string_view name, const std::vector<std::string_view>& arguments,
-                                     int64_t& value) = 0;
+    virtual Result EvaluateFunction(std::string_view name, const std::vector<std::string_view>& arguments,
+                                    int64_t& value) = 0;
 
-    // How deep the expressions now being evaluated are nested, those that evaluate_name starts included.
+    // How deep the expressions now being evaluated are nested, those that EvaluateName starts included.
     int evaluation_depth = 0;
 };
 

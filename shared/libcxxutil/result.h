@@ -24,7 +24,7 @@ class [[nodiscard]] Result {
     const std::string& what() const;
     const std::string& where() const;
     const std::string& reason() const;
-    bool isFatal() const { return failure_ && failure_->fatal; }
+    bool IsFatal() const { return failure_ && failure_->fatal; }
     // "where: what: reason" of the parts that there are; empty when it went well.
     std::string text() const;
 

@@ -20,9 +20,9 @@ TEST(ResultTest, TellsThePartsThatThereAre) {
     for (const auto& one : cases) {
         EXPECT_EQ(one.result.text(), one.text);
         EXPECT_EQ(one.result.ok(), one.text[0] == '\0') << one.text;
-        EXPECT_FALSE(one.result.isFatal());
+        EXPECT_FALSE(one.result.IsFatal());
     }
-    EXPECT_TRUE(Result::failure("no").fatal().isFatal());
+    EXPECT_TRUE(Result::failure("no").fatal().IsFatal());
 }
 
 TEST(ResultTest, TheFirstOfTwoFailuresIsTold) {

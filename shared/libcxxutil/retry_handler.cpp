@@ -15,7 +15,7 @@ std::optional<RetryHandler::Clock::time_point>& deadline() {
 RetryHandler::RetryHandler(std::optional<std::chrono::milliseconds> limit, Now now)
     : limit_(limit), now_(std::move(now)) {}
 
-void RetryHandler::setDeadline(std::optional<Clock::time_point> moment) {
+void RetryHandler::SetDeadline(std::optional<Clock::time_point> moment) {
     deadline() = moment;
 }
 
@@ -32,7 +32,7 @@ bool RetryHandler::keepTrying() {
 
 std::optional<std::chrono::milliseconds> RetryHandler::TimeLeft() const {
     if (!limit_) return std::nullopt;
-    auto left = *limit_ - sinceStart();
+    auto left = *limit_ - SinceStart();
     if (deadline()) left = std::min<std::chrono::nanoseconds>(left, *deadline() - now_());
     return std::chrono::ceil<std::chrono::milliseconds>(left);
 }

@@ -29,17 +29,17 @@ class RetryHandler {
     virtual void wait() = 0;
 
     // True means that the wait goes on.
-    void addCondition(std::function<bool()> goesOn) { conditions_.push_back(std::move(goesOn)); }
+    void AddCondition(std::function<bool()> goesOn) { conditions_.push_back(std::move(goesOn)); }
     std::optional<std::chrono::milliseconds> limit() const { return limit_; }
 
     // For all handlers with a limit: none of them goes on behind this moment. None by default.
-    static void setDeadline(std::optional<Clock::time_point> deadline);
+    static void SetDeadline(std::optional<Clock::time_point> deadline);
 
   protected:
-    void setLimit(std::optional<std::chrono::milliseconds> limit) { limit_ = limit; }
+    void SetLimit(std::optional<std::chrono::milliseconds> limit) { limit_ = limit; }
     // Notes the clock whatever the limit.
     void restart() { start_ = now_(); }
-    std::chrono::nanoseconds sinceStart() const { return now_() - start_; }
+    std::chrono::nanoseconds SinceStart() const { return now_() - start_; }
     // Until the limit or the program's deadline, whichever comes first, rounded up; nothing without a limit.
     std::optional<std::chrono::milliseconds> TimeLeft() const;
 

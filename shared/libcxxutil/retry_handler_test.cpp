@@ -33,15 +33,15 @@ TEST(RetryHandler, GoesOnByConditionsLimitAndDeadline) {
     limited.start();
     EXPECT_TRUE(limited.keepTrying());
     // The deadline holds for handlers with a limit only.
-    RetryHandler::setDeadline(moment);
+    RetryHandler::SetDeadline(moment);
     EXPECT_FALSE(limited.keepTrying());
     EXPECT_TRUE(endless.keepTrying());
-    RetryHandler::setDeadline(moment + 1ms);
+    RetryHandler::SetDeadline(moment + 1ms);
     EXPECT_TRUE(limited.keepTrying());
-    RetryHandler::setDeadline(std::nullopt);
+    RetryHandler::SetDeadline(std::nullopt);
     // A condition goes before everything.
     bool goesOn = true;
-    endless.addCondition([&] { return goesOn; });
+    endless.AddCondition([&] { return goesOn; });
     EXPECT_TRUE(endless.keepTrying());
     goesOn = false;
     EXPECT_FALSE(endless.keepTrying());

@@ -63,11 +63,11 @@ void simple_preprocessor::fault(const std::string& text) {
     owner_.message(ReportLevel::Error, location() + ": " + word + text);
 }
 
-bool simple_preprocessor::is_skipping() const {
+bool simple_preprocessor::IsSkipping() const {
     return !frames_.empty() && !frames_.back().live;
 }
 
-bool simple_preprocessor::leave_file() {
+bool simple_preprocessor::LeaveFile() {
     if (files_.empty()) return true;
     const size_t before = files_.back();
     files_.pop_back();
@@ -76,7 +76,7 @@ bool simple_preprocessor::leave_file() {
     return false;
 }
 
-void simple_preprocessor::handle_line(std::string_view line) {
+void simple_preprocessor::HandleLine(std::string_view line) {
     directive_ = !line.empty() && line.front() == mark_;
     if (!directive_) return;
     std::string_view argument = text_trim(line.substr(1));
@@ -85,14 +85,14 @@ void simple_preprocessor::handle_line(std::string_view line) {
     if (length == 0) length = std::min(argument.find_first_of(" \t"), argument.size());
     const std::string_view name = argument.substr(0, length);
     argument = text_trim(argument.substr(length));
-    if (handle_condition(name, argument) || is_skipping()) return;
-    handle_action(name, argument);
+    if (HandleCondition(name, argument) || IsSkipping()) return;
+    HandleAction(name, argument);
 }
 
-bool simple_preprocessor::handle_condition(std::string_view name, std::string_view argument) {
+bool simple_preprocessor::HandleCondition(std::string_view name, std::string_view argument) {
     if (name == "if" || name == "ifdef") {
-        const bool around = !is_skipping();
-        const bool yes = around && (name == "if" ? condition(argument) : condition_defined(argument));
+        const bool around = !IsSkipping();
+        const bool yes = around && (name == "if" ? condition(argument) : ConditionDefined(argument));
         frames_.push_back({around, yes, yes});
         return true;
     }
@@ -118,12 +118,12 @@ bool simple_preprocessor::handle_condition(std::string_view name, std::string_vi
     return true;
 }
 
-void simple_preprocessor::handle_action(std::string_view name, std::string_view argument) {
+void simple_preprocessor::HandleAction(std::string_view name, std::string_view argument) {
     const std::string text(argument);
     if (name == "include") {
         include(argument);
     } else if (name == "define") {
-        if (!define_from_line(argument)) fault("parse error: near: \"\"");
+        if (!DefineFromLine(argument)) fault("parse error: near: \"\"");
     } else if (name == "undef") {
         undefine(take_word(argument));
     } else if (name == "info" || name == "echo") {
@@ -145,37 +145,37 @@ bool simple_preprocessor::condition(std::string_view text) {
     return value != 0;
 }
 
-bool simple_preprocessor::condition_defined(std::string_view text) {
+bool simple_preprocessor::ConditionDefined(std::string_view text) {
     const std::string_view name = take_word(text);
     if (!text.empty() || name.empty()) {
         fault(name.empty() ? "parse error: near: \"\"" : "parse error: too many arguments");
         return false;
     }
-    return raw_value(name).has_value();
+    return RawValue(name).has_value();
 }
 
-std::string simple_preprocessor::relative_to_file(const std::string& path) const {
+std::string simple_preprocessor::RelativeToFile(const std::string& path) const {
     if (path.empty() || path.front() == '/') return path;
     return path_join(path_directory(owner_.file()), path);
 }
 
-std::string simple_preprocessor::included_path(std::string_view argument) {
+std::string simple_preprocessor::IncludedPath(std::string_view argument) {
     std::string path = unquoted(argument);
     for (const char* name : includeMacros) {
         const std::string place = std::string("${") + name + "}";
         std::string value;
-        if (!raw_value(name) || !expand(name, value))
+        if (!RawValue(name) || !expand(name, value))
             value = std::string_view(name) == "__DIR__" ? path_directory(owner_.file())
                                                         : path_installation_directory();
         for (size_t at = path.find(place); at != std::string::npos && path.size() < mostExpanded;
              at = path.find(place, at + value.size()))
             path.replace(at, place.size(), value);
     }
-    return relative_to_file(path);
+    return RelativeToFile(path);
 }
 
 void simple_preprocessor::include(std::string_view argument) {
-    included_ = included_path(argument);
+    included_ = IncludedPath(argument);
     if (files_.size() >= mostIncludes)
         fault(gen_format("more than %zu files include each other: \"%s\"", mostIncludes, included_.c_str()));
     if (files_.size() >= mostIncludes || owner_.include(included_)) return;
@@ -192,21 +192,21 @@ void simple_preprocessor::undefine(std::string_view name) {
     if (const auto at = own_.find(name); at != own_.end()) own_.erase(at);
 }
 
-bool simple_preprocessor::define_from_line(std::string_view line) {
+bool simple_preprocessor::DefineFromLine(std::string_view line) {
     const std::string_view name = take_word(line);
     if (name.empty()) return false;
     define(name, unquoted(line));
     return true;
 }
 
-bool simple_preprocessor::define_from_text(std::string_view text) {
+bool simple_preprocessor::DefineFromText(std::string_view text) {
     bool all = true;
     for (std::string_view line; text_next_line(text, line);)
-        if (!text_trim(line).empty()) all = define_from_line(line) && all;
+        if (!text_trim(line).empty()) all = DefineFromLine(line) && all;
     return all;
 }
 
-std::optional<std::string> simple_preprocessor::raw_value(std::string_view name) {
+std::optional<std::string> simple_preprocessor::RawValue(std::string_view name) {
     if (const auto at = own_.find(name); at != own_.end()) return at->second;
     if (outer_)
         if (const auto at = outer_->find(name); at != outer_->end()) return at->second;
@@ -214,7 +214,7 @@ std::optional<std::string> simple_preprocessor::raw_value(std::string_view name)
 }
 
 // Notes that the macro is being expanded; to be taken back by active_.pop_back().
-Result simple_preprocessor::enter_macro(std::string_view name) {
+Result simple_preprocessor::EnterMacro(std::string_view name) {
     const bool again = std::find(active_.begin(), active_.end(), name) != active_.end();
     if (again || active_.size() >= mostActive || ++evaluations_ > mostEvaluations) return recursion(name);
     active_.emplace_back(name);
@@ -222,16 +222,16 @@ Result simple_preprocessor::enter_macro(std::string_view name) {
 }
 
 Result simple_preprocessor::expand(std::string_view name, std::string& value) {
-    const std::optional<std::string> raw = raw_value(name);
+    const std::optional<std::string> raw = RawValue(name);
     if (!raw) return not_defined(name);
     if (active_.empty() && evaluation_depth == 0) evaluations_ = 0;
-    if (Result entered = enter_macro(name); !entered) return entered;
-    Result expanded = expand_text(*raw, value);
+    if (Result entered = EnterMacro(name); !entered) return entered;
+    Result expanded = ExpandText(*raw, value);
     active_.pop_back();
     return expanded && value.size() > mostExpanded ? recursion(name) : expanded;
 }
 
-Result simple_preprocessor::expand_text(std::string_view text, std::string& value) {
+Result simple_preprocessor::ExpandText(std::string_view text, std::string& value) {
     value.clear();
     for (size_t from = 0; from < text.size();) {
         const size_t place = text.find("${", from);
@@ -242,7 +242,7 @@ Result simple_preprocessor::expand_text(std::string_view text, std::string& valu
         }
         value.append(text.substr(from, place - from));
         const std::string_view name = text.substr(place + 2, end - place - 2);
-        if (raw_value(name) || !undefinedIsEmpty_) {
+        if (RawValue(name) || !undefinedIsEmpty_) {
             std::string inner;
             if (Result expanded = expand(name, inner); !expanded) return expanded;
             value.append(inner);
@@ -253,28 +253,27 @@ Result simple_preprocessor::expand_text(std::string_view text, std::string& valu
     return {};
 }
 
-Result simple_preprocessor::evaluate_name(std::string_view name, int64_t& value) {
+Result simple_preprocessor::EvaluateName(std::string_view name, int64_t& value) {
     value = 0;
-    const std::optional<std::string> raw = raw_value(name);
+    const std::optional<std::string> raw = RawValue(name);
     if (!raw) return undefinedIsEmpty_ ? Result() : not_defined(name);
     if (text_trim(*raw).empty()) return {};
-    if (Result entered = enter_macro(name); !entered) return entered;
+    if (Result entered = EnterMacro(name); !entered) return entered;
     std::string text;
-    Result known = expand_text(*raw, text);
+    Result known = ExpandText(*raw, text);
     if (known) known = evaluate_integer(text, *this, value);
     active_.pop_back();
     return known;
 }
 
 // An argument as a text: a quoted text, the value of the macro that it names, or the text as it stands.
-Result simple_preprocessor::argument_text(std::string_view argument, std::string& value) {
-    if (is_identifier(argument) && raw_value(argument)) return expand(argument, value);
-    return expand_text(unquoted(argument), value);
+Result simple_preprocessor::ArgumentText(std::string_view argument, std::string& value) {
+    if (is_identifier(argument) && RawValue(argument)) return expand(argument, value);
+    return ExpandText(unquoted(argument), value);
 }
 
-Result simple_preprocessor::evaluate_function(std::string_view name,
-                                              const std::vector<std::string_view>& arguments,
-                                              int64_t& value) {
+Result simple_preprocessor::EvaluateFunction(std::string_view name,
+                                             const std::vector<std::string_view>& arguments, int64_t& value) {
     value = 0;
     const auto function =
         std::find_if(functions.begin(), functions.end(), [&](const Function& f) { return name == f.name; });
@@ -284,16 +283,16 @@ Result simple_preprocessor::evaluate_function(std::string_view name,
                                                                  : nullptr;
     if (fault) return Result::failure(std::string(fault).append(name));
     if (name == "defined") {
-        value = raw_value(unquoted(arguments[0])).has_value();
+        value = RawValue(unquoted(arguments[0])).has_value();
         return {};
     }
-    if (name == "notempty" && is_identifier(arguments[0]) && !raw_value(arguments[0]))
+    if (name == "notempty" && is_identifier(arguments[0]) && !RawValue(arguments[0]))
         return undefinedIsEmpty_ ? Result() : not_defined(arguments[0]);
     std::vector<std::string> texts;
     for (const std::string_view argument : arguments)
-        if (Result known = argument_text(argument, texts.emplace_back()); !known) return known;
+        if (Result known = ArgumentText(argument, texts.emplace_back()); !known) return known;
     value = name == "streq"      ? texts[0] == texts[1]
             : name == "notempty" ? !texts[0].empty()
-                                 : path_is_readable_file(relative_to_file(texts[0]));
+                                 : path_is_readable_file(RelativeToFile(texts[0]));
     return {};
 }

@@ -44,13 +44,13 @@ class ut_simple_preprocessor_client {
 class ut_simple_preprocessor_interface {
   public:
     virtual ~ut_simple_preprocessor_interface() = default;
-    virtual void handle_line(std::string_view line) = 0;
-    virtual bool is_skipping() const = 0;
-    virtual bool was_directive() const = 0;
-    virtual const std::string& last_included_path() const = 0;
+    virtual void HandleLine(std::string_view line) = 0;
+    virtual bool IsSkipping() const = 0;
+    virtual bool WasDirective() const = 0;
+    virtual const std::string& LastIncludedPath() const = 0;
     virtual void define(std::string_view name, std::string_view value) = 0;
-    virtual bool define_from_line(std::string_view line) = 0;
-    virtual bool define_from_text(std::string_view text) = 0;
+    virtual bool DefineFromLine(std::string_view line) = 0;
+    virtual bool DefineFromText(std::string_view text) = 0;
     virtual Result expand(std::string_view name, std::string& value) = 0;
 };
 
@@ -64,34 +64,34 @@ class simple_preprocessor : public ut_simple_preprocessor_interface,
     simple_preprocessor(char directive, const macro_table* outer, ut_simple_preprocessor_client& owner,
                         bool undefinedIsEmpty = false);
 
-    // Takes one line without its end. Afterwards was_directive tells if it was one, and the owner keeps the
-    // line when it was none and is_skipping is false.
-    void handle_line(std::string_view line) override;
-    bool is_skipping() const override;
-    bool was_directive() const override { return directive_; }
+    // Takes one line without its end. Afterwards WasDirective tells if it was one, and the owner keeps the
+    // line when it was none and IsSkipping is false.
+    void HandleLine(std::string_view line) override;
+    bool IsSkipping() const override;
+    bool WasDirective() const override { return directive_; }
     // The path of the last "include", whether it could be opened or not.
-    const std::string& last_included_path() const override { return included_; }
+    const std::string& LastIncludedPath() const override { return included_; }
     // True when a directive failed since the start.
     bool failed() const { return failed_; }
 
     // To be called around the lines of each file: conditions end with the file in which they began.
-    // leave_file gives false when it had to end some.
-    void enter_file() { files_.push_back(frames_.size()); }
-    [[nodiscard]] bool leave_file();
+    // LeaveFile gives false when it had to end some.
+    void EnterFile() { files_.push_back(frames_.size()); }
+    [[nodiscard]] bool LeaveFile();
 
     // The preprocessor's own table goes before the outer one, and that before the owner's macros.
     void define(std::string_view name, std::string_view value) override;
     void undefine(std::string_view name);
     // "NAME VALUE"; the value may be in double quotes or missing. False when there is no name.
-    bool define_from_line(std::string_view line) override;
+    bool DefineFromLine(std::string_view line) override;
     // Such lines, one a macro; false when one had no name.
-    bool define_from_text(std::string_view text) override;
+    bool DefineFromText(std::string_view text) override;
 
     // The value of a macro with every "${NAME}" in it expanded. Fails when a macro isn't defined, expands to
     // itself, or grows past a megabyte; the value is of no use then.
     Result expand(std::string_view name, std::string& value) override;
     // A text with every "${NAME}" in it expanded, as above.
-    Result expand_text(std::string_view text, std::string& value);
+    Result ExpandText(std::string_view text, std::string& value);
 
     // The location of the line being handled, as messages give it.
     std::string location() const;
@@ -105,21 +105,21 @@ class simple_preprocessor : public ut_simple_preprocessor_interface,
         bool sawElse = false;
     };
 
-    Result evaluate_name(std::string_view name, int64_t& value) override;
-    Result evaluate_function(std::string_view name, const std::vector<std::string_view>& arguments,
-                             int64_t& value) override;
-    Result argument_text(std::string_view argument, std::string& value);
-    std::optional<std::string> raw_value(std::string_view name);
-    Result enter_macro(std::string_view name);
+    Result EvaluateName(std::string_view name, int64_t& value) override;
+    Result EvaluateFunction(std::string_view name, const std::vector<std::string_view>& arguments,
+                            int64_t& value) override;
+    Result ArgumentText(std::string_view argument, std::string& value);
+    std::optional<std::string> RawValue(std::string_view name);
+    Result EnterMacro(std::string_view name);
 
-    bool handle_condition(std::string_view name, std::string_view argument);
-    void handle_action(std::string_view name, std::string_view argument);
-    void do_else(std::string_view name, std::string_view argument);
+    bool HandleCondition(std::string_view name, std::string_view argument);
+    void HandleAction(std::string_view name, std::string_view argument);
+    void DoElse(std::string_view name, std::string_view argument);
     bool condition(std::string_view text);
-    bool condition_defined(std::string_view text);
+    bool ConditionDefined(std::string_view text);
     void include(std::string_view argument);
-    std::string included_path(std::string_view argument);
-    std::string relative_to_file(const std::string& path) const;
+    std::string IncludedPath(std::string_view argument);
+    std::string RelativeToFile(const std::string& path) const;
     void fault(const std::string& text);
 
     char mark_;

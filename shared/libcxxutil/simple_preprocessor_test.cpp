@@ -28,13 +28,13 @@ class Owner : public ut_simple_preprocessor_client {
     // The lines that are left, each followed by "|".
     std::string Run(std::string_view text) {
         std::string left;
-        preprocessor.enter_file();
+        preprocessor.EnterFile();
         for (std::string_view line; text_next_line(text, line);) {
             ++line_;
-            preprocessor.handle_line(line);
-            if (!preprocessor.was_directive() && !preprocessor.is_skipping()) left.append(line).append("|");
+            preprocessor.HandleLine(line);
+            if (!preprocessor.WasDirective() && !preprocessor.IsSkipping()) left.append(line).append("|");
         }
-        closed = preprocessor.leave_file();
+        closed = preprocessor.LeaveFile();
         return left;
     }
 
@@ -49,7 +49,7 @@ class Owner : public ut_simple_preprocessor_client {
 
 std::string evaluated(const std::string& condition, const std::string& macros = {}) {
     Owner owner;
-    owner.preprocessor.define_from_text(macros);
+    owner.preprocessor.DefineFromText(macros);
     const std::string left = owner.Run("%if " + condition + "\nyes\n%else\nno\n%endif\n");
     const std::string location = "\"/dir/file\", line 1: ";
     return owner.messages.empty() ? left : owner.messages.substr(location.size());
@@ -83,8 +83,8 @@ TEST(IntegerEvaluator, FollowsC) {
                  {"1 ? 5 : 1 % 0", 5},
                  {"0 ? nofunction(1) : 6", 6}};
     class : public ut_simple_integer_evaluator_client_interface {
-        Result evaluate_name(std::string_view, int64_t&) override { return Result::failure("unknown"); }
-        Result evaluate_function(std::string_view, const std::vector<std::string_view>&, int64_t&) override {
+        Result EvaluateName(std::string_view, int64_t&) override { return Result::failure("unknown"); }
+        Result EvaluateFunction(std::string_view, const std::vector<std::string_view>&, int64_t&) override {
             return Result::failure("unknown");
         }
     } nothing;
@@ -202,8 +202,8 @@ TEST(SimplePreprocessor, IncludesNameTheirDirectoryAndMacrosHaveThreeSources) {
                  {"sub/x", "/dir/sub/x"},
                  {"\"/a b\"", "/a b"}};
     for (const auto& each : cases) {
-        owner.preprocessor.handle_line(std::string("%include ") + each.argument);
-        EXPECT_EQ(owner.preprocessor.last_included_path(), each.path);
+        owner.preprocessor.HandleLine(std::string("%include ") + each.argument);
+        EXPECT_EQ(owner.preprocessor.LastIncludedPath(), each.path);
     }
     owner.preprocessor.define("A", "own ${B} ${THIRD}");
     std::string value;

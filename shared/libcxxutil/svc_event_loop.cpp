@@ -17,15 +17,15 @@ Shared& shared() {
 
 }  // namespace
 
-void Svc_EventLoop::setDefaultSleepTime(SleepTime* object) {
+void Svc_EventLoop::SetDefaultSleepTime(SleepTime* object) {
     shared().sleep = object;
 }
 
-void Svc_EventLoop::addCleanupAction(std::unique_ptr<CleanupAction> action) {
+void Svc_EventLoop::AddCleanupAction(std::unique_ptr<CleanupAction> action) {
     shared().cleanup.push_back(std::move(action));
 }
 
-void Svc_EventLoop::runCleanupActions() {
+void Svc_EventLoop::RunCleanupActions() {
     // An action may add one, which then has its turn in the next round.
     const auto actions = std::exchange(shared().cleanup, {});
     for (const auto& action : actions) action->run();
@@ -50,8 +50,8 @@ void Svc_EventLoop::run() {
 bool Svc_EventLoop::isDone() {
     bool allowed = true;
     for (ExitCondition* condition : exitConditions_) {
-        if (condition->forcesExit()) return true;
-        if (!condition->allowsExit()) allowed = false;
+        if (condition->ForcesExit()) return true;
+        if (!condition->AllowsExit()) allowed = false;
     }
     if (!allowed) return false;
     for (const auto& allows : exitFunctions_)
@@ -59,14 +59,14 @@ bool Svc_EventLoop::isDone() {
     return true;
 }
 
-void Svc_EventLoop::runActions() {
+void Svc_EventLoop::RunActions() {
     for (LoopAction* action : std::vector(loopActions_)) action->run();
     for (const auto& action : std::vector(loopFunctions_)) action();
-    runCleanupActions();
+    RunCleanupActions();
 }
 
 void Svc_EventLoop::iterate() {
-    runActions();
+    RunActions();
     const bool served = loop_.watches.wait(std::chrono::milliseconds(0)) > 0;
     if (!served && loop_.tasks.UntilNext(loop_.now()) > std::chrono::milliseconds(0)) RunIdlers();
     loop_.round(sleepTime());

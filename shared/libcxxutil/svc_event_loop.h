@@ -20,9 +20,9 @@ class Idler {
 class ExitCondition {
   public:
     virtual ~ExitCondition() = default;
-    virtual bool allowsExit() = 0;
+    virtual bool AllowsExit() = 0;
     // The process ends whatever the others say.
-    virtual bool forcesExit() = 0;
+    virtual bool ForcesExit() = 0;
 };
 
 // Runs once, at the end of the round that it was added in.
@@ -75,31 +75,31 @@ class Svc_EventLoop {
     virtual std::chrono::milliseconds sleepTime();
 
     // What is added is not owned and outlives the loop.
-    void addExitCondition(ExitCondition& condition) { exitConditions_.push_back(&condition); }
-    void addExitFunction(std::function<bool()> allowsExit) {
+    void AddExitCondition(ExitCondition& condition) { exitConditions_.push_back(&condition); }
+    void AddExitFunction(std::function<bool()> allowsExit) {
         exitFunctions_.push_back(std::move(allowsExit));
     }
-    void addLoopAction(LoopAction& action) { loopActions_.push_back(&action); }
-    void addLoopFunction(std::function<void()> action) { loopFunctions_.push_back(std::move(action)); }
+    void AddLoopAction(LoopAction& action) { loopActions_.push_back(&action); }
+    void AddLoopFunction(std::function<void()> action) { loopFunctions_.push_back(std::move(action)); }
     void AddIdler(Idler& idler) { idlers_.push_back(&idler); }
-    void setSleepTime(SleepTime* object) { sleepObject_ = object; }
-    void setSleepTime(std::function<std::chrono::milliseconds()> function) {
+    void SetSleepTime(SleepTime* object) { sleepObject_ = object; }
+    void SetSleepTime(std::function<std::chrono::milliseconds()> function) {
         sleepFunction_ = std::move(function);
     }
     // Null takes the default out again.
-    static void setDefaultSleepTime(SleepTime* object);
+    static void SetDefaultSleepTime(SleepTime* object);
     // For the whole program: run and dropped at the end of the next round's actions.
-    static void addCleanupAction(std::unique_ptr<CleanupAction> action);
+    static void AddCleanupAction(std::unique_ptr<CleanupAction> action);
 
   protected:
-    void runActions();
+    void RunActions();
     void RunIdlers() const;
     // run ends with this round.
     void leave() { left_ = true; }
     EventLoop& loop() { return loop_; }
 
   private:
-    static void runCleanupActions();
+    static void RunCleanupActions();
 
     EventLoop& loop_;
     LoopLink& link_;

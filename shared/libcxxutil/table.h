@@ -55,7 +55,7 @@ class Table {
     }
     // Drops the first count elements, at most all: those of whole chunks at once, others when their chunk
     // goes.
-    void drop_front(uint32_t count) {
+    void DropFront(uint32_t count) {
         if (count >= size_) return clear();
         front_ += count;
         size_ -= count;

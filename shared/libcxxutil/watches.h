@@ -31,7 +31,7 @@ class Watch {
     Watch& operator=(Watch&& other) noexcept;
     ~Watch() { remove(); }
     void remove();
-    bool isOn() const { return watches_ != nullptr; }
+    bool IsOn() const { return watches_ != nullptr; }
 
   private:
     Watches* watches_ = nullptr;

@@ -95,7 +95,7 @@ TEST(Connections, FailuresToConnectHaveTheirTexts) {
     }
     BytePipe pipe;
     ASSERT_TRUE(pipe_Make(pipe));
-    EXPECT_FALSE(socket_Accept(pipe.read.number(), status).isOpen());
+    EXPECT_FALSE(socket_Accept(pipe.read.number(), status).IsOpen());
     expectStatus(status, STPCode::Connection, "[acceptClient]: Could not accept");
 }
 

@@ -30,14 +30,14 @@ void STPSocketListener::update() {
     if (!descriptor) return;
     if (!transport_->wantsInput())
         input_.remove();
-    else if (!input_.isOn())
+    else if (!input_.IsOn())
         input_ = Watch(watches_, *descriptor, WatchFor::Input, [this] {
             transport_->handleRead();
             served();
         });
     if (!transport_->wantsOutput())
         output_.remove();
-    else if (!output_.isOn())
+    else if (!output_.IsOn())
         output_ = Watch(watches_, *descriptor, WatchFor::Output, [this] {
             transport_->handleWrite();
             served();

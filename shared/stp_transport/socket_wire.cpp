@@ -43,7 +43,7 @@ SocketWire::SocketWire(FileDescriptor descriptor, PollFunction poll)
     int type = 0;
     socklen_t size = sizeof type;
     if (::getsockopt(descriptor_.number(), SOL_SOCKET, SO_TYPE, &type, &size) != 0) form_ = Form::Plain;
-    descriptor_.setNonBlocking();
+    descriptor_.SetNonBlocking();
 }
 
 WireMoved SocketWire::read(std::span<uint8_t> room) {

@@ -26,7 +26,7 @@ bool setUp(const FileDescriptor& socket) {
     const int on = 1;
     ::setsockopt(socket.number(), SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
     ::setsockopt(socket.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    return socket.setNonBlocking();
+    return socket.SetNonBlocking();
 }
 
 FileDescriptor newSocket() {
@@ -153,7 +153,7 @@ FileDescriptor socket_Connect(const std::string& host, uint16_t port, STPStatus&
     const auto resolved = resolve(host);
     if (!resolved) return fail(status, "[connectToServer]: Unable to resolve host");
     FileDescriptor socket = newSocket();
-    if (!socket.isOpen() || !setUp(socket)) return fail(status, socket_ConnectText(socket_ErrorOf(errno)));
+    if (!socket.IsOpen() || !setUp(socket)) return fail(status, socket_ConnectText(socket_ErrorOf(errno)));
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr = *resolved;
@@ -165,7 +165,7 @@ FileDescriptor socket_Connect(const std::string& host, uint16_t port, STPStatus&
 
 FileDescriptor socket_Listen(uint16_t port, ListenOn where, STPStatus& status) {
     FileDescriptor socket = newSocket();
-    if (!socket.isOpen() || !setUp(socket)) return fail(status, "[GetListenSocket]: Could not create socket");
+    if (!socket.IsOpen() || !setUp(socket)) return fail(status, "[GetListenSocket]: Could not create socket");
     const int on = 1;  // a port that was in use a moment ago is free
     ::setsockopt(socket.number(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     sockaddr_in address{};
@@ -181,7 +181,7 @@ FileDescriptor socket_Listen(uint16_t port, ListenOn where, STPStatus& status) {
 
 FileDescriptor socket_Accept(int listening, STPStatus& status) {
     FileDescriptor socket(::accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (socket.isOpen() && setUp(socket)) return socket;
+    if (socket.IsOpen() && setUp(socket)) return socket;
     // A client that gave up again is as good as none.
     const bool none = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNABORTED;
     return none ? FileDescriptor() : fail(status, "[acceptClient]: Could not accept");

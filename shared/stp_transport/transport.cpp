@@ -61,7 +61,7 @@ void STPTransport::forEach(const std::function<void(STPTransport&)>& visit) {
 
 std::optional<int> STPTransport::descriptor() const {
     if (wire_) return wire_->descriptor();
-    if (listening_.isOpen()) return listening_.number();
+    if (listening_.IsOpen()) return listening_.number();
     return std::nullopt;
 }
 

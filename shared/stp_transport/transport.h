@@ -112,7 +112,7 @@ class STPTransport : public RefCounted {
     void close(STPStatus* status = nullptr);
 
     bool bound() const { return wire_ != nullptr; }
-    bool listening() const { return listening_.isOpen(); }
+    bool listening() const { return listening_.IsOpen(); }
     bool inProcess() const { return inProcess_ != nullptr; }
     const STPStatus& status() const { return status_; }
     std::string localName() const { return wire_ ? wire_->localName() : std::string(); }

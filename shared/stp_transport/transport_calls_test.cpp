@@ -70,11 +70,11 @@ TEST(TransportCalls, TimeOutsFollowTheClock) {
     EXPECT_EQ(end.script->waits, (std::vector<std::chrono::milliseconds>{10000ms, 10000ms, 5000ms}));
     // The program's deadline shortens a wait as the limit does.
     limited.start();
-    RetryHandler::setDeadline(now + 3000ms);
+    RetryHandler::SetDeadline(now + 3000ms);
     limited.wait();
     EXPECT_EQ(end.script->waits.back(), 3000ms);
     EXPECT_FALSE(limited.keepTrying());
-    RetryHandler::setDeadline(std::nullopt);
+    RetryHandler::SetDeadline(std::nullopt);
     TimeoutSTPRetryHandler timeout(end.transport, 500ms, [&] { return now; });
     EXPECT_EQ(timeout.limit(), 1000500ms);
     // A transport that is lost ends the wait without the time.

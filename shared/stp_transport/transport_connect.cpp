@@ -21,7 +21,7 @@ bool STPTransport::connect(const std::string& host, uint16_t port, STPStatus* st
     if (!canStart("[connect]: Already connected", "[connect]: Already listening as server"))
         return give(status, false);
     FileDescriptor socket = socket_Connect(host, port, status_);
-    if (!socket.isOpen()) return give(status, false);
+    if (!socket.IsOpen()) return give(status, false);
     if (options_.peerOwner(socket.number()) != PeerOwner::Same)
         return give(status,
                     fail(STPCode::Connection, "[connect]: the peer at " + socket_PeerName(socket.number()) +
@@ -34,7 +34,7 @@ bool STPTransport::listen(uint16_t port, RetryHandler* retry, STPStatus* status)
     if (!canStart("[listen]: Already connected", "[listen]: Already listening as server"))
         return give(status, false);
     listening_ = socket_Listen(port, options_.listenOn, status_);
-    if (!listening_.isOpen()) return give(status, false);
+    if (!listening_.IsOpen()) return give(status, false);
     changed();
     return give(status, awaitClient(AfterAccept::Close, retry));
 }
@@ -43,7 +43,7 @@ bool STPTransport::startListenOnFD(int socket, STPStatus* status) {
     if (!canStart("[startListenOnFD]: Already connected", "[startListenOnFD]: Already listening as server"))
         return give(status, false);
     listening_ = FileDescriptor(socket);
-    listening_.setNonBlocking();
+    listening_.SetNonBlocking();
     changed();
     return give(status, true);
 }
@@ -74,7 +74,7 @@ bool STPTransport::acceptClient(AfterAccept after) {
     if (!acceptPending_) return false;
     acceptPending_ = false;
     FileDescriptor socket = socket_Accept(listening_.number(), status_);
-    if (!socket.isOpen()) return false;
+    if (!socket.IsOpen()) return false;
     if (options_.peerOwner(socket.number()) != PeerOwner::Same) {
         gen_warning("The connection from %s was refused: it does not belong to this user",
                     socket_PeerName(socket.number()).c_str());

@@ -56,7 +56,7 @@ TEST(Transport, MisuseIsToldByOperation) {
 
     STPStatus listenStatus;
     FileDescriptor socket = socket_Listen(0, ListenOn::Loopback, listenStatus);
-    ASSERT_TRUE(socket.isOpen()) << listenStatus.text;
+    ASSERT_TRUE(socket.IsOpen()) << listenStatus.text;
     EXPECT_TRUE(fresh->startListenOnFD(socket.give(), &status));
     EXPECT_FALSE(fresh->connect("127.0.0.1", 1, &status));
     expectStatus(status, STPCode::Misuse, "[connect]: Already listening as server");

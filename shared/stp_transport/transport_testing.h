@@ -63,7 +63,7 @@ struct Listening {
     Listening() {
         STPStatus status;
         socket = socket_Listen(0, ListenOn::Loopback, status);
-        EXPECT_TRUE(socket.isOpen()) << status.text;
+        EXPECT_TRUE(socket.IsOpen()) << status.text;
         port = socket_Port(socket.number()).value_or(0);
     }
 };

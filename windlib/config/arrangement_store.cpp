@@ -93,7 +93,7 @@ bool ArrangementStore::Save(const std::string& source, const std::string& text) 
     AttributeStore store;
     store.Root().Set(pathName, path);
     store.Root().Set(textName, text);
-    if (!path_make_directory(directory_) || !store.write_to_file(file, AttributeForm::Block)) {
+    if (!path_make_directory(directory_) || !store.WriteToFile(file, AttributeForm::Block)) {
         gen_warning("The arrangement of %s is not kept", source.c_str());
         return false;
     }

@@ -83,11 +83,11 @@ void AttributeReader::Open(const std::string& path, std::string text) {
     sources_.push_back(std::move(source));
     file_ = path;
     line_ = 0;
-    preprocessor_.enter_file();
+    preprocessor_.EnterFile();
 }
 
 void AttributeReader::Close() {
-    if (!preprocessor_.leave_file()) Fault("unexpected end of file");
+    if (!preprocessor_.LeaveFile()) Fault("unexpected end of file");
     sources_.pop_back();
     // The place of the last line stays for what is found missing at the end of everything.
     if (!sources_.empty()) {
@@ -108,8 +108,8 @@ bool AttributeReader::NextLine() {
             continue;
         }
         ++line_;
-        preprocessor_.handle_line(text_);
-        if (!preprocessor_.was_directive() && !preprocessor_.is_skipping()) return !stopped_;
+        preprocessor_.HandleLine(text_);
+        if (!preprocessor_.WasDirective() && !preprocessor_.IsSkipping()) return !stopped_;
     }
     text_ = {};
     return false;

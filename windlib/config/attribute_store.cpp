@@ -151,7 +151,7 @@ bool AttributeStore::add_or_replace_str_list_attribute(std::string_view name,
     return true;
 }
 
-bool AttributeStore::write_to_file(const std::string& path, AttributeForm form) const {
+bool AttributeStore::WriteToFile(const std::string& path, AttributeForm form) const {
     const Result written = file_replace(path, Write(form));
     if (written) return true;
     gen_error("failed when writing %s: %s", path.c_str(), written.reason().c_str());

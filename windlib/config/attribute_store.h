@@ -122,7 +122,7 @@ class AttributeStore : public ut_options_database {
     // What a reader takes back to the same tree. Nodes without attributes are left out of the flat form.
     std::string Write(AttributeForm form) const;
     // Replaces the file as a whole; reports "failed when writing %s" and gives false when it can't.
-    bool write_to_file(const std::string& path, AttributeForm form) const;
+    bool WriteToFile(const std::string& path, AttributeForm form) const;
 
   private:
     AttributeStoreOptions options_;

@@ -155,14 +155,14 @@ TEST_F(AttributeStoreTest, BothFormsReadBackTheSame) {
     EXPECT_TRUE(store.add_or_replace_str_list_attribute("p.q", {"one", ""}));
     EXPECT_FALSE(store.add_or_replace_str_list_attribute("p.", {}));
     for (const AttributeForm form : {AttributeForm::Flat, AttributeForm::Block}) {
-        ASSERT_TRUE(store.write_to_file(Path("out"), form));
+        ASSERT_TRUE(store.WriteToFile(Path("out"), form));
         AttributeStore back;
         EXPECT_TRUE(back.read_from_file(Path("out"))) << Read(Path("out"));
         EXPECT_EQ(back.Write(AttributeForm::Block), store.Write(AttributeForm::Block));
         EXPECT_EQ(*back.Root().Child("win dow")->Child("%x")->Numbers("numbers"), numbers);
     }
     EXPECT_NE(Read(Path("out")).find("...\n"), std::string::npos);
-    EXPECT_FALSE(store.write_to_file(Path("none/out"), AttributeForm::Flat));
+    EXPECT_FALSE(store.WriteToFile(Path("none/out"), AttributeForm::Flat));
     EXPECT_TRUE(Told("failed when writing " + Path("none/out"))) << messages_;
     ut_options_database none;
     EXPECT_FALSE(none.read_from_file("x") || none.add_or_replace_str_list_attribute("x", {}));

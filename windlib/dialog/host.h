@@ -39,36 +39,36 @@ class DialogHost {
     virtual ~DialogHost() = default;
 
     // Shows a dialog over the active window and returns when it is closed, with its result.
-    virtual int Run(DialogModel& model) = 0;
+    virtual int run(DialogModel& model) = 0;
     // Shows a window beside the others. The host owns the model from now on and destroys it after its
     // onClose; the reference is valid until then.
-    virtual DialogModel& Open(std::unique_ptr<DialogModel> model) = 0;
+    virtual DialogModel& open(std::unique_ptr<DialogModel> model) = 0;
     // Brings an open window to the front, and the pointer into it at 10, 10.
-    virtual void Raise(DialogModel& model) = 0;
+    virtual void raise(DialogModel& model) = 0;
 
     // A message that must be acknowledged: the error dialog.
-    virtual void Message(const std::string& text) = 0;
+    virtual void message(const std::string& text) = 0;
     // A question with yes and no; true for yes.
-    virtual bool Ask(const std::string& question) = 0;
+    virtual bool ask(const std::string& question) = 0;
     // A pop-up menu at the pointer. Number of the row chosen; -1 for none.
-    virtual int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) = 0;
+    virtual int popUpMenu(const std::string& title, const std::vector<PopUpRow>& rows) = 0;
     // 0xRRGGBB; none when the user cancelled.
-    virtual std::optional<uint32_t> ChooseColour(const std::string& title, uint32_t start) = 0;
+    virtual std::optional<uint32_t> chooseColour(const std::string& title, uint32_t start) = 0;
     // Where to save; empty when the user cancelled. filter is "NAME (*.EXT)".
-    virtual std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
+    virtual std::string chooseSaveFile(const std::string& title, const std::string& suggested,
                                        const std::string& filter) = 0;
     // Names with their folders, in the order chosen; none when the user cancelled. One to be written that
     // exists was confirmed by the user.
-    virtual std::vector<std::string> ChooseFiles(const FileQuestion& question) = 0;
-    virtual void CopyText(const std::string& text) = 0;  // to the clipboard
-    virtual void Beep() = 0;
+    virtual std::vector<std::string> chooseFiles(const FileQuestion& question) = 0;
+    virtual void copyText(const std::string& text) = 0;  // to the clipboard
+    virtual void beep() = 0;
     // The busy pointer with progress and Escape (see Progress); calls nest.
-    virtual void SetBusy(bool busy) = 0;
+    virtual void showBusy(bool busy) = 0;
     // What prints; null where nothing can.
-    virtual PrintHost* Printer() { return nullptr; }
+    virtual PrintHost* printHost() { return nullptr; }
 };
 
 // For BusyWork. The host outlives what is made.
 inline std::function<void(bool)> dialog_Busy(DialogHost& host) {
-    return [&host](bool busy) { host.SetBusy(busy); };
+    return [&host](bool busy) { host.showBusy(busy); };
 }

@@ -22,44 +22,44 @@ class RecordingHost : public DialogHost {
     DialogModel* raised = nullptr;
     int beeps = 0, busy = 0;
 
-    int Run(DialogModel& model) override {
+    int run(DialogModel& model) override {
         if (drive) drive(model);
         if (!model.isClosed()) model.dismiss();
         return model.result();
     }
     // Windows that have been closed are dropped at the next call.
-    DialogModel& Open(std::unique_ptr<DialogModel> model) override {
-        DropClosed();
+    DialogModel& open(std::unique_ptr<DialogModel> model) override {
+        dropClosed();
         windows.push_back(std::move(model));
         return *windows.back();
     }
-    void DropClosed() {
+    void dropClosed() {
         std::erase_if(windows, [](const auto& window) { return window->isClosed(); });
     }
-    void Raise(DialogModel& model) override { raised = &model; }
-    void Message(const std::string& text) override { messages.push_back(text); }
-    bool Ask(const std::string& question) override {
+    void raise(DialogModel& model) override { raised = &model; }
+    void message(const std::string& text) override { messages.push_back(text); }
+    bool ask(const std::string& question) override {
         questions.push_back(question);
         return askAnswer;
     }
-    int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) override {
+    int popUpMenu(const std::string& title, const std::vector<PopUpRow>& rows) override {
         popUpTitle = title;
         popUp = rows;
         return popUpAnswer;
     }
-    std::optional<uint32_t> ChooseColour(const std::string&, uint32_t) override { return colourAnswer; }
-    std::string ChooseSaveFile(const std::string&, const std::string&, const std::string&) override {
+    std::optional<uint32_t> chooseColour(const std::string&, uint32_t) override { return colourAnswer; }
+    std::string chooseSaveFile(const std::string&, const std::string&, const std::string&) override {
         return saveAnswer;
     }
-    std::vector<std::string> ChooseFiles(const FileQuestion& question) override {
+    std::vector<std::string> chooseFiles(const FileQuestion& question) override {
         fileQuestions.push_back(question);
         std::vector<std::string> answer;
         if (!fileAnswers.empty()) answer = std::move(fileAnswers.front()), fileAnswers.pop_front();
         return answer;
     }
-    void CopyText(const std::string& text) override { copied.push_back(text); }
-    void Beep() override { ++beeps; }
-    void SetBusy(bool on) override { busy += on ? 1 : -1; }
+    void copyText(const std::string& text) override { copied.push_back(text); }
+    void beep() override { ++beeps; }
+    void showBusy(bool on) override { busy += on ? 1 : -1; }
     PrintHost* printer = nullptr;  // what prints
-    PrintHost* Printer() override { return printer; }
+    PrintHost* printHost() override { return printer; }
 };

@@ -71,104 +71,104 @@ LayoutTie outside(const LayoutPlace& place, PlacerEdge edge, PlacerEdge others, 
 
 }  // namespace
 
-void LayoutBuilder::LeastWidths(std::initializer_list<LayoutSize> widths) {
+void LayoutBuilder::leastWidths(std::initializer_list<LayoutSize> widths) {
     leastWidths_.insert(leastWidths_.end(), widths);
 }
-void LayoutBuilder::LeastHeight(const LayoutSize& height) {
+void LayoutBuilder::leastHeight(const LayoutSize& height) {
     leastHeights_.push_back(size_line(layout_Window, height, Placer_Vertical));
 }
-void LayoutBuilder::FirstWidths(std::initializer_list<LayoutSize> widths) {
+void LayoutBuilder::firstWidths(std::initializer_list<LayoutSize> widths) {
     firstWidths_.insert(firstWidths_.end(), widths);
 }
-void LayoutBuilder::FirstHeight(const LayoutSize& height) {
+void LayoutBuilder::firstHeight(const LayoutSize& height) {
     firstHeights_.push_back(size_line(layout_Window, height, Placer_Vertical));
 }
-void LayoutBuilder::OnlyHeight(const LayoutSize& height) {
-    LeastHeight(height);
-    FirstHeight(height);
+void LayoutBuilder::onlyHeight(const LayoutSize& height) {
+    leastHeight(height);
+    firstHeight(height);
 }
 
-void LayoutBuilder::Width(const std::string& item, const LayoutSize& width) {
+void LayoutBuilder::width(const std::string& item, const LayoutSize& width) {
     sizes_.push_back(size_line(item, width, Placer_Horizontal));
 }
-void LayoutBuilder::Height(const std::string& item, const LayoutSize& height) {
+void LayoutBuilder::height(const std::string& item, const LayoutSize& height) {
     sizes_.push_back(size_line(item, height, Placer_Vertical));
 }
-void LayoutBuilder::FillWidth(const std::string& item, const LayoutRest& rest) {
-    Width(item, rest_of_window(rest));
+void LayoutBuilder::fillWidth(const std::string& item, const LayoutRest& rest) {
+    width(item, rest_of_window(rest));
 }
-void LayoutBuilder::FillHeight(const std::string& item, const LayoutRest& rest) {
-    Height(item, rest_of_window(rest));
+void LayoutBuilder::fillHeight(const std::string& item, const LayoutRest& rest) {
+    height(item, rest_of_window(rest));
 }
 
-void LayoutBuilder::Left(const LayoutPlace& place) {
-    Tie(inside(place, PlacerEdge::Left, 1));
+void LayoutBuilder::left(const LayoutPlace& place) {
+    tie(inside(place, PlacerEdge::Left, 1));
 }
-void LayoutBuilder::Right(const LayoutPlace& place) {
-    Tie(inside(place, PlacerEdge::Right, -1));
+void LayoutBuilder::right(const LayoutPlace& place) {
+    tie(inside(place, PlacerEdge::Right, -1));
 }
-void LayoutBuilder::Top(const LayoutPlace& place) {
-    Tie(inside(place, PlacerEdge::Top, 1));
+void LayoutBuilder::top(const LayoutPlace& place) {
+    tie(inside(place, PlacerEdge::Top, 1));
 }
-void LayoutBuilder::Bottom(const LayoutPlace& place) {
-    Tie(inside(place, PlacerEdge::Bottom, -1));
+void LayoutBuilder::bottom(const LayoutPlace& place) {
+    tie(inside(place, PlacerEdge::Bottom, -1));
 }
-void LayoutBuilder::RightOf(const LayoutPlace& place) {
-    Tie(outside(place, PlacerEdge::Left, PlacerEdge::Right, 1));
+void LayoutBuilder::rightOf(const LayoutPlace& place) {
+    tie(outside(place, PlacerEdge::Left, PlacerEdge::Right, 1));
 }
-void LayoutBuilder::LeftOf(const LayoutPlace& place) {
-    Tie(outside(place, PlacerEdge::Right, PlacerEdge::Left, -1));
+void LayoutBuilder::leftOf(const LayoutPlace& place) {
+    tie(outside(place, PlacerEdge::Right, PlacerEdge::Left, -1));
 }
-void LayoutBuilder::Below(const LayoutPlace& place) {
-    Tie(outside(place, PlacerEdge::Top, PlacerEdge::Bottom, 1));
+void LayoutBuilder::below(const LayoutPlace& place) {
+    tie(outside(place, PlacerEdge::Top, PlacerEdge::Bottom, 1));
 }
-void LayoutBuilder::Above(const LayoutPlace& place) {
-    Tie(outside(place, PlacerEdge::Bottom, PlacerEdge::Top, -1));
+void LayoutBuilder::above(const LayoutPlace& place) {
+    tie(outside(place, PlacerEdge::Bottom, PlacerEdge::Top, -1));
 }
-void LayoutBuilder::Align(PlacerEdge edge, const LayoutItems& items, const std::string& of) {
-    Tie({items, of, 0, edge, edge, edge});
+void LayoutBuilder::align(PlacerEdge edge, const LayoutItems& items, const std::string& of) {
+    tie({items, of, 0, edge, edge, edge});
 }
-void LayoutBuilder::Baseline(const LayoutItems& items, const std::string& of) {
-    Align(PlacerEdge::Baseline, items, of);
+void LayoutBuilder::baseline(const LayoutItems& items, const std::string& of) {
+    align(PlacerEdge::Baseline, items, of);
 }
-void LayoutBuilder::Middle(const LayoutItems& items, const std::string& of) {
-    Align(PlacerEdge::TBCenter, items, of);
+void LayoutBuilder::middle(const LayoutItems& items, const std::string& of) {
+    align(PlacerEdge::TBCenter, items, of);
 }
-void LayoutBuilder::Tie(const LayoutTie& tie) {
+void LayoutBuilder::tie(const LayoutTie& tie) {
     places_.push_back(list(tie.items) + "," + reference(tie.of) + "," + numbers({tie.pixels, 0, 0, 0, 0}) +
                       word_of(tie.together) + "," + word_of(tie.theirs) + "," + word_of(tie.others));
 }
 
-void LayoutBuilder::InRow(const LayoutItems& items, int gap) {
-    for (size_t i = 1; i < items.size(); ++i) RightOf({.items = {items[i]}, .of = items[i - 1], .gap = gap});
+void LayoutBuilder::inRow(const LayoutItems& items, int gap) {
+    for (size_t i = 1; i < items.size(); ++i) rightOf({.items = {items[i]}, .of = items[i - 1], .gap = gap});
 }
-void LayoutBuilder::TextRow(const LayoutItems& items, const std::string& anchor) {
-    InRow(items);
+void LayoutBuilder::textRow(const LayoutItems& items, const std::string& anchor) {
+    inRow(items);
     LayoutItems others = items;
     std::erase(others, anchor);
-    if (!others.empty()) Baseline(others, anchor);
+    if (!others.empty()) baseline(others, anchor);
 }
-void LayoutBuilder::Corner(const LayoutItems& items) {
-    Bottom({.items = items});
-    if (!items.empty()) Right({.items = {items[0]}});
-    for (size_t i = 1; i < items.size(); ++i) LeftOf({.items = {items[i]}, .of = items[i - 1]});
+void LayoutBuilder::corner(const LayoutItems& items) {
+    bottom({.items = items});
+    if (!items.empty()) right({.items = {items[0]}});
+    for (size_t i = 1; i < items.size(); ++i) leftOf({.items = {items[i]}, .of = items[i - 1]});
 }
 
-void LayoutBuilder::NextRow(const std::string& item, int gap) {
+void LayoutBuilder::nextRow(const std::string& item, int gap) {
     if (rows_.of.empty())
-        Top({.items = {item}, .gap = gap});
+        top({.items = {item}, .gap = gap});
     else
-        Below({.items = {item}, .of = rows_.of.back(), .gap = gap});
+        below({.items = {item}, .of = rows_.of.back(), .gap = gap});
     rows_.of.push_back(item);
     rows_.pixels += gap;
 }
-LayoutSize LayoutBuilder::RowsHeight(int more) const {
+LayoutSize LayoutBuilder::rowsHeight(int more) const {
     LayoutSize height = rows_;
     height.pixels += more;
     return height;
 }
 
-std::vector<std::string> LayoutBuilder::Lines() const {
+std::vector<std::string> LayoutBuilder::lines() const {
     std::vector<std::string> lines = {"MinSizes"};
     const auto add = [&lines](const std::vector<std::string>& more) {
         lines.insert(lines.end(), more.begin(), more.end());

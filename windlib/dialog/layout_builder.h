@@ -54,50 +54,50 @@ struct LayoutTie {
 class LayoutBuilder {
   public:
     // The window is never smaller than this. Of several widths, in one call or more, the largest counts.
-    void LeastWidths(std::initializer_list<LayoutSize> widths);
-    void LeastHeight(const LayoutSize& height);
+    void leastWidths(std::initializer_list<LayoutSize> widths);
+    void leastHeight(const LayoutSize& height);
     // The window's size at first; the largest counts.
-    void FirstWidths(std::initializer_list<LayoutSize> widths);
-    void FirstHeight(const LayoutSize& height);
+    void firstWidths(std::initializer_list<LayoutSize> widths);
+    void firstHeight(const LayoutSize& height);
     // Both: what does not grow with the window.
-    void OnlyHeight(const LayoutSize& height);
+    void onlyHeight(const LayoutSize& height);
 
     // Sizes of items; those without are as big as their texts need.
-    void Width(const std::string& item, const LayoutSize& width);
-    void Height(const std::string& item, const LayoutSize& height);
-    void FillWidth(const std::string& item, const LayoutRest& rest);
-    void FillHeight(const std::string& item, const LayoutRest& rest);
+    void width(const std::string& item, const LayoutSize& width);
+    void height(const std::string& item, const LayoutSize& height);
+    void fillWidth(const std::string& item, const LayoutRest& rest);
+    void fillHeight(const std::string& item, const LayoutRest& rest);
 
     // At an edge of the window; of may be given to stand inside of an edge of another item.
-    void Left(const LayoutPlace& place);
-    void Right(const LayoutPlace& place);
-    void Top(const LayoutPlace& place);
-    void Bottom(const LayoutPlace& place);
+    void left(const LayoutPlace& place);
+    void right(const LayoutPlace& place);
+    void top(const LayoutPlace& place);
+    void bottom(const LayoutPlace& place);
     // Outside of an edge of another item.
-    void RightOf(const LayoutPlace& place);
-    void LeftOf(const LayoutPlace& place);
-    void Below(const LayoutPlace& place);
-    void Above(const LayoutPlace& place);
+    void rightOf(const LayoutPlace& place);
+    void leftOf(const LayoutPlace& place);
+    void below(const LayoutPlace& place);
+    void above(const LayoutPlace& place);
     // The edges of items and of the other coincide.
-    void Align(PlacerEdge edge, const LayoutItems& items, const std::string& of);
-    void Baseline(const LayoutItems& items, const std::string& of);
-    void Middle(const LayoutItems& items, const std::string& of);  // of their heights
-    void Tie(const LayoutTie& tie);
+    void align(PlacerEdge edge, const LayoutItems& items, const std::string& of);
+    void baseline(const LayoutItems& items, const std::string& of);
+    void middle(const LayoutItems& items, const std::string& of);  // of their heights
+    void tie(const LayoutTie& tie);
 
     // Side by side: each right of the one before it, from the second on.
-    void InRow(const LayoutItems& items, int gap = 8);
+    void inRow(const LayoutItems& items, int gap = 8);
     // The same with the text of all on one line with that of the anchor, which is one of them.
-    void TextRow(const LayoutItems& items, const std::string& anchor);
+    void textRow(const LayoutItems& items, const std::string& anchor);
     // Buttons in the lower right corner, the first one rightmost.
-    void Corner(const LayoutItems& items);
+    void corner(const LayoutItems& items);
 
     // Rows from the top down: the item stands under that of the row before. A row is as high as this item.
-    void NextRow(const std::string& item, int gap);
+    void nextRow(const std::string& item, int gap);
     // All rows with their gaps so far, and more pixels.
-    LayoutSize RowsHeight(int more) const;
+    LayoutSize rowsHeight(int more) const;
 
     // The lines, in the form that the placer reads.
-    std::vector<std::string> Lines() const;
+    std::vector<std::string> lines() const;
 
   private:
     std::vector<LayoutSize> leastWidths_, firstWidths_;

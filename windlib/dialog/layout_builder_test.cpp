@@ -13,7 +13,7 @@ using Lines = std::vector<std::string>;
 Lines lines_of(const std::function<void(LayoutBuilder&)>& state) {
     LayoutBuilder layout;
     state(layout);
-    return layout.Lines();
+    return layout.lines();
 }
 
 struct Case {
@@ -37,7 +37,7 @@ TEST(LayoutBuilderTest, StatementsBecomeLines) {
     const Case cases[] = {
         {"a size with everything",
          [](LayoutBuilder& l) {
-             l.Width("a", {.of = {"b", layout_Window},
+             l.width("a", {.of = {"b", layout_Window},
                            .less = {"c"},
                            .pixels = -1,
                            .letters = 2,
@@ -52,24 +52,24 @@ TEST(LayoutBuilderTest, StatementsBecomeLines) {
          {}},
         {"widths of several calls are one rule",
          [](LayoutBuilder& l) {
-             l.LeastWidths({{.of = {"a"}}, {.pixels = 1}});
-             l.LeastWidths({{.lines = 1}});
+             l.leastWidths({{.of = {"a"}}, {.pixels = 1}});
+             l.leastWidths({{.lines = 1}});
          },
          {"0,(@a),(),0,0,0,0,0,1,1,3,Horizontal", "0,(),(),1,0,0,0,0,1,1,2,Horizontal",
           "0,(),(),0,0,0,1,0,1,1,1,Horizontal"},
          {},
          {}},
         {"half of what the window leaves",
-         [](LayoutBuilder& l) { l.FillHeight("a", {.less = {"b"}, .gaps = 16, .parts = 2}); },
+         [](LayoutBuilder& l) { l.fillHeight("a", {.less = {"b"}, .gaps = 16, .parts = 2}); },
          {},
          {"@a,(0),(@b),-16,0,0,0,0,1,2,1,Vertical"},
          {}},
         {"gaps go to the inside, and away from another item",
          [](LayoutBuilder& l) {
-             l.Left({.items = {"a", "b"}});
-             l.Bottom({.items = {"a"}, .gap = 4});
-             l.RightOf({.items = {"b"}, .of = "a"});
-             l.Above({.items = {"b"}, .of = "a", .gap = 2});
+             l.left({.items = {"a", "b"}});
+             l.bottom({.items = {"a"}, .gap = 4});
+             l.rightOf({.items = {"b"}, .of = "a"});
+             l.above({.items = {"b"}, .of = "a", .gap = 2});
          },
          {},
          {},
@@ -77,7 +77,7 @@ TEST(LayoutBuilderTest, StatementsBecomeLines) {
           "(@b),@a,8,0,0,0,0,Left,Left,Right", "(@b),@a,-2,0,0,0,0,Bottom,Bottom,Top"}},
         {"a row of texts hangs on its anchor",
          [](LayoutBuilder& l) {
-             l.TextRow({"a", "b"}, "b");
+             l.textRow({"a", "b"}, "b");
          },
          {},
          {},
@@ -91,23 +91,23 @@ TEST(LayoutBuilderTest, EveryEdgeIsReadAsItWasStated) {
     for (const PlacerEdge edge : {PlacerEdge::Left, PlacerEdge::Right, PlacerEdge::LRCenter, PlacerEdge::Top,
                                   PlacerEdge::Bottom, PlacerEdge::Baseline, PlacerEdge::TBCenter}) {
         LayoutBuilder layout;
-        layout.Align(edge, {"a"}, "b");
-        const std::string line = layout.Lines().back();
+        layout.align(edge, {"a"}, "b");
+        const std::string line = layout.lines().back();
         EXPECT_EQ(placer_EdgeOf(line.substr(line.rfind(',') + 1)), edge) << line;
     }
 }
 
 TEST(LayoutBuilderTest, RowsStandUnderEachOtherInAWindowOfTheirHeight) {
     LayoutBuilder layout;
-    layout.LeastWidths({{.of = {"top"}, .pixels = 16}});
-    layout.Left({.items = {"top", "low"}});
-    layout.NextRow("top", 5);
-    layout.NextRow("low", 7);
-    layout.OnlyHeight(layout.RowsHeight(3));
+    layout.leastWidths({{.of = {"top"}, .pixels = 16}});
+    layout.left({.items = {"top", "low"}});
+    layout.nextRow("top", 5);
+    layout.nextRow("low", 7);
+    layout.onlyHeight(layout.rowsHeight(3));
     const DialogDescription d = {.name = "Rows",
                                  .items = {{.name = "top", .kind = DialogKind::Label, .text = "Top"},
                                            {.name = "low", .kind = DialogKind::Label, .text = "Low"}},
-                                 .layout = layout.Lines()};
+                                 .layout = layout.lines()};
     DialogLayout placed(d, dialog_TestFont(16, true));
     ASSERT_EQ(placed.open().check, "");
     const DialogRect top = placed.rect(1), low = placed.rect(2);

@@ -34,12 +34,12 @@ class PrintHost {
     virtual ~PrintHost() = default;
 
     // False where the system has no printer: what is printed goes into a file then.
-    virtual bool HasPrinter() = 0;
+    virtual bool hasPrinter() = 0;
     // Lets the user choose printer and pages where the job goes to one, and has body draw on the device; a
     // preview does so each time that it is looked at otherwise. body gives false for what could not be
     // printed; it has told why.
     using Body = std::function<bool(PageDevice&)>;
-    virtual PrintOutcome Run(const PrintJob& job, const Body& body) = 0;
+    virtual PrintOutcome run(const PrintJob& job, const Body& body) = 0;
     // A message with a title that must be acknowledged.
-    virtual void ShowBox(const std::string& title, const std::string& text) = 0;
+    virtual void showBox(const std::string& title, const std::string& text) = 0;
 };

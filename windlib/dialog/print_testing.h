@@ -18,13 +18,13 @@ class RecordingPrinter : public PrintHost {
     std::vector<std::pair<std::string, std::string>> boxes;  // title and text
     std::vector<bool> drawn;                                 // what the bodies gave
 
-    bool HasPrinter() override { return printer; }
-    PrintOutcome Run(const PrintJob& job, const Body& body) override {
+    bool hasPrinter() override { return printer; }
+    PrintOutcome run(const PrintJob& job, const Body& body) override {
         jobs.push_back(job);
         for (int i = 0; i < draws; ++i) drawn.push_back(body(page));
         return outcome;
     }
-    void ShowBox(const std::string& title, const std::string& text) override {
+    void showBox(const std::string& title, const std::string& text) override {
         boxes.emplace_back(title, text);
     }
 };

@@ -17,18 +17,18 @@ class AgentSurface : public Surface {
     int width() const override { return width_; }
     int height() const override { return height_; }
     void drawLine(int x0, int y0, int x1, int y1, Colour colour) override {
-        if (draws()) agent_.Line(x0, y0, x1, y1, colour, 1, 0);
+        if (draws()) agent_.line(x0, y0, x1, y1, colour, 1, 0);
     }
     void drawStyledLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
                         int phase) override {
-        if (draws()) agent_.PhasedLine(x0, y0, x1, y1, colour, thickness, style, phase);
+        if (draws()) agent_.phasedLine(x0, y0, x1, y1, colour, thickness, style, phase);
     }
     void fillRect(int x, int y, int w, int h, Colour colour) override {
-        if (draws()) agent_.Fill(x, y, w, h, colour);
+        if (draws()) agent_.fill(x, y, w, h, colour);
     }
     void clearRect(int, int, int, int) override {}
     void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override {
-        if (draws()) agent_.Text(x, y, text, foreground, background, font_);
+        if (draws()) agent_.text(x, y, text, foreground, background, font_);
     }
     TextExtent textExtent(std::string_view text) override {
         const int before = page_.setFont(font_);
@@ -37,13 +37,13 @@ class AgentSurface : public Surface {
         return {up(extent.width, perX_), up(extent.height, perY_)};
     }
     void drawIcon(int x, int y, IconHandle icon) override {
-        if (draws()) agent_.Icon(x, y, icon);
+        if (draws()) agent_.icon(x, y, icon);
     }
     void pushClip(int x, int y, int w, int h, bool) override {
-        if (agent_.Active()) agent_.Begin(x, y, w, h);
+        if (agent_.isActive()) agent_.begin(x, y, w, h);
     }
     void popClip() override {
-        if (agent_.Active()) agent_.End();
+        if (agent_.isActive()) agent_.end();
     }
     void setExclusiveOr(bool on) override { exclusiveOr_ = on; }
     int setFont(int slot) override {
@@ -60,7 +60,7 @@ class AgentSurface : public Surface {
     Colour selectionForeground() const override { return 0x000000; }
 
   private:
-    bool draws() const { return agent_.Active() && !exclusiveOr_; }
+    bool draws() const { return agent_.isActive() && !exclusiveOr_; }
     static int up(int pixels, double per) { return static_cast<int>(std::ceil(pixels / per - 1e-9)); }
 
     PrintAgent& agent_;

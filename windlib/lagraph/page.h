@@ -22,12 +22,12 @@ class PageDevice {
     // Makes the fonts of the pages: Font_Application and Font_Axis of the surface, so many device pixels high
     // from the top of the highest letter to the bottom of the lowest. Another fixed pitch font stands in for
     // a family that is not there. False when there is none.
-    virtual bool MakeFonts(const std::string& family, int applicationHeight, int axisHeight) = 0;
+    virtual bool makeFonts(const std::string& family, int applicationHeight, int axisHeight) = 0;
     // Called with fonts made. False when the device failed; there is then no page.
-    virtual bool StartPage() = 0;
-    virtual bool EndPage() = 0;
+    virtual bool startPage() = 0;
+    virtual bool endPage() = 0;
     // From StartPage to EndPage: device pixels from the sheet's upper left corner.
     virtual Surface& surface() = 0;
     // On the page, in a size in device pixels.
-    virtual void DrawIcon(int x, int y, int w, int h, IconHandle icon) = 0;
+    virtual void drawIcon(int x, int y, int w, int h, IconHandle icon) = 0;
 };

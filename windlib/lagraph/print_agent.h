@@ -11,22 +11,22 @@ class PrintAgent {
     virtual ~PrintAgent() = default;
 
     // False: drawing goes to the screen as ever.
-    virtual bool Active() const = 0;
+    virtual bool isActive() const = 0;
     // What is drawn until End stays inside this rectangle; nests.
-    virtual void Begin(int x, int y, int w, int h) = 0;
-    virtual void End() = 0;
-    virtual void Line(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style) = 0;
-    virtual void Icon(int x, int y, IconHandle icon) = 0;
+    virtual void begin(int x, int y, int w, int h) = 0;
+    virtual void end() = 0;
+    virtual void line(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style) = 0;
+    virtual void icon(int x, int y, IconHandle icon) = 0;
     // The baseline's start; in a font slot.
-    virtual void Text(int x, int y, std::string_view text, Colour foreground, Colour background,
+    virtual void text(int x, int y, std::string_view text, Colour foreground, Colour background,
                       int font) = 0;
     // A line whose dashes begin so many pixels into their pattern.
-    virtual void PhasedLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
+    virtual void phasedLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
                             int phase) = 0;
-    virtual void Fill(int x, int y, int w, int h, Colour colour) = 0;
+    virtual void fill(int x, int y, int w, int h, Colour colour) = 0;
     // The page's pixel of a pixel of the screen.
-    virtual int ScaleX(int x) const = 0;
-    virtual int ScaleY(int y) const = 0;
+    virtual int scaleX(int x) const = 0;
+    virtual int scaleY(int y) const = 0;
 };
 
 // An agent for a document, which its operations are given. What is not overridden draws nothing and leaves
@@ -36,36 +36,36 @@ class PrintAgentImpl : public PrintAgent {
   public:
     PrintAgentImpl(Document& document, bool active) : document_(document), active_(active) {}
 
-    bool Active() const override { return true; }
-    void Begin(int x, int y, int w, int h) final { BeginFor(document_, x, y, w, h); }
-    void End() final { EndFor(document_); }
-    void Line(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style) final {
-        LineFor(document_, x0, y0, x1, y1, colour, thickness, style);
+    bool isActive() const override { return true; }
+    void begin(int x, int y, int w, int h) final { beginFor(document_, x, y, w, h); }
+    void end() final { endFor(document_); }
+    void line(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style) final {
+        lineFor(document_, x0, y0, x1, y1, colour, thickness, style);
     }
-    void Icon(int x, int y, IconHandle icon) final { IconFor(document_, x, y, icon); }
-    void Text(int x, int y, std::string_view text, Colour foreground, Colour background, int font) final {
-        TextFor(document_, x, y, text, foreground, background, font);
+    void icon(int x, int y, IconHandle icon) final { iconFor(document_, x, y, icon); }
+    void text(int x, int y, std::string_view text, Colour foreground, Colour background, int font) final {
+        textFor(document_, x, y, text, foreground, background, font);
     }
-    void PhasedLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
+    void phasedLine(int x0, int y0, int x1, int y1, Colour colour, int thickness, int style,
                     int phase) final {
-        PhasedLineFor(document_, x0, y0, x1, y1, colour, thickness, style, phase);
+        phasedLineFor(document_, x0, y0, x1, y1, colour, thickness, style, phase);
     }
-    void Fill(int x, int y, int w, int h, Colour colour) final { FillFor(document_, x, y, w, h, colour); }
-    int ScaleX(int x) const final { return ScaleXFor(document_, x); }
-    int ScaleY(int y) const final { return ScaleYFor(document_, y); }
+    void fill(int x, int y, int w, int h, Colour colour) final { fillFor(document_, x, y, w, h, colour); }
+    int scaleX(int x) const final { return scaleXFor(document_, x); }
+    int scaleY(int y) const final { return scaleYFor(document_, y); }
 
-    void SetActive(bool active) { active_ = active; }
+    void setActive(bool active) { active_ = active; }
 
   protected:
-    virtual void BeginFor(Document&, int, int, int, int) {}
-    virtual void EndFor(Document&) {}
-    virtual void LineFor(Document&, int, int, int, int, Colour, int, int) {}
-    virtual void IconFor(Document&, int, int, IconHandle) {}
-    virtual void TextFor(Document&, int, int, std::string_view, Colour, Colour, int) {}
-    virtual void PhasedLineFor(Document&, int, int, int, int, Colour, int, int, int) {}
-    virtual void FillFor(Document&, int, int, int, int, Colour) {}
-    virtual int ScaleXFor(Document&, int x) const { return x; }
-    virtual int ScaleYFor(Document&, int y) const { return y; }
+    virtual void beginFor(Document&, int, int, int, int) {}
+    virtual void endFor(Document&) {}
+    virtual void lineFor(Document&, int, int, int, int, Colour, int, int) {}
+    virtual void iconFor(Document&, int, int, IconHandle) {}
+    virtual void textFor(Document&, int, int, std::string_view, Colour, Colour, int) {}
+    virtual void phasedLineFor(Document&, int, int, int, int, Colour, int, int, int) {}
+    virtual void fillFor(Document&, int, int, int, int, Colour) {}
+    virtual int scaleXFor(Document&, int x) const { return x; }
+    virtual int scaleYFor(Document&, int y) const { return y; }
     bool active() const { return active_; }
 
   private:

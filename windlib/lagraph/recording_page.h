@@ -42,7 +42,7 @@ class RecordingPage : public PageDevice {
     }
 
     PageFacts facts() const override { return facts_; }
-    bool MakeFonts(const std::string& name, int applicationHeight, int axisHeight) override {
+    bool makeFonts(const std::string& name, int applicationHeight, int axisHeight) override {
         family = name;
         bigHeight = applicationHeight;
         smallHeight = axisHeight;
@@ -50,17 +50,17 @@ class RecordingPage : public PageDevice {
         surface_.fonts[Font_Axis] = measures(axisHeight);
         return hasFonts;
     }
-    bool StartPage() override {
+    bool startPage() override {
         surface_.forget();
         return ++started != failStart;
     }
-    bool EndPage() override {
+    bool endPage() override {
         if (started == failEnd) return false;
         pages.push_back(surface_.ops);
         return true;
     }
     Surface& surface() override { return surface_; }
-    void DrawIcon(int x, int y, int w, int h, IconHandle icon) override {
+    void drawIcon(int x, int y, int w, int h, IconHandle icon) override {
         surface_.ops.push_back(
             {.kind = SurfaceOp::Icon, .x0 = x, .y0 = y, .x1 = w, .y1 = h, .icon = icon, .text = {}});
     }

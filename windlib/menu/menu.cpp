@@ -48,7 +48,7 @@ std::optional<MenuRow> one_row(std::string_view text, bool doubleByte) {
 }
 
 const char* shown_label(const MenuRow& row) {
-    return row.isSeparator() ? "-" : row.label.c_str();
+    return row.IsSeparator() ? "-" : row.label.c_str();
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ MenuRegistry& menu_Registry() {
     return registry;
 }
 
-MenuRow* MenuResource::rowOf(std::string_view body) {
+MenuRow* MenuResource::RowOf(std::string_view body) {
     const auto found =
         std::find_if(rows.begin(), rows.end(), [&](const MenuRow& r) { return r.body == body; });
     return found == rows.end() ? nullptr : &*found;

@@ -54,7 +54,7 @@ struct MenuRow {
     std::string data = {};            // any bytes that the program wants back
     std::string displayLabel = {};    // label and accelerator as shown; set by each update
 
-    bool isSeparator() const { return label == menuSeparator; }
+    bool IsSeparator() const { return label == menuSeparator; }
 };
 
 // Somebody who shows a menu. Told when there is something new to show; must not define menus then.
@@ -73,7 +73,7 @@ struct MenuResource {
     std::function<void(MenuResource&)> compute;  // of a magic menu: makes the rows, at each update
 
     // The row that has this body; null for none.
-    MenuRow* rowOf(std::string_view body);
+    MenuRow* RowOf(std::string_view body);
 };
 
 enum MenuOperation : int { Menu_AddRow = 0, Menu_DeleteRow = 1, Menu_ReplaceRow = 2, Menu_MoveRow = 3 };
@@ -131,7 +131,7 @@ class MenuRegistry {
     void Update(MenuResource& menu);
     // While held, no user is told of a change; the last release tells them.
     void HoldUpdates(bool hold);
-    bool anyChanged() const { return changed_; }
+    bool AnyChanged() const { return changed_; }
     // Brings all menus in use up to date and tells their users, when something changed.
     void Idle();
     bool ShowPopUp(std::string_view name, void* window, int x, int y, const MenuCallback& callback,

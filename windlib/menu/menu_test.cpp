@@ -20,7 +20,7 @@ class Menus : public testing::Test {
     static std::string Shown(const std::vector<MenuRow>& rows) {
         std::string text;
         for (const MenuRow& row : rows)
-            text += (row.isSeparator() ? "-" : row.label) + "|" + row.accelerator + "|" + row.body + ";";
+            text += (row.IsSeparator() ? "-" : row.label) + "|" + row.accelerator + "|" + row.body + ";";
         return text;
     }
     std::string Rows(const char* name) {
@@ -287,7 +287,7 @@ TEST_F(Menus, ChosenRowsReachTheCallbackAndUpdatesCanBeHeld) {
     menus.HoldUpdates(true);
     menus.Define("P", "{c z}");
     EXPECT_EQ(changes, 0);
-    EXPECT_TRUE(menus.anyChanged());
+    EXPECT_TRUE(menus.AnyChanged());
     menus.HoldUpdates(false);
     EXPECT_EQ(changes, 1);
 }

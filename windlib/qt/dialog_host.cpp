@@ -103,7 +103,7 @@ QtDialogHost::QtDialogHost(QWidget* over, SettingsManager* settings)
       printer_(std::make_unique<QtPrintHost>([this] { return parentOfDialogs(); },
                                              [this] { return std::make_shared<Waiting>(*this); })) {}
 
-PrintHost* QtDialogHost::Printer() {
+PrintHost* QtDialogHost::printHost() {
     return printer_.get();
 }
 
@@ -129,12 +129,12 @@ QWidget* QtDialogHost::parentOfDialogs() const {
     return over_ && over_->isVisible() ? over_ : nullptr;
 }
 
-int QtDialogHost::Run(DialogModel& model) {
+int QtDialogHost::run(DialogModel& model) {
     const Waiting waiting(*this);
     return dialog_Run(parentOfDialogs(), model);
 }
 
-DialogModel& QtDialogHost::Open(std::unique_ptr<DialogModel> opened) {
+DialogModel& QtDialogHost::open(std::unique_ptr<DialogModel> opened) {
     shown_.push_back(std::make_unique<Shown>());
     Shown* shown = shown_.back().get();
     shown->model = std::move(opened);
@@ -220,7 +220,7 @@ size_t QtDialogHost::openWindows() const {
                                              [](const auto& shown) { return !shown->model->isClosed(); }));
 }
 
-void QtDialogHost::Raise(DialogModel& model) {
+void QtDialogHost::raise(DialogModel& model) {
     QWidget* window = windowOf(model);
     if (!window || model.isClosed()) return;
     if (window->isMinimized()) window->showNormal();
@@ -229,12 +229,12 @@ void QtDialogHost::Raise(DialogModel& model) {
     QCursor::setPos(window->mapToGlobal(QPoint(pointerInside, pointerInside)));
 }
 
-void QtDialogHost::Message(const std::string& said) {
+void QtDialogHost::message(const std::string& said) {
     const Waiting waiting(*this);
     platform_MessageBox(parentOfDialogs(), said);
 }
 
-bool QtDialogHost::Ask(const std::string& question) {
+bool QtDialogHost::ask(const std::string& question) {
     if (platform_IsAutomatic()) {
         if (answer) return answer(question);
         gen_warning("nobody is there to answer, taken as no: %s", question.c_str());
@@ -281,7 +281,7 @@ void fillMenu(QMenu& menu, const std::string& title, const std::vector<PopUpRow>
 
 }  // namespace
 
-int QtDialogHost::PopUp(const std::string& title, const std::vector<PopUpRow>& rows) {
+int QtDialogHost::popUpMenu(const std::string& title, const std::vector<PopUpRow>& rows) {
     if (rows.empty() || (platform_IsAutomatic() && !popUpShown)) return -1;
     const Waiting waiting(*this);
     QMenu menu(parentOfDialogs());
@@ -292,7 +292,7 @@ int QtDialogHost::PopUp(const std::string& title, const std::vector<PopUpRow>& r
     return chosen && chosen->data().isValid() ? chosen->data().toInt() : -1;
 }
 
-std::optional<uint32_t> QtDialogHost::ChooseColour(const std::string& title, uint32_t start) {
+std::optional<uint32_t> QtDialogHost::chooseColour(const std::string& title, uint32_t start) {
     if (platform_IsAutomatic()) return std::nullopt;
     const Waiting waiting(*this);
     const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
@@ -302,7 +302,7 @@ std::optional<uint32_t> QtDialogHost::ChooseColour(const std::string& title, uin
     return chosen.rgb() & 0xFFFFFF;
 }
 
-std::string QtDialogHost::ChooseSaveFile(const std::string& title, const std::string& suggested,
+std::string QtDialogHost::chooseSaveFile(const std::string& title, const std::string& suggested,
                                          const std::string& filter) {
     if (platform_IsAutomatic()) return {};
     const Waiting waiting(*this);
@@ -311,22 +311,22 @@ std::string QtDialogHost::ChooseSaveFile(const std::string& title, const std::st
         .toStdString();
 }
 
-std::vector<std::string> QtDialogHost::ChooseFiles(const FileQuestion& question) {
+std::vector<std::string> QtDialogHost::chooseFiles(const FileQuestion& question) {
     if (platform_IsAutomatic()) return filesChosen ? filesChosen(question) : std::vector<std::string>();
     const Waiting waiting(*this);
     const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     return files_Choose(parentOfDialogs(), settings_, question);
 }
 
-void QtDialogHost::CopyText(const std::string& copied) {
+void QtDialogHost::copyText(const std::string& copied) {
     QApplication::clipboard()->setText(text(copied));
 }
 
-void QtDialogHost::Beep() {
+void QtDialogHost::beep() {
     platform_Beep();
 }
 
-void QtDialogHost::SetBusy(bool busy) {
+void QtDialogHost::showBusy(bool busy) {
     waiting_ += busy ? 1 : -1;
     if (setBusy)
         setBusy(busy);

@@ -37,20 +37,20 @@ class QtDialogHost : public DialogHost {
     std::function<std::vector<std::string>(const FileQuestion& question)> filesChosen;
     std::function<void(QMenu&)> popUpShown;  // the menu is about to be shown, and then waits for a choice
 
-    int Run(DialogModel& model) override;
-    DialogModel& Open(std::unique_ptr<DialogModel> model) override;
-    void Raise(DialogModel& model) override;
-    void Message(const std::string& text) override;
-    bool Ask(const std::string& question) override;
-    int PopUp(const std::string& title, const std::vector<PopUpRow>& rows) override;
-    std::optional<uint32_t> ChooseColour(const std::string& title, uint32_t start) override;
-    std::string ChooseSaveFile(const std::string& title, const std::string& suggested,
+    int run(DialogModel& model) override;
+    DialogModel& open(std::unique_ptr<DialogModel> model) override;
+    void raise(DialogModel& model) override;
+    void message(const std::string& text) override;
+    bool ask(const std::string& question) override;
+    int popUpMenu(const std::string& title, const std::vector<PopUpRow>& rows) override;
+    std::optional<uint32_t> chooseColour(const std::string& title, uint32_t start) override;
+    std::string chooseSaveFile(const std::string& title, const std::string& suggested,
                                const std::string& filter) override;
-    std::vector<std::string> ChooseFiles(const FileQuestion& question) override;
-    void CopyText(const std::string& text) override;
-    void Beep() override;
-    void SetBusy(bool busy) override;
-    PrintHost* Printer() override;
+    std::vector<std::string> chooseFiles(const FileQuestion& question) override;
+    void copyText(const std::string& text) override;
+    void beep() override;
+    void showBusy(bool busy) override;
+    PrintHost* printHost() override;
 
     // The window of an open model; null when there is none.
     QWidget* windowOf(const DialogModel& model) const;

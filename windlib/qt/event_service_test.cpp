@@ -96,7 +96,7 @@ TEST_F(EventService, AWatchMayTakeItselfOutAndTheEndOfAPipeIsInput) {
     });
     ::close(ends[1]);
     ends[1] = -1;
-    while (in.isOn()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    while (in.IsOn()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_EQ(input, 1);
     std::string said;
     gen_set_report_sink([&](int, const std::string& line) { said += line; });

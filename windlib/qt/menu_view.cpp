@@ -31,7 +31,7 @@ QKeySequence keyOf(const MenuRow& row) {
 
 void takeState(QAction* action, const MenuRow& row) {
     action->setVisible(!(row.flags & MenuRow_Hidden));
-    if (row.isSeparator()) return;
+    if (row.IsSeparator()) return;
     action->setEnabled(!(row.flags & MenuRow_Disabled));
     action->setCheckable(row.flags & MenuRow_Checkable);
     action->setChecked((row.flags & MenuRow_Checkable) && (row.flags & MenuRow_Checked));
@@ -44,7 +44,7 @@ bool sameShape(const QList<QAction*>& actions, const MenuResource& menu) {
     for (qsizetype i = 0; i < actions.size(); ++i) {
         const MenuRow& row = menu.rows[static_cast<size_t>(i)];
         const QMenu* below = actions[i]->menu<QMenu*>();
-        if (actions[i]->isSeparator() != row.isSeparator() || (below != nullptr) != (row.child != nullptr))
+        if (actions[i]->isSeparator() != row.IsSeparator() || (below != nullptr) != (row.child != nullptr))
             return false;
         if (below && below->property(nameProperty).toString() != text(row.child->name)) return false;
     }
@@ -125,7 +125,7 @@ QAction* MenuView::makeRow(QWidget* place, const MenuRow& row) {
         return below->menuAction();
     }
     auto* action = new QAction(place);
-    action->setSeparator(row.isSeparator());
+    action->setSeparator(row.IsSeparator());
     place->addAction(action);
     const int index = static_cast<int>(place->actions().size()) - 1;
     const std::string name = place == bar_ ? name_ : place->property(nameProperty).toString().toStdString();
@@ -135,7 +135,7 @@ QAction* MenuView::makeRow(QWidget* place, const MenuRow& row) {
 
 void MenuView::takeRow(QAction* action, const MenuRow& row, const std::string& key) {
     takeState(action, row);
-    if (row.isSeparator()) return;
+    if (row.IsSeparator()) return;
     const QKeySequence keys = keyOf(row);
     const std::string written = keys.toString().toStdString();
     const bool real = !keys.isEmpty() && !row.child && !(row.flags & MenuRow_KeyOnlyShown) &&
@@ -183,7 +183,7 @@ void menu_FillPopUp(QMenu& menu, MenuResource& resource, const std::string& titl
     }
     for (const MenuRow& row : resource.rows) {
         QAction* action = row.child ? menu.addMenu(QString())->menuAction() : menu.addAction(QString());
-        action->setSeparator(row.isSeparator());
+        action->setSeparator(row.IsSeparator());
         takeState(action, row);
         action->setText(text(row.displayLabel));
         if (row.child)

@@ -35,7 +35,7 @@ QtPageDevice::~QtPageDevice() {
     if (painter_.isActive()) painter_.end();
 }
 
-bool QtPageDevice::MakeFonts(const std::string& family, int applicationHeight, int axisHeight) {
+bool QtPageDevice::makeFonts(const std::string& family, int applicationHeight, int axisHeight) {
     if (QFontDatabase::families().isEmpty()) return false;
     surface_.reset();
     const QString name = QString::fromStdString(family);
@@ -43,7 +43,7 @@ bool QtPageDevice::MakeFonts(const std::string& family, int applicationHeight, i
     return true;
 }
 
-bool QtPageDevice::StartPage() {
+bool QtPageDevice::startPage() {
     if (!fonts_ || (paper_.good && !paper_.good())) return false;
     surface_.reset();
     const bool begun = painter_.isActive() ? paper_.nextPage() : painter_.begin(paper_.device);
@@ -54,12 +54,12 @@ bool QtPageDevice::StartPage() {
     return true;
 }
 
-bool QtPageDevice::EndPage() {
+bool QtPageDevice::endPage() {
     surface_.reset();
     return painter_.isActive() && (!paper_.good || paper_.good());
 }
 
-void QtPageDevice::DrawIcon(int x, int y, int w, int h, IconHandle icon) {
+void QtPageDevice::drawIcon(int x, int y, int w, int h, IconHandle icon) {
     iconDrawShapes(painter_, QRectF(x, y, w, h), icon);
 }
 

@@ -28,11 +28,11 @@ class QtPageDevice : public PageDevice {
     QtPageDevice& operator=(const QtPageDevice&) = delete;
 
     PageFacts facts() const override { return paper_.facts; }
-    bool MakeFonts(const std::string& family, int applicationHeight, int axisHeight) override;
-    bool StartPage() override;
-    bool EndPage() override;
+    bool makeFonts(const std::string& family, int applicationHeight, int axisHeight) override;
+    bool startPage() override;
+    bool endPage() override;
     Surface& surface() override { return *surface_; }
-    void DrawIcon(int x, int y, int w, int h, IconHandle icon) override;
+    void drawIcon(int x, int y, int w, int h, IconHandle icon) override;
     // Ends the drawing; without pages there is one empty one where the device can't do without. False when
     // the device failed.
     bool finish();

@@ -22,14 +22,14 @@ namespace {
 // A frame of an inch, a text and an icon, in the measures of the device.
 bool draw(PageDevice& page) {
     const PageFacts facts = page.facts();
-    if (!page.MakeFonts("Courier New", facts.printerY / 4, facts.printerY / 8) || !page.StartPage())
+    if (!page.makeFonts("Courier New", facts.printerY / 4, facts.printerY / 8) || !page.startPage())
         return false;
     const int inch = facts.printerX;
     page.surface().drawStyledLine(inch, inch, 2 * inch, inch, 0x000000, inch / 16, 0, 0);
     page.surface().drawStyledLine(inch, inch, inch, 2 * inch, 0x000000, inch / 16, 0, 0);
     page.surface().drawText(inch, 3 * inch, "Printed", 0x000000, NoColour);
-    page.DrawIcon(2 * inch, 2 * inch, inch, inch, 0);
-    return page.EndPage();
+    page.drawIcon(2 * inch, 2 * inch, inch, inch, 0);
+    return page.endPage();
 }
 
 bool draw_two(PageDevice& page) {
@@ -76,12 +76,12 @@ TEST_F(PageTest, SheetsHaveTheirSizes) {
 
 TEST_F(PageTest, FontsAreAsHighAsAskedForAndOfOnePitch) {
     ASSERT_TRUE(page_WritePdf(job("fonts.pdf"), [](PageDevice& page) {
-        EXPECT_TRUE(page.MakeFonts("Courier New", 300, 200));
-        EXPECT_TRUE(page.StartPage());
+        EXPECT_TRUE(page.makeFonts("Courier New", 300, 200));
+        EXPECT_TRUE(page.startPage());
         EXPECT_NEAR(page.surface().fontMetrics(Font_Application).height, 300, 8);
         EXPECT_NEAR(page.surface().fontMetrics(Font_Axis).height, 200, 8);
         EXPECT_EQ(page.surface().textExtent("iiii").width, page.surface().textExtent("WWWW").width);
-        return page.EndPage();
+        return page.endPage();
     }));
 }
 
@@ -113,13 +113,13 @@ TEST_F(PageTest, LinesAreSharpAtAnyRatio) {
              .nextPage = [] { return false; },
              .good = {},
              .facts = {.width = 400, .height = 400, .printerX = 96, .printerY = 96, .canDraw = true}});
-        ASSERT_TRUE(page.MakeFonts("Courier New", 24, 12));
-        ASSERT_TRUE(page.StartPage());
+        ASSERT_TRUE(page.makeFonts("Courier New", 24, 12));
+        ASSERT_TRUE(page.startPage());
         page.surface().drawStyledLine(20, 50, 200, 50, 0x0000FF, 5, 0, 0);
         page.surface().fillRect(30, 100, 33, 7, 0x0000FF);
         page.surface().drawStyledLine(300, 20, 300, 333, 0x0000FF, 3, 2, 1);
-        EXPECT_TRUE(page.EndPage());
-        EXPECT_FALSE(page.StartPage()) << "there is no second page";
+        EXPECT_TRUE(page.endPage());
+        EXPECT_FALSE(page.startPage()) << "there is no second page";
         EXPECT_TRUE(page.finish());
         std::set<QRgb> colours;
         for (int y = 0; y < image.height(); ++y)
@@ -162,27 +162,27 @@ TEST_F(PageTest, TheHostPrintsPreviewsAndWritesFiles) {
         ++drawn;
         return draw(page);
     };
-    PrintOutcome outcome = host.Run(job("file.pdf"), body);
+    PrintOutcome outcome = host.run(job("file.pdf"), body);
     EXPECT_EQ(outcome.end, PrintOutcome::End::Printed);
     EXPECT_EQ(outcome.message, "Printed to \"" + path("file.pdf") + "\".");
-    EXPECT_EQ(host.Run(job("nowhere/file.pdf"), body).end, PrintOutcome::End::Failed);
+    EXPECT_EQ(host.run(job("nowhere/file.pdf"), body).end, PrintOutcome::End::Failed);
     PrintJob other = job("");
     other.to = PrintJob::To::Printer;
-    EXPECT_EQ(host.Run(other, body).end, PrintOutcome::End::Failed) << "nobody is there";
+    EXPECT_EQ(host.run(other, body).end, PrintOutcome::End::Failed) << "nobody is there";
     host.choosePrinter = [](QPrintDialog&) { return false; };
-    EXPECT_EQ(host.Run(other, body).end, PrintOutcome::End::Cancelled);
+    EXPECT_EQ(host.run(other, body).end, PrintOutcome::End::Cancelled);
     drawn = 0;
     host.choosePrinter = [&](QPrintDialog& dialog) {
         dialog.printer()->setOutputFormat(QPrinter::PdfFormat);
         dialog.printer()->setOutputFileName(QString::fromStdString(path("chosen.pdf")));
         return true;
     };
-    outcome = host.Run(other, body);
+    outcome = host.run(other, body);
     EXPECT_EQ(outcome.end, PrintOutcome::End::Printed) << outcome.message;
     EXPECT_EQ(drawn, 1);
     EXPECT_GT(QFileInfo(QString::fromStdString(path("chosen.pdf"))).size(), 500);
     other.to = PrintJob::To::Preview;
-    EXPECT_EQ(host.Run(other, body).end, PrintOutcome::End::Failed) << "nobody is there";
+    EXPECT_EQ(host.run(other, body).end, PrintOutcome::End::Failed) << "nobody is there";
     drawn = 0;
     host.lookAtPreview = [](QPrintPreviewDialog& dialog) {
         auto* view = dialog.findChild<QPrintPreviewWidget*>();
@@ -190,7 +190,7 @@ TEST_F(PageTest, TheHostPrintsPreviewsAndWritesFiles) {
         view->updatePreview();
         EXPECT_EQ(view->pageCount(), 1);
     };
-    EXPECT_EQ(host.Run(other, body).end, PrintOutcome::End::Cancelled) << "looked at alone";
+    EXPECT_EQ(host.run(other, body).end, PrintOutcome::End::Cancelled) << "looked at alone";
     EXPECT_GE(drawn, 1);
 }
 

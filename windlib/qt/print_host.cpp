@@ -65,11 +65,11 @@ std::string whereTo(const QPrinter& printer) {
 
 }  // namespace
 
-bool QtPrintHost::HasPrinter() {
+bool QtPrintHost::hasPrinter() {
     return !QPrinterInfo::availablePrinterNames().isEmpty();
 }
 
-PrintOutcome QtPrintHost::Run(const PrintJob& job, const Body& body) {
+PrintOutcome QtPrintHost::run(const PrintJob& job, const Body& body) {
     switch (job.to) {
         case PrintJob::To::Printer:
             return toPrinter(job, body);
@@ -128,7 +128,7 @@ PrintOutcome QtPrintHost::toPreview(const PrintJob& job, const Body& body) {
                    : PrintOutcome{PrintOutcome::End::Cancelled};
 }
 
-void QtPrintHost::ShowBox(const std::string& title, const std::string& said) {
+void QtPrintHost::showBox(const std::string& title, const std::string& said) {
     if (platform_IsAutomatic()) return gen_error("%s: %s", title.c_str(), said.c_str());
     const std::shared_ptr<void> waiting = hold_ ? hold_() : nullptr;
     const Gate::Token modal = gate_Begin(GateWork::ModalDialog);

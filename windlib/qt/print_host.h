@@ -19,9 +19,9 @@ class QtPrintHost : public PrintHost {
     QtPrintHost(std::function<QWidget*()> over, std::function<std::shared_ptr<void>()> hold)
         : over_(std::move(over)), hold_(std::move(hold)) {}
 
-    bool HasPrinter() override;
-    PrintOutcome Run(const PrintJob& job, const Body& body) override;
-    void ShowBox(const std::string& title, const std::string& text) override;
+    bool hasPrinter() override;
+    PrintOutcome run(const PrintJob& job, const Body& body) override;
+    void showBox(const std::string& title, const std::string& text) override;
 
     // In place of the user on the offscreen platform: as in the dialog's end, true for printing.
     std::function<bool(QPrintDialog&)> choosePrinter;

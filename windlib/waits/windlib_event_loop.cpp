@@ -4,7 +4,7 @@
 
 void Windlib_EventLoop::iterate() {
     if (!windows_.hasDisplay()) return Svc_EventLoop::iterate();
-    runActions();
+    RunActions();
     const bool dispatched = windows_.serve(WaitWindows::Serve::Full, std::chrono::milliseconds(0));
     EventLoop& own = loop();
     if (!dispatched || !own.tasks.Run(own.now())) {

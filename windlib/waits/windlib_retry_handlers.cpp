@@ -39,7 +39,7 @@ void WindLibRetryHandler::start() {
     handle_ = waitHandle_Make();
     windows_.began(*handle_);
     stopRequested_ = false;
-    if (seconds_) setLimit(milliseconds(1000) * *seconds_);
+    if (seconds_) SetLimit(milliseconds(1000) * *seconds_);
     RetryHandler::start();
 }
 
@@ -100,7 +100,7 @@ void ServiceRouterProxyStartup_RetryHandler::start() {
 bool ServiceRouterProxyStartup_RetryHandler::keepTrying() {
     if (!proxyAlive_()) return false;
     const bool stopped = handle_ && waitHandle_IsStopped(*handle_);
-    if (!stopped && sinceStart() < limit()) return true;
+    if (!stopped && SinceStart() < limit()) return true;
     if (!windows_.hasDisplay()) return false;
     if (windows_.ask({terminateTitle, startupText, "Continue", "Terminate"}) == WaitAnswer::Stop)
         return false;

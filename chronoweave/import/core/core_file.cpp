@@ -160,12 +160,12 @@ Result CoreSource::open(std::vector<uint8_t> file, const std::string& name,
     if (!read.ok()) return read;
     made->facts_ = {made->image_.ticksPerSecond, made->image_.version == 2 ? "TOLMUND" : "KORVANTIS",
                     made->image_.bigEndian};
-    made->read_batch();
+    made->ReadBatch();
     source = std::move(made);
     return {};
 }
 
-void CoreSource::read_batch() {
+void CoreSource::ReadBatch() {
     CoreLogImage& image = image_;
     CoreBatch* const target = batch_.get();
     taken_ = 0;
@@ -174,14 +174,14 @@ void CoreSource::read_batch() {
 }
 
 SourceStep CoreSource::next(SourceRecord& record) {
-    while (hasBatch()) {
+    while (HasBatch()) {
         const int at = taken_++;
         ++delivered_;
         const auto length = static_cast<size_t>(batch_->lengths[at]);
         if (records_.take({batch_->records[at], length}, facts_.bigEndian, record)) return SourceStep::Record;
     }
     if (batch_->end <= 0 || faulted_) return SourceStep::End;
-    read_batch();
+    ReadBatch();
     return SourceStep::Pause;
 }
 

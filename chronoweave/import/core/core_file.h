@@ -64,8 +64,8 @@ class CoreSource : public EventSource {
 
   private:
     CoreSource(std::vector<uint8_t> file, const std::string& name);
-    bool hasBatch() const { return taken_ < batch_->count; }
-    void read_batch();
+    bool HasBatch() const { return taken_ < batch_->count; }
+    void ReadBatch();
 
     std::vector<uint8_t> file_;
     std::string name_;

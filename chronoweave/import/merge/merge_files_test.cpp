@@ -201,11 +201,11 @@ TEST_F(MergeFilesTest, theOutputTakesItsPlaceWholeOrNotAtAll) {
 class FullDevice : public FileDevice {
   public:
     FullDevice(std::unique_ptr<FileDevice> device, uint64_t room) : device_(std::move(device)), room_(room) {}
-    int64_t read_at(uint64_t offset, std::span<uint8_t> bytes) override {
-        return device_->read_at(offset, bytes);
+    int64_t ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
+        return device_->ReadAt(offset, bytes);
     }
-    DeviceWrite write_at(uint64_t offset, std::span<const uint8_t> bytes) override {
-        if (offset + bytes.size() <= room_) return device_->write_at(offset, bytes);
+    DeviceWrite WriteAt(uint64_t offset, std::span<const uint8_t> bytes) override {
+        if (offset + bytes.size() <= room_) return device_->WriteAt(offset, bytes);
         return {0, ENOSPC};
     }
     int truncate(uint64_t size) override { return device_->truncate(size); }
@@ -277,8 +277,8 @@ std::map<uint64_t, Tick> ticks_of(TraceStore& store) {
     while (mt_NextEvent(walk, event)) {
         mt_ApplyEventToState(state, event);
         for (const uint32_t position : state.sorted()) {
-            const uint8_t* block = state.block_at(position);
-            known[state.id_at(position)] = Bytes(block, block + mt_TaskBlockSize);
+            const uint8_t* block = state.BlockAt(position);
+            known[state.IdAt(position)] = Bytes(block, block + mt_TaskBlockSize);
         }
         Tick& tick = ticks[event.time];
         tick.first.insert(std::to_string(event.type) + '/' + std::to_string(event.subtype) + '/' +

@@ -40,7 +40,7 @@ class MergeInput {
     // Goes on to the next record.
     SourceStep Step() {
         if (at_ == atHand_) {
-            atHand_ = source_->nextAtHand(records_);
+            atHand_ = source_->NextAtHand(records_);
             at_ = 0;
         }
         if (at_ < atHand_) {

@@ -51,7 +51,7 @@ int64_t raw_ReadHeader(ByteSource& source, EventSourceHeader& header) {
     size_t have = 0;
     SourceStatus status = SourceStatus::Data;
     while (have < sizeof bytes) {
-        const SourceRead read = source.read_at(have, std::span(bytes).subspan(have));
+        const SourceRead read = source.ReadAt(have, std::span(bytes).subspan(have));
         status = read.status;
         if (status != SourceStatus::Data) break;
         have += read.bytes;

@@ -13,7 +13,7 @@ void RawRecords::drop(size_t length) {
         gen_console(words_TooShort, static_cast<int>(length), static_cast<int>(raw_MinLength));
 }
 
-void RawRecords::bad_byte(uint64_t offset, uint8_t byte) {
+void RawRecords::BadByte(uint64_t offset, uint8_t byte) {
     ++counts_.badBytes;
     if (tells(Problem::BadByte)) gen_console(words_BadByte, static_cast<unsigned long long>(offset), byte);
 }

@@ -65,7 +65,7 @@ class RawRecords {
         record = raw_Decode(bytes, bigEndian);
         return true;
     }
-    void bad_byte(uint64_t offset, uint8_t byte);
+    void BadByte(uint64_t offset, uint8_t byte);
     void settle();
     SourceCounts& counts() { return counts_; }
     const SourceCounts& counts() const { return counts_; }

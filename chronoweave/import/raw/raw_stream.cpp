@@ -36,19 +36,19 @@ SourceStep RawStream::next(SourceRecord& record) {
         while (at_ < there_) {
             const RawCut cut = raw_Cut({buffer_.data(), there_}, at_);
             if (cut.kind == RawCut::Kind::CutShort) break;
-            if (cut.kind == RawCut::Kind::BadByte) records_.bad_byte(offset(), buffer_[at_]);
+            if (cut.kind == RawCut::Kind::BadByte) records_.BadByte(offset(), buffer_[at_]);
             at_ += cut.size;
             if (cut.kind == RawCut::Kind::Record && records_.take(cut.record, facts_.bigEndian, record))
                 return SourceStep::Record;
         }
         if (std::exchange(walked_, false)) return SourceStep::Pause;
-        const SourceStep step = read_more();
+        const SourceStep step = ReadMore();
         if (step != SourceStep::Record) return step;
     }
 }
 
 // Records with nothing wrong about them.
-size_t RawStream::nextAtHand(std::span<SourceRecord> records) {
+size_t RawStream::NextAtHand(std::span<SourceRecord> records) {
     const std::span<const uint8_t> bytes(buffer_.data(), there_);
     size_t count = 0;
     while (count < records.size() && at_ < there_) {
@@ -61,16 +61,15 @@ size_t RawStream::nextAtHand(std::span<SourceRecord> records) {
 }
 
 // Fills the buffer up behind the record that is cut by its end. Record when there is something to walk.
-SourceStep RawStream::read_more() {
+SourceStep RawStream::ReadMore() {
     if (at_ > 0) std::memmove(buffer_.data(), buffer_.data() + at_, there_ - at_);
     base_ += at_;
     there_ -= at_;
     at_ = 0;
     const size_t size = deadline_ ? timed_buffer : buffer_for(*bytes_, base_);
     if (buffer_.size() < size) buffer_.resize(size);
-    const SourceRead read =
-        bytes_->read_at(base_ + there_, std::span(buffer_).subspan(there_, size - there_));
-    if (read.status != SourceStatus::Data || read.bytes == 0) return wait_for_more(read.status);
+    const SourceRead read = bytes_->ReadAt(base_ + there_, std::span(buffer_).subspan(there_, size - there_));
+    if (read.status != SourceStatus::Data || read.bytes == 0) return WaitForMore(read.status);
     there_ += read.bytes;
     records_.counts().unread = 0;
     walked_ = true;
@@ -78,7 +77,7 @@ SourceStep RawStream::read_more() {
 }
 
 // What is left is read again, whole, by the next read: whoever writes the file may have rewritten it.
-SourceStep RawStream::wait_for_more(SourceStatus status) {
+SourceStep RawStream::WaitForMore(SourceStatus status) {
     records_.counts().unread = there_;
     records_.counts().unreadAt = base_;
     if (status == SourceStatus::Failed) {
@@ -103,7 +102,7 @@ std::optional<SourceLook> RawStream::look(const Progress& progress) {
     uint64_t from = offset();
     std::vector<uint8_t> buffer(buffer_for(*bytes_, from));
     for (;;) {
-        const SourceRead read = bytes_->read_at(from, buffer);
+        const SourceRead read = bytes_->ReadAt(from, buffer);
         if (read.status != SourceStatus::Data || read.bytes == 0) return look.seen();
         size_t at = 0;
         while (at < read.bytes) {

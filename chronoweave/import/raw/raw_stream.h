@@ -17,20 +17,20 @@ class RawStream : public EventSource {
 
     const SourceFacts& facts() const override { return facts_; }
     SourceStep next(SourceRecord& record) override;
-    size_t nextAtHand(std::span<SourceRecord> records) override;
+    size_t NextAtHand(std::span<SourceRecord> records) override;
     SourceExtent extent() const override;
     std::optional<SourceLook> look(const Progress& progress) override;
     const SourceCounts& counts() const override { return records_.counts(); }
     Result damage() const override { return damage_; }
-    void set_deadline(bool isThere) override { deadline_ = isThere; }
+    void SetDeadline(bool isThere) override { deadline_ = isThere; }
     void settle() override { records_.settle(); }
 
     // Where the next unread record begins.
     uint64_t offset() const { return base_ + at_; }
 
   private:
-    SourceStep read_more();
-    SourceStep wait_for_more(SourceStatus status);
+    SourceStep ReadMore();
+    SourceStep WaitForMore(SourceStatus status);
 
     std::unique_ptr<ByteSource> bytes_;
     SourceFacts facts_;

@@ -86,7 +86,7 @@ void RawWriter::refresh(mt_Time time, uint16_t status, const RawTask& task) {
     raw({record.bytes.data(), record.size});
 }
 
-void RawWriter::taskEntry(const RawTask& task, bool inUse) {
+void RawWriter::TaskEntry(const RawTask& task, bool inUse) {
     text(std::string_view(task.name).substr(0, mt_NameSize), 34);
     bytes_.push_back(inUse ? 1 : 0);
     bytes_.push_back(0);
@@ -120,7 +120,7 @@ Result RawFile::create(const std::string& name, const EventSourceHeader& header,
 
 Result RawFile::flush() {
     const size_t count = writer_.bytes().size();
-    const DeviceWrite written = device_->write_at(written_, writer_.bytes());
+    const DeviceWrite written = device_->WriteAt(written_, writer_.bytes());
     writer_.clear();
     written_ += written.bytes;
     return written.bytes == count ? Result() : Result::system(name_, written.error);

@@ -32,7 +32,7 @@ class RawWriter {
   public:
     explicit RawWriter(bool bigEndian) : big_(bigEndian) {}
 
-    bool bigEndian() const { return big_; }
+    bool BigEndian() const { return big_; }
     const std::vector<uint8_t>& bytes() const { return bytes_; }
     std::vector<uint8_t> take() { return std::exchange(bytes_, {}); }
     void clear() { bytes_.clear(); }  // keeps the room
@@ -49,7 +49,7 @@ class RawWriter {
     // A Refresh record: the task's status, priority and name.
     void refresh(mt_Time time, uint16_t status, const RawTask& task);
     // An entry of the task table of log images and core files.
-    void taskEntry(const RawTask& task, bool inUse);
+    void TaskEntry(const RawTask& task, bool inUse);
     // Bytes as they are, for what is damaged on purpose.
     void raw(std::span<const uint8_t> bytes);
 

@@ -18,8 +18,8 @@ class FileSource : public ByteSource {
     FileSource(std::unique_ptr<FileDevice> device, bool growing)
         : device_(std::move(device)), growing_(growing) {}
 
-    SourceRead read_at(uint64_t offset, std::span<uint8_t> bytes) override {
-        const int64_t count = device_->read_at(offset, bytes);
+    SourceRead ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
+        const int64_t count = device_->ReadAt(offset, bytes);
         if (count < 0) return {SourceStatus::Failed, 0};
         if (count > 0) return {SourceStatus::Data, static_cast<size_t>(count)};
         return {growing_ ? SourceStatus::Again : SourceStatus::End, 0};
@@ -43,7 +43,7 @@ class MemorySource : public ByteSource {
   public:
     explicit MemorySource(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
 
-    SourceRead read_at(uint64_t offset, std::span<uint8_t> bytes) override {
+    SourceRead ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
         const size_t count = copy_from(bytes_, offset, bytes);
         return {count > 0 ? SourceStatus::Data : SourceStatus::End, count};
     }
@@ -57,14 +57,14 @@ class PipeSource : public ByteSource {
   public:
     explicit PipeSource(int file) : file_(file) {}
 
-    SourceRead read_at(uint64_t offset, std::span<uint8_t> bytes) override {
+    SourceRead ReadAt(uint64_t offset, std::span<uint8_t> bytes) override {
         if (offset < begin_ || offset > begin_ + kept_.size()) return {SourceStatus::Failed, 0};
         SourceStatus met = SourceStatus::Data;
         bool more = true;  // as long as reads are filled whole
         while (more && met == SourceStatus::Data && begin_ + kept_.size() < offset + bytes.size())
-            met = read_more(more);
+            met = ReadMore(more);
         const size_t count = copy_from(kept_, offset - begin_, bytes);
-        let_go(offset + count);
+        LetGo(offset + count);
         return {count > 0 ? SourceStatus::Data : met, count};
     }
     uint64_t size() override { return begin_ + kept_.size(); }
@@ -73,7 +73,7 @@ class PipeSource : public ByteSource {
   private:
     static constexpr size_t kept_least = 64 * 1024, portion = 64 * 1024;
 
-    SourceStatus read_more(bool& filled) {
+    SourceStatus ReadMore(bool& filled) {
         const size_t before = kept_.size();
         kept_.resize(before + portion);
         ssize_t got = -1;
@@ -87,7 +87,7 @@ class PipeSource : public ByteSource {
         return error == EAGAIN || error == EWOULDBLOCK ? SourceStatus::Again : SourceStatus::Failed;
     }
     // Of what was delivered the newest stays; moving the rest down is worth it once it is much.
-    void let_go(uint64_t delivered) {
+    void LetGo(uint64_t delivered) {
         if (delivered < begin_ + 16 * kept_least) return;
         const auto gone = static_cast<ptrdiff_t>(delivered - kept_least - begin_);
         kept_.erase(kept_.begin(), kept_.begin() + gone);
@@ -129,7 +129,7 @@ bool source_ReadRest(ByteSource& source, uint64_t offset, uint64_t limit, std::v
     }
     size_t at = 0;
     while (at < bytes.size()) {
-        const SourceRead read = source.read_at(offset + at, std::span(bytes).subspan(at));
+        const SourceRead read = source.ReadAt(offset + at, std::span(bytes).subspan(at));
         if (read.status != SourceStatus::Data) return false;
         at += read.bytes;
     }

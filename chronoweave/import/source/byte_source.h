@@ -26,7 +26,7 @@ class ByteSource {
   public:
     virtual ~ByteSource() = default;
     // Reads up to bytes.size() bytes at an offset; fewer only at the present end.
-    virtual SourceRead read_at(uint64_t offset, std::span<uint8_t> bytes) = 0;
+    virtual SourceRead ReadAt(uint64_t offset, std::span<uint8_t> bytes) = 0;
     // Present length in bytes; of a pipe what came so far.
     virtual uint64_t size() = 0;
     // Whether any offset can be read again. A pipe keeps only its newest bytes.

@@ -21,17 +21,17 @@ class PipeTest : public ::testing::Test {
     }
     void TearDown() override {
         ::close(ends_[0]);
-        close_far_end();
+        CloseFarEnd();
     }
     void put(const Bytes& bytes) const {
         ASSERT_EQ(::write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
-    void close_far_end() {
+    void CloseFarEnd() {
         if (ends_[1] >= 0) ::close(std::exchange(ends_[1], -1));
     }
     std::pair<SourceStatus, Bytes> read(uint64_t offset, size_t count) const {
         Bytes bytes(count);
-        const SourceRead got = source_->read_at(offset, bytes);
+        const SourceRead got = source_->ReadAt(offset, bytes);
         bytes.resize(got.bytes);
         return {got.status, bytes};
     }
@@ -46,7 +46,7 @@ TEST_F(PipeTest, tellsNothingYetFromTheFarEndGone) {
     EXPECT_EQ(read(1, 9), std::pair(SourceStatus::Data, Bytes{2, 3, 4}));
     EXPECT_EQ(read(4, 9).first, SourceStatus::Again);
     put({5});
-    close_far_end();
+    CloseFarEnd();
     EXPECT_EQ(read(4, 9), std::pair(SourceStatus::Data, Bytes{5}));
     EXPECT_EQ(read(5, 9).first, SourceStatus::End);
     EXPECT_EQ(source_->size(), 5u);
@@ -77,10 +77,10 @@ TEST(FileSourceTest, theEndOfAFileThatGrowsIsNone) {
     ASSERT_TRUE(source_OpenFile(name.data(), false, once).ok());
     ASSERT_TRUE(source_OpenFile(name.data(), true, growing).ok());
     uint8_t bytes[8];
-    EXPECT_EQ(once->read_at(2, bytes).status, SourceStatus::End);
-    EXPECT_EQ(growing->read_at(2, bytes).status, SourceStatus::Again);
+    EXPECT_EQ(once->ReadAt(2, bytes).status, SourceStatus::End);
+    EXPECT_EQ(growing->ReadAt(2, bytes).status, SourceStatus::Again);
     ASSERT_EQ(::write(file, "c", 1), 1);
-    EXPECT_EQ(growing->read_at(2, bytes).bytes, 1u);
+    EXPECT_EQ(growing->ReadAt(2, bytes).bytes, 1u);
     ::close(file);
     ::unlink(name.data());
     EXPECT_EQ(source_OpenFile(name.data(), false, once).text(),

@@ -26,7 +26,7 @@ SourceLook ObjectLook::seen() const {
     return {records_, keys_ + (zero_ ? 1u : 0u), records_ * bare_event + changes_ * status_change, newest_};
 }
 
-void ObjectLook::enter_id(uint32_t id) {
+void ObjectLook::EnterId(uint32_t id) {
     last_ = id;
     if (id == 0) {
         zero_ = true;
@@ -44,7 +44,7 @@ void ObjectLook::grow() {
     const std::vector<uint32_t> before = std::exchange(slots_, std::vector<uint32_t>(slots_.size() * 4));
     keys_ = 0;
     for (const uint32_t id : before)
-        if (id != 0) enter_id(id);
+        if (id != 0) EnterId(id);
 }
 
 uint32_t look_Interval(const SourceLook& look) {

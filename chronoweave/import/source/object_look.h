@@ -27,13 +27,13 @@ class ObjectLook {
         changes_ += type == mt_TaskChange ? 2 : type == mt_StatusChange ? 1 : 0;
         if (extra.size() < 4) return;
         const uint32_t id = load_32(extra.data(), bigEndian);
-        if (id != last_ || id == 0) enter_id(id);
+        if (id != last_ || id == 0) EnterId(id);
     }
     void EnterTime(mt_Time time) { newest_ = std::max(newest_, time); }
     SourceLook seen() const;
 
   private:
-    void enter_id(uint32_t id);
+    void EnterId(uint32_t id);
     void grow();
 
     std::vector<uint32_t> slots_ = std::vector<uint32_t>(256);  // open addressing; 0 is free

@@ -63,7 +63,7 @@ class EventSource {
     virtual SourceStep next(SourceRecord& record) = 0;
     // Moves on over records that are at hand, as many as there is room for; they last together until the next
     // step. 0 where none is at hand, or nothing but next can say what comes: it is asked then.
-    virtual size_t nextAtHand(std::span<SourceRecord>) { return 0; }
+    virtual size_t NextAtHand(std::span<SourceRecord>) { return 0; }
     virtual SourceExtent extent() const = 0;
 
     // A quick look over all that is there now, without moving on; it prints nothing. Nothing where there is
@@ -76,7 +76,7 @@ class EventSource {
     // What is wrong with the source as far as it was read; the records delivered count all the same.
     virtual Result damage() const { return {}; }
     // Whether the reader has a deadline: the source is then to pause after little work.
-    virtual void set_deadline(bool) {}
+    virtual void SetDeadline(bool) {}
     // A read ends here, be it for now: what was left unsaid to keep messages few is said in one line a kind.
     virtual void settle() {}
 };

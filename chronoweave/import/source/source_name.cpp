@@ -7,7 +7,7 @@ SourceName::SourceName(const std::string& path) : path_(path), folder_(path_is_d
     std::unique_ptr<ByteSource> file;
     size_t there = 0;
     if (source_OpenFile(path, false, file).ok()) {
-        const SourceRead read = file->read_at(0, head_);
+        const SourceRead read = file->ReadAt(0, head_);
         if (read.status == SourceStatus::Data) there = read.bytes;
     }
     head_.resize(there);

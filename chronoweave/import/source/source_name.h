@@ -12,7 +12,7 @@ class SourceName {
     explicit SourceName(const std::string& path);
     const std::string& path() const { return path_; }
     std::string_view extension() const;  // without the "."; exact, not folded
-    bool isFolder() const { return folder_; }
+    bool IsFolder() const { return folder_; }
     // The first bytes, at most 64; fewer in a shorter file, none of a folder or of what can't be read.
     std::span<const uint8_t> head() const { return head_; }
 

@@ -14,5 +14,5 @@ _LaCanvasData::~_LaCanvasData() {
 
 int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode) {
     if (canvas.axis.timeMode != Time_Sequential) value = laTime_Convert(mode, value, Time_Second);
-    return canvas.scene().scale().toPixel(value);
+    return canvas.scene().scale().ToPixel(value);
 }

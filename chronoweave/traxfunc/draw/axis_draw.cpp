@@ -19,9 +19,9 @@ struct TickPass {
     bool visible(double t) const { return t >= low - step * 1e-9; }
     int column(double t) const {
         const int mode = scene.axis.timeMode;
-        return scale.toPixel(mode == Time_Sequential ? t : laTime_Convert(mode, t, Time_Second));
+        return scale.ToPixel(mode == Time_Sequential ? t : laTime_Convert(mode, t, Time_Second));
     }
-    Colour inkAt(int x) const {
+    Colour InkAt(int x) const {
         return x > bandLeft && x < bandRight ? surface.selectionForeground() : surface.foreground();
     }
 
@@ -29,7 +29,7 @@ struct TickPass {
         if (!visible(t)) return;
         const int x = column(std::max(t, low));
         if (x < 0 || x >= scene.graph.width) return;
-        surface.drawLine(x, top, x, top + length, inkAt(x));
+        surface.drawLine(x, top, x, top + length, InkAt(x));
     }
     void label(double t) const {
         if (!visible(t)) return;
@@ -75,8 +75,8 @@ laAxisBand laAxis_DrawBand(const laScene& scene, int c0, int c1) {
         return band;
     }
     const laTimeScale scale = scene.scale();
-    const int a = std::max(-1, scale.toPixel(scene.marks.cursor[0]));
-    const int b = std::max(-1, scale.toPixel(scene.marks.cursor[1]));
+    const int a = std::max(-1, scale.ToPixel(scene.marks.cursor[0]));
+    const int b = std::max(-1, scale.ToPixel(scene.marks.cursor[1]));
     band = {std::min(a, b), std::max(a, b)};
     if (band.left == band.right || band.right < c0 || band.left > c1) {
         clear(c0, c1);

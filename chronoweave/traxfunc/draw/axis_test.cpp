@@ -59,7 +59,7 @@ TEST(Time, ColumnsAndTimesAgreeInBothDirections) {
             set_view(*test.canvas, low, length);
             const laTimeScale scale(test.canvas->view, test.canvas->axis, test.canvas->graph->width);
             for (int x = 0; x < 1920; x += 37)
-                EXPECT_EQ(scale.toPixel(scale.toTime(x)), x) << length << " " << low;
+                EXPECT_EQ(scale.ToPixel(scale.ToTime(x)), x) << length << " " << low;
             const uint64_t pixel = laCanvas_AbsolutePixel(test.canvas->view, low + length / 2);
             EXPECT_EQ(
                 laCanvas_AbsolutePixel(test.canvas->view, laCanvas_AbsoluteTime(test.canvas->view, pixel)),

@@ -50,7 +50,7 @@ void laPaint_Cursors(const laScene& scene, const laRect& part) {
         if (which == 1 && !scene.marks.secondShown) continue;
         const double time = scene.marks.cursor[which];
         if (time < scene.view.viewLow || time > scene.view.viewHigh || time < 0) continue;
-        const int x = scale.toPixel(time);
+        const int x = scale.ToPixel(time);
         if (x < part.left || x >= part.right || x >= scene.graph.width) continue;
         const bool dragged = which == 1 && scene.marks.secondDragged;
         if (dragged) surface.setExclusiveOr(true);
@@ -74,7 +74,7 @@ void laBookmark_PaintAll(const laScene& scene) {
     const int dataHeight = laAxis_Top(scene.graph);
     const laTimeScale scale = scene.scale();
     for (const LaBookmark& mark : scene.marks.bookmarks) {
-        const int x = scale.toPixel(mark.time);
+        const int x = scale.ToPixel(mark.time);
         if (x < 0 || x >= scene.graph.width || dataHeight <= 0) continue;
         surface.drawStyledLine(x, 0, x, dataHeight - 1, mark.colour, std::max(1, mark.thickness), mark.style,
                                0);

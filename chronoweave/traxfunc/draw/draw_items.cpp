@@ -31,19 +31,19 @@ class LanePainter {
 
     void Draw() {
         const laScene& scene = paint_.scene;
-        const double low = std::max(scene.view.viewLow, paint_.scale.toTime(paint_.rect.left - 2));
-        const double high = std::min(scene.view.viewHigh, paint_.scale.toTime(paint_.rect.right + 2));
+        const double low = std::max(scene.view.viewLow, paint_.scale.ToTime(paint_.rect.left - 2));
+        const double high = std::min(scene.view.viewHigh, paint_.scale.ToTime(paint_.rect.right + 2));
         const auto first = std::partition_point(segments_.begin(), segments_.end(),
                                                 [&](const LaLnSeg& segment) { return segment.t1 < low; });
         for (size_t at = static_cast<size_t>(first - segments_.begin()); at < segments_.size();) {
             const LaLnSeg& segment = segments_[at];
             if (segment.t0 > high) break;
-            const int x1 = paint_.scale.toPixel(segment.t1);
-            const int x0 = paint_.scale.toPixel(segment.t0);
+            const int x1 = paint_.scale.ToPixel(segment.t1);
+            const int x0 = paint_.scale.ToPixel(segment.t0);
             if (x0 < x1) Add(scene.looks.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
             // What ends in the same column is shorter than a pixel and isn't drawn.
             at = laPaint_FirstRightOf(at + 1, segments_.size(), x1,
-                                      [&](size_t i) { return paint_.scale.toPixel(segments_[i].t1); });
+                                      [&](size_t i) { return paint_.scale.ToPixel(segments_[i].t1); });
         }
         Flush();
     }

@@ -50,11 +50,11 @@ class SwitchPainter {
 
     double Low() const {
         return std::max(scene_.view.viewLow,
-                        paint_.scale.toTime(paint_.rect.left - scene_.looks.maxExtent - 2));
+                        paint_.scale.ToTime(paint_.rect.left - scene_.looks.maxExtent - 2));
     }
     double High() const {
         return std::min(scene_.view.viewHigh,
-                        paint_.scale.toTime(paint_.rect.right + scene_.looks.maxExtent + 2));
+                        paint_.scale.ToTime(paint_.rect.right + scene_.looks.maxExtent + 2));
     }
     bool Seen(const laItem_Ctx& line) const {
         if (!scene_.looks.statusLooks[static_cast<size_t>(line.status)].shown) return false;
@@ -82,7 +82,7 @@ class SwitchPainter {
             bottom = std::max(bottom, end.y);
         }
         const auto column = [&](size_t at) {
-            return paint_.scale.toPixel(lines[static_cast<uint32_t>(at)].t0);
+            return paint_.scale.ToPixel(lines[static_cast<uint32_t>(at)].t0);
         };
         for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
             lastX_ = column(i);
@@ -175,7 +175,7 @@ class SwitchPainter {
         if (!Seen(line)) return;
         const LaStatusLook& look = scene_.looks.statusLooks[static_cast<size_t>(line.status)];
         const End &from = ends_[line.fromLane], &to = ends_[line.toLane];
-        const int x = paint_.scale.toPixel(line.t0);
+        const int x = paint_.scale.ToPixel(line.t0);
         const Span span{from.y, to.y, &look};
         const bool reaches = span.top() < lastTop_ || span.bottom() > lastBottom_;
         if (x < lastX_ || (x == lastX_ && !reaches)) return;

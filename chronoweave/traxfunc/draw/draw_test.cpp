@@ -25,7 +25,7 @@ constexpr double unit = 0.01;  // seconds a pixel in Clusters
 class Clusters : public testing::Test {
   protected:
     Clusters() {
-        ASSERT_LOAD();
+        LoadLegend();
         _LaCanvasData& canvas = *test.canvas;
         canvas.looks.eventLooks[0] = {first, 10, 10, true};
         canvas.looks.eventLooks[1] = {second, 20, 10, true};
@@ -36,7 +36,7 @@ class Clusters : public testing::Test {
         laCanvas_ShowRange(canvas, 0, 1000 * unit);
         laCanvas_Resort(canvas);
     }
-    void ASSERT_LOAD() { EXPECT_TRUE(laCanvas_LoadLegend(*test.canvas, test_legend())); }
+    void LoadLegend() { EXPECT_TRUE(laCanvas_LoadLegend(*test.canvas, test_legend())); }
 
     void Icon(int x, uint32_t lane = 0, int32_t event = 0) {
         laBm_Append(test.canvas->items, {x * unit, lane, test.canvas->items.bitmaps.size(), event, 1, 0});

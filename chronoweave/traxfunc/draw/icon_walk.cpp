@@ -29,12 +29,12 @@ laIconWalk::laIconWalk(const laScene& scene, const laItem_Line& lane, const laTi
     const std::vector<double>& times = lane.iconTimes;
     at_ =
         static_cast<size_t>(std::lower_bound(times.begin(), times.end(), scene.view.viewLow) - times.begin());
-    last_ = std::min(scene.view.viewHigh, scale.toTime(right + scene.looks.maxIconWidth + 2));
+    last_ = std::min(scene.view.viewHigh, scale.ToTime(right + scene.looks.maxIconWidth + 2));
 }
 
 bool laIconWalk::Next(laShownIcon& shown) {
     const std::vector<double>& times = lane_.iconTimes;
-    const auto column = [&](size_t i) { return scale_.toPixel(times[i]); };
+    const auto column = [&](size_t i) { return scale_.ToPixel(times[i]); };
     while (at_ < times.size() && times[at_] <= last_) {
         const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
         bool seen = false;
@@ -102,14 +102,14 @@ class SpaceWalk {
     bool done() const { return at_ >= lane_.iconTimes.size(); }
     size_t at() const { return at_; }
     double time() const { return lane_.iconTimes[at_]; }
-    int column() const { return scale_.toPixel(time()); }
+    int column() const { return scale_.ToPixel(time()); }
     void Step() {
         const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
         if (look.shown) rule_.Step(scene_.looks, look, column());
         ++at_;
         if (rule_.overlapped && !scene_.looks.anyImportantEvent)
             at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), rule_.nextFree,
-                                       [&](size_t i) { return scale_.toPixel(lane_.iconTimes[i]); });
+                                       [&](size_t i) { return scale_.ToPixel(lane_.iconTimes[i]); });
     }
     // Both are before the same icon, and nothing from it on can differ.
     bool Meets(const SpaceWalk& other) const {

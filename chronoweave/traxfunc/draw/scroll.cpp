@@ -83,7 +83,7 @@ std::optional<laScrollPlan> move_rows(const laScene& scene, int rows) {
     // The dashes of bookmarks don't scroll.
     const laTimeScale scale = scene.scale();
     for (const LaBookmark& mark : marks.bookmarks) {
-        const int x = scale.toPixel(mark.time);
+        const int x = scale.ToPixel(mark.time);
         const int reach = std::max(1, mark.thickness) / 2 + 1;
         if (x >= 0 && x < width) plan.columns.push_back({x - reach, x + reach + 1});
     }

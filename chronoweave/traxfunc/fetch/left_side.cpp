@@ -25,7 +25,7 @@ class LeftDrop {
             TakeFacts(items_.lanes[i], facts_[i]);
             CutLane(items_.lanes[i]);
         }
-        items_.bitmaps.drop_front(laBm_FirstAt(items_, low_));
+        items_.bitmaps.DropFront(laBm_FirstAt(items_, low_));
         CutSwitches();
         ForgetRunning();
         items_.cachedLow = low_;
@@ -98,14 +98,14 @@ class LeftDrop {
     // A processor that was idle at low has no switch from the one that ran before.
     void CutSwitches() {
         Table<laItem_Ctx>& lines = items_.ctxLines;
-        lines.drop_front(laCtx_FirstAt(items_, low_));
+        lines.DropFront(laCtx_FirstAt(items_, low_));
         uint32_t end = 0;  // behind the last one that goes
         for (uint32_t i = 0; i < lines.size(); ++i)
             if (!IsBehindStart(lines[i].leftAt)) end = i + 1;
         uint32_t kept = end;
         for (uint32_t i = end; i-- > 0;)
             if (IsBehindStart(lines[i].leftAt)) lines[--kept] = lines[i];
-        lines.drop_front(kept);
+        lines.DropFront(kept);
         const std::vector<laItem_Ctx> atStart = SwitchesAtStart();
         for (auto line = atStart.rbegin(); line != atStart.rend(); ++line) lines.push_front(*line);
     }

@@ -94,7 +94,7 @@ double LaFetch::EndAhead(const mt_Gap& gap) const {
 void LaFetch::Bridge(const mt_Gap& gap, double time) {
     sweep_.Break(EndAhead(gap));
     for (uint32_t position = 0; position < state_.size(); ++position) {
-        const uint32_t id = state_.id_at(position);
+        const uint32_t id = state_.IdAt(position);
         if (state_.entry(position).objectType == mt_ObjectTask && items_.laneIndex.find(id) == laNoLane)
             laLn_New(items_, id);
     }

@@ -306,12 +306,12 @@ TEST_F(Commands, CursorsSnapToWhatThePointerMeans) {
         lane.segments.clear();
     }
     laItem_Line& lane = canvas.items.lanes[2];
-    lane.iconTimes = {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(500) +
+    lane.iconTimes = {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(500) +
                       0.1 / canvas.view.pixelsPerUnit};
     lane.iconEvents = {0};
     lane.segments = {
-        {canvas.view.viewLow, laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(700), 0},
-        {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(700), canvas.view.viewHigh, 4}};
+        {canvas.view.viewLow, laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(700), 0},
+        {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(700), canvas.view.viewHigh, 4}};
     const int y = lane.y - canvas.view.verticalOffset, other = y + canvas.looks.rowHeight;
     const auto at = [&](int x, int row, bool free) {
         return laCanvas_TimeToPixel(canvas, laCanvas_PointerTime(canvas, x, row, free), Time_Second);

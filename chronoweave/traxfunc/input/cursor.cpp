@@ -69,15 +69,15 @@ class Nearest {
     Nearest(const _LaCanvasData& canvas, int x)
         : scale_(canvas.view, canvas.axis, canvas.graph->width),
           x_(x),
-          time_(scale_.toTime(x)),
+          time_(scale_.ToTime(x)),
           best_(time_) {}
 
-    double from() const { return scale_.toTime(x_ - snapReach - 1); }
-    double to() const { return scale_.toTime(x_ + snapReach + 1); }
+    double from() const { return scale_.ToTime(x_ - snapReach - 1); }
+    double to() const { return scale_.ToTime(x_ + snapReach + 1); }
     double time() const { return best_; }
 
     void Offer(double time) {
-        const int column = scale_.toPixel(time);
+        const int column = scale_.ToPixel(time);
         const double distance = std::fabs(time - time_);
         if (std::abs(column - x_) > snapReach || (found_ && distance >= distance_)) return;
         found_ = true;
@@ -248,7 +248,7 @@ std::string laCanvas_HoverText(const _LaCanvasData& canvas, int x) {
                    ? value + " Sequences"
                    : value + " " + laTime_UnitName(canvas.axis, true) + "s";
     };
-    const double time = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(x);
+    const double time = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(x);
     std::string text = unit(laCanvas_TimeText(canvas, time));
     if (canvas.marks.cursor[0] < 0) return text + ".";
     const double distance = time - canvas.marks.cursor[0];

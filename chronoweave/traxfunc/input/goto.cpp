@@ -44,7 +44,7 @@ class Scanner {
   public:
     Scanner(const _LaCanvasData& canvas, std::string_view text) : canvas_(canvas), rest_(text_trim(text)) {}
 
-    bool atEnd() {
+    bool AtEnd() {
         rest_ = text_trim(rest_);
         return rest_.empty();
     }
@@ -144,12 +144,12 @@ bool refuse(_LaCanvasData& canvas, const std::string& why) {
 Result laGoto_Parse(const _LaCanvasData& canvas, std::string_view text, laGotoTarget& target) {
     target = {};
     Scanner scanner(canvas, text);
-    if (scanner.atEnd()) return Result::failure("No time was given.");
-    if (Result read = scanner.Time(target.low); !read || scanner.atEnd()) return read;
+    if (scanner.AtEnd()) return Result::failure("No time was given.");
+    if (Result read = scanner.Time(target.low); !read || scanner.AtEnd()) return read;
     const bool length = scanner.Between() == '+';
     double second = 0;
     if (Result read = scanner.Time(second); !read) return read;
-    if (!scanner.atEnd()) return Result::failure("There is more than two times.");
+    if (!scanner.AtEnd()) return Result::failure("There is more than two times.");
     target.high = length ? target.low + second : second;
     if (*target.high > target.low) return {};
     return Result::failure(length ? "A length must be greater than 0." : "The end is not behind the start.");

@@ -67,7 +67,7 @@ class HitSearch {
             int y0 = 0, y1 = 0;
             if (!look.shown || !laCtx_Ends(canvas_.items, canvas_.looks, lines[i], y0, y1)) continue;
             if (lines[i].t0 < canvas_.view.viewLow || lines[i].t0 > canvas_.view.viewHigh) continue;
-            const int column = scale_.toPixel(lines[i].t0), reach = std::max(nearLine, look.thickness / 2);
+            const int column = scale_.ToPixel(lines[i].t0), reach = std::max(nearLine, look.thickness / 2);
             if (x_ < column - reach || x_ > column + reach) continue;
             if (y_ < std::min(y0, y1) - reach || y_ > std::max(y0, y1) + reach) continue;
             hit.item = {laItemType::Ctx, laNoLane, i};
@@ -78,8 +78,8 @@ class HitSearch {
 
   private:
     std::pair<double, double> TimesAround(int columns) const {
-        return {std::max(canvas_.view.viewLow, scale_.toTime(x_ - columns - 1)),
-                std::min(canvas_.view.viewHigh, scale_.toTime(x_ + columns + 1))};
+        return {std::max(canvas_.view.viewLow, scale_.ToTime(x_ - columns - 1)),
+                std::min(canvas_.view.viewHigh, scale_.ToTime(x_ + columns + 1))};
     }
     bool Holds(const laRect& box, int reach) const {
         return x_ >= box.left - reach && x_ < std::max(box.right, box.left + 1) + reach &&

@@ -24,7 +24,7 @@ void take_effect(_LaCanvasData& canvas, bool repaint) {
 template <class Change>
 void change_namesakes(Legend& legend, const std::string& name, const Change& change) {
     for (LegendEvent& event : legend.events)
-        if (!event.isCategory() && text_equal_nocase(event.name, name)) change(event);
+        if (!event.IsCategory() && text_equal_nocase(event.name, name)) change(event);
 }
 
 void set_visibility(LegendEvent& event, uint32_t visibility) {
@@ -48,7 +48,7 @@ size_t laLegend_EventOf(const _LaCanvasData& canvas, size_t row) {
 std::string laLegend_KindText(const _LaCanvasData& canvas, size_t row) {
     if (laLegend_IsStatus(canvas, row))
         return canvas.looks.legend.statuses[row].isContextSwitch ? "Switch" : "Status";
-    return canvas.looks.legend.events[laLegend_EventOf(canvas, row)].isCategory() ? "Category" : "  Event";
+    return canvas.looks.legend.events[laLegend_EventOf(canvas, row)].IsCategory() ? "Category" : "  Event";
 }
 
 std::string laLegend_Name(const _LaCanvasData& canvas, size_t row) {
@@ -83,11 +83,11 @@ void laLegend_SetEventVisibility(_LaCanvasData& canvas, size_t event, uint32_t v
         const std::string name = legend.events[at].name;
         change_namesakes(legend, name, [&](LegendEvent& one) { set_visibility(one, visibility); });
     };
-    if (!legend.events[event].isCategory()) {
+    if (!legend.events[event].IsCategory()) {
         spread(event);
     } else {
         set_visibility(legend.events[event], visibility);
-        for (size_t at = event + 1; at < legend.events.size() && !legend.events[at].isCategory(); ++at)
+        for (size_t at = event + 1; at < legend.events.size() && !legend.events[at].IsCategory(); ++at)
             spread(at);
     }
     legend.RollUpCategories();
@@ -128,7 +128,7 @@ int32_t laLegend_ScanThickness(std::string_view text) {
 
 void laLegend_SetIcon(_LaCanvasData& canvas, size_t event, const std::string& iconName) {
     Legend& legend = canvas.looks.legend;
-    if (event >= legend.events.size() || legend.events[event].isCategory()) return;
+    if (event >= legend.events.size() || legend.events[event].IsCategory()) return;
     const std::string name = legend.events[event].name;
     change_namesakes(legend, name, [&](LegendEvent& one) {
         one.iconName = iconName;
@@ -139,7 +139,7 @@ void laLegend_SetIcon(_LaCanvasData& canvas, size_t event, const std::string& ic
 
 void laLegend_SetImportant(_LaCanvasData& canvas, size_t event, bool important) {
     Legend& legend = canvas.looks.legend;
-    if (event >= legend.events.size() || legend.events[event].isCategory()) return;
+    if (event >= legend.events.size() || legend.events[event].IsCategory()) return;
     uint32_t& flags = legend.events[event].flags;
     flags = important ? flags | LegendEvent_Important : flags & ~static_cast<uint32_t>(LegendEvent_Important);
     take_effect(canvas, legend.events[event].visibility() != 0);

@@ -186,11 +186,11 @@ void enable_rows(MenuResource& menu, const _LaCanvasData& canvas) {
 }
 
 void label_row(MenuRegistry& menus, MenuResource& menu, std::string_view command, std::string label) {
-    if (MenuRow* row = menu.rowOf(command)) menus.SetLabel(menu, *row, std::move(label));
+    if (MenuRow* row = menu.RowOf(command)) menus.SetLabel(menu, *row, std::move(label));
 }
 
 void check_row(MenuResource& menu, std::string_view command, bool on) {
-    MenuRow* row = menu.rowOf(command);
+    MenuRow* row = menu.RowOf(command);
     if (!row) return;
     set_flag(*row, MenuRow_Checkable, true);
     set_flag(*row, MenuRow_Checked, on);
@@ -280,11 +280,11 @@ const laCommand& laToolButton::row() const {
     return *laCommands_Find(command);
 }
 
-std::string laToolButton::longHelp() const {
+std::string laToolButton::LongHelp() const {
     return row().help;
 }
 
-std::string laToolButton::toolTip() const {
+std::string laToolButton::ToolTip() const {
     return row().tip;
 }
 

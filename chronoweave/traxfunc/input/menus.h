@@ -31,10 +31,10 @@ struct laToolButton {
     const char* name;     // "-" for a gap
     const char* command;  // of laCanvas_Command
     const char* text;     // of a button that shows no icon
-    bool isGap() const { return name[0] == '-'; }
+    bool IsGap() const { return name[0] == '-'; }
     const laCommand& row() const;  // of the table; the button is no gap
-    std::string longHelp() const;
-    std::string toolTip() const;
+    std::string LongHelp() const;
+    std::string ToolTip() const;
 };
 // The buttons of "TraxBtns" in their order.
 std::span<const laToolButton> laMenus_ToolBar();

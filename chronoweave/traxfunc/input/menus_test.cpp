@@ -41,7 +41,7 @@ class CanvasMenus : public testing::Test {
     }
     const MenuRow* Row(std::string_view command) {
         for (const char* name : windowMenus)
-            if (const MenuRow* row = menus.Find(name, true)->rowOf(command)) return row;
+            if (const MenuRow* row = menus.Find(name, true)->RowOf(command)) return row;
         return nullptr;
     }
     // "+" when the row of a command can be chosen, "-" when not, and the same for its button.
@@ -221,7 +221,7 @@ TEST_F(CanvasMenus, BookmarksAreRowsWhateverTheyAreCalled) {
     Hook();
     const MenuResource* menu = menus.Find("TraxBookmark", true);
     ASSERT_EQ(menu->rows.size(), 4 + std::size(names));
-    EXPECT_TRUE(menu->rows[3].isSeparator());
+    EXPECT_TRUE(menu->rows[3].IsSeparator());
     for (size_t i = 0; i < std::size(names); ++i) {
         EXPECT_EQ(menu->rows[4 + i].body, "ShowBookmark " + std::to_string(i));
         EXPECT_EQ(menu->rows[4 + i].label, names[i]);
@@ -229,10 +229,10 @@ TEST_F(CanvasMenus, BookmarksAreRowsWhateverTheyAreCalled) {
     // What has not changed is not defined anew: its users would be told each time that it opens.
     menus.Idle();
     Hook();
-    EXPECT_FALSE(menus.anyChanged());
+    EXPECT_FALSE(menus.AnyChanged());
     canvas.marks.bookmarks.clear();
     Hook();
-    EXPECT_TRUE(menus.anyChanged());
+    EXPECT_TRUE(menus.AnyChanged());
     EXPECT_EQ(menus.Find("TraxBookmark", true)->rows.size(), 3u);
 }
 
@@ -241,7 +241,7 @@ TEST_F(CanvasMenus, EveryRowAndButtonIsAKnownCommandWithItsOwnLetterAndKey) {
     for (const char* name : windowMenus) {
         std::set<char> letters;
         for (const MenuRow& row : menus.Find(name, true)->rows) {
-            if (row.isSeparator()) continue;
+            if (row.IsSeparator()) continue;
             if (row.child == nullptr && row.body != "Threadx") {
                 EXPECT_TRUE(laCanvas_HasCommand(row.body)) << row.label;
             }
@@ -252,10 +252,10 @@ TEST_F(CanvasMenus, EveryRowAndButtonIsAKnownCommandWithItsOwnLetterAndKey) {
     }
     std::set<std::string> names;
     for (const laToolButton& button : laMenus_ToolBar()) {
-        if (button.isGap()) continue;
+        if (button.IsGap()) continue;
         EXPECT_TRUE(laCanvas_HasCommand(button.command)) << button.name;
         EXPECT_TRUE(names.insert(button.name).second);
-        EXPECT_FALSE(button.longHelp().empty() || button.toolTip().empty());
+        EXPECT_FALSE(button.LongHelp().empty() || button.ToolTip().empty());
         EXPECT_NE(icon_Find(button.row().icon), NoIcon) << button.name;
     }
     EXPECT_EQ(names.size(), 17u);
@@ -434,9 +434,9 @@ TEST_F(Effects, EveryRowAndButtonDoesWhatItSays) {
     size_t rows = 0;
     for (const char* name : windowMenus)
         for (const MenuRow& row : menus.Find(name, true)->rows)
-            if (!row.isSeparator() && row.child == nullptr) check(row.body), ++rows;
+            if (!row.IsSeparator() && row.child == nullptr) check(row.body), ++rows;
     for (const laToolButton& button : laMenus_ToolBar())
-        if (!button.isGap()) check(button.command), ++rows;
+        if (!button.IsGap()) check(button.command), ++rows;
     EXPECT_GE(rows, 50u);
 }
 

@@ -13,7 +13,7 @@ void laCanvas_ZoomAtColumn(_LaCanvasData& canvas, int x, double factor) {
         laCanvas_Refuse(canvas, "The whole graph has already been shown in the window.");
         return;
     }
-    const double centre = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).toTime(x);
+    const double centre = laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(x);
     const double length = std::min(canvas.view.viewLength * factor,
                                    std::max(canvas.source.totalLength, canvas.view.viewLength));
     const double before = static_cast<double>(x) / canvas.graph->width;

@@ -121,7 +121,7 @@ std::string laTip_Time(const _LaCanvasData& canvas, double time) {
 
 std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
     const LegendEvent& event = canvas.looks.legend.events[static_cast<size_t>(icon.event)];
-    const bool codes = event.isWildcard() || icon.event == canvas.looks.legend.unknownEvent;
+    const bool codes = event.IsWildcard() || icon.event == canvas.looks.legend.unknownEvent;
     return event.name + (codes ? gen_format("(Types=0x%x/0x%x)", icon.type, icon.subtype) : "");
 }
 

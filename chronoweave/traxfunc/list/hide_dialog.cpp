@@ -22,7 +22,7 @@ laHideDialog::laHideDialog(TraxTaskList& list, const LaList& settings, const LaI
       items_(items),
       source_(source),
       apply_(std::move(apply)),
-      paths_(list.hiddenPaths()),
+      paths_(list.HiddenPaths()),
       savedRefresh_(source.liveRefresh) {
     title = "Select " + settings.objectTermLower + "s to hide";
     showTitle = laCanvas_Plural(settings.objectTerm) + " to Show";

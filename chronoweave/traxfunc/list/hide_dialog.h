@@ -38,7 +38,7 @@ class laHideDialog {
     bool Press(std::string_view button);
     // A double click: does "hide" or "show" for this row alone. Nothing for a row that isn't there.
     void DoubleClick(bool inToShow, size_t row);
-    bool isOpen() const { return open_; }
+    bool IsOpen() const { return open_; }
     // Width of a list's first column.
     static int NameColumnWidth(int listWidth);
 

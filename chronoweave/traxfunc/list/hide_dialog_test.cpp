@@ -76,7 +76,7 @@ TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
     EXPECT_TRUE(dialog.Press("ok"));
     EXPECT_EQ(canvas.taskList->rows().size(), 2u);
     EXPECT_TRUE(canvas.source.liveRefresh);
-    EXPECT_FALSE(dialog.isOpen() || dialog.Press("ok"));
+    EXPECT_FALSE(dialog.IsOpen() || dialog.Press("ok"));
     EXPECT_EQ(laHideDialog::NameColumnWidth(300) + laHideDialog::NameColumnWidth(90), 180);
 }
 

@@ -52,7 +52,7 @@ class TraxTaskList : public MslObjectList {
     int depth() const { return depth_; }
     laPath PathOf(const MslObjectEntry& entry) const;
 
-    const std::vector<laPath>& hiddenPaths() const { return hiddenPaths_; }
+    const std::vector<laPath>& HiddenPaths() const { return hiddenPaths_; }
     void SetHiddenPaths(std::vector<laPath> paths) { hiddenPaths_ = std::move(paths); }
     // Adds it unless it is in already.
     void AddHiddenPath(laPath path);

@@ -126,10 +126,10 @@ TEST_F(TaskList, HidesByPathAndPattern) {
     laTask_Hide(*test.canvas, *row(test, "B"));
     laTask_Hide(*test.canvas, *row(test, "C"));
     EXPECT_EQ(rows(test), "A .x Cat");
-    ASSERT_EQ(list.hiddenPaths().size(), 2u);
-    EXPECT_EQ(list.hiddenPaths()[1].id, 0xC00u);
+    ASSERT_EQ(list.HiddenPaths().size(), 2u);
+    EXPECT_EQ(list.HiddenPaths()[1].id, 0xC00u);
     list.AddHiddenPath(laPath{{"C"}, false, {}});
-    EXPECT_EQ(list.hiddenPaths().size(), 2u);
+    EXPECT_EQ(list.HiddenPaths().size(), 2u);
     laTask_Show(*test.canvas, *laCanvas_FindLane(test.canvas->items, 0xC00)->listEntry);
     EXPECT_EQ(rows(test), "A .x C Cat");
 }

@@ -18,7 +18,7 @@ int laLn_IconY(const LaLooks& looks, const laItem_Line& lane) {
 laRect laItem_Rect(const LaItems& items, const LaLooks& looks, const laTimeScale& scale,
                    const laItem_Bitmap& icon) {
     const LaEventLook& look = looks.eventLooks[static_cast<size_t>(icon.event)];
-    const int x = scale.toPixel(icon.time);
+    const int x = scale.ToPixel(icon.time);
     const int y = laLn_IconY(looks, items.lanes[icon.lane]);
     const int left = x - look.width / 2, top = y - look.height / 2;
     return {left, top, left + look.width, top + look.height};
@@ -28,7 +28,7 @@ laRect laItem_Rect(const LaLooks& looks, const laTimeScale& scale, const laItem_
                    const LaLnSeg& segment) {
     const int thickness = looks.statusLooks[static_cast<size_t>(segment.status)].thickness;
     const int top = laLn_LineY(looks, lane) - thickness / 2;
-    return {scale.toPixel(segment.t0), top, scale.toPixel(segment.t1), top + thickness};
+    return {scale.ToPixel(segment.t0), top, scale.ToPixel(segment.t1), top + thickness};
 }
 
 laRect laItem_Rect(const LaItems& items, const LaLooks& looks, const laTimeScale& scale,
@@ -36,7 +36,7 @@ laRect laItem_Rect(const LaItems& items, const LaLooks& looks, const laTimeScale
     int y0 = 0, y1 = 0;
     if (!laCtx_Ends(items, looks, line, y0, y1)) return {};
     const int thickness = looks.statusLooks[static_cast<size_t>(line.status)].thickness;
-    const int left = scale.toPixel(line.t0) - thickness / 2;
+    const int left = scale.ToPixel(line.t0) - thickness / 2;
     return {left, std::min(y0, y1), left + thickness, std::max(y0, y1) + 1};
 }
 

@@ -23,7 +23,7 @@ void look_up_icons(LaLooks& looks, const Missing& missing) {
     looks.anyImportantEvent = false;
     for (const LegendEvent& event : looks.legend.events) {
         LaEventLook look;
-        if (!event.isCategory() && !event.iconName.empty()) {
+        if (!event.IsCategory() && !event.iconName.empty()) {
             look.icon = icon_Find(event.iconName);
             if (look.icon == NoIcon) {
                 look.icon = help;
@@ -33,7 +33,7 @@ void look_up_icons(LaLooks& looks, const Missing& missing) {
             look.height = icon_Height(look.icon);
         }
         look.shown = look.icon != NoIcon && event.visibility() != 0;
-        look.important = event.isImportant();
+        look.important = event.IsImportant();
         looks.anyImportantEvent = looks.anyImportantEvent || (look.shown && look.important);
         looks.eventLooks.push_back(look);
     }

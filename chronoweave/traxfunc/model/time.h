@@ -33,18 +33,18 @@ class laTimeScale {
         : low_(low), high_(high), perUnit_(perUnit), rightOfView_(width + 3) {}
 
     // Column of a time of the time base. A time before the view gives leftOfView, one behind it
-    // rightOfView(); the end of the view itself is the column behind the last. In sequential mode the view's
+    // RightOfView(); the end of the view itself is the column behind the last. In sequential mode the view's
     // offset is taken to be in the value already, and nothing is left or right of the view.
-    int toPixel(double time) const {
+    int ToPixel(double time) const {
         if (time > high_) return rightOfView_;
         const double offset = time - low_;
         if (offset < 0) return leftOfView;
         const double pixel = offset * perUnit_ + half;
         return pixel >= 2147483647.0 ? farRight : static_cast<int>(pixel);
     }
-    int rightOfView() const { return rightOfView_; }
+    int RightOfView() const { return rightOfView_; }
     // Time base of a column.
-    double toTime(int x) const { return x / perUnit_ + low_; }
+    double ToTime(int x) const { return x / perUnit_ + low_; }
 
   private:
     // Times and pixels are often both round, so that a time falls in the middle between two columns. A

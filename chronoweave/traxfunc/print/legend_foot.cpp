@@ -94,7 +94,7 @@ void draw_entry(const TraxFootEntry& entry, const TraxPageGeometry& geometry, Pa
         const int from = left + (sampleWidth - icon_Width(entry.icon)) / 2,
                   half = icon_Height(entry.icon) / 2;
         const int top = up - layout.rowHeight / 2 + half;
-        page.DrawIcon(x(from), y(top), x(from + icon_Width(entry.icon)) - x(from),
+        page.drawIcon(x(from), y(top), x(from + icon_Width(entry.icon)) - x(from),
                       y(top - icon_Height(entry.icon)) - y(top), entry.icon);
     } else {
         const int thick = geometry.LyingThickness(std::min(entry.thickness, layout.rowHeight - 2));

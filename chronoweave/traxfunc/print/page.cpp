@@ -84,7 +84,7 @@ class PageDrawing {
         laCanvas_Repaint(canvas_);
         graph.surface = nullptr;
         area.popClip();
-        agent.SetActive(false);
+        agent.setActive(false);
     }
 
     void Names() {
@@ -95,7 +95,7 @@ class PageDrawing {
         laNames(*canvas_.taskList, canvas_.looks, canvas_.view, *canvas_.graph)
             .Draw(column, width, height, laNames::Look::Picture);
         column.popClip();
-        agent.SetActive(false);
+        agent.setActive(false);
     }
 
   private:
@@ -141,9 +141,9 @@ void settle(_LaCanvasData& canvas, PageDevice& page, const TraxPageGeometry& geo
 
 TraxPrintEnd traxPrint_Page(_LaCanvasData& canvas, PageDevice& page, const TraxPageGeometry& geometry,
                             const TraxPageContent& content) {
-    if (!page.MakeFonts(printFont, geometry.printBigFontHeight, geometry.printSmallFontHeight))
+    if (!page.makeFonts(printFont, geometry.printBigFontHeight, geometry.printSmallFontHeight))
         return TraxPrintEnd::NoFont;
-    if (!page.StartPage()) return TraxPrintEnd::StartFailed;
+    if (!page.startPage()) return TraxPrintEnd::StartFailed;
     page.surface().setFont(Font_Application);
     settle(canvas, page, geometry);
     PageDrawing drawing(canvas, page, geometry);
@@ -155,5 +155,5 @@ TraxPrintEnd traxPrint_Page(_LaCanvasData& canvas, PageDevice& page, const TraxP
     drawing.Graph();
     drawing.Names();
     if (!content.foot.empty()) traxFoot_Draw(content.foot, content.footLayout, geometry, page);
-    return page.EndPage() ? TraxPrintEnd::Done : TraxPrintEnd::EndFailed;
+    return page.endPage() ? TraxPrintEnd::Done : TraxPrintEnd::EndFailed;
 }

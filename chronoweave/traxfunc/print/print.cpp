@@ -24,13 +24,13 @@ void tell_stopped(_LaCanvasData& canvas, int pages) {
 void tell_failure(_LaCanvasData& canvas, PrintHost& printer, TraxPrintEnd end) {
     switch (end) {
         case TraxPrintEnd::NoFont:
-            canvas.calls.host->Message("Cann't get proper font.");
+            canvas.calls.host->message("Cann't get proper font.");
             break;
         case TraxPrintEnd::StartFailed:
-            printer.ShowBox(deviceError, "StartPage Failed.");
+            printer.showBox(deviceError, "StartPage Failed.");
             break;
         case TraxPrintEnd::EndFailed:
-            printer.ShowBox(deviceError, "EndPage Failed.");
+            printer.showBox(deviceError, "EndPage Failed.");
             break;
         case TraxPrintEnd::Done:
         case TraxPrintEnd::CannotDraw:
@@ -66,14 +66,14 @@ void tell_printed(_LaCanvasData& canvas, const TraxPrinted& printed, const std::
 
 int TRAX_Print(_LaCanvasData& canvas, int listWidth, PrintJob job, const TraxPrintOptions& options) {
     DialogHost* host = canvas.calls.host;
-    PrintHost* printer = host != nullptr ? host->Printer() : nullptr;
+    PrintHost* printer = host != nullptr ? host->printHost() : nullptr;
     if (printer == nullptr) {
         laCanvas_Refuse(canvas, "Printing is not there yet.");
         return 0;
     }
     job.name = jobName;
     TraxPrinted printed;
-    PrintOutcome outcome = printer->Run(job, [&](PageDevice& page) {
+    PrintOutcome outcome = printer->run(job, [&](PageDevice& page) {
         return print_body(canvas, *printer, listWidth, options, page, printed);
     });
     std::replace(outcome.message.begin(), outcome.message.end(), '\n', ' ');
@@ -85,7 +85,7 @@ int TRAX_Print(_LaCanvasData& canvas, int listWidth, PrintJob job, const TraxPri
         case PrintOutcome::End::Cancelled:
             return 0;
         case PrintOutcome::End::Failed:
-            if (!outcome.message.empty()) host->Message(outcome.message);
+            if (!outcome.message.empty()) host->message(outcome.message);
             return 0;
     }
     return 0;

@@ -12,21 +12,21 @@ class TraxRegionAgent : public PrintAgentImpl<_LaCanvasData> {
                     TraxRegion region)
         : PrintAgentImpl(canvas, true), geometry_(geometry), page_(page), region_(region) {}
 
-    bool Active() const override { return active(); }
+    bool isActive() const override { return active(); }
 
   protected:
-    void BeginFor(_LaCanvasData&, int x, int y, int w, int h) override;
-    void EndFor(_LaCanvasData&) override;
-    void LineFor(_LaCanvasData&, int x0, int y0, int x1, int y1, Colour colour, int thickness,
+    void beginFor(_LaCanvasData&, int x, int y, int w, int h) override;
+    void endFor(_LaCanvasData&) override;
+    void lineFor(_LaCanvasData&, int x0, int y0, int x1, int y1, Colour colour, int thickness,
                  int style) override;
-    void IconFor(_LaCanvasData&, int x, int y, IconHandle icon) override;
-    void TextFor(_LaCanvasData&, int x, int y, std::string_view text, Colour foreground, Colour background,
+    void iconFor(_LaCanvasData&, int x, int y, IconHandle icon) override;
+    void textFor(_LaCanvasData&, int x, int y, std::string_view text, Colour foreground, Colour background,
                  int font) override;
-    void PhasedLineFor(_LaCanvasData&, int x0, int y0, int x1, int y1, Colour colour, int thickness,
+    void phasedLineFor(_LaCanvasData&, int x0, int y0, int x1, int y1, Colour colour, int thickness,
                        int style, int phase) override;
-    void FillFor(_LaCanvasData&, int x, int y, int w, int h, Colour colour) override;
-    int ScaleXFor(_LaCanvasData&, int x) const override { return geometry_.X(region_, x); }
-    int ScaleYFor(_LaCanvasData&, int y) const override { return geometry_.Y(region_, y); }
+    void fillFor(_LaCanvasData&, int x, int y, int w, int h, Colour colour) override;
+    int scaleXFor(_LaCanvasData&, int x) const override { return geometry_.X(region_, x); }
+    int scaleYFor(_LaCanvasData&, int y) const override { return geometry_.Y(region_, y); }
 
   private:
     const TraxPageGeometry& geometry_;

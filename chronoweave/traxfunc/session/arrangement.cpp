@@ -20,7 +20,7 @@ class Words {
   public:
     explicit Words(std::string_view rest) : rest_(text_trim(rest)) {}
 
-    bool atEnd() const { return rest_.empty(); }
+    bool AtEnd() const { return rest_.empty(); }
     std::optional<std::string> Text() {
         if (rest_.empty() || rest_[0] != '"') return std::nullopt;
         size_t used = 0;
@@ -104,7 +104,7 @@ bool read_hidden(laArrangement& all, Words& words) {
         if (!id) return false;
         path.id = static_cast<uint32_t>(*id);
     }
-    while (!words.atEnd()) {
+    while (!words.AtEnd()) {
         auto component = words.Text();
         if (!component) return false;
         path.components.push_back(std::move(*component));
@@ -128,7 +128,7 @@ bool read_line(laArrangement& all, std::string_view line) {
     if (equals == std::string_view::npos) return false;
     Words words(line.substr(equals + 1));
     for (const Key& key : keyTable)
-        if (text_trim(line.substr(0, equals)) == key.name) return key.read(all, words) && words.atEnd();
+        if (text_trim(line.substr(0, equals)) == key.name) return key.read(all, words) && words.AtEnd();
     return true;
 }
 
@@ -150,7 +150,7 @@ laArrangement laArrangement_Take(const _LaCanvasData& canvas, const laSourceIden
     std::copy(canvas.marks.cursor, canvas.marks.cursor + 2, all.cursor);
     all.timeMode = canvas.axis.timeMode;
     all.bookmarks = canvas.marks.bookmarks;
-    all.hiddenPaths = canvas.taskList->hiddenPaths();
+    all.hiddenPaths = canvas.taskList->HiddenPaths();
     all.sortField = canvas.list.sortField;
     all.sortAscending = canvas.list.sortAscending;
     all.flatView = canvas.list.flatView;

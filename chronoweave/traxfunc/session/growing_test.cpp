@@ -129,7 +129,7 @@ class Grown {
         fresh.options.prefetch = false;
         if (!laCanvas_SetUpFromStore(fresh, std::move(store), legend(agent_), "/folder/live.trr"))
             return "no store";
-        fresh.taskList->SetHiddenPaths(canvas.taskList->hiddenPaths());
+        fresh.taskList->SetHiddenPaths(canvas.taskList->HiddenPaths());
         fresh.view = canvas.view;
         fresh.source.scrollExtent = canvas.source.scrollExtent;
         fresh.marks = canvas.marks;

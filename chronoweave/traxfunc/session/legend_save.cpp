@@ -13,24 +13,24 @@ namespace {
 
 bool save(_LaCanvasData& canvas, const std::string& folder, const std::string& file) {
     if (!path_is_directory(folder) && !path_make_directory(folder)) {
-        canvas.calls.host->Message(gen_format("Cannot create directory \"%s\"", folder.c_str()));
+        canvas.calls.host->message(gen_format("Cannot create directory \"%s\"", folder.c_str()));
         return false;
     }
-    if (!canvas.calls.host->Ask(gen_format("Save changes to configuration file \"%s\"?", file.c_str())))
+    if (!canvas.calls.host->ask(gen_format("Save changes to configuration file \"%s\"?", file.c_str())))
         return true;
     const std::string osName =
         canvas.source.store ? mt_GetOsName(canvas.source.store.get()) : canvas.looks.legend.osName;
     const Legend legend = laLegend_ForSaving(canvas);
     const std::string text = configure_WriteText(legend, osName);
     if (const auto lost = configure_FirstLoss(legend, text)) {
-        canvas.calls.host->Message(
+        canvas.calls.host->message(
             gen_format("Can't save configure file \"%s\":\n%s would not read back the same.", file.c_str(),
                        text_utf8(*lost).c_str()));
         return false;
     }
     const Result written = file_replace(file, text);
     if (written) return true;
-    canvas.calls.host->Message(gen_format("Can't open configure file \"%s\" to write.", file.c_str()) +
+    canvas.calls.host->message(gen_format("Can't open configure file \"%s\" to write.", file.c_str()) +
                                (written.reason().empty() ? "" : "\n" + written.reason()));
     return false;
 }
