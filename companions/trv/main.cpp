@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "companions/trv/merge_form.h"
+#include "companions/trv/server_form.h"
 #include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
 
@@ -13,12 +14,13 @@ namespace {
 struct Form {
     bool (*isAsked)(std::span<const std::string> words);
     int (*run)(std::span<const std::string> words);
-    const char* usage;
+    std::string (*usage)();
 };
-constexpr Form forms[] = {{merge_IsAsked, merge_Run, merge_Usage}};
+constexpr Form forms[] = {{server_IsAsked, server_Run, server_Usage},
+                          {merge_IsAsked, merge_Run, [] { return std::string(merge_Usage); }}};
 
 void print_usage(std::FILE* to) {
-    for (const Form& form : forms) std::fputs(form.usage, to);
+    for (const Form& form : forms) std::fputs(form.usage().c_str(), to);
 }
 
 }  // namespace

@@ -1,0 +1,45 @@
+#include "companions/trv/targets.h"
+
+#include <string_view>
+
+#include "companions/trv/replay/replay.h"
+#include "companions/trv/server/live_file.h"
+#include "companions/trv/server/words.h"
+
+namespace {
+
+struct Kind {
+    std::string_view name;
+    Result (*connect)(std::string_view text, std::unique_ptr<Target>& target);
+    const char* usage;
+};
+constexpr Kind kinds[] = {
+    {"replay", replay_Connect, replay_Usage},
+};
+
+std::string names() {
+    std::string list;
+    for (const Kind& kind : kinds) list += (list.empty() ? "" : ", ") + std::string(kind.name);
+    return list;
+}
+
+Result connect_target(std::string_view text, std::unique_ptr<Target>& target) {
+    const std::string word = words_TakeFirst(text);
+    for (const Kind& kind : kinds)
+        if (word == kind.name) return kind.connect(text, target);
+    return Result::failure("there is no target \"" + word + "\"", "", "a target begins with one of " + names());
+}
+
+}  // namespace
+
+Result targets_Connect(const std::string& text, Connection& connection) {
+    if (Result made = connect_target(text, connection.target); !made) return made;
+    connection.recorder = std::make_unique<LiveFile>(connection.target->facts());
+    return {};
+}
+
+std::string targets_Usage() {
+    std::string text;
+    for (const Kind& kind : kinds) text += std::string("  ") + kind.usage + '\n';
+    return text;
+}
