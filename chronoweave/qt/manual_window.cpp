@@ -30,7 +30,7 @@ struct Page {
     const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 19> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 20> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
@@ -47,6 +47,7 @@ constexpr std::array<Page, 19> pageTable{{{"start", "Chronoweave"},
                                           {"configure", "Configure files"},
                                           {"commandline", "The command line"},
                                           {"checks", "Timing checks"},
+                                          {"companions", "The event server"},
                                           {"formats", "File formats", "../formats.md"},
                                           {"messages", "Messages"}}};
 

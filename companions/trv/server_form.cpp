@@ -92,7 +92,8 @@ int server_Run(std::span<const std::string>) {
 std::string server_Usage() {
     return "usage: trv\n"
            "\n"
-           "Serves events: reads commands from standard input, a line each, and answers on standard output. A\n"
+           "Serves events: reads commands from standard input, a line each, and answers on standard output. "
+           "A\n"
            "prompt, \"> \", stands behind each answer. help lists the commands. The targets to connect to:\n"
            "\n" +
            targets_Usage() + '\n';

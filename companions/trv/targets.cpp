@@ -27,7 +27,8 @@ Result connect_target(std::string_view text, std::unique_ptr<Target>& target) {
     const std::string word = words_TakeFirst(text);
     for (const Kind& kind : kinds)
         if (word == kind.name) return kind.connect(text, target);
-    return Result::failure("there is no target \"" + word + "\"", "", "a target begins with one of " + names());
+    return Result::failure("there is no target \"" + word + "\"", "",
+                           "a target begins with one of " + names());
 }
 
 }  // namespace

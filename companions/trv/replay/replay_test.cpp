@@ -56,7 +56,8 @@ TEST_F(ReplayTest, EventsComeAtTheirTimes) {
         std::string speed;
         std::chrono::milliseconds after;
         size_t events;
-    } cases[] = {{"", 0ms, 1}, {"", 250ms, 251}, {" x4", 100ms, 401}, {" x0.5", 100ms, 51}, {" xmax", 0ms, 1001}};
+    } cases[] = {
+        {"", 0ms, 1}, {"", 250ms, 251}, {" x4", 100ms, 401}, {" x0.5", 100ms, 51}, {" xmax", 0ms, 1001}};
     for (const auto& c : cases) {
         connect("  " + file + c.speed);
         pass(c.after);
@@ -98,15 +99,17 @@ TEST_F(ReplayTest, OddTimesDoNotHoldItUp) {
     testing::internal::CaptureStderr();
     const TargetPoll end = pollOn();
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(end.notes, (std::vector<std::string>{
-                             "2 bytes of the file are no part of any event",
-                             "2 bytes at the end of the file are the beginning of an event that is not there whole"}));
+    EXPECT_EQ(end.notes,
+              (std::vector<std::string>{
+                  "2 bytes of the file are no part of any event",
+                  "2 bytes at the end of the file are the beginning of an event that is not there whole"}));
     EXPECT_EQ(events_of(out_.bytes(), true).at(3).time, 5u);
 }
 
 TEST_F(ReplayTest, WhatIsNoTraceIsRefused) {
     std::ofstream(path("no.trr")) << "nothing of the kind, though long enough";
-    for (const std::string& text : {std::string(), std::string(" x4"), path("none.trr"), path("no.trr") + " x2"}) {
+    for (const std::string& text :
+         {std::string(), std::string(" x4"), path("none.trr"), path("no.trr") + " x2"}) {
         const Result made = replay_Connect(text, target_);
         EXPECT_FALSE(made.ok()) << text;
         EXPECT_FALSE(made.text().empty());

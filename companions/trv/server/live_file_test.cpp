@@ -35,8 +35,9 @@ TEST_F(LiveFileTest, GoesOnWithAFileOfItsKindAndTouchesNoOther) {
         const char* name;
         std::vector<uint8_t> bytes;
         bool isTaken;
-    } cases[] = {{"empty", {}, true},   {"header", facts_.headerBytes, true}, {"whole", whole, true},
-                 {"cut", cut, false},   {"junk", junk, false},                {"other", other, false},
+    } cases[] = {{"empty", {}, true},    {"header", facts_.headerBytes, true},
+                 {"whole", whole, true}, {"cut", cut, false},
+                 {"junk", junk, false},  {"other", other, false},
                  {"tiny", {1, 2}, false}};
     for (const auto& c : cases) {
         write(c.name, c.bytes);
@@ -44,7 +45,8 @@ TEST_F(LiveFileTest, GoesOnWithAFileOfItsKindAndTouchesNoOther) {
         EXPECT_EQ(file.enable(path(c.name), records(1)).ok(), c.isTaken) << c.name;
         const auto bytes = bytes_of(path(c.name));
         if (c.isTaken) {
-            EXPECT_EQ(events_in(path(c.name)).size(), c.bytes.size() > raw_LongHeaderSize ? 4u : 1u) << c.name;
+            EXPECT_EQ(events_in(path(c.name)).size(), c.bytes.size() > raw_LongHeaderSize ? 4u : 1u)
+                << c.name;
         } else {
             EXPECT_EQ(bytes, c.bytes) << c.name;
         }

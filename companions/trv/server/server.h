@@ -1,6 +1,6 @@
 // The event server: commands in, answers out, and the events of one target on their way to a file. Bytes in,
-// bytes out; the clock is handed in, and nothing here waits. Whoever runs it reads commands, writes what there
-// is to say, and calls step when it is time.
+// bytes out; the clock is handed in, and nothing here waits. Whoever runs it reads commands, writes what
+// there is to say, and calls step when it is time.
 #pragma once
 
 #include <functional>
@@ -62,8 +62,8 @@ class Server {
     void help(std::string_view argument, Instant now);
     void quit(std::string_view argument, Instant now);
 
-    // An answer that holds one of the words by which it is known that the command was done, and one that holds
-    // none of them, whatever names and reasons it repeats.
+    // An answer that holds one of the words by which it is known that the command was done, and one that
+    // holds none of them, whatever names and reasons it repeats.
     void answer(std::string_view text);
     void tell(std::string_view what, const Result& why = {});
     bool isConnected();  // and says so when it isn't

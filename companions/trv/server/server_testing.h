@@ -44,7 +44,10 @@ inline std::vector<TestEvent> events_of(std::span<const uint8_t> records, bool b
         if (cut.kind != RawCut::Kind::Record) break;
         EXPECT_TRUE(raw_IsLengthSound(cut.record.size())) << at;
         const SourceRecord event = raw_Decode(cut.record, bigEndian);
-        events.push_back({event.time, event.type, event.subtype, load_32(event.extra.data(), bigEndian),
+        events.push_back({event.time,
+                          event.type,
+                          event.subtype,
+                          load_32(event.extra.data(), bigEndian),
                           {event.extra.begin(), event.extra.end()}});
         at += cut.size;
     }

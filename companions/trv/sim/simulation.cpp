@@ -9,7 +9,7 @@
 namespace {
 
 constexpr uint32_t tasks_for_two_processors = 4;
-constexpr double load = 0.6;  // of a processor
+constexpr double load = 0.6;    // of a processor
 constexpr double slowest = 16;  // longest period, in shortest ones
 constexpr std::array roles{"motor",   "brake",  "sensor",  "control", "radio",
                            "network", "filter", "display", "logger",  "monitor"};

@@ -1,4 +1,5 @@
-// A simulated system of tasks on one or two processors. What happens depends on its size, rate and seed alone.
+// A simulated system of tasks on one or two processors. What happens depends on its size, rate and seed
+// alone.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +19,8 @@ class Simulation {
   public:
     explicit Simulation(const SimSize& size);
 
-    // Puts the events from where it stands up to, and not at, a time, in the order of their times: all of them,
-    // or a little more than most. True when it was all.
+    // Puts the events from where it stands up to, and not at, a time, in the order of their times: all of
+    // them, or a little more than most. True when it was all.
     bool run(SimTime until, size_t most, RawWriter& out);
 
     const std::vector<SimProcessor>& processors() const { return processors_; }
