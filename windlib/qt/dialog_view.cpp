@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QEventLoop>
 #include <QFrame>
 #include <QKeyEvent>
 #include <QLabel>
@@ -349,7 +350,18 @@ int dialog_Run(QWidget* parent, DialogModel& model) {
     if (model.isClosed()) return model.result();
     const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     const QPointer<DialogFrame> frame = new DialogFrame(parent, model);
-    frame->exec();
+    // QDialog::exec would wait on where keys that came before end the dialog while it comes up.
+    QEventLoop loop;
+    bool over = false;
+    const auto end = [&] {
+        over = true;
+        loop.quit();
+    };
+    QObject::connect(frame, &QDialog::finished, &loop, end);
+    QObject::connect(frame, &QObject::destroyed, &loop, end);
+    frame->setWindowModality(Qt::ApplicationModal);
+    frame->show();
+    if (!over) loop.exec(QEventLoop::DialogExec);
     // The dialog goes with the window that it stands over, unasked; the canvas may be gone then.
     if (!frame) return Dialog_Dismissed;
     if (!model.isClosed()) model.close(Dialog_Dismissed);
