@@ -27,6 +27,27 @@ class SearchWindowTest : public AnalysisWindowTest {
     void SearchPairs(bool same = false) {
         Search({AllObjects(), press("event_pattern"), pattern("Take", "Give", same)});
     }
+    struct ResultCase {
+        std::vector<Step> chain;
+        std::string title, message, stat;
+        Texts columns, first, menu;
+    };
+    // Searches, and looks at the result's window.
+    void Look(const ResultCase& c) {
+        steps.assign(c.chain.begin(), c.chain.end());
+        ASSERT_TRUE(Do("Search"));
+        EXPECT_EQ(test.message(), c.message);
+        EXPECT_EQ(Window().title(), c.title);
+        EXPECT_EQ(Window().item("t_stat").text, c.stat);
+        EXPECT_EQ(Titles(), c.columns);
+        EXPECT_EQ(Cells("list", 0), c.first);
+        ASSERT_TRUE(Window().rowMenu("list", 0, 0));
+        EXPECT_EQ(host.popUpTitle, "Operations");
+        Texts menu;
+        for (const PopUpRow& row : host.popUp) menu.push_back(row.text);
+        EXPECT_EQ(menu, c.menu);
+        EXPECT_EQ(canvas.marks.hits.size(), static_cast<size_t>(Window().list("list").RowCount()));
+    }
     std::string Selection() const {
         return gen_format("%.3f-%.3f", canvas.marks.cursor[0], canvas.marks.cursor[1]);
     }
@@ -43,11 +64,7 @@ TEST(SearchDescriptions, SurviveFontsAndSizes) {
 TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
     Open();
     const Texts times = {"Task ID", "From Time", "To Time", "Interval", "Task Name"};
-    const struct {
-        std::vector<Step> chain;
-        std::string title, message, stat;
-        Texts columns, first, menu;
-    } cases[] = {
+    const ResultCase cases[] = {
         {{AllObjects(), press("event"), choose("Take")},
          "Search Result for 'Take' in Board",
          "Found 3 instances of event 'Take'.",
@@ -84,21 +101,7 @@ TEST_F(SearchWindowTest, EachKindHasItsColumnsTextsAndMenu) {
          {"0x1 (one)", "0x1 (one)", "0.005"},
          {"&Show Interval", popUpSeparator, "Move Cursor to Start &Point", "Move Cursor to &End Point"}},
     };
-    for (const auto& c : cases) {
-        steps.assign(c.chain.begin(), c.chain.end());
-        ASSERT_TRUE(Do("Search"));
-        EXPECT_EQ(test.message(), c.message);
-        EXPECT_EQ(Window().title(), c.title);
-        EXPECT_EQ(Window().item("t_stat").text, c.stat);
-        EXPECT_EQ(Titles(), c.columns);
-        EXPECT_EQ(Cells("list", 0), c.first);
-        ASSERT_TRUE(Window().rowMenu("list", 0, 0));
-        EXPECT_EQ(host.popUpTitle, "Operations");
-        Texts menu;
-        for (const PopUpRow& row : host.popUp) menu.push_back(row.text);
-        EXPECT_EQ(menu, c.menu);
-        EXPECT_EQ(canvas.marks.hits.size(), static_cast<size_t>(Window().list("list").RowCount()));
-    }
+    for (const ResultCase& c : cases) Look(c);
     EXPECT_EQ(canvas.calls.viewWindows.size(), 5u);
     EXPECT_EQ(host.busy, 0);
     ASSERT_TRUE(Do("DelViews"));

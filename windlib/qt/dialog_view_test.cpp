@@ -5,8 +5,8 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <functional>
 #include <QTimer>
+#include <functional>
 
 #include "windlib/qt/application_testing.h"
 

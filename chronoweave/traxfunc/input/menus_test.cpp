@@ -24,6 +24,31 @@ namespace {
 const char* const windowMenus[] = {"TraxFile",    "TraxView",  "TraxReport",   "TraxConfig",
                                    "TraxControl", "TraxTools", "TraxBookmark", "TraxHelp"};
 
+// Commands, and what becomes of their row and button.
+using Shown = std::vector<std::pair<const char*, const char*>>;
+
+Shown of_empty() {
+    return {{"NewWindow", "+"},     {"Open", "+"},           {"TraxPrint", "--"},
+            {"Quit", "++"},         {"Search", "--"},        {"SearchInterval", "--"},
+            {"ZoomIn", "--"},       {"ZoomToRange", "--"},   {"ZoomOut", "--"},
+            {"HideTasks", "-"},     {"BottomHistory", "--"}, {"PrevHistory", "--"},
+            {"NextHistory", "--"},  {"TopHistory", "--"},    {"DelViews", "--"},
+            {"FlatView", "-"},      {"GoToTime", "-"},       {"ShowAll", "-"},
+            {"ReportObjects", "-"}, {"ReportTask", "-"},     {"ReportGeneral", "-"},
+            {"Legend", "--"},       {"RefreshGap", "-"},     {"CanvasName", "+"},
+            {"TimeUnit", "-"},      {"changeunit", " -"},    {"IconButton", "+"},
+            {"Options", "+"},       {"Korvantis", "+"},      {"Threadx", "-"},
+            {"AddBookmark", "-"},   {"EditBookmarks", "-"},  {"DeleteBookmarks", "-"},
+            {"About", "+"},         {"KeySheet", "+"},       {"Help", " +"},
+            {"open", " +"},         {"NoRefresh", " +"},     {"vorelbar", "+"}};
+}
+
+struct Case {
+    const char* state;
+    std::function<void()> make;
+    Shown shown;
+};
+
 class CanvasMenus : public testing::Test {
   protected:
     void SetUp() override {
@@ -54,6 +79,16 @@ class CanvasMenus : public testing::Test {
         return state;
     }
 
+    // Makes each state, and holds the rows and buttons against it.
+    void Follow(std::span<const Case> cases) {
+        for (const Case& one : cases) {
+            one.make();
+            Hook();
+            for (const auto& [command, state] : one.shown)
+                EXPECT_EQ(State(command), state) << one.state << ": " << command;
+        }
+    }
+
     TestCanvas test;
     _LaCanvasData& canvas = *test.canvas;
     MenuRegistry menus;
@@ -62,26 +97,9 @@ class CanvasMenus : public testing::Test {
 
 // In each state of the canvas, what becomes of the rows and buttons that it concerns: menu, then button.
 TEST_F(CanvasMenus, RowsAndButtonsFollowTheCanvas) {
-    struct Case {
-        const char* state;
-        std::function<void()> make;
-        std::vector<std::pair<const char*, const char*>> shown;
-    };
     DialogModel view{DialogDescription{}};
     const Case cases[] = {
-        {"empty", [] {}, {{"NewWindow", "+"},     {"Open", "+"},           {"TraxPrint", "--"},
-                          {"Quit", "++"},         {"Search", "--"},        {"SearchInterval", "--"},
-                          {"ZoomIn", "--"},       {"ZoomToRange", "--"},   {"ZoomOut", "--"},
-                          {"HideTasks", "-"},     {"BottomHistory", "--"}, {"PrevHistory", "--"},
-                          {"NextHistory", "--"},  {"TopHistory", "--"},    {"DelViews", "--"},
-                          {"FlatView", "-"},      {"GoToTime", "-"},       {"ShowAll", "-"},
-                          {"ReportObjects", "-"}, {"ReportTask", "-"},     {"ReportGeneral", "-"},
-                          {"Legend", "--"},       {"RefreshGap", "-"},     {"CanvasName", "+"},
-                          {"TimeUnit", "-"},      {"changeunit", " -"},    {"IconButton", "+"},
-                          {"Options", "+"},       {"Korvantis", "+"},      {"Threadx", "-"},
-                          {"AddBookmark", "-"},   {"EditBookmarks", "-"},  {"DeleteBookmarks", "-"},
-                          {"About", "+"},         {"KeySheet", "+"},       {"Help", " +"},
-                          {"open", " +"},         {"NoRefresh", " +"},     {"vorelbar", "+"}}},
+        {"empty", [] {}, of_empty()},
         {"a source, its first view shown",
          [&] {
              Open();
@@ -110,20 +128,6 @@ TEST_F(CanvasMenus, RowsAndButtonsFollowTheCanvas) {
         {"all events start intervals",
          [&] { canvas.options.allForIntervalSearch = true; },
          {{"SearchInterval", "++"}}},
-        {"history at its latest entry",
-         [&] { canvas.past.historyNewest = canvas.past.historyCurrent = 3, canvas.past.historyOldest = 1; },
-         {{"TopHistory", "--"}, {"NextHistory", "--"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
-        {"history at its earliest entry",
-         [&] { canvas.past.historyCurrent = 1; },
-         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "--"}, {"BottomHistory", "--"}}},
-        {"history in between",
-         [&] { canvas.past.historyCurrent = 2; },
-         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
-        {"one cursor", [&] { canvas.marks.cursor[1] = 0.1; }, {{"AddBookmark", "+"}}},
-        {"bookmarks",
-         [&] { laBookmark_Add(canvas, laAgentId, 0.1); },
-         {{"EditBookmarks", "+"}, {"DeleteBookmarks", "+"}, {"ShowBookmark 0", "+"}}},
-        {"whole names", [&] { canvas.list.flatView = true; }, {{"FlatView", "+"}}},
         {"a detail window", [&] { canvas.calls.viewWindows.push_back(&view); }, {{"DelViews", "++"}}},
         {"times in ticks",
          [&] { canvas.axis.timeMode = Time_Tick; },
@@ -140,12 +144,27 @@ TEST_F(CanvasMenus, RowsAndButtonsFollowTheCanvas) {
           {"TopHistory", "--"},
           {"EditBookmarks", "-"}}},
     };
-    for (const Case& one : cases) {
-        one.make();
-        Hook();
-        for (const auto& [command, state] : one.shown)
-            EXPECT_EQ(State(command), state) << one.state << ": " << command;
-    }
+    Follow(cases);
+}
+
+TEST_F(CanvasMenus, RowsAndButtonsFollowHistoryAndBookmarks) {
+    Open();
+    const Case cases[] = {
+        {"history at its latest entry",
+         [&] { canvas.past.historyNewest = canvas.past.historyCurrent = 3, canvas.past.historyOldest = 1; },
+         {{"TopHistory", "--"}, {"NextHistory", "--"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
+        {"history at its earliest entry",
+         [&] { canvas.past.historyCurrent = 1; },
+         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "--"}, {"BottomHistory", "--"}}},
+        {"history in between",
+         [&] { canvas.past.historyCurrent = 2; },
+         {{"TopHistory", "++"}, {"NextHistory", "++"}, {"PrevHistory", "++"}, {"BottomHistory", "++"}}},
+        {"one cursor", [&] { canvas.marks.cursor[1] = 0.1; }, {{"AddBookmark", "+"}}},
+        {"bookmarks",
+         [&] { laBookmark_Add(canvas, laAgentId, 0.1); },
+         {{"EditBookmarks", "+"}, {"DeleteBookmarks", "+"}, {"ShowBookmark 0", "+"}}},
+        {"whole names", [&] { canvas.list.flatView = true; }, {{"FlatView", "+"}}}};
+    Follow(cases);
 }
 
 TEST_F(CanvasMenus, LabelsAndCheckMarks) {
