@@ -14,15 +14,15 @@ DialogItem number(const char* name, const char* spoken) {
 }
 
 std::vector<std::string> legend_lines() {
-    const LayoutItems buttons = {"bt_change", "bt_visible", "bt_undo", "bt_close"};
+    const LayoutItems buttons = {"bt_change", "bt_visible", "bt_look", "bt_undo", "bt_close"};
     const LayoutItems rows = {"tf_filter", "bt_important", "bt_close"};
     LayoutBuilder layout;
     layout.leastWidths({{.of = {"t_filter", "tf_filter"}, .pixels = 24},
-                        {.of = buttons, .pixels = 48},
+                        {.of = buttons, .pixels = 56},
                         {.of = {"bt_important"}, .pixels = 24},
                         {.pixels = 80, .letters = 40}});
     layout.leastHeight({.of = rows, .pixels = 56, .lines = 8});
-    layout.firstWidths({{.of = buttons, .pixels = 64}, {.pixels = 12, .letters = 56}});
+    layout.firstWidths({{.of = buttons, .pixels = 72}, {.pixels = 12, .letters = 56}});
     layout.firstHeight({.pixels = 56, .lines = 32});
     layout.fillWidth("tf_filter", {.less = {"t_filter"}, .gaps = 24});
     layout.fillWidth("list", {.gaps = 16});
@@ -36,7 +36,7 @@ std::vector<std::string> legend_lines() {
     layout.textRow({"t_filter", "tf_filter"}, "tf_filter");
     layout.below({.items = {"list"}, .of = "tf_filter"});
     layout.bottom({.items = buttons});
-    layout.inRow({"bt_change", "bt_visible", "bt_undo"});
+    layout.inRow({"bt_change", "bt_visible", "bt_look", "bt_undo"});
     layout.right({.items = {"bt_close"}});
     layout.above({.items = {"bt_important"}, .of = "bt_change"});
     return layout.lines();
@@ -100,6 +100,7 @@ DialogDescription legend_Window() {
                    .kind = DialogKind::CheckBox,
                    .text = "&Never hidden under others",
                    .flags = Dialog_Disabled},
+                  {.name = "bt_look", .kind = DialogKind::Button, .text = "Use &look..."},
                   changer("bt_undo", "&Undo"),
                   item_Close("bt_close")},
         .layout = legend_lines(),

@@ -5,6 +5,7 @@
 
 #include "chronoweave/analysis/canvas_windows.h"
 #include "chronoweave/analysis/legend_dialogs.h"
+#include "chronoweave/rtos/status_looks.h"
 #include "shared/libcxxutil/text.h"
 #include "windlib/lagraph/surface.h"
 #include "windlib/menu/menu.h"
@@ -60,6 +61,7 @@ class LegendWindow {
         const size_t row = Selected();
         if (name == "bt_change") Change(row);
         if (name == "bt_visible") ToggleVisible(row);
+        if (name == "bt_look") UseLook();
         if (name == "bt_undo") Undo();
         if (name == "bt_close") model_.close(Dialog_Dismissed);
     }
@@ -77,6 +79,8 @@ class LegendWindow {
             model_.close(Dialog_Dismissed);
         else if (command == "Undo" && !undo_.empty())
             Undo();
+        else if (command == "UseLook")
+            UseLook();
         else
             canvas_.calls.host->beep();
     }
@@ -216,6 +220,23 @@ class LegendWindow {
         Refresh();
     }
 
+    // The lines of all statuses at once, from a file.
+    void UseLook() {
+        const std::vector<LegendLook> looks = legend_Looks(canvas_.looks.legend.osName);
+        std::vector<PopUpRow> rows;
+        for (const LegendLook& look : looks) rows.push_back({text_utf8(look.name), true, {}});
+        if (rows.empty()) rows.push_back({"No look is installed", false, {}});
+        const int chosen = canvas_.calls.host->popUpMenu("Use look", rows);
+        if (chosen < 0 || static_cast<size_t>(chosen) >= looks.size()) return;
+        Remember();
+        const Result used = laLegend_UseLook(canvas_, looks[static_cast<size_t>(chosen)].path);
+        if (!used) {
+            undo_.pop_back();
+            canvas_.calls.host->message(used.text());
+        }
+        Refresh();
+    }
+
     void Remember() {
         if (undo_.size() == mostUndo) undo_.erase(undo_.begin());
         undo_.push_back(laLegend_Take(canvas_));
@@ -248,7 +269,8 @@ class LegendWindow {
 
 void add_edit_menu() {
     MenuRegistry& menus = menu_Registry();
-    if (!menus.Find("TraxLegendEdit", false)) menus.Define("TraxLegendEdit", "{'&Undo' 'C-z' Undo}");
+    if (!menus.Find("TraxLegendEdit", false))
+        menus.Define("TraxLegendEdit", "{'&Undo' 'C-z' Undo} {'Use &Look...' UseLook}");
     MenuResource* bar = menus.Find("TraxLegendMenu", false);
     if (bar && !bar->RowOf("->TraxLegendEdit"))
         menus.AddRow("TraxLegendMenu", {"&Edit", "", "->TraxLegendEdit"});

@@ -220,6 +220,26 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
     EXPECT_FALSE(window->item("bt_important").enabled);
 }
 
+TEST_F(LegendWindowTest, ALookGivesAllStatusesTheirLines) {
+    Open();
+    LegendStatus& ready = canvas.looks.legend.statuses[0];
+    window->press("bt_look");
+    EXPECT_FALSE(Changed()) << "none is installed for this system";
+    canvas.looks.legend.osName = "KORVANTIS";
+    host.popUpAnswer = 1;
+    window->press("bt_look");
+    EXPECT_TRUE(Changed());
+    EXPECT_EQ(ready.lineStyle, Line_Dash);
+    EXPECT_EQ(ready.red, 0xC700);
+    EXPECT_EQ(canvas.looks.statusLooks[0].colour, 0xC78500u);
+    EXPECT_EQ(canvas.looks.legend.statuses[6].lineStyle, Line_DashDot) << "it has no line for this one";
+    window->press("bt_undo");
+    EXPECT_EQ(ready.lineStyle, Line_Solid);
+    host.popUpAnswer = -1;
+    window->menu("UseLook");
+    EXPECT_FALSE(window->item("bt_undo").enabled);
+}
+
 TEST_F(LegendWindowTest, GoesWithTheSource) {
     Open();
     laCanvas_Reset(canvas, laResetOf::Source);

@@ -22,6 +22,7 @@ struct OptionBox {
 constexpr OptionBox optionBoxes[] = {
     {"wheel", &ProgramOptions::bareWheelZooms},   {"snap", &ProgramOptions::cursorsSnap},
     {"newtrv", &ProgramOptions::newTrv},          {"prefetch", &ProgramOptions::prefetch},
+    {"switches", &ProgramOptions::plainSwitches}, {"marks", &ProgramOptions::plainMarks},
     {"kernel", &ProgramOptions::kernel},          {"icons", &ProgramOptions::iconButtons},
     {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom},
     {"dark", &ProgramOptions::darkColours}};

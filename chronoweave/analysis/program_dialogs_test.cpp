@@ -67,14 +67,15 @@ TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {
     host.drive = [](DialogModel& model) {
         for (const char* box : {"newtrv", "prefetch", "icons", "right", "bottom", "snap"})
             EXPECT_TRUE(model.item(box).checked) << box;
-        for (const char* box : {"wheel", "kernel", "dark"}) EXPECT_FALSE(model.item(box).checked) << box;
-        EXPECT_TRUE(model.check("wheel", true));
+        for (const char* box : {"wheel", "kernel", "dark", "marks", "switches"})
+            EXPECT_FALSE(model.item(box).checked) << box;
+        for (const char* box : {"wheel", "marks", "switches"}) EXPECT_TRUE(model.check(box, true));
         EXPECT_TRUE(model.check("snap", false));
         EXPECT_TRUE(model.check("bottom", false));
         EXPECT_TRUE(model.key(DialogKey::Enter));
     };
     ProgramOptions wanted = options;
-    wanted.bareWheelZooms = true;
+    wanted.bareWheelZooms = wanted.plainMarks = wanted.plainSwitches = true;
     wanted.cursorsSnap = wanted.horizontalBarBottom = false;
     EXPECT_EQ(dialogs_AskOptions(host, options), wanted);
     host.drive = [](DialogModel& model) { model.key(DialogKey::Escape); };

@@ -14,6 +14,8 @@ constexpr OptionName optionNames[] = {{"NewTrv", &ProgramOptions::newTrv},
                                       {"ScrollBottom", &ProgramOptions::horizontalBarBottom},
                                       {"WheelZoom", &ProgramOptions::bareWheelZooms},
                                       {"Snap", &ProgramOptions::cursorsSnap},
+                                      {"PlainSwitches", &ProgramOptions::plainSwitches},
+                                      {"PlainMarks", &ProgramOptions::plainMarks},
                                       {"EventTable", &ProgramOptions::eventTable},
                                       {"DarkColours", &ProgramOptions::darkColours}};
 

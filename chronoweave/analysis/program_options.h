@@ -15,6 +15,8 @@ struct ProgramOptions {
     bool horizontalBarBottom = true;
     bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
     bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
+    bool plainSwitches = false;   // context switches look the same however many stand close together
+    bool plainMarks = false;      // marks of overlap are the legend's picture, else numbers
     bool eventTable = false;      // new windows show the table of events
     bool darkColours = false;     // windows are dark whatever the desktop's colours are
 

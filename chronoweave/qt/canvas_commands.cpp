@@ -114,8 +114,12 @@ void CanvasWindow::takeOptions() {
     const ProgramOptions wanted = options();
     _LaCanvasData& canvas = view_->canvas();
     const bool rows = canvas.list.kernelGroup != wanted.kernel,
-               icons = canvas.options.newTrv != wanted.newTrv;
+               icons = canvas.options.newTrv != wanted.newTrv ||
+                       canvas.options.plainMarks != wanted.plainMarks ||
+                       canvas.options.plainSwitches != wanted.plainSwitches;
     canvas.options.newTrv = wanted.newTrv;
+    canvas.options.plainMarks = wanted.plainMarks;
+    canvas.options.plainSwitches = wanted.plainSwitches;
     canvas.options.prefetch = wanted.prefetch;
     canvas.list.kernelGroup = wanted.kernel;
     canvas.options.snapCursors = wanted.cursorsSnap;

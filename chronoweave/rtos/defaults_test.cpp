@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <tuple>
 
 #include "chronoweave/rtos/configure_reader.h"
+#include "chronoweave/rtos/status_looks.h"
 #include "libtrv/event_names.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
@@ -104,6 +106,42 @@ TEST_P(Defaults, EveryIconExistsAndIsSmall) {
         EXPECT_GT(icon_Width(icon), 0) << event.iconName;
         EXPECT_LE(std::max(icon_Width(icon), icon_Height(icon)), 20) << event.iconName;
     }
+}
+
+// The look of the statuses beside each file: the same statuses, other lines, and the way back.
+TEST_P(Defaults, TheClassicLookIsKept) {
+    const std::vector<LegendLook> looks = legend_Looks(GetParam());
+    ASSERT_EQ(looks.size(), 2u);
+    EXPECT_EQ(looks[0].name, "Default");
+    EXPECT_EQ(looks[1].name, "Classic");
+    EXPECT_EQ(configure_Check(looks[1].path).errors, 0);
+    std::vector<LegendStatus> statuses = legend_.statuses;
+    const auto lines = [&statuses] {
+        std::vector<std::tuple<int, int, int>> all;
+        for (const LegendStatus& one : statuses) all.emplace_back(one.red, one.thickness, one.lineStyle);
+        return all;
+    };
+    const auto shipped = lines();
+    ASSERT_TRUE(legend_UseLook(looks[1].path, statuses));
+    const LegendStatus& ready = statuses[static_cast<size_t>(legend_.StatusByName("READY"))];
+    EXPECT_EQ(ready.lineStyle, Line_Dash);
+    EXPECT_EQ(ready.thickness, 2);
+    EXPECT_NE(lines(), shipped);
+    ASSERT_TRUE(legend_UseLook(looks[0].path, statuses));
+    EXPECT_EQ(lines(), shipped);
+    EXPECT_FALSE(legend_UseLook(looks[0].path + "x", statuses));
+    EXPECT_EQ(lines(), shipped);
+}
+
+// A line's weight says how much its status matters; only what is rare is broken.
+TEST_P(Defaults, WeightSaysWhatMatters) {
+    const auto thickness = [&](const char* name) {
+        return legend_.statuses[static_cast<size_t>(legend_.StatusByName(name))].thickness;
+    };
+    for (const char* sleeps : {"SUSPEND", "PEND", "EVWAIT"}) EXPECT_LT(thickness(sleeps), thickness("READY"));
+    EXPECT_LT(thickness("READY"), thickness("RUNNING"));
+    for (const char* common : {"READY", "PEND", "EVWAIT", "RUNNING"})
+        EXPECT_EQ(legend_.statuses[static_cast<size_t>(legend_.StatusByName(common))].lineStyle, Line_Solid);
 }
 
 TEST(DefaultIcons, TheProgramsOwnAreThere) {

@@ -19,6 +19,15 @@ constexpr Colour colour_From16(uint16_t red, uint16_t green, uint16_t blue) {
     return (static_cast<Colour>(red >> 8) << 16) | (static_cast<Colour>(green >> 8) << 8) |
            static_cast<Colour>(blue >> 8);
 }
+// What a colour at an opacity from 0 to 1 makes of a ground.
+constexpr Colour colour_Mix(Colour colour, Colour ground, double opacity) {
+    Colour mixed = 0;
+    for (int shift = 0; shift <= 16; shift += 8)
+        mixed |= static_cast<Colour>(static_cast<double>(colour >> shift & 0xFF) * opacity +
+                                     static_cast<double>(ground >> shift & 0xFF) * (1 - opacity) + 0.5)
+                 << shift;
+    return mixed;
+}
 constexpr Colour NoColour = 0xFFFFFFFF;  // a transparent text background
 
 // Fonts by slot. Names in the list and on the axis must be measurable with no display, see FontMetrics.
@@ -60,6 +69,11 @@ class Surface {
     virtual void clearRect(int x, int y, int w, int h) = 0;
     // y is the baseline. text is UTF-8. background NoColour is transparent.
     virtual void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) = 0;
+    // The same with no background, for few different texts that are drawn very often: a surface may keep
+    // pictures of them.
+    virtual void drawShortText(int x, int y, std::string_view text, Colour foreground) {
+        drawText(x, y, text, foreground, NoColour);
+    }
     virtual TextExtent textExtent(std::string_view text) = 0;
     // At its top left corner.
     virtual void drawIcon(int x, int y, IconHandle icon) = 0;

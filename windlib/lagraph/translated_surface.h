@@ -30,6 +30,9 @@ class TranslatedSurface : public Surface {
     void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override {
         target_.drawText(left_ + x, top_ + y, text, foreground, background);
     }
+    void drawShortText(int x, int y, std::string_view text, Colour foreground) override {
+        target_.drawShortText(left_ + x, top_ + y, text, foreground);
+    }
     TextExtent textExtent(std::string_view text) override { return target_.textExtent(text); }
     void drawIcon(int x, int y, IconHandle icon) override { target_.drawIcon(left_ + x, top_ + y, icon); }
     bool copyRect(int x, int y, int w, int h, int dx, int dy) override {

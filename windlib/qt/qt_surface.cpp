@@ -5,6 +5,7 @@
 #include <array>
 
 #include "windlib/qt/icon_images.h"
+#include "windlib/qt/text_images.h"
 
 namespace {
 
@@ -146,6 +147,15 @@ void QtSurface::drawText(int x, int y, std::string_view text, Colour foreground,
     }
     painter_.setPen(colourOf(foreground));
     painter_.drawText(x, y, shown);
+}
+
+void QtSurface::drawShortText(int x, int y, std::string_view text, Colour foreground) {
+    if (!pixels_.usable() || exclusiveOr_) return drawText(x, y, text, foreground, NoColour);
+    const QFontMetrics& metrics = fonts_.metrics[font_];
+    pixels_.blend(
+        x, y - metrics.ascent(),
+        textSprite(fonts_.fonts[font_], metrics, text, foreground, painter_.device()->devicePixelRatioF()),
+        clip_);
 }
 
 TextExtent QtSurface::textExtent(std::string_view text) {

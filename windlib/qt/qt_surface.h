@@ -46,6 +46,7 @@ class QtSurface : public Surface {
     void fillRect(int x, int y, int w, int h, Colour colour) override;
     void clearRect(int x, int y, int w, int h) override;
     void drawText(int x, int y, std::string_view text, Colour foreground, Colour background) override;
+    void drawShortText(int x, int y, std::string_view text, Colour foreground) override;
     TextExtent textExtent(std::string_view text) override;
     void drawIcon(int x, int y, IconHandle icon) override;
     bool copyRect(int x, int y, int w, int h, int dx, int dy) override;

@@ -32,11 +32,13 @@ void laPaint_Data(const laScene& scene, const laPaintArea& area) {
     paint.rect.bottom = std::min(area.reach.bottom, dataHeight) + scene.view.verticalOffset;
     paint.rect.top += scene.view.verticalOffset;
     surface.pushClip(part.left, part.top, part.right - part.left, bottom - part.top, true);
+    const auto isSwitch = [](const LaStatusLook& look) { return look.isContextSwitch && look.shown; };
+    const bool switches =
+        std::any_of(scene.looks.statusLooks.begin(), scene.looks.statusLooks.end(), isSwitch);
+    if (switches) laPaint_Switches(paint, laSwitchLayer::Under);
     laPaint_Lanes(paint);
     laPaint_Icons(paint);
-    const auto switches = [](const LaStatusLook& look) { return look.isContextSwitch && look.shown; };
-    if (std::any_of(scene.looks.statusLooks.begin(), scene.looks.statusLooks.end(), switches))
-        laPaint_Switches(paint);
+    if (switches) laPaint_Switches(paint, laSwitchLayer::Over);
     laBookmark_PaintAll(scene);
     laHits_Paint(scene, part.left, part.right);
     surface.popClip();

@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr double countInk = 0.62;     // opacity of the numbers on marks
 constexpr int solidLineLimit = 1000;  // pixels; no legend needs a thicker line
 
 // The dashes of a stretch that holds few of them, as rectangles: a dashed pen costs many times as much.
@@ -87,12 +88,27 @@ class LanePainter {
     int start_ = 0, end_ = 0;
 };
 
+// The number of a mark, in the axis's font, which the surface has: weaker than what is drawn beside it.
+void draw_count(const laPaint& paint, const laShownIcon& mark, int centre) {
+    if (mark.left + laMark_Width(paint.scene, mark.hidden) <= paint.rect.left ||
+        mark.left >= paint.rect.right)
+        return;
+    Surface& surface = paint.surface;
+    const int baseline = centre + paint.scene.graph.axisFont.ascent * 2 / 5;
+    surface.drawShortText(mark.left + 1, baseline, laMark_Text(mark.hidden),
+                          colour_Mix(surface.foreground(), surface.background(), countInk));
+}
+
 // The icons of one lane that meet the rectangle.
 void draw_icons(const laPaint& paint, const laItem_Line& lane) {
     const laScene& scene = paint.scene;
     const int centre = laLn_IconY(scene.looks, lane) - scene.view.verticalOffset;
     laIconWalk walk(scene, lane, paint.scale, paint.rect.right);
     for (laShownIcon shown; walk.Next(shown);) {
+        if (shown.hidden > 0) {
+            draw_count(paint, shown, centre);
+            continue;
+        }
         const LaEventLook& look = scene.looks.eventLooks[lane.iconEvents[shown.number]];
         const int right = shown.left + std::max(look.width, shown.mark ? icon_Width(shown.icon) : 0);
         if (right <= paint.rect.left || shown.left >= paint.rect.right) continue;
@@ -120,9 +136,11 @@ void laPaint_Lanes(const laPaint& paint) {
 void laPaint_Icons(const laPaint& paint) {
     const laScene& scene = paint.scene;
     const int reach = scene.looks.rowHeight + scene.looks.maxExtent;
+    const int oldFont = paint.surface.setFont(Font_Axis);
     for (uint32_t i = 0; i < scene.items.lanes.size(); ++i) {
         const laItem_Line& lane = scene.items.lanes[i];
         if (lane.hidden || lane.y + reach < paint.rect.top || lane.y - reach > paint.rect.bottom) continue;
         draw_icons(paint, lane);
     }
+    if (oldFont >= 0) paint.surface.setFont(oldFont);
 }

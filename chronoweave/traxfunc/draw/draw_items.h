@@ -22,7 +22,9 @@ inline int laPaint_DashPhase(uint64_t start, int thickness, int style) {
 
 void laPaint_Lanes(const laPaint& paint);
 void laPaint_Icons(const laPaint& paint);
-void laPaint_Switches(const laPaint& paint);
+// The switches that are drawn as a tint under lanes and icons, or those that stand in front of them.
+enum class laSwitchLayer { Under, Over };
+void laPaint_Switches(const laPaint& paint, laSwitchLayer layer);
 // True when every switch that can be seen looks the same; which one then shows in a column doesn't depend on
 // the vertical position.
 bool laPaint_SwitchesLookAlike(const LaLooks& looks);

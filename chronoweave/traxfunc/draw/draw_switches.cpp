@@ -1,17 +1,23 @@
 // The context switches of a picture.
 #include <algorithm>
+#include <optional>
 
 #include "chronoweave/traxfunc/draw/columns.h"
 #include "chronoweave/traxfunc/draw/draw_items.h"
+#include "chronoweave/traxfunc/draw/switch_density.h"
 
 namespace {
 
-// Context switches. All of one column are held back until the next column begins: a line that lies wholly
-// under later ones of the column isn't drawn.
+// Context switches of one layer. All of one column are held back until the next column begins: a line that
+// lies wholly under later ones of the column isn't drawn.
 class SwitchPainter {
   public:
-    explicit SwitchPainter(const laPaint& paint)
-        : paint_(paint), scene_(paint.scene), ends_(scene_.items.lanes.size()) {
+    SwitchPainter(const laPaint& paint, laSwitchLayer layer)
+        : paint_(paint),
+          scene_(paint.scene),
+          layer_(layer),
+          ends_(scene_.items.lanes.size()),
+          density_(scene_, paint.scale) {
         const bool agentShown =
             scene_.items.hiddenAgent != laNoLane && !scene_.items.lanes[scene_.items.hiddenAgent].hidden;
         for (uint32_t i = 0; i < scene_.items.lanes.size(); ++i) {
@@ -62,11 +68,33 @@ class SwitchPainter {
         return (from.hidden & to.hidden) == 0 && ((from.hidden | to.hidden) & End::Nowhere) == 0;
     }
 
+    // Whether the strip that a switch falls into is of this layer. Where it is not, at goes on to the next
+    // strip; where another strip begins, what was held back is drawn first by flush.
+    template <class Flush>
+    bool OfLayer(uint32_t& at, const Flush& flush) {
+        if (scene_.options.plainSwitches) return true;
+        const int strip = density_.StripOf(at);
+        if (!strip_ || strip != *strip_) {
+            flush();
+            strip_ = strip;
+            count_ = density_.Count(at, [this](const laItem_Ctx& line) { return Seen(line); });
+        }
+        const bool dense = laSwitches_AreDense(count_);
+        if (dense == (layer_ == laSwitchLayer::Under)) return true;
+        at = density_.EndOfStrip(at);
+        return false;
+    }
+    Colour ColourOf(const LaStatusLook& look) const {
+        return layer_ == laSwitchLayer::Under
+                   ? laSwitches_Tint(look.colour, paint_.surface.background(), count_)
+                   : look.colour;
+    }
+
     void DrawInOrder() {
         const Table<laItem_Ctx>& lines = scene_.items.ctxLines;
         const double high = High();
-        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high; ++i)
-            Add(lines[i]);
+        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;)
+            if (OfLayer(i, [this] { Flush(); })) Add(lines[i++]);
         Flush();
     }
 
@@ -85,6 +113,7 @@ class SwitchPainter {
             return paint_.scale.ToPixel(lines[static_cast<uint32_t>(at)].t0);
         };
         for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
+            if (!OfLayer(i, [] {})) continue;
             lastX_ = column(i);
             const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
             // Two that take turns cross the same rows each time.
@@ -110,7 +139,7 @@ class SwitchPainter {
     void FlushUnion() {
         for (const Span& span : column_) {
             if (span.look->style == Line_Solid)
-                stretches_.push_back({lastX_, span});
+                stretches_.push_back({lastX_, span, ColourOf(*span.look)});
             else
                 Draw(span);
         }
@@ -134,18 +163,19 @@ class SwitchPainter {
     }
 
     void DrawBand(int top, int end) const {
-        const LaStatusLook& look = *stretches_.front().span.look;  // one for all
-        const int thickness = std::max(1, look.thickness);
+        const int thickness = std::max(1, stretches_.front().span.look->thickness);  // one look for all
         int left = 0, right = 0;  // columns of the rectangle in hand, the last one not included
+        Colour colour = 0;
         const auto flush = [&] {
-            if (left < right) paint_.surface.fillRect(left, top, right - left, end - top, look.colour);
+            if (left < right) paint_.surface.fillRect(left, top, right - left, end - top, colour);
         };
         for (const Stretch& stretch : stretches_) {
             if (stretch.span.y0 > top || stretch.span.y1 < top) continue;
             const int x = stretch.x - thickness / 2;
-            if (x > right || left == right) {
+            if (x > right || left == right || stretch.colour != colour) {
                 flush();
                 left = x;
+                colour = stretch.colour;
             }
             right = x + thickness;
         }
@@ -228,19 +258,25 @@ class SwitchPainter {
         const LaStatusLook& look = *span.look;
         // Dashes stand still in the content while it scrolls.
         const auto start = static_cast<uint64_t>(span.top() + scene_.view.verticalOffset);
-        paint_.surface.drawStyledLine(lastX_, span.top(), lastX_, span.bottom(), look.colour, look.thickness,
-                                      look.style, laPaint_DashPhase(start, look.thickness, look.style));
+        paint_.surface.drawStyledLine(lastX_, span.top(), lastX_, span.bottom(), ColourOf(look),
+                                      look.thickness, look.style,
+                                      laPaint_DashPhase(start, look.thickness, look.style));
     }
 
     const laPaint& paint_;
     const laScene& scene_;
+    const laSwitchLayer layer_;
     std::vector<End> ends_;
+    const laSwitchDensity density_;
+    std::optional<int> strip_;  // of the switch in hand
+    uint32_t count_ = 0;        // of that strip's switches
     int lastX_ = 0, lastTop_ = 0, lastBottom_ = 0;
     std::vector<Span> column_;  // of the column lastX_, and what they reach together
     int columnTop_ = noRow, columnBottom_ = -1, columnThickness_ = 0;
     struct Stretch {
         int x;
         Span span;  // y0 is the top
+        Colour colour;
     };
     std::vector<Stretch> stretches_;  // by column
 };
@@ -261,6 +297,7 @@ bool laPaint_SwitchesLookAlike(const LaLooks& looks) {
                        [&](const LegendStatus& status) { return agrees(status.contextSwitchLink); });
 }
 
-void laPaint_Switches(const laPaint& paint) {
-    SwitchPainter(paint).Draw();
+void laPaint_Switches(const laPaint& paint, laSwitchLayer layer) {
+    if (layer == laSwitchLayer::Under && paint.scene.options.plainSwitches) return;
+    SwitchPainter(paint, layer).Draw();
 }

@@ -65,6 +65,7 @@ TEST_F(Clusters, OneIconThenOneMarkAboutEveryIconWidth) {
 
 TEST_F(Clusters, MarkTakesThePlaceOfTheSecondIcon) {
     test.canvas->looks.overlapIcon = mark;
+    test.canvas->options.plainMarks = true;
     const int reach = std::max(10, icon_Width(mark)) / 2;
     for (int x : {100, 103, 103 + reach, 104 + reach}) Icon(x);
     EXPECT_EQ(Drawn(), (Icons{{95, first}, {98, mark}, {99 + reach, first}}));
@@ -91,6 +92,7 @@ TEST_F(Clusters, OlderRuleShowsWhatTheIconBeforeLeavesFree) {
 
 TEST_F(Clusters, SwitchesOfAColumnAreDrawnOnlyAsFarAsTheyShow) {
     _LaCanvasData& canvas = *test.canvas;
+    canvas.options.plainSwitches = true;
     for (uint32_t id : {3u, 4u}) laLn_New(canvas.items, id);
     laCanvas_Resort(canvas);
     const int32_t plain = canvas.looks.legend.contextSwitchStatus;

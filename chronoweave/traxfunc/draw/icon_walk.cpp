@@ -3,60 +3,158 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/draw/columns.h"
+#include "shared/libcxxutil/report.h"
 
-laSpaceRule::Shows laSpaceRule::Step(const LaLooks& looks, const LaEventLook& look, int x) {
-    if (x > nextFree) {
-        nextFree = x + look.width / 2;
-        overlapped = false;
-        return Own;
+namespace {
+
+constexpr int markMargin = 3;  // columns beside a number
+
+// The widest that a number gets.
+int widest_mark(const FontMetrics& font) {
+    return 4 * font.charWidth + markMargin;
+}
+
+}  // namespace
+
+bool laMark_IsCounted(const laScene& scene) {
+    return scene.options.newTrv && !scene.options.plainMarks && scene.looks.overlapIcon != NoIcon;
+}
+
+std::string laMark_Text(uint32_t hidden) {
+    if (hidden < 1000) return std::to_string(hidden);
+    return hidden < 1'000'000 ? gen_format("%uk", hidden / 1000) : gen_format("%uM", hidden / 1'000'000);
+}
+
+int laMark_Width(const laScene& scene, uint32_t hidden) {
+    return static_cast<int>(laMark_Text(hidden).size()) * scene.graph.axisFont.charWidth + markMargin;
+}
+
+int laIcons_Reach(const LaLooks& looks, const FontMetrics& axisFont) {
+    const int icon = std::max({looks.maxExtent, looks.maxIconWidth, icon_Width(looks.overlapIcon)});
+    return looks.overlapIcon == NoIcon ? icon : icon + widest_mark(axisFont);
+}
+
+laSpaceWalk::laSpaceWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, double from)
+    : scene_(scene),
+      looks_(scene.looks),
+      lane_(lane),
+      scale_(scale),
+      counted_(laMark_IsCounted(scene)),
+      at_(static_cast<size_t>(std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), from) -
+                              lane.iconTimes.begin())) {}
+
+bool laSpaceWalk::Step(laShownIcon& shown) {
+    const LaEventLook& look = LookOf(at_);
+    bool seen = false;
+    if (look.shown) {
+        const int x = column();
+        shown = {at_, x, look.icon, false, x - look.width / 2};
+        if (counted_ && x <= nextFree_ && !look.important) return Count(shown);
+        seen = Takes(look, shown);
     }
-    if (look.important) {
-        // Nothing is to cover it: neither a mark nor the next icon.
-        nextFree = x + look.width;
-        overlapped = true;
-        return Own;
+    ++at_;
+    // The rest of a cluster shows nothing, unless something important is in it.
+    if (overlapped_ && !counted_ && !looks_.anyImportantEvent)
+        at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), nextFree_,
+                                   [this](size_t i) { return Column(i); });
+    return seen;
+}
+
+// Whether the icon is drawn, or the legend's mark in its place.
+bool laSpaceWalk::Takes(const LaEventLook& look, laShownIcon& shown) {
+    if (shown.x > nextFree_ || look.important) {
+        // Nothing is to cover an important one: neither a mark nor the next icon.
+        const bool covers = shown.x <= nextFree_;
+        nextFree_ = shown.x + (covers ? look.width : look.width / 2);
+        overlapped_ = covers;
+        drawnEnd_ = shown.left + look.width;
+        return true;
     }
-    if (overlapped) return Nothing;
-    const bool marked = looks.overlapIcon != NoIcon;
-    const int width = std::max(look.width, marked ? icon_Width(looks.overlapIcon) : looks.maxIconWidth);
-    nextFree = std::max(nextFree, x + width / 2);
-    overlapped = true;
-    return marked ? Mark : Nothing;
+    if (overlapped_) return false;
+    shown.mark = looks_.overlapIcon != NoIcon;
+    const int width = std::max(look.width, shown.mark ? icon_Width(looks_.overlapIcon) : looks_.maxIconWidth);
+    nextFree_ = std::max(nextFree_, shown.x + width / 2);
+    overlapped_ = true;
+    if (shown.mark) shown.icon = looks_.overlapIcon;
+    return shown.mark;
+}
+
+int laSpaceWalk::EndOfMark(uint32_t hidden) const {
+    return drawnEnd_ + laMark_Width(scene_, hidden);
+}
+
+// A number behind what was drawn last takes all that it covers, and may grow by that.
+bool laSpaceWalk::Count(laShownIcon& shown) {
+    shown.mark = true;
+    shown.icon = NoIcon;
+    if (carried_ > 0) shown.number = carriedFrom_;
+    uint32_t hidden = carried_;
+    for (uint32_t more = 1; more > 0;) {
+        more = Pass();
+        hidden += more;
+        nextFree_ = EndOfMark(hidden) + looks_.maxIconWidth / 2;
+    }
+    const bool crowded = !done() && column() <= nextFree_;  // only something important stops ahead of it
+    if (crowded && column() - LookOf(at_).width / 2 < EndOfMark(hidden)) {
+        carriedFrom_ = shown.number;
+        carried_ = hidden;
+        return false;
+    }
+    carried_ = 0;
+    shown.hidden = hidden;
+    shown.left = drawnEnd_;
+    return true;
+}
+
+// Goes on to the first icon right of nextFree_, or an important one. How many that are shown were passed.
+uint32_t laSpaceWalk::Pass() {
+    const size_t end =
+        laPaint_FirstRightOf(at_, lane_.iconTimes.size(), nextFree_, [this](size_t i) { return Column(i); });
+    uint32_t passed = 0;
+    for (; at_ < end; ++at_) {
+        const LaEventLook& look = LookOf(at_);
+        if (look.shown && look.important) break;
+        passed += look.shown ? 1u : 0u;
+    }
+    return passed;
+}
+
+bool laSpaceWalk::Meets(const laSpaceWalk& other) const {
+    if (at_ != other.at_) return false;
+    if (done()) return true;
+    if (carried_ != other.carried_ || carriedFrom_ != other.carriedFrom_) return false;
+    const int x = column();
+    return (x > nextFree_ && x > other.nextFree_) ||
+           (nextFree_ == other.nextFree_ && overlapped_ == other.overlapped_ &&
+            (!counted_ || drawnEnd_ == other.drawnEnd_));
 }
 
 laIconWalk::laIconWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, int right)
-    : scene_(scene), lane_(lane), scale_(scale) {
-    const std::vector<double>& times = lane.iconTimes;
-    at_ =
-        static_cast<size_t>(std::lower_bound(times.begin(), times.end(), scene.view.viewLow) - times.begin());
-    last_ = std::min(scene.view.viewHigh, scale.ToTime(right + scene.looks.maxIconWidth + 2));
-}
+    : scene_(scene),
+      lane_(lane),
+      scale_(scale),
+      space_(scene, lane, scale, scene.view.viewLow),
+      at_(space_.at()),
+      last_(std::min(scene.view.viewHigh, scale.ToTime(right + scene.looks.maxIconWidth + 2))) {}
 
 bool laIconWalk::Next(laShownIcon& shown) {
-    const std::vector<double>& times = lane_.iconTimes;
-    const auto column = [&](size_t i) { return scale_.ToPixel(times[i]); };
-    while (at_ < times.size() && times[at_] <= last_) {
-        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
-        bool seen = false;
-        if (look.shown) {
-            const int x = column(at_);
-            shown = {at_, x, look.icon, false, x - look.width / 2, -1};
-            seen = scene_.options.newTrv ? BySpace(look, shown) : ByRectangles(look, shown);
-        }
-        ++at_;
-        // The rest of a cluster shows nothing, unless something important is in it.
-        if (space_.overlapped && !scene_.looks.anyImportantEvent)
-            at_ = laPaint_FirstRightOf(at_, times.size(), space_.nextFree, column);
-        if (seen) return true;
-    }
+    if (!scene_.options.newTrv) return NextByRectangles(shown);
+    while (!space_.done() && space_.time() <= last_)
+        if (space_.Step(shown)) return true;
     return false;
 }
 
-bool laIconWalk::BySpace(const LaEventLook& look, laShownIcon& shown) {
-    const laSpaceRule::Shows shows = space_.Step(scene_.looks, look, shown.x);
-    shown.mark = shows == laSpaceRule::Mark;
-    if (shown.mark) shown.icon = scene_.looks.overlapIcon;
-    return shows != laSpaceRule::Nothing;
+bool laIconWalk::NextByRectangles(laShownIcon& shown) {
+    const std::vector<double>& times = lane_.iconTimes;
+    while (at_ < times.size() && times[at_] <= last_) {
+        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
+        const size_t at = at_++;
+        if (!look.shown) continue;
+        const int x = scale_.ToPixel(times[at]);
+        shown = {at, x, look.icon, false, x - look.width / 2};
+        if (ByRectangles(look, shown)) return true;
+    }
+    return false;
 }
 
 bool laIconWalk::ByRectangles(const LaEventLook& look, laShownIcon& shown) {
@@ -87,58 +185,31 @@ laIconGroup laIcons_Group(const laScene& scene, const laItem_Line& lane, size_t 
     return {number, found ? static_cast<size_t>(end - lane.iconTimes.begin()) : number + 1};
 }
 
+std::optional<laShownIcon> laMark_At(const laScene& scene, const laItem_Line& lane, int x) {
+    if (!laMark_IsCounted(scene)) return std::nullopt;
+    const laTimeScale scale = scene.scale();
+    laIconWalk walk(scene, lane, scale, x + 1);
+    std::optional<laShownIcon> mark;
+    for (laShownIcon shown; walk.Next(shown);)
+        if (shown.hidden > 0 && x >= shown.left && x < shown.left + laMark_Width(scene, shown.hidden))
+            mark = shown;
+    return mark;
+}
+
 namespace {
-
-// The overlap rule walking along one lane.
-class SpaceWalk {
-  public:
-    SpaceWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, double low)
-        : scene_(scene),
-          lane_(lane),
-          scale_(scale),
-          at_(static_cast<size_t>(std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), low) -
-                                  lane.iconTimes.begin())) {}
-
-    bool done() const { return at_ >= lane_.iconTimes.size(); }
-    size_t at() const { return at_; }
-    double time() const { return lane_.iconTimes[at_]; }
-    int column() const { return scale_.ToPixel(time()); }
-    void Step() {
-        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
-        if (look.shown) rule_.Step(scene_.looks, look, column());
-        ++at_;
-        if (rule_.overlapped && !scene_.looks.anyImportantEvent)
-            at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), rule_.nextFree,
-                                       [&](size_t i) { return scale_.ToPixel(lane_.iconTimes[i]); });
-    }
-    // Both are before the same icon, and nothing from it on can differ.
-    bool Meets(const SpaceWalk& other) const {
-        if (at_ != other.at_) return false;
-        if (done()) return true;
-        const int x = column();
-        return (x > rule_.nextFree && x > other.rule_.nextFree) ||
-               (rule_.nextFree == other.rule_.nextFree && rule_.overlapped == other.rule_.overlapped);
-    }
-
-  private:
-    const laScene& scene_;
-    const laItem_Line& lane_;
-    const laTimeScale& scale_;
-    size_t at_;
-    laSpaceRule rule_;
-};
 
 // The column, counted from the earlier view, at which the walks of two views fall together; 0 when they are
 // never apart.
 int settle_lane(const laScene& scene, const laItem_Line& lane, double earlier, double later, int limit) {
     const laTimeScale scale(earlier, 1e300, scene.view.pixelsPerUnit, scene.graph.width);
-    SpaceWalk first(scene, lane, scale, earlier), second(scene, lane, scale, later);
-    while (!first.done() && first.time() < later) first.Step();
+    laSpaceWalk first(scene, lane, scale, earlier), second(scene, lane, scale, later);
+    laShownIcon shown;
+    while (!first.done() && first.time() < later) first.Step(shown);
     int column = 0;
     while (!first.Meets(second) && column < limit) {
-        SpaceWalk& behind = second.done() || (!first.done() && first.at() <= second.at()) ? first : second;
+        laSpaceWalk& behind = second.done() || (!first.done() && first.at() <= second.at()) ? first : second;
         column = behind.column() + 1;
-        behind.Step();
+        behind.Step(shown);
     }
     return column;
 }

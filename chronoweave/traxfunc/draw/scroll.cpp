@@ -49,8 +49,7 @@ std::optional<laScrollPlan> move_columns(const laScene& scene, int64_t columns) 
     if (std::llabs(columns) >= width) return std::nullopt;
     const int shift = static_cast<int>(columns);
     // How far an item may reach to either side of its column.
-    const int reach =
-        std::max({scene.looks.maxExtent, scene.looks.maxIconWidth, icon_Width(scene.looks.overlapIcon)}) + 2;
+    const int reach = laIcons_Reach(scene.looks, scene.graph.axisFont) + 2;
     const int settled = laIcons_SettleColumn(scene, scene.view.painted.low, scene.view.viewLow,
                                              std::abs(shift), width - width / 4);
     const int left = std::max(shift < 0 ? -shift : 0, settled) + reach;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "chronoweave/rtos/status_looks.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "shared/libcxxutil/text.h"
@@ -111,6 +112,12 @@ bool laLegend_SetStatus(_LaCanvasData& canvas, size_t status, const laStatusSett
     row.lineStyle = setting.lineStyle;
     take_effect(canvas, row.visible);
     return true;
+}
+
+Result laLegend_UseLook(_LaCanvasData& canvas, const std::string& path) {
+    Result used = legend_UseLook(path, canvas.looks.legend.statuses);
+    if (used) take_effect(canvas, true);
+    return used;
 }
 
 uint16_t laLegend_ScanChannel(std::string_view text) {

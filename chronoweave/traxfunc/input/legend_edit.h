@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "shared/libcxxutil/result.h"
 
 // The legend as one list: first the statuses, then the events with their categories.
 size_t laLegend_RowCount(const _LaCanvasData& canvas);
@@ -33,6 +34,8 @@ struct laStatusSetting {
 laStatusSetting laLegend_StatusSetting(const _LaCanvasData& canvas, size_t status);
 // True when that changed anything.
 bool laLegend_SetStatus(_LaCanvasData& canvas, size_t status, const laStatusSetting& setting);
+// The lines of the statuses become those of a configure file (see status_looks.h); a failure changes nothing.
+Result laLegend_UseLook(_LaCanvasData& canvas, const std::string& path);
 // A colour field as typed: hexadecimal with 0x in front, else decimal; below 256 it is the high byte, else
 // the whole channel. What is no number is 0.
 uint16_t laLegend_ScanChannel(std::string_view text);

@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw.h"
+#include "chronoweave/traxfunc/input/crowd.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/view.h"
@@ -24,9 +25,10 @@ bool inside(const _LaCanvasData& canvas, const laPointerEvent& event) {
 
 std::string laPointer_Tip(_LaCanvasData& canvas, int x, int y) {
     if (y >= laAxis_Top(*canvas.graph)) return {};
+    canvas.hand.tipItem.reset();
+    if (const auto crowd = laCrowd_At(canvas, x, y)) return laCrowd_Tip(canvas, *crowd);
     canvas.hand.hoverPass = true;
     canvas.hand.hoverText.clear();
-    canvas.hand.tipItem.reset();
     laCanvas_HitTest(canvas, x, y, true, nullptr);
     canvas.hand.hoverPass = false;
     return std::exchange(canvas.hand.hoverText, {});
@@ -48,7 +50,10 @@ void laPointer::PressLeft(const laPointerEvent& event) {
     }
     if (event.clicks >= 2) {
         if (drag_) EndDrag();
-        if (event.y < laAxis_Top(*canvas_.graph)) laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
+        if (const auto crowd = laCrowd_At(canvas_, event.x, event.y))
+            laCrowd_Part(canvas_, *crowd);
+        else if (event.y < laAxis_Top(*canvas_.graph))
+            laCanvas_HitTest(canvas_, event.x, event.y, true, nullptr);
         return;
     }
     pressX_ = event.x;

@@ -45,7 +45,7 @@ class Walk {
     }
     std::string Step() {
         const double span = canvas_.view.viewLength;
-        switch (Below(15)) {
+        switch (Below(16)) {
             case 0:
                 laCanvas_ZoomAtColumn(canvas_, Below(pixels_.width()), Below(2) ? 0.5 : 0.83);
                 return "zoom in";
@@ -68,6 +68,12 @@ class Walk {
             case 14:
                 laHits_Set(canvas_, Hits(Below(3) == 0 ? 0 : Below(40)));
                 return "hits";
+            case 15: {
+                const int from = Below(pixels_.width()), end = from + Below(60);
+                Below(2) ? laCanvas_RepaintColumns(canvas_, from, end)
+                         : laCanvas_RepaintRows(canvas_, from / 3, end / 3);
+                return "part";
+            }
             case 7:
             case 8:
             case 9:
@@ -137,6 +143,14 @@ Legend plain_legend() {
     return legend;
 }
 
+// One that marks crowds of icons.
+Legend marked_legend(bool important) {
+    Legend legend = plain_legend();
+    legend.misc.overlapIcon = "overlap";
+    if (important) legend.events[2].flags |= LegendEvent_Important;
+    return legend;
+}
+
 void run(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, int leastCopies,
          Painted painted = Painted::AtOnce) {
     Walk walk(seed, legend, events, painted);
@@ -154,6 +168,11 @@ TEST(Scroll, APartlyRepaintedPictureIsTheWholeOne) {
 
 TEST(Scroll, SoItIsWithSwitchesOfSeveralLooksAndFewEvents) {
     for (unsigned seed = 11; seed <= 13; ++seed) run(seed, test_legend(), random_events(seed, 300), 20);
+}
+
+TEST(Scroll, SoItIsWithNumbersOnCrowdsOfIcons) {
+    for (unsigned seed = 31; seed <= 34; ++seed)
+        run(seed, marked_legend(seed % 2 == 0), random_events(seed, seed < 33 ? 4000 : 1200), 20);
 }
 
 TEST(Scroll, WhatWasNotedIsPaintedAsTheWholeOne) {

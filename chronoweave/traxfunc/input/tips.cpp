@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 
 #include "chronoweave/rtos/extra_format.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/fetch/stretch_ends.h"
+#include "chronoweave/traxfunc/input/icon_counts.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -15,8 +15,6 @@
 #include "shared/libcxxutil/text.h"
 
 namespace {
-
-constexpr size_t mostNames = 8;  // of the events under a mark
 
 std::string quoted(const std::string& name) {
     return '"' + text_utf8(name) + '"';
@@ -80,23 +78,8 @@ std::string group_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon, s
     auto number = static_cast<size_t>(first - lane.iconTimes.begin());
     while (number < lane.iconTimes.size() && laBm_OfLane(canvas.items, icon.lane, number) != index) ++number;
     const laIconGroup group = laIcons_Group(canvas.scene(), lane, number);
-    std::map<std::string, size_t> counts;
-    size_t total = 0;
-    for (size_t i = group.first; i < group.end; ++i) {
-        const auto row = static_cast<size_t>(lane.iconEvents[i]);
-        if (!canvas.looks.eventLooks[row].shown) continue;
-        ++counts[canvas.looks.legend.events[row].name];
-        ++total;
-    }
-    if (total < 2) return {};
-    std::vector<std::pair<size_t, std::string>> names;
-    for (const auto& [name, count] : counts) names.emplace_back(count, name);
-    std::stable_sort(names.begin(), names.end(),
-                     [](const auto& a, const auto& b) { return a.first > b.first; });
-    std::string text = gen_format("\n%zu events: ", total);
-    for (size_t i = 0; i < std::min(names.size(), mostNames); ++i)
-        text += (i ? ", " : "") + std::to_string(names[i].first) + " " + quoted(names[i].second);
-    return text + (names.size() > mostNames ? ", ..." : "");
+    const std::string counts = laIcons_CountText(canvas, lane, group);
+    return counts.empty() ? counts : '\n' + counts;
 }
 
 std::string event_tip(_LaCanvasData& canvas, const laItemRef& item) {

@@ -2,9 +2,11 @@
 #pragma once
 
 struct LaOptions {
-    bool newTrv = true;       // the overlap rule by free space, else by rectangles
-    bool prefetch = true;     // a fetch takes twice the range
-    bool snapCursors = true;  // the pointer's cursors jump to an edge close by
+    bool newTrv = true;          // the overlap rule by free space, else by rectangles
+    bool prefetch = true;        // a fetch takes twice the range
+    bool snapCursors = true;     // the pointer's cursors jump to an edge close by
+    bool plainMarks = false;     // marks of overlap are the legend's picture, else numbers
+    bool plainSwitches = false;  // context switches are drawn the same however many they are
     bool allForIntervalSearch = false;
     bool extraDataWarning = true;        // in texts of extra data that does not fit its format
     bool unusedExtraDataWarning = true;  // and of extra data that the format leaves over

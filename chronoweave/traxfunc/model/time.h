@@ -1,6 +1,8 @@
 // Times, columns and the axis. All conversions between a time and a pixel go through here.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -41,6 +43,11 @@ class laTimeScale {
         if (offset < 0) return leftOfView;
         const double pixel = offset * perUnit_ + half;
         return pixel >= 2147483647.0 ? farRight : static_cast<int>(pixel);
+    }
+    // The same also where it lies left or right of the view, as far as 2^30 columns.
+    int ToColumn(double time) const {
+        const double pixel = std::floor((time - low_) * perUnit_ + half);
+        return static_cast<int>(std::clamp(pixel, -1073741824.0, 1073741824.0));
     }
     int RightOfView() const { return rightOfView_; }
     // Time base of a column.

@@ -5,6 +5,8 @@
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/draw/switch_density.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -38,8 +40,8 @@ bool show_first_view(_LaCanvasData& canvas, uint32_t count) {
 
 // How many columns an item may reach to the left of its own: an icon, a mark about many, and what is counted
 // by columns.
-int reach_left(const LaLooks& looks) {
-    return 2 * std::max({looks.maxExtent, looks.maxIconWidth, icon_Width(looks.overlapIcon)}) + 16;
+int reach_left(const _LaCanvasData& canvas) {
+    return 2 * laIcons_Reach(canvas.looks, canvas.graph->axisFont) + 2 * laSwitches_Strip;
 }
 
 // The picture from a time on; all of it where it isn't one of the items as they were.
@@ -48,7 +50,7 @@ void paint_from(_LaCanvasData& canvas, double time, uint32_t version) {
     if (!painted.valid || painted.itemsVersion != version || painted.low != canvas.view.viewLow ||
         painted.pixelsPerUnit != canvas.view.pixelsPerUnit)
         return laCanvas_Repaint(canvas);
-    const double column = (time - canvas.view.viewLow) * canvas.view.pixelsPerUnit - reach_left(canvas.looks);
+    const double column = (time - canvas.view.viewLow) * canvas.view.pixelsPerUnit - reach_left(canvas);
     if (column >= canvas.graph->width) return;
     laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
 }
