@@ -2,6 +2,8 @@
 // thousand objects. Processor time, each against clearing the same pixels.
 #include "bench/inputs.h"
 #include "bench/measure.h"
+#include "chronoweave/traxfunc/canvas/followed_rows.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/view.h"
@@ -44,6 +46,29 @@ Step view_of(double events) {
     };
 }
 
+void show_whole(_LaCanvasData& canvas) {
+    laCanvas_ShowAll(canvas);
+}
+
+void register_followed_rows(const BenchPlace& place) {
+    // All that comes when the view rests, the picture included.
+    for (const auto& [name, trace] :
+         {std::pair{"1M events", &place.hundredTasks}, {"1000 objects", &place.thousandTasks}})
+        measure_Register(std::string("rows that follow the view/") + name, [&place, trace = trace] {
+            const auto prepare = [](_LaCanvasData& canvas) {
+                show_whole(canvas);
+                laRows_ToggleOnlyActive(canvas);
+                laRows_ToggleMostActiveFirst(canvas);
+            };
+            const auto settle = [](_LaCanvasData& canvas) {
+                canvas.list.madeFor.reset();
+                laRows_Settle(canvas);
+                laCanvas_Repaint(canvas);
+            };
+            return step_cost(place, *trace, prepare, settle, 50);
+        });
+}
+
 }  // namespace
 
 void register_NavigationBenchmarks(const BenchPlace& place) {
@@ -76,7 +101,8 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
                                  },
                                  0);
                          });
-    const Step whole = [](_LaCanvasData& canvas) { laCanvas_ShowAll(canvas); };
+    const Step whole = show_whole;
+    register_followed_rows(place);
     measure_Register("hide/1000 objects", [&place, whole] {
         return step_cost(
             place, place.thousandTasks, whole,

@@ -10,7 +10,9 @@
 #include <utility>
 
 #include "chronoweave/analysis/detail_walk.h"
+#include "chronoweave/traxfunc/canvas/followed_rows.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
@@ -35,6 +37,7 @@ constexpr int columnsPerNotch = 80;
 constexpr int rowsPerNotch = 3;            // rows of the list
 constexpr int autoScrollEvery = 40;        // milliseconds
 constexpr int buttonsLookedAtEvery = 200;  // milliseconds
+constexpr int viewRests = 250;             // milliseconds without a move of it
 constexpr int tipWaits = 100;              // milliseconds, for other work to be over
 constexpr int autoScrollWidths = 3;        // character widths a step
 
@@ -63,6 +66,9 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
     pressed_.setInterval(buttonsLookedAtEvery);
     connect(&pressed_, &QTimer::timeout, this, [this] { checkButtons(); });
+    settle_.setSingleShot(true);
+    settle_.setInterval(viewRests);
+    connect(&settle_, &QTimer::timeout, this, [this] { settleRows(); });
     graph_.listChanged = [this] {
         namesStale_ = true;
         wantPaint();
@@ -132,7 +138,29 @@ void PictureView::catchUp() {
     else
         paintWanted();
     update();
+    followRows();
     Q_EMIT barsChanged();
+}
+
+// Rows that follow the view wait until it rests. What a live source moves by itself never does: there the
+// time runs on.
+void PictureView::followRows() {
+    if (!laRows_Stale(*canvas_)) {
+        settle_.stop();
+        return shownRows_.reset();
+    }
+    const LaRowsView now = laCanvas_RowsView(*canvas_);
+    const bool moved = shownRows_ != now;
+    shownRows_ = now;
+    if (!settle_.isActive() || (moved && !canvas_->source.liveRefresh)) settle_.start();
+}
+
+void PictureView::settleRows() {
+    const bool held = pointer_->dragging() || panning_ || canvas_->hand.heldView;
+    if (held || !gate_May(GateActivity::Command)) return settle_.start();
+    const QPoint at = mapFromGlobal(QCursor::pos());
+    const bool over = underMouse() && at.y() < picture_.dataHeight;
+    draw([&] { laRows_Settle(*canvas_, over ? at.y() - picture_.graphTop : 0); });
 }
 
 // Whether the rows that are there now need another width than the column has.

@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/canvas/picture.h"
@@ -89,6 +90,8 @@ class PictureView : public QWidget {
     void listMenu(MslObjectEntry* clicked);
     void pan(QPoint at);
     void checkButtons();
+    void followRows();
+    void settleRows();
     void followDrag();
     void autoScroll();
     void showTip(QPoint at, const std::string& text);
@@ -114,7 +117,9 @@ class PictureView : public QWidget {
     bool panning_ = false;
     QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
-    QTimer pressed_;  // while a button is held
-    QTimer tipMore_;  // fires when nothing else is to do, while a tip could not tell all
-    QPoint tipAt_;    // of the screen
+    QTimer pressed_;                       // while a button is held
+    QTimer settle_;                        // rows that follow the view: fires when it rests
+    std::optional<LaRowsView> shownRows_;  // that the rows were seen to be stale for
+    QTimer tipMore_;                       // fires when nothing else is to do, while a tip could not tell all
+    QPoint tipAt_;                         // of the screen
 };

@@ -31,7 +31,7 @@ ToolBarView::ToolBarView(std::function<void(const std::string&)> run,
         QAction* action = addAction(iconOf(button.row().icon), QString::fromStdString(button.ToolTip()));
         action->setIconText(QString::fromUtf8(button.text));
         action->setToolTip(QString::fromStdString(button.ToolTip()));
-        action->setCheckable(std::string_view(button.name) == "NoRefresh");
+        action->setCheckable(button.toggles);
         connect(action, &QAction::triggered, this, [run, command = button.command] { run(command); });
         actions_.push_back(action);
         QWidget* made = widgetForAction(action);

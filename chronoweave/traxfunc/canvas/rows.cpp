@@ -80,7 +80,21 @@ void laCanvas_Layout(_LaCanvasData& canvas) {
                        canvas.view.contentHeight);
 }
 
+LaRowsView laCanvas_RowsView(const _LaCanvasData& canvas) {
+    return {canvas.view.viewLow, canvas.view.viewHigh, canvas.items.cachedLow, canvas.items.cachedHigh,
+            canvas.items.itemsVersion};
+}
+
+void laCanvas_TakeActivity(_LaCanvasData& canvas) {
+    if (!laList_FollowsView(canvas.list)) return;
+    canvas.list.madeFor = laCanvas_RowsView(canvas);
+    canvas.taskList->SetActivity(
+        laActivity_InRange(canvas.items, canvas.looks, canvas.view.viewLow, canvas.view.viewHigh));
+}
+
+// Rows that follow the view stay those of the objects that they were made for.
 void laCanvas_Resort(_LaCanvasData& canvas) {
+    if (!canvas.list.madeFor) laCanvas_TakeActivity(canvas);
     canvas.taskList->Fill();
     laCanvas_Layout(canvas);
     if (canvas.graph->listChanged) canvas.graph->listChanged();

@@ -26,6 +26,10 @@ std::optional<laExtended> laCanvas_ExtendRange(_LaCanvasData& canvas, double low
 
 // Rows of the object list become places of lanes; the view goes up where the content got lower.
 void laCanvas_Layout(_LaCanvasData& canvas);
+// What rows that follow the view are to be made for now, and the activities in it, which the next rebuilding
+// of the list goes by.
+LaRowsView laCanvas_RowsView(const _LaCanvasData& canvas);
+void laCanvas_TakeActivity(_LaCanvasData& canvas);
 // Rebuilds the object list from the lanes and lays out.
 void laCanvas_Resort(_LaCanvasData& canvas);
 // The scale after a change of the view's length or the width, and the scroll bars. A picture that would be

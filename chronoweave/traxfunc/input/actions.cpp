@@ -45,13 +45,13 @@ void laCanvas_CloseSource(_LaCanvasData& canvas) {
 
 void laCanvas_ToggleSortField(_LaCanvasData& canvas) {
     canvas.list.sortField = canvas.list.sortField == 0 ? 1 : 0;
-    canvas.list.sortAroundEvent = false;
+    canvas.list.sortAroundEvent = canvas.list.mostActiveFirst = false;
     resort(canvas);
 }
 
 void laCanvas_ToggleSortOrder(_LaCanvasData& canvas) {
     canvas.list.sortAscending = !canvas.list.sortAscending;
-    canvas.list.sortAroundEvent = false;
+    canvas.list.sortAroundEvent = canvas.list.mostActiveFirst = false;
     resort(canvas);
 }
 

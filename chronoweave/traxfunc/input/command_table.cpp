@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/followed_rows.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/actions.h"
@@ -379,6 +380,23 @@ constexpr laCommand table[] = {
      .page = "objects",
      .can = laCanvas_HasHierarchy,
      .run = done<laCanvas_ToggleFlatView>},
+    {.name = "OnlyActive",
+     .label = "Only A&ctive in View",
+     .pictureKeys = "O",
+     .tip = "Only Rows Active in View",
+     .help = "Show only the rows that ran, had an event or changed their status in the view",
+     .page = "objects",
+     .icon = "onlyactive",
+     .can = with_store,
+     .run = done<laRows_ToggleOnlyActive>},
+    {.name = "MostActiveFirst",
+     .label = "&Most Active First",
+     .pictureKeys = "M",
+     .tip = "Most Active Rows First",
+     .help = "Sort the rows by how long they ran in the view",
+     .page = "objects",
+     .can = with_store,
+     .run = done<laRows_ToggleMostActiveFirst>},
     {.name = "BottomHistory",
      .label = "&Earliest History Item",
      .tip = "Show the First Image",

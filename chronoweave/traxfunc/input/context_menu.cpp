@@ -120,6 +120,9 @@ laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntr
     rows.Add(laCanvas_SortOrderLabel(canvas), true, "SortOrder");
     rows.AddGap();
     rows.AddChecked("&Flat View", laCanvas_HasHierarchy(canvas), canvas.list.flatView, "FlatView");
+    rows.AddGap();
+    rows.AddChecked("&Only Active in View", true, canvas.list.onlyActive, "OnlyActive");
+    rows.AddChecked("&Most Active First", true, canvas.list.mostActiveFirst, "MostActiveFirst");
     return rows.Menu();
 }
 

@@ -83,6 +83,8 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     laLooks_Drop(canvas.looks, laLegend_Kept(canvas.options));
     take_settings(canvas);
     canvas.list.flatView = canvas.list.sortAroundEvent = false;
+    canvas.list.onlyActive = canvas.list.mostActiveFirst = false;
+    canvas.list.madeFor.reset();
     canvas.source.damage.clear();
     canvas.source.canvasName.clear();
     canvas.source.shortName.clear();

@@ -75,7 +75,9 @@ constexpr Row view[] = {{"Search"},
                         {"GoToTime", nullptr, true},
                         {"ReadOn", nullptr, true},
                         {"ShowAll", nullptr, true},
-                        {"EventTable", nullptr, true}};
+                        {"EventTable", nullptr, true},
+                        {"OnlyActive", nullptr, true},
+                        {"MostActiveFirst", nullptr, true}};
 constexpr Row report[] = {{"ReportObjects"}, {"-"}, {"ReportTask"}, {"-"}, {"ReportGeneral"}};
 constexpr Row config[] = {{"Legend"},
                           {"-"},
@@ -125,6 +127,7 @@ constexpr laToolButton toolTable[] = {
     gap,
     {"TimeUnit", "changeunit", "Unit"},
     {"Legend", "Legend", "Legend"},
+    {"OnlyActive", "OnlyActive", "Active", true},
     gap,
     {"Search", "Search", "Search"},
     {"Search_Interval", "SearchInterval", "Intervals"},
@@ -136,7 +139,7 @@ constexpr laToolButton toolTable[] = {
     gap,
     {"DelViews", "DelViews", "Close Views"},
     gap,
-    {"NoRefresh", "NoRefresh", "Freeze"},
+    {"NoRefresh", "NoRefresh", "Freeze", true},
     {"TraxPrint", "TraxPrint", "Print"},
     gap,
     {"Help", "Help", "Help"},
@@ -297,6 +300,8 @@ bool laCanvas_UpdateButtons(const _LaCanvasData& canvas, std::vector<laButtonSta
     states.resize(std::size(toolTable));
     for (size_t i = 0; i < std::size(toolTable); ++i)
         states[i].enabled = laCanvas_CanDo(canvas, toolTable[i].command);
+    for (size_t i = 0; i < std::size(toolTable); ++i)
+        if (std::string_view(toolTable[i].name) == "OnlyActive") states[i].pressed = canvas.list.onlyActive;
     laCanvas_UpdateFreezeButton(canvas, states);
     return states != before;
 }
@@ -322,6 +327,8 @@ void laCanvas_MenuHook(MenuRegistry& menus, std::string_view name, const _LaCanv
         label_row(menus, *menu, "HideTasks",
                   "Change &Hidden " + menu_PlainLabel(canvas.list.objectTerm) + " List");
         check_row(*menu, "FlatView", canvas.list.flatView);
+        check_row(*menu, "OnlyActive", canvas.list.onlyActive);
+        check_row(*menu, "MostActiveFirst", canvas.list.mostActiveFirst);
         check_row(*menu, "EventTable", canvas.calls.upper.eventTable);
     } else if (name == "TraxReport") {
         label_row(menus, *menu, "ReportTask", report_label(canvas));

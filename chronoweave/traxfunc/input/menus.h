@@ -28,9 +28,10 @@ std::string laMenu_Of(std::string_view command);
 std::string laCommands_ManualTable();
 
 struct laToolButton {
-    const char* name;     // "-" for a gap
-    const char* command;  // of laCanvas_Command
-    const char* text;     // of a button that shows no icon
+    const char* name;      // "-" for a gap
+    const char* command;   // of laCanvas_Command
+    const char* text;      // of a button that shows no icon
+    bool toggles = false;  // it stays pressed
     bool IsGap() const { return name[0] == '-'; }
     const laCommand& row() const;  // of the table; the button is no gap
     std::string LongHelp() const;

@@ -280,7 +280,7 @@ TEST_F(Pointing, TheMenuOfTheList) {
     ASSERT_GE(rows.size(), 3u);
     laContextMenu menu = laCanvas_ListMenu(canvas, Select({0}));
     EXPECT_EQ(menu.title, "Operations");
-    ASSERT_EQ(menu.rows.size(), 12u);
+    ASSERT_EQ(menu.rows.size(), 15u);
     EXPECT_TRUE(Row(menu, 0).text.starts_with("&View Info of Task "));
     EXPECT_EQ(Row(menu, 8).text, "Sort by Task &ID");
     EXPECT_EQ(Row(menu, 9).text, "Sort in &Descending Order");
@@ -306,6 +306,10 @@ TEST_F(Pointing, TheMenuOfTheList) {
     EXPECT_FALSE(Row(menu, 0).enabled) << "the agent is no object";
     EXPECT_FALSE(Row(menu, 2).enabled);
     lane.isAgent = false;
+    Choose(laCanvas_ListMenu(canvas, Select({})), "&Most Active");
+    EXPECT_TRUE(canvas.list.mostActiveFirst);
+    menu = laCanvas_ListMenu(canvas, Select({}));
+    EXPECT_TRUE(Row(menu, 14).checked);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/canvas/followed_rows.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
@@ -113,6 +114,7 @@ void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t
         if (!laCanvas_ShowRange(canvas, low, high)) return;
         moved = true;
     }
+    if (laRows_Settle(canvas)) moved = true;  // the row that one jumps to is there now
     int y = 10;
     const laItem_Line* lane = objectId == laAgentId ? nullptr : laCanvas_FindLane(canvas.items, objectId);
     if (lane != nullptr && !lane->hidden) {

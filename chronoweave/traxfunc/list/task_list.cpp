@@ -145,6 +145,7 @@ void TraxTaskList::Clear(bool all) {
     if (!all) return;
     hiddenPaths_.clear();
     collapsed_.clear();
+    activity_.clear();
 }
 
 MslObjectEntry* TraxTaskList::Place(const laPath& path, uint32_t lane) {
@@ -176,10 +177,29 @@ MslObjectEntry* TraxTaskList::Place(const laPath& path, uint32_t lane) {
     return at;
 }
 
-void TraxTaskList::Sort(MslObjectEntry& entry) {
-    std::stable_sort(entry.children.begin(), entry.children.end(),
-                     [&](const auto& a, const auto& b) { return laTask_Compare(settings_, items_, *a, *b); });
-    for (auto& child : entry.children) Sort(*child);
+laActivity TraxTaskList::ActivityOf(const MslObjectEntry& entry) const {
+    if (entry.payload == laNoLane) return {};
+    const auto known = activity_.find(items_.lanes[entry.payload].objectId);
+    return known == activity_.end() ? laActivity() : known->second;
+}
+
+// Gives how long the entry and all in it ran.
+double TraxTaskList::Sort(MslObjectEntry& entry) {
+    std::unordered_map<const MslObjectEntry*, double> ran;
+    double sum = ActivityOf(entry).ran;
+    for (auto& child : entry.children) sum += ran[child.get()] = Sort(*child);
+    const bool byActivity = settings_.mostActiveFirst && !settings_.sortAroundEvent;
+    std::stable_sort(entry.children.begin(), entry.children.end(), [&](const auto& a, const auto& b) {
+        const double ofA = byActivity ? ran[a.get()] : 0, ofB = byActivity ? ran[b.get()] : 0;
+        return ofA != ofB ? ofA > ofB : laTask_Compare(settings_, items_, *a, *b);
+    });
+    return sum;
+}
+
+bool TraxTaskList::LeftOut(const laItem_Line& lane) const {
+    if (!settings_.onlyActive) return Covered(lane);
+    const auto known = activity_.find(lane.objectId);
+    return known == activity_.end() || !known->second.active || Covered(lane);
 }
 
 bool TraxTaskList::Covered(const laItem_Line& lane) const {
@@ -188,7 +208,7 @@ bool TraxTaskList::Covered(const laItem_Line& lane) const {
 }
 
 bool TraxTaskList::Hide(MslObjectEntry& entry) {
-    entry.selfHidden = entry.payload != laNoLane && Covered(items_.lanes[entry.payload]);
+    entry.selfHidden = entry.payload != laNoLane && LeftOut(items_.lanes[entry.payload]);
     bool any = entry.payload != laNoLane && !entry.selfHidden;
     for (auto& child : entry.children)
         if (Hide(*child)) any = true;

@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "chronoweave/traxfunc/list/activity.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/looks.h"
@@ -48,6 +49,10 @@ class TraxTaskList : public MslObjectList {
     // Applies the hidden paths and the collapses anew and numbers the rows; lanes learn their row.
     void NumberRows() override;
 
+    // How active the objects were, for rows that follow the view: from the next Fill on. One that is not in
+    // it was not active.
+    void SetActivity(laActivities activity) { activity_ = std::move(activity); }
+
     // Levels of the tree; 0 when empty.
     int depth() const { return depth_; }
     laPath PathOf(const MslObjectEntry& entry) const;
@@ -78,7 +83,9 @@ class TraxTaskList : public MslObjectList {
 
   private:
     MslObjectEntry* Place(const laPath& path, uint32_t lane);
-    void Sort(MslObjectEntry& entry);
+    double Sort(MslObjectEntry& entry);
+    laActivity ActivityOf(const MslObjectEntry& entry) const;
+    bool LeftOut(const laItem_Line& lane) const;
     bool Covered(const laItem_Line& lane) const;  // by a hidden path
     // True when the entry or something in it is shown.
     bool Hide(MslObjectEntry& entry);
@@ -93,6 +100,7 @@ class TraxTaskList : public MslObjectList {
     std::unordered_map<std::string, MslObjectEntry*> byPath_;
     std::vector<laPath> hiddenPaths_;
     std::set<std::string> collapsed_;
+    laActivities activity_;
     int depth_ = 0;
 };
 

@@ -82,6 +82,9 @@ bool read_sort(laArrangement& all, Words& words) {
 bool read_flat(laArrangement& all, Words& words) {
     return take_flag(all.flatView, words);
 }
+bool read_active(laArrangement& all, Words& words) {
+    return take_flag(all.onlyActive, words) && take_flag(all.mostActiveFirst, words);
+}
 bool read_bookmark(laArrangement& all, Words& words) {
     LaBookmark mark;
     if (all.bookmarks.size() >= mostEntries) return false;
@@ -119,8 +122,9 @@ struct Key {
     bool (*read)(laArrangement&, Words&);
 };
 constexpr Key keyTable[] = {
-    {"source", read_source}, {"view", read_view}, {"cursors", read_cursors},   {"unit", read_unit},
-    {"sort", read_sort},     {"flat", read_flat}, {"bookmark", read_bookmark}, {"hidden", read_hidden},
+    {"source", read_source}, {"view", read_view},         {"cursors", read_cursors},
+    {"unit", read_unit},     {"sort", read_sort},         {"flat", read_flat},
+    {"active", read_active}, {"bookmark", read_bookmark}, {"hidden", read_hidden},
 };
 
 bool read_line(laArrangement& all, std::string_view line) {
@@ -154,6 +158,8 @@ laArrangement laArrangement_Take(const _LaCanvasData& canvas, const laSourceIden
     all.sortField = canvas.list.sortField;
     all.sortAscending = canvas.list.sortAscending;
     all.flatView = canvas.list.flatView;
+    all.onlyActive = canvas.list.onlyActive;
+    all.mostActiveFirst = canvas.list.mostActiveFirst;
     return all;
 }
 
@@ -164,6 +170,7 @@ std::string laArrangement_ToText(const laArrangement& all) {
     text += gen_format("cursors=%.17g %.17g\n", all.cursor[0], all.cursor[1]);
     text += gen_format("unit=%d\nsort=%d %d\nflat=%d\n", all.timeMode, all.sortField,
                        all.sortAscending ? 1 : 0, all.flatView ? 1 : 0);
+    text += gen_format("active=%d %d\n", all.onlyActive ? 1 : 0, all.mostActiveFirst ? 1 : 0);
     for (const LaBookmark& mark : all.bookmarks)
         text += gen_format("bookmark=%.17g 0x%x 0x%06x %d %d ", mark.time, mark.objectId, mark.colour,
                            mark.thickness, mark.style) +
@@ -195,6 +202,8 @@ bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& all, cons
     canvas.list.sortField = all.sortField;
     canvas.list.sortAscending = all.sortAscending;
     canvas.list.flatView = all.flatView;
+    canvas.list.onlyActive = all.onlyActive;
+    canvas.list.mostActiveFirst = all.mostActiveFirst;
     canvas.marks.bookmarks = all.bookmarks;
     canvas.taskList->SetHiddenPaths(all.hiddenPaths);
     // Ticks and sequence numbers are the source's own; only the four units are a choice.
@@ -205,6 +214,7 @@ bool laArrangement_Restore(_LaCanvasData& canvas, const laArrangement& all, cons
     canvas.source.scrollExtent = std::max(extent, std::min(all.viewHigh, 2 * extent));
     if (!laCanvas_ShowRange(canvas, all.viewLow, std::min(all.viewHigh, 2 * extent)))
         canvas.source.scrollExtent = extent;
+    laCanvas_TakeActivity(canvas);
     laCanvas_Resort(canvas);
     canvas.graph->vertical.setPosition(static_cast<uint64_t>(all.verticalOffset));
     canvas.view.verticalOffset = static_cast<int>(canvas.graph->vertical.position());

@@ -34,6 +34,7 @@ struct laArrangement {
     int sortField = 0;
     bool sortAscending = true;
     bool flatView = false;
+    bool onlyActive = false, mostActiveFirst = false;
 };
 
 laArrangement laArrangement_Take(const _LaCanvasData& canvas, const laSourceIdentity& source);
