@@ -4,6 +4,11 @@
 #include <utility>
 #include <vector>
 
+namespace {
+// So much is handed on to the disk at a time while more is made, so that the end need not wait for all of it.
+constexpr uint64_t sync_portion = 4 << 20;
+}  // namespace
+
 Result CommittedFile::create(const std::string& fileName, uint32_t kind) {
     errno = 0;
     auto made = gf_CreateDevice(fileName);
@@ -42,11 +47,17 @@ Result CommittedFile::TurnTerminator(size_t size) {
     if (written.bytes != 1) return Result::system(name, written.error);
     terminator += size;
     pending.cut(0);
+    if (terminator - syncStarted_ >= sync_portion) StartSync();
     return {};
 }
 
 void CommittedFile::CutBack() {
     static_cast<void>(device->truncate(terminator + 1));
+}
+
+void CommittedFile::StartSync() {
+    if (terminator > syncStarted_) device->StartSync(syncStarted_, terminator);
+    syncStarted_ = terminator;
 }
 
 Result CommittedFile::sync() {

@@ -61,7 +61,15 @@ class FileOnDisk : public FileDevice {
         struct stat facts {};
         return ::fstat(file_, &facts) == 0 ? static_cast<uint64_t>(facts.st_size) : 0;
     }
-    int sync() override { return ::fdatasync(file_) == 0 ? 0 : errno; }
+    void StartSync([[maybe_unused]] uint64_t from, [[maybe_unused]] uint64_t end) override {
+#ifdef __linux__
+        ::sync_file_range(file_, static_cast<off_t>(from), static_cast<off_t>(end - from),
+                          SYNC_FILE_RANGE_WRITE);
+#endif
+    }
+    int sync() override {
+        return ::fdatasync(file_) == 0 ? 0 : errno;
+    }
 
   private:
     int file_;

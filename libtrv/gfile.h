@@ -32,6 +32,9 @@ class FileDevice {
     // 0, or the system's error number.
     [[nodiscard]] virtual int truncate(uint64_t size) = 0;
     virtual uint64_t size() = 0;
+    // Begins to bring bytes that were written to the disk, and does not wait. Nothing follows from it but
+    // that a later sync has less to do; what goes wrong is told by that.
+    virtual void StartSync(uint64_t /*from*/, uint64_t /*end*/) {}
     // Asks the disk to keep what was written. 0, or the system's error number.
     [[nodiscard]] virtual int sync() = 0;
 };

@@ -56,13 +56,6 @@ bool StateTable::modify(uint16_t type, uint32_t id, uint32_t offset, std::span<c
     return position != npos && ModifyAt(position, offset, bytes);
 }
 
-bool StateTable::ModifyAt(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes) {
-    const Slot& slot = slots_[position];
-    if (slot.size < offset + bytes.size()) return false;
-    std::copy(bytes.begin(), bytes.end(), image_.begin() + slot.block + offset);
-    return true;
-}
-
 void StateTable::remove(uint16_t type, uint32_t id) {
     const uint32_t position = find(type, id);
     if (position == npos) return;

@@ -11,6 +11,8 @@
 #include <span>
 #include <vector>
 
+#include "libtrv/byte_buffer.h"
+
 // One object of a table. The block is valid until the table changes.
 struct ObjectEntry {
     uint16_t objectType = 0;
@@ -37,6 +39,7 @@ class StateTable {
     // The entry at a position, in order of creation.
     ObjectEntry entry(uint32_t position) const;
     uint32_t IdAt(uint32_t position) const { return slots_[position].id; }
+    uint16_t TypeAt(uint32_t position) const { return slots_[position].type; }
     // The block's bytes, writable by the tracker's own operations only.
     uint8_t* BlockAt(uint32_t position) { return image_.data() + slots_[position].block; }
     const uint8_t* BlockAt(uint32_t position) const { return image_.data() + slots_[position].block; }
@@ -48,7 +51,12 @@ class StateTable {
     // Overwrites bytes; false, and no change, when the key is not in or its block is shorter than offset +
     // bytes.
     bool modify(uint16_t type, uint32_t id, uint32_t offset, std::span<const uint8_t> bytes);
-    bool ModifyAt(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes);
+    bool ModifyAt(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes) {
+        const Slot& slot = slots_[position];
+        if (slot.size < offset + bytes.size()) return false;
+        bytes_Copy(image_.data() + slot.block + offset, bytes);
+        return true;
+    }
     // Removes the key if it is there.
     void remove(uint16_t type, uint32_t id);
 

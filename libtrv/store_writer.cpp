@@ -1,7 +1,6 @@
 #include "libtrv/store_writer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "libtrv/committed_file.h"
@@ -31,12 +30,14 @@ struct StoreWriter::Impl {
     CommittedFile events, index;
     std::vector<PendingEvent> pendingEvents;
     uint32_t eventsWritten = 0;  // committed and pending
+    uint32_t blockEvents = 0;    // those of the last block; 0 when the next event opens one
     uint64_t refused = 0;
     std::optional<mt_Time> committedTime;  // of the last event that is committed
     size_t groupBytes = 0;
     uint64_t offsetLimit = largest_offset;
     Result refusal;
-    Result end;  // why nothing can be appended any more
+    Result outcome;  // of the last append that failed
+    Result end;      // why nothing can be appended any more
     bool closed = false;
 
     WriterState state;
@@ -46,11 +47,18 @@ struct StoreWriter::Impl {
         facts.checkpointInterval = std::max(1u, wanted.checkpointInterval);
         callback = with;
     }
-    bool OpensBlock() const { return eventsWritten % facts.checkpointInterval == 0; }
+    void CountEvent() {
+        ++eventsWritten;
+        if (++blockEvents == facts.checkpointInterval) blockEvents = 0;
+    }
     void PutCheckpoint();
     void BeginEvent(const mt_WriteRecord& record);
     void IndexCheckpoint(mt_Time time, size_t start);
+    bool PassEvent();
+    bool RefuseUntracked(size_t start);
+    bool RefuseAtLimit(size_t start);
     Result RefuseEvent(size_t start, const Result& why);
+    bool CommitGroup();
     Result commit();
     Result CommitIndex();
     bool KeepWhatFitted(size_t bytes);
@@ -74,7 +82,7 @@ void StoreWriter::Impl::PutCheckpoint() {
 }
 
 void StoreWriter::Impl::BeginEvent(const mt_WriteRecord& record) {
-    if (OpensBlock()) PutCheckpoint();
+    if (blockEvents == 0) PutCheckpoint();
     constexpr size_t head = 17;
     uint8_t* at = events.pending.room(head + record.extra.size());
     at[0] = mt_PacketEvent;
@@ -82,7 +90,7 @@ void StoreWriter::Impl::BeginEvent(const mt_WriteRecord& record) {
     store_be32(at + 9, static_cast<uint32_t>(record.extra.size()));
     store_be16(at + 13, record.type);
     store_be16(at + 15, record.subtype);
-    if (!record.extra.empty()) std::memcpy(at + head, record.extra.data(), record.extra.size());
+    bytes_Copy(at + head, record.extra);
     events.pending.took(head + record.extra.size());
 }
 
@@ -133,6 +141,7 @@ bool StoreWriter::Impl::KeepWhatFitted(size_t bytes) {
     if (lost == 0) return true;
     refused += lost;
     eventsWritten -= static_cast<uint32_t>(lost);
+    blockEvents = eventsWritten % facts.checkpointInterval;
     events.pending.cut(0);
     events.CutBack();
     pendingEvents.clear();
@@ -215,9 +224,39 @@ Result StoreWriter::Impl::RefuseEvent(size_t start, const Result& why) {
     return refusal;
 }
 
+// What an append that is not taken ends in; always false.
+
+bool StoreWriter::Impl::PassEvent() {
+    ++refused;
+    outcome = refusal = end;
+    return false;
+}
+
+bool StoreWriter::Impl::RefuseUntracked(size_t start) {
+    outcome = RefuseEvent(start, Result::failure("the event was not accepted", events.name));
+    return false;
+}
+
+bool StoreWriter::Impl::RefuseAtLimit(size_t start) {
+    end = Result::failure("the store is full: its offsets end at four gigabytes", events.name);
+    outcome = RefuseEvent(start, Result(end));
+    return false;
+}
+
+// False when events of the group were refused.
+bool StoreWriter::Impl::CommitGroup() {
+    const uint64_t before = refused;
+    outcome = commit();
+    return refused == before;
+}
+
 // ---- StoreWriter
 
-StoreWriter::StoreWriter(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+StoreWriter::StoreWriter(std::unique_ptr<Impl> impl)
+    : impl_(std::move(impl)),
+      state_(impl_->state),
+      packets_(impl_->events.pending),
+      bigEndianTarget_(impl_->facts.bigEndianTarget) {}
 
 StoreWriter::~StoreWriter() {
     static_cast<void>(Close());
@@ -251,30 +290,27 @@ std::unique_ptr<StoreWriter> StoreWriter::OnDevices(std::unique_ptr<FileDevice> 
     return made.ok() ? std::unique_ptr<StoreWriter>(new StoreWriter(std::move(impl))) : nullptr;
 }
 
-Result StoreWriter::AppendEvent(mt_Time time, uint16_t type, uint16_t subtype,
-                                std::span<const uint8_t> extra) {
+bool StoreWriter::append(mt_WriteRecord& record) {
     Impl& s = *impl_;
-    if (!s.end.ok()) {
-        ++s.refused;
-        return s.refusal = s.end;
-    }
-    const size_t start = s.events.pending.size();
-    const mt_WriteRecord record{time, event_counter++, type, subtype, extra};
-    s.pendingEvents.push_back({start, time});
+    if (!s.end.ok()) [[unlikely]]
+        return s.PassEvent();
+    const size_t start = packets_.size();
+    record.sequence = event_counter++;
+    s.pendingEvents.push_back({start, record.time});
     s.BeginEvent(record);
     const bool tracked = s.callback(*this, record);
-    s.events.pending.put8(mt_ChangeEnd);
-    if (!tracked) return s.RefuseEvent(start, Result::failure("the event was not accepted", s.events.name));
-    if (s.events.terminator + s.events.pending.size() > s.offsetLimit) {
-        s.end = Result::failure("the store is full: its offsets end at four gigabytes", s.events.name);
-        return s.RefuseEvent(start, Result(s.end));
-    }
-    if (s.OpensBlock()) s.IndexCheckpoint(time, start);
-    ++s.eventsWritten;
-    if (s.events.pending.size() < s.groupBytes) return {};
-    const uint64_t refused = s.refused;
-    Result committed = s.commit();
-    return s.refused == refused ? Result() : committed;
+    packets_.put8(mt_ChangeEnd);
+    if (!tracked) [[unlikely]]
+        return s.RefuseUntracked(start);
+    if (s.events.terminator + packets_.size() > s.offsetLimit) [[unlikely]]
+        return s.RefuseAtLimit(start);
+    if (s.blockEvents == 0) s.IndexCheckpoint(record.time, start);
+    s.CountEvent();
+    return packets_.size() < s.groupBytes || s.CommitGroup();
+}
+
+const Result& StoreWriter::outcome() const {
+    return impl_->outcome;
 }
 
 void StoreWriter::SetGrouping(size_t groupBytes) {
@@ -288,6 +324,8 @@ Result StoreWriter::Commit() {
 Result StoreWriter::Flush() {
     if (impl_->closed) return {};
     Result result = impl_->commit();
+    impl_->events.StartSync();
+    impl_->index.StartSync();
     result = result_First(result, impl_->events.sync());
     return result_First(result, impl_->index.sync());
 }
@@ -321,15 +359,6 @@ const std::string& StoreWriter::base() const {
 const StoreFacts& StoreWriter::facts() const {
     return impl_->facts;
 }
-const StateTable& StoreWriter::state() const {
-    return impl_->state.table();
-}
-const std::vector<uint32_t>& StoreWriter::group(uint32_t id) const {
-    return impl_->state.group(id);
-}
-const std::vector<uint32_t>& StoreWriter::running(uint32_t id) const {
-    return impl_->state.running(id);
-}
 void StoreWriter::SetOffsetLimit(uint64_t limit) {
     impl_->offsetLimit = limit;
 }
@@ -337,48 +366,28 @@ void StoreWriter::SetOffsetLimit(uint64_t limit) {
 // ---- Record operations
 
 void StoreWriter::RecordCreated(uint16_t objectType, uint32_t objectId, std::span<const uint8_t> block) {
-    impl_->state.create(objectType, objectId, block);
-    uint8_t* at = impl_->events.pending.room(9 + block.size());
+    state_.create(objectType, objectId, block);
+    uint8_t* at = packets_.room(9 + block.size());
     at[0] = mt_ChangeCreate;
     store_be16(at + 1, objectType);
     store_be32(at + 3, objectId);
     store_be16(at + 7, static_cast<uint16_t>(block.size()));
-    std::copy(block.begin(), block.end(), at + 9);
-    impl_->events.pending.took(9 + block.size());
+    bytes_Copy(at + 9, block);
+    packets_.took(9 + block.size());
 }
-
-namespace {
-void put_modify(ByteBuffer& out, uint16_t type, uint32_t id, uint16_t offset,
-                std::span<const uint8_t> bytes) {
-    uint8_t* at = out.room(10 + bytes.size());
-    at[0] = mt_ChangeModify;
-    store_be16(at + 1, type);
-    store_be32(at + 3, id);
-    store_be16(at + 7, offset);
-    at[9] = static_cast<uint8_t>(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), at + 10);
-    out.took(10 + bytes.size());
-}
-}  // namespace
 
 void StoreWriter::RecordModified(uint16_t objectType, uint32_t objectId, uint16_t offset,
                                  std::span<const uint8_t> bytes) {
     const uint32_t position = state().find(objectType, objectId);
-    if (position != StateTable::npos) impl_->state.modify(position, offset, bytes);
-    put_modify(impl_->events.pending, objectType, objectId, offset, bytes);
-}
-
-void StoreWriter::RecordModifiedAt(uint32_t position, uint16_t offset, std::span<const uint8_t> bytes) {
-    impl_->state.modify(position, offset, bytes);
-    put_modify(impl_->events.pending, state().entry(position).objectType, state().IdAt(position), offset,
-               bytes);
+    if (position != StateTable::npos) state_.modify(position, offset, bytes);
+    PutModify(objectType, objectId, offset, bytes);
 }
 
 void StoreWriter::RecordDeleted(uint16_t objectType, uint32_t objectId) {
-    impl_->state.remove(objectType, objectId);
-    uint8_t* at = impl_->events.pending.room(7);
+    state_.remove(objectType, objectId);
+    uint8_t* at = packets_.room(7);
     at[0] = mt_ChangeDelete;
     store_be16(at + 1, objectType);
     store_be32(at + 3, objectId);
-    impl_->events.pending.took(7);
+    packets_.took(7);
 }

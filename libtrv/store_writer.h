@@ -14,9 +14,10 @@
 #include <string>
 #include <vector>
 
-#include "libtrv/state_table.h"
+#include "libtrv/byte_buffer.h"
 #include "libtrv/store_files.h"
 #include "libtrv/store_format.h"
+#include "libtrv/writer_state.h"
 #include "shared/libcxxutil/result.h"
 
 class FileDevice;
@@ -50,7 +51,10 @@ class StoreWriter {
     // Appends one event. Without grouping it is committed on success. A failure means that it was refused, or
     // with grouping that events of its group were: the store then ends behind the last event that could be
     // taken and stays valid. Whoever appends on leaves a hole, unless it begins with the first one refused.
-    Result AppendEvent(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra);
+    Result AppendEvent(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra) {
+        mt_WriteRecord record{time, 0, type, subtype, extra};
+        return append(record) ? Result() : outcome();
+    }
 
     // With grouping, appends are held in memory and committed together once about groupBytes are pending, at
     // Commit, and at the end. The files are the same bytes either way. With 0 each append is one commit, with
@@ -73,19 +77,19 @@ class StoreWriter {
     const Result& refusal() const;
     const std::string& base() const;
     const StoreFacts& facts() const;
-    bool BigEndianTarget() const { return facts().bigEndianTarget; }
+    bool BigEndianTarget() const { return bigEndianTarget_; }
 
     // For callbacks: the state of all objects now, and its changes. Each change is applied and then written.
     // A create of a key that is in already changes nothing but is written all the same.
-    const StateTable& state() const;
+    const StateTable& state() const { return state_.table(); }
     void RecordCreated(uint16_t objectType, uint32_t objectId, std::span<const uint8_t> block);
     void RecordModified(uint16_t objectType, uint32_t objectId, uint16_t offset,
                         std::span<const uint8_t> bytes);
     void RecordModifiedAt(uint32_t position, uint16_t offset, std::span<const uint8_t> bytes);
     void RecordDeleted(uint16_t objectType, uint32_t objectId);
     // Positions in state() of the tasks of a group: all of them, and those whose status is running.
-    const std::vector<uint32_t>& group(uint32_t id) const;
-    const std::vector<uint32_t>& running(uint32_t id) const;
+    const std::vector<uint32_t>& group(uint32_t id) const { return state_.group(id); }
+    const std::vector<uint32_t>& running(uint32_t id) const { return state_.running(id); }
 
     // For tests: the devices in place of files, and the offset past which appends are refused (2^32 - 1).
     static std::unique_ptr<StoreWriter> OnDevices(std::unique_ptr<FileDevice> events,
@@ -97,5 +101,32 @@ class StoreWriter {
 
   private:
     explicit StoreWriter(std::unique_ptr<Impl> impl);
+    bool append(mt_WriteRecord& record);
+    const Result& outcome() const;  // of the last append that failed
+    void PutModify(uint16_t type, uint32_t id, uint16_t offset, std::span<const uint8_t> bytes);
+
     std::unique_ptr<Impl> impl_;
+    // Within impl_: what every event needs.
+    WriterState& state_;
+    ByteBuffer& packets_;
+    bool bigEndianTarget_;
 };
+
+inline void StoreWriter::PutModify(uint16_t type, uint32_t id, uint16_t offset,
+                                   std::span<const uint8_t> bytes) {
+    constexpr size_t head = 10;
+    uint8_t* at = packets_.room(head + bytes.size());
+    at[0] = mt_ChangeModify;
+    store_be16(at + 1, type);
+    store_be32(at + 3, id);
+    store_be16(at + 7, offset);
+    at[9] = static_cast<uint8_t>(bytes.size());
+    bytes_Copy(at + head, bytes);
+    packets_.took(head + bytes.size());
+}
+
+inline void StoreWriter::RecordModifiedAt(uint32_t position, uint16_t offset,
+                                          std::span<const uint8_t> bytes) {
+    state_.modify(position, offset, bytes);
+    PutModify(state().TypeAt(position), state().IdAt(position), offset, bytes);
+}

@@ -85,24 +85,36 @@ std::array<uint8_t, mt_TaskBlockSize> make_block(const TaskFields& fields) {
     return block;
 }
 
-// Position of the task, created with the fields when it is new; existed tells which.
-uint32_t ensure(StoreWriter& writer, uint32_t id, const TaskFields& fields, bool& existed) {
-    uint32_t position = writer.state().find(mt_ObjectTask, id);
-    existed = position != StateTable::npos;
-    if (existed) return position;
-    writer.RecordCreated(mt_ObjectTask, id, make_block(fields));
-    return writer.state().size() - 1;
+struct Found {
+    uint32_t position;
+    bool existed;
+};
+
+// The task, created with what fields() says when it is new.
+template <class Fields>
+Found ensure(StoreWriter& writer, uint32_t id, Fields&& fields) {
+    const uint32_t position = writer.state().find(mt_ObjectTask, id);
+    if (position != StateTable::npos) [[likely]]
+        return {position, true};
+    writer.RecordCreated(mt_ObjectTask, id, make_block(fields()));
+    return {writer.state().size() - 1, false};
+}
+
+TaskFields no_fields() {
+    return {};
+}
+TaskFields running_fields() {
+    TaskFields fields;
+    fields.status = mt_Running;
+    return fields;
 }
 
 void task_change(StoreWriter& writer, uint32_t id) {
-    bool existed = false;
-    TaskFields fields;
-    fields.status = mt_Running;
-    const uint32_t position = ensure(writer, id, fields, existed);
+    const Found found = ensure(writer, id, running_fields);
     // Whoever runs in the group stops, the task itself included: one that this event creates is left ready.
     while (!writer.running(id).empty()) TaskEditor(writer, writer.running(id).front()).PutStatus(mt_Ready);
-    if (!existed) return;
-    TaskEditor task(writer, position);
+    if (!found.existed) return;
+    TaskEditor task(writer, found.position);
     task.PutStatus(mt_Running);
     task.PutValid(mt_TaskStatusValid);
 }
@@ -111,12 +123,17 @@ void stop_group(StoreWriter& writer, uint32_t id) {
     for (const uint32_t position : writer.group(id)) TaskEditor(writer, position).PutStatus(mt_Stopped);
 }
 
-void status_change(StoreWriter& writer, uint32_t id, const TaskFields& fields) {
-    bool existed = false;
-    TaskEditor task(writer, ensure(writer, id, fields, existed));
-    if (!existed) return;
-    task.UpdateStatus(*fields.status);
-    if (fields.priority) task.UpdatePriority(*fields.priority);
+void status_change(StoreWriter& writer, uint32_t id, uint16_t status, std::optional<uint32_t> priority) {
+    const Found found = ensure(writer, id, [&] {
+        TaskFields fields;
+        fields.status = status;
+        fields.priority = priority;
+        return fields;
+    });
+    if (!found.existed) return;
+    TaskEditor task(writer, found.position);
+    task.UpdateStatus(status);
+    if (priority) task.UpdatePriority(*priority);
 }
 
 NameBytes text_at(std::span<const uint8_t> extra, size_t offset) {
@@ -127,12 +144,10 @@ NameBytes text_at(std::span<const uint8_t> extra, size_t offset) {
     return text;
 }
 
-void refresh(StoreWriter& writer, uint32_t id, TaskFields fields, std::span<const uint8_t> extra) {
-    fields.name = text_at(extra, name_at);
-    if (extra.size() == size_with_prefix) fields.prefix = text_at(extra, prefix_at);
-    bool existed = false;
-    TaskEditor task(writer, ensure(writer, id, fields, existed));
-    if (!existed) return;
+void refresh(StoreWriter& writer, uint32_t id, const TaskFields& fields) {
+    const Found found = ensure(writer, id, [&] { return fields; });
+    if (!found.existed) return;
+    TaskEditor task(writer, found.position);
     task.UpdateStatus(*fields.status);
     task.UpdatePriority(fields.priority.value_or(0));
     bool differs = false;  // shared: a changed name rewrites the prefix too
@@ -140,37 +155,40 @@ void refresh(StoreWriter& writer, uint32_t id, TaskFields fields, std::span<cons
     if (fields.prefix) task.UpdateText(mt_TaskPrefix, mt_TaskPrefixValid, *fields.prefix, differs);
 }
 
+TaskFields refresh_fields(uint16_t status, std::optional<uint32_t> priority, std::span<const uint8_t> extra) {
+    TaskFields fields{status, priority, text_at(extra, name_at), std::nullopt};
+    if (extra.size() == size_with_prefix) fields.prefix = text_at(extra, prefix_at);
+    return fields;
+}
+
 }  // namespace
 
 bool TaskTracker(StoreWriter& writer, const mt_WriteRecord& record) {
     constexpr uint16_t stop_subtype = 8;
     const std::span<const uint8_t> extra = record.extra;
-    const uint32_t id = extra.size() >= 4 ? load_32(extra.data(), writer.BigEndianTarget()) : 0;
-    TaskFields fields;
-    bool existed = false;
+    const bool big = writer.BigEndianTarget();
+    const uint32_t id = extra.size() >= 4 ? load_32(extra.data(), big) : 0;
+    const auto priority = [&] {
+        return extra.size() >= 8 ? std::optional(load_32(extra.data() + 4, big)) : std::nullopt;
+    };
     switch (record.type) {
         case mt_TaskChange:
             task_change(writer, id);
             return true;
         case mt_KernelCall:
-            fields.status = mt_Running;
-            ensure(writer, id, fields, existed);
+            ensure(writer, id, running_fields);
             return true;
         case mt_StatusChange:
-        case mt_Refresh:
-            if (record.type == mt_StatusChange && record.subtype == stop_subtype) {
+            if (record.subtype == stop_subtype)
                 stop_group(writer, id);
-                return true;
-            }
-            fields.status = record.subtype;
-            if (extra.size() >= 8) fields.priority = load_32(extra.data() + 4, writer.BigEndianTarget());
-            if (record.type == mt_Refresh)
-                refresh(writer, id, fields, extra);
             else
-                status_change(writer, id, fields);
+                status_change(writer, id, record.subtype, priority());
+            return true;
+        case mt_Refresh:
+            refresh(writer, id, refresh_fields(record.subtype, priority(), extra));
             return true;
         default:
-            ensure(writer, id, fields, existed);
+            ensure(writer, id, no_fields);
             return true;
     }
 }

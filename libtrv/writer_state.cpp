@@ -1,6 +1,5 @@
 #include "libtrv/writer_state.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -16,11 +15,6 @@ void WriterState::clear() {
     used_.cut(0);
     deletedInBlock_ = false;
     regroup();
-}
-
-bool WriterState::IsTask(uint32_t position) const {
-    return table_.entry(position).objectType == mt_ObjectTask &&
-           table_.BlockSize(position) == mt_TaskBlockSize;
 }
 
 void WriterState::EnterUsed(uint16_t type, uint32_t id) {
@@ -63,9 +57,8 @@ void WriterState::regroup() {
     for (auto& members : running_) members.clear();
     for (uint32_t position = 0; position < table_.size(); ++position) {
         if (!IsTask(position)) continue;
-        const uint32_t of = table_.IdAt(position) & mt_GroupMask;
-        group_[of].push_back(position);
-        if (StatusOf(position) == mt_Running) running_[of].push_back(position);
+        group_[table_.IdAt(position) & mt_GroupMask].push_back(position);
+        if (StatusOf(position) == mt_Running) EnterRunning(position);
     }
 }
 
@@ -75,19 +68,7 @@ void WriterState::create(uint16_t type, uint32_t id, std::span<const uint8_t> bl
     EnterUsed(type, id);
     if (!IsTask(position)) return;
     group_[id & mt_GroupMask].push_back(position);
-    if (StatusOf(position) == mt_Running) running_[id & mt_GroupMask].push_back(position);
-}
-
-void WriterState::modify(uint32_t position, uint32_t offset, std::span<const uint8_t> bytes) {
-    const bool touches_status = offset < mt_TaskStatusValid && IsTask(position);
-    const bool ran = touches_status && StatusOf(position) == mt_Running;
-    table_.ModifyAt(position, offset, bytes);
-    if (!touches_status || ran == (StatusOf(position) == mt_Running)) return;
-    auto& members = running_[table_.IdAt(position) & mt_GroupMask];
-    if (ran)
-        members.erase(std::find(members.begin(), members.end(), position));
-    else  // in table order, as a walk of the table would meet them
-        members.insert(std::lower_bound(members.begin(), members.end(), position), position);
+    if (StatusOf(position) == mt_Running) EnterRunning(position);
 }
 
 void WriterState::remove(uint16_t type, uint32_t id) {

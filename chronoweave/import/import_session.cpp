@@ -1,7 +1,9 @@
 #include "chronoweave/import/import_session.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <span>
 #include <utility>
 
 #include "chronoweave/import/import_words.h"
@@ -12,6 +14,7 @@ namespace {
 
 constexpr size_t group_bytes = 256 * 1024;         // a group that is still in the cache when it is written
 constexpr uint32_t records_without_pause = 65536;  // of a source that makes none
+constexpr size_t records_at_once = 128;            // that are at hand
 constexpr double look_share = 0.1;                 // of the time of an import
 
 unsigned long long print(uint64_t number) {
@@ -76,8 +79,13 @@ ReadEnd ImportSession::TakeRecords(int64_t limitMs) {
     const bool limited = limitMs > 0;
     const int64_t deadline = limited ? clock() + limitMs : 0;
     source_->SetDeadline(limited);
+    std::array<SourceRecord, records_at_once> run;
     SourceRecord record;
     for (uint32_t taken = 0;;) {
+        const size_t atHand = source_->NextAtHand(run);
+        for (const SourceRecord& one : std::span(run).first(atHand)) take(one);
+        taken += static_cast<uint32_t>(atHand);
+        if (atHand == run.size() && taken < records_without_pause) continue;
         const SourceStep step = source_->next(record);
         mayGrow_ = step == SourceStep::Again;
         switch (step) {

@@ -100,9 +100,13 @@ std::optional<SourceLook> RawStream::look(const Progress& progress) {
     if (!bytes_->rereadable()) return std::nullopt;
     ObjectLook look;
     uint64_t from = offset();
-    std::vector<uint8_t> buffer(buffer_for(*bytes_, from));
+    std::vector<uint8_t> own;
+    // Nothing is read yet as a rule, and what follows reads into the same buffer.
+    std::vector<uint8_t>& buffer = there_ == 0 ? buffer_ : own;
+    const size_t size = buffer_for(*bytes_, from);
+    if (buffer.size() < size) buffer.resize(size);
     for (;;) {
-        const SourceRead read = bytes_->ReadAt(from, buffer);
+        const SourceRead read = bytes_->ReadAt(from, std::span(buffer).first(size));
         if (read.status != SourceStatus::Data || read.bytes == 0) return look.seen();
         size_t at = 0;
         while (at < read.bytes) {
