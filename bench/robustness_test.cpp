@@ -98,9 +98,9 @@ TEST_F(Robustness, aKilledImportLeavesAPrefixOfTheStore) {
         importAndKill(duration_ * ((i + within(random)) / kills));
         // Without it nobody takes the other two for a store.
         if (!std::filesystem::exists(base_ + ".trv")) continue;
-        std::string why;
+        Result why;
         const TraceStorePtr part = mt_OpenForRead(base_, &why);
-        ASSERT_NE(part, nullptr) << why;
+        ASSERT_NE(part, nullptr) << why.text();
         uint32_t events = 0;
         ASSERT_NO_FATAL_FAILURE(expect_prefix(*part, *whole_, events));
         partial += events > 0 && events < trace_events;
@@ -119,8 +119,9 @@ TEST_F(Robustness, aFullDiskIsToldAndTheStoreHoldsWhatFitted) {
     for (const char* name : {"one", "two"}) {  // the second finds no room at all
         const std::string base = small + "/" + name;
         const OpenedSource opened = import_to(trace_, base);
-        EXPECT_NE(opened.error.find("No space left on device"), std::string::npos) << opened.error;
-        EXPECT_NE(opened.error.find(base + ".trs"), std::string::npos) << opened.error;
+        EXPECT_NE(opened.trouble.text().find("No space left on device"), std::string::npos)
+            << opened.trouble.text();
+        EXPECT_NE(opened.trouble.text().find(base + ".trs"), std::string::npos) << opened.trouble.text();
         if (!opened.store) continue;
         EXPECT_EQ(opened.counts.events + opened.counts.refused, trace_events);
         uint32_t events = 0;

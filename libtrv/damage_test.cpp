@@ -92,7 +92,7 @@ std::vector<Question> questions(std::mt19937& random, mt_Time end, uint32_t even
     };
 }
 
-TraceStorePtr open_case(const DamagedImage& one, std::string& why) {
+TraceStorePtr open_case(const DamagedImage& one, Result& why) {
     const auto device = [](const Bytes& bytes, uint64_t from, uint64_t to) {
         return std::make_unique<FailingDevice>(std::make_shared<Bytes>(bytes), from, to);
     };
@@ -104,10 +104,10 @@ TraceStorePtr open_case(const DamagedImage& one, std::string& why) {
 // Asks a damaged store everything. The result is what was answered wrongly with nothing said.
 std::string silent_lie(const DamagedImage& one, const StoreImage& whole, const std::vector<Question>& asked) {
     for (const Question& question : asked) {
-        std::string why;
+        Result why;
         const TraceStorePtr store = open_case(one, why);
         if (!store) {
-            if (why.empty()) return "refused without a word";
+            if (why.ok()) return "refused without a word";
             continue;
         }
         const std::string answer = question.ask(*store);
@@ -158,7 +158,7 @@ TEST_F(Damage, FlippedBitsNeitherCrashNorHang) {
         Bytes* files[] = {&one.image.events, &one.image.events, &one.image.index, &one.image.version};
         Bytes& file = *files[random() % 4];
         file[random() % file.size()] ^= static_cast<uint8_t>(1 << random() % 8);
-        std::string why;
+        Result why;
         const TraceStorePtr store = open_case(one, why);
         if (!store) continue;
         for (const Question& question : questions(random, 5000, 700)) question.ask(*store);
@@ -178,7 +178,7 @@ TEST_F(Damage, IsToldWithItsPlaceAndReadingGoesOnBehindIt) {
     DamagedImage one{whole, "", 0, 0, 0, 0};
     const auto at = static_cast<ptrdiff_t>(whole.eventEnds[219]);  // of the 221st event
     std::fill_n(one.image.events.begin() + at, 64, uint8_t{0xFF});
-    std::string why;
+    Result why;
     const TraceStorePtr store = open_case(one, why);
     EventWalk walk;
     EventRecord event;
@@ -217,9 +217,10 @@ TEST_F(Damage, IsToldWithItsPlaceAndReadingGoesOnBehindIt) {
 
 namespace {
 void expect_told_once(const DamagedImage& one, const std::string& words) {
-    std::string why, told;
+    Result why;
+    std::string told;
     const TraceStorePtr store = open_case(one, why);
-    ASSERT_TRUE(store) << words << why;
+    ASSERT_TRUE(store) << words << why.text();
     walk_text(*store, 0, mt_NoTime);
     mt_GetEventCount(*store);
     for (const Result& damage : mt_TakeDamage(*store)) told += damage.text() + '\n';

@@ -125,33 +125,23 @@ std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header) {
     return bytes;
 }
 
-bool gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header, std::string& why) {
-    if (bytes.size() < mt_HeaderSize) {
-        why = "the file ends within its header";
-        return false;
-    }
-    if (bytes[0] != 0x7F || std::memcmp(&bytes[1], "VRL", 3) != 0) {
-        why = "not a trace store file";
-        return false;
-    }
+Result gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header) {
+    if (bytes.size() < mt_HeaderSize) return Result::failure("the file ends within its header");
+    if (bytes[0] != 0x7F || std::memcmp(&bytes[1], "VRL", 3) != 0)
+        return Result::failure("not a trace store file");
     header.version = load_be32(&bytes[4]);
     header.kind = load_be32(&bytes[8]);
     header.kindVersion = load_be32(&bytes[12]);
-    if (header.version >= 2) {
-        why = gen_format("header version %u is not supported", header.version);
-        return false;
-    }
+    if (header.version >= 2)
+        return Result::failure(gen_format("header version %u is not supported", header.version));
     header.mode = gadr_mode_from_encoding(bytes[16]);
     if (bytes[17] != 0) {
-        gen_error("GFile desciptors not supported");
-        why = "GFile desciptors not supported";
-        return false;
+        constexpr const char* words = "GFile desciptors not supported";  // the text is kept as it is known
+        gen_error("%s", words);
+        return Result::failure(words);
     }
-    if (bytes[19] != 0) {
-        why = "the reserved byte of the header is not 0";
-        return false;
-    }
-    return true;
+    if (bytes[19] != 0) return Result::failure("the reserved byte of the header is not 0");
+    return {};
 }
 
 std::unique_ptr<GFile> GFile::OnDevice(FileDevice& device, const std::string& name) {
@@ -181,8 +171,8 @@ Result GFile::OpenOnDevice(std::unique_ptr<FileDevice> device, const std::string
     made->owned_ = std::move(device);
     const size_t there = made->fill(mt_HeaderSize) ? mt_HeaderSize : made->buffered();
     if (made->error() != 0) return Result::system(name, made->error());
-    std::string reason;
-    if (!gf_DecodeHeader({made->here(), there}, made->header_, reason)) return Result::failure(reason, name);
+    if (const Result header = gf_DecodeHeader({made->here(), there}, made->header_); !header)
+        return Result::failure(header.what(), name);
     made->step(mt_HeaderSize);
     file = std::move(made);
     return {};

@@ -60,9 +60,9 @@ struct GFileHeader {
 
 // The 20 bytes of a header.
 std::vector<uint8_t> gf_EncodeHeader(const GFileHeader& header);
-// Checks and decodes a header; false with the reason in why when a reader must refuse the file. A descriptor
+// Checks and decodes a header; fails with the reason alone when a reader must refuse the file. A descriptor
 // flag is also reported at level error, as is an unknown address size code, which reads as 32bit.
-[[nodiscard]] bool gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header, std::string& why);
+Result gf_DecodeHeader(std::span<const uint8_t> bytes, GFileHeader& header);
 
 // A file open for reading. Positions are absolute. A read past the end gives 0 and sets the end mark; one
 // that the device fails does the same, keeps the error, and is reported at level fatal, once per file.

@@ -31,11 +31,11 @@ class FailingDevice : public MemoryDevice {
     uint64_t from_, to_;
 };
 
-inline TraceStorePtr open_image(const StoreImage& image, std::string* why = nullptr) {
+inline TraceStorePtr open_image(const StoreImage& image, Result* trouble = nullptr) {
     const auto device = [](const Bytes& bytes) {
         return std::make_unique<MemoryDevice>(std::make_shared<Bytes>(bytes));
     };
-    return mt_OpenOnDevices(device(image.version), device(image.events), device(image.index), "run", why);
+    return mt_OpenOnDevices(device(image.version), device(image.events), device(image.index), "run", trouble);
 }
 
 // Puts packets together as the format has them, by nothing that the store's own writer uses.

@@ -251,24 +251,25 @@ TEST(TraceStore, SaysWhatIsWrongWithAFile) {
     Bytes index = image.index;
     index[20] = 9;
     write_file(base + ".tri", index);
-    std::string why;
+    Result why;
     EXPECT_FALSE(mt_OpenForRead(base + "x", &why));
-    EXPECT_NE(why.find("runx.trv: No such file"), std::string::npos) << why;
+    EXPECT_NE(why.text().find("runx.trv: No such file"), std::string::npos) << why.text();
     EXPECT_FALSE(mt_OpenForRead(base, &why));
-    EXPECT_NE(why.find("run.tri, byte 20: a record of the index has an unknown type"), std::string::npos)
-        << why;
+    EXPECT_NE(why.text().find("run.tri, byte 20: a record of the index has an unknown type"),
+              std::string::npos)
+        << why.text();
     // What is no file is refused at once; a pipe would wait for its other end.
     for (const char* extension : {".tri", ".trs", ".trv"}) {
         std::filesystem::remove(base + extension);
         ASSERT_EQ(::mkfifo((base + extension).c_str(), 0600), 0);
         EXPECT_FALSE(mt_OpenForRead(base, &why));
-        EXPECT_NE(why.find(std::string("run") + extension + ": Not a regular file"), std::string::npos)
-            << why;
+        EXPECT_NE(why.text().find(std::string("run") + extension + ": Not a regular file"), std::string::npos)
+            << why.text();
     }
     std::filesystem::remove(base + ".trv");
     std::filesystem::create_directory(base + ".trv");
     EXPECT_FALSE(mt_OpenForRead(base, &why));
-    EXPECT_NE(why.find("run.trv: Is a directory"), std::string::npos) << why;
+    EXPECT_NE(why.text().find("run.trv: Is a directory"), std::string::npos) << why.text();
 }
 
 TEST(TraceStore, ReportsUnknownPackets) {

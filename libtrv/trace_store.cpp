@@ -13,8 +13,8 @@ namespace {
 constexpr uint32_t most_interval = uint32_t{1} << 31;
 constexpr mt_Time late_times = mt_Time{1} << 63;
 
-TraceStorePtr refuse(std::string* why, const Result& failure) {
-    if (why) *why = failure.text();
+TraceStorePtr refuse(Result* trouble, Result failure) {
+    if (trouble) *trouble = std::move(failure);
     return nullptr;
 }
 
@@ -82,11 +82,11 @@ void tell_late_times(TraceStore& store, mt_Time latest) {
 }
 
 // Takes in what the open files say; the store or, when they can't be a store, null.
-TraceStorePtr finish_open(TraceStorePtr store, std::string* why) {
-    if (const Result read = read_version(*store); !read) return refuse(why, read);
+TraceStorePtr finish_open(TraceStorePtr store, Result* trouble) {
+    if (const Result read = read_version(*store); !read) return refuse(trouble, read);
     if (index_Read(*store) == IndexScan::BadRecord)
-        return refuse(why, Result::failure("a record of the index has an unknown type",
-                                           mt_PlaceText(store->index->name(), store->indexTail)));
+        return refuse(trouble, Result::failure("a record of the index has an unknown type",
+                                               mt_PlaceText(store->index->name(), store->indexTail)));
     check_interval(*store);
     if (!store->blockTimes.empty())
         tell_late_times(*store, *std::max_element(store->blockTimes.begin(), store->blockTimes.end()));
@@ -99,19 +99,19 @@ void TraceStoreDeleter::operator()(TraceStore* store) const {
     mt_Close(store);
 }
 
-TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why) {
+TraceStorePtr mt_OpenForRead(const std::string& base, Result* trouble) {
     TraceStorePtr store(new TraceStore);
     store->base = base;
     for (const auto& [file, extension] :
          {std::pair{&store->version, ".trv"}, std::pair{&store->events, ".trs"},
           std::pair{&store->index, ".tri"}})
         if (const Result opened = GFile::OpenForRead(base + extension, *file); !opened)
-            return refuse(why, opened);
-    return finish_open(std::move(store), why);
+            return refuse(trouble, opened);
+    return finish_open(std::move(store), trouble);
 }
 
 TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_ptr<FileDevice> events,
-                               std::unique_ptr<FileDevice> index, const std::string& base, std::string* why) {
+                               std::unique_ptr<FileDevice> index, const std::string& base, Result* trouble) {
     TraceStorePtr store(new TraceStore);
     store->base = base;
     const auto open = [&](std::unique_ptr<FileDevice> device, const char* extension,
@@ -121,12 +121,12 @@ TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_
     Result opened = open(std::move(version), ".trv", store->version);
     if (opened) opened = open(std::move(events), ".trs", store->events);
     if (opened) opened = open(std::move(index), ".tri", store->index);
-    return opened ? finish_open(std::move(store), why) : refuse(why, opened);
+    return opened ? finish_open(std::move(store), trouble) : refuse(trouble, opened);
 }
 
-TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why) {
-    if (name.size() < 4) return refuse(why, Result::failure("not the name of a .trs file", name));
-    return mt_OpenForRead(name.substr(0, name.size() - 4), why);
+TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, Result* trouble) {
+    if (name.size() < 4) return refuse(trouble, Result::failure("not the name of a .trs file", name));
+    return mt_OpenForRead(name.substr(0, name.size() - 4), trouble);
 }
 
 void mt_Close(TraceStore* store) {

@@ -28,15 +28,15 @@ struct TraceStoreDeleter {
 };
 using TraceStorePtr = std::unique_ptr<TraceStore, TraceStoreDeleter>;
 
-// Opens base.trv, base.trs, base.tri. Null on failure, with what and where in why when it is given. Times of
+// Opens base.trv, base.trs, base.tri. Null on failure, which goes to trouble when that is given. Times of
 // 2^63 ticks and more, which come ahead of all others in ranges, are told here by a warning.
-TraceStorePtr mt_OpenForRead(const std::string& base, std::string* why = nullptr);
+TraceStorePtr mt_OpenForRead(const std::string& base, Result* trouble = nullptr);
 // The same by the name of the .trs file: the last 4 characters are dropped.
-TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, std::string* why = nullptr);
+TraceStorePtr mt_OpenForReadByDataFile(const std::string& name, Result* trouble = nullptr);
 // For tests: the three devices in place of files. The base is only told in messages.
 TraceStorePtr mt_OpenOnDevices(std::unique_ptr<FileDevice> version, std::unique_ptr<FileDevice> events,
                                std::unique_ptr<FileDevice> index, const std::string& base,
-                               std::string* why = nullptr);
+                               Result* trouble = nullptr);
 void mt_Close(TraceStore* store);
 // Flushes those files that are open, down to the disk. Null is accepted. False when the disk refused.
 bool mt_FlushFiles(TraceStore* store);

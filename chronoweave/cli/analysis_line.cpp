@@ -41,19 +41,26 @@ bool AnalysisLine::takeRange() {
     return true;
 }
 
+namespace {
+
+// Whether a name was found; tells when it was not.
+bool found(const Result& name, const char* option) {
+    if (!name) cli_UsageError(std::string(option) + ": " + name.text());
+    return name.ok();
+}
+
+}  // namespace
+
 std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string& text, const char* option,
                                                               bool nameMeansAll) const {
     std::vector<uint32_t> ids;
     for (size_t at = 0; at <= text.size();) {
         const size_t comma = std::min(text.find(',', at), text.size());
-        std::string why;
-        const auto some = analysis_FindObjects(text_trim(std::string_view(text).substr(at, comma - at)),
-                                               objects, names, nameMeansAll, why);
-        if (!some) {
-            cli_UsageError(std::string(option) + ": " + why);
+        std::vector<uint32_t> some;
+        const std::string_view one = text_trim(std::string_view(text).substr(at, comma - at));
+        if (!found(analysis_FindObjects(one, objects, names, nameMeansAll, some), option))
             return std::nullopt;
-        }
-        ids.insert(ids.end(), some->begin(), some->end());
+        ids.insert(ids.end(), some.begin(), some.end());
         at = comma + 1;
     }
     std::sort(ids.begin(), ids.end());
@@ -62,17 +69,13 @@ std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string&
 }
 
 std::optional<int32_t> AnalysisLine::event(const std::string& name, const char* option) const {
-    std::string why;
-    const auto row = analysis_FindEvent(named.legend, name, why);
-    if (!row) cli_UsageError(std::string(option) + ": " + why);
-    return row;
+    int32_t row = 0;
+    return found(analysis_FindEvent(named.legend, name, row), option) ? std::optional(row) : std::nullopt;
 }
 
 std::optional<int32_t> AnalysisLine::status(const std::string& name, const char* option) const {
-    std::string why;
-    const auto row = analysis_FindStatus(named.legend, name, why);
-    if (!row) cli_UsageError(std::string(option) + ": " + why);
-    return row;
+    int32_t row = 0;
+    return found(analysis_FindStatus(named.legend, name, row), option) ? std::optional(row) : std::nullopt;
 }
 
 Cell AnalysisLine::nameOf(uint32_t object) const {

@@ -64,7 +64,7 @@ int put_outcomes(const CommandLine& line, const AnalysisLine& analysis, const st
 }  // namespace
 
 int command_Check(const CommandLine& line) {
-    std::string text, why;
+    std::string text;
     if (const Result whole = file_read_whole(line.subject, text); !whole) return cli_UsageError(whole.text());
     std::vector<RuleProblem> problems;
     const std::vector<TimingRule> rules = rules_Read(text, problems);
@@ -75,9 +75,10 @@ int command_Check(const CommandLine& line) {
     int status = Exit_Usage;
     if (!analysis.open(status)) return status;
     for (const TimingRule& rule : rules)
-        if (!rules_FitsLegend(rule, analysis.named.legend, why) ||
-            !rules_FitsClock(rule, analysis.source.clock, why))
-            problems.push_back({rule.line, why});
+        if (const Result fits = result_First(rules_FitsLegend(rule, analysis.named.legend),
+                                             rules_FitsClock(rule, analysis.source.clock));
+            !fits)
+            problems.push_back({rule.line, fits.text()});
     tell_problems(line.subject, problems);
     if (!problems.empty()) return analysis.refused();
     std::vector<RuleOutcome> outcomes;

@@ -5,14 +5,14 @@
 bool NamedStore::open(const CommandLine& line, int& status) {
     opened = cli_Open(line);
     if (!opened.store) {
-        status = cli_Failure(opened.error);
+        status = cli_Failure(opened.trouble.text());
         return false;
     }
-    bool fatal = false;
-    hasLegend = cli_LoadLegend(line, *opened.store, legend, fatal);
+    const LegendFound found = cli_LoadLegend(line, *opened.store, legend);
+    hasLegend = found == LegendFound::Yes;
     if (hasLegend && !legend.misc.separator.empty()) separator = legend.misc.separator.front();
     status = Exit_Failed;
-    return !fatal;
+    return found != LegendFound::Unreadable;
 }
 
 bool NamedStore::openWithLegend(const CommandLine& line, int& status) {

@@ -26,13 +26,13 @@ OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, ui
     // A store in the cache has a name that the command line does not tell.
     if (const std::string output = cli_OutputInStore(line, opened.base); opened.store && !output.empty()) {
         opened.store.reset();
-        opened.error = output + ": the result would overwrite what it is made of";
+        opened.trouble = Result::failure("the result would overwrite what it is made of", output);
     }
     return opened;
 }
 
 int cli_Finish(const OpenedSource& opened, TraceStore* store) {
-    int status = opened.error.empty() ? Exit_Done : cli_Failure(opened.error);
+    int status = opened.trouble ? Exit_Done : cli_Failure(opened.trouble.text());
     if (!store) return status;
     // What the canvas has told already counts too.
     if (mt_IsDamaged(*store)) status = Exit_Failed;
@@ -48,7 +48,7 @@ int cli_Refused(const OpenedSource& opened) {
     return status == Exit_Done ? Exit_Usage : status;
 }
 
-bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend, bool& fatal) {
+LegendFound cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend) {
     const char* os = mt_GetOsName(&store);
     std::string problem;
     ConfigureCallbacks callbacks = configure_ConsoleCallbacks();
@@ -56,9 +56,9 @@ bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& le
     callbacks.errorDialog = [&](const std::string& text) { problem += (problem.empty() ? "" : " ") + text; };
     const bool loaded = line.config.empty() ? configure_Read(legend, os, callbacks, 0)
                                             : configure_ReadFile(legend, line.config, os, callbacks, 0);
-    fatal = !loaded && !line.config.empty();
     if (!problem.empty()) cli_Say(problem);
-    return loaded;
+    if (loaded) return LegendFound::Yes;
+    return line.config.empty() ? LegendFound::None : LegendFound::Unreadable;
 }
 
 std::optional<mt_Time> cli_Time(const std::string& text, bool ticks, mt_Time first, uint64_t ticksPerSecond) {

@@ -22,9 +22,10 @@ int cli_Finish(const OpenedSource& opened, TraceStore* store);
 // may be why.
 int cli_Refused(const OpenedSource& opened);
 
-// The legend for a store: of --config, else of the operating system. Without a file for the system, false
-// with fatal clear: the store's own names then serve. A --config that can't be read is fatal.
-bool cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend, bool& fatal);
+// None: there is no file for the system, and the store's own names serve. Unreadable: that of --config.
+enum class LegendFound { Yes, None, Unreadable };
+// The legend for a store: of --config, else of the operating system. What is wrong with it is said.
+LegendFound cli_LoadLegend(const CommandLine& line, const TraceStore& store, Legend& legend);
 
 // A time as typed, in store ticks: seconds from the first event, or ticks with --ticks. An instant between
 // two ticks becomes the later one, so that ranges stay half open. Nothing when it is no time.

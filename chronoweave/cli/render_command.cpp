@@ -188,12 +188,11 @@ int command_Render(const CommandLine& line) {
     std::optional<RenderPage> page;
     if (!size || !cli_RenderPage(line, page)) return Exit_Usage;
     OpenedSource opened = cli_Open(line);
-    if (!opened.store) return cli_Failure(opened.error);
+    if (!opened.store) return cli_Failure(opened.trouble.text());
     const auto range = cli_Range(line, *opened.store);
     if (!range) return cli_Refused(opened);
     Legend legend;
-    bool fatal = false;
-    if (!cli_LoadLegend(line, *opened.store, legend, fatal)) {
+    if (cli_LoadLegend(line, *opened.store, legend) != LegendFound::Yes) {
         cli_Finish(opened, opened.store.get());  // damage may be why
         return Exit_Failed;
     }

@@ -102,13 +102,11 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
     const bool one = line.subject == "object";
     uint32_t object = 0;
     if (one) {
-        std::string why;
-        const auto found = analysis_FindObject(line.object, analysis.objects, analysis.names, why);
+        const Result found = analysis_FindObject(line.object, analysis.objects, analysis.names, object);
         if (!found) {
-            cli_Say("--object: " + why);
+            cli_Say("--object: " + found.text());
             return analysis.refused();
         }
-        object = *found;
     }
     RowWriter rows(line, figure_layout(false), analysis.clock());
     if (!rows.good()) return Exit_Failed;

@@ -13,7 +13,7 @@
 
 int command_Info(const CommandLine& line) {
     const OpenedSource opened = cli_Open(line);
-    if (!opened.store) return cli_Failure(opened.error);
+    if (!opened.store) return cli_Failure(opened.trouble.text());
     TraceStore& store = *opened.store;
     {
         // Who asks for facts learns of all damage.
@@ -51,8 +51,8 @@ int command_Import(const CommandLine& line) {
     const OpenedSource opened = cli_Open(line, line.output, *checkpoint);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!opened.imported)
-        return cli_Failure(opened.error.empty() ? line.path + ": a store already, there is nothing to import"
-                                                : opened.error);
+        return cli_Failure(opened.trouble.ok() ? line.path + ": a store already, there is nothing to import"
+                                               : opened.trouble.text());
     CommandLine form = line;
     form.output.clear();  // -o names the store
     RowWriter rows(form, {});

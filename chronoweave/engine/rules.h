@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "chronoweave/engine/search_names.h"
+#include "shared/libcxxutil/result.h"
 
 enum class RuleUnit { Plain, Seconds, Ticks, Percent };
 
@@ -50,13 +51,13 @@ struct RuleProblem {
 
 // Reads the text of a file of rules. Rules with problems are left out; all problems are told.
 std::vector<TimingRule> rules_Read(std::string_view text, std::vector<RuleProblem>& problems);
-// The names that a rule has of the legend; false, with why, when one is unknown there.
-bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string& why);
+// Fails when a name that the rule has of the legend is unknown there.
+Result rules_FitsLegend(const TimingRule& rule, const Legend& legend);
 // A value of time in seconds.
 double rules_Seconds(const RuleValue& value, const TimeBase& clock);
-// False, with why, when the range of a rule ends ahead of its begin by this clock. Where both ends have one
+// Fails when the range of a rule ends ahead of its begin by this clock. Where both ends have one
 // unit rules_Read has found it.
-bool rules_FitsClock(const TimingRule& rule, const TimeBase& clock, std::string& why);
+Result rules_FitsClock(const TimingRule& rule, const TimeBase& clock);
 
 struct RuleOutcome {
     bool passed = false;

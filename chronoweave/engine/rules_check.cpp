@@ -77,14 +77,9 @@ class RuleChecker {
         outcome_.message = message;
     }
     bool ObjectsOf(const std::string& text, std::vector<uint32_t>& ids) {
-        std::string why;
-        auto found = analysis_FindObjects(text, known_, *words_.names, true, why);
-        if (!found) {
-            fail(why);
-            return false;
-        }
-        ids = std::move(*found);
-        return true;
+        const Result found = analysis_FindObjects(text, known_, *words_.names, true, ids);
+        if (!found) fail(found.text());
+        return found.ok();
     }
     double seconds(const RuleValue& value) const { return rules_Seconds(value, source_.clock); }
     // The limit in the unit that is measured.

@@ -15,7 +15,7 @@ struct Token {
 
 // Cuts a line into words, quoted texts, and the symbols "->", "..", ",". A '#' ahead of a word begins a
 // comment.
-bool cut(std::string_view line, std::vector<Token>& tokens, size_t& length, std::string& why) {
+Result cut(std::string_view line, std::vector<Token>& tokens, size_t& length) {
     const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
     size_t at = 0;
     const auto symbol = [&](size_t where) -> std::string_view {
@@ -36,10 +36,7 @@ bool cut(std::string_view line, std::vector<Token>& tokens, size_t& length, std:
         } else if (line[at] == '"') {
             size_t close = at + 1;
             while (close < line.size() && line[close] != '"') close += line[close] == '\\' ? 2 : 1;
-            if (close >= line.size()) {
-                why = "a text in double quotes does not end";
-                return false;
-            }
+            if (close >= line.size()) return Result::failure("a text in double quotes does not end");
             tokens.push_back({Token::Text, text_unquote(line.substr(at, close + 1 - at))});
             at = close + 1;
         } else {
@@ -50,7 +47,7 @@ bool cut(std::string_view line, std::vector<Token>& tokens, size_t& length, std:
         length = at;
     }
     tokens.push_back({});
-    return true;
+    return {};
 }
 
 struct Unit {
@@ -69,18 +66,20 @@ const Unit* find_unit(std::string_view name) {
     return nullptr;
 }
 
-// One rule out of its tokens. Every step is false once something did not fit, which is then told in why.
+// One rule out of its tokens. Every step is false once something did not fit, which is then told.
 class RuleReader {
   public:
-    RuleReader(const std::vector<Token>& tokens, TimingRule& rule, std::string& why)
-        : tokens_(tokens), rule_(rule), why_(why) {}
+    RuleReader(const std::vector<Token>& tokens, TimingRule& rule) : tokens_(tokens), rule_(rule) {}
 
-    bool read() { return head() && clauses() && whole(); }
+    Result read() {
+        if (head() && clauses()) whole();
+        return trouble_;
+    }
 
   private:
     const Token& next() const { return tokens_[at_]; }
     bool fail(const std::string& text) {
-        if (why_.empty()) why_ = text;
+        if (trouble_) trouble_ = Result::failure(text);
         return false;
     }
     bool expected(const std::string& what) {
@@ -226,7 +225,9 @@ class RuleReader {
         if (!time(end, "the range's end")) return false;
         rule_.to = end;
         const bool clock = (end.unit == RuleUnit::Ticks) != (rule_.from->unit == RuleUnit::Ticks);
-        return (clock && end.number > 0) || rules_FitsClock(rule_, TimeBase{}, why_);
+        if (!clock || !(end.number > 0))
+            trouble_ = result_First(trouble_, rules_FitsClock(rule_, TimeBase{}));
+        return trouble_.ok();
     }
     bool without() {
         do {
@@ -249,7 +250,7 @@ class RuleReader {
 
     const std::vector<Token>& tokens_;
     TimingRule& rule_;
-    std::string& why_;
+    Result trouble_;
     size_t at_ = 0;
     bool periodGiven_ = false;
 };
@@ -265,35 +266,36 @@ std::vector<TimingRule> rules_Read(std::string_view text, std::vector<RuleProble
         TimingRule rule;
         rule.line = number;
         std::vector<Token> tokens;
-        std::string why;
         size_t length = 0;
-        if (!cut(line, tokens, length, why)) {
-            problems.push_back({number, why});
+        if (const Result whole = cut(line, tokens, length); !whole) {
+            problems.push_back({number, whole.text()});
             continue;
         }
         if (tokens.size() == 1) continue;
         rule.text = text_trim(line.substr(0, length));
-        if (RuleReader(tokens, rule, why).read())
-            rules.push_back(std::move(rule));
+        if (const Result read = RuleReader(tokens, rule).read(); !read)
+            problems.push_back({number, read.text()});
         else
-            problems.push_back({number, why});
+            rules.push_back(std::move(rule));
     }
     return rules;
 }
 
-bool rules_FitsLegend(const TimingRule& rule, const Legend& legend, std::string& why) {
-    for (const std::string* event : {&rule.event, &rule.endEvent})
-        if (!event->empty() && !analysis_FindEvent(legend, *event, why)) return false;
-    return rule.status.empty() || analysis_FindStatus(legend, rule.status, why);
+Result rules_FitsLegend(const TimingRule& rule, const Legend& legend) {
+    int32_t row = 0;
+    for (const std::string* event : {&rule.event, &rule.endEvent}) {
+        if (event->empty()) continue;
+        if (Result found = analysis_FindEvent(legend, *event, row); !found) return found;
+    }
+    return rule.status.empty() ? Result() : analysis_FindStatus(legend, rule.status, row);
 }
 
 double rules_Seconds(const RuleValue& value, const TimeBase& clock) {
     return value.unit == RuleUnit::Ticks ? clock.LengthOf(value.number) : value.number;
 }
 
-bool rules_FitsClock(const TimingRule& rule, const TimeBase& clock, std::string& why) {
-    if (!rule.from || !rule.to) return true;
-    if (rules_Seconds(*rule.from, clock) <= rules_Seconds(*rule.to, clock)) return true;
-    why = "the range ends before it begins";
-    return false;
+Result rules_FitsClock(const TimingRule& rule, const TimeBase& clock) {
+    if (!rule.from || !rule.to) return {};
+    if (rules_Seconds(*rule.from, clock) <= rules_Seconds(*rule.to, clock)) return {};
+    return Result::failure("the range ends before it begins");
 }

@@ -11,9 +11,9 @@ class RulesTest : public AnalysisTest {
         const auto rules = rules_Read(text, problems);
         if (!problems.empty()) return gen_format("%zu: ", problems[0].line) + problems[0].what;
         if (rules.size() != 1) return "no rule";
-        std::string why;
-        if (!rules_FitsLegend(rules[0], legend_, why) || !rules_FitsClock(rules[0], source_.clock, why))
-            return why;
+        const Result fits =
+            result_First(rules_FitsLegend(rules[0], legend_), rules_FitsClock(rules[0], source_.clock));
+        if (!fits) return fits.text();
         const ObjectNames names(*store_, '@');
         const RuleOutcome outcome =
             rules_Check(source_, rules[0], everyone(), analysis_WordsOfLegend(legend_, names, source_.clock));

@@ -86,63 +86,64 @@ std::string analysis_NearNames(std::string_view text, std::span<const std::strin
     return list;
 }
 
-std::optional<int32_t> analysis_FindEvent(const Legend& legend, std::string_view name, std::string& why) {
+Result analysis_FindEvent(const Legend& legend, std::string_view name, int32_t& row) {
     std::vector<std::string> candidates;
     for (const LegendEvent& event : legend.events) {
         if (event.IsCategory()) continue;
-        if (text_equal_nocase(event.name, name)) return legend.EventByName(name);
+        if (text_equal_nocase(event.name, name)) {
+            row = legend.EventByName(name);
+            return {};
+        }
         candidates.push_back(event.name);
     }
-    why = unknown_name("event", name, candidates);
-    return std::nullopt;
+    return Result::failure(unknown_name("event", name, candidates));
 }
 
-std::optional<int32_t> analysis_FindStatus(const Legend& legend, std::string_view name, std::string& why) {
+Result analysis_FindStatus(const Legend& legend, std::string_view name, int32_t& row) {
     std::vector<std::string> candidates;
     for (const LegendStatus& status : legend.statuses) {
-        if (text_equal_nocase(status.name, name)) return legend.StatusByName(name);
+        if (text_equal_nocase(status.name, name)) {
+            row = legend.StatusByName(name);
+            return {};
+        }
         candidates.push_back(status.name);
     }
-    why = unknown_name("status", name, candidates);
-    return std::nullopt;
+    return Result::failure(unknown_name("status", name, candidates));
 }
 
-std::optional<std::vector<uint32_t>> analysis_FindObjects(std::string_view text,
-                                                          const std::vector<uint32_t>& known,
-                                                          const ObjectNames& names, bool nameMeansAll,
-                                                          std::string& why) {
-    if (text == "*") return known;
+Result analysis_FindObjects(std::string_view text, const std::vector<uint32_t>& known,
+                            const ObjectNames& names, bool nameMeansAll, std::vector<uint32_t>& ids) {
+    if (text == "*") {
+        ids = known;
+        return {};
+    }
     if (const auto number = scan_number(text)) {
         if (*number <= UINT32_MAX &&
-            std::binary_search(known.begin(), known.end(), static_cast<uint32_t>(*number)))
-            return std::vector<uint32_t>{static_cast<uint32_t>(*number)};
-        // A name may look like a number.
-        if (known_of_name(text, known, names, false).empty()) {
-            why = "there is no object " + std::string(text) + " in the trace";
-            return std::nullopt;
+            std::binary_search(known.begin(), known.end(), static_cast<uint32_t>(*number))) {
+            ids = {static_cast<uint32_t>(*number)};
+            return {};
         }
+        // A name may look like a number.
+        if (known_of_name(text, known, names, false).empty())
+            return Result::failure("there is no object " + std::string(text) + " in the trace");
     }
-    auto ids = known_of_name(text, known, names, false);
+    ids = known_of_name(text, known, names, false);
     if (ids.empty()) ids = known_of_name(text, known, names, true);
     if (ids.empty() && nameMeansAll)
         for (const uint32_t id : known)
             if (const std::string* own = names.find(id); own && text_matches(text, *own)) ids.push_back(id);
-    if (ids.empty()) {
-        why = unknown_object(text, known, names);
-        return std::nullopt;
-    }
-    if (ids.size() > 1 && !nameMeansAll) {
-        why = '"' + std::string(text) + "\" is the name of several objects: " + id_list(ids) + "; give an id";
-        return std::nullopt;
-    }
-    return ids;
+    if (ids.empty()) return Result::failure(unknown_object(text, known, names));
+    if (ids.size() > 1 && !nameMeansAll)
+        return Result::failure('"' + std::string(text) +
+                               "\" is the name of several objects: " + id_list(ids) + "; give an id");
+    return {};
 }
 
-std::optional<uint32_t> analysis_FindObject(std::string_view text, const std::vector<uint32_t>& known,
-                                            const ObjectNames& names, std::string& why) {
-    const auto ids = analysis_FindObjects(text, known, names, false, why);
-    if (!ids) return std::nullopt;
-    if (ids->size() == 1) return ids->front();
-    why = "one object is needed, not all";
-    return std::nullopt;
+Result analysis_FindObject(std::string_view text, const std::vector<uint32_t>& known,
+                           const ObjectNames& names, uint32_t& id) {
+    std::vector<uint32_t> ids;
+    if (Result found = analysis_FindObjects(text, known, names, false, ids); !found) return found;
+    if (ids.size() != 1) return Result::failure("one object is needed, not all");
+    id = ids.front();
+    return {};
 }

@@ -299,11 +299,11 @@ TEST_F(SearchTest, NamesAreFoundOrTheirNeighboursTold) {
          "Korvantis", CrowdedLegend());
     const ObjectNames names(*store_, '@');
     const auto object = [&](const char* text, bool all) {
-        std::string why;
-        const auto ids = analysis_FindObjects(text, everyone(), names, all, why);
-        if (!ids) return why;
+        std::vector<uint32_t> ids;
+        if (const Result found = analysis_FindObjects(text, everyone(), names, all, ids); !found)
+            return found.text();
         std::string list;
-        for (const uint32_t id : *ids) list += gen_format("%x ", id);
+        for (const uint32_t id : ids) list += gen_format("%x ", id);
         return list;
     };
     EXPECT_EQ(object("0x400", false), "400 ");
@@ -316,9 +316,10 @@ TEST_F(SearchTest, NamesAreFoundOrTheirNeighboursTold) {
     EXPECT_EQ(object("disk", false), "\"disk\" is the name of several objects: 0x401, 0x402; give an id");
     EXPECT_EQ(object("0x999", false), "there is no object 0x999 in the trace");
     EXPECT_EQ(object("dusk", false), "there is no object \"dusk\"; near: \"disk\"");
-    std::string why;
-    EXPECT_EQ(analysis_FindEvent(legend_, "GIVE", why), 3);
-    EXPECT_FALSE(analysis_FindEvent(legend_, "Early", why));  // a category
-    EXPECT_FALSE(analysis_FindStatus(legend_, "Runing", why));
-    EXPECT_EQ(why, "there is no status \"Runing\"; near: \"Running\"");
+    int32_t row = 0;
+    EXPECT_TRUE(analysis_FindEvent(legend_, "GIVE", row));
+    EXPECT_EQ(row, 3);
+    EXPECT_FALSE(analysis_FindEvent(legend_, "Early", row));  // a category
+    EXPECT_EQ(analysis_FindStatus(legend_, "Runing", row).text(),
+              "there is no status \"Runing\"; near: \"Running\"");
 }

@@ -75,7 +75,7 @@ double analysis_ShownOnTick(const AnalysisWords& words, double time) {
 }
 
 std::string analysis_TimeText(const AnalysisWords& words, double time, int most) {
-    const int mode = words.inTicks ? Time_Tick : words.timeMode;
+    const TimeMode mode = words.inTicks ? Time_Tick : words.timeMode;
     return tick_Text(laTime_Scale(words.clock.ticksPerSecond, mode), analysis_ShownTime(words, time), most);
 }
 

@@ -29,7 +29,7 @@ struct AnalysisWords {
     const Legend* legend = nullptr;
     const ObjectNames* names = nullptr;
     std::string term = "Task", lowerTerm = "task";  // the object term
-    int timeMode = Time_Second;                     // unit of times shown
+    TimeMode timeMode = Time_Second;                // unit of times shown
     std::string unit = "Second";                    // its word
     bool inTicks = false;                           // times are shown in ticks, whatever the unit
     TimeBase clock;

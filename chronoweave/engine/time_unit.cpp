@@ -6,11 +6,15 @@
 
 #include "shared/libcxxutil/report.h"
 
-double laTime_Convert(int from, double value, int to) {
+double laTime_Convert(TimeMode from, double value, TimeMode to) {
     if (from >= Time_Tick || to >= Time_Tick || from == to) return value;
-    for (; from > to; --from) value /= 1000.0;
-    for (; from < to; ++from) value *= 1000.0;
+    for (int steps = from - to; steps > 0; --steps) value /= 1000.0;
+    for (int steps = to - from; steps > 0; --steps) value *= 1000.0;
     return value;
+}
+
+TimeMode laTime_NextUnit(TimeMode unit) {
+    return static_cast<TimeMode>((unit + 1) % Time_Tick);
 }
 
 std::string laTime_TrimZeros(std::string text) {
@@ -22,7 +26,7 @@ std::string laTime_TrimZeros(std::string text) {
     return text;
 }
 
-TickScale laTime_Scale(double ticksPerSecond, int mode) {
+TickScale laTime_Scale(double ticksPerSecond, TimeMode mode) {
     const auto ticks = static_cast<uint64_t>(std::max(1.0, ticksPerSecond));
     if (mode >= Time_Tick) return {1, 1};
     static constexpr uint64_t units[] = {1, 1000, 1000000, 1000000000};

@@ -16,12 +16,15 @@ enum TimeMode : int {
 
 // A value of one time mode in another: one multiplication or division by 1000 per step. Modes 4 and 5 convert
 // to and from nothing.
-double laTime_Convert(int from, double value, int to);
+double laTime_Convert(TimeMode from, double value, TimeMode to);
+
+// The next smaller unit of time; behind nanoseconds come seconds again.
+TimeMode laTime_NextUnit(TimeMode unit);
 
 // Drops zeros and blanks at the end behind a point, then a bare point, and leading blanks.
 std::string laTime_TrimZeros(std::string text);
 // What times are counted in, and the unit shown.
-TickScale laTime_Scale(double ticksPerSecond, int mode);
+TickScale laTime_Scale(double ticksPerSecond, TimeMode mode);
 // A value in the unit of the scale. One that the trace holds lies on a tick: it is rounded to that, with as
 // many decimals as a tick has in the unit, and at most most (0 to 17). One between ticks (a column, a typed
 // value) has all of those.

@@ -135,7 +135,7 @@ TEST_F(RawDecoderTest, recordsOfBadLengthAreDroppedAndTheStreamStaysInStep) {
     EXPECT_EQ(events(*source.store), "0:2/1:7 2:1/2:8");
     EXPECT_EQ(source.counts.tooShort, 2u);
     EXPECT_EQ(source.counts.dropped(), 2u);
-    EXPECT_EQ(source.error, "");
+    EXPECT_EQ(source.trouble.text(), "");
     EXPECT_EQ(console(),
               "Chronoweave: Warning: drop event with abnormal length: 15(min length=16)\n"
               "Chronoweave: Warning: drop event with abnormal length: 1(min length=16)\n");
@@ -172,7 +172,7 @@ TEST_F(RawDecoderTest, aCutTailIsLeftAndCounted) {
     const OpenedSource source = import("t.trr", bytes);
     EXPECT_EQ(source.counts.events, 1u);
     EXPECT_EQ(source.counts.unread, 4u);
-    EXPECT_EQ(source.error, "");
+    EXPECT_EQ(source.trouble.text(), "");
     EXPECT_EQ(console(), "Chronoweave: 4 bytes of a cut record are left at offset 0x1b.\n");
 }
 
@@ -211,7 +211,7 @@ TEST_F(RawDecoderTest, progressCanStopTheImportWithWhatItHas) {
     const OpenedSource none = import_OpenSource(path("t.trr"), options);
     EXPECT_TRUE(none.counts.stopped);
     EXPECT_FALSE(none.store);
-    EXPECT_EQ(none.error, "");
+    EXPECT_EQ(none.trouble.text(), "");
     EXPECT_EQ(mt_GetEventCount(*mt_OpenForRead(path("t"))), source.counts.events);
 }
 

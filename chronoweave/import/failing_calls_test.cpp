@@ -30,7 +30,7 @@ class FailingCallsTest : public ImportTest {
         faults = {fault, error, n, 0, 0, {}};
         const OpenedSource source = import_OpenSource(trace_, {});
         const Faults met = std::exchange(faults, Faults{});
-        const std::string where = met.last + " at call " + std::to_string(n) + ": " + source.error;
+        const std::string where = met.last + " at call " + std::to_string(n) + ": " + source.trouble.text();
         check(source, where);
         console();
         return met.calls >= n;
@@ -40,7 +40,7 @@ class FailingCallsTest : public ImportTest {
         const TraceStorePtr left = mt_OpenForRead(source.base.empty() ? path("run") : source.base);
         const std::string read = left ? events(*left) : "";
         EXPECT_EQ(whole_.compare(0, read.size(), read), 0) << where;
-        if (source.error.empty()) {
+        if (source.trouble.ok()) {
             ASSERT_TRUE(source.store) << where;
             EXPECT_EQ(source.counts.events, events_there) << where;
             EXPECT_EQ(read, whole_) << where;
@@ -51,15 +51,16 @@ class FailingCallsTest : public ImportTest {
         }
         if (source.counts.refused == 0) return;
         EXPECT_EQ(source.counts.events + source.counts.refused, events_there) << where;
-        EXPECT_NE(source.error.find(gen_format("%llu events could not be taken into the store, which ",
-                                               static_cast<unsigned long long>(source.counts.refused))),
-                  std::string::npos)
+        EXPECT_NE(
+            source.trouble.text().find(gen_format("%llu events could not be taken into the store, which ",
+                                                  static_cast<unsigned long long>(source.counts.refused))),
+            std::string::npos)
             << where;
         // The store that every import here replaces.
-        EXPECT_NE(source.error.find("The earlier store \"" + path("run") + "\" was removed."),
+        EXPECT_NE(source.trouble.text().find("The earlier store \"" + path("run") + "\" was removed."),
                   std::string::npos)
             << where;
-        EXPECT_EQ(source.error.find("Success"), std::string::npos) << where;
+        EXPECT_EQ(source.trouble.text().find("Success"), std::string::npos) << where;
     }
 
     std::string trace_, whole_;
@@ -71,7 +72,7 @@ TEST_F(FailingCallsTest, everyCallFailsOnceAndFromThereOn) {
         while (run(fault, fault == Fault::Fails ? EIO : ENOSPC, n) && !HasFatalFailure()) {
             ++n;
             // What stands there before is whole again.
-            ASSERT_EQ(import_OpenSource(trace_, {}).error, "");
+            ASSERT_EQ(import_OpenSource(trace_, {}).trouble.text(), "");
         }
         EXPECT_GT(n, 20) << "the calls are not counted";
     }
@@ -82,13 +83,13 @@ TEST_F(FailingCallsTest, anEarlierStoreThatIsGoneIsNamedWhereNoNewOneCouldBeMade
     int n = 1;
     OpenedSource source;
     do {
-        ASSERT_EQ(import_OpenSource(trace_, {}).error, "");
+        ASSERT_EQ(import_OpenSource(trace_, {}).trouble.text(), "");
         faults = {Fault::FailsOn, EACCES, n++, 0, 0, {}};
         source = import_OpenSource(trace_, {});
     } while (std::exchange(faults, Faults{}).last != "open" ||
-             source.error.find(".trs: ") == std::string::npos);
+             source.trouble.text().find(".trs: ") == std::string::npos);
     EXPECT_EQ(
-        source.error.substr(0, source.error.find("\nCan't")),
+        source.trouble.text().substr(0, source.trouble.text().find("\nCan't")),
         path("run.trs") + ": Permission denied\nThe earlier store \"" + path("run") + "\" was removed.");
 }
 

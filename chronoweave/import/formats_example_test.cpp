@@ -13,7 +13,7 @@ TEST_F(FormatsPage, RawEventFileBecomesTheStoreOfThePage) {
     with_long.insert(with_long.end(), with_short.begin() + 10, with_short.end());
     for (const Bytes& raw : {with_short, with_long}) {
         const OpenedSource opened = import("run1.trr", raw);
-        ASSERT_EQ(opened.error, "");
+        ASSERT_EQ(opened.trouble.text(), "");
         EXPECT_EQ(opened.counts.events, 3u);
         EXPECT_EQ(opened.counts.dropped() + opened.counts.badBytes + opened.counts.unread, 0u);
         for (const char* name : {"run1.trs", "run1.tri", "run1.trv"}) {

@@ -87,7 +87,7 @@ TEST_F(LogImageTest, ringsAreReadFromTheOldestToTheNewest) {
     for (const auto& c : cases) {
         const OpenedSource source = import("t.trr", log_image(c.parts));
         ASSERT_TRUE(source.store) << c.name;
-        EXPECT_EQ(source.error, c.error) << c.name;
+        EXPECT_EQ(source.trouble.text(), c.error) << c.name;
         EXPECT_EQ(events(*source.store), c.events) << c.name;
         EXPECT_EQ(mt_IsBigEndianTarget(*source.store), c.parts.big) << c.name;
     }
@@ -113,11 +113,12 @@ TEST_F(LogImageTest, aCutTaskTableGivesItsWholeEntries) {
     bytes.resize(28 + 24 + 2 * task_EntrySize + 1);
     OpenedSource source = import("t.trr", bytes);
     EXPECT_EQ(events(*source.store), "0:6/10:402");
-    EXPECT_EQ(source.error, "Corrupted log image: its table of 2 tasks is cut by the end of the image.");
+    EXPECT_EQ(source.trouble.text(),
+              "Corrupted log image: its table of 2 tasks is cut by the end of the image.");
     bytes.resize(28 + 23);
     source = import("u.trr", bytes);
     EXPECT_FALSE(source.store);
-    EXPECT_EQ(source.error,
+    EXPECT_EQ(source.trouble.text(),
               "Bad format TRR file.\nCan't open VOREL Chronoweave source file \"" + path("u.trr") + "\".");
 }
 
@@ -201,7 +202,7 @@ TEST_F(CoreFileTest, slotsAreReadFromTheFirstToTheNext) {
     for (const auto& c : cases) {
         const OpenedSource source = import("t.core", core_file(c.parts));
         ASSERT_TRUE(source.store) << c.name;
-        EXPECT_EQ(source.error, c.error) << c.name;
+        EXPECT_EQ(source.trouble.text(), c.error) << c.name;
         EXPECT_EQ(events(*source.store), c.events) << c.name;
         EXPECT_STREQ(mt_GetOsName(source.store.get()), "KORVANTIS");
         EXPECT_EQ(mt_GetTicksPerSecond(*source.store), 500u);
@@ -214,7 +215,7 @@ TEST_F(CoreFileTest, theLastByteOfTheLogBelongsToNoRecord) {
     bytes[28 + 44 + 2 * 17 + 1] = 16;
     const OpenedSource source = import("t.core", bytes);
     EXPECT_EQ(events(*source.store), "0:6/10:a");
-    EXPECT_EQ(source.error, "Corrupted core file (version 4).");
+    EXPECT_EQ(source.trouble.text(), "Corrupted core file (version 4).");
 }
 
 Bytes tolmund_file(bool big, uint32_t count, uint32_t first, uint32_t next) {
@@ -252,7 +253,7 @@ TEST_F(CoreFileTest, theFixedLayoutReadsAlikeInBothOrders) {
             const OpenedSource source = import("t.core", tolmund_file(big, c.count, c.first, c.next));
             ASSERT_TRUE(source.store);
             EXPECT_EQ(events(*source.store), c.events);
-            EXPECT_EQ(source.error, c.error);
+            EXPECT_EQ(source.trouble.text(), c.error);
             EXPECT_STREQ(mt_GetOsName(source.store.get()), "TOLMUND");
         }
     }
@@ -286,7 +287,7 @@ TEST_F(CoreFileTest, headersThatDoNotFitTheFileAreRefusedInTheirWords) {
     for (const auto& c : cases) {
         const OpenedSource source = import("t.core", c.bytes);
         EXPECT_FALSE(source.store);
-        EXPECT_EQ(source.error, c.error);
+        EXPECT_EQ(source.trouble.text(), c.error);
     }
 }
 
@@ -294,7 +295,7 @@ TEST_F(CoreFileTest, longLogsGoOnAcrossBatches) {
     CoreParts parts{1, false, 1000, 600, 600};
     const OpenedSource source = import("t.core", core_file(parts));
     EXPECT_EQ(source.counts.events, 1001u);
-    EXPECT_EQ(source.error, "");
+    EXPECT_EQ(source.trouble.text(), "");
 }
 
 }  // namespace

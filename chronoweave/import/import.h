@@ -40,11 +40,10 @@ struct OpenedSource {
     bool imported = false;  // a store was made; counts tell of it
     bool inCache = false;   // the source's folder can't be written, so the store is in the cache directory
     ImportCounts counts;
-    // Empty when all went well; else what failed, in the system's own words, one sentence a line. A store may
-    // be there all the same, holding what could be read.
-    // Nothing of it is printed here: the caller shows it. What is wrong with single bytes and records goes to
-    // the console as it is met.
-    std::string error;
+    // What failed, in the system's own words, one sentence a line where it was more than one thing. A store
+    // may be there all the same, holding what could be read. Nothing of it is printed here: the caller shows
+    // it. What is wrong with single bytes and records goes to the console as it is met.
+    Result trouble;
 };
 
 // Opens a store by its base name (no extension) or its .trs, or a source of any format (formats.h), which is

@@ -42,22 +42,21 @@ class Opening {
     }
 
     void say(std::string_view sentence) {
-        if (!result_.error.empty()) result_.error += '\n';
-        result_.error += sentence;
+        result_.trouble = result_Both(std::move(result_.trouble), Result::failure(std::string(sentence)));
     }
 
     void OpenStore(const std::string& base) {
-        KeepStore([&](std::string& why) { return mt_OpenForRead(base, &why); });
+        KeepStore([&](Result& trouble) { return mt_OpenForRead(base, &trouble); });
     }
     void OpenDataFile() {
-        KeepStore([&](std::string& why) { return mt_OpenForReadByDataFile(name_, &why); });
+        KeepStore([&](Result& trouble) { return mt_OpenForReadByDataFile(name_, &trouble); });
     }
     template <class Open>
     void KeepStore(Open open) {
-        std::string why;
-        result_.store = open(why);
+        Result trouble;
+        result_.store = open(trouble);
         if (!result_.store) {
-            if (!why.empty()) say(why);
+            if (!trouble) say(trouble.text());
             return;
         }
         result_.base = mt_GetBaseName(*result_.store);

@@ -52,11 +52,11 @@ TEST_F(OpenSourceTest, refusalsAreInTheSystemsWords) {
         const OpenedSource source = import_OpenSource(path(c.name), {});
         EXPECT_FALSE(source.store) << c.name;
         EXPECT_FALSE(source.imported) << c.name;
-        EXPECT_EQ(source.error, c.error + "\n" + NoSource(c.name)) << c.name;
+        EXPECT_EQ(source.trouble.text(), c.error + "\n" + NoSource(c.name)) << c.name;
     }
-    EXPECT_EQ(import_OpenSource("", {}).error, "Invalid file name.");
+    EXPECT_EQ(import_OpenSource("", {}).trouble.text(), "Invalid file name.");
     for (const char* name : {"gone", "gone.trs", "dotted.d/gone"}) {
-        const std::string error = import_OpenSource(path(name), {}).error;
+        const std::string error = import_OpenSource(path(name), {}).trouble.text();
         EXPECT_NE(error.find("gone.tr"), std::string::npos) << error;
         EXPECT_NE(error.find(NoSource(name)), std::string::npos) << error;
     }
@@ -64,14 +64,14 @@ TEST_F(OpenSourceTest, refusalsAreInTheSystemsWords) {
 
 TEST_F(OpenSourceTest, aSourceLeavesItsStoreBesideItAndTheStoreOpensByEveryName) {
     OpenedSource source = import("run.v2.trr", RunOf(0x11));
-    EXPECT_EQ(source.error, "");
+    EXPECT_EQ(source.trouble.text(), "");
     EXPECT_TRUE(source.imported);
     EXPECT_FALSE(source.inCache);
     EXPECT_EQ(source.base, path("run.v2"));
     EXPECT_EQ(source.counts.events, 1u);
     for (const char* name : {"run.v2.trs", "run.v2"}) {
         source = import_OpenSource(path(name), {});
-        ASSERT_TRUE(source.store) << name << source.error;
+        ASSERT_TRUE(source.store) << name << source.trouble.text();
         EXPECT_FALSE(source.imported);
         EXPECT_EQ(source.base, path("run.v2")) << name;
         EXPECT_EQ(events(*source.store), "0:2/1:11");
@@ -86,7 +86,7 @@ TEST_F(OpenSourceTest, aCoreUnderARawNameGoesTheCoreWay) {
     for (const uint32_t value : {0u, 0u, 0u, 250u}) put32(core, value, true);
     append(core, task_entry(7, 1, "main", true, true));
     const OpenedSource source = import("run.trr", core);
-    EXPECT_EQ(source.error, "");
+    EXPECT_EQ(source.trouble.text(), "");
     EXPECT_STREQ(mt_GetOsName(source.store.get()), "TOLMUND");
     EXPECT_EQ(events(*source.store), "0:6/10:7");
 }
@@ -96,7 +96,7 @@ TEST_F(OpenSourceTest, aFailedImportShowsNoEarlierStore) {
     ASSERT_TRUE(import("run.trr", RunOf(1)).store);
     const OpenedSource source = import("run.core", {0, 9, 1});
     EXPECT_FALSE(source.store);
-    EXPECT_EQ(source.error, "Unknown core file version: 9");
+    EXPECT_EQ(source.trouble.text(), "Unknown core file version: 9");
     EXPECT_TRUE(import_OpenSource(path("run"), {}).store);
 }
 
@@ -109,7 +109,7 @@ TEST_F(OpenSourceTest, aFolderThatCannotBeWrittenLeadsToTheCache) {
     StorePlace other;
     EXPECT_TRUE(store_ChoosePlace("x", "/proc/run", other).ok());
     unsetenv("XDG_CACHE_HOME");
-    ASSERT_TRUE(source.store) << source.error;
+    ASSERT_TRUE(source.store) << source.trouble.text();
     EXPECT_TRUE(source.inCache);
     EXPECT_EQ(path_directory(source.base), path("cache/chronoweave"));
     EXPECT_EQ(path_file(source.base).substr(0, 3), "run");
@@ -121,7 +121,7 @@ TEST_F(OpenSourceTest, aFolderThatDoesNotExistIsNamed) {
     options.outputBase = path("no/folder/run");
     const OpenedSource source = import_OpenSource(write("run.trr", RunOf(5)), options);
     EXPECT_FALSE(source.store);
-    EXPECT_EQ(source.error.substr(0, source.error.find('\n')),
+    EXPECT_EQ(source.trouble.text().substr(0, source.trouble.text().find('\n')),
               "The folder \"" + path("no/folder") + "\" for the store does not exist.");
 }
 
@@ -131,7 +131,7 @@ TEST_F(OpenSourceTest, theSourceIsNeverOverwritten) {
     fs::create_symlink(path("data.trs"), path("data.trr"));
     const OpenedSource source = import_OpenSource(path("data.trr"), {});
     EXPECT_FALSE(source.store);
-    EXPECT_EQ(source.error.substr(0, source.error.find('\n')),
+    EXPECT_EQ(source.trouble.text().substr(0, source.trouble.text().find('\n')),
               "The store's file \"" + path("data.trs") + "\" is the source itself.");
     EXPECT_EQ(fs::file_size(path("data.trs")), bytes.size());
 }
@@ -150,12 +150,12 @@ TEST_F(OpenSourceTest, eventsThatDoNotFitTheDiskAreCountedAndTheRestIsShown) {
     const OpenedSource source = import_OpenSource(name, {});
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    ASSERT_TRUE(source.store) << source.error;
+    ASSERT_TRUE(source.store) << source.trouble.text();
     EXPECT_GT(source.counts.events, 1000u);
     EXPECT_EQ(source.counts.events + source.counts.refused, 3000u);
     EXPECT_EQ(mt_GetEventCount(*source.store), source.counts.events);
     const auto last = static_cast<double>(source.counts.events - 1) / 1000;
-    EXPECT_EQ(source.error,
+    EXPECT_EQ(source.trouble.text(),
               gen_format("%llu events could not be taken into the store, which ends at %.3f s: %s.trs: "
                          "File too large",
                          static_cast<unsigned long long>(source.counts.refused), last, path("run").c_str()));

@@ -362,8 +362,8 @@ bool CanvasWindow::load(const std::string& name) {
         showButtons();
     }
     if (!shown && view_->canvas().fields.message == loadingText) say(opened.counts.stopped ? "Stopped." : "");
-    if (!opened.error.empty()) gen_console("%s\n", opened.error.c_str());
-    const std::string box = opened.error.empty() ? damage : opened.error;
+    if (!opened.trouble) gen_console("%s\n", opened.trouble.text().c_str());
+    const std::string box = opened.trouble ? damage : opened.trouble.text();
     if (!box.empty()) platform_MessageBox(this, box);
     return shown;
 }
@@ -422,7 +422,7 @@ bool CanvasWindow::showStore(OpenedSource& opened, const std::string& name, std:
     };
     callbacks.attention = platform_Beep;
     callbacks.errorDialog = [&](const std::string& text) {
-        opened.error += opened.error.empty() ? text : "\n" + text;
+        opened.trouble = result_Both(std::move(opened.trouble), Result::failure(text));
     };
     _LaCanvasData& canvas = view_->canvas();
     const bool changed = canvas.looks.legendChanged;

@@ -47,3 +47,9 @@ std::string Result::text() const {
 Result result_First(Result first, Result second) {
     return first.ok() ? second : first;
 }
+
+Result result_Both(Result first, Result second) {
+    if (first) return second;
+    if (second) return first;
+    return Result::failure(first.text() + '\n' + second.text());
+}

@@ -38,3 +38,5 @@ class [[nodiscard]] Result {
 
 // The first that failed of two, so that a row of steps that must all be taken tells the first cause.
 Result result_First(Result first, Result second);
+// What failed of two things that were both done, one sentence a line.
+Result result_Both(Result first, Result second);

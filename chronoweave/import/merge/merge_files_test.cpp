@@ -24,7 +24,7 @@ class MergeFilesTest : public ImportTest {
     }
     std::string EventsOf(const std::string& name) const {
         const OpenedSource opened = import_OpenSource(path(name), {});
-        return opened.store ? events(*opened.store) : opened.error;
+        return opened.store ? events(*opened.store) : opened.trouble.text();
     }
     // Names in the folder, sorted.
     std::string listing() const {

@@ -12,7 +12,7 @@ _LaCanvasData::~_LaCanvasData() {
     graph->vertical.onChange = nullptr;
 }
 
-int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode) {
+int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, TimeMode mode) {
     if (canvas.axis.timeMode != Time_Sequential) value = laTime_Convert(mode, value, Time_Second);
     return canvas.scene().scale().ToPixel(value);
 }

@@ -141,4 +141,4 @@ struct _LaCanvasData {
 };
 
 // Column of a value given in a time mode; see laTimeScale.
-int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, int mode);
+int laCanvas_TimeToPixel(const _LaCanvasData& canvas, double value, TimeMode mode);

@@ -34,8 +34,10 @@ void set_prefix(LaAxis& axis, const LaView& view, double step, int digits) {
 // Takes a smaller unit until the labels need few digits. True when it did.
 bool refine_unit(LaAxis& axis) {
     if (axis.timeMode >= Time_Nanosecond) return false;
-    const int before = axis.timeMode;
-    for (; axis.tickDigits > 2 && axis.timeMode < Time_Nanosecond; ++axis.timeMode) axis.tickDigits -= 3;
+    const TimeMode before = axis.timeMode;
+    for (; axis.tickDigits > 2 && axis.timeMode < Time_Nanosecond;
+         axis.timeMode = laTime_NextUnit(axis.timeMode))
+        axis.tickDigits -= 3;
     return axis.timeMode != before;
 }
 

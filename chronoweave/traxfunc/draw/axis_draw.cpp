@@ -18,7 +18,7 @@ struct TickPass {
 
     bool visible(double t) const { return t >= low - step * 1e-9; }
     int column(double t) const {
-        const int mode = scene.axis.timeMode;
+        const TimeMode mode = scene.axis.timeMode;
         return scale.ToPixel(mode == Time_Sequential ? t : laTime_Convert(mode, t, Time_Second));
     }
     Colour InkAt(int x) const {

@@ -29,7 +29,9 @@ TEST(Time, ConvertsByStepsOfAThousand) {
     for (const Case& test : {Case{0, 1.5, 1, 1500.0}, Case{0, 1.5, 3, 1.5e9},
                              Case{3, 2500, 1, 2500 / 1000.0 / 1000.0}, Case{2, 7, 2, 7}, Case{4, 7, 0, 7},
                              Case{0, 7, 5, 7}, Case{3, 0.1, 0, 0.1 / 1000.0 / 1000.0 / 1000.0}})
-        EXPECT_EQ(laTime_Convert(test.from, test.value, test.to), test.result)
+        EXPECT_EQ(
+            laTime_Convert(static_cast<TimeMode>(test.from), test.value, static_cast<TimeMode>(test.to)),
+            test.result)
             << test.from << " to " << test.to;
 }
 
@@ -43,7 +45,8 @@ TEST(Time, MarksWhatLiesOutsideTheView) {
     };
     for (const Case& one : {Case{2.0, 0, 0}, Case{6.0, 0, 1000}, Case{6.000001, 0, 1003}, Case{1.999, 0, -2},
                             Case{4.0, 0, 500}, Case{4000.0, 1, 500}, Case{4e9, 3, 500}})
-        EXPECT_EQ(laCanvas_TimeToPixel(*test.canvas, one.value, one.mode), one.x) << one.value;
+        EXPECT_EQ(laCanvas_TimeToPixel(*test.canvas, one.value, static_cast<TimeMode>(one.mode)), one.x)
+            << one.value;
     test.canvas->axis.timeMode = Time_Millisecond;
     EXPECT_DOUBLE_EQ(laCanvas_PixelToUnit(test.canvas->view, test.canvas->axis, 500), 4000.0);
     test.canvas->axis.timeMode = Time_Sequential;
@@ -141,8 +144,8 @@ TEST(Axis, EveryChosenStepCanBeRead) {
                 _LaCanvasData& canvas = *test.canvas;
                 set_view(canvas, low, length);
                 while (canvas.axis.timeMode < Time_Nanosecond &&
-                       canvas.view.viewLength * std::pow(1000, canvas.axis.timeMode) < 1)
-                    ++canvas.axis.timeMode;
+                       canvas.view.viewLength * std::pow(1000, static_cast<int>(canvas.axis.timeMode)) < 1)
+                    canvas.axis.timeMode = laTime_NextUnit(canvas.axis.timeMode);
                 const double step = laAxis_ChooseStep(canvas.axis, canvas.view, *canvas.graph);
                 if (canvas.axis.tickDigits < 0) {
                     EXPECT_LT(width, 200);

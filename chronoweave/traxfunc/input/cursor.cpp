@@ -212,13 +212,10 @@ void laCanvas_DragTo(_LaCanvasData& canvas, int x, int y, bool free) {
         laCanvas_SetCursorTime(canvas, laCanvas_PointerTime(canvas, x, y, free), 1, true);
         return;
     }
-    if (x < 0 ? bar.atStart() : bar.atEnd()) {
-        laCanvas_SetCursor(canvas, x < 0 ? -1 : -2, 1, true);
-        show_second(canvas, false);
-        return;
-    }
-    show_second(canvas, true);
-    laCanvas_SetCursor(canvas, x < 0 ? -1 : -2, 1, true);
+    const bool left = x < 0, ends = left ? bar.atStart() : bar.atEnd();
+    if (!ends) show_second(canvas, true);
+    laCanvas_SetCursorTime(canvas, left ? canvas.view.viewLow : canvas.view.viewHigh, 1, true);
+    if (ends) show_second(canvas, false);
 }
 
 void laCanvas_EndDrag(_LaCanvasData& canvas) {

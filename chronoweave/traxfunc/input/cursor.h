@@ -7,12 +7,12 @@
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
 
-// Moves a cursor (0 or 1) to a column: its time becomes that of the column, of the view's low end for -1 and
-// of its high end for any other column left of the area. A column outside the area stores the time and draws
-// nothing. The first one begins a drag. With eraseOld the line at the old place goes. Fields and axis follow.
-void laCanvas_SetCursor(_LaCanvasData& canvas, int x, int which, bool eraseOld);
-// The same with a time of the time base; nothing of the time is lost to the columns.
+// Moves a cursor (0 or 1) to a time of the time base; nothing of the time is lost to the columns. One outside
+// the view is not drawn. The first cursor begins a drag. With eraseOld the line at the old place goes. Fields
+// and axis follow.
 void laCanvas_SetCursorTime(_LaCanvasData& canvas, double time, int which, bool eraseOld);
+// The same by a column of the area; left of it -1 stands for the view's low end, any other for its high end.
+void laCanvas_SetCursor(_LaCanvasData& canvas, int x, int which, bool eraseOld);
 // Moves one for good, with no drag: it is drawn as it stays.
 void laCanvas_MoveCursor(_LaCanvasData& canvas, int which, double time);
 // Unsets both and restores what was under them.

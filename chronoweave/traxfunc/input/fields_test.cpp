@@ -39,7 +39,7 @@ class Fields : public testing::Test {
 TEST_F(Fields, TimesOfATraceHaveNoMoreDigitsThanATick) {
     struct Case {
         double ticksPerSecond;
-        int mode;
+        TimeMode mode;
         double time;
         const char *exact, *shown;
     };

@@ -9,11 +9,11 @@
 
 namespace {
 
-constexpr int unitOfTicks = Time_Tick;
+constexpr TimeMode unitOfTicks = Time_Tick;
 
 struct Unit {
     const char* name;
-    int mode;
+    TimeMode mode;
 };
 constexpr Unit unitTable[] = {
     {"s", Time_Second},

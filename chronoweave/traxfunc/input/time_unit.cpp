@@ -37,12 +37,12 @@ bool laTimeUnit_Apply(_LaCanvasData& canvas, int result) {
     if (unit < Time_Second || unit > Time_Nanosecond) return false;
     if (laTimeUnit_Refused(canvas)) return false;
     canvas.axis.autoAdjustUnit = autoAdjust;
-    laCanvas_SetTimeMode(canvas, unit);
+    laCanvas_SetTimeMode(canvas, static_cast<TimeMode>(unit));
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
     return true;
 }
 
-void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode) {
+void laCanvas_SetTimeMode(_LaCanvasData& canvas, TimeMode mode) {
     if (mode == canvas.axis.timeMode) return;
     if (mode == Time_Sequential || canvas.axis.timeMode == Time_Sequential) {
         laCanvas_Refuse(canvas, "Can't change unit into or from SEQUENTIAL mode.");
@@ -55,6 +55,6 @@ void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode) {
 
 void laCanvas_NextTimeMode(_LaCanvasData& canvas) {
     if (laTimeUnit_Refused(canvas)) return;
-    laCanvas_SetTimeMode(canvas, (canvas.axis.timeMode + 1) % 4);
+    laCanvas_SetTimeMode(canvas, laTime_NextUnit(canvas.axis.timeMode));
     laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
 }

@@ -26,6 +26,6 @@ bool laTimeUnit_Refused(_LaCanvasData& canvas);
 
 // Changes the unit shown and draws the axis anew, with no smaller unit than this. Sequential mode is neither
 // entered nor left: refused with a message.
-void laCanvas_SetTimeMode(_LaCanvasData& canvas, int mode);
+void laCanvas_SetTimeMode(_LaCanvasData& canvas, TimeMode mode);
 // The next of second, millisecond, microsecond, nanosecond, and round again, as a user's command.
 void laCanvas_NextTimeMode(_LaCanvasData& canvas);

@@ -94,7 +94,7 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, laShow h
     return finish(canvas, true, damage.empty() ? nullptr : damage.c_str());
 }
 
-void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t objectId, bool warp) {
+void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, TimeMode mode, uint32_t objectId, bool warp) {
     const double time = laTime_Convert(mode, value, Time_Second);
     bool moved = false;
     if (time < canvas.view.viewLow || time > canvas.view.viewHigh) {

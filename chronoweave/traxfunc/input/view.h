@@ -21,7 +21,7 @@ void laCanvas_RefuseRange(_LaCanvasData& canvas, double low, double high);
 
 // Brings a time, given in a mode, and an object's row into view (laAgentId for no object). With warp, the
 // pointer goes there.
-void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, int mode, uint32_t objectId, bool warp);
+void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, TimeMode mode, uint32_t objectId, bool warp);
 void laCanvas_GoTo(_LaCanvasData& canvas, double time, uint32_t objectId);
 void laCanvas_Reveal(_LaCanvasData& canvas, double time, uint32_t objectId);
 

@@ -11,7 +11,7 @@
 
 // The axis under the picture: the unit shown, and the ticks as they were last drawn.
 struct LaAxis {
-    int timeMode = Time_Second;
+    TimeMode timeMode = Time_Second;
     bool autoAdjustUnit = true;  // a smaller unit is taken when labels need many digits
     bool tickPattern = true;     // labels show only the digits that vary
     int tickDigits = 0;          // decimals that one step needs; -1 when no ticks fit

@@ -28,7 +28,7 @@ struct laArrangement {
     double viewLow = 0, viewHigh = 0;  // time base
     int verticalOffset = 0;
     double cursor[2] = {-100.0, -100.0};
-    int timeMode = Time_Second;
+    TimeMode timeMode = Time_Second;
     std::vector<LaBookmark> bookmarks;  // newest first
     std::vector<laPath> hiddenPaths;
     int sortField = 0;

@@ -363,7 +363,7 @@ TEST_F(GrowingTest, ARawFileCutAnywhereIsShownAsFarAsItsRecordsAreWhole) {
     size_t end = raw_LongHeaderSize;  // no event yet
     write("live.trr", end);
     OpenedSource opened = import_OpenSource(folder / "live.trr", {.keepGrowing = true});
-    ASSERT_TRUE(opened.store && opened.growing) << opened.error;
+    ASSERT_TRUE(opened.store && opened.growing) << opened.trouble.text();
     Grown grown(std::move(opened.store), false);
     uint64_t events = 0;
     for (int cut = 0; end < bytes.size(); ++cut) {
