@@ -187,8 +187,8 @@ TEST_F(SearchWindowTest, RefusalsKeepTheirDialogsOpen) {
                 EXPECT_EQ(d.title(), "Define the event pattern");
                 EXPECT_EQ(d.item("same").text, "&Match events on the same task");
                 EXPECT_EQ(d.list("begin_objects").SelectionCount(), 2);
-                const auto say = [&](std::set<int> begin, std::set<int> end, std::set<int> from,
-                                     std::set<int> to) {
+                const auto say = [&](const std::set<int>& begin, const std::set<int>& end,
+                                     const std::set<int>& from, const std::set<int>& to) {
                     d.select("begin", begin);
                     d.select("end", end);
                     d.select("begin_objects", from);

@@ -73,3 +73,4 @@ ssize_t __wrap_pwrite(int file, const void* bytes, size_t count, off_t offset) {
     return refused();
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)

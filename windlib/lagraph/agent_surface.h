@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <utility>
 
 #include "windlib/lagraph/page.h"
 #include "windlib/lagraph/print_agent.h"

@@ -114,7 +114,7 @@ inline std::vector<TestEvent> model_merge(const std::vector<TestSource>& sources
     for (const TestSource& source : sources) rate = std::max(rate, source.rate);
     std::vector<std::vector<ModelEvent>> all;
     uint64_t earliest = UINT64_MAX, latest = 0;
-    const auto first_of = [](const std::vector<ModelEvent>& events) {
+    const auto firstOf = [](const std::vector<ModelEvent>& events) {
         for (const ModelEvent& event : events)
             if (event.place != 0) return event.place;
         return uint64_t{0};
@@ -122,13 +122,13 @@ inline std::vector<TestEvent> model_merge(const std::vector<TestSource>& sources
     for (const TestSource& source : sources) {
         all.push_back(model_places(source, rate, sources.front().big));
         if (all.back().empty() || all.back().back().place == 0) continue;
-        earliest = std::min(earliest, first_of(all.back()));
+        earliest = std::min(earliest, firstOf(all.back()));
         latest = std::max(latest, all.back().back().place);
     }
     std::vector<ModelEvent> merged;
     for (const std::vector<ModelEvent>& events : all) {
         uint64_t shift = 0;  // may wrap, as sums do
-        if (align == MergeAlign::Head) shift = earliest - first_of(events);
+        if (align == MergeAlign::Head) shift = earliest - firstOf(events);
         if (align == MergeAlign::Tail && !events.empty()) shift = latest - events.back().place;
         for (ModelEvent event : events) {
             if (event.place != 0) event.place += shift;

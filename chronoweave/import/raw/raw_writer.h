@@ -82,7 +82,8 @@ class RawFile {
     Result flush();
 
   private:
-    static constexpr size_t block_ = 256 * 1024;  // bytes that are still in the cache when they are written
+    static constexpr size_t block_ =
+        size_t{256} * 1024;  // bytes that are still in the cache when they are written
 
     RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);
 
