@@ -36,6 +36,7 @@ inline int refused() {
     return -1;
 }
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker asks for these names.
 extern "C" {
 int __real_open(const char* name, int how, ...);
 int __real_mkstemp(char* name);
