@@ -144,6 +144,30 @@ TEST_F(OverviewTest, ALongTraceIsCountedWhole) {
     EXPECT_LT(between(overview, 0.9995, 1), late * 0.01);
 }
 
+// Quiet but for a burst, in blocks of which the largest holds the whole trace.
+TEST_F(OverviewTest, ABurstIsSeenAsFinelyWhateverTheCheckpointInterval) {
+    std::vector<TestEvent> events;
+    for (uint32_t i = 0; i < 900; ++i) {
+        events.push_back(user(i * 1000, 0x400, 1));
+        for (uint32_t burst = 0; i == 555 && burst < 90; ++burst) events.push_back(user(i * 1000, 0x400, 1));
+    }
+    std::vector<float> ofHundred;
+    for (const uint32_t interval : {100u, 300u, 2000u}) {
+        const std::string base = test.folder / ("interval" + std::to_string(interval));
+        std::unique_ptr<StoreWriter> writer;
+        ASSERT_TRUE(StoreWriter::Create(base, {1000, "ThreadX", true, interval}, TaskTracker, writer).ok());
+        for (const TestEvent& event : events)
+            ASSERT_TRUE(writer->AppendEvent(event.time, event.type, event.subtype, event.extra).ok());
+        writer.reset();
+        ASSERT_TRUE(
+            laCanvas_SetUpFromStore(*test.canvas, mt_OpenForRead(base), test_legend(), "/folder/run.trs"));
+        const laOverview overview = counted(200);
+        EXPECT_EQ(*std::max_element(overview.activity.begin(), overview.activity.end()), 91.0f) << interval;
+        if (ofHundred.empty()) ofHundred = overview.activity;
+        EXPECT_EQ(overview.activity, ofHundred) << interval;
+    }
+}
+
 // Columns are fewer than bins.
 TEST_F(OverviewTest, AColumnShowsTheMaximumOfItsBins) {
     open(random_events(6, 300));
