@@ -108,13 +108,13 @@ class Merging {
 
     Result Copy(RawFile& file) {
         const SourceRecord* record = nullptr;
+        RawWriter& writer = file.writer();
         for (;;) {
             switch (source_->Next(record)) {
                 case SourceStep::Record: {
-                    Result put;
-                    if (file.writer().event(record->time, record->type, record->subtype, record->extra))
-                        put = file.put();
-                    if (!put.ok()) return put;
+                    const bool fits =
+                        writer.event(record->time, record->type, record->subtype, record->extra);
+                    if (Result put = fits ? file.put() : Result(); !put.ok()) return put;
                     break;
                 }
                 case SourceStep::Pause:

@@ -296,7 +296,8 @@ TEST_F(MergeFilesTest, aRecordingThatWasSplitByProcessorIsWholeAgain) {
         std::vector<std::string> names;
         for (size_t i = 0; i < recording.parts.size(); ++i) {
             names.push_back("part" + std::to_string(i) + ".trr");
-            write(names.back(), recording.parts[i].bytes());
+            const auto bytes = recording.parts[i].bytes();
+            write(names.back(), {bytes.begin(), bytes.end()});
         }
         ASSERT_EQ(WordsOf(merge(names)), "\n");
         const OpenedSource whole = import_OpenSource(path("whole.trr"), {});

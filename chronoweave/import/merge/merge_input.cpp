@@ -34,6 +34,6 @@ void MergeInput::MakeFit() {
 }
 
 std::optional<mt_Time> MergeInput::LookForNewest(const Progress& progress) {
-    const std::optional<SourceLook> look = source_->look(progress);
-    return look ? std::optional(Scaled(look->newest)) : std::nullopt;
+    const std::optional<mt_Time> newest = source_->lookForNewest(progress);
+    return newest ? std::optional(Scaled(*newest)) : std::nullopt;
 }

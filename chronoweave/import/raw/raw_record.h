@@ -5,8 +5,10 @@
 // low and high word in the target's byte order, and extra data.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "chronoweave/import/source/source.h"
@@ -15,7 +17,9 @@
 constexpr size_t raw_RecordHead = 12;  // bytes ahead of the extra data
 constexpr size_t raw_MinLength = 16;   // bytes of a raw event
 constexpr size_t raw_MaxLength = 164;
-constexpr uint8_t raw_StreamMax = 0x52;   // longest record of a stream file
+constexpr uint8_t raw_StreamMax = 0x52;  // longest record of a stream file
+// The longest extra data that a stream's record has room for.
+constexpr size_t raw_LongestExtra = raw_StreamMax - raw_RecordHead;
 constexpr uint32_t raw_RecordRoom = 256;  // what a length byte can ask for
 
 // The next record of bytes from at on.
@@ -35,11 +39,36 @@ inline bool raw_IsLengthSound(size_t length) {
     return length >= raw_MinLength && length <= raw_MaxLength;
 }
 // What a record of sound length says.
+inline mt_Time raw_TimeOf(std::span<const uint8_t> record, bool bigEndian) {
+    const uint32_t low = load_32(&record[4], bigEndian), high = load_32(&record[8], bigEndian);
+    return static_cast<mt_Time>(high) << 32 | low;
+}
 inline SourceRecord raw_Decode(std::span<const uint8_t> record, bool bigEndian) {
     const uint8_t* p = record.data();
-    const uint32_t low = load_32(p + 4, bigEndian), high = load_32(p + 8, bigEndian);
-    return {static_cast<mt_Time>(high) << 32 | low, load_be16(p), load_be16(p + 2),
-            record.subspan(raw_RecordHead)};
+    return {raw_TimeOf(record, bigEndian), load_be16(p), load_be16(p + 2), record.subspan(raw_RecordHead)};
+}
+
+// Puts a record of a stream with its length byte: 1 + raw_RecordHead bytes and the extra data, of which there
+// are at most raw_LongestExtra. Its place in memory must not be that of the extra data.
+inline void raw_PutHead(uint8_t* to, size_t extra, mt_Time time, uint16_t type, uint16_t subtype,
+                        bool bigEndian) {
+    to[0] = static_cast<uint8_t>(raw_RecordHead + extra);
+    store_be16(to + 1, type);
+    store_be16(to + 3, subtype);
+    store_32(to + 5, static_cast<uint32_t>(time), bigEndian);
+    store_32(to + 9, static_cast<uint32_t>(time >> 32), bigEndian);
+}
+inline void raw_PutExtra(uint8_t* to, std::span<const uint8_t> extra) {
+    const size_t size = extra.size();
+    if (size < 4 || size > 16) {
+        std::copy(extra.begin(), extra.end(), to);
+        return;
+    }
+    // Most events have few words, now more and now less: four words that may overlap are copied without a
+    // jump.
+    const uint8_t* from = extra.data();
+    const size_t second = size / 8 * 4, last = size - 4;
+    for (const size_t at : {size_t{0}, second, last - second, last}) std::memcpy(to + at, from + at, 4);
 }
 
 // What a look ahead asks of a record, if its length is sound.

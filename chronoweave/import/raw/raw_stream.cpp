@@ -96,9 +96,11 @@ SourceExtent RawStream::extent() const {
     return {done, std::max(done, static_cast<double>(bytes_->size()))};
 }
 
-std::optional<SourceLook> RawStream::look(const Progress& progress) {
-    if (!bytes_->rereadable()) return std::nullopt;
-    ObjectLook look;
+// Hands every record ahead to enter, without moving on. False where bytes can't be read twice, and where
+// progress stopped it.
+template <typename Enter>
+bool RawStream::look_ahead(const Progress& progress, const Enter& enter) {
+    if (!bytes_->rereadable()) return false;
     uint64_t from = offset();
     std::vector<uint8_t> own;
     // Nothing is read yet as a rule, and what follows reads into the same buffer.
@@ -107,18 +109,33 @@ std::optional<SourceLook> RawStream::look(const Progress& progress) {
     if (buffer.size() < size) buffer.resize(size);
     for (;;) {
         const SourceRead read = bytes_->ReadAt(from, std::span(buffer).first(size));
-        if (read.status != SourceStatus::Data || read.bytes == 0) return look.seen();
+        if (read.status != SourceStatus::Data || read.bytes == 0) return true;
         size_t at = 0;
         while (at < read.bytes) {
             const RawCut cut = raw_Cut({buffer.data(), read.bytes}, at);
             if (cut.kind == RawCut::Kind::CutShort) break;
-            if (cut.kind == RawCut::Kind::Record) raw_Look(cut.record, facts_.bigEndian, look);
+            if (cut.kind == RawCut::Kind::Record) enter(cut.record);
             at += cut.size;
         }
-        if (at == 0) return look.seen();
+        if (at == 0) return true;
         from += at;
         const auto done = static_cast<double>(from);
-        if (progress && !progress(done, std::max(done, static_cast<double>(bytes_->size()))))
-            return std::nullopt;
+        if (progress && !progress(done, std::max(done, static_cast<double>(bytes_->size())))) return false;
     }
+}
+
+std::optional<SourceLook> RawStream::look(const Progress& progress) {
+    ObjectLook look;
+    const bool bigEndian = facts_.bigEndian;
+    const auto enter = [&](std::span<const uint8_t> record) { raw_Look(record, bigEndian, look); };
+    return look_ahead(progress, enter) ? std::optional(look.seen()) : std::nullopt;
+}
+
+std::optional<mt_Time> RawStream::lookForNewest(const Progress& progress) {
+    mt_Time newest = 0;
+    const bool bigEndian = facts_.bigEndian;
+    const auto enter = [&](std::span<const uint8_t> record) {
+        if (raw_IsLengthSound(record.size())) newest = std::max(newest, raw_TimeOf(record, bigEndian));
+    };
+    return look_ahead(progress, enter) ? std::optional(newest) : std::nullopt;
 }

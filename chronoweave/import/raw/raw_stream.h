@@ -20,6 +20,7 @@ class RawStream : public EventSource {
     size_t NextAtHand(std::span<SourceRecord> records) override;
     SourceExtent extent() const override;
     std::optional<SourceLook> look(const Progress& progress) override;
+    std::optional<mt_Time> lookForNewest(const Progress& progress) override;
     const SourceCounts& counts() const override { return records_.counts(); }
     Result damage() const override { return damage_; }
     void SetDeadline(bool isThere) override { deadline_ = isThere; }
@@ -31,6 +32,8 @@ class RawStream : public EventSource {
   private:
     SourceStep ReadMore();
     SourceStep WaitForMore(SourceStatus status);
+    template <typename Enter>
+    bool look_ahead(const Progress& progress, const Enter& enter);
 
     std::unique_ptr<ByteSource> bytes_;
     SourceFacts facts_;

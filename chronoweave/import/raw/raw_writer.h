@@ -16,9 +16,6 @@
 #include "libtrv/gfile.h"
 #include "shared/libcxxutil/result.h"
 
-// The longest extra data that a stream's record has room for.
-constexpr size_t raw_LongestExtra = raw_StreamMax - raw_RecordHead;
-
 // What a Refresh record and a task table say of a task. Names are cut to 31 bytes.
 struct RawTask {
     uint32_t id = 0;
@@ -33,16 +30,26 @@ class RawWriter {
     explicit RawWriter(bool bigEndian) : big_(bigEndian) {}
 
     bool BigEndian() const { return big_; }
-    const std::vector<uint8_t>& bytes() const { return bytes_; }
-    std::vector<uint8_t> take() { return std::exchange(bytes_, {}); }
-    void clear() { bytes_.clear(); }  // keeps the room
+    // Until the next call that puts something or takes it away.
+    std::span<const uint8_t> bytes() const { return {bytes_.data(), used_}; }
+    std::vector<uint8_t> take() {
+        bytes_.resize(std::exchange(used_, 0));
+        return std::exchange(bytes_, {});
+    }
+    void clear() { used_ = 0; }  // keeps the room
 
     // The header's byte order must be the writer's.
     void header(const EventSourceHeader& header, RawHeaderForm form);
     // A record of a stream: its length byte and the event. time 0 stands for none of its own. extra is taken
     // as it is, and is the target's. False, and nothing is written, when it is longer than a stream's records
     // can be (70 bytes).
-    [[nodiscard]] bool event(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra);
+    [[nodiscard]] bool event(mt_Time time, uint16_t type, uint16_t subtype, std::span<const uint8_t> extra) {
+        if (extra.size() > raw_LongestExtra) return false;
+        uint8_t* to = room(1 + raw_RecordHead + extra.size());
+        raw_PutHead(to, extra.size(), time, type, subtype, big_);
+        raw_PutExtra(to + 1 + raw_RecordHead, extra);
+        return true;
+    }
     // The same with words as extra data, of which the first is the object.
     [[nodiscard]] bool event(mt_Time time, uint16_t type, uint16_t subtype,
                              std::initializer_list<uint32_t> words);
@@ -58,10 +65,18 @@ class RawWriter {
     void put32(uint32_t value);
 
   private:
+    // So many bytes behind those that are there, to be written by the caller.
+    uint8_t* room(size_t count) {
+        if (bytes_.size() - used_ < count) grow(count);
+        used_ += count;
+        return bytes_.data() + used_ - count;
+    }
+    void grow(size_t count);
     void text(std::string_view name, size_t size);
 
     bool big_;
-    std::vector<uint8_t> bytes_;
+    std::vector<uint8_t> bytes_;  // with room for more
+    size_t used_ = 0;
 };
 
 // A raw event without its length byte, of any length.

@@ -69,6 +69,11 @@ class EventSource {
     // A quick look over all that is there now, without moving on; it prints nothing. Nothing where there is
     // no such look, as with what comes through a pipe, and where progress, in any one unit, stopped it.
     virtual std::optional<SourceLook> look(const Progress&) { return std::nullopt; }
+    // The highest time that look tells, for those who want nothing else of it.
+    virtual std::optional<mt_Time> lookForNewest(const Progress& progress) {
+        const std::optional<SourceLook> seen = look(progress);
+        return seen ? std::optional(seen->newest) : std::nullopt;
+    }
     virtual const SourceCounts& counts() const {
         static const SourceCounts none;
         return none;

@@ -354,7 +354,7 @@ TEST_F(GrowingTest, ARawFileCutAnywhereIsShownAsFarAsItsRecordsAreWhole) {
     writer.header(header, RawHeaderForm::Long);
     for (const TestEvent& event : coming_tasks(4, 900))
         ASSERT_TRUE(writer.event(event.time, event.type, event.subtype, event.extra));
-    const std::vector<uint8_t>& bytes = writer.bytes();
+    const std::span<const uint8_t> bytes = writer.bytes();
     const auto write = [&](const std::string& name, size_t end) {
         std::ofstream file(folder / name, std::ios::binary | std::ios::trunc);
         file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(end));

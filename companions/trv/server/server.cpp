@@ -283,11 +283,11 @@ size_t Server::passed(std::span<const uint8_t> records) {
 }
 
 void Server::record(Instant now) {
-    const std::vector<uint8_t>& records = events_.bytes();
+    const std::span<const uint8_t> records = events_.bytes();
     if (records.empty()) return;
     const size_t masked = passed(records);
     counts_.masked += masked;
-    const Result taken = connection_.recorder->take(masked > 0 ? kept_ : records, now);
+    const Result taken = connection_.recorder->take(masked > 0 ? std::span<const uint8_t>(kept_) : records, now);
     if (!taken) recordingFailed(taken);
 }
 

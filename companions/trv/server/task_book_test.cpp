@@ -14,13 +14,13 @@ using States = std::map<uint32_t, std::string>;
 class TaskBookTest : public TargetTest {
   protected:
     // What a store of the records knows of the tasks behind their last: status, priority, name and prefix.
-    States statesOf(const std::vector<uint8_t>& records) {
+    States statesOf(std::span<const uint8_t> records) {
         const TargetFacts facts = target_NanosecondFacts("");
         const std::string file = path("t" + std::to_string(++files_) + ".trr");
         std::ofstream stream(file, std::ios::binary);
-        for (const auto* part : {&facts.headerBytes, &records})
-            stream.write(reinterpret_cast<const char*>(part->data()),
-                         static_cast<std::streamsize>(part->size()));
+        for (const std::span<const uint8_t> part : {std::span(facts.headerBytes), records})
+            stream.write(reinterpret_cast<const char*>(part.data()),
+                         static_cast<std::streamsize>(part.size()));
         stream.close();
         const OpenedSource opened = import_OpenSource(file, {});
         EXPECT_TRUE(opened.store != nullptr);
