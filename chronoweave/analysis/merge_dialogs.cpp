@@ -1,9 +1,8 @@
 #include "chronoweave/analysis/merge_dialogs.h"
 
 #include <array>
-#include <filesystem>
-#include <system_error>
 
+#include "chronoweave/analysis/file_to_write.h"
 #include "chronoweave/import/merge/merge_files.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/commands.h"
@@ -24,7 +23,6 @@ constexpr char words_NoTool[] =
 constexpr char words_Shown[] = "\"%s\" is the trace of a window. Choose another file for the merged result.";
 constexpr char words_IsSource[] =
     "\"%s\" is one of the files to be merged. Choose another file for the merged result.";
-constexpr char words_Replace[] = "\"%s\" exists already. Replace it?";
 constexpr char words_Stopped[] = "Merging was stopped.";
 
 constexpr size_t mostPrinted = 32 * 1024;  // bytes of either end of what the tool prints
@@ -140,15 +138,8 @@ class MergeCommand {
 
     bool TakeOutput(const std::string& chosen) {
         if (chosen.empty()) return false;
-        output_ = chosen;
-        std::error_code none;
-        if (path_extension(output_).empty()) {
-            output_ += ".trr";
-            // The chooser has not asked about this one.
-            if (std::filesystem::exists(output_, none) &&
-                !host_.ask(gen_format(words_Replace, output_.c_str())))
-                return false;
-        }
+        output_ = dialogs_FileToWrite(host_, chosen, "trr");
+        if (output_.empty()) return false;
         for (const std::string& source : sources_)
             if (path_same_file(source, output_)) return Refuse(gen_format(words_IsSource, output_.c_str()));
         if (around_.isShown && around_.isShown(output_))

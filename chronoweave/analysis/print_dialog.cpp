@@ -1,9 +1,13 @@
 #include "chronoweave/analysis/print_dialog.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
+#include <span>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/file_to_write.h"
 #include "chronoweave/analysis/table_pages.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/print/print.h"
@@ -33,10 +37,38 @@ void close_by(DialogModel& model, int answer) {
     model.setMessage(gen_format("The number of pages is from 1 to %d.", traxPrint_MostPages));
 }
 
+// A choice of two that is as it was the last time.
+struct LastingChoice {
+    const char *item, *name;
+    std::array<const char*, 2> words;
+    int usual;
+};
+constexpr LastingChoice paperChoice{"paper", "PrintPaper", {"a4", "letter"}, 0};
+constexpr std::array<LastingChoice, 2> canvasChoices{paperChoice,
+                                                     {"turn", "PrintTurn", {"portrait", "landscape"}, 1}};
+constexpr std::array<LastingChoice, 2> tableChoices{paperChoice,
+                                                    {"turn", "PrintTableTurn", {"portrait", "landscape"}, 0}};
+using LastingChoices = std::span<const LastingChoice>;
+constexpr const char *legendName = "PrintLegend", *yes = "yes", *no = "no";
+
+void recall(DialogHost& host, LastingChoices choices, DialogModel& model) {
+    for (const LastingChoice& choice : choices) {
+        const std::string last = host.lastChoice(choice.name);
+        const auto found = std::find(choice.words.begin(), choice.words.end(), last);
+        const int at = static_cast<int>(found - choice.words.begin());
+        model.setChoice(choice.item, found != choice.words.end() ? at : choice.usual);
+    }
+    model.setChecked("legend", host.lastChoice(legendName) == yes);
+}
+
+void keep(DialogHost& host, LastingChoices choices, const DialogModel& model) {
+    for (const LastingChoice& choice : choices)
+        host.keepChoice(choice.name, choice.words[model.item(choice.item).choice == 1 ? 1 : 0]);
+    if (model.item("legend").enabled) host.keepChoice(legendName, model.item("legend").checked ? yes : no);
+}
+
 void prepare(DialogModel& model, PrintHost& printer) {
     model.setChoice("range", 0);
-    model.setChoice("paper", 0);
-    model.setChoice("turn", 1);
     model.setText("pages", "1");
     if (!printer.hasPrinter()) model.setMessage(noPrinter);
     model.onPress = [&model](const std::string& name) {
@@ -47,16 +79,30 @@ void prepare(DialogModel& model, PrintHost& printer) {
     };
 }
 
+// Empty when the user cancelled.
+std::string ask_file(DialogHost& host) {
+    const std::vector<std::string> chosen = host.chooseFiles({.of = FileQuestion::Of::New,
+                                                              .title = "Print to PDF File",
+                                                              .button = "&Print",
+                                                              .suggested = usualFile,
+                                                              .filters = {"PDF files (*.pdf)"},
+                                                              .settingsName = "PrintFile"});
+    if (chosen.empty() || chosen.front().empty()) return {};
+    return dialogs_FileToWrite(host, chosen.front(), "pdf");
+}
+
 // What the answered dialog asks for; a file is asked for here. Nothing when the user cancelled.
-std::optional<PrintJob> job_of(DialogHost& host, PrintHost& printer, const DialogModel& model, int answer) {
+std::optional<PrintJob> job_of(DialogHost& host, PrintHost& printer, LastingChoices choices,
+                               const DialogModel& model, int answer) {
     if (answer < toPrinter) return std::nullopt;
+    keep(host, choices, model);
     PrintJob job;
     job.paper = model.item("paper").choice == 1 ? PagePaper::Letter : PagePaper::A4;
     job.turn = model.item("turn").choice == 0 ? PageTurn::Portrait : PageTurn::Landscape;
     job.to = answer == toPreview ? PrintJob::To::Preview : PrintJob::To::Printer;
     if (answer == toFile || (answer == toPrinter && !printer.hasPrinter())) {
         job.to = PrintJob::To::File;
-        job.file = host.chooseSaveFile("Print to PDF File", usualFile, "PDF Files (*.pdf)");
+        job.file = ask_file(host);
         if (job.file.empty()) return std::nullopt;
     }
     return job;
@@ -74,9 +120,10 @@ bool dialogs_AskPrint(_LaCanvasData& canvas, int listWidth) {
     if (printer == nullptr) return TRAX_Print(canvas, listWidth, {}, {}) == 1;  // which says so
     DialogModel model(dialogs_Print());
     prepare(model, *printer);
+    recall(*host, canvasChoices, model);
     model.setChoiceEnabled("range", 1, traxPrint_HasSelection(canvas));
     const int answer = host->run(model);
-    const auto job = job_of(*host, *printer, model, answer);
+    const auto job = job_of(*host, *printer, canvasChoices, model, answer);
     if (!job) return false;
     const TraxPrintOptions options{
         .range = model.item("range").choice == 1 ? TraxPrintRange::Selection : TraxPrintRange::View,
@@ -94,9 +141,9 @@ bool dialogs_PrintTables(DialogHost& host, const std::string& title,
     }
     DialogModel model(dialogs_PrintTable());
     prepare(model, *printer);
-    model.setChoice("turn", 0);
+    recall(host, tableChoices, model);
     const int answer = host.run(model);
-    auto job = job_of(host, *printer, model, answer);
+    auto job = job_of(host, *printer, tableChoices, model, answer);
     if (!job) return false;
     job->name = title;
     TablePrinted printed = TablePrinted::Done;

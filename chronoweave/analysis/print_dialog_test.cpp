@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 
 #include "chronoweave/analysis/table_pages.h"
 #include "chronoweave/analysis/table_text.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
+#include "libtrv/test_store.h"
 #include "windlib/dialog/host_testing.h"
 #include "windlib/dialog/print_testing.h"
 
@@ -22,7 +24,6 @@ class PrintDialog : public testing::Test {
         test.graph.surface = nullptr;
         host.printer = &printer;
         canvas.calls.host = &host;
-        host.saveAnswer = "/folder/out.pdf";
     }
     // As the user: fills in and presses.
     void Answer(std::function<void(DialogModel&)> fill, const char* button) {
@@ -72,6 +73,8 @@ TEST_F(PrintDialog, TheAnswersBecomeTheJob) {
         printer.page.pages.clear();
         printer.printer = c.hasPrinter;
         Answer(c.fill, c.button);
+        host.choices.clear();
+        host.fileAnswers = {{"/folder/out"}};
         EXPECT_TRUE(dialogs_AskPrint(canvas, 120)) << c.what;
         ASSERT_EQ(printer.jobs.size(), 1u) << c.what;
         const PrintJob& job = printer.jobs[0];
@@ -88,9 +91,15 @@ TEST_F(PrintDialog, WaysOutPrintNothing) {
     EXPECT_FALSE(dialogs_AskPrint(canvas, 120));
     host.drive = {};  // closed by its frame
     EXPECT_FALSE(dialogs_AskPrint(canvas, 120));
-    host.saveAnswer.clear();
     Answer({}, "pdf");
     EXPECT_FALSE(dialogs_AskPrint(canvas, 120));
+    TestFolder folder;
+    host.askAnswer = false;
+    host.fileAnswers = {{folder / "kept"}};
+    std::ofstream(folder / "kept.pdf") << "a page";
+    EXPECT_FALSE(dialogs_AskPrint(canvas, 120));
+    EXPECT_EQ(host.questions,
+              std::vector<std::string>{"\"" + (folder / "kept.pdf") + "\" exists already. Replace it?"});
     for (const char* wrong : {"", "0", "-1", "two", "1000", "1 2", "99999999999"}) {
         Answer([=](DialogModel& m) { m.type("pages", wrong); }, "ok");
         EXPECT_FALSE(dialogs_AskPrint(canvas, 120)) << wrong;
@@ -103,6 +112,33 @@ TEST_F(PrintDialog, WaysOutPrintNothing) {
         EXPECT_FALSE(dialogs_AskPrint(canvas, 120)) << wrong;
     }
     EXPECT_TRUE(printer.jobs.empty());
+}
+
+TEST_F(PrintDialog, PaperAndFootAreAsTheLastTime) {
+    const auto shown = [&] {
+        std::string text;
+        host.drive = [&](DialogModel& m) {
+            text = std::to_string(m.item("paper").choice) + std::to_string(m.item("turn").choice) +
+                   (m.item("legend").checked ? "l" : "") + m.item("pages").text;
+        };
+        dialogs_AskPrint(canvas, 120);
+        return text;
+    };
+    EXPECT_EQ(shown(), "011");
+    const auto change = [](DialogModel& m) {
+        m.choose("paper", 1);
+        m.choose("turn", 0);
+        m.check("legend", true);
+        m.type("pages", "2");
+    };
+    Answer(change, "cancel");
+    dialogs_AskPrint(canvas, 120);
+    EXPECT_EQ(shown(), "011") << "what was cancelled is not kept";
+    Answer(change, "preview");
+    dialogs_AskPrint(canvas, 120);
+    EXPECT_EQ(shown(), "10l1");
+    host.choices["PrintTurn"] = "sideways";
+    EXPECT_EQ(shown(), "11l1");
 }
 
 TEST_F(PrintDialog, TheSelectionNeedsBothCursors) {

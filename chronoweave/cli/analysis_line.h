@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "chronoweave/cli/named_store.h"
-#include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/engine/search_names.h"
 #include "chronoweave/engine/trace_facts.h"
+#include "shared/libcxxutil/progress_bar.h"
 
 class AnalysisLine : public TraceFacts {
   public:
-    explicit AnalysisLine(const CommandLine& line) : line_(line), bar_(line) {}
+    explicit AnalysisLine(const CommandLine& line) : line_(line), bar_(!line.quiet) {}
     // False when the command is over, with its exit status in status. A range that is no range is a wrong
     // line.
     bool open(int& status);

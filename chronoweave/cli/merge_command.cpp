@@ -1,9 +1,9 @@
 // merge.
 #include "chronoweave/cli/commands.h"
-#include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/cli/rows.h"
 #include "chronoweave/import/merge/merge_files.h"
 #include "shared/libcxxutil/process_start.h"
+#include "shared/libcxxutil/progress_bar.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ int command_Merge(const CommandLine& line) {
     process_CatchStops();
     Merged merged;
     {
-        ProgressBar bar(line);
+        ProgressBar bar(!line.quiet);
         request.progress = [show = bar.progress()](double done, double total) {
             return show(done, total) && !process_IsStopAsked();
         };

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "chronoweave/cli/outputs.h"
-#include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/progress_bar.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -14,7 +14,7 @@ constexpr size_t most_told = 20;
 }
 
 OpenedSource cli_Open(const CommandLine& line, const std::string& outputBase, uint32_t checkpoint) {
-    ProgressBar bar(line);
+    ProgressBar bar(!line.quiet);
     ImportOptions options;
     options.outputBase = outputBase;
     options.checkpoint = checkpoint;

@@ -4,10 +4,10 @@
 
 #include "chronoweave/cli/commands.h"
 #include "chronoweave/cli/named_store.h"
-#include "chronoweave/cli/progress_bar.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/rtos/extra_format.h"
 #include "libtrv/event_names.h"
+#include "shared/libcxxutil/progress_bar.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -17,7 +17,7 @@ int command_Info(const CommandLine& line) {
     TraceStore& store = *opened.store;
     {
         // Who asks for facts learns of all damage.
-        ProgressBar bar(line);
+        ProgressBar bar(!line.quiet);
         mt_CheckStore(store, bar.progress());
     }
     const uint32_t events = mt_GetEventCount(store);
@@ -212,7 +212,7 @@ int command_Events(const CommandLine& line) {
         output.put(event, object);
         --left;
     }
-    ProgressBar bar(line);
+    ProgressBar bar(!line.quiet);
     if (first > 0) mt_CheckNumbers(store, first - 1, bar.progress());
     return closed(rows, named.opened);
 }

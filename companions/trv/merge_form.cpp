@@ -8,6 +8,7 @@
 
 #include "chronoweave/import/merge/merge_files.h"
 #include "shared/libcxxutil/process_start.h"
+#include "shared/libcxxutil/progress_bar.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -84,6 +85,16 @@ class ProgressTeller {
     int told_ = -1;
 };
 
+// The bar is gone ahead of what there is to say.
+Merged merge_telling(MergeRequest& request) {
+    ProgressBar bar(true);
+    request.progress = [teller = ProgressTeller(), show = bar.progress()](double done, double total) mutable {
+        teller.tell(done, total);
+        return show(done, total) && !process_IsStopAsked();
+    };
+    return merge_Files(request);
+}
+
 }  // namespace
 
 bool merge_IsAsked(std::span<const std::string> words) {
@@ -96,11 +107,7 @@ int merge_Run(std::span<const std::string> words) {
     const std::string trouble = read_words(words, request);
     if (!trouble.empty()) return wrong(trouble);
     process_CatchStops();
-    request.progress = [teller = ProgressTeller()](double done, double total) mutable {
-        teller.tell(done, total);
-        return !process_IsStopAsked();
-    };
-    const Merged merged = merge_Files(request);
+    const Merged merged = merge_telling(request);
     if (merged.stopped) {
         say("stopped; nothing was written");
         return Failed;

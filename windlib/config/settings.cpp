@@ -17,6 +17,7 @@ namespace {
 constexpr const char* versionName = "version";
 constexpr const char* optionsNode = "Options";
 constexpr const char* recentNode = "RecentFiles";
+constexpr const char* choicesNode = "Choices";
 constexpr const char* positionsNode = "WindowPositionsTree";
 constexpr const char* timestampName = "timestamp";
 constexpr int mostBackups = 100;
@@ -215,6 +216,16 @@ void SettingsManager::AddRecent(const std::string& path, std::string_view kind) 
 void SettingsManager::RemoveRecent(const std::string& path, std::string_view kind) {
     std::vector<std::string> files = Recent(kind);
     if (std::erase(files, path) != 0) store_.Root().MakeChild(recentNode).Set(kind, std::move(files));
+}
+
+std::string SettingsManager::Choice(std::string_view name) const {
+    const AttributeNode* node = store_.Root().Child(choicesNode);
+    const std::string* chosen = node ? node->Text(name) : nullptr;
+    return chosen ? *chosen : std::string();
+}
+
+void SettingsManager::SetChoice(std::string_view name, const std::string& chosen) {
+    if (!name.empty()) store_.Root().MakeChild(choicesNode).Set(name, chosen);
 }
 
 std::optional<WindowPosition> SettingsManager::Position(std::string_view key) const {

@@ -1,7 +1,8 @@
-// What a program remembers of its user from run to run: its switches, the recent files and the positions of
-// windows, in the file "settings" of the user's configuration directory, in the syntax of the attribute
-// store. A file that is damaged, can't be read or written, or is of a newer program is reported and never an
-// obstacle: what can't be read has its default, and what can't be written is lost at the end of the run.
+// What a program remembers of its user from run to run: its switches, the recent files, choices and the
+// positions of windows, in the file "settings" of the user's configuration directory, in the syntax of the
+// attribute store. A file that is damaged, can't be read or written, or is of a newer program is reported and
+// never an obstacle: what can't be read has its default, and what can't be written is lost at the end of the
+// run.
 #pragma once
 
 #include <cstdint>
@@ -60,6 +61,10 @@ class SettingsManager {
     // Puts a file first; one that was in the list moves.
     void AddRecent(const std::string& path, std::string_view kind);
     void RemoveRecent(const std::string& path, std::string_view kind);
+
+    // What was chosen last of a question with this name, a word; empty when nothing was.
+    std::string Choice(std::string_view name) const;
+    void SetChoice(std::string_view name, const std::string& chosen);
 
     // The key's parts are divided by ".", for example "Trvgui.Find". Nothing for a key with an empty part,
     // one that was never saved, and a position with no size.

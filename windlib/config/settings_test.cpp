@@ -49,6 +49,8 @@ TEST_F(Settings, ComeBackAsTheyWereLeft) {
     for (int i = 0; i < 12; ++i) first.AddRecent("/t/" + std::to_string(i) + " \"%s\".trs", notes);
     first.AddRecent("/t/5 \"%s\".trs", notes);
     first.AddRecent("/other", "Other");
+    first.SetChoice("Paper", "letter");
+    first.SetChoice("Paper", "a \"4\"");
     first.RemoveRecent("/t/9 \"%s\".trs", notes);
     EXPECT_TRUE(first.SetPosition("Trvgui.Find", position(10)));
     EXPECT_FALSE(first.SetPosition("Trvgui..x", position(1)));
@@ -58,6 +60,7 @@ TEST_F(Settings, ComeBackAsTheyWereLeft) {
     SettingsManager second(switches(), folder_);
     EXPECT_TRUE(second.Load()) << messages_;
     EXPECT_TRUE(second.IsOn("Loud") && second.IsOn("Wrap") && !second.IsOn("Beep"));
+    EXPECT_EQ(second.Choice("Paper") + '|' + second.Choice("Ink"), "a \"4\"|");
     EXPECT_FALSE(second.IsOn("Nothing"));
     const std::vector<std::string> recent = second.Recent(notes);
     ASSERT_EQ(recent.size(), 9u);

@@ -60,6 +60,9 @@ class DialogHost {
     // Names with their folders, in the order chosen; none when the user cancelled. One to be written that
     // exists was confirmed by the user.
     virtual std::vector<std::string> chooseFiles(const FileQuestion& question) = 0;
+    // What the user chose last of a question with this name, from run to run; empty when nothing is known.
+    virtual std::string lastChoice(const std::string&) { return {}; }
+    virtual void keepChoice(const std::string&, const std::string&) {}
     virtual void copyText(const std::string& text) = 0;  // to the clipboard
     virtual void beep() = 0;
     // The busy pointer with progress and Escape (see Progress); calls nest.

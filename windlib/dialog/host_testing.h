@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 
 #include "windlib/dialog/host.h"
 
@@ -19,6 +20,7 @@ class RecordingHost : public DialogHost {
     std::string saveAnswer;
     std::vector<FileQuestion> fileQuestions;
     std::deque<std::vector<std::string>> fileAnswers;  // to the next of them; cancelled when none is left
+    std::map<std::string, std::string> choices;        // that are remembered
     DialogModel* raised = nullptr;
     int beeps = 0, busy = 0;
 
@@ -57,6 +59,8 @@ class RecordingHost : public DialogHost {
         if (!fileAnswers.empty()) answer = std::move(fileAnswers.front()), fileAnswers.pop_front();
         return answer;
     }
+    std::string lastChoice(const std::string& name) override { return choices[name]; }
+    void keepChoice(const std::string& name, const std::string& chosen) override { choices[name] = chosen; }
     void copyText(const std::string& text) override { copied.push_back(text); }
     void beep() override { ++beeps; }
     void showBusy(bool on) override { busy += on ? 1 : -1; }

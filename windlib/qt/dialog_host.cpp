@@ -101,7 +101,8 @@ QtDialogHost::QtDialogHost(QWidget* over, SettingsManager* settings)
     : over_(over),
       settings_(settings),
       printer_(std::make_unique<QtPrintHost>([this] { return parentOfDialogs(); },
-                                             [this] { return std::make_shared<Waiting>(*this); })) {}
+                                             [this] { return std::make_shared<Waiting>(*this); }, settings)) {
+}
 
 PrintHost* QtDialogHost::printHost() {
     return printer_.get();
@@ -316,6 +317,14 @@ std::vector<std::string> QtDialogHost::chooseFiles(const FileQuestion& question)
     const Waiting waiting(*this);
     const Gate::Token dialog = gate_Begin(GateWork::ModalDialog);
     return files_Choose(parentOfDialogs(), settings_, question);
+}
+
+std::string QtDialogHost::lastChoice(const std::string& name) {
+    return settings_ ? settings_->Choice(name) : std::string();
+}
+
+void QtDialogHost::keepChoice(const std::string& name, const std::string& chosen) {
+    if (settings_) settings_->SetChoice(name, chosen);
 }
 
 void QtDialogHost::copyText(const std::string& copied) {

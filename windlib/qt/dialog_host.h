@@ -20,7 +20,7 @@ class SettingsManager;
 class QtDialogHost : public DialogHost {
   public:
     // Dialogs stand over the window, which outlives the host; it may be null. settings, which may be null,
-    // remembers where windows stood, under "Trvgui." and the name of their description.
+    // remembers where windows stood, under "Trvgui." and the name of their description, and what was chosen.
     explicit QtDialogHost(QWidget* over, SettingsManager* settings = nullptr);
     // Closes the windows that are open; their models are told as by Escape.
     ~QtDialogHost() override;
@@ -47,6 +47,8 @@ class QtDialogHost : public DialogHost {
     std::string chooseSaveFile(const std::string& title, const std::string& suggested,
                                const std::string& filter) override;
     std::vector<std::string> chooseFiles(const FileQuestion& question) override;
+    std::string lastChoice(const std::string& name) override;
+    void keepChoice(const std::string& name, const std::string& chosen) override;
     void copyText(const std::string& text) override;
     void beep() override;
     void showBusy(bool busy) override;

@@ -35,7 +35,8 @@ std::vector<std::string> files_Choose(QWidget* over, SettingsManager* settings,
         isRemembered ? settings->Recent(question.settingsName) : std::vector<std::string>();
     if (!last.empty()) dialog.setDirectory(text(path_directory(last.front())));
     if (!question.suggested.empty()) {
-        dialog.setDirectory(text(path_directory(question.suggested)));
+        if (question.suggested != path_file(question.suggested))
+            dialog.setDirectory(text(path_directory(question.suggested)));
         dialog.selectFile(text(std::string(path_file(question.suggested))));
     }
     if (dialog.exec() != QDialog::Accepted) return {};

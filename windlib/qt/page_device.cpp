@@ -7,6 +7,7 @@
 #include <QPagedPaintDevice>
 #include <QPdfWriter>
 
+#include "shared/libcxxutil/file_beside.h"
 #include "windlib/qt/icon_images.h"
 
 namespace {
@@ -51,6 +52,7 @@ bool QtPageDevice::startPage() {
     const SurfaceColours blackOnWhite;
     surface_ = std::make_unique<QtSurface>(painter_, nullptr, paper_.facts.width, paper_.facts.height,
                                            blackOnWhite, *fonts_);
+    if (paper_.edges == Paper::Edges::Smooth) painter_.setRenderHint(QPainter::Antialiasing);
     return true;
 }
 
@@ -98,11 +100,13 @@ QtPageDevice::Paper page_PaperOf(QPagedPaintDevice& device, int screenX, int scr
 }
 
 Result page_WritePdf(const PrintJob& job, const PrintHost::Body& body) {
-    QFile file(QString::fromStdString(job.file));
-    const auto failed = [&] {
-        return Result::failure("the pages could not be written", job.file, file.errorString().toStdString());
+    const auto failed = [&](const std::string& reason) {
+        return Result::failure("the pages could not be written", job.file, reason);
     };
-    if (!file.open(QIODevice::WriteOnly)) return failed();
+    FileBeside beside;
+    if (const Result made = beside.make(job.file); !made) return failed(made.reason());
+    QFile file(QString::fromStdString(beside.name()));
+    if (!file.open(QIODevice::WriteOnly)) return failed(file.errorString().toStdString());
     bool drawn = false, ended = false;
     {
         QPdfWriter writer(&file);
@@ -116,9 +120,10 @@ Result page_WritePdf(const PrintJob& job, const PrintHost::Body& body) {
         drawn = body(device);
         ended = device.finish();
     }
-    if (!drawn) {
-        file.remove();
-        return Result::failure("nothing was printed", job.file);
-    }
-    return ended && file.flush() && file.error() == QFileDevice::NoError ? Result() : failed();
+    if (!drawn) return Result::failure("nothing was printed", job.file);
+    if (!ended || !file.flush() || file.error() != QFileDevice::NoError)
+        return failed(file.errorString().toStdString());
+    file.close();
+    const Result kept = beside.keep();
+    return kept ? Result() : failed(kept.reason());
 }

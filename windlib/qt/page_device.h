@@ -21,6 +21,9 @@ class QtPageDevice : public PageDevice {
         std::function<bool()> nextPage;
         std::function<bool()> good;  // the device has not failed so far; empty: it never does
         PageFacts facts;
+        // Smooth: for pages that are looked at much smaller than they are, where a sharp thin line would be
+        // seen or not by chance.
+        enum class Edges { Sharp, Smooth } edges = Edges::Sharp;
     };
     explicit QtPageDevice(Paper paper);
     ~QtPageDevice() override;
@@ -48,5 +51,6 @@ class QtPageDevice : public PageDevice {
 QPageLayout page_Layout(PagePaper paper, PageTurn turn);
 // For a device that is laid out so, scaled from a screen of this many pixels per inch.
 QtPageDevice::Paper page_PaperOf(QPagedPaintDevice& device, int screenX, int screenY);
-// Writes a PDF of the pages that body draws. Where body gave false, which knows why, there is no file.
+// Writes a PDF of the pages that body draws, beside the file whose place it then takes. Where body gave
+// false, which knows why, and after a failure the file is what it was.
 Result page_WritePdf(const PrintJob& job, const PrintHost::Body& body);

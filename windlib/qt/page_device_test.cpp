@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QPrintDialog>
@@ -46,6 +48,15 @@ class PageTest : public testing::Test {
     PrintJob job(const char* name) const {
         return {.name = "a job", .to = PrintJob::To::File, .file = path(name)};
     }
+    void write(const char* name, const char* bytes) const {
+        QFile file(QString::fromStdString(path(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    QByteArray content(const char* name) const {
+        QFile file(QString::fromStdString(path(name)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
 
     QTemporaryDir folder;
 };
@@ -85,13 +96,29 @@ TEST_F(PageTest, FontsAreAsHighAsAskedForAndOfOnePitch) {
     }));
 }
 
-// What a failed page leaves behind is no file; a file that can't be written is told.
+// A failed page leaves no file behind, and one that stood there as it was; a file that can't be written is
+// told.
 TEST_F(PageTest, FailuresLeaveNoHalfFile) {
     EXPECT_FALSE(page_WritePdf(job("half.pdf"), [](PageDevice& page) {
         draw(page);
         return false;
     }));
-    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(path("half.pdf"))));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 0);
+    const auto refuse = [](PageDevice& page) { return draw(page) && false; };
+    write("half.pdf", "an older one");
+    EXPECT_FALSE(page_WritePdf(job("half.pdf"), refuse));
+    EXPECT_EQ(content("half.pdf"), "an older one");
+    QtPrintHost host({}, {});
+    host.choosePrinter = [&](QPrintDialog& dialog) {
+        dialog.printer()->setOutputFormat(QPrinter::PdfFormat);
+        dialog.printer()->setOutputFileName(QString::fromStdString(path("half.pdf")));
+        return true;
+    };
+    EXPECT_EQ(host.run({.name = "a job"}, refuse).end, PrintOutcome::End::Failed);
+    EXPECT_EQ(content("half.pdf"), "an older one");
+    EXPECT_EQ(host.run({.name = "a job"}, draw).end, PrintOutcome::End::Printed);
+    EXPECT_EQ(content("half.pdf").left(5), "%PDF-");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
     const Result nowhere = page_WritePdf(job("nowhere/a.pdf"), draw);
     EXPECT_FALSE(nowhere);
     EXPECT_EQ(nowhere.where(), path("nowhere/a.pdf"));

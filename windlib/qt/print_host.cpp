@@ -9,14 +9,17 @@
 #include <QPrinterInfo>
 #include <QScreen>
 
+#include "shared/libcxxutil/file_beside.h"
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
+#include "windlib/config/settings.h"
 #include "windlib/qt/page_device.h"
 #include "windlib/qt/platform.h"
 
 namespace {
 
 constexpr int usualPixelsPerInch = 96;
+constexpr const char* printerChoice = "Printer";
 
 QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
@@ -26,13 +29,9 @@ PrintOutcome failed(std::string why) {
     return {PrintOutcome::End::Failed, std::move(why)};
 }
 
-std::unique_ptr<QPrinter> printerFor(const PrintJob& job) {
-    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    printer->setDocName(text(job.name));
-    printer->setCreator(QStringLiteral("Chronoweave"));
-    printer->setPageLayout(page_Layout(job.paper, job.turn));
-    printer->setFullPage(true);
-    return printer;
+// The printer of a preview that draws a picture of its pages for the screen.
+bool isLookedAt(const QPrinter& printer) {
+    return printer.paintEngine() && printer.paintEngine()->type() == QPaintEngine::Picture;
 }
 
 QtPageDevice::Paper paperOf(QPrinter& printer) {
@@ -42,11 +41,40 @@ QtPageDevice::Paper paperOf(QPrinter& printer) {
     const int y = screen ? resolution(screen->logicalDotsPerInchY()) : 0;
     QtPageDevice::Paper paper =
         page_PaperOf(printer, x > 0 ? x : usualPixelsPerInch, y > 0 ? y : usualPixelsPerInch);
+    if (isLookedAt(printer)) paper.edges = QtPageDevice::Paper::Edges::Smooth;
     paper.good = [&printer] {
         return printer.printerState() != QPrinter::Error && printer.printerState() != QPrinter::Aborted;
     };
     return paper;
 }
+
+// A printer that prints to a file does so beside it, for as long as this lives: the file is the old one until
+// the new one is whole.
+class PrintedBeside {
+  public:
+    explicit PrintedBeside(QPrinter& printer) : printer_(printer), name_(printer.outputFileName()) {}
+    ~PrintedBeside() {
+        if (!name_.isEmpty()) printer_.setOutputFileName(name_);
+    }
+    PrintedBeside(const PrintedBeside&) = delete;
+    PrintedBeside& operator=(const PrintedBeside&) = delete;
+
+    Result make() {
+        if (name_.isEmpty()) return {};
+        const QPrinter::OutputFormat format = printer_.outputFormat();  // which else the name decides
+        Result made = beside_.make(name_.toStdString());
+        if (!made) return made;
+        printer_.setOutputFileName(text(beside_.name()));
+        printer_.setOutputFormat(format);
+        return {};
+    }
+    Result keep() { return name_.isEmpty() ? Result() : beside_.keep(); }
+
+  private:
+    QPrinter& printer_;
+    QString name_;
+    FileBeside beside_;
+};
 
 // False for what body could not print, with nothing in why, and for what the device could not, with words.
 bool drawOn(QPrinter& printer, const PrintHost::Body& body, std::string& why) {
@@ -57,6 +85,15 @@ bool drawOn(QPrinter& printer, const PrintHost::Body& body, std::string& why) {
     return false;
 }
 
+bool printOn(QPrinter& printer, const PrintHost::Body& body, std::string& why) {
+    PrintedBeside file(printer);
+    Result done = file.make();
+    if (done && !drawOn(printer, body, why)) return false;
+    if (done) done = file.keep();
+    if (!done) why = done.text();
+    return done.ok();
+}
+
 std::string whereTo(const QPrinter& printer) {
     if (!printer.outputFileName().isEmpty())
         return "Printed to \"" + printer.outputFileName().toStdString() + "\".";
@@ -64,6 +101,24 @@ std::string whereTo(const QPrinter& printer) {
 }
 
 }  // namespace
+
+std::unique_ptr<QPrinter> QtPrintHost::printerFor(const PrintJob& job) const {
+    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    const QString last = settings_ ? text(settings_->Choice(printerChoice)) : QString();
+    if (!last.isEmpty() && QPrinterInfo::availablePrinterNames().contains(last))
+        printer->setPrinterName(last);
+    printer->setDocName(text(job.name));
+    printer->setCreator(QStringLiteral("Chronoweave"));
+    printer->setPageLayout(page_Layout(job.paper, job.turn));
+    printer->setFullPage(true);
+    return printer;
+}
+
+// A file is the choice of the moment.
+void QtPrintHost::keepPrinter(const QPrinter& printer) {
+    if (settings_ && printer.outputFileName().isEmpty())
+        settings_->SetChoice(printerChoice, printer.printerName().toStdString());
+}
 
 bool QtPrintHost::hasPrinter() {
     return !QPrinterInfo::availablePrinterNames().isEmpty();
@@ -96,10 +151,11 @@ PrintOutcome QtPrintHost::toPrinter(const PrintJob& job, const Body& body) {
         const bool accepted =
             platform_IsAutomatic() ? choosePrinter(dialog) : dialog.exec() == QDialog::Accepted;
         if (!accepted) return {PrintOutcome::End::Cancelled};
+        keepPrinter(*printer);
     }
     printer->setFullPage(true);  // whatever the dialog made of it
     std::string why;
-    if (!drawOn(*printer, body, why)) return failed(why);
+    if (!printOn(*printer, body, why)) return failed(why);
     return {PrintOutcome::End::Printed, whereTo(*printer)};
 }
 
@@ -115,9 +171,10 @@ PrintOutcome QtPrintHost::toPreview(const PrintJob& job, const Body& body) {
     QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* on) {
         on->setFullPage(true);
         why.clear();
-        const bool drawn = drawOn(*on, body, why);
-        const bool looked = on->paintEngine() && on->paintEngine()->type() == QPaintEngine::Picture;
-        printed = (drawn && !looked) || printed;
+        if (isLookedAt(*on))
+            drawOn(*on, body, why);
+        else
+            printed = printOn(*on, body, why) || printed;
     });
     if (platform_IsAutomatic())
         lookAtPreview(dialog);

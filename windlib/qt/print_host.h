@@ -12,12 +12,15 @@
 class QPrinter;
 class QPrintDialog;
 class QPrintPreviewDialog;
+class SettingsManager;
 
 class QtPrintHost : public PrintHost {
   public:
-    // Dialogs stand over what over gives, which may be null. What hold gives lives while one waits.
-    QtPrintHost(std::function<QWidget*()> over, std::function<std::shared_ptr<void>()> hold)
-        : over_(std::move(over)), hold_(std::move(hold)) {}
+    // Dialogs stand over what over gives, which may be null. What hold gives lives while one waits. settings,
+    // which may be null, remembers the printer.
+    QtPrintHost(std::function<QWidget*()> over, std::function<std::shared_ptr<void>()> hold,
+                SettingsManager* settings = nullptr)
+        : over_(std::move(over)), hold_(std::move(hold)), settings_(settings) {}
 
     bool hasPrinter() override;
     PrintOutcome run(const PrintJob& job, const Body& body) override;
@@ -30,7 +33,10 @@ class QtPrintHost : public PrintHost {
   private:
     PrintOutcome toPrinter(const PrintJob& job, const Body& body);
     PrintOutcome toPreview(const PrintJob& job, const Body& body);
+    std::unique_ptr<QPrinter> printerFor(const PrintJob& job) const;
+    void keepPrinter(const QPrinter& printer);
 
     std::function<QWidget*()> over_;
     std::function<std::shared_ptr<void>()> hold_;
+    SettingsManager* settings_;
 };

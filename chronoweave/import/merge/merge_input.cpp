@@ -34,6 +34,6 @@ void MergeInput::MakeFit() {
 }
 
 std::optional<mt_Time> MergeInput::LookForNewest(const Progress& progress) {
-    const std::optional<mt_Time> newest = source_->lookForNewest(progress);
+    const std::optional<mt_Time> newest = source_->LookForNewest(progress);
     return newest ? std::optional(Scaled(*newest)) : std::nullopt;
 }

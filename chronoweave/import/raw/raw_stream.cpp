@@ -131,7 +131,7 @@ std::optional<SourceLook> RawStream::look(const Progress& progress) {
     return look_ahead(progress, enter) ? std::optional(look.seen()) : std::nullopt;
 }
 
-std::optional<mt_Time> RawStream::lookForNewest(const Progress& progress) {
+std::optional<mt_Time> RawStream::LookForNewest(const Progress& progress) {
     mt_Time newest = 0;
     const bool bigEndian = facts_.bigEndian;
     const auto enter = [&](std::span<const uint8_t> record) {

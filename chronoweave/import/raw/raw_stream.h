@@ -20,7 +20,7 @@ class RawStream : public EventSource {
     size_t NextAtHand(std::span<SourceRecord> records) override;
     SourceExtent extent() const override;
     std::optional<SourceLook> look(const Progress& progress) override;
-    std::optional<mt_Time> lookForNewest(const Progress& progress) override;
+    std::optional<mt_Time> LookForNewest(const Progress& progress) override;
     const SourceCounts& counts() const override { return records_.counts(); }
     Result damage() const override { return damage_; }
     void SetDeadline(bool isThere) override { deadline_ = isThere; }

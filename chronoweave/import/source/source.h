@@ -70,7 +70,7 @@ class EventSource {
     // no such look, as with what comes through a pipe, and where progress, in any one unit, stopped it.
     virtual std::optional<SourceLook> look(const Progress&) { return std::nullopt; }
     // The highest time that look tells, for those who want nothing else of it.
-    virtual std::optional<mt_Time> lookForNewest(const Progress& progress) {
+    virtual std::optional<mt_Time> LookForNewest(const Progress& progress) {
         const std::optional<SourceLook> seen = look(progress);
         return seen ? std::optional(seen->newest) : std::nullopt;
     }

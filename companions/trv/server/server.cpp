@@ -287,7 +287,8 @@ void Server::record(Instant now) {
     if (records.empty()) return;
     const size_t masked = passed(records);
     counts_.masked += masked;
-    const Result taken = connection_.recorder->take(masked > 0 ? std::span<const uint8_t>(kept_) : records, now);
+    const Result taken =
+        connection_.recorder->take(masked > 0 ? std::span<const uint8_t>(kept_) : records, now);
     if (!taken) recordingFailed(taken);
 }
 

@@ -1,4 +1,4 @@
-#include "chronoweave/cli/progress_bar.h"
+#include "shared/libcxxutil/progress_bar.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@ namespace {
 constexpr int bar_width = 40;
 }
 
-ProgressBar::ProgressBar(const CommandLine& line) : shown_(!line.quiet && ::isatty(STDERR_FILENO)) {}
+ProgressBar::ProgressBar(bool wanted) : shown_(wanted && ::isatty(STDERR_FILENO) != 0) {}
 
 ProgressBar::~ProgressBar() {
     if (drawn_ >= 0) std::fprintf(stderr, "\r%*s\r", bar_width + 10, "");

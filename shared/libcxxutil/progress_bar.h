@@ -1,13 +1,12 @@
 // A bar on the terminal's error stream, drawn when it grows and wiped at the end; nothing where there is no
-// terminal, and with --quiet.
+// terminal.
 #pragma once
 
-#include "chronoweave/cli/request.h"
 #include "shared/libcxxutil/progress.h"
 
 class ProgressBar {
   public:
-    explicit ProgressBar(const CommandLine& line);
+    explicit ProgressBar(bool wanted);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
