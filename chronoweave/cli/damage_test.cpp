@@ -87,6 +87,17 @@ TEST_F(DamagedStore, ACutIndexIsMadeAnew) {
     EXPECT_EQ(lines_of(run({"events", base(), "--csv"}).out), whole);
 }
 
+TEST_F(DamagedStore, AnIndexThatLacksABlockIsToldWhereNothingIsFoundToo) {
+    const size_t count = lines_of(run({"events", base(), "--csv"}).out).size() - 1;
+    std::string index = content(base() + ".tri");
+    index.erase(20 + 13 * 2, 13);
+    write("damaged.tri", Bytes(index.begin(), index.end()));
+    // By the index there are no events of these numbers.
+    const Ran ran = run({"events", base(), "--first", std::to_string(count - 2), "--count", "3"});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_NE(ran.err.find("the index lacks this block"), std::string::npos) << ran.err;
+}
+
 TEST_F(DamagedStore, AVersionFileThatIsCutBeforeItsClockIsTold) {
     std::filesystem::resize_file(base() + ".trv", 22);
     for (const Words& command : commands()) {

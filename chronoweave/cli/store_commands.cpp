@@ -213,7 +213,9 @@ int command_Events(const CommandLine& line) {
         --left;
     }
     ProgressBar bar(!line.quiet);
-    if (first > 0) mt_CheckNumbers(store, first - 1, bar.progress());
+    // Where nothing was found the index may lack blocks that would have it.
+    const uint32_t ahead = first > 0 ? first : query->bySequence ? query->first : 0;
+    if (ahead > 0) mt_CheckNumbers(store, ahead - 1, bar.progress());
     return closed(rows, named.opened);
 }
 
