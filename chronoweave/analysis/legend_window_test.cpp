@@ -222,19 +222,19 @@ TEST_F(LegendWindowTest, IconsAndTheMarkOfImportance) {
 
 TEST_F(LegendWindowTest, ALookGivesAllStatusesTheirLines) {
     Open();
-    LegendStatus& ready = canvas.looks.legend.statuses[0];
+    const auto ready = [this]() -> const LegendStatus& { return canvas.looks.legend.statuses[0]; };
     window->press("bt_look");
     EXPECT_FALSE(Changed()) << "none is installed for this system";
     canvas.looks.legend.osName = "KORVANTIS";
     host.popUpAnswer = 1;
     window->press("bt_look");
     EXPECT_TRUE(Changed());
-    EXPECT_EQ(ready.lineStyle, Line_Dash);
-    EXPECT_EQ(ready.red, 0xC700);
+    EXPECT_EQ(ready().lineStyle, Line_Dash);
+    EXPECT_EQ(ready().red, 0xC700);
     EXPECT_EQ(canvas.looks.statusLooks[0].colour, 0xC78500u);
     EXPECT_EQ(canvas.looks.legend.statuses[6].lineStyle, Line_DashDot) << "it has no line for this one";
     window->press("bt_undo");
-    EXPECT_EQ(ready.lineStyle, Line_Solid);
+    EXPECT_EQ(ready().lineStyle, Line_Solid);
     host.popUpAnswer = -1;
     window->menu("UseLook");
     EXPECT_FALSE(window->item("bt_undo").enabled);

@@ -37,7 +37,7 @@ class MenuRows : public AnalysisWindowTest {
     std::string Traces(const DialogModel& window) const {
         std::string all = std::to_string(host.copied.size()) + (window.isClosed() ? " closed" : " open") +
                           (std::filesystem::exists(host.saveAnswer) ? " saved" : "") +
-                          std::to_string(printer.jobs.size());
+                          std::to_string(printer.jobs.size()) + host.popUpTitle;
         for (const LegendStatus& status : canvas.looks.legend.statuses) all += status.visible ? '+' : '-';
         return all;
     }
@@ -78,6 +78,7 @@ TEST_F(MenuRows, EachIsKnownToItsWindow) {
             }
             if (row.body == "Print") steps.push_back(press("ok"));
             std::filesystem::remove(host.saveAnswer);
+            host.popUpTitle.clear();
             const std::string before = Traces(model);
             const int beeps = host.beeps;
             EXPECT_TRUE(model.menu(row.body));
