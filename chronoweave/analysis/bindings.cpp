@@ -34,7 +34,8 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             MScrollList& list = model_.list(name);
             list.SetComparison(1, msl_CompareUnsigned);
             list.viewResized = [&list](int width) {
-                const int first = laHideDialog::NameColumnWidth(width);
+                const int first =
+                    laHideDialog::NameColumnWidth(width, list.FittedWidth(0), list.FittedWidth(1));
                 list.SetWidth(0, first);
                 list.SetWidth(1, std::max(0, width - first));
             };

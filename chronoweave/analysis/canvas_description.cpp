@@ -44,6 +44,8 @@ std::vector<DialogItem> items() {
          .kind = DialogKind::ProgressBar,
          .accessible = "Progress",
          .flags = Dialog_Hidden},
+        text("tu_view", "", "Unit of the view", "ticks"),
+        text("tu_sel", "", "Unit of the selection", "ticks"),
         item_Label("tl_view_from", "From", "tf_view_from"),
         item_Label("tl_view_to", "To", "tf_view_to"),
         item_Label("tl_view_len", "Length", "tf_view_len"),
@@ -55,15 +57,15 @@ std::vector<DialogItem> items() {
 
 // The least size holds the menu line, too. The picture takes what is left below the tool bar.
 void add_sizes(LayoutBuilder& layout) {
-    layout.leastWidths(
-        {{.of = {"changeunit", "TickPattern", "TickUnit", "TotalLength"}, .pixels = 42},
-         {.of = {"t_view", "tl_view_from", "tf_view_from", "tl_view_to", "tf_view_to", "tl_view_len",
-                 "tf_view_len"},
-          .pixels = 78},
-         {.of = {"t_sel", "tl_sel_from", "tf_sel_from", "tl_sel_to", "tf_sel_to", "tl_sel_len", "tf_sel_len"},
-          .pixels = 78},
-         {.of = {"Progress"}, .pixels = 20, .letters = 40},
-         {.pixels = 153, .lines = 3, .bars = 1}});
+    layout.leastWidths({{.of = {"changeunit", "TickPattern", "TickUnit", "TotalLength"}, .pixels = 42},
+                        {.of = {"t_view", "tl_view_from", "tf_view_from", "tl_view_to", "tf_view_to",
+                                "tl_view_len", "tf_view_len", "tu_view"},
+                         .pixels = 84},
+                        {.of = {"t_sel", "tl_sel_from", "tf_sel_from", "tl_sel_to", "tf_sel_to", "tl_sel_len",
+                                "tf_sel_len", "tu_sel"},
+                         .pixels = 84},
+                        {.of = {"Progress"}, .pixels = 20, .letters = 40},
+                        {.pixels = 153, .lines = 3, .bars = 1}});
     const LayoutItems rows = {"TraxBtns", "Overview", "changeunit", "info_rect", "Progress"};
     layout.leastHeight({.of = rows, .pixels = 23, .lines = 9, .bars = 1});
     layout.firstWidths({{.letters = 120}});
@@ -85,8 +87,8 @@ void place_fields(LayoutBuilder& layout) {
     layout.left({.items = {"info_rect"}, .gap = 4});
     layout.bottom({.items = {"tf_sel_from", "tf_sel_to", "tf_sel_len"}, .of = "info_rect", .gap = 4});
     layout.above({.items = {"tf_view_from", "tf_view_to", "tf_view_len"}, .of = "tf_sel_from", .gap = 4});
-    layout.baseline({"t_sel", "tl_sel_from", "tl_sel_to", "tl_sel_len"}, "tf_sel_from");
-    layout.baseline({"t_view", "tl_view_from", "tl_view_to", "tl_view_len"}, "tf_view_from");
+    layout.baseline({"t_sel", "tl_sel_from", "tl_sel_to", "tl_sel_len", "tu_sel"}, "tf_sel_from");
+    layout.baseline({"t_view", "tl_view_from", "tl_view_to", "tl_view_len", "tu_view"}, "tf_view_from");
     layout.tie({.items = {"t_view", "t_sel"},
                 .of = "info_rect",
                 .pixels = 8,
@@ -99,6 +101,7 @@ void place_fields(LayoutBuilder& layout) {
     layout.rightOf({.items = {"tf_view_to", "tf_sel_to"}, .of = "tl_view_to", .gap = 6});
     layout.rightOf({.items = {"tl_view_len", "tl_sel_len"}, .of = "tf_view_to", .gap = 12});
     layout.rightOf({.items = {"tf_view_len", "tf_sel_len"}, .of = "tl_view_len", .gap = 6});
+    layout.rightOf({.items = {"tu_view", "tu_sel"}, .of = "tf_view_len", .gap = 6});
 }
 
 // Rows from the bottom up: message line, fields of the selection, fields of the view, unit, overview.

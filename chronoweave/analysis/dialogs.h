@@ -14,7 +14,7 @@ DialogDescription dialogs_Hide();
 DialogDescription dialogs_TimeUnit();
 // A time or range to go to: field "time", explanation "t_explain", message line, "ok", "cancel".
 DialogDescription dialogs_GotoTime();
-// A value to be typed, "getValue": prompt "t_please", field "tf_val", "bs_ok", "cancel".
+// A value to be typed, "getValue": prompt "t_please", field "tf_val", what it is "t_what", "bs_ok", "cancel".
 DialogDescription dialogs_GetValue();
 // The options of the program: check boxes "wheel", "snap", "newtrv", "marks", "switches", "prefetch",
 // "kernel", "icons", "right", "bottom", "dark", and "ok", "cancel".

@@ -51,8 +51,8 @@ class BookmarkList {
         for (size_t i = 0; i < canvas_.marks.bookmarks.size(); ++i) {
             const LaBookmark& mark = canvas_.marks.bookmarks[i];
             DialogRow row;
-            row.cells = {text_unescape(mark.label), laCanvas_TimeText(canvas_, mark.time), ObjectOf(mark),
-                         gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
+            row.cells = {laBookmark_ShownLabel(canvas_, mark), laCanvas_TimeWithUnit(canvas_, mark.time),
+                         ObjectOf(mark), gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
             row.id = i;
             rows.push_back(std::move(row));
         }
@@ -65,7 +65,7 @@ class BookmarkList {
         LaBookmark* mark = selected();
         for (const char* name : {"label", "rename", "colour", "goto", "delete"})
             model_.setEnabled(name, mark != nullptr);
-        model_.setText("label", mark ? text_unescape(mark->label) : "");
+        model_.setText("label", mark ? laBookmark_ShownLabel(canvas_, *mark) : "");
     }
     void GoTo() {
         if (const LaBookmark* mark = selected())
@@ -74,7 +74,7 @@ class BookmarkList {
     void rename() {
         LaBookmark* mark = selected();
         const std::string& label = model_.item("label").text;
-        if (!mark || label.empty()) return;
+        if (!mark || label.empty() || label == laBookmark_ShownLabel(canvas_, *mark)) return;
         mark->label = text_escape(label);
         fill(static_cast<size_t>(mark - canvas_.marks.bookmarks.data()));
     }

@@ -31,12 +31,14 @@ DialogDescription dialogs_GetValue() {
     LayoutBuilder layout;
     layout.leastWidths({{.of = {"t_please"}, .pixels = 24},
                         {.of = {"tf_val"}, .pixels = 24},
+                        {.of = {"t_what"}, .pixels = 24},
                         {.of = {"bs_ok", "cancel"}, .pixels = 32}});
     layout.firstWidths({{.letters = 48}});
-    layout.onlyHeight({.of = {"t_please", "tf_val", "bs_ok"}, .pixels = 40});
-    layout.left({.items = {"t_please", "tf_val"}});
+    layout.onlyHeight({.of = {"t_please", "tf_val", "t_what", "bs_ok"}, .pixels = 44});
+    layout.left({.items = {"t_please", "tf_val", "t_what"}});
     layout.top({.items = {"t_please"}});
     layout.below({.items = {"tf_val"}, .of = "t_please", .gap = 4});
+    layout.below({.items = {"t_what"}, .of = "tf_val", .gap = 4});
     layout.corner({"cancel", "bs_ok"});
     return {.name = "getValue",
             .title = "Get Value",
@@ -45,6 +47,10 @@ DialogDescription dialogs_GetValue() {
                        .kind = DialogKind::TextField,
                        .accessible = "New value",
                        .room = std::string(40, 'n')},
+                      {.name = "t_what",
+                       .kind = DialogKind::Label,
+                       .accessible = "What the value is",
+                       .room = std::string(48, 'n')},
                       item_Ok("bs_ok"),
                       item_Cancel()},
             .layout = layout.lines()};

@@ -29,8 +29,10 @@ constexpr OptionBox optionBoxes[] = {
 
 }  // namespace
 
-std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value) {
+std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value,
+                                            const std::string& what) {
     DialogModel model(dialogs_GetValue());
+    model.setText("t_what", what);
     model.setText("tf_val", value);
     close_by_buttons(model, "bs_ok");
     if (host.run(model) != accepted) return std::nullopt;
@@ -38,7 +40,8 @@ std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string&
 }
 
 void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas) {
-    const auto answer = dialogs_AskValue(host, std::to_string(canvas.options.refreshInterval));
+    const auto answer = dialogs_AskValue(host, std::to_string(canvas.options.refreshInterval),
+                                         "Milliseconds between two looks at a live source; at least 1.");
     if (!answer) return;
     std::string_view text = text_trim(*answer);
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
@@ -51,7 +54,7 @@ void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas) {
 }
 
 bool dialogs_AskCanvasName(DialogHost& host, _LaCanvasData& canvas, const std::string& title) {
-    const auto answer = dialogs_AskValue(host, title);
+    const auto answer = dialogs_AskValue(host, title, "The title of this window.");
     if (!answer || answer->empty()) return false;
     canvas.source.canvasName = *answer;
     return true;

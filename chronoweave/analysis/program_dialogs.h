@@ -11,8 +11,9 @@
 
 class MenuRegistry;
 
-// A value typed in place of one; none when the user cancelled.
-std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value);
+// A value typed in place of one; none when the user cancelled. what tells what it is.
+std::optional<std::string> dialogs_AskValue(DialogHost& host, const std::string& value,
+                                            const std::string& what);
 // "RefreshGap": the period of live reading, milliseconds. What is no number above 0 is dropped.
 void dialogs_AskRefreshInterval(DialogHost& host, _LaCanvasData& canvas);
 // "CanvasName": the title of the canvas. True when there is a new one in canvasName.

@@ -1,5 +1,6 @@
 // What the canvas window does of the table of commands: whatever needs a window, a dialog or the settings.
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QTimer>
 #include <filesystem>
@@ -16,6 +17,7 @@
 #include "chronoweave/qt/manual_window.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/start_card.h"
 #include "chronoweave/qt/tool_bar.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
@@ -27,6 +29,7 @@
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/paths.h"
 #include "windlib/config/settings.h"
+#include "windlib/qt/console_window.h"
 #include "windlib/qt/dialog_host.h"
 #include "windlib/qt/dialog_view.h"
 #include "windlib/qt/menu_view.h"
@@ -90,6 +93,9 @@ void CanvasWindow::showButtons() {
     if (!dialog_) return;
     const _LaCanvasData& canvas = view_->canvas();
     if (laCanvas_UpdateButtons(canvas, buttons_)) tools_->take(buttons_);
+    start_->setVisible(!canvas.source.store);
+    if (!canvas.source.store && canvas.calls.upper.recentFiles)
+        start_->fill(canvas.calls.upper.recentFiles());
     model_.setEnabled("changeunit", laCanvas_CanDo(canvas, "changeunit"));
     if (menusStale_ || !menus_) return;
     menusStale_ = true;
@@ -198,6 +204,7 @@ void CanvasWindow::fillUpperFloor() {
     host_->makeMenuBar = [](const std::string&, DialogModel& model) { return menu_MakeBar(model); };
     host_->setBusy = [this](bool busy) { setBusy(busy); };
     canvas.calls.host = host_.get();
+    upper.sourceIsLive = live_;
     upper.recentFiles = [this] {
         return services_.settings ? services_.settings->Recent(program_TraceFiles)
                                   : std::vector<std::string>();
@@ -229,6 +236,7 @@ void CanvasWindow::fillUpperFloor() {
         laCanvas_Refuse(view_->canvas(), "Sorry, on-line help is not supported.");
         return false;
     };
+    commands["Console"] = [](const std::string&) { return console_Raise(), true; };
     commands["ReadOn"] = [this](const std::string&) { return readOn(); };
     commands["Palette"] = [this](const std::string&) { return chooseCommand(); };
 }
@@ -253,7 +261,19 @@ void CanvasWindow::makeEventTable() {
     };
 }
 
+// Enter was taken by the field already, Escape was not: both give the keyboard back to the picture, unless
+// what was typed is to be mended.
+bool CanvasWindow::keyOfField(const QKeyEvent& event) {
+    const auto* field = qobject_cast<const QLineEdit*>(focusWidget());
+    const bool enter = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    if (!field || (!enter && event.key() != Qt::Key_Escape)) return false;
+    if (!enter) model_.revert(field->objectName().toStdString());
+    if (!enter || !std::exchange(fieldRefused_, false)) view_->setFocus();
+    return true;
+}
+
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {
+    if (keyOfField(*event)) return;
     const laCommand* known = laCommands_OfKey(platform_KeyName(*event), KeyPlace::Window);
     if (!known) return QMainWindow::keyPressEvent(event);
     command(known->name);

@@ -17,6 +17,7 @@
 #include "chronoweave/qt/event_dock.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/start_card.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/fetch/fetch.h"
@@ -161,6 +162,16 @@ bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const st
     return any;
 }
 
+void CanvasWindow::tellConsoleAll(const std::string& text) {
+    for (CanvasWindow* window : windows()) window->tellConsole(text);
+}
+
+void CanvasWindow::tellConsole(const std::string& text) {
+    if (!text_trim(view_->canvas().fields.message).empty()) return;
+    const std::string line(text_trim(std::string_view(text).substr(0, text.find('\n'))));
+    if (!line.empty()) say("On the console: " + line);
+}
+
 CanvasWindow* CanvasWindow::openAnother() {
     auto* another = new CanvasWindow("VOREL Chronoweave", false, services_);  // deletes itself when closed
     another->move(pos() + QPoint(30, 30));
@@ -187,6 +198,7 @@ QWidget* CanvasWindow::makePane() {
     view_ = new PictureView;
     view_->setObjectName(QStringLiteral("Graph"));
     view_->setAccessibleName(QStringLiteral("Time line"));
+    start_ = new StartCard(*view_, [this](const std::string& text) { command(text); });
     horizontal_ = new QScrollBar(Qt::Horizontal);
     vertical_ = new QScrollBar(Qt::Vertical);
     horizontal_->setObjectName(QStringLiteral("HScroll"));
@@ -238,7 +250,7 @@ void CanvasWindow::connectItems() {
     canvas.calls.progress = [this](double done, double total) { return !work_ || work_->tell(done, total); };
     graph.setBusy = [this](bool busy) { setBusy(busy); };
     model_.onCommit = [this](const std::string& name, const std::string& text) {
-        view_->draw([&] { laCanvas_CommitField(view_->canvas(), name, text); });
+        view_->draw([&] { fieldRefused_ = !laCanvas_CommitField(view_->canvas(), name, text); });
         showFields();
     };
     model_.onPress = [this](const std::string& name) { command(name); };
@@ -277,12 +289,17 @@ void CanvasWindow::showHover(const std::string& text) {
 void CanvasWindow::showFields() {
     if (!dialog_) return;
     const LaCanvasFields& fields = view_->canvas().fields;
-    const std::pair<const char*, const std::string*> texts[] = {
-        {"tf_view_from", &fields.viewFrom},   {"tf_view_to", &fields.viewTo},
-        {"tf_view_len", &fields.viewLength},  {"tf_sel_from", &fields.selFrom},
-        {"tf_sel_to", &fields.selTo},         {"tf_sel_len", &fields.selLength},
-        {"TickPattern", &fields.tickPattern}, {"TickUnit", &fields.tickUnit},
-        {"TotalLength", &fields.totalLength}};
+    const std::pair<const char*, const std::string*> texts[] = {{"tf_view_from", &fields.viewFrom},
+                                                                {"tf_view_to", &fields.viewTo},
+                                                                {"tf_view_len", &fields.viewLength},
+                                                                {"tf_sel_from", &fields.selFrom},
+                                                                {"tf_sel_to", &fields.selTo},
+                                                                {"tf_sel_len", &fields.selLength},
+                                                                {"TickPattern", &fields.tickPattern},
+                                                                {"TickUnit", &fields.tickUnit},
+                                                                {"TotalLength", &fields.totalLength},
+                                                                {"tu_view", &fields.unit},
+                                                                {"tu_sel", &fields.unit}};
     for (const auto& [name, text] : texts)
         if (model_.item(name).text != *text) model_.setText(name, *text);
     if (model_.item("TotalLength").title != fields.totalLengthTitle)
@@ -331,6 +348,7 @@ bool CanvasWindow::load(const std::string& name) {
     keepArrangement();
     const std::string loadingText = gen_format("Loading data from file \"%s\" ...", name.c_str());
     say(loadingText);
+    start_->hide();
     auto busy = std::make_optional<BusyWork>(GateWork::Load, view_->graph().setBusy);
     ImportOptions options;
     options.progress = view_->canvas().calls.progress;
@@ -377,7 +395,10 @@ void CanvasWindow::endGrowing() {
 // What the target has logged since goes into the store and into the view. What is done in a moment shows
 // nothing but the picture; much is read piece by piece, up to where the source ended when it was asked for.
 bool CanvasWindow::readOn() {
-    if (!growing_) return false;
+    if (!growing_) {
+        laCanvas_Refuse(view_->canvas(), "Nothing can be added to this source: only a raw event file grows.");
+        return false;
+    }
     ReadOn read = import_ReadOn(*growing_, readingSlice);
     if (read.more) {
         const BusyWork busy(GateWork::Load, view_->graph().setBusy);
@@ -387,7 +408,9 @@ bool CanvasWindow::readOn() {
         showGrown(read);
     }
     showButtons();
-    std::string told = std::to_string(read.events) + " more events";
+    std::string told = read.events == 0   ? "Nothing was added since it was last read"
+                       : read.events == 1 ? "1 more event"
+                                          : std::to_string(read.events) + " more events";
     if (read.more)
         told += "; the file has more";
     else if (read.unread > 0)

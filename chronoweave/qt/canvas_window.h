@@ -25,6 +25,7 @@ class QGridLayout;
 class QScrollBar;
 class QtDialogHost;
 class QtEventService;
+class StartCard;
 class ToolBarView;
 
 // What all windows share; each may be null. All outlive the windows.
@@ -72,6 +73,8 @@ class CanvasWindow : public QMainWindow {
     // In every window, or in those of the file when one is named: reads text as seconds and, where the trace
     // reaches that far, puts the cursor there and brings it and the object's row into view. True when any
     // did.
+    // Says in every window whose message line is free that the console has something.
+    static void tellConsoleAll(const std::string& text);
     static bool showTime(const std::string& file, uint32_t objectId, const std::string& text);
 
   protected:
@@ -112,6 +115,8 @@ class CanvasWindow : public QMainWindow {
     void endGrowing();
     bool openFile(const std::string& name);
     bool chooseCommand();
+    bool keyOfField(const QKeyEvent& event);
+    void tellConsole(const std::string& text);
     void print();
 
     GrowingSource growing_;  // the raw file of the store shown, while it may grow
@@ -124,6 +129,7 @@ class CanvasWindow : public QMainWindow {
     DialogModel model_;
     PictureView* view_ = nullptr;
     OverviewStrip* overview_ = nullptr;
+    StartCard* start_ = nullptr;  // while there is no trace
     QScrollBar* horizontal_ = nullptr;
     QScrollBar* vertical_ = nullptr;
     QGridLayout* grid_ = nullptr;
@@ -135,5 +141,6 @@ class CanvasWindow : public QMainWindow {
     std::string said_;  // last on the message line, but for the place of the pointer
     QElapsedTimer saidSince_;
     bool menusStale_ = false;             // they are renewed soon
+    bool fieldRefused_ = false;           // what was last typed into a field
     std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas
 };

@@ -6,9 +6,12 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPointer>
 #include <QScrollBar>
+#include <QTimer>
 #include <QToolTip>
+#include <QUrl>
 #include <QWheelEvent>
 #include <filesystem>
 #include <fstream>
@@ -22,6 +25,7 @@
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/files.h"
@@ -127,12 +131,13 @@ TEST_F(Window, ZoomsAtThePointerAndScrolls) {
     EXPECT_GT(canvas().view.viewLow, low);
     EXPECT_NEAR(canvas().view.viewLength, length, length * 1e-9);
     key(Qt::Key_End);
-    EXPECT_GE(canvas().view.viewHigh, canvas().source.totalLength);
+    const double end = canvas().source.totalLength - 1 / canvas().view.pixelsPerUnit;
+    EXPECT_GE(canvas().view.viewHigh, end);
     key(Qt::Key_Home);
     EXPECT_EQ(canvas().view.viewLow, 0);
     auto* bar = window->findChild<QScrollBar*>("HScroll");
     bar->setValue(bar->maximum());
-    EXPECT_GE(canvas().view.viewHigh, canvas().source.totalLength);
+    EXPECT_GE(canvas().view.viewHigh, end);
     key(Qt::Key_0);
     auto* rows = window->findChild<QScrollBar*>("VScroll");
     wheel({x, 50}, -120, Qt::NoModifier);
@@ -408,7 +413,8 @@ TEST_F(Window, AGrowingFileIsReadOn) {
     EXPECT_TRUE(laCanvas_Command(canvas(), "ReadOn"));
     window->view().graph().setBusy = shows;
     EXPECT_EQ(busy, 0) << "a moment's work looks like none";
-    EXPECT_TRUE(window->message().starts_with("0 more events; ")) << window->message();
+    EXPECT_TRUE(window->message().starts_with("Nothing was added since it was last read; "))
+        << window->message();
     {
         std::ofstream more(trace, std::ios::binary | std::ios::app);
         more << whole.substr(whole.size() / 3 + 5);
@@ -444,4 +450,97 @@ TEST_F(Window, ADarkSchemeReachesThePicture) {
     QApplication::processEvents();
     EXPECT_EQ(QApplication::palette().color(QPalette::Base), light.color(QPalette::Base));
     EXPECT_EQ(image.pixelColor(image.width() - 2, 2), light.color(QPalette::Base));
+}
+
+TEST_F(Window, EnterAndEscapeGiveTheKeyboardBackToThePicture) {
+    ASSERT_TRUE(window->load(trace));
+    window->activateWindow();
+    auto* field = window->findChild<QLineEdit*>("tf_view_len");
+    const auto type = [&](const char* text, int code) {
+        field->setFocus();
+        field->selectAll();
+        for (const char* at = text; *at; ++at)
+            testing_Key(*field, Qt::Key_unknown, QString(QLatin1Char(*at)));
+        testing_Key(*field, code);
+    };
+    type("20 us", Qt::Key_Return);
+    EXPECT_NEAR(canvas().view.viewLength, 20e-6, 1e-6);
+    EXPECT_TRUE(window->view().hasFocus());
+    const QString shown = field->text();
+    type("99", Qt::Key_Escape);
+    EXPECT_EQ(field->text(), shown);
+    EXPECT_TRUE(window->view().hasFocus());
+    EXPECT_NEAR(canvas().view.viewLength, 20e-6, 1e-6);
+    type("oops", Qt::Key_Return);
+    EXPECT_EQ(window->message(), "Invalid time.");
+    EXPECT_TRUE(field->hasFocus()) << "it is to be mended";
+}
+
+TEST_F(Window, AFieldShowsTheFirstDigitsOfALongTime) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_End);
+    for (int i = 0; i < 40; ++i) wheel({500, 50}, 120, Qt::ControlModifier);
+    for (const char* name : {"tf_view_from", "tf_view_to"})
+        EXPECT_EQ(window->findChild<QLineEdit*>(QLatin1String(name))->cursorPosition(), 0) << name;
+}
+
+TEST_F(Window, WithoutATraceItSaysWhatToDo) {
+    window->showEmpty();
+    auto* card = window->findChild<QLabel*>("StartCard");
+    ASSERT_NE(card, nullptr);
+    EXPECT_TRUE(card->isVisible());
+    EXPECT_TRUE(card->text().contains(QLatin1String("Ctrl+O")));
+    canvas().calls.upper.recentFiles = [&] { return std::vector<std::string>{trace}; };
+    window->command("Close");
+    EXPECT_TRUE(card->text().contains(QLatin1String("run.trr")));
+    Q_EMIT card->linkActivated(
+        QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString("Open " + trace))));
+    EXPECT_TRUE(canvas().source.storeHasEvents);
+    EXPECT_FALSE(card->isVisible());
+    window->command("Close");
+    EXPECT_TRUE(card->isVisible());
+}
+
+TEST_F(Window, TheFreezeButtonIsThereForLiveSourcesOnly) {
+    ASSERT_TRUE(window->load(trace));
+    const auto button = [](CanvasWindow& of) {
+        return of.findChild<QWidget*>("NoRefresh")->isVisibleTo(&of);
+    };
+    EXPECT_FALSE(button(*window));
+    CanvasWindow live("VOREL Chronoweave", true);
+    live.show();
+    live.showEmpty();
+    EXPECT_TRUE(button(live));
+}
+
+TEST_F(Window, ReadingOnSaysWhatItFound) {
+    ASSERT_TRUE(window->load(trace));
+    window->command("ReadOn");
+    EXPECT_EQ(window->message(), "Nothing was added since it was last read.");
+    window->command("Close");
+    ASSERT_TRUE(window->load(folder / "run.trs"));
+    window->command("ReadOn");
+    EXPECT_EQ(window->message(), "Nothing can be added to this source: only a raw event file grows.");
+}
+
+TEST_F(Window, TheConsoleIsToldOfWhereTheMessageLineIsFree) {
+    window->showEmpty();
+    CanvasWindow::tellConsoleAll("first\nsecond\n");
+    EXPECT_EQ(window->message(), "On the console: first");
+    CanvasWindow::tellConsoleAll("third\n");
+    EXPECT_EQ(window->message(), "On the console: first");
+}
+
+TEST_F(Window, RowsFollowTheViewWhenItRests) {
+    ASSERT_TRUE(window->load(trace));
+    key(Qt::Key_0);
+    key(Qt::Key_O);
+    const auto rows = [&] { return canvas().taskList->rows().size(); };
+    const size_t whole = rows();
+    for (int i = 0; i < 30; ++i) wheel({500, 50}, 120, Qt::ControlModifier);
+    EXPECT_EQ(rows(), whole) << "while it moves";
+    for (QTimer* timer : window->view().findChildren<QTimer*>("Settle"))
+        QMetaObject::invokeMethod(timer, "timeout");
+    EXPECT_LT(rows(), whole);
+    EXPECT_GT(rows(), 0u);
 }

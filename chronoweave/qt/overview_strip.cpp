@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "shared/libcxxutil/gate.h"
+#include "windlib/lagraph/translated_surface.h"
 #include "windlib/qt/qt_surface.h"
 
 OverviewStrip::OverviewStrip(PictureView& view, QWidget* parent) : QWidget(parent), view_(view) {
@@ -42,34 +43,51 @@ void OverviewStrip::count() {
         later_.stop();
 }
 
+// Over the drawing area, so that its ends stand where those of the axis do; all of it while it stands
+// elsewhere.
+QRect OverviewStrip::area() const {
+    const laPicture& picture = view_.picture();
+    if (window() != view_.window() || picture.graphWidth <= 0) return rect();
+    const int left = mapFrom(window(), view_.mapTo(window(), QPoint(picture.graphLeft, 0))).x();
+    return rect().intersected(QRect(left, 0, picture.graphWidth, height()));
+}
+
+int OverviewStrip::columnOf(const QMouseEvent& event) const {
+    return static_cast<int>(event.position().x()) - area().left();
+}
+
 void OverviewStrip::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), palette().color(QPalette::Base));
-    QtSurface surface(painter, nullptr, width(), height(), surfaceColours(palette()));
+    const QRect place = area();
+    painter.fillRect(rect(), palette().color(QPalette::Window));
+    painter.fillRect(place, palette().color(QPalette::Base));
+    QtSurface whole(painter, nullptr, width(), height(), surfaceColours(palette()));
+    TranslatedSurface surface(whole, place.left(), 0, place.width(), height());
     if (overview_.length > 0)
-        laOverview_Draw(overview_, view_.canvas().view, view_.canvas().marks, surface, width(), height());
+        laOverview_Draw(overview_, view_.canvas().view, view_.canvas().marks, surface, place.width(),
+                        height());
 }
 
 void OverviewStrip::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || overview_.length <= 0) return;
-    grabbed_ = static_cast<int>(event->position().x());
-    part_ = laOverview_HitTest(overview_, view_.canvas().view, width(), grabbed_);
+    grabbed_ = columnOf(*event);
+    part_ = laOverview_HitTest(overview_, view_.canvas().view, area().width(), grabbed_);
     start_ = {view_.canvas().view.viewLow, view_.canvas().view.viewHigh};
     if (part_ == laOverviewPart::Outside) mouseMoveEvent(event);
 }
 
 void OverviewStrip::mouseMoveEvent(QMouseEvent* event) {
-    const int x = static_cast<int>(event->position().x());
+    const int x = columnOf(*event);
     if (grabbed_ < 0) {
-        const laOverviewPart part = overview_.length > 0
-                                        ? laOverview_HitTest(overview_, view_.canvas().view, width(), x)
-                                        : laOverviewPart::Outside;
+        const laOverviewPart part =
+            overview_.length > 0 ? laOverview_HitTest(overview_, view_.canvas().view, area().width(), x)
+                                 : laOverviewPart::Outside;
         setCursor(part == laOverviewPart::Inside    ? Qt::OpenHandCursor
                   : part == laOverviewPart::Outside ? Qt::ArrowCursor
                                                     : Qt::SizeHorCursor);
         return;
     }
-    const laOverviewRange range = laOverview_Drag(overview_, width(), part_, start_, grabbed_, x);
+    const laOverviewRange range = laOverview_Drag(overview_, area().width(), part_, start_, grabbed_, x);
     _LaCanvasData& canvas = view_.canvas();
     view_.draw([&] { laCanvas_ShowRange(canvas, range.low, range.high, {.paint = true}); });
 }

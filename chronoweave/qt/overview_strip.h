@@ -26,6 +26,8 @@ class OverviewStrip : public QWidget {
 
   private:
     void count();
+    QRect area() const;
+    int columnOf(const QMouseEvent& event) const;
 
     PictureView& view_;
     QTimer later_;  // the next slice

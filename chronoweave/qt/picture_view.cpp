@@ -66,6 +66,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     connect(&autoScroll_, &QTimer::timeout, this, [this] { autoScroll(); });
     pressed_.setInterval(buttonsLookedAtEvery);
     connect(&pressed_, &QTimer::timeout, this, [this] { checkButtons(); });
+    settle_.setObjectName(QStringLiteral("Settle"));
     settle_.setSingleShot(true);
     settle_.setInterval(viewRests);
     connect(&settle_, &QTimer::timeout, this, [this] { settleRows(); });
@@ -163,12 +164,16 @@ void PictureView::settleRows() {
     draw([&] { laRows_Settle(*canvas_, over ? at.y() - picture_.graphTop : 0); });
 }
 
-// Whether the rows that are there now need another width than the column has.
+// Whether the names in view need another width than the column has. A scroll over the rows makes it only
+// wider: the picture does not move to and fro.
 bool PictureView::namesNeedRoom() {
-    if (laidOut_ == canvas_->list.layouts) return false;
+    const bool others = laidOut_ != canvas_->list.layouts;
+    if (!others && measuredAt_ == canvas_->view.verticalOffset) return false;
     laidOut_ = canvas_->list.layouts;
+    measuredAt_ = canvas_->view.verticalOffset;
     Measure measure(palette());
-    return laPicture_NameWidth(*canvas_, measure.surface, width()) != picture_.nameWidth;
+    const int needed = laPicture_NameWidth(*canvas_, measure.surface, width(), picture_.dataHeight);
+    return others ? needed != picture_.nameWidth : needed > picture_.nameWidth;
 }
 
 // A new size may show what must be fetched first, and a fetch serves events: there is no surface open.
@@ -180,6 +185,7 @@ void PictureView::layOut() {
     picture_ = laPicture_LayOut(*canvas_, measure.surface, width(), height(), false);
     --drawing_;
     laidOut_ = canvas_->list.layouts;
+    measuredAt_ = canvas_->view.verticalOffset;
 }
 
 void PictureView::paintWanted() {
@@ -465,7 +471,7 @@ void PictureView::drawSelectionLength(QPainter& painter) {
     const double last = std::max(canvas.marks.cursor[0], canvas.marks.cursor[1]);
     if (last < canvas.view.viewLow || last > canvas.view.viewHigh) return;
     const QString shown = QString::fromStdString(
-        laCanvas_TimeText(canvas, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
+        laCanvas_TimeWithUnit(canvas, std::abs(canvas.marks.cursor[1] - canvas.marks.cursor[0])));
     painter.setFont(surfaceFonts().fonts[Font_Application]);
     const QFontMetrics& metrics = surfaceFonts().metrics[Font_Application];
     const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);

@@ -109,7 +109,8 @@ class PictureView : public QWidget {
     bool posted_ = false;      // the loop will catch up
     bool namesStale_ = false;  // the list must be painted
     bool stale_ = false;       // the parts must be placed anew
-    uint32_t laidOut_ = 0;     // the layout of rows that the names were measured for
+    uint32_t laidOut_ = 0;     // the layout of rows that the names were measured for,
+    int measuredAt_ = 0;       // and the vertical offset
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
     std::unique_ptr<laPointer> pointer_;
@@ -118,7 +119,7 @@ class PictureView : public QWidget {
     QPoint last_;  // of the pan, in the drawing area
     QTimer autoScroll_;
     QTimer pressed_;                       // while a button is held
-    QTimer settle_;                        // rows that follow the view: fires when it rests
+    QTimer settle_{this};                  // rows that follow the view: fires when it rests
     std::optional<LaRowsView> shownRows_;  // that the rows were seen to be stale for
     QTimer tipMore_;                       // fires when nothing else is to do, while a tip could not tell all
     QPoint tipAt_;                         // of the screen

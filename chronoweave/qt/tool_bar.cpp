@@ -51,6 +51,7 @@ void ToolBarView::take(const std::vector<laButtonState>& states) {
     for (size_t i = 0; i < std::min(states.size(), actions_.size()); ++i) {
         if (actions_[i]->isSeparator()) continue;
         actions_[i]->setEnabled(states[i].enabled);
+        actions_[i]->setVisible(states[i].visible);
         if (actions_[i]->isCheckable()) actions_[i]->setChecked(states[i].pressed);
     }
 }

@@ -93,6 +93,7 @@ int trvgui_Main(int argc, char** argv) {
     manual_TakeF1();
     last_Prepare();
     console_Install();
+    console_SetListener(CanvasWindow::tellConsoleAll);
     applyToolkitOptions(options);
     sayWhatIsNotThereYet(options);
 

@@ -18,6 +18,7 @@ struct PopUpRow {
     bool enabled = true;
     std::optional<bool> checked = {};  // a row with a check mark
     std::string key = {};              // shown beside it; it works elsewhere
+    std::string tip = {};              // over the row; empty for none
 };
 constexpr const char* popUpSeparator = "\x01";
 

@@ -337,6 +337,13 @@ bool DialogModel::commit(std::string_view name) {
     return true;
 }
 
+bool DialogModel::revert(std::string_view name) {
+    const Entry* entry = usable(name, {DialogKind::TextField});
+    if (entry == nullptr) return false;
+    setText(name, entry->committed);
+    return true;
+}
+
 bool DialogModel::type(std::string_view name, std::string text) {
     const std::weak_ptr<bool> alive = alive_;
     return edit(name, std::move(text)) && !alive.expired() && commit(name);

@@ -115,6 +115,7 @@ class DialogModel {
     bool press(std::string_view name);
     bool edit(std::string_view name, std::string text);  // a field's text while it is typed
     bool commit(std::string_view name);                  // the field is left, or Enter
+    bool revert(std::string_view name);                  // what was typed since the last one is dropped
     bool type(std::string_view name, std::string text);  // both
     bool select(std::string_view name, const std::set<int>& rows);
     bool activate(std::string_view name, int row);  // Enter on a row

@@ -53,6 +53,7 @@ struct MenuRow {
     std::string alternateLabel = {};  // written out in place of the label, when there is one
     std::string data = {};            // any bytes that the program wants back
     std::string displayLabel = {};    // label and accelerator as shown; set by each update
+    std::string tip = {};             // shown over the row; empty for none
 
     bool IsSeparator() const { return label == menuSeparator; }
 };

@@ -267,6 +267,7 @@ void MScrollList::SetHeader(int headerRow, int column, std::string text) {
 }
 
 int MScrollList::FittedWidth(int column, int fromRow) const {
+    if (!measure) return 0;
     int widest = 0;
     for (const std::string& text : Column(column).header) widest = std::max(widest, measure(text, true));
     const int first = std::max(fromRow, 0);

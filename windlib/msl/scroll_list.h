@@ -151,6 +151,8 @@ class MScrollList {
     // Makes the columns up to toColumn as wide as their widest header and text of the rows from fromRow on;
     // -1 for all. The measuring function must be set. Of very many rows a few thousand are measured.
     void FitColumns(int fromRow = -1, int toColumn = -1);
+    // What the widest of the column's header and texts from a row on needs; 0 while nothing measures.
+    int FittedWidth(int column, int fromRow = 0) const;
     // The same for columns whose width nobody set; their widths stay unset.
     void FitUnsetColumns();
     void SetOwnerDrawn(int column, bool on);
@@ -283,7 +285,6 @@ class MScrollList {
     void Release(Row& row);
     void DropRows();
     void PlaceColumns();
-    int FittedWidth(int column, int fromRow) const;
     void RowsChanged();
     void ClearSelection();
     void ShowSearch();

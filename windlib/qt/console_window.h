@@ -1,6 +1,7 @@
 // The message console: a window that opens with the first message and keeps what was said.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -10,5 +11,9 @@ void console_Install();
 // Opens the console at once, with a title.
 void console_Open(const std::string& title);
 void console_Write(std::string_view text);
+// Brings it to the front; opens it when it was not.
+void console_Raise();
+// Somebody who says elsewhere that the console has something: gets what came, soon after.
+void console_SetListener(std::function<void(const std::string& text)> listener);
 // Closes it, at the end of the program.
 void console_Close();

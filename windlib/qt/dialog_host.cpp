@@ -265,6 +265,7 @@ QPoint menuPlace() {
 void fillMenu(QMenu& menu, const std::string& title, const std::vector<PopUpRow>& rows) {
     menu.setObjectName(QStringLiteral("PopUp"));
     menu.setAccessibleName(text(title));
+    menu.setToolTipsVisible(true);
     if (!title.empty()) menu.addSection(text(title));
     for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].text == popUpSeparator) {
@@ -274,6 +275,7 @@ void fillMenu(QMenu& menu, const std::string& title, const std::vector<PopUpRow>
         const std::string key = rows[i].key.empty() ? "" : "\t" + rows[i].key;
         QAction* action = menu.addAction(text(rows[i].text + key));
         action->setEnabled(rows[i].enabled);
+        action->setToolTip(text(rows[i].tip));
         action->setCheckable(rows[i].checked.has_value());
         action->setChecked(rows[i].checked.value_or(false));
         action->setData(static_cast<int>(i));

@@ -184,7 +184,10 @@ QWidget* DialogView::make(const DialogItem& item) {
             field->setReadOnly(item.flags & Dialog_ReadOnly);
             connect(field, &QLineEdit::textEdited, this,
                     [this, name](const QString& typed) { model_.edit(name, typed.toStdString()); });
-            connect(field, &QLineEdit::editingFinished, this, [this, name] { model_.commit(name); });
+            connect(field, &QLineEdit::editingFinished, this, [this, field, name] {
+                model_.commit(name);
+                if (!field->hasFocus()) field->home(false);
+            });
             return field;
         }
         case DialogKind::PullDown: {
@@ -233,6 +236,7 @@ void DialogView::refresh(const std::string& name) {
         label->setText(shown);
     } else if (auto* field = qobject_cast<QLineEdit*>(made)) {
         if (field->text() != shown) field->setText(shown);
+        if (!field->hasFocus()) field->home(false);  // of what is too long its first digits are seen
     } else if (auto* button = qobject_cast<QAbstractButton*>(made)) {
         button->setText(shown);
         if (button->isCheckable()) button->setChecked(state.checked);

@@ -36,6 +36,8 @@ void takeState(QAction* action, const MenuRow& row) {
     action->setCheckable(row.flags & MenuRow_Checkable);
     action->setChecked((row.flags & MenuRow_Checkable) && (row.flags & MenuRow_Checked));
     action->setData(text(row.body));
+    action->setToolTip(text(row.tip));
+    action->setStatusTip(text(row.tip));
 }
 
 // Rows that can be taken over by the actions that stand there, one for one.
@@ -120,6 +122,7 @@ QAction* MenuView::makeRow(QWidget* place, const MenuRow& row) {
         below->setObjectName(text(row.child->name));
         below->setAccessibleName(text(dialog_PlainText(row.label)));
         below->setProperty(nameProperty, text(row.child->name));
+        below->setToolTipsVisible(true);
         connect(below, &QMenu::aboutToShow, this, [this, below] { open(below); });
         place->addAction(below->menuAction());
         return below->menuAction();

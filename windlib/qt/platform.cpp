@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QMessageBox>
+#include <QStyleFactory>
 #include <QTimer>
 #include <QToolTip>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/icons.h"
+#include "windlib/qt/dark_style.h"
 
 namespace {
 
@@ -114,6 +116,8 @@ void platform_SetDark(bool dark) {
     static bool set = false;
     if (set == dark) return;
     set = dark;
+    static const QString desktop = QApplication::style()->name();
+    QApplication::setStyle(dark ? new DarkStyle(desktop) : QStyleFactory::create(desktop));
     // An empty palette takes the desktop's colours back.
     QApplication::setPalette(dark ? darkPalette() : QPalette());
 }

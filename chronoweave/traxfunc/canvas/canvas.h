@@ -43,11 +43,16 @@ struct LaHistoryEntry {
     int verticalOffset = 0;
 };
 
+// How long a message is true: until another takes its place, or as long as the view is the same.
+enum class laMessageLasts { UntilNext, WithTheView };
+
 // The texts beside the picture; the window shows them as they are.
 struct LaCanvasFields {
-    std::string viewFrom, viewTo, viewLength;   // "tf_view_from", "tf_view_to", "tf_view_len"
-    std::string selFrom, selTo, selLength;      // "tf_sel_from", "tf_sel_to", "tf_sel_len"
-    std::string message;                        // "ts_info"
+    std::string viewFrom, viewTo, viewLength;  // "tf_view_from", "tf_view_to", "tf_view_len"
+    std::string selFrom, selTo, selLength;     // "tf_sel_from", "tf_sel_to", "tf_sel_len"
+    std::string message;                       // "ts_info"
+    laMessageLasts messageLasts = laMessageLasts::UntilNext;
+    std::string unit;                           // of the six fields, short: "ms"
     std::string tickPattern, tickUnit;          // "TickPattern", "TickUnit"
     std::string totalLengthTitle, totalLength;  // title and value of "TotalLength"
 };
@@ -68,6 +73,7 @@ struct laUpperFloor {
     bool serverConnected = false;                           // an event server is
     bool eventTable = false;                                // the table of events is open
     bool sourceGrows = false;                               // the source can be read on
+    bool sourceIsLive = false;                              // it is followed, or could be
 };
 
 // Whom the canvas tells, and what the floors above handed down; each may be empty.

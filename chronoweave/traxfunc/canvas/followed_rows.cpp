@@ -82,7 +82,8 @@ bool laRows_Settle(_LaCanvasData& canvas, int keep) {
 void laRows_ToggleOnlyActive(_LaCanvasData& canvas) {
     canvas.list.onlyActive = !canvas.list.onlyActive;
     remake(canvas);
-    laCanvas_UpdateFields(canvas, 0, canvas.list.onlyActive ? outcome(canvas).c_str() : "");
+    laCanvas_UpdateFields(canvas, 0, canvas.list.onlyActive ? outcome(canvas).c_str() : "",
+                          laMessageLasts::WithTheView);
 }
 
 void laRows_ToggleMostActiveFirst(_LaCanvasData& canvas) {

@@ -25,28 +25,29 @@ int laPicture_FooterHeight(const FontMetrics& font) {
     return font.height + 4;
 }
 
-int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width) {
-    const int wanted =
-        canvas.list.nameWidth > 0 ? canvas.list.nameWidth : names_of(canvas).Width(surface, width / 4);
+int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width,
+                        std::optional<int> rowsShown) {
+    const int wanted = canvas.list.nameWidth > 0 ? canvas.list.nameWidth
+                                                 : names_of(canvas).Width(surface, width / 3, rowsShown);
     return std::min(wanted, std::max(0, width - divider));
 }
 
 int laPicture_GraphLeft(const _LaCanvasData& canvas, Surface& surface, int width) {
-    return laPicture_NameWidth(canvas, surface, width) + divider;
+    return laPicture_NameWidth(canvas, surface, width, {}) + divider;
 }
 
 laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
     laPicture picture;
     picture.width = width;
     picture.height = height;
-    picture.nameWidth = laPicture_NameWidth(canvas, surface, width);
-    picture.graphLeft = picture.nameWidth + divider;
-    picture.graphWidth = std::max(0, width - picture.graphLeft);
     picture.footer = footer;
     const int below = footer ? laPicture_FooterHeight(surface.fontMetrics(Font_Application)) : 0;
     picture.graphHeight = std::max(0, height - below);
     picture.dataHeight =
         std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
+    picture.nameWidth = laPicture_NameWidth(canvas, surface, width, picture.dataHeight);
+    picture.graphLeft = picture.nameWidth + divider;
+    picture.graphWidth = std::max(0, width - picture.graphLeft);
     picture.rowHeight = canvas.looks.rowHeight;
     canvas.graph->axisFont = surface.fontMetrics(Font_Axis);
     laCanvas_Resized(canvas, picture.graphWidth, picture.graphHeight);

@@ -21,10 +21,11 @@ struct laPicture {
 
 // The line under the drawing area.
 int laPicture_FooterHeight(const FontMetrics& font);
-// The width of the name column in a picture of this width: as the user set it, else what the longest of the
-// present rows needs, from 100 pixels to a quarter of the width.
-int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width);
-// The first column of the drawing area then: behind the names and the divider.
+// The width of the name column in a picture of this width with so many pixels of rows, or all: as the user
+// set it, else what the longest of the names shown needs, from 100 pixels to a third of the width.
+int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width,
+                        std::optional<int> rowsShown);
+// The first column of the drawing area when all rows are shown: behind the names and the divider.
 int laPicture_GraphLeft(const _LaCanvasData& canvas, Surface& surface, int width);
 // Places the parts for a total size and gives the canvas its drawing area. So show the range first, then lay
 // out: the times shown stay as they are. The surface is only asked for the sizes of texts. Without a footer

@@ -21,6 +21,7 @@ laAxisTicks settle_axis(_LaCanvasData& canvas, laUnitRule rule) {
     if (ticks.freshLabels) {
         canvas.fields.tickPattern = laAxis_PatternText(canvas.axis);
         canvas.fields.tickUnit = laTime_UnitName(canvas.axis, true);
+        canvas.fields.unit = laTime_UnitMark(canvas.axis);
         laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection);
     }
     if (canvas.axis.timeMode != unit) laCanvas_UpdateTotal(canvas);

@@ -29,7 +29,12 @@ std::string laCanvas_TimeText(const _LaCanvasData& canvas, double time) {
     return laTime_TrimZeros(time_digits(canvas, time, canvas.axis.tickDigits + 3));
 }
 
-void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message) {
+std::string laCanvas_TimeWithUnit(const _LaCanvasData& canvas, double time) {
+    const std::string mark = laTime_UnitMark(canvas.axis);
+    return laCanvas_TimeText(canvas, time) + (mark.empty() ? "" : " ") + mark;
+}
+
+void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message, laMessageLasts lasts) {
     const int precision = canvas.axis.tickDigits + (canvas.axis.timeMode == Time_Tick ? 1 : 3);
     const auto shown = [&](double time) { return time_digits(canvas, time, precision); };
     LaCanvasFields& fields = canvas.fields;
@@ -45,8 +50,17 @@ void laCanvas_UpdateFields(_LaCanvasData& canvas, int what, const char* message)
         fields.selTo = both ? shown(high) : std::string();
         fields.selLength = both ? shown(high - low) : std::string();
     }
-    if (message != nullptr) fields.message = message;
+    if (message != nullptr) {
+        fields.message = message;
+        fields.messageLasts = lasts;
+    }
     if (canvas.calls.fieldsChanged) canvas.calls.fieldsChanged();
+}
+
+// A live view moves by itself: there the user has time to read.
+void laCanvas_DropOldMessage(_LaCanvasData& canvas) {
+    if (canvas.fields.messageLasts != laMessageLasts::WithTheView || canvas.source.liveRefresh) return;
+    laCanvas_UpdateFields(canvas, 0, "");
 }
 
 std::string laCanvas_TotalLengthText(const _LaCanvasData& canvas) {
@@ -65,6 +79,7 @@ void laCanvas_UpdateTotal(_LaCanvasData& canvas) {
     canvas.fields.totalLengthTitle = laCanvas_TotalLengthTitle(canvas);
     canvas.fields.totalLength = laCanvas_TotalLengthText(canvas);
     canvas.fields.tickUnit = laTime_UnitName(canvas.axis, true);
+    canvas.fields.unit = laTime_UnitMark(canvas.axis);
     if (canvas.calls.fieldsChanged) canvas.calls.fieldsChanged();
 }
 
@@ -74,5 +89,5 @@ void laCanvas_Beep(const _LaCanvasData& canvas) {
 
 void laCanvas_Refuse(_LaCanvasData& canvas, std::string_view message) {
     laCanvas_Beep(canvas);
-    laCanvas_UpdateFields(canvas, 0, std::string(message).c_str());
+    laCanvas_UpdateFields(canvas, 0, std::string(message).c_str(), laMessageLasts::WithTheView);
 }

@@ -14,11 +14,16 @@
 
 namespace {
 
-std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
+// The beginning of a label that the user did not give: it is kept in the time base.
+std::string kept_beginning(const _LaCanvasData& canvas, double time) {
     const bool counts = canvas.axis.timeMode >= Time_Tick;
-    std::string label = "Bookmark: " + laTime_Digits(laTime_Scale(canvas.source.clock.ticksPerSecond,
-                                                                  counts ? Time_Tick : Time_Second),
-                                                     time, counts ? 2 : 10);
+    return "Bookmark: " +
+           laTime_Digits(laTime_Scale(canvas.source.clock.ticksPerSecond, counts ? Time_Tick : Time_Second),
+                         time, counts ? 2 : 10);
+}
+
+std::string label_of(_LaCanvasData& canvas, uint32_t objectId, double time) {
+    const std::string label = kept_beginning(canvas, time);
     if (objectId == laAgentId) return label;
     const laItem_Line* lane = laCanvas_FindLane(canvas.items, objectId);
     const std::string name = lane != nullptr
@@ -53,6 +58,15 @@ const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, doubl
     canvas.marks.bookmarks.insert(canvas.marks.bookmarks.begin(), std::move(mark));
     repaint_at(canvas, canvas.marks.bookmarks.front());
     return canvas.marks.bookmarks.front();
+}
+
+std::string laBookmark_ShownLabel(const _LaCanvasData& canvas, const LaBookmark& mark) {
+    const std::string label = text_unescape(mark.label), kept = kept_beginning(canvas, mark.time);
+    const std::string_view rest = std::string_view(label).substr(std::min(kept.size(), label.size()));
+    if (!label.starts_with(kept) || (!rest.empty() && !rest.starts_with(" on "))) return label;
+    const std::string unit = laTime_UnitMark(canvas.axis);
+    return "Bookmark: " + laCanvas_ExactTime(canvas, mark.time) + (unit.empty() ? "" : " ") + unit +
+           std::string(rest);
 }
 
 bool laBookmark_Delete(_LaCanvasData& canvas, double time, laBookmarkMatch match) {

@@ -14,6 +14,8 @@ const LaBookmark* laBookmark_Find(const _LaCanvasData& canvas, double time, laBo
 // Adds one unless there is one at exactly this time, and gives it. objectId is laAgentId for no object. This
 // and the deletions repaint.
 const LaBookmark& laBookmark_Add(_LaCanvasData& canvas, uint32_t objectId, double time);
+// Its label as it is shown: in one that the user did not give, the time is in the unit of the canvas.
+std::string laBookmark_ShownLabel(const _LaCanvasData& canvas, const LaBookmark& mark);
 // True when one went.
 bool laBookmark_Delete(_LaCanvasData& canvas, double time, laBookmarkMatch match);
 // False, and nothing, for an index behind the list.

@@ -42,8 +42,18 @@ bool laCanvas_HasCommand(std::string_view text) {
     return text.empty() || (command != nullptr && !is_nobodys(*command));
 }
 
+std::string laCanvas_NotThere(const _LaCanvasData& canvas, std::string_view text) {
+    const laCommand* command = laCommands_Find(text);
+    const auto& above = canvas.calls.upper.commands;
+    if (command == nullptr || command->run != nullptr || above.empty()) return {};
+    if (above.contains(std::string_view(command->name))) return {};
+    return gen_format("%s is not there yet.",
+                      command->missing ? command->missing : laCommand_Title(*command).c_str());
+}
+
 bool laCanvas_CanDo(const _LaCanvasData& canvas, std::string_view text) {
     const laCommand* command = laCommands_Find(text);
+    if (command != nullptr && !laCanvas_NotThere(canvas, text).empty()) return false;
     return command == nullptr || command->can == nullptr || command->can(canvas);
 }
 

@@ -1,6 +1,7 @@
 // The dispatch: a command's text to its work (command_table.h).
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "chronoweave/traxfunc/canvas/canvas.h"
@@ -13,6 +14,9 @@
 // A command of the floor above (canvas.calls.upper.commands) goes before the canvas's own; one that nobody
 // does says that it is not there yet. "Open FILE" opens a file: one character, then the name.
 bool laCanvas_Command(_LaCanvasData& canvas, std::string_view text);
+// Why nobody does a command in this program, for a tip: "The editor is not there yet."; empty for one that
+// somebody does, and where no floor above does any.
+std::string laCanvas_NotThere(const _LaCanvasData& canvas, std::string_view text);
 // True when laCanvas_Command knows the text.
 bool laCanvas_HasCommand(std::string_view text);
 // True when a command can do something now, by the rule of its row.

@@ -197,6 +197,33 @@ TEST_F(Commands, HistoryMovesRefuseAtTheirEndsAndRecordNothing) {
     canvas.calls.buttonsChanged = nullptr;
 }
 
+TEST_F(Commands, ABookmarksLabelIsInTheUnitShownUnlessTheUserGaveIt) {
+    LaBookmark mark = laBookmark_Add(canvas, laAgentId, 0.25);
+    canvas.axis.timeMode = Time_Second;
+    const std::string inSeconds = laBookmark_ShownLabel(canvas, mark);
+    EXPECT_TRUE(inSeconds.starts_with("Bookmark: 0.25") && inSeconds.ends_with(" s")) << inSeconds;
+    canvas.axis.timeMode = Time_Millisecond;
+    EXPECT_TRUE(laBookmark_ShownLabel(canvas, mark).starts_with("Bookmark: 250"));
+    const std::string kept = mark.label;
+    mark.label = kept + " on idle";
+    EXPECT_TRUE(laBookmark_ShownLabel(canvas, mark).ends_with(" ms on idle"));
+    for (const std::string& own : {std::string("late"), kept + " and later", std::string()}) {
+        mark.label = own;
+        EXPECT_EQ(laBookmark_ShownLabel(canvas, mark), own);
+    }
+}
+
+TEST_F(Commands, WhatNobodyDoesIsNotOffered) {
+    EXPECT_EQ(laCanvas_NotThere(canvas, "editor"), "") << "nothing is known of the floor above";
+    EXPECT_TRUE(laCanvas_CanDo(canvas, "editor"));
+    canvas.calls.upper.commands["Open"] = [](const std::string&) { return true; };
+    EXPECT_EQ(laCanvas_NotThere(canvas, "editor"), "The editor is not there yet.");
+    EXPECT_EQ(laCanvas_NotThere(canvas, "Threadx"), "ThreadX is not there yet.");
+    EXPECT_FALSE(laCanvas_CanDo(canvas, "editor"));
+    for (const char* there : {"Open", "Open run.trr", "ZoomIn", "nonsense"})
+        EXPECT_EQ(laCanvas_NotThere(canvas, there), "") << there;
+}
+
 TEST_F(Commands, Bookmarks) {
     EXPECT_TRUE(laCanvas_Command(canvas, "DeleteBookmarks"));
     canvas.marks.cursor[0] = canvas.marks.cursor[1] = -100;

@@ -28,6 +28,10 @@ class Rows {
         Add(std::move(text), enabled, command);
         menu_.rows.back().checked = checked;
     }
+    void AddMissing(std::string text, const char* tip) {
+        Add(std::move(text), false);
+        menu_.rows.back().tip = tip;
+    }
     void AddGap() { Add(popUpSeparator, false); }
     laContextMenu Menu() { return std::move(menu_); }
 
@@ -51,6 +55,8 @@ std::string object_text(const _LaCanvasData& canvas, const laItem_Line& lane) {
 std::string hidden_list_row(const _LaCanvasData& canvas) {
     return "&Change Hidden " + canvas.list.objectTerm + " List";
 }
+
+constexpr const char* noDebugger = "The link to a debugger is not there yet.";
 
 bool is_selection(const _LaCanvasData& canvas) {
     return canvas.marks.cursor[0] >= 0 && canvas.marks.cursor[1] >= 0 &&
@@ -78,11 +84,10 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     rows.AddGap();
     rows.Add("&Hide " + object, lane != nullptr, "HideHere");
     rows.Add(hidden_list_row(canvas), true, "HideTasks");
-    // There is no debugger to talk to yet: its rows stand disabled.
-    rows.Add("Debug " + object, false);
+    rows.AddMissing("Debug " + object, noDebugger);
     rows.AddGap();
-    rows.Add(inDebugger, false);
-    rows.Add("Show &Rewindscope Debugger", false);
+    rows.AddMissing(inDebugger, noDebugger);
+    rows.AddMissing("Show &Rewindscope Debugger", noDebugger);
     rows.AddGap();
     rows.Add("Sort Around Clicked Event", hit.icon.has_value(), "SortAroundHere");
     rows.AddGap();
@@ -112,9 +117,9 @@ laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntr
     rows.AddGap();
     rows.Add("&Hide " + hide, clicked != nullptr && hides, "HideSelected");
     rows.Add(hidden_list_row(canvas), true, "HideTasks");
-    rows.Add("&Debug " + debug, false);
+    rows.AddMissing("D&ebug " + debug, noDebugger);  // D is the order's
     rows.AddGap();
-    rows.Add("Show &Rewindscope Debugger", false);
+    rows.AddMissing("Show &Rewindscope Debugger", noDebugger);
     rows.AddGap();
     rows.Add(laCanvas_SortFieldLabel(canvas), true, "SortField");
     rows.Add(laCanvas_SortOrderLabel(canvas), true, "SortOrder");

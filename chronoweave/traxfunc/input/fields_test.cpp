@@ -140,6 +140,75 @@ TEST_F(Fields, EveryRowOfTheSelectionFieldsInTheUnitShown) {
     EXPECT_EQ(canvas.marks.cursor[1], -100);
 }
 
+TEST_F(Fields, NumbersMayHaveTheirOwnUnitAndLengthsCountFromTheStart) {
+    struct Case {
+        const char *field, *text;
+        double low, high;  // of what the field is about
+    };
+    for (const Case& one : {Case{"tf_view_from", "25000 ms", 25, 30}, Case{"tf_view_from", "+1s", 21, 30},
+                            Case{"tf_view_to", "28.5s", 20, 28.5}, Case{"tf_view_to", " +1500 ms", 20, 21.5},
+                            Case{"tf_view_len", "4000ms", 20, 24}, Case{"tf_view_len", "+2 s", 20, 22},
+                            Case{"tf_view_len", "3000 ticks", 20, 23}, Case{"tf_sel_from", "23000ms", 23, 25},
+                            Case{"tf_sel_to", "+300 ms", 22, 22.3}, Case{"tf_sel_to", "+2", 22, 24},
+                            Case{"tf_sel_len", "0.5 s", 22, 22.5}}) {
+        Restart();
+        EXPECT_TRUE(laCanvas_CommitField(canvas, one.field, one.text)) << one.field << " " << one.text;
+        const bool view = std::string_view(one.field).starts_with("tf_view");
+        EXPECT_NEAR(view ? canvas.view.viewLow : canvas.marks.cursor[0], one.low, 0.01) << one.text;
+        EXPECT_NEAR(view ? canvas.view.viewHigh : canvas.marks.cursor[1], one.high, 0.01) << one.text;
+    }
+    for (const char* text : {"2 h", "-2 ms", "+-2", "+", "1 2", "ms"}) {
+        Restart();
+        EXPECT_FALSE(laCanvas_CommitField(canvas, "tf_view_from", text)) << text;
+        EXPECT_EQ(test.message(), "Invalid time.");
+    }
+}
+
+TEST_F(Fields, AbsurdLengthsEndWithTheTrace) {
+    const double total = canvas.source.totalLength;
+    for (const auto& [field, text] :
+         {std::pair{"tf_view_to", "1e9"}, {"tf_view_len", "1e9"}, {"tf_view_len", "5e7 s"}}) {
+        Restart();
+        EXPECT_TRUE(laCanvas_CommitField(canvas, field, text));
+        EXPECT_NEAR(canvas.view.viewHigh, total, 0.1) << field;
+    }
+    for (const char* field : {"tf_sel_to", "tf_sel_len"}) {
+        Restart();
+        EXPECT_TRUE(laCanvas_CommitField(canvas, field, "1e9"));
+        EXPECT_EQ(canvas.marks.cursor[1], total) << field;
+    }
+    Restart();
+    EXPECT_TRUE(laCanvas_GotoText(canvas, "10 + 1e9"));
+    EXPECT_NEAR(canvas.view.viewHigh, total, 0.1);
+}
+
+TEST_F(Fields, ARefusalGoesWhenItIsNoLongerTrue) {
+    EXPECT_FALSE(laCanvas_CommitField(canvas, "tf_view_from", "x"));
+    EXPECT_EQ(test.message(), "Invalid time.");
+    EXPECT_TRUE(laCanvas_CommitField(canvas, "tf_sel_from", "23"));
+    EXPECT_EQ(test.message(), "") << "what was typed next was taken";
+    laCanvas_CommitField(canvas, "tf_view_from", "x");
+    laCanvas_ShowRange(canvas, 40, 50);
+    EXPECT_EQ(test.message(), "") << "the view is another";
+    laCanvas_UpdateFields(canvas, 0, "3 records dropped");
+    laCanvas_ShowRange(canvas, 20, 30);
+    EXPECT_EQ(test.message(), "3 records dropped") << "this stays true";
+}
+
+TEST_F(Fields, TheUnitStandsBesideThem) {
+    canvas.source.clock.ticksPerSecond = 1e9;
+    for (const auto& [mode, mark] : {std::pair{Time_Second, "s"},
+                                     {Time_Millisecond, "ms"},
+                                     {Time_Microsecond, "us"},
+                                     {Time_Nanosecond, "ns"},
+                                     {Time_Tick, "ticks"}}) {
+        canvas.axis.timeMode = mode;
+        laCanvas_UpdateTotal(canvas);
+        EXPECT_EQ(canvas.fields.unit, mark);
+        EXPECT_TRUE(laCanvas_TimeWithUnit(canvas, 0.5).ends_with(std::string(" ") + mark));
+    }
+}
+
 TEST_F(Fields, TheUnitIsChosenInADialog) {
     auto dialog = laTimeUnit_Open(canvas);
     ASSERT_TRUE(dialog);

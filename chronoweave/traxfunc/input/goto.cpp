@@ -162,6 +162,8 @@ bool laCanvas_GotoText(_LaCanvasData& canvas, std::string_view text) {
     if (target.low > canvas.source.totalLength)
         return refuse(canvas, "The trace ends at " + laCanvas_TimeText(canvas, canvas.source.totalLength) +
                                   " " + laTime_UnitName(canvas.axis, true) + "s.");
+    if (target.high && *target.high > 2 * canvas.source.totalLength)
+        target.high = std::max(canvas.source.totalLength, target.low);
     if (target.high) return laCanvas_Zoom(canvas, target.low, *target.high);
     const double low = std::max(0.0, target.low - canvas.view.viewLength / 2);
     return laCanvas_Zoom(canvas, low, low + canvas.view.viewLength);

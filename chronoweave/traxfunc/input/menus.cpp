@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -90,8 +91,13 @@ constexpr Row config[] = {{"Legend"},
                           {"IconButton", nullptr, true},
                           {"ScrollPos", nullptr, true},
                           {"Options", nullptr, true}};
-constexpr Row tools[] = {
-    {"vorelbar"}, {"-"}, {"editor"}, {"notepad"}, {"-", nullptr, true}, {"Palette", nullptr, true}};
+constexpr Row tools[] = {{"vorelbar"},
+                         {"-"},
+                         {"editor"},
+                         {"notepad"},
+                         {"-", nullptr, true},
+                         {"Palette", nullptr, true},
+                         {"Console", nullptr, true}};
 constexpr Row control[] = {{"Korvantis"}, {"Threadx"}};
 constexpr Row help[] = {
     {"->ManualsMenu", "&Manuals"}, {"-"}, {"About"}, {"-", nullptr, true}, {"KeySheet", nullptr, true}};
@@ -183,6 +189,7 @@ void enable_rows(MenuResource& menu, const _LaCanvasData& canvas) {
         if (row.child) continue;
         const laCommand* command = laCommands_Find(row.body);
         set_flag(row, MenuRow_Disabled, !laCanvas_CanDo(canvas, row.body));
+        row.tip = laCanvas_NotThere(canvas, row.body);
         // Letters and arrows belong to the picture: elsewhere they are typed.
         set_flag(row, MenuRow_KeyOnlyShown, command != nullptr && command->keys[0] == '\0');
     }
@@ -311,8 +318,10 @@ bool laCanvas_UpdateFreezeButton(const _LaCanvasData& canvas, std::vector<laButt
     for (size_t i = 0; i < std::min(states.size(), std::size(toolTable)); ++i) {
         if (std::string_view(toolTable[i].name) != "NoRefresh") continue;
         const bool pressed = !canvas.source.liveRefresh;
-        changed = states[i].pressed != pressed;
+        const bool visible = canvas.source.liveRefresh || canvas.calls.upper.sourceIsLive;
+        changed = states[i].pressed != pressed || states[i].visible != visible;
         states[i].pressed = pressed;
+        states[i].visible = visible;
     }
     return changed;
 }
@@ -350,7 +359,7 @@ void laCanvas_BuildBookmarkMenu(MenuRegistry& menus, const _LaCanvasData& canvas
     text += " {'&Edit Bookmarks...' EditBookmarks} ";
     if (!canvas.marks.bookmarks.empty()) text += " {'-'}";
     for (size_t i = 0; i < canvas.marks.bookmarks.size() && i + 8 < MenuRegistry::mostRows; ++i)
-        text += " {" + menu_Quote(menu_PlainLabel(text_unescape(canvas.marks.bookmarks[i].label))) +
+        text += " {" + menu_Quote(menu_PlainLabel(laBookmark_ShownLabel(canvas, canvas.marks.bookmarks[i]))) +
                 " ShowBookmark " + std::to_string(i) + "} ";
     text += "}";
     // As it stands the menu may be open right now.

@@ -43,11 +43,12 @@ std::span<const laToolButton> laMenus_ToolBar();
 struct laButtonState {
     bool enabled = true;
     bool pressed = false;
+    bool visible = true;
     bool operator==(const laButtonState&) const = default;
 };
 // The states of all buttons, in the order of the tool bar. True when one changed.
 bool laCanvas_UpdateButtons(const _LaCanvasData& canvas, std::vector<laButtonState>& states);
-// "NoRefresh" alone: pressed while the canvas does not follow a live source.
+// "NoRefresh" alone: there for live sources, pressed while the canvas does not follow one.
 bool laCanvas_UpdateFreezeButton(const _LaCanvasData& canvas, std::vector<laButtonState>& states);
 
 // To be called before the menu of this name opens over the canvas: enables its rows, sets check marks and

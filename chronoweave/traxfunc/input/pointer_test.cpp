@@ -287,7 +287,7 @@ TEST_F(Pointing, TheMenuOfTheList) {
     menu = laCanvas_ListMenu(canvas, Select({}));
     EXPECT_EQ(Row(menu, 0).text, "&View Info of Clicked Object");
     EXPECT_EQ(Row(menu, 2).text, "&Hide Info of Clicked Object");
-    EXPECT_EQ(Row(menu, 4).text, "&Debug Task");
+    EXPECT_EQ(Row(menu, 4).text, "D&ebug Task");
     EXPECT_FALSE(Row(menu, 0).enabled);
     EXPECT_FALSE(Row(menu, 2).enabled);
     menu = laCanvas_ListMenu(canvas, Select({0, 1}));
@@ -299,6 +299,16 @@ TEST_F(Pointing, TheMenuOfTheList) {
     EXPECT_LE(canvas.taskList->rows().size(), before - 2);
     Choose(laCanvas_ListMenu(canvas, Select({})), "Sort in &Descending");
     EXPECT_FALSE(canvas.list.sortAscending);
+    for (const bool ascending : {true, false}) {
+        canvas.list.sortAscending = ascending;
+        std::string letters;
+        for (const PopUpRow& one : laCanvas_ListMenu(canvas, Select({0})).rows)
+            if (const size_t mark = one.text.find('&'); mark != std::string::npos)
+                letters += one.text[mark + 1];
+        for (const char letter : letters)
+            EXPECT_EQ(std::count(letters.begin(), letters.end(), letter), 1) << letters;
+    }
+    EXPECT_EQ(Row(menu, 4).tip, "The link to a debugger is not there yet.");
 
     laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->payload];
     lane.isAgent = true;

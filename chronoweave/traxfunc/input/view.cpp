@@ -17,7 +17,8 @@ constexpr double tolerance = 1e-12;
 constexpr double virtualLimit = 18446744073709551616.0;  // 2^64
 
 bool finish(_LaCanvasData& canvas, bool result, const char* message = nullptr) {
-    laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection, message);
+    const auto lasts = result ? laMessageLasts::UntilNext : laMessageLasts::WithTheView;
+    laCanvas_UpdateFields(canvas, Fields_View | Fields_Selection, message, lasts);
     return result;
 }
 
@@ -91,6 +92,7 @@ bool laCanvas_ShowRange(_LaCanvasData& canvas, double low, double high, laShow h
     laCanvas_Rescale(canvas);
     if (how.paint) laCanvas_Repaint(canvas);
     const std::string damage = needed ? laSource_TellDamage(canvas.source) : std::string();
+    if (!same) laCanvas_DropOldMessage(canvas);
     return finish(canvas, true, damage.empty() ? nullptr : damage.c_str());
 }
 

@@ -33,8 +33,8 @@ laHideDialog::laHideDialog(TraxTaskList& list, const LaList& settings, const LaI
     Refresh();
 }
 
-int laHideDialog::NameColumnWidth(int listWidth) {
-    return std::max(leastNameColumn, listWidth / 3);
+int laHideDialog::NameColumnWidth(int listWidth, int namesNeed, int idsNeed) {
+    return std::max({leastNameColumn, listWidth / 3, std::min(namesNeed, listWidth - idsNeed)});
 }
 
 void laHideDialog::Refresh() {

@@ -39,8 +39,9 @@ class laHideDialog {
     // A double click: does "hide" or "show" for this row alone. Nothing for a row that isn't there.
     void DoubleClick(bool inToShow, size_t row);
     bool IsOpen() const { return open_; }
-    // Width of a list's first column.
-    static int NameColumnWidth(int listWidth);
+    // Width of a list's first column: at least a third of the list and 80 pixels, and as much as its texts
+    // need where those of the second leave it.
+    static int NameColumnWidth(int listWidth, int namesNeed, int idsNeed);
 
   private:
     void Refresh();

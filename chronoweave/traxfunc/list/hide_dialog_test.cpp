@@ -77,7 +77,10 @@ TEST_F(Hiding, EveryButtonAndWhenItIsEnabled) {
     EXPECT_EQ(canvas.taskList->rows().size(), 2u);
     EXPECT_TRUE(canvas.source.liveRefresh);
     EXPECT_FALSE(dialog.IsOpen() || dialog.Press("ok"));
-    EXPECT_EQ(laHideDialog::NameColumnWidth(300) + laHideDialog::NameColumnWidth(90), 180);
+    EXPECT_EQ(laHideDialog::NameColumnWidth(300, 60, 50), 100) << "a third";
+    EXPECT_EQ(laHideDialog::NameColumnWidth(90, 60, 50), 80) << "at least";
+    EXPECT_EQ(laHideDialog::NameColumnWidth(300, 220, 50), 220) << "as names need";
+    EXPECT_EQ(laHideDialog::NameColumnWidth(300, 400, 50), 250) << "and ids leave";
 }
 
 TEST_F(Hiding, CancelKeepsWhatWas) {

@@ -111,12 +111,14 @@ void laNames::DrawCurrent(Surface& surface, int width) const {
     surface.drawLine(width - 1, top, width - 1, bottom, colour);
 }
 
-int laNames::Width(Surface& surface, int most) const {
+int laNames::Width(Surface& surface, int most, std::optional<int> height) const {
     int width = leastWidth;
     const int oldFont = surface.setFont(Font_Application);
-    for (const MslObjectEntry* entry : objects_.rows()) {
-        width = std::max(width, TextLeft(*entry) + surface.textExtent(ShownText(*entry)).width + margin);
-        if (width >= most) break;
+    const auto& rows = objects_.rows();
+    const int rowHeight = std::max(1, looks_.rowHeight), offset = height ? view_.verticalOffset : 0;
+    for (auto i = static_cast<size_t>(offset / rowHeight); i < rows.size() && width < most; ++i) {
+        if (height && static_cast<int>(i) * rowHeight - offset >= *height) break;
+        width = std::max(width, TextLeft(*rows[i]) + surface.textExtent(ShownText(*rows[i])).width + margin);
     }
     if (oldFont >= 0) surface.setFont(oldFont);
     return std::max(leastWidth, std::min(width, most));

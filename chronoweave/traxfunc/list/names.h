@@ -3,6 +3,7 @@
 // is the state of the list; here it meets the pointer, the keyboard and the drawing.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +25,9 @@ class laNames {
     // Draws the rows that meet the column of this width and height, whose top left corner is the surface's
     // origin. Texts that don't fit end in "…".
     void Draw(Surface& surface, int width, int height, Look look = Look::Window) const;
-    // Width that shows every name whole, from 100 to most pixels.
-    int Width(Surface& surface, int most) const;
+    // Width that shows every name whole, from 100 to most pixels: of the rows that a column of this height
+    // shows, or of all.
+    int Width(Surface& surface, int most, std::optional<int> height = {}) const;
     // The row there, null below the last.
     MslObjectEntry* RowAt(int y) const;
     // True when x hits the expand mark of the row.

@@ -316,6 +316,24 @@ TEST_F(TaskList, TheAgentOfSeveralProcessorsIsTheirUnion) {
     EXPECT_EQ(agent.segments[0].t1, test.canvas->source.totalLength);
 }
 
+TEST_F(TaskList, TheColumnIsAsWideAsTheNamesInViewNeed) {
+    std::vector<std::string> names(40, "x");
+    for (size_t i = 0; i < names.size(); ++i) names[i] = gen_format("t%02zu", i);
+    names[30] = "t30 which has a long name of its own";
+    OpenNamed(names);
+    const int height = 10 * test.canvas->looks.rowHeight;
+    const auto width = [&](int total) {
+        return laPicture_NameWidth(*test.canvas, test.surface, total, height);
+    };
+    EXPECT_EQ(width(1200), 100) << "the long one is out of view";
+    test.canvas->view.verticalOffset = 25 * test.canvas->looks.rowHeight;
+    EXPECT_GT(width(1200), 36 * 6);
+    EXPECT_EQ(width(600), 200) << "a third";
+    test.canvas->view.verticalOffset = 31 * test.canvas->looks.rowHeight;
+    EXPECT_EQ(width(1200), 100);
+    EXPECT_GT(laPicture_GraphLeft(*test.canvas, test.surface, 1200), 36 * 6) << "of all rows";
+}
+
 TEST_F(TaskList, NamesAreCutAtACharacterAndStandBesideTheirLanes) {
     EXPECT_EQ(laNames_Elide(test.surface, "abcdef", 42), "abcdef");
     EXPECT_EQ(laNames_Elide(test.surface, "abcdef", 41), "abcd\xE2\x80\xA6");

@@ -32,3 +32,8 @@ const char* laTime_UnitName(const LaAxis& axis, bool longForm) {
             return "Second";
     }
 }
+
+const char* laTime_UnitMark(const LaAxis& axis) {
+    static constexpr const char* marks[] = {"s", "ms", "us", "ns", "ticks", ""};
+    return marks[axis.timeMode];
+}

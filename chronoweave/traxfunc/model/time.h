@@ -70,3 +70,5 @@ double laCanvas_AbsoluteTime(const LaView& view, uint64_t pixel);
 
 // The unit's word. Short form: "Second" for every mode below 4.
 const char* laTime_UnitName(const LaAxis& axis, bool longForm);
+// What stands behind a number: "s", "ms", "us", "ns", "ticks"; nothing behind a sequence number.
+const char* laTime_UnitMark(const LaAxis& axis);
