@@ -130,11 +130,11 @@ Result ChildProcess::start(const ChildOptions& options, AtEnd atEnd) {
     if (!options.directory.empty())
         posix_spawn_file_actions_addchdir_np(&setting.actions, options.directory.c_str());
     const std::vector<std::string> environment = environmentWith(options.environment);
+    const std::string& program = options.program.empty() ? options.arguments[0] : options.program;
     pid_t pid = 0;
-    const int error =
-        ::posix_spawnp(&pid, options.arguments[0].c_str(), &setting.actions, &setting.attributes,
-                       pointers(options.arguments).data(), pointers(environment).data());
-    if (error != 0) return Result::system(options.arguments[0], error, "can't be started");
+    const int error = ::posix_spawnp(&pid, program.c_str(), &setting.actions, &setting.attributes,
+                                     pointers(options.arguments).data(), pointers(environment).data());
+    if (error != 0) return Result::system(program, error, "can't be started");
     pid_ = pid;
     end_.reset();
     atEnd_ = atEnd;

@@ -20,7 +20,8 @@ struct ChildEnd {
 
 struct ChildOptions {
     std::vector<std::string> arguments = {};  // the program first: a path, or a name that PATH leads to
-    std::string directory = {};               // to start in; empty for the current one
+    std::string program = {};    // to be run in place of the first argument, which it sees all the same
+    std::string directory = {};  // to start in; empty for the current one
     // The child's descriptor number and ours. 0, 1 and 2 are handed on unless they are mapped; anything else
     // that we have open is closed in the child.
     struct Mapping {

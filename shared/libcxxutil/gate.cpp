@@ -20,6 +20,8 @@ bool Stops(GateWork work, GateActivity activity) {
         case GateWork::Report:
         case GateWork::Merge:
             return tick || handler || activity == GateActivity::Command;
+        case GateWork::TargetWait:
+            return handler || activity == GateActivity::Command;
         case GateWork::ContextMenu:
             return tick || handler;
         case GateWork::ModalDialog:

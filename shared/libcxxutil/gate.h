@@ -19,6 +19,7 @@ enum class GateWork {
     Report,
     Print,
     Merge,
+    TargetWait,     // a command to a target's server waits for its answer
     ContextMenu,    // one is open
     ModalDialog,    // one is open
     DraggedCursor,  // a cursor or a selection follows the pointer

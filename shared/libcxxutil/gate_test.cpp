@@ -28,7 +28,7 @@ TEST(Gate, EachWorkStopsWhatItMust) {
         {GateWork::Load, "p"},           {GateWork::Fetch, ""},           {GateWork::Search, "p"},
         {GateWork::Report, "p"},         {GateWork::Print, ""},           {GateWork::Merge, "p"},
         {GateWork::ContextMenu, "cp"},   {GateWork::ModalDialog, "rdcp"}, {GateWork::DraggedCursor, "rhcp"},
-        {GateWork::HeldDrawing, "rhcp"},
+        {GateWork::HeldDrawing, "rhcp"}, {GateWork::TargetWait, "rdp"},
     };
     Gate gate;
     for (const auto& row : rows) {
