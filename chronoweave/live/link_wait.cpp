@@ -18,8 +18,7 @@ bool has_input(const FileDescriptor& from, std::optional<milliseconds> longest) 
     const auto until = LinkWait::Clock::now() + longest.value_or(milliseconds(0));
     for (;;) {
         pollfd entry{from.number(), POLLIN, 0};
-        const auto left =
-            std::chrono::ceil<milliseconds>(until - LinkWait::Clock::now());
+        const auto left = std::chrono::ceil<milliseconds>(until - LinkWait::Clock::now());
         const int wait = longest ? static_cast<int>(std::max<int64_t>(0, left.count())) : -1;
         const int ready = ::poll(&entry, 1, wait);
         if (ready >= 0 || errno != EINTR) return ready > 0;

@@ -1,5 +1,5 @@
-// The server's replies as lines, in the manner in which the link reads them: a line ends at a line feed, a zero
-// byte or its 126th byte, and the two bytes of the prompt end it too when they begin it.
+// The server's replies as lines, in the manner in which the link reads them: a line ends at a line feed, a
+// zero byte or its 126th byte, and the two bytes of the prompt end it too when they begin it.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ class ReplyLines {
     void Put(std::span<const uint8_t> bytes) {
         bytes_.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     }
-    // Takes the next line off them; a part of one stays for the next call. Nothing when the bytes end before it
-    // does.
+    // Takes the next line off them; a part of one stays for the next call. Nothing when the bytes end before
+    // it does.
     std::optional<Got> Next(std::string& line);
     // Of a line that has begun.
     bool IsWithinLine() const { return !line_.empty(); }

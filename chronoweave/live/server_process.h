@@ -1,11 +1,11 @@
-// The event server as a child process: started by the launcher with a pipe for commands, a pipe for replies and
-// a semaphore's name. The launcher makes the reply pipe the server's output and becomes the server, so that the
-// pipe's end is the server's end.
+// The event server as a child process: started by the launcher with a pipe for commands, a pipe for replies
+// and a semaphore's name. The launcher makes the reply pipe the server's output and becomes the server, so
+// that the pipe's end is the server's end.
 //
 //     -LAUNCHER REPLIES SEMAPHORE 0 -stdin SERVER
 //
-// REPLIES is the number of the reply pipe in the child, SEMAPHORE a name of the system that exists as long as the
-// server does and is held by us.
+// REPLIES is the number of the reply pipe in the child, SEMAPHORE a name of the system that exists as long as
+// the server does and is held by us.
 #pragma once
 
 #include <chrono>
@@ -42,7 +42,8 @@ struct ServerProcess {
 struct ServerPrograms {
     std::string launcher, server;
 };
-// Those of the installation directory; where one isn't there, the one beside this program or on the search path.
+// Those of the installation directory; where one isn't there, the one beside this program or on the search
+// path.
 ServerPrograms server_Programs(const std::string& installation);
 
 // Starts it. After a failure nothing is left of it.
@@ -50,7 +51,7 @@ Result server_Start(const ServerPrograms& programs, ServerProcess& server);
 
 // The server was told to end and has lost its input: it may take its time.
 void server_Retire(ServerProcess server);
-// To be called now and then: looks after those that were retired, and ends by force who takes longer than that.
-// Gives how many have not ended.
+// To be called now and then: looks after those that were retired, and ends by force who takes longer than
+// that. Gives how many have not ended.
 inline constexpr std::chrono::milliseconds server_TimeToEnd{2000};
 size_t server_Reap(std::chrono::milliseconds longest = server_TimeToEnd);

@@ -20,7 +20,8 @@ LinkAnswer ask(TargetLink& link, const std::string& command, std::string_view ex
 }
 
 // The flag is as wanted once the server said so.
-void change(TargetLink& link, TargetFlag flag, bool on, const std::string& command, std::string_view expected) {
+void change(TargetLink& link, TargetFlag flag, bool on, const std::string& command,
+            std::string_view expected) {
     if (ask(link, command, expected) == LinkAnswer::Expected) link.Set(flag, on);
     if (link.panel) link.panel->Refresh();
 }

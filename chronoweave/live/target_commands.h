@@ -1,6 +1,6 @@
-// What the buttons of the target's control panel ask of the event server. Each starts the server where there is
-// none, and shows what the server says; the flags of the link follow what it acknowledged. What went wrong stands
-// in the panel's output.
+// What the buttons of the target's control panel ask of the event server. Each starts the server where there
+// is none, and shows what the server says; the flags of the link follow what it acknowledged. What went wrong
+// stands in the panel's output.
 #pragma once
 
 #include <functional>
@@ -9,12 +9,14 @@
 
 #include "chronoweave/live/target_link.h"
 
-// Connects to the target, or disconnects from it. remember is told of a target that answered; it may be empty.
+// Connects to the target, or disconnects from it. remember is told of a target that answered; it may be
+// empty.
 void TargetConnect(TargetLink& link, const std::string& target,
                    const std::function<void(const std::string& target)>& remember);
 // Has the target log, or not.
 void TargetStartStop(TargetLink& link);
-// Has the server write to the file, given by a name that doesn't depend on a folder. For when it doesn't write.
+// Has the server write to the file, given by a name that doesn't depend on a folder. For when it doesn't
+// write.
 void TargetEnable(TargetLink& link, const std::string& file);
 void TargetDisable(TargetLink& link);
 // text is the mask as typed.

@@ -1,9 +1,9 @@
-// The link of a canvas to its event server: the process, the flags that follow from what it acknowledged, and the
-// commands' way there and back. Commands are lines; an answer is all that comes up to the next prompt. What is
-// sent for which button stands in target_commands.h.
+// The link of a canvas to its event server: the process, the flags that follow from what it acknowledged, and
+// the commands' way there and back. Commands are lines; an answer is all that comes up to the next prompt.
+// What is sent for which button stands in target_commands.h.
 //
-// One thread. A command waits for its answer; windows are painted meanwhile, and Escape ends the wait. What the
-// server says unasked is read by a task, twice a second.
+// One thread. A command waits for its answer; windows are painted meanwhile, and Escape ends the wait. What
+// the server says unasked is read by a task, twice a second.
 #pragma once
 
 #include <functional>
@@ -40,7 +40,7 @@ struct LinkSurroundings {
     std::string installation;  // directory of the launcher and the server
     EventTasks* tasks = nullptr;
     LinkWait* wait = nullptr;
-    std::function<int()> timeoutMs;                    // 0 or below: until the user stops the wait
+    std::function<int()> timeoutMs;                     // 0 or below: until the user stops the wait
     std::function<void(const std::string& text)> tell;  // what is said while no panel is open
 };
 
@@ -71,7 +71,8 @@ void ShowPanelMessage(TargetLink& link, const std::string& text);
 
 // Starts the server; there is none. The failure is nobody's but the caller's to tell.
 Result TargetLinkSpawn(TargetLink& link);
-// Starts it where there is none, and reads what it says first. False, which was told, when it can't be started.
+// Starts it where there is none, and reads what it says first. False, which was told, when it can't be
+// started.
 bool TargetLinkEnsureServer(TargetLink& link);
 
 enum class LinkTells { Panel, Nobody };

@@ -1,5 +1,5 @@
-// The link against a server that is a script: what the panel shows, the flags, the time that was waited, and what
-// is left behind.
+// The link against a server that is a script: what the panel shows, the flags, the time that was waited, and
+// what is left behind.
 #include "chronoweave/live/target_link.h"
 
 #include <fcntl.h>
@@ -56,7 +56,8 @@ std::vector<Behaviour> behaviours(const Command& command) {
     const std::string padding(120, 'x'), rest(80 - word.size(), 'y');
     const std::string lost = words_ServerLost;
     return {
-        {"answered", script_Says("so: " + word + " it is\\r\\n> "), "so: " + word + " it is\n", Ends::AsSent, 0},
+        {"answered", script_Says("so: " + word + " it is\\r\\n> "), "so: " + word + " it is\n", Ends::AsSent,
+         0},
         {"refused", script_Says("no\\n> "), "no\n", Ends::Refused, 0},
         {"silent", script_Silent, "", Ends::Unchanged, 5000},
         {"cut", script_Says(word + " and"), "", Ends::Unchanged, 5000},
@@ -186,7 +187,8 @@ TEST_F(TargetLinkTest, AServerThatCantBeStartedIsToldByEveryButton) {
     const std::string path = ::getenv("PATH");
     ::setenv("PATH", "/nowhere", 1);
     for (const Command& command : commands) {
-        if (command.before & (Target_LiveModeEnabled | Target_LoggingStarted) || command.begin[0] == 'l') continue;
+        if (command.before & (Target_LiveModeEnabled | Target_LoggingStarted) || command.begin[0] == 'l')
+            continue;
         scripted.panel.text.clear();
         command.press(scripted.link);
         EXPECT_EQ(scripted.panel.text, words_NoSpawn) << command.begin;
@@ -197,8 +199,9 @@ TEST_F(TargetLinkTest, AServerThatCantBeStartedIsToldByEveryButton) {
 }
 
 TEST_F(TargetLinkTest, APollShowsWhatCameUnaskedAndNoticesTheEnd) {
-    installation.Script({{"c ", script_Says("established\\n> and more\\nTarget Event Log Mask: \\t0x3f \\nhal")},
-                         {"info", script_Says("f\\n> ")}});
+    installation.Script(
+        {{"c ", script_Says("established\\n> and more\\nTarget Event Log Mask: \\t0x3f \\nhal")},
+         {"info", script_Says("f\\n> ")}});
     ScriptedLink scripted(installation);
     TargetConnect(scripted.link, "board", {});
     ASSERT_TRUE(scripted.link.pollTask);
@@ -273,8 +276,8 @@ TEST_F(TargetLinkTest, MasksAreReadAsCReadsNumbers) {
     const struct {
         const char* text;
         const char* sent;  // empty: refused
-    } rows[] = {{"0x3f", "0x3f"}, {"12abc", "0xc"}, {"0", "0x0"}, {"010", "0x8"}, {" 7", "0x7"},
-                {"", ""},         {"N/A", ""},      {"x12", ""}};
+    } rows[] = {{"0x3f", "0x3f"}, {"12abc", "0xc"}, {"0", "0x0"}, {"010", "0x8"},
+                {" 7", "0x7"},    {"", ""},         {"N/A", ""},  {"x12", ""}};
     std::string sent = "c board\n";
     for (const auto& row : rows) {
         scripted.panel.text.clear();
