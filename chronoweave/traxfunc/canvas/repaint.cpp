@@ -186,6 +186,7 @@ void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule) {
 void laCanvas_EraseCursor(_LaCanvasData& canvas, int x) {
     laCanvas_UpdateFields(canvas, 0, " ");
     if (x <= -2 || x > canvas.graph->width) return;
+    if (canvas.wanted.moved) return laCanvas_Repaint(canvas);  // a copy of the line may move along
     laCanvas_RepaintColumns(canvas, x - 1, x + 2);
 }
 

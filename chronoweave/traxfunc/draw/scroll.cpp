@@ -59,6 +59,9 @@ std::optional<laScrollPlan> move_columns(const laScene& scene, int64_t columns) 
     plan.copied = {left + shift, 0, right + shift, height};
     plan.dx = -shift;
     plan.columns = {{0, left}, {right, width}};
+    // The pointer's line stays at its column, and its copy goes.
+    if (const int line = scene.marks.pendingCursorX; line >= 0)
+        for (const int x : {line, line - shift}) plan.columns.push_back({x, x + 1});
     plan.axis = true;
     return plan;
 }
