@@ -3,78 +3,22 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "chronoweave/engine/search_tracker.h"
+#include "chronoweave/engine/report_tracking.h"
 
 namespace {
 
 using Record = SearchTracker::Record;
-
-// The tracking of reports. The sink is told that an object enters a status (record.status, since
-// record.time), leaves it at a time, and takes over its processor.
-template <class Sink>
-class ReportTracking {
-  public:
-    ReportTracking(SearchTracker& tracker, Sink& sink) : tracker_(tracker), sink_(sink) {}
-
-    void all(double time, bool final) {
-        tracker_.All([&](Record& record, Cause) { return look(record, time, final); });
-    }
-    // Around a stretch that can't be read.
-    void interrupt(const TimeGap& gap, double time) {
-        tracker_.Forget([&](const Record& record) {
-            if (record.status >= 0) sink_.left(record, gap.from);
-        });
-        all(time, false);
-    }
-    void step(double time) {
-        tracker_.Step([&](Record& record, Cause) { return look(record, time, false); });
-    }
-
-  private:
-    Pass look(Record& record, double time, bool final) {
-        if (record.status < 0) {
-            if (record.time < 0) record.time = time;
-            record.status = record.now;
-            sink_.entered(record);
-        } else if (record.status != record.now || final) {
-            sink_.left(record, time);
-            record.time = time;
-            if (record.status != record.now) {
-                record.status = record.now;
-                sink_.entered(record);
-            }
-        }
-        if (record.executing && tracker_.TakeOver(record)) sink_.TookOver(record);
-        return Pass::Goes;
-    }
-
-    SearchTracker& tracker_;
-    Sink& sink_;
-};
 
 // Walks the range with the objects tracked; onEvent(event) is called for each event. False when the store
 // gives nothing. The end of the range is where the walk ended.
 template <class Sink, class OnEvent>
 bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
            WalkEnd& end, OnEvent&& onEvent) {
-    source.running.clear();
-    StateTable state;
-    RangeWalk walk(source, from, to, &state);
+    TrackedWalk<Sink> walk(source, objects, from, to, sink);
     end = walk.end();
     if (!walk.started()) return false;
-    SearchTracker tracker(source, state, objects, Follow::Executions);
-    ReportTracking<Sink> tracking(tracker, sink);
-    bool known = walk.gap() == nullptr;
-    if (known) tracking.all(source.clock.OnTick(from), false);
-    EventRecord event;
-    for (double time = 0; walk.next(event, time); known = true) {
-        if (walk.gap()) tracking.interrupt(*walk.gap(), time);
-        tracker.Take(event, state);
-        tracking.step(time);
-        onEvent(event);
-    }
+    for (EventRecord event; walk.next(event);) onEvent(event);
     end = walk.end();
-    if (known) tracking.all(walk.closing(), true);
     return true;
 }
 
@@ -210,69 +154,6 @@ void sort_figures(ChosenReport& report) {
                      });
 }
 
-// When each processor has someone who executes, and for how long each object does.
-class LoadSums {
-  public:
-    LoadSums(const AnalysisSource& source, const std::vector<uint32_t>& objects,
-             const std::vector<uint32_t>& idle)
-        : source_(source), times_(objects.size(), 0.0), idle_(objects.size(), false) {
-        for (size_t at = 0; at < objects.size(); ++at) {
-            idle_[at] = std::find(idle.begin(), idle.end(), objects[at]) != idle.end();
-            const uint32_t processor = source.ProcessorOf(objects[at]);
-            if (processor >= processors_.size()) processors_.resize(processor + 1);
-            processors_[processor].there = true;
-        }
-    }
-    void entered(const Record& record) {
-        if (!executes(record) || idle_[record.place]) return;
-        Processor& processor = processors_[record.processor];
-        if (processor.executing++ == 0) processor.since = record.time;
-    }
-    void left(const Record& record, double until) {
-        if (!executes(record)) return;
-        const uint32_t at = record.place;
-        times_[at] += until - record.time;
-        if (idle_[at]) return;
-        Processor& processor = processors_[record.processor];
-        if (--processor.executing == 0) processor.busy += until - processor.since;
-    }
-    void TookOver(const Record&) {}
-    void finish(const std::vector<uint32_t>& objects, LoadReport& report);
-
-  private:
-    struct Processor {
-        bool there = false;
-        uint32_t executing = 0;  // objects, idle ones left out
-        double since = 0, busy = 0;
-    };
-    bool executes(const Record& record) const {
-        return source_.legend->statuses[static_cast<size_t>(record.status)].isExecution;
-    }
-    const AnalysisSource& source_;
-    std::vector<double> times_;
-    std::vector<bool> idle_;
-    std::vector<Processor> processors_;
-};
-
-void LoadSums::finish(const std::vector<uint32_t>& objects, LoadReport& report) {
-    std::vector<size_t> place(processors_.size());
-    for (uint32_t number = 0; number < processors_.size(); ++number) {
-        if (!processors_[number].there) continue;
-        place[number] = report.processors.size();
-        Processor& processor = processors_[number];
-        // An object that vanished while it executed leaves the processor open.
-        if (processor.executing > 0) processor.busy += report.rangeTo - processor.since;
-        report.processors.push_back({number, processor.busy, {}});
-    }
-    for (size_t at = 0; at < objects.size(); ++at)
-        if (times_[at] > 0)
-            report.processors[place[source_.ProcessorOf(objects[at])]].objects.push_back(
-                {objects[at], times_[at]});
-    for (ProcessorLoad& load : report.processors)
-        std::stable_sort(load.objects.begin(), load.objects.end(),
-                         [](const ObjectTime& a, const ObjectTime& b) { return a.time > b.time; });
-}
-
 }  // namespace
 
 ReportOutcome report_AllObjects(AnalysisSource& source, double from, double to,
@@ -363,6 +244,6 @@ ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uin
     report.damaged = end.damaged;
     report.lost = end.lost;
     report.rangeTo = end.reached;
-    sums.finish(objects, report);
+    report.processors = sums.Processors(objects, report.rangeTo);
     return ReportOutcome::Done;
 }

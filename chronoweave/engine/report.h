@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "chronoweave/engine/processor_load.h"
 #include "chronoweave/engine/search.h"
 
 struct LegendStatistics {
@@ -71,17 +72,6 @@ struct ChosenReport {
 ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& request, ReportOrder order,
                                    ChosenReport& report);
 
-// The load of processors: the share of the range in which some object executes there, objects that count as
-// idle left out.
-struct ObjectTime {
-    uint32_t object = 0;
-    double time = 0;
-};
-struct ProcessorLoad {
-    uint32_t processor = 0;
-    double busy = 0;                  // in the time base; 0 to the range's length
-    std::vector<ObjectTime> objects;  // those that executed there, longest first, idle ones included
-};
 struct LoadReport {
     std::vector<ProcessorLoad> processors;  // by number; each that an object alive in the range belongs to
     double rangeFrom = 0, rangeTo = 0;
