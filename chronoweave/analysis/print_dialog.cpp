@@ -20,6 +20,7 @@ namespace {
 
 constexpr int toPrinter = 1, toPreview = 2, toFile = 3;
 constexpr const char* usualFile = "trvgui.pdf";
+constexpr const char* stoppedEarly = "Printing was stopped early. ";
 constexpr const char* noPrinter = "There is no printer: a PDF file is made.";
 
 // Pages as typed; nothing when it is no number of them.
@@ -132,27 +133,29 @@ bool dialogs_AskPrint(_LaCanvasData& canvas, int listWidth) {
     return TRAX_Print(canvas, listWidth, *job, options) == 1;
 }
 
-bool dialogs_PrintTables(DialogHost& host, const std::string& title,
-                         const std::vector<const MScrollList*>& lists, const Progress& progress) {
+std::optional<std::string> dialogs_PrintTables(DialogHost& host, const std::string& title,
+                                               const std::vector<const MScrollList*>& lists,
+                                               const Progress& progress) {
     PrintHost* printer = printer_of(&host);
     if (printer == nullptr) {
         host.beep();
-        return false;
+        return std::nullopt;
     }
     DialogModel model(dialogs_PrintTable());
     prepare(model, *printer);
     recall(host, tableChoices, model);
     const int answer = host.run(model);
     auto job = job_of(host, *printer, tableChoices, model, answer);
-    if (!job) return false;
+    if (!job) return std::nullopt;
     job->name = title;
     TablePrinted printed = TablePrinted::Done;
     const PrintOutcome outcome = printer->run(*job, [&](PageDevice& page) {
         const BusyWork busy(GateWork::Print, dialog_Busy(host));
         printed = table_DrawPages(page, title, lists, progress);
-        return printed == TablePrinted::Done;
+        return printed == TablePrinted::Done || printed == TablePrinted::Stopped;
     });
     if (printed == TablePrinted::Failed) host.message("Failed to print the table.");
     if (outcome.end == PrintOutcome::End::Failed && !outcome.message.empty()) host.message(outcome.message);
-    return outcome.end == PrintOutcome::End::Printed;
+    if (outcome.end != PrintOutcome::End::Printed) return std::nullopt;
+    return (printed == TablePrinted::Stopped ? stoppedEarly : "") + outcome.message;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@
 // was printed; the user was told why, or cancelled.
 bool dialogs_AskPrint(_LaCanvasData& canvas, int listWidth);
 
-// The same for tables: title stands on every page. Progress is told by the row.
-bool dialogs_PrintTables(DialogHost& host, const std::string& title,
-                         const std::vector<const MScrollList*>& lists, const Progress& progress);
+// The same for tables: title stands on every page. Progress is told by the row; stopped, it leaves the pages
+// that are whole. What there is to say of what was printed, for a message line; nothing when nothing was.
+std::optional<std::string> dialogs_PrintTables(DialogHost& host, const std::string& title,
+                                               const std::vector<const MScrollList*>& lists,
+                                               const Progress& progress);

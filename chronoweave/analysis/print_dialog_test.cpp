@@ -198,6 +198,17 @@ TEST_F(TablePaper, RowsGoOnFromPageToPageUnderTheirTitles) {
     const PageFacts facts = printer.page.facts();
     for (const auto& ops : printer.page.pages)
         for (const SurfaceOp& op : ops) EXPECT_LE(op.y0, facts.height - 38) << op.text;
+    const auto endOf = [&](const char* text) {
+        for (const SurfaceOp& op : printer.page.pages[0])
+            if (op.kind == SurfaceOp::Text && op.text == text)
+                return op.x0 + printer.page.surface().textExtent(text).width;
+        return -1;
+    };
+    EXPECT_NE(endOf("9"), endOf("1600"));
+    list.SetRightAligned(1, true);
+    printer.page.pages.clear();
+    dialogs_PrintTables(host, "Report", {&list}, {});
+    EXPECT_EQ(endOf("9"), endOf("1600")) << "numbers end where numbers end";
 }
 
 TEST_F(TablePaper, StopsAndFailsWithWords) {
@@ -210,7 +221,18 @@ TEST_F(TablePaper, StopsAndFailsWithWords) {
                               }),
               TablePrinted::Stopped);
     EXPECT_EQ(printer.page.pages.size(), 1u);
-    printer.page.failStart = 3;
+    const auto print = [&](const Progress& progress) {
+        Answer({}, "ok");
+        return dialogs_PrintTables(host, "t", {&list}, progress).value_or("none");
+    };
+    EXPECT_EQ(print({}), "Printed on\na printer.");
+    EXPECT_EQ(print([](double done, double) { return done == 0; }),
+              "Printing was stopped early. Printed on\na printer.");
+    EXPECT_EQ(printer.drawn, (std::vector<bool>{true, true}));
+    print([](double, double) { return false; });
+    EXPECT_EQ(printer.drawn.back(), false) << "there is no page to be kept";
+    EXPECT_TRUE(host.messages.empty());
+    printer.page.failStart = static_cast<int>(printer.page.pages.size()) + 3;
     printer.outcome = {PrintOutcome::End::Failed, ""};
     Answer({}, "ok");
     EXPECT_FALSE(dialogs_PrintTables(host, "t", {&list}, {}));

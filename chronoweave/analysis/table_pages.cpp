@@ -63,7 +63,8 @@ class TablePages {
         widths_.clear();
         int row = 0;
         do {
-            if (progress_ && !progress_(done_, total_)) return TablePrinted::Stopped;
+            if (progress_ && !progress_(done_, total_))
+                return pages_ > 0 ? TablePrinted::Stopped : TablePrinted::StoppedAhead;
             const int end = std::min(list.RowCount(), row + rowsOnPage_);
             if (!DrawPage(list, row, end)) return TablePrinted::Failed;
             done_ += end - row;
@@ -85,27 +86,32 @@ class TablePages {
         letterWidth_ = std::max(1, surface.fontMetrics(Font_Axis).charWidth);
         if (widths_.empty()) widths_ = widths_of(list, width_ / letterWidth_);
         int y = top_ + 2 * titleHeight_;
-        Row(y, [&](int column) { return header_of(list, column); });
+        Row(list, y, [&](int column) { return header_of(list, column); });
         y += rowHeight_ + rowHeight_ / 4;
         surface.fillRect(left_, y - rowHeight_ / 8, width_, std::max(1, rowHeight_ / 16), ink);
         for (int row = from; row < end; ++row, y += rowHeight_)
-            Row(y, [&](int column) { return text_utf8(list.Text(row, column)); });
+            Row(list, y, [&](int column) { return text_utf8(list.Text(row, column)); });
         return page_.endPage();
     }
 
     template <class Text>
-    void Row(int y, const Text& text) {
+    void Row(const MScrollList& list, int y, const Text& text) {
         int x = left_;
-        for (size_t column = 0; column < widths_.size(); ++column) {
-            Put(x, y, (widths_[column] - 1) * letterWidth_, text(static_cast<int>(column)), Font_Axis);
-            x += widths_[column] * letterWidth_;
+        for (int column = 0; column < static_cast<int>(widths_.size()); ++column) {
+            const int letters = widths_[static_cast<size_t>(column)];
+            const At at = list.Column(column).rightAligned ? At::Right : At::Left;
+            Put(x, y, (letters - 1) * letterWidth_, text(column), Font_Axis, at);
+            x += letters * letterWidth_;
         }
     }
 
-    void Put(int x, int y, int width, const std::string& text, int font) {
+    enum class At { Left, Right };
+    void Put(int x, int y, int width, const std::string& text, int font, At at = At::Left) {
         Surface& surface = page_.surface();
         const std::string shown = laNames_Elide(surface, text, width);
-        if (!shown.empty()) surface.drawText(x, y + surface.fontMetrics(font).ascent, shown, ink, NoColour);
+        if (shown.empty()) return;
+        if (at == At::Right) x += std::max(0, width - surface.textExtent(shown).width);
+        surface.drawText(x, y + surface.fontMetrics(font).ascent, shown, ink, NoColour);
     }
 
     PageDevice& page_;

@@ -77,10 +77,10 @@ void table_Menu(DialogModel& model, DialogHost& host, const TableMenu& menu, std
     } else if (command == "SaveCsv" || command == "Print") {
         std::vector<const MScrollList*> lists;
         for (const std::string& name : menu.saved) lists.push_back(&model.list(name));
-        if (command == "Print")
-            dialogs_PrintTables(host, model.title(), lists, menu.progress);
-        else
+        if (command == "SaveCsv")
             table_SaveCsv(host, menu.file, lists);
+        else if (const auto said = dialogs_PrintTables(host, model.title(), lists, menu.progress))
+            model.setMessage(*said);
     } else if (command == "Close") {
         model.close(Dialog_Dismissed);
     } else {

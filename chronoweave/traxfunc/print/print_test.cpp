@@ -84,6 +84,13 @@ const WayOut waysOut[] = {
      {"Failed to print canvas."},
      {},
      {{"Device Error", "StartPage Failed."}}},
+    {"nothing to draw on",
+     [](RecordingPrinter& printer, _LaCanvasData&) {
+         printer.page = RecordingPage({.width = 1123, .height = 794, .printerX = 96, .printerY = 96});
+         fail(printer);
+     },
+     0,
+     {"Failed to print canvas."}},
     {"page not ended",
      [](RecordingPrinter& printer, _LaCanvasData&) {
          printer.page.failEnd = 1;
