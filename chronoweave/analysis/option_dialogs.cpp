@@ -110,7 +110,7 @@ DialogDescription dialogs_About() {
     return {.name = "About",
             .title = "About VOREL Chronoweave",
             .items = {item_Label("t_name", "VOREL Chronoweave"),
-                      item_Label("t_what", "Shows what a real-time operating system did."),
+                      item_Label("t_what", "A viewer of event logs of real-time operating systems"),
                       {.name = "t_version",
                        .kind = DialogKind::Label,
                        .accessible = "Version",

@@ -20,6 +20,9 @@ QString linkTo(const std::string& command, const std::string& shown) {
 StartCard::StartCard(QWidget& over, std::function<void(const std::string&)> run) : QLabel(&over) {
     setObjectName(QStringLiteral("StartCard"));
     setAccessibleName(QStringLiteral("What to do first"));
+    setAutoFillBackground(true);  // a cursor may stand behind it
+    setBackgroundRole(QPalette::Base);
+    setMargin(12);
     setTextFormat(Qt::RichText);
     setAlignment(Qt::AlignCenter);
     setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);

@@ -12,6 +12,20 @@ QColor between(const QColor& one, const QColor& other) {
                   (one.blue() + other.blue()) / 2);
 }
 
+// Of a field: fainter than a check box's, as what is in it is seen.
+void drawFrame(QPainter& painter, const QStyleOption& option) {
+    const QColor ground = option.palette.color(QPalette::Base);
+    const QColor half = between(option.palette.color(QPalette::Text), ground);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(option.state & QStyle::State_HasFocus
+                       ? option.palette.color(QPalette::Highlight).lighter(150)
+                       : between(half, ground));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+    painter.restore();
+}
+
 void drawCheck(QPainter& painter, const QRectF& box, const QColor& ink) {
     painter.setPen(QPen(ink, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const auto at = [&](double x, double y) {
@@ -26,6 +40,7 @@ void drawCheck(QPainter& painter, const QRectF& box, const QColor& ink) {
 void DarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const {
     const bool round = element == PE_IndicatorRadioButton;
+    if (element == PE_FrameLineEdit) return drawFrame(*painter, *option);
     if (element != PE_IndicatorCheckBox && !round)
         return QProxyStyle::drawPrimitive(element, option, painter, widget);
     const auto group = option->state & State_Enabled ? QPalette::Active : QPalette::Disabled;

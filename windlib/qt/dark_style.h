@@ -8,7 +8,7 @@ class DarkStyle : public QProxyStyle {
     // key: of the style that draws the rest.
     explicit DarkStyle(const QString& key) : QProxyStyle(key) {}
 
-    // Check boxes and radio buttons have a frame of the text's colour.
+    // Check boxes, radio buttons and fields have a frame that is seen.
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override;
     // A disabled icon is the same one, faint.

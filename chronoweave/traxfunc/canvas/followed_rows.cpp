@@ -46,8 +46,8 @@ std::string outcome(const _LaCanvasData& canvas) {
     const auto shown = std::count_if(rows.begin(), rows.end(), [](const MslObjectEntry* entry) {
         return entry->payload != laNoLane && !entry->selfHidden;
     });
-    return gen_format("Rows of %d out of %u %s, which are active in the view.", static_cast<int>(shown),
-                      canvas.items.lanes.size(), laCanvas_Plural(canvas.list.objectTermLower).c_str());
+    return gen_format("Active in the view: %d of %u %s.", static_cast<int>(shown), canvas.items.lanes.size(),
+                      laCanvas_Plural(canvas.list.objectTermLower).c_str());
 }
 
 void remake(_LaCanvasData& canvas) {

@@ -109,7 +109,7 @@ TEST_F(FollowedRows, OnlyActiveKeepsTheRowsOfTheViewAndSettlesWhenTold) {
     EXPECT_EQ(Rows(), "abcdefghijz");
     EXPECT_TRUE(laCanvas_Command(*test.canvas, "OnlyActive"));
     EXPECT_EQ(Rows(), "cdez");
-    EXPECT_EQ(test.message(), "Rows of 4 out of 11 tasks, which are active in the view.");
+    EXPECT_EQ(test.message(), "Active in the view: 4 of 11 tasks.");
     EXPECT_FALSE(laRows_Stale(*test.canvas));
     Show(3.05, 5.9);
     EXPECT_EQ(Rows(), "cdez") << "nothing jumps while the view moves";
