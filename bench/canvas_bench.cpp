@@ -91,7 +91,10 @@ Outcome repaint(const BenchPlace& place) {
         graph.surface = &surface;
         graph.font = surface.fontMetrics(Font_Application);
         const auto canvas = input_Canvas(place, place.hundredTasks, graph, view_width, view_height);
-        if (!canvas || !laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, {.paint = true})) return;
+        if (!canvas) return;
+        canvas->list.processorRows = true;  // as in a window
+        if (!laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, {.paint = true})) return;
+        laCanvas_Resort(*canvas);
         const auto subject = [&] { laCanvas_Repaint(*canvas); };
         const auto baseline = [&] { surface.clearRect(0, 0, view_width, view_height); };
         outcome = {};

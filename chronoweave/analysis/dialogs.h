@@ -16,8 +16,8 @@ DialogDescription dialogs_TimeUnit();
 DialogDescription dialogs_GotoTime();
 // A value to be typed, "getValue": prompt "t_please", field "tf_val", what it is "t_what", "bs_ok", "cancel".
 DialogDescription dialogs_GetValue();
-// The options of the program: check boxes "wheel", "snap", "newtrv", "marks", "switches", "prefetch",
-// "kernel", "icons", "right", "bottom", "dark", and "ok", "cancel".
+// The options of the program: check boxes "wheel", "snap", "newtrv", "processors", "marks", "switches",
+// "prefetch", "kernel", "icons", "right", "bottom", "dark", and "ok", "cancel".
 DialogDescription dialogs_Options();
 // The sides of the scroll bars: choices "side" (left, right) and "end" (top, bottom), "ok", "cancel".
 DialogDescription dialogs_ScrollPos();

@@ -62,7 +62,7 @@ DialogDescription dialogs_Options() {
             .items = {check_box("wheel", "The wheel &zooms, and scrolls with Ctrl held"),
                       check_box("snap", "&Cursors snap to edges and icons"),
                       check_box("newtrv", "Overlapping icons give way by &free space"),
-                      check_box("marks", "Plain overlap &marks"),
+                      check_box("processors", "Processor ro&ws"), check_box("marks", "Plain overlap &marks"),
                       check_box("switches", "Plain context &switches"),
                       check_box("prefetch", "&Prefetch what lies beside the view"),
                       check_box("kernel", "&Kernel objects in a group of their own"),
@@ -70,8 +70,8 @@ DialogDescription dialogs_Options() {
                       check_box("right", "Vertical scroll bar on the &right"),
                       check_box("bottom", "Horizontal scroll bar at the &bottom"),
                       check_box("dark", "&Dark colours"), item_Ok(), item_Cancel()},
-            .layout = column({"wheel", "snap", "newtrv", "marks", "switches", "prefetch", "kernel", "icons",
-                              "right", "bottom", "dark"})};
+            .layout = column({"wheel", "snap", "newtrv", "processors", "marks", "switches", "prefetch",
+                              "kernel", "icons", "right", "bottom", "dark"})};
 }
 
 DialogDescription dialogs_ScrollPos() {

@@ -19,13 +19,18 @@ struct OptionBox {
     const char* item;
     bool ProgramOptions::*option;
 };
-constexpr OptionBox optionBoxes[] = {
-    {"wheel", &ProgramOptions::bareWheelZooms},   {"snap", &ProgramOptions::cursorsSnap},
-    {"newtrv", &ProgramOptions::newTrv},          {"prefetch", &ProgramOptions::prefetch},
-    {"switches", &ProgramOptions::plainSwitches}, {"marks", &ProgramOptions::plainMarks},
-    {"kernel", &ProgramOptions::kernel},          {"icons", &ProgramOptions::iconButtons},
-    {"right", &ProgramOptions::verticalBarRight}, {"bottom", &ProgramOptions::horizontalBarBottom},
-    {"dark", &ProgramOptions::darkColours}};
+constexpr OptionBox optionBoxes[] = {{"wheel", &ProgramOptions::bareWheelZooms},
+                                     {"snap", &ProgramOptions::cursorsSnap},
+                                     {"newtrv", &ProgramOptions::newTrv},
+                                     {"prefetch", &ProgramOptions::prefetch},
+                                     {"processors", &ProgramOptions::processorRows},
+                                     {"switches", &ProgramOptions::plainSwitches},
+                                     {"marks", &ProgramOptions::plainMarks},
+                                     {"kernel", &ProgramOptions::kernel},
+                                     {"icons", &ProgramOptions::iconButtons},
+                                     {"right", &ProgramOptions::verticalBarRight},
+                                     {"bottom", &ProgramOptions::horizontalBarBottom},
+                                     {"dark", &ProgramOptions::darkColours}};
 
 }  // namespace
 

@@ -65,7 +65,7 @@ TEST_F(ProgramDialogs, TheCanvasTakesAName) {
 TEST_F(ProgramDialogs, OptionsAreTheCheckBoxes) {
     ProgramOptions options;
     host.drive = [](DialogModel& model) {
-        for (const char* box : {"newtrv", "prefetch", "icons", "right", "bottom", "snap"})
+        for (const char* box : {"newtrv", "prefetch", "icons", "right", "bottom", "snap", "processors"})
             EXPECT_TRUE(model.item(box).checked) << box;
         for (const char* box : {"wheel", "kernel", "dark", "marks", "switches"})
             EXPECT_FALSE(model.item(box).checked) << box;

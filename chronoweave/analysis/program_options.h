@@ -15,6 +15,7 @@ struct ProgramOptions {
     bool horizontalBarBottom = true;
     bool bareWheelZooms = false;  // the wheel with no key held zooms, else it scrolls
     bool cursorsSnap = true;      // cursors set by hand go to a near edge or icon
+    bool processorRows = true;    // a row for each processor shows who ran there
     bool plainSwitches = false;   // context switches look the same however many stand close together
     bool plainMarks = false;      // marks of overlap are the legend's picture, else numbers
     bool eventTable = false;      // new windows show the table of events

@@ -137,6 +137,8 @@ constexpr OptionSpec options[] = {
     {Render, "--hide", "PATTERN", "hide the objects whose name matches; * and ? are wild cards",
      &CommandLine::hide, nullptr},
     {Render, "--sort", "name|id", "order of the rows", &CommandLine::sort, nullptr},
+    {Render, "--processors", nullptr, "a row for each processor shows who ran there", nullptr,
+     &CommandLine::processors},
     {Render, "--page", "a4|letter", "the page that the window prints, as PDF; -o ends in .pdf",
      &CommandLine::page, nullptr},
     {Render, "--landscape", nullptr, "with --page: the sheet lies", nullptr, &CommandLine::landscape},

@@ -40,9 +40,10 @@ std::optional<RenderSize> render_size(const CommandLine& line) {
     return RenderSize{static_cast<int>(*width), static_cast<int>(*height)};
 }
 
-// Applies --flat, --hide and --sort to the object list.
+// Applies --flat, --processors, --hide and --sort to the object list.
 void arrange(_LaCanvasData& canvas, const CommandLine& line) {
     canvas.list.flatView = line.flat;
+    canvas.list.processorRows = line.processors;
     if (!line.sort.empty()) canvas.list.sortField = line.sort == "id" ? 1 : 0;
     if (!line.hide.empty()) {
         laPath pattern;

@@ -20,6 +20,7 @@ struct CommandLine {
     std::string width, height;
     bool flat = false;
     std::string page, pages;
+    bool processors = false;
     bool landscape = false, legend = false;
     std::string hide, sort;
     std::string event, begin, end, status;  // names

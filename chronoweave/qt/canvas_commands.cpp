@@ -119,7 +119,8 @@ void CanvasWindow::keepOptions(const ProgramOptions& wanted) {
 void CanvasWindow::takeOptions() {
     const ProgramOptions wanted = options();
     _LaCanvasData& canvas = view_->canvas();
-    const bool rows = canvas.list.kernelGroup != wanted.kernel,
+    const bool rows = canvas.list.kernelGroup != wanted.kernel ||
+                      canvas.list.processorRows != wanted.processorRows,
                icons = canvas.options.newTrv != wanted.newTrv ||
                        canvas.options.plainMarks != wanted.plainMarks ||
                        canvas.options.plainSwitches != wanted.plainSwitches;
@@ -128,6 +129,7 @@ void CanvasWindow::takeOptions() {
     canvas.options.plainSwitches = wanted.plainSwitches;
     canvas.options.prefetch = wanted.prefetch;
     canvas.list.kernelGroup = wanted.kernel;
+    canvas.list.processorRows = wanted.processorRows;
     canvas.options.snapCursors = wanted.cursorsSnap;
     canvas.calls.upper.iconButtons = wanted.iconButtons;
     view_->setBareWheelZooms(wanted.bareWheelZooms);

@@ -85,6 +85,7 @@ TEST_F(Window, ShowsThePixelsOfThePictureFile) {
     picture_Measure([&](Surface& surface) {
         graph.font = surface.fontMetrics(Font_Application);
         other = laCanvas_Create(graph, 0);
+        other->list.processorRows = true;
         Legend legend;
         ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
         ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));
@@ -362,6 +363,25 @@ TEST_F(Window, TheNamesFollowTheRowsOfAnotherView) {
         window->view().layOutAndPaint();
         EXPECT_EQ(window->view().image(), shown) << low;
     }
+}
+
+TEST_F(Window, TheRowUnderThePointerIsTintedAcrossNamesAndPicture) {
+    ASSERT_TRUE(window->load(trace));
+    PictureView& view = window->view();
+    const int height = canvas().looks.rowHeight, row = 3;
+    const auto move = [&](int y) {
+        const QPointF at(20, y);
+        QMouseEvent event(QEvent::MouseMove, at, view.mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(&view, &event);
+        return view.grab().toImage();
+    };
+    const QImage away = move(view.height() - 3), over = move(row * height + 5);
+    ASSERT_EQ(away.size(), over.size());
+    for (int y = 0; y < view.picture().dataHeight; ++y)
+        for (const int x : {3, view.width() - 3})
+            EXPECT_EQ(away.pixel(x, y) != over.pixel(x, y), y / height == row) << x << ' ' << y;
+    EXPECT_EQ(move(view.height() - 3), away);
 }
 
 TEST_F(Window, ADialogOfACommandLeavesThePictureUpToDate) {

@@ -231,6 +231,7 @@ void PictureView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     if (stale_) painter.fillRect(rect(), palette().color(QPalette::Base));
     painter.drawImage(0, 0, image_);
+    drawRowTints(painter);
     drawSelectionLength(painter);
     if (gate_May(GateActivity::Painting)) drawMarkedEvent(painter);  // in a fetch its icon is half there
     if (hasFocus()) {
@@ -379,6 +380,7 @@ void PictureView::autoScroll() {
 }
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
+    followRow(event->position().toPoint());
     const QPoint at = inGraph(event->position().toPoint());
     if (panning_) return pan(at);
     const QPoint whole = event->position().toPoint();
@@ -394,6 +396,7 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
 
 void PictureView::leaveEvent(QEvent* event) {
     QWidget::leaveEvent(event);
+    followRow({});
     Q_EMIT hovered({});
 }
 
@@ -460,6 +463,33 @@ void PictureView::completeTip() {
     if (text && text->empty()) return tipMore_.start(0);
     tipMore_.stop();
     if (text) platform_ShowTip(tipAt_, *text, this);
+}
+
+void PictureView::followRow(std::optional<QPoint> at) {
+    const auto row = [&](const std::optional<QPoint>& point) {
+        const MslObjectEntry* entry = point ? names().RowAt(point->y() - picture_.graphTop) : nullptr;
+        return entry == nullptr ? -1 : entry->row;
+    };
+    const bool other = row(at) != row(pointerAt_);
+    pointerAt_ = at;
+    if (other) update();
+}
+
+// A row is followed across names and picture by a tint that lies over them: that under the pointer, and
+// selected ones, whose names have a ground of their own.
+void PictureView::drawRowTints(QPainter& painter) {
+    constexpr int hovered = 16, selected = 40;  // of 255
+    const laNames list = names();
+    const auto tint = [&](const MslObjectEntry* entry, int left, QColor colour, int alpha) {
+        const laNames::Band band = entry != nullptr ? list.BandOf(*entry) : laNames::Band{};
+        colour.setAlpha(alpha);
+        if (band.top < band.end)
+            painter.fillRect(left, picture_.graphTop + band.top, width() - left, band.end - band.top, colour);
+    };
+    for (const MslObjectEntry* entry : list.Selected())
+        tint(entry, picture_.graphLeft, palette().color(QPalette::Highlight), selected);
+    if (pointerAt_ && pointerAt_->y() < picture_.graphTop + picture_.dataHeight)
+        tint(list.RowAt(pointerAt_->y() - picture_.graphTop), 0, palette().color(QPalette::Text), hovered);
 }
 
 // The selection shows its length beside it.

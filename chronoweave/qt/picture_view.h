@@ -68,6 +68,8 @@ class PictureView : public QWidget {
 
   private:
     void drawNames(Surface& whole);
+    void drawRowTints(QPainter& painter);
+    void followRow(std::optional<QPoint> at);
     void drawSelectionLength(QPainter& painter);
     void drawMarkedEvent(QPainter& painter);
     void makeImage();
@@ -114,6 +116,7 @@ class PictureView : public QWidget {
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
     std::unique_ptr<laPointer> pointer_;
+    std::optional<QPoint> pointerAt_;  // while it is over the picture: its row is tinted
     Held held_ = Held::Nothing;
     bool panning_ = false;
     QPoint last_;  // of the pan, in the drawing area

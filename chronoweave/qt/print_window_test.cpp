@@ -139,6 +139,7 @@ TEST_F(PrintWindow, ThePageIsThatOfTheCommandLine) {
     picture_Measure([&](Surface& surface) {
         graph.font = surface.fontMetrics(Font_Application);
         other = laCanvas_Create(graph, 0);
+        other->list.processorRows = true;
         Legend legend;
         ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
         ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));

@@ -1,13 +1,15 @@
 #include "windlib/qt/text_images.h"
 
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 
-constexpr size_t mostKept = 4096;
+constexpr size_t mostLooks = 6, mostKept = 2048;
 
 QImage drawText(const QFont& font, const QFontMetrics& metrics, std::string_view text, Colour colour,
                 double ratio) {
@@ -29,19 +31,26 @@ QImage drawText(const QFont& font, const QFontMetrics& metrics, std::string_view
 
 const Sprite& textSprite(const QFont& font, const QFontMetrics& metrics, std::string_view text, Colour colour,
                          double devicePixelRatio) {
-    // By the text alone: colour, font and resolution are the same for long.
     struct Look {
         QFont font;
         Colour colour = 0;
         double ratio = 0;
         bool operator==(const Look&) const = default;
     };
-    static Look look;
-    static std::unordered_map<std::string, Sprite> kept;
+    struct Kept {
+        Look look;
+        std::unordered_map<std::string, Sprite> sprites;  // by text
+    };
+    // A picture has few looks, and changes them seldom.
+    static std::vector<Kept> kept;
     const Look wanted{font, colour, devicePixelRatio};
-    if (look != wanted || kept.size() >= mostKept) kept.clear();
-    look = wanted;
-    const auto [at, fresh] = kept.try_emplace(std::string(text));
-    if (fresh) at->second = Sprite(drawText(font, metrics, text, colour, devicePixelRatio));
-    return at->second;
+    auto at = std::ranges::find(kept, wanted, &Kept::look);
+    if (at == kept.end()) {
+        if (kept.size() >= mostLooks) kept.erase(kept.begin());
+        at = kept.insert(kept.end(), {wanted, {}});
+    }
+    if (at->sprites.size() >= mostKept) at->sprites.clear();
+    const auto [sprite, fresh] = at->sprites.try_emplace(std::string(text));
+    if (fresh) sprite->second = Sprite(drawText(font, metrics, text, colour, devicePixelRatio));
+    return sprite->second;
 }

@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/scroll.h"
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/absent.h"
 
 namespace {
 
@@ -68,7 +69,7 @@ void paint_whole(_LaCanvasData& canvas) {
     const LaGraph& graph = *canvas.graph;
     graph.surface->clearRect(0, 0, graph.width, graph.height);
     paint_part(canvas, {0, 0, graph.width, graph.height}, laPaintReach::Part);
-    laScroll_NotePainted(canvas.view, canvas.items, graph);
+    laScroll_NotePainted(canvas.view, canvas.items, canvas.looks, graph);
 }
 
 void paint_columns(_LaCanvasData& canvas, int x0, int x1) {
@@ -112,8 +113,9 @@ bool paint_moved(_LaCanvasData& canvas) {
     for (const auto& rows : plan->rows) paint_rows(canvas, rows.from, rows.end);
     for (const auto& columns : plan->columns) paint_columns(canvas, columns.from, columns.end);
     if (plan->axis) paint_strip(canvas);
-    if (!plan->rows.empty()) list_changed(canvas);
-    laScroll_NotePainted(canvas.view, canvas.items, graph);
+    if (plan->dy != 0 || canvas.view.painted.absent != laItems_AbsentRows(canvas.items, canvas.view))
+        list_changed(canvas);
+    laScroll_NotePainted(canvas.view, canvas.items, canvas.looks, graph);
     return true;
 }
 
@@ -172,7 +174,9 @@ void laScroll_Paint(_LaCanvasData& canvas) {
     }
     note(canvas, laWanted_Moved);
     canvas.wanted.labels = canvas.wanted.labels || labels;
-    if (canvas.view.verticalOffset != canvas.view.painted.verticalOffset) list_changed(canvas);
+    if (canvas.view.verticalOffset != canvas.view.painted.verticalOffset ||
+        canvas.view.painted.absent != laItems_AbsentRows(canvas.items, canvas.view))
+        list_changed(canvas);
 }
 
 void laAxis_Draw(_LaCanvasData& canvas, int x0, int x1, laUnitRule rule) {

@@ -6,12 +6,19 @@
 #include "chronoweave/traxfunc/draw/layout.h"
 #include "chronoweave/traxfunc/fetch/range_fetch.h"
 #include "chronoweave/traxfunc/list/task_list.h"
+#include "chronoweave/traxfunc/model/processor_runs.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
 
 int rows_height(const _LaCanvasData& canvas) {
     return canvas.looks.rowHeight * static_cast<int>(canvas.taskList->rows().size());
+}
+
+// From a time on; true when the rows of processors are others.
+bool make_processors(_LaCanvasData& canvas, double from) {
+    return canvas.list.processorRows &&
+           laProcessors_Make(canvas.items, canvas.looks, canvas.source.osKind, canvas.list.separator, from);
 }
 
 constexpr uint32_t leastDropped = 4096;  // icons; for fewer it is not worth the rows
@@ -64,6 +71,7 @@ std::optional<laExtended> laCanvas_ExtendRange(_LaCanvasData& canvas, double low
         return std::nullopt;
     }
     laExtended extended{growth->from, growth->lanes || left == LeftSide::Dropped};
+    if (!extended.rows && make_processors(canvas, growth->from)) extended.rows = true;
     if (extended.rows)
         laCanvas_Resort(canvas);
     else
@@ -94,6 +102,8 @@ void laCanvas_TakeActivity(_LaCanvasData& canvas) {
 
 // Rows that follow the view stay those of the objects that they were made for.
 void laCanvas_Resort(_LaCanvasData& canvas) {
+    laProcessors_Clear(canvas.items);
+    make_processors(canvas, -1);
     if (!canvas.list.madeFor) laCanvas_TakeActivity(canvas);
     canvas.taskList->Fill();
     laCanvas_Layout(canvas);

@@ -180,8 +180,15 @@ TEST_F(Dense, ImportantEventsAreWholeAndNoIconIsLost) {
 
 TEST_F(Dense, NumbersStayShort) {
     for (const auto& [hidden, text] :
-         {std::pair{1u, "1"}, {999u, "999"}, {1000u, "1k"}, {999'999u, "999k"}, {4'294'967'295u, "4294M"}})
+         {std::pair{1u, "1"}, {999u, "999"}, {1000u, "1k"}, {999'999u, "999k"}, {4'294'967'295u, "4G"}})
         EXPECT_EQ(laMark_Text(hidden), text);
+    const int letter = test.graph.axisFont.charWidth;
+    const int free = laMark_Width(canvas.scene(), 1) - letter;
+    for (const uint32_t hidden :
+         {9u, 10u, 99u, 100u, 999u, 1000u, 9999u, 10'000u, 123'456u, 1'000'000u, 4'294'967'295u})
+        EXPECT_EQ(laMark_Width(canvas.scene(), hidden),
+                  static_cast<int>(laMark_Text(hidden).size()) * letter + free)
+            << hidden;
 }
 
 TEST_F(Dense, ADoubleClickOnANumberPartsItsIcons) {

@@ -4,6 +4,7 @@
 
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw_items.h"
+#include "chronoweave/traxfunc/draw/draw_processors.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
 
 laPaintArea laPaint_Area(const laScene& scene, const laRect& part, laPaintReach reach) {
@@ -37,8 +38,10 @@ void laPaint_Data(const laScene& scene, const laPaintArea& area) {
         std::any_of(scene.looks.statusLooks.begin(), scene.looks.statusLooks.end(), isSwitch);
     if (switches) laPaint_Switches(paint, laSwitchLayer::Under);
     laPaint_Lanes(paint);
+    laPaint_Processors(paint);
     laPaint_Icons(paint);
     if (switches) laPaint_Switches(paint, laSwitchLayer::Over);
+    laPaint_PinnedProcessors(paint);
     laBookmark_PaintAll(scene);
     laHits_Paint(scene, part.left, part.right);
     surface.popClip();

@@ -3,11 +3,17 @@
 #include <algorithm>
 
 #include "chronoweave/traxfunc/draw/columns.h"
-#include "shared/libcxxutil/report.h"
 
 namespace {
 
 constexpr int markMargin = 3;  // columns beside a number
+
+// As many as laMark_Text has.
+int mark_letters(uint32_t hidden) {
+    int letters = 1;
+    for (; hidden >= 1000; hidden /= 1000) letters = 2;
+    return letters + (hidden >= 10) + (hidden >= 100);
+}
 
 // The widest that a number gets.
 int widest_mark(const FontMetrics& font) {
@@ -21,12 +27,17 @@ bool laMark_IsCounted(const laScene& scene) {
 }
 
 std::string laMark_Text(uint32_t hidden) {
-    if (hidden < 1000) return std::to_string(hidden);
-    return hidden < 1'000'000 ? gen_format("%uk", hidden / 1000) : gen_format("%uM", hidden / 1'000'000);
+    const char* unit = "";
+    for (const char* next : {"k", "M", "G"}) {
+        if (hidden < 1000) break;
+        hidden /= 1000;
+        unit = next;
+    }
+    return std::to_string(hidden) + unit;
 }
 
 int laMark_Width(const laScene& scene, uint32_t hidden) {
-    return static_cast<int>(laMark_Text(hidden).size()) * scene.graph.axisFont.charWidth + markMargin;
+    return mark_letters(hidden) * scene.graph.axisFont.charWidth + markMargin;
 }
 
 int laIcons_Reach(const LaLooks& looks, const FontMetrics& axisFont) {

@@ -8,6 +8,8 @@
 #include "chronoweave/traxfunc/draw/draw_items.h"
 #include "chronoweave/traxfunc/draw/hit_marks.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/draw/pinned_rows.h"
+#include "chronoweave/traxfunc/model/absent.h"
 
 namespace {
 
@@ -62,6 +64,7 @@ std::optional<laScrollPlan> move_columns(const laScene& scene, int64_t columns) 
     // The pointer's line stays at its column, and its copy goes.
     if (const int line = scene.marks.pendingCursorX; line >= 0)
         for (const int x : {line, line - shift}) plan.columns.push_back({x, x + 1});
+    plan.rows = laScroll_ProcessorBands(scene);
     plan.axis = true;
     return plan;
 }
@@ -82,6 +85,11 @@ std::optional<laScrollPlan> move_rows(const laScene& scene, int rows) {
     // Marks of hits stay at the top; those that went down with the rows go.
     if (!marks.hits.empty() && rows < 0) plan.rows.push_back({-rows, -rows + laHits_Height});
     if (!marks.hits.empty()) plan.rows.push_back({0, laHits_Height});
+    // So do rows at the edge, and what they were before.
+    const int pinned = laPinned_Height(scene.items, scene.looks, scene.view, height);
+    if (scene.view.painted.pinned > std::max(0, rows))
+        plan.rows.push_back({0, scene.view.painted.pinned - rows});
+    if (pinned > 0) plan.rows.push_back({0, pinned});
     // The dashes of bookmarks don't scroll.
     const laTimeScale scale = scene.scale();
     for (const LaBookmark& mark : marks.bookmarks) {
@@ -94,6 +102,18 @@ std::optional<laScrollPlan> move_rows(const laScene& scene, int rows) {
 
 }  // namespace
 
+std::vector<laScrollPlan::Stretch> laScroll_ProcessorBands(const laScene& scene) {
+    std::vector<laScrollPlan::Stretch> bands;
+    const int height = laAxis_Top(scene.graph), rowHeight = scene.looks.rowHeight;
+    for (const LaProcessor& one : scene.items.processors.list) {
+        const int top = one.row * rowHeight - scene.view.verticalOffset;
+        if (one.row >= 0 && top < height && top + rowHeight > 0) bands.push_back({top, top + rowHeight});
+    }
+    const int pinned = laPinned_Height(scene.items, scene.looks, scene.view, height);
+    if (pinned > 0) bands.push_back({0, pinned});
+    return bands;
+}
+
 std::optional<laScrollPlan> laScroll_Plan(const laScene& scene) {
     if (!can_copy(scene)) return std::nullopt;
     const auto columns = static_cast<int64_t>(scene.view.scrollPosition - scene.view.painted.position);
@@ -103,7 +123,7 @@ std::optional<laScrollPlan> laScroll_Plan(const laScene& scene) {
     return rows == 0 ? laScrollPlan() : move_rows(scene, rows);
 }
 
-void laScroll_NotePainted(LaView& view, const LaItems& items, const LaGraph& graph) {
+void laScroll_NotePainted(LaView& view, const LaItems& items, const LaLooks& looks, const LaGraph& graph) {
     LaPainted& painted = view.painted;
     painted.valid = true;
     painted.laneOrder = lane_order(items);
@@ -115,4 +135,6 @@ void laScroll_NotePainted(LaView& view, const LaItems& items, const LaGraph& gra
     painted.width = graph.width;
     painted.height = graph.height;
     painted.dataHeight = laAxis_Top(graph);
+    painted.absent = laItems_AbsentRows(items, view);
+    painted.pinned = laPinned_Height(items, looks, view, painted.dataHeight);
 }

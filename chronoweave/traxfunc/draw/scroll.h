@@ -21,8 +21,11 @@ struct laScrollPlan {
     std::vector<Stretch> rows, columns;
     bool axis = false;
 };
+// The rows of the data area that show processors: their names stand where the view begins and where runs end,
+// so that they are painted anew whenever either moves.
+std::vector<laScrollPlan::Stretch> laScroll_ProcessorBands(const laScene& scene);
 // None when all must be painted.
 std::optional<laScrollPlan> laScroll_Plan(const laScene& scene);
 
 // The surface shows the present view; told after a whole repaint or a scroll.
-void laScroll_NotePainted(LaView& view, const LaItems& items, const LaGraph& graph);
+void laScroll_NotePainted(LaView& view, const LaItems& items, const LaLooks& looks, const LaGraph& graph);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/draw/axis.h"
+#include "chronoweave/traxfunc/draw/pinned_rows.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -91,11 +93,20 @@ class HitSearch {
     int x_, y_;  // of the content
 };
 
+bool lies_on_processor(const _LaCanvasData& canvas, int y) {
+    return laProcessor_AtRow(canvas.items, canvas.looks, canvas.view, laAxis_Top(*canvas.graph), y) !=
+           nullptr;
+}
+
 }  // namespace
 
 bool laCanvas_HitTest(_LaCanvasData& canvas, int x, int y, bool activate, laHit* hit) {
     laHit found;
     found.time = x / canvas.view.pixelsPerUnit + canvas.view.viewLow;
+    if (lies_on_processor(canvas, y)) {
+        if (hit != nullptr) *hit = found;
+        return false;
+    }
     const HitSearch search(canvas, x, y);
     const bool any = search.Lanes(found) || search.Icons(found) || search.Switches(found);
     if (hit != nullptr) *hit = found;
@@ -105,6 +116,7 @@ bool laCanvas_HitTest(_LaCanvasData& canvas, int x, int y, bool activate, laHit*
 
 std::optional<size_t> laCanvas_IconAt(_LaCanvasData& canvas, int x, int y) {
     laHit found;
+    if (lies_on_processor(canvas, y)) return std::nullopt;
     HitSearch(canvas, x, y).Icons(found);
     return found.icon;
 }

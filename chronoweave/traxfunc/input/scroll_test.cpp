@@ -10,6 +10,7 @@
 #include "chronoweave/traxfunc/input/found_times.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/model/absent.h"
 #include "chronoweave/traxfunc/model/view.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
 #include "shared/libcxxutil/report.h"
@@ -24,6 +25,7 @@ class Walk {
     Walk(unsigned seed, const Legend& legend, const std::vector<TestEvent>& events, Painted painted)
         : random_(seed), painted_(painted), pixels_(width, height) {
         gen_set_console_sink([](std::string_view) {});
+        test_.canvas->list.processorRows = seed % 2 == 0;
         EXPECT_TRUE(test_.Open(events, "Korvantis", legend));
         test_.graph.surface = &pixels_;
         test_.graph.axisFont = pixels_.fontMetrics(Font_Axis);
@@ -217,8 +219,17 @@ TEST(Scroll, NamesArePaintedAnewForOtherRowsOnly) {
     test.canvas->options.prefetch = true;
     int lists = 0;
     test.graph.listChanged = [&] { ++lists; };
-    laCanvas_ScrollColumns(*test.canvas, 5);
-    EXPECT_EQ(lists, 0);
+    const auto absent = [&] { return laItems_AbsentRows(test.canvas->items, test.canvas->view); };
+    for (int step = 0; step < 20; ++step) {
+        lists = 0;
+        const uint64_t before = absent();
+        laCanvas_ScrollColumns(*test.canvas, 1);
+        EXPECT_EQ(lists > 0, absent() != before) << "the names of what came or went";
+        test.graph.surface = &test.surface;
+        laCanvas_PaintWanted(*test.canvas);
+        test.graph.surface = nullptr;
+    }
+    lists = 0;
     laCanvas_ScrollRows(*test.canvas, 10);
     EXPECT_GT(lists, 0);
     gen_set_console_sink({});

@@ -56,19 +56,13 @@ std::string end_text(const _LaCanvasData& canvas, const LaStretchEnd& to) {
 }
 
 std::string status_tip(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {
-    const LaStretch stretch =
-        laStretch_Complete(canvas.items, canvas.source, canvas.looks.legend, item, goOn);
     const laItem_Line& lane = canvas.items.lanes[item.lane];
     const LaLnSeg& segment = lane.segments[item.index];
     std::string text =
         "Status " + quoted(canvas.looks.legend.statuses[static_cast<size_t>(segment.status)].name);
-    const bool ticks = canvas.axis.timeMode == Time_Tick;
-    if (ticks) text += " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, lane))));
-    text += begin_text(canvas, stretch.from);
-    if (!ticks || stretch.to.known != LaEndKnown::Exact) text += end_text(canvas, stretch.to);
-    text += stretch.whole() ? " with length " : " with length over ";
-    return text + laTip_Time(canvas, stretch.to.time - stretch.from.time) + " (in " +
-           laTime_UnitName(canvas.axis, true) + "s)";
+    if (canvas.axis.timeMode == Time_Tick)
+        text += " on " + quoted(std::string(laTask_WithoutFake(laCanvas_LaneName(canvas.list, lane))));
+    return text + laTip_Stretch(canvas, item, goOn);
 }
 
 // How many events an icon stands for, and of which names, the most frequent first.
@@ -100,6 +94,17 @@ std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
 
 std::string laTip_Time(const _LaCanvasData& canvas, double time) {
     return laTime_TrimZeros(laCanvas_ExactTime(canvas, time));
+}
+
+std::string laTip_Stretch(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {
+    const LaStretch stretch =
+        laStretch_Complete(canvas.items, canvas.source, canvas.looks.legend, item, goOn);
+    const bool ticks = canvas.axis.timeMode == Time_Tick;
+    std::string text = begin_text(canvas, stretch.from);
+    if (!ticks || stretch.to.known != LaEndKnown::Exact) text += end_text(canvas, stretch.to);
+    text += stretch.whole() ? " with length " : " with length over ";
+    return text + laTip_Time(canvas, stretch.to.time - stretch.from.time) + " (in " +
+           laTime_UnitName(canvas.axis, true) + "s)";
 }
 
 std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {

@@ -11,6 +11,8 @@
 // Where the cached range cuts a stretch, its true ends are looked for as long as goOn says so (empty: until
 // they are found); what is not known by then is told as "before" and "after".
 std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn = {});
+// What it says of the times of a stretch: from when to when, and how long.
+std::string laTip_Stretch(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn);
 // The same with so many milliseconds. What is left to look for is noted in canvas.hand.tipItem.
 std::string laTip_TextWithin(_LaCanvasData& canvas, const laItemRef& item, int milliseconds);
 constexpr int laTip_Longest = 50;  // milliseconds that a tip may take to come

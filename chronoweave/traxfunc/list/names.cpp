@@ -10,6 +10,7 @@ constexpr int margin = 4;  // pixels ahead of and behind a text
 constexpr int levelIndent = 14;
 constexpr int markSize = 9;  // the expand mark, a square
 constexpr int leastWidth = 100;
+constexpr double absentInk = 0.45;     // opacity of the names of objects with nothing in the view
 constexpr Colour tintText = 0x202020;  // readable on every tint, whatever the palette
 
 int mark_left(const MslObjectEntry& entry) {
@@ -75,21 +76,34 @@ void laNames::Draw(Surface& surface, int width, int height, Look look) const {
     surface.clearRect(0, 0, width, height);
     const int first = looks_.rowHeight > 0 ? view_.verticalOffset / looks_.rowHeight : 0;
     for (size_t i = static_cast<size_t>(std::max(0, first)); i < rows.size(); ++i) {
-        if (rows[i]->row * looks_.rowHeight - view_.verticalOffset >= height) break;
-        DrawRow(surface, *rows[i], width, look);
+        if (TopOf(*rows[i]) >= height) break;
+        DrawRow(surface, *rows[i], TopOf(*rows[i]), width, look);
     }
     if (look == Look::Window && objects_.focused) DrawCurrent(surface, width);
+    DrawPinned(surface, width, height, look);
     if (oldFont >= 0) surface.setFont(oldFont);
 }
 
-void laNames::DrawRow(Surface& surface, const MslObjectEntry& entry, int width, Look look) const {
-    const int top = entry.row * looks_.rowHeight - view_.verticalOffset;
+int laNames::TopOf(const MslObjectEntry& entry) const {
+    return entry.row * looks_.rowHeight - view_.verticalOffset;
+}
+
+void laNames::DrawPinned(Surface& surface, int width, int height, Look look) const {
+    for (const auto& [row, top] : objects_.PinnedRows(view_, height)) {
+        surface.clearRect(0, top, width, looks_.rowHeight);
+        DrawRow(surface, *objects_.rows()[static_cast<size_t>(row)], top, width, look);
+    }
+}
+
+void laNames::DrawRow(Surface& surface, const MslObjectEntry& entry, int top, int width, Look look) const {
     Colour ground = tint_for(objects_.RowColour(entry), surface.background());
     Colour ink = ground != NoColour ? text_on(ground) : surface.foreground();
     if (look == Look::Window && objects_.list().IsSelected(entry.row)) {
         ground = surface.selectionBackground();
         ink = surface.selectionForeground();
     }
+    if (objects_.IsAbsent(entry, view_))
+        ink = colour_Mix(ink, ground != NoColour ? ground : surface.background(), absentInk);
     if (ground != NoColour) surface.fillRect(0, top, width, looks_.rowHeight, ground);
     if (objects_.HasChildren(entry))
         draw_mark(surface, mark_left(entry), top + looks_.rowHeight / 2, entry.collapsed, ink);
@@ -128,8 +142,23 @@ MslObjectEntry* laNames::RowAt(int y) const {
     const auto& rows = objects_.rows();
     const int content = y + view_.verticalOffset;
     if (y < 0 || content < 0 || looks_.rowHeight <= 0) return nullptr;
+    for (const auto& [pinned, top] : objects_.PinnedRows(view_, static_cast<int>(graph_.vertical.visible())))
+        if (y >= top && y < top + looks_.rowHeight) return rows[static_cast<size_t>(pinned)];
     const auto row = static_cast<size_t>(content / looks_.rowHeight);
     return row < rows.size() ? rows[row] : nullptr;
+}
+
+laNames::Band laNames::BandOf(const MslObjectEntry& entry) const {
+    if (entry.row < 0) return {};
+    const int height = static_cast<int>(graph_.vertical.visible());
+    int free = 0;  // below the rows at the edge
+    for (const auto& [row, top] : objects_.PinnedRows(view_, height)) {
+        if (row == entry.row) return {top, std::min(height, top + looks_.rowHeight)};
+        free = top + looks_.rowHeight;
+    }
+    const int top = TopOf(entry);
+    const Band band{std::max(free, top), std::min(height, top + looks_.rowHeight)};
+    return band.top < band.end ? band : Band{};
 }
 
 bool laNames::HitsMark(const MslObjectEntry& entry, int x) const {

@@ -30,6 +30,11 @@ class laNames {
     int Width(Surface& surface, int most, std::optional<int> height = {}) const;
     // The row there, null below the last.
     MslObjectEntry* RowAt(int y) const;
+    // What is seen of a row: from its first to behind its last pixel row; empty when nothing is.
+    struct Band {
+        int top = 0, end = 0;
+    };
+    Band BandOf(const MslObjectEntry& entry) const;
     // True when x hits the expand mark of the row.
     bool HitsMark(const MslObjectEntry& entry, int x) const;
 
@@ -63,7 +68,9 @@ class laNames {
     void WithList(const Work& work);
     int TextLeft(const MslObjectEntry& entry) const;
     std::string ShownText(const MslObjectEntry& entry) const;
-    void DrawRow(Surface& surface, const MslObjectEntry& entry, int width, Look look) const;
+    int TopOf(const MslObjectEntry& entry) const;
+    void DrawRow(Surface& surface, const MslObjectEntry& entry, int top, int width, Look look) const;
+    void DrawPinned(Surface& surface, int width, int height, Look look) const;
     void DrawCurrent(Surface& surface, int width) const;
 
     TraxTaskList& objects_;

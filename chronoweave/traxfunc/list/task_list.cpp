@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "chronoweave/traxfunc/draw/pinned_rows.h"
+#include "chronoweave/traxfunc/model/absent.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -112,7 +114,7 @@ std::string_view laTask_WithoutFake(std::string_view name) {
 
 TraxTaskList::TraxTaskList(LaItems& items, const LaList& settings, const LaSource& source,
                            const LaLooks& looks, const LaAxis& axis)
-    : items_(items), settings_(settings), source_(source), looks_(looks), axis_(axis) {
+    : items_(items), settings_(settings), source_(source), looks_(looks), axis_(axis), processors_(items) {
     // An object's window opens; a group opens or closes.
     list().activated = [this](int row) {
         const MslObjectEntry* entry = EntryAt(row);
@@ -130,12 +132,14 @@ void TraxTaskList::Fill() {
         lane.listEntry = Place(laTask_PathOfLane(settings_, source_, lane), i);
     }
     Sort(root_);
+    processors_.Place(root_, source_.osKind);
     NumberRows();
 }
 
 void TraxTaskList::Clear(bool all) {
     DropRows(all);
     byPath_.clear();
+    processors_.Forget();
     root_.children.clear();
     depth_ = 0;
     for (uint32_t i = 0; i < items_.lanes.size(); ++i) {
@@ -209,7 +213,7 @@ bool TraxTaskList::Covered(const laItem_Line& lane) const {
 
 bool TraxTaskList::Hide(MslObjectEntry& entry) {
     entry.selfHidden = entry.payload != laNoLane && LeftOut(items_.lanes[entry.payload]);
-    bool any = entry.payload != laNoLane && !entry.selfHidden;
+    bool any = (entry.payload != laNoLane && !entry.selfHidden) || processors_.IsOwn(entry);
     for (auto& child : entry.children)
         if (Hide(*child)) any = true;
     entry.hidden = !any;
@@ -224,16 +228,20 @@ void TraxTaskList::Number(MslObjectEntry& entry, int depth) {
         child->row = static_cast<int>(rows_.size());
         child->depth = depth;
         rows_.push_back(child.get());
+        processors_.Numbered(*child);
         if (child->payload != laNoLane && !child->selfHidden)
             set_row(items_.lanes[child->payload], child->row);
         if (!child->collapsed) Number(*child, depth + 1);
+        processors_.Ended(*child, rows_.size());
     }
 }
 
 void TraxTaskList::NumberRows() {
     rows_.clear();
+    processors_.NoRows();
     Hide(root_);
     Number(root_, 0);
+    processors_.AllEnded(rows_.size());
     ShowRows();
 }
 
@@ -255,6 +263,8 @@ std::string TraxTaskList::EntryKey(const MslObjectEntry& entry) const {
 }
 
 std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
+    if (processors_.IsOwn(entry))
+        return RowText(entry, 0) + ": the " + laCanvas_Plural(settings_.objectTermLower) + " that run there";
     if (entry.payload == laNoLane) {
         const auto total = static_cast<int>(entry.children.size());
         const auto shown = static_cast<int>(std::count_if(entry.children.begin(), entry.children.end(),
@@ -273,6 +283,17 @@ std::string TraxTaskList::RowTip(const MslObjectEntry& entry) const {
                                    ? " \"" + text_utf8(name) + "\"(" + gen_format("0x%x", lane.objectId) + ")"
                                    : gen_format(" 0x%x", lane.objectId);
     return settings_.objectTerm + object + ", Priority = " + priority;
+}
+
+std::vector<std::pair<int, int>> TraxTaskList::PinnedRows(const LaView& view, int height) const {
+    std::vector<std::pair<int, int>> rows;
+    for (const laPinnedRow& pinned : laPinned_Rows(items_, looks_, view, height))
+        rows.emplace_back(items_.processors.list[pinned.processor].row, pinned.top);
+    return rows;
+}
+
+bool TraxTaskList::IsAbsent(const MslObjectEntry& entry, const LaView& view) const {
+    return entry.payload < items_.lanes.size() && laLn_IsAbsent(items_.lanes[entry.payload], view);
 }
 
 laPath TraxTaskList::PathOf(const MslObjectEntry& entry) const {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "chronoweave/traxfunc/list/activity.h"
+#include "chronoweave/traxfunc/list/processor_rows.h"
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/list.h"
 #include "chronoweave/traxfunc/model/looks.h"
@@ -31,7 +32,7 @@ struct laPath {
     bool operator==(const laPath&) const = default;
 };
 
-// A row's payload is its lane, laNoLane for a group.
+// A row's payload is its lane, laNoLane for a group and for a processor's own row.
 class TraxTaskList : public MslObjectList {
   public:
     // All outlive it. Of the items it writes what the lanes know of the list: row, hidden and listEntry.
@@ -73,6 +74,10 @@ class TraxTaskList : public MslObjectList {
     Colour RowColour(const MslObjectEntry& entry) const override;
     // What a group holds, or an object's name, id and priority; nothing for a lane that is gone.
     std::string RowTip(const MslObjectEntry& entry) const override;
+    // The rows that stay at the upper edge of a view of this height, by the row of the list.
+    std::vector<std::pair<int, int>> PinnedRows(const LaView& view, int height) const;
+    // Whether the row's object has nothing in the view: it does not exist yet, or no more.
+    bool IsAbsent(const MslObjectEntry& entry, const LaView& view) const;
     std::string EntryKey(const MslObjectEntry& entry) const override;
     void RowChanged(MslObjectEntry& entry) override;
 
@@ -97,6 +102,7 @@ class TraxTaskList : public MslObjectList {
     const LaLooks& looks_;
     const LaAxis& axis_;
     MslObjectEntry root_;
+    laProcessorRows processors_;
     std::unordered_map<std::string, MslObjectEntry*> byPath_;
     std::vector<laPath> hiddenPaths_;
     std::set<std::string> collapsed_;

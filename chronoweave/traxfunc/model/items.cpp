@@ -108,6 +108,7 @@ void laItems_Clear(LaItems& items) {
     items.hiddenAgent = laNoLane;
     items.bitmaps.clear();
     items.ctxLines.clear();
+    items.processors = {};
     items.running.clear();
     items.cachedLow = items.cachedHigh = 0;
     ++items.itemsVersion;

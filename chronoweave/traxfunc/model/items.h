@@ -12,6 +12,7 @@
 
 #include "chronoweave/engine/object_index.h"
 #include "chronoweave/engine/running_objects.h"
+#include "chronoweave/traxfunc/model/processors.h"
 #include "chronoweave/traxfunc/model/stretch.h"
 #include "shared/libcxxutil/table.h"
 
@@ -94,6 +95,7 @@ struct LaItems {
     Table<laItem_Bitmap> bitmaps;          // in time order
     Table<laItem_Ctx> ctxLines;            // in time order
     uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
+    LaProcessors processors;               // made for the rows that they have; else none
     RunningObjects running;                // as far as the fetch has come
     double cachedLow = 0, cachedHigh = 0;  // the range that the items cover; both 0 for none
     uint32_t itemsVersion = 0;             // grows whenever items are dropped or change their places

@@ -24,5 +24,6 @@ void laItems_MoveLanes(LaItems& items, std::span<const uint32_t> to) {
         place(items.ctxLines[i].toLane);
     }
     place(items.hiddenAgent);
+    items.processors = {};
     ++items.itemsVersion;
 }

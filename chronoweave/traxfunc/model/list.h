@@ -26,7 +26,8 @@ struct LaList {
     bool mostActiveFirst = false;       // by how long they ran in it, the order above among equals
     std::optional<LaRowsView> madeFor;  // what such rows were made for; none before they were
     bool showHiddenAgent = false;
-    bool kernelGroup = false;  // objects with no separator go under "Kernel" on Korvantis
+    bool processorRows = false;  // a row for each processor shows who ran there
+    bool kernelGroup = false;    // objects with no separator go under "Kernel" on Korvantis
     std::string separator = "@";
     std::string objectTerm = "Task", objectTermLower = "task";
 };

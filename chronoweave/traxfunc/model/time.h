@@ -52,6 +52,8 @@ class laTimeScale {
     int RightOfView() const { return rightOfView_; }
     // Time base of a column.
     double ToTime(int x) const { return x / perUnit_ + low_; }
+    // The first time that falls into a column.
+    double BeginOf(int x) const { return (x - half) / perUnit_ + low_; }
 
   private:
     // Times and pixels are often both round, so that a time falls in the middle between two columns. A

@@ -19,6 +19,8 @@ struct LaPainted {
     double low = 0, pixelsPerUnit = 0;
     uint64_t position = 0;  // pixel of the virtual picture in column 0
     int verticalOffset = 0, width = 0, height = 0, dataHeight = 0;
+    uint64_t absent = 0;  // which rows were those of absent objects, see absent.h
+    int pinned = 0;       // rows at the upper edge that lie over the lanes
 };
 
 // The shown range. viewHigh - viewLow is viewLength but for the snapping to a pixel.

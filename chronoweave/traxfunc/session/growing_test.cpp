@@ -75,6 +75,10 @@ std::string text_of(const LaItems& items) {
         const laItem_Ctx& line = items.ctxLines[i];
         text += gen_format("switch %a %u %u %d\n", line.t0, line.fromLane, line.toLane, line.status);
     }
+    for (const LaProcessor& one : items.processors.list)
+        for (const LaRun& run : one.runs)
+            text += gen_format("run %u row %d %a %a %u behind %a\n", one.key, one.row, run.t0, run.t1,
+                               run.lane, run.before);
     for (uint32_t processor = 0; processor < items.running.end(); ++processor)
         if (items.running.on(processor) != RunningObjects::none)
             text += gen_format("processor %u runs %d\n", processor,
@@ -164,6 +168,7 @@ class Grown {
   private:
     static void prepare(TestCanvas& canvas, PixelSurface& pixels) {
         canvas.graph.surface = &pixels;
+        canvas.canvas->list.processorRows = true;
         laCanvas_Resized(*canvas.canvas, width, height);
     }
 

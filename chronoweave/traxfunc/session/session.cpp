@@ -6,6 +6,7 @@
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/icon_walk.h"
+#include "chronoweave/traxfunc/draw/scroll.h"
 #include "chronoweave/traxfunc/draw/switch_density.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
@@ -53,6 +54,9 @@ void paint_from(_LaCanvasData& canvas, double time, uint32_t version) {
     const double column = (time - canvas.view.viewLow) * canvas.view.pixelsPerUnit - reach_left(canvas);
     if (column >= canvas.graph->width) return;
     laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
+    // The names of what runs stand where their room is.
+    for (const auto& band : laScroll_ProcessorBands(canvas.scene()))
+        laCanvas_RepaintRows(canvas, band.from, band.end);
 }
 
 }  // namespace
