@@ -6,6 +6,8 @@ set -euo pipefail
 packages=(
   # to build
   cmake ninja-build g++ ccache qt6-base-dev qt6-svg-dev libcli11-dev nlohmann-json3-dev
+  # to trace this system live; without them the target says that it is not in the build
+  libtracefs-dev libtraceevent-dev pkg-config
   # to test and to measure
   libgtest-dev libbenchmark-dev python3
   # to look at printed pages in tests; without it they are not looked at

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -35,7 +36,7 @@ class Recorder {
     std::vector<std::string> takeNotes() { return std::exchange(notes_, {}); }
 
   protected:
-    void note(std::string line) { notes_.push_back(std::move(line)); }
+    void note(std::string_view line) { notes_.emplace_back(line); }
 
   private:
     std::vector<std::string> notes_;

@@ -23,6 +23,9 @@ inline constexpr std::string_view reply_Mask = "Target Event Log Mask:";
 
 // How the line begins that tells, unasked, that no event will come any more.
 inline constexpr std::string_view reply_Ended = "The target has ended";
+// How those begin that tell, unasked, that events were lost, a number behind it, and why live mode ended.
+inline constexpr std::string_view reply_Lost = "The system lost";
+inline constexpr std::string_view reply_RecordingEnded = "Live mode ended:";
 
 // The text, of one sentence a line, in such lines.
 std::string reply_Lines(std::string_view text);

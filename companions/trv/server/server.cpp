@@ -311,11 +311,11 @@ void Server::tellLost(uint64_t lost, Instant now) {
     extra.push_back(0);
     events_.clear();
     if (events_.event(book_->time(), mt_UserEvent, lost_subtype, extra)) record(now);
-    remark("The system lost " + count_of(lost, "event") + ".");
+    remark(std::string(reply_Lost) + ' ' + count_of(lost, "event") + '.');
 }
 
 void Server::recordingFailed(const Result& why) {
-    remark("Live mode ended: " + why.text());
+    remark(std::string(reply_RecordingEnded) + ' ' + why.text());
 }
 
 void Server::letGo(Instant now) {

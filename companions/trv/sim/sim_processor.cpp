@@ -20,7 +20,7 @@ constexpr uint64_t high_takes_once_in = 3;   // jobs of the first task
 constexpr size_t tasks_with_semaphore = 3;   // on fewer nobody can stand between the two
 
 SimTime nanoseconds(double time) {
-    return static_cast<SimTime>(std::max(1.0, std::llround(time) * 1.0));
+    return static_cast<SimTime>(std::max(1LL, std::llround(time)));
 }
 
 }  // namespace
