@@ -24,8 +24,9 @@ enum : unsigned {
     Report = 256,
     Check = 512,
     Merge = 1024,
+    Live = 2048,
     Readers = Info | Events | State | Objects,
-    All = Readers | Import | Render | ConfigCheck | Search | Report | Check | Merge
+    All = Readers | Import | Render | ConfigCheck | Search | Report | Check | Merge | Live
 };
 
 struct CommandSpec {
@@ -37,8 +38,18 @@ struct CommandSpec {
     const char* subject = nullptr;  // name of what stands ahead of PATH, null for nothing
     const char* subjectHelp = nullptr;
     std::vector<std::string> kinds = {};  // that the subject can be; empty for any
-    enum class Paths { One, Several } paths = Paths::One;
-    const char* pathWord() const { return paths == Paths::One ? "PATH" : "IN..."; }
+    enum class Paths { One, Several, Target } paths = Paths::One;
+    const char* pathWord() const {
+        switch (paths) {
+            case Paths::One:
+                return "PATH";
+            case Paths::Several:
+                return "IN...";
+            case Paths::Target:
+                return "TARGET";
+        }
+        return "";
+    }
 };
 
 constexpr const char* source_path = "a .trr, a .core, a .trs, or a store's base name";
@@ -74,6 +85,12 @@ const CommandSpec commands[] = {
      .path = "raw event files and core files",
      .run = command_Merge,
      .paths = CommandSpec::Paths::Several},
+    {.bit = Live,
+     .name = "live",
+     .summary = "follow a target: log its events into the raw event file that -o names, and into its store",
+     .path = "what to connect to, as one argument: \"sim\", \"replay FILE x4\", \"run COMMAND\", \"linux\"",
+     .run = command_Live,
+     .paths = CommandSpec::Paths::Target},
     {ConfigCheck, "config check", "read a configure file and report every line it does not take",
      "a configure file (.tc)", command_ConfigCheck},
 };
@@ -153,9 +170,12 @@ constexpr OptionSpec options[] = {
     {All, "--json", nullptr, "JSON, one object a line", nullptr, &CommandLine::json},
     {All, "--csv", nullptr, "comma-separated values", nullptr, &CommandLine::csv},
     {All, "-o,--output", "FILE",
-     "where the result goes; for import the base name of the store, for merge the raw event file",
+     "where the result goes; for import the base name of the store, for merge and live the raw event file",
      &CommandLine::output, nullptr},
-    {Import, "--checkpoint", "N",
+    {Live, "--seconds", "N", "end after so many seconds", &CommandLine::seconds, nullptr},
+    {Live, "--events", "N", "end once so many events are there", &CommandLine::mostEvents, nullptr},
+    {Live, "--force", nullptr, "replace a file that is there", nullptr, &CommandLine::force},
+    {Import | Live, "--checkpoint", "N",
      "events from one checkpoint to the next, a multiple of 100; without it as many as the number of objects "
      "asks",
      &CommandLine::checkpoint, nullptr},
@@ -172,8 +192,8 @@ void add_options(CLI::App& app, const CommandSpec& spec, CommandLine& line) {
             app.add_option(spec.subject, line.subject, spec.subjectHelp)->required()->type_name("");
         if (!spec.kinds.empty()) subject->check(CLI::IsMember(spec.kinds));
     }
-    if (spec.paths == CommandSpec::Paths::One)
-        app.add_option("PATH", line.path, spec.path)->required()->type_name("");
+    if (spec.paths != CommandSpec::Paths::Several)
+        app.add_option(spec.pathWord(), line.path, spec.path)->required()->type_name("");
     else
         app.add_option("IN", line.sources, spec.path)->required()->type_name("...");
     for (const OptionSpec& option : options) {

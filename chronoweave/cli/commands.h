@@ -15,4 +15,5 @@ int command_Search(const CommandLine& line);
 int command_Report(const CommandLine& line);
 int command_Check(const CommandLine& line);
 int command_Merge(const CommandLine& line);
+int command_Live(const CommandLine& line);
 int command_ConfigCheck(const CommandLine& line);

@@ -8,10 +8,10 @@
 
 namespace {
 
-// The files that results go into. The -o of import is a base name, and merge has several sources; both see to
-// their files themselves.
+// The files that results go into. The -o of import is a base name, merge has several sources, and live has
+// none; they see to their files themselves.
 std::vector<std::string> outputs_of(const CommandLine& line) {
-    const bool seesToItself = line.command == "import" || line.command == "merge";
+    const bool seesToItself = line.command == "import" || line.command == "merge" || line.command == "live";
     std::vector<std::string> outputs;
     for (const std::string& name : {seesToItself ? std::string() : line.output, line.junit})
         if (!name.empty()) outputs.push_back(name);

@@ -29,4 +29,6 @@ struct CommandLine {
     std::string limit, junit;
     std::string checkpoint;
     std::string align;
+    std::string seconds, mostEvents;  // how much of what is live
+    bool force = false;
 };

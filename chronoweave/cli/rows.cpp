@@ -163,6 +163,11 @@ void RowWriter::flush() {
     buffer_.clear();
 }
 
+void RowWriter::send() {
+    flush();
+    if (std::fflush(file_) != 0 && reason_ == 0) reason_ = errno;
+}
+
 bool RowWriter::close() {
     if (form_ != RowForm::Json && !headed_ && !layout_.columns.empty()) head();
     flush();

@@ -49,6 +49,8 @@ class RowWriter {
     void facts(std::initializer_list<Fact> list) { facts(std::span(list.begin(), list.size())); }
     // A line for people, in text alone; a line of the program's own words and of names.
     void note(std::string_view line);
+    // Hands on what is held, for whoever reads while more is to come.
+    void send();
     // Writes out what is held, ahead of that the head of a table with no rows; false, and a message, when
     // something could not be written.
     [[nodiscard]] bool close();
