@@ -36,7 +36,8 @@ bool read_wish(const CommandLine& line, LiveSessionOptions& options, LiveWish& w
     status = Exit_Usage;
     if (!checkpoint) return false;
     if (!line.checkpoint.empty() && (*checkpoint == 0 || *checkpoint % mt_CheckpointInterval != 0))
-        return wrong(gen_format("--checkpoint: no multiple of %u: %s", mt_CheckpointInterval, line.checkpoint.c_str()));
+        return wrong(gen_format("--checkpoint: no multiple of %u: %s", mt_CheckpointInterval,
+                                line.checkpoint.c_str()));
     if (line.output.empty()) return wrong("live: -o is required");
     if (!line.seconds.empty()) {
         wish.seconds = scan_double(line.seconds);
@@ -44,12 +45,14 @@ bool read_wish(const CommandLine& line, LiveSessionOptions& options, LiveWish& w
     }
     if (!line.mostEvents.empty()) {
         wish.events = scan_number(line.mostEvents);
-        if (!wish.events || *wish.events == 0) return wrong("--events: no number of events: " + line.mostEvents);
+        if (!wish.events || *wish.events == 0)
+            return wrong("--events: no number of events: " + line.mostEvents);
     }
     options.checkpoint = *checkpoint;
     options.target = line.path;
-    options.file = std::filesystem::absolute(
-                       path_extension(line.output) == "trr" ? line.output : line.output + ".trr").string();
+    options.file =
+        std::filesystem::absolute(path_extension(line.output) == "trr" ? line.output : line.output + ".trr")
+            .string();
     return true;
 }
 
@@ -57,10 +60,13 @@ bool read_wish(const CommandLine& line, LiveSessionOptions& options, LiveWish& w
 bool is_source(const LiveSessionOptions& options) {
     std::string_view rest = options.target;
     while (!(rest = text_trim(rest)).empty()) {
-        for (size_t length = rest.size(); length != std::string_view::npos; length = rest.rfind(' ', length - 1)) {
+        for (size_t length = rest.size(); length != std::string_view::npos;
+             length = rest.rfind(' ', length - 1)) {
             std::string name(text_trim(rest.substr(0, length)));
-            if (name.size() > 2 && name.front() == '"' && name.back() == '"') name = name.substr(1, name.size() - 2);
-            if (!name.empty() && path_is_readable_file(name) && path_same_file(name, options.file)) return true;
+            if (name.size() > 2 && name.front() == '"' && name.back() == '"')
+                name = name.substr(1, name.size() - 2);
+            if (!name.empty() && path_is_readable_file(name) && path_same_file(name, options.file))
+                return true;
             if (length == 0) break;
         }
         const size_t blank = rest.find(' ');

@@ -62,7 +62,8 @@ TEST_F(LiveCommandTest, WhatIsThereStays) {
     } cases[] = {
         {{"live", replay(), "-o", file}, "it is there already; --force replaces it"},
         {{"live", "replay " + file + " xmax", "-o", file, "--force"}, "would overwrite what it is made of"},
-        {{"live", "replay \"" + file + "\"", "-o", path("a"), "--force"}, "would overwrite what it is made of"},
+        {{"live", "replay \"" + file + "\"", "-o", path("a"), "--force"},
+         "would overwrite what it is made of"},
         {{"live", "replay " + path("none.trr"), "-o", path("b.trr")}, "can't be connected to"},
         {{"live", "nothing of the kind", "-o", path("b.trr")}, "can't be connected to"},
         {{"live", replay(), "-o", path("nowhere/b.trr")}, "can't be recorded"},

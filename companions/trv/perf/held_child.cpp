@@ -63,7 +63,8 @@ Result HeldChild::start(const std::vector<std::string>& arguments) {
     const FileDescriptor goRead(::fcntl(go.read.number(), F_DUPFD_CLOEXEC, 6)),
         failedWrite(::fcntl(failed.write.number(), F_DUPFD_CLOEXEC, 6)),
         errorsWrite(::fcntl(errors.write.number(), F_DUPFD_CLOEXEC, 6));
-    if (!goRead.IsOpen() || !failedWrite.IsOpen() || !errorsWrite.IsOpen()) return Result::system("pipe", errno);
+    if (!goRead.IsOpen() || !failedWrite.IsOpen() || !errorsWrite.IsOpen())
+        return Result::system("pipe", errno);
     const pid_t pid = ::fork();
     if (pid < 0) return Result::system(arguments[0], errno);
     if (pid == 0) {

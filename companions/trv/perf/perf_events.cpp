@@ -48,8 +48,9 @@ Result refused(int error) {
     if (error != EACCES && error != EPERM) return Result::system("perf_event_open", error);
     std::string level;
     if (!file_read_whole("/proc/sys/kernel/perf_event_paranoid", level)) level = "?";
-    return Result::failure("the system does not let its users watch their own programs", "",
-                           "kernel.perf_event_paranoid is " + std::string(text_trim(level)) + "; 2 or less is needed");
+    return Result::failure(
+        "the system does not let its users watch their own programs", "",
+        "kernel.perf_event_paranoid is " + std::string(text_trim(level)) + "; 2 or less is needed");
 }
 
 // The fields behind every record that is no sample.

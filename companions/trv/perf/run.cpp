@@ -37,7 +37,8 @@ uint32_t priority_of(uint32_t task) {
 
 class Run : public Target {
   public:
-    Run(TargetFacts facts, std::vector<std::string> words) : facts_(std::move(facts)), words_(std::move(words)) {}
+    Run(TargetFacts facts, std::vector<std::string> words)
+        : facts_(std::move(facts)), words_(std::move(words)) {}
 
     const TargetFacts& facts() const override { return facts_; }
     // Starts the command the first time. From then on it goes on whether it is logged or not.

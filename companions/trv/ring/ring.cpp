@@ -39,7 +39,8 @@ Result put_all(int file, std::span<const uint8_t> bytes) {
 Result read_seconds(const std::string& word, const char* what, double& seconds) {
     const auto number = scan_double(word);
     if (!number || !(*number >= 0 && *number <= longest))
-        return Result::failure(std::string(what) + " is a number of seconds, not " + (word.empty() ? "nothing" : word));
+        return Result::failure(std::string(what) + " is a number of seconds, not " +
+                               (word.empty() ? "nothing" : word));
     seconds = *number;
     return {};
 }
@@ -48,7 +49,8 @@ Result read_seconds(const std::string& word, const char* what, double& seconds) 
 
 Result ring_Read(std::string_view& text, RingOptions& options) {
     const std::string_view whole = text;
-    if (Result read = read_seconds(words_TakeFirst(text), "what a ring keeps", options.seconds); !read) return read;
+    if (Result read = read_seconds(words_TakeFirst(text), "what a ring keeps", options.seconds); !read)
+        return read;
     if (options.seconds <= 0) return Result::failure("what a ring keeps is more than 0 seconds");
     for (;;) {
         std::string_view rest = text;
@@ -154,7 +156,9 @@ Result Ring::writeUpTo(mt_Time end) {
     wait_ = Wait::Off;
     FileBeside beside;
     if (Result made = beside.make(file_); !made) return made;
-    if (const Result put = writeBytes(beside.descriptor().number(), std::max(dropped_, startOf(end)), statesWritten_); !put)
+    if (const Result put =
+            writeBytes(beside.descriptor().number(), std::max(dropped_, startOf(end)), statesWritten_);
+        !put)
         return Result::failure(put.what(), file_, put.reason());
     if (Result kept = beside.keep(); !kept) return kept;
     eventsWritten_ = events_;

@@ -13,8 +13,8 @@
 #include "companions/trv/server/task_book.h"
 
 struct RingOptions {
-    double seconds = 0;           // that are kept
-    double after = 0;             // that are waited for behind the event
+    double seconds = 0;            // that are kept
+    double after = 0;              // that are waited for behind the event
     std::optional<EventMatch> on;  // without it only the user ends the wait
     std::string said;              // as the user wrote it
 };
@@ -73,7 +73,7 @@ class Ring : public Recorder {
     std::deque<Chunk> chunks_;
     size_t bytes_ = 0;
     uint64_t events_ = 0;
-    TaskBook book_;                    // ahead of the first that is kept
+    TaskBook book_;  // ahead of the first that is kept
     // The newest times of events that were let go, and of all; 0 before the first that has one.
     mt_Time dropped_ = 0, newest_ = 0;
     bool isFullTold_ = false;

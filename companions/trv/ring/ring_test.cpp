@@ -20,7 +20,8 @@ class RingTest : public TargetTest {
     // A user event every tenth of a second from 1 s on, of the task 0x401; those of subtype 9 where marked.
     static std::vector<uint8_t> tenths(size_t from, size_t to, size_t marked = SIZE_MAX) {
         RawWriter out(false);
-        for (size_t i = from; i < to; ++i) put(out, at(i), i == marked ? 9 : 0, i == marked ? "here it is" : "");
+        for (size_t i = from; i < to; ++i)
+            put(out, at(i), i == marked ? 9 : 0, i == marked ? "here it is" : "");
         return out.take();
     }
     static mt_Time at(size_t tenth) { return 1'000'000'000 + tenth * 100'000'000; }
@@ -100,7 +101,8 @@ TEST_F(RingTest, AClosedRingWritesNothing) {
     EXPECT_NE(said.find("20 events"), std::string::npos) << said;
     EXPECT_EQ(bytes_of(path("r.trr")).size(), 3u);
     EXPECT_FALSE(one->enable(path("nowhere/r.trr"), {}).ok());
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1) << "nothing is left beside it";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1)
+        << "nothing is left beside it";
 }
 
 TEST_F(RingTest, FullMemoryKeepsTheNewestAndSaysSo) {
@@ -181,8 +183,8 @@ TEST_F(RingTest, APieceOfATraceKnowsWhatTheWholeKnows) {
     for (const auto& [object, state] : all.states) {
         const auto at = piece.states.find(object);
         ASSERT_TRUE(at != piece.states.end()) << object;
-        EXPECT_TRUE(at->second == state) << object << ' ' << testing::PrintToString(state) << ' '
-                                         << testing::PrintToString(at->second);
+        EXPECT_TRUE(at->second == state)
+            << object << ' ' << testing::PrintToString(state) << ' ' << testing::PrintToString(at->second);
     }
     EXPECT_EQ(all.states.size(), piece.states.size());
 }
@@ -205,12 +207,9 @@ TEST(EventMatch, ReadsNumbersNamesAndTexts) {
         const char* text;
         std::optional<uint16_t> type, subtype;
         const char* inText;
-    } cases[] = {{"4", 4, {}, ""},
-                 {"0x4:0x10", 4, 16, ""},
-                 {"userevent", 4, {}, ""},
-                 {"ReleaseSemaphore", 3, 25, ""},
-                 {"4:x", {}, {}, "4:x"},
-                 {"deadline missed", {}, {}, "deadline missed"}};
+    } cases[] = {{"4", 4, {}, ""},         {"0x4:0x10", 4, 16, ""},
+                 {"userevent", 4, {}, ""}, {"ReleaseSemaphore", 3, 25, ""},
+                 {"4:x", {}, {}, "4:x"},   {"deadline missed", {}, {}, "deadline missed"}};
     for (const auto& c : cases) {
         const EventMatch match = match_Read(c.text);
         EXPECT_EQ(match.type, c.type) << c.text;

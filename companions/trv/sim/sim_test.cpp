@@ -71,7 +71,8 @@ TEST_F(SimTest, TheTraceAddsUp) {
             if (event.type != mt_TaskChange) continue;
             const auto [place, isFirst] = running.try_emplace(event.object & mt_GroupMask);
             if (!isFirst) ran[place->second.object] += event.time - place->second.since;
-            EXPECT_TRUE(isFirst || place->second.object != event.object) << "nobody takes over from themselves";
+            EXPECT_TRUE(isFirst || place->second.object != event.object)
+                << "nobody takes over from themselves";
             place->second = {event.object, event.time};
         }
         EXPECT_EQ(running.size(), simulation.processors().size());
@@ -79,7 +80,8 @@ TEST_F(SimTest, TheTraceAddsUp) {
         for (const SimProcessor& processor : simulation.processors())
             for (const auto& account : processor.accounts()) {
                 const Running& now = running[account.id & mt_GroupMask];
-                // Who runs now has been so since its switch; the account ends with the processor's last event.
+                // Who runs now has been so since its switch; the account ends with the processor's last
+                // event.
                 if (now.object == account.id) {
                     EXPECT_GE(account.ran, ran[account.id]);
                 } else {

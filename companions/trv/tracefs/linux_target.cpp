@@ -57,7 +57,8 @@ class Linux : public Target {
 };
 
 void Linux::takeOver(const LinuxEvent& event, RawWriter& out) {
-    const TaskPlace leaves{event.time, event.processor, event.task}, next{event.time, event.processor, event.next};
+    const TaskPlace leaves{event.time, event.processor, event.task},
+        next{event.time, event.processor, event.next};
     tasks_.priority(event.task, event.priority);
     tasks_.name(leaves, event.name, out);
     // The idle task waits for nothing.

@@ -1,5 +1,3 @@
-#include "companions/trv/tracefs/linux_target.h"
-
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -9,6 +7,7 @@
 #include <map>
 
 #include "companions/trv/server/server_testing.h"
+#include "companions/trv/tracefs/linux_target.h"
 #include "companions/trv/tracefs/linux_trace.h"
 #include "companions/trv/tracefs/tracefs_library.h"
 
@@ -34,8 +33,8 @@ pid_t start_load(int milliseconds) {
     if (pid != 0) return pid;
     rusage usage{};
     do ::getrusage(RUSAGE_SELF, &usage);
-    while (usage.ru_utime.tv_sec * 1000 + usage.ru_utime.tv_usec / 1000 +
-               usage.ru_stime.tv_sec * 1000 + usage.ru_stime.tv_usec / 1000 <
+    while (usage.ru_utime.tv_sec * 1000 + usage.ru_utime.tv_usec / 1000 + usage.ru_stime.tv_sec * 1000 +
+               usage.ru_stime.tv_usec / 1000 <
            milliseconds);
     ::_exit(0);
 }

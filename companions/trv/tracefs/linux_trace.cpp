@@ -186,8 +186,7 @@ Result LinuxTrace::open() {
     parts.instance = tracefs_instance_create(parts.name.c_str());
     if (!parts.instance) return refused(errno ? errno : EACCES);
     tracefs_trace_off(parts.instance);
-    if (tracefs_instance_file_write(parts.instance, "trace_clock", "mono") < 0)
-        return refused(errno);
+    if (tracefs_instance_file_write(parts.instance, "trace_clock", "mono") < 0) return refused(errno);
     tracefs_instance_file_write(parts.instance, "buffer_size_kb", "4096");
     std::array<const char*, 3> systems{"sched", "irq", nullptr};
     parts.handle = tracefs_local_events_system(nullptr, systems.data());
@@ -209,7 +208,7 @@ Result LinuxTrace::setOn(bool isOn) {
 Result LinuxTrace::openProcessors() {
     Parts& parts = *parts_;
     parts.buffer = tep_kbuffer(parts.handle);
-    parts.page.resize(static_cast<size_t>(tep_get_page_size(parts.handle)));
+    parts.page.resize(static_cast<size_t>(::sysconf(_SC_PAGESIZE)));
     const long processors = ::sysconf(_SC_NPROCESSORS_CONF);
     for (int processor = 0; processor < processors; ++processor) {
         const std::string name = "per_cpu/cpu" + std::to_string(processor) + "/trace_pipe_raw";
