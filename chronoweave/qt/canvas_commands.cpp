@@ -268,7 +268,8 @@ void CanvasWindow::makeEventTable() {
 bool CanvasWindow::keyOfField(const QKeyEvent& event) {
     const auto* field = qobject_cast<const QLineEdit*>(focusWidget());
     const bool enter = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-    if (!field || (!enter && event.key() != Qt::Key_Escape)) return false;
+    if (!field || !field->objectName().startsWith(QLatin1String("tf_"))) return false;
+    if (!enter && event.key() != Qt::Key_Escape) return false;
     if (!enter) model_.revert(field->objectName().toStdString());
     if (!enter || !std::exchange(fieldRefused_, false)) view_->setFocus();
     return true;

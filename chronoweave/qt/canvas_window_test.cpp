@@ -494,6 +494,11 @@ TEST_F(Window, EnterAndEscapeGiveTheKeyboardBackToThePicture) {
     type("oops", Qt::Key_Return);
     EXPECT_EQ(window->message(), "Invalid time.");
     EXPECT_TRUE(field->hasFocus()) << "it is to be mended";
+    auto* other = new QLineEdit(window.get());
+    other->show();
+    other->setFocus();
+    testing_Key(*other, Qt::Key_Return);
+    EXPECT_TRUE(other->hasFocus()) << "a field of something else in the window";
 }
 
 TEST_F(Window, AFieldShowsTheFirstDigitsOfALongTime) {
