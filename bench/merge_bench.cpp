@@ -47,7 +47,7 @@ Outcome merge_sources(const BenchPlace& place, bool large, MergeAlign align, dou
 
 Outcome merge_memory(const BenchPlace& place, const std::string& file) {
     const std::string output = path_join(place.work, "merged.trr");
-    const Outcome outcome = outcome_OfMemory({"--measured-merge", file, output}, 64);
+    Outcome outcome = outcome_OfMemory({"--measured-merge", file, output}, 64);
     std::error_code none;
     std::filesystem::remove(output, none);
     return outcome;

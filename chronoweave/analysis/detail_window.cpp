@@ -17,7 +17,7 @@ void DetailWindow::Refuse(const std::string& message) {
 }
 
 std::string DetailWindow::ObjectText(uint32_t object) const {
-    const std::string id = gen_format("0x%x", object);
+    std::string id = gen_format("0x%x", object);
     const uint32_t at = canvas_.items.laneIndex.find(object);
     if (at == laNoLane || !canvas_.items.lanes[at].hasName) return id;
     return id + " (" + text_utf8(laTask_WithoutFake(canvas_.items.lanes[at].name)) + ")";

@@ -25,8 +25,8 @@ constexpr char words_IsSource[] =
     "\"%s\" is one of the files to be merged. Choose another file for the merged result.";
 constexpr char words_Stopped[] = "Merging was stopped.";
 
-constexpr size_t mostPrinted = 32 * 1024;  // bytes of either end of what the tool prints
-constexpr size_t mostLines = 12;           // of either end that a box shows
+constexpr size_t mostPrinted = size_t{32} * 1024;  // bytes of either end of what the tool prints
+constexpr size_t mostLines = 12;                   // of either end that a box shows
 constexpr size_t mostColumns = 160;
 
 // In the order of MergeAlign.

@@ -166,7 +166,7 @@ Result write_pages(Rendered& made, const RenderPage& page) {
         printed = traxPrint_Pages(*made.canvas, device, sizes, page.options);
         return printed.end == TraxPrintEnd::Done;
     };
-    const Result written = page_WritePdf(page.job, body);
+    Result written = page_WritePdf(page.job, body);
     if (printed.end != TraxPrintEnd::Done) return Result::failure(what_failed(printed.end), page.job.file);
     return written;
 }

@@ -109,7 +109,7 @@ TEST_F(RangeFiguresTest, NothingComesOfAnEmptyStore) {
     }
     EXPECT_TRUE(tally.Figures() == nullptr || tally.Figures()->events == 0);
     AnalysisSource none;
-    RangeTally of_none(none, {}, 0, 1);
-    EXPECT_FALSE(of_none.Step());
-    EXPECT_EQ(of_none.Figures(), nullptr);
+    RangeTally ofNone(none, {}, 0, 1);
+    EXPECT_FALSE(ofNone.Step());
+    EXPECT_EQ(ofNone.Figures(), nullptr);
 }

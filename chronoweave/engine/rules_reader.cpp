@@ -16,7 +16,7 @@ struct Token {
 // Cuts a line into words, quoted texts, and the symbols "->", "..", ",". A '#' ahead of a word begins a
 // comment.
 Result cut(std::string_view line, std::vector<Token>& tokens, size_t& length) {
-    const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
     size_t at = 0;
     const auto symbol = [&](size_t where) -> std::string_view {
         for (const std::string_view one : {"->", "..", ","})
@@ -25,7 +25,7 @@ Result cut(std::string_view line, std::vector<Token>& tokens, size_t& length) {
     };
     length = 0;
     while (at < line.size()) {
-        if (is_blank(line[at])) {
+        if (isBlank(line[at])) {
             ++at;
             continue;
         }
@@ -41,7 +41,7 @@ Result cut(std::string_view line, std::vector<Token>& tokens, size_t& length) {
             at = close + 1;
         } else {
             const size_t start = at;
-            while (at < line.size() && !is_blank(line[at]) && line[at] != '"' && symbol(at).empty()) ++at;
+            while (at < line.size() && !isBlank(line[at]) && line[at] != '"' && symbol(at).empty()) ++at;
             tokens.push_back({Token::Word, std::string(line.substr(start, at - start))});
         }
         length = at;

@@ -7,11 +7,11 @@ using FormatsPage = ImportTest;
 
 // The page shows the raw event file and the store that is made of it.
 TEST_F(FormatsPage, RawEventFileBecomesTheStoreOfThePage) {
-    const Bytes with_short = documented_Bytes("run1.trr");
-    ASSERT_GT(with_short.size(), 10u);
-    Bytes with_long = documented_Bytes("long-header");
-    with_long.insert(with_long.end(), with_short.begin() + 10, with_short.end());
-    for (const Bytes& raw : {with_short, with_long}) {
+    const Bytes withShort = documented_Bytes("run1.trr");
+    ASSERT_GT(withShort.size(), 10u);
+    Bytes withLong = documented_Bytes("long-header");
+    withLong.insert(withLong.end(), withShort.begin() + 10, withShort.end());
+    for (const Bytes& raw : {withShort, withLong}) {
         const OpenedSource opened = import("run1.trr", raw);
         ASSERT_EQ(opened.trouble.text(), "");
         EXPECT_EQ(opened.counts.events, 3u);

@@ -12,10 +12,10 @@
 
 namespace {
 
-constexpr size_t group_bytes = 256 * 1024;         // a group that is still in the cache when it is written
-constexpr uint32_t records_without_pause = 65536;  // of a source that makes none
-constexpr size_t records_at_once = 128;            // that are at hand
-constexpr double look_share = 0.1;                 // of the time of an import
+constexpr size_t group_bytes = size_t{256} * 1024;  // a group that is still in the cache when it is written
+constexpr uint32_t records_without_pause = 65536;   // of a source that makes none
+constexpr size_t records_at_once = 128;             // that are at hand
+constexpr double look_share = 0.1;                  // of the time of an import
 
 unsigned long long print(uint64_t number) {
     return number;

@@ -72,12 +72,12 @@ class Opening {
         if (!chosen.ok()) return chosen;
         result_.base = place.base;
         result_.inCache = place.inCache;
-        replaces_earlier_ = path_is_readable_file(place.base + ".trv");
+        replacesEarlier_ = path_is_readable_file(place.base + ".trv");
         return StoreWriter::Create(place.base, facts, tracker, writer);
     }
     // After a failure: the store that stood there before, unless it still stands.
     void TellEarlierStore() {
-        if (replaces_earlier_ && (session_->writer() || !path_is_readable_file(result_.base + ".trv")))
+        if (replacesEarlier_ && (session_->writer() || !path_is_readable_file(result_.base + ".trv")))
             say(gen_format(words_EarlierGone, result_.base.c_str()));
     }
 
@@ -130,8 +130,8 @@ class Opening {
     const ImportOptions& options_;
     GrowingSource session_{new ImportSession};
     OpenedSource result_;
-    bool fatal_ = false;             // the error stands alone
-    bool replaces_earlier_ = false;  // a store stood under the name that is written
+    bool fatal_ = false;            // the error stands alone
+    bool replacesEarlier_ = false;  // a store stood under the name that is written
 };
 
 }  // namespace

@@ -18,7 +18,7 @@ class FollowTest : public ImportTest {
   protected:
     void open(std::unique_ptr<EventSource> source) {
         session_.status = [this](const char* text) { status_ = text; };
-        session_.clock = [] { return now_ += step_; };
+        session_.clock = [] { return now += step; };
         const Result made = session_.open(
             std::move(source), 0,
             [&](const StoreFacts& facts, mt_EventCallback tracker, std::unique_ptr<StoreWriter>& writer) {
@@ -38,11 +38,11 @@ class FollowTest : public ImportTest {
     }
     void SetUp() override {
         ImportTest::SetUp();
-        now_ = step_ = 0;
+        now = step = 0;
     }
     ImportSession session_;
     std::string status_ = "unset";
-    static inline int64_t now_ = 0, step_ = 0;
+    static inline int64_t now = 0, step = 0;
 };
 
 TEST_F(FollowTest, aRecordWrittenInTwoPartsIsReadOnceWhole) {
@@ -76,7 +76,7 @@ TEST_F(FollowTest, aCutRecordIsToldOnceWhereItStands) {
     put_record(record, raw_event(2, 2, 20, 8, false));
     append(bytes, {16, 0, 2});
     follow(bytes);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(session_.read(i * 10), ReadEnd::Done);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(session_.read(int64_t{i} * 10), ReadEnd::Done);
     EXPECT_EQ(console(), "Chronoweave: 3 bytes of a cut record are left at offset 0x1b.\n");
     grow(Bytes(record.begin() + 3, record.end()));
     grow({16, 9});
@@ -106,7 +106,7 @@ TEST_F(FollowTest, theLimitIsTestedOncePerBufferAndTheNextReadGoesOn) {
     Bytes bytes = short_header(true);
     for (uint32_t i = 0; i < 5000; ++i) put_record(bytes, raw_event(2, 1, 1 + i, 1, true));
     follow(bytes);
-    step_ = 60;  // each look at the clock: the deadline of 100 falls to the second buffer
+    step = 60;  // each look at the clock: the deadline of 100 falls to the second buffer
     EXPECT_EQ(session_.read(100), ReadEnd::CutShort);
     EXPECT_EQ(status_, "More events are coming than we can display promptly.");
     EXPECT_EQ(session_.counts().events, 2 * (32768u / 17));

@@ -43,9 +43,9 @@ std::string next_semaphore() {
 }
 
 std::string program_at(const std::string& installation, const char* name) {
-    const std::string there = path_join(installation, name);
+    std::string there = path_join(installation, name);
     if (!installation.empty() && path_is_readable_file(there)) return there;
-    const std::string found = path_find_program(name);
+    std::string found = path_find_program(name);
     return found.empty() ? name : found;
 }
 

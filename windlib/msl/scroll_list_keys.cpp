@@ -1,5 +1,6 @@
 // The keyboard in the list: the current row and column, and what each key does to them.
 #include <algorithm>
+#include <utility>
 
 #include "windlib/msl/scroll_list.h"
 
@@ -10,8 +11,11 @@ int MScrollList::CurrentRow() const {
 }
 
 void MScrollList::SetCurrent(int row, int column) {
-    currentRow_ = HasRow(row) ? row : noRow;
+    const int from = std::exchange(currentRow_, HasRow(row) ? row : noRow);
     if (HasColumn(column)) currentColumn_ = column;
+    if (from != currentRow_)
+        for (const int each : {from, currentRow_})
+            if (HasRow(each)) RepaintRow(each);
 }
 
 void MScrollList::MoveTo(int row, bool control, bool shift) {

@@ -238,6 +238,22 @@ TEST(ScrollList, TellsItsViewAndFitsColumns) {
     EXPECT_EQ(changes.back(), MslChange::Columns);
 }
 
+TEST(ScrollList, TheRowThatGetsTheKeyboardIsPaintedThoughItWasSelectedBefore) {
+    MScrollList list;
+    list.SetMultiple(true);
+    list.SetSize(4, 1);
+    list.Click(1, 0, 1, false, false);
+    list.Click(2, 0, 1, true, false);
+    std::vector<int> painted;
+    list.changed = [&](MslChange change, int first, int) {
+        if (change == MslChange::Repaint) painted.push_back(first);
+    };
+    list.RightClick(1, 0);
+    EXPECT_EQ(painted, (std::vector<int>{2, 1}));
+    list.RightClick(1, 0);
+    EXPECT_EQ(painted.size(), 2u);
+}
+
 TEST(ScrollList, LazyRowsAreAskedForSortedAndMarkedById) {
     const std::vector<std::string> names = {"pear", "fig", "plum", "apple", "peach"};
     const auto text = [&](uint32_t id, int column) { return column == 0 ? names[id] : std::to_string(id); };

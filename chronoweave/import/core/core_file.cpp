@@ -29,12 +29,12 @@ bool read_korvantis(std::span<const uint8_t> file, CoreLogImage& image) {
     image.firstSlot = load_32(p + 16, big);
     image.nextSlot = load_32(p + 20, big);
     image.ticksPerSecond = load_32(p + 24, big);
-    const uint64_t log_at = korvantis_header + uint64_t{task_EntrySize} * image.taskCount;
-    const uint64_t table_at = log_at + image.logSize;
-    if (file.size() < table_at + 4 * uint64_t{image.slotCount}) return false;
+    const uint64_t logAt = korvantis_header + uint64_t{task_EntrySize} * image.taskCount;
+    const uint64_t tableAt = logAt + image.logSize;
+    if (file.size() < tableAt + 4 * uint64_t{image.slotCount}) return false;
     image.tasks = p + korvantis_header;
-    image.log = p + log_at;
-    image.events = p + table_at;
+    image.log = p + logAt;
+    image.events = p + tableAt;
     return true;
 }
 
@@ -47,10 +47,10 @@ bool read_tolmund(std::span<const uint8_t> file, CoreLogImage& image) {
     image.firstSlot = load_32(p + 8, big);
     image.nextSlot = load_32(p + 12, big);
     image.ticksPerSecond = load_32(p + 16, big);
-    const uint64_t events_at = tolmund_header + uint64_t{task_EntrySize} * image.taskCount;
-    if (file.size() < events_at + tolmund_record * uint64_t{image.slotCount}) return false;
+    const uint64_t eventsAt = tolmund_header + uint64_t{task_EntrySize} * image.taskCount;
+    if (file.size() < eventsAt + tolmund_record * uint64_t{image.slotCount}) return false;
     image.tasks = p + tolmund_header;
-    image.events = p + events_at;
+    image.events = p + eventsAt;
     return true;
 }
 

@@ -41,7 +41,7 @@ class Merging {
                 return Result::failure(words_OutputIsSource, request_.output);
         std::vector<MergePart> parts;
         for (const std::string& source : request_.sources) {
-            const Result opened = Open(source, parts);
+            Result opened = Open(source, parts);
             if (!opened.ok()) return opened;
         }
         if (parts.empty()) return Result::failure(words_AllEmpty);

@@ -81,7 +81,7 @@ SourceStep RawStream::WaitForMore(SourceStatus status) {
     records_.counts().unread = there_;
     records_.counts().unreadAt = base_;
     if (status == SourceStatus::Failed) {
-        const std::string words = gen_format(words_Seek, static_cast<unsigned long long>(base_ + there_));
+        const std::string words = gen_format(words_Seek, static_cast<unsigned long long>(base_) + there_);
         gen_console("%s\n", words.c_str());
         damage_ = Result::failure(words, name_);
         return SourceStep::Failed;

@@ -71,7 +71,7 @@ class PipeSource : public ByteSource {
     bool rereadable() const override { return false; }
 
   private:
-    static constexpr size_t kept_least = 64 * 1024, portion = 64 * 1024;
+    static constexpr size_t kept_least = size_t{64} * 1024, portion = size_t{64} * 1024;
 
     SourceStatus ReadMore(bool& filled) {
         const size_t before = kept_.size();
