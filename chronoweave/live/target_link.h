@@ -54,6 +54,7 @@ struct TargetLink {
     LinkPanel* panel = nullptr;
     unsigned flags = 0;  // TargetFlag
     std::string logFile = "intdump";
+    std::string logPath;                    // the same in full, as the server was told last
     std::string maskText, targetText;       // as last in the fields
     std::string lastMessage;                // as last shown
     std::unique_ptr<ServerProcess> server;  // null: none runs

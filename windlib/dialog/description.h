@@ -34,6 +34,7 @@ enum DialogFlag : unsigned {
     Dialog_Hidden = 16,      // at first; keeps its place
     Dialog_Multiple = 32,    // a list of which several rows may be selected
     Dialog_Horizontal = 64,  // a ButtonSet side by side
+    Dialog_PullsDown = 128,  // a TextField that offers texts: see DialogModel::onPullDown
 };
 
 struct DialogItem {
@@ -48,6 +49,7 @@ struct DialogItem {
     std::string buddy = {};  // of a Label: name of the item that its shortcut leads to
     std::string part = {};   // name of the item inside which it lives, which lays it out; empty: the window
     std::vector<std::string> choiceNames = {};  // object names of a ButtonSet's choices; empty: NAME_0 and on
+    std::string tip = {};  // shown while the pointer rests on it, and in a TextField that is empty
 };
 
 struct DialogDescription {
@@ -58,6 +60,7 @@ struct DialogDescription {
     bool menu = false;   // a top-level window with a menu line
     int offset = -1;     // where a window opens at first: so far right of and below its parent's corner;
                          // negative: where the window system puts it
+    std::string positionKey = {};  // under which a window's place is kept; empty: one made of the name
     std::vector<DialogItem> items = {};
     // Lines of the placer, except that an item may also be written as '@' and its name; see LayoutBuilder.
     // Item 0 is the window.

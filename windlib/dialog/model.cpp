@@ -31,6 +31,7 @@ DialogModel::DialogModel(DialogDescription description)
         entry.state.text = entry.committed = item.text;
         entry.state.enabled = (item.flags & Dialog_Disabled) == 0;
         entry.state.visible = (item.flags & Dialog_Hidden) == 0;
+        entry.state.readOnly = (item.flags & Dialog_ReadOnly) != 0;
         entry.state.multiple = (item.flags & Dialog_Multiple) != 0;
         if (item.kind == DialogKind::List) {
             makeList(entry, item);
@@ -197,6 +198,9 @@ void DialogModel::setEnabled(std::string_view name, bool enabled) {
 void DialogModel::setVisible(std::string_view name, bool visible) {
     change(name, &DialogItemState::visible, visible);
 }
+void DialogModel::setReadOnly(std::string_view name, bool readOnly) {
+    change(name, &DialogItemState::readOnly, readOnly);
+}
 void DialogModel::setChecked(std::string_view name, bool checked) {
     change(name, &DialogItemState::checked, checked);
 }
@@ -320,8 +324,7 @@ bool DialogModel::press(std::string_view name) {
 bool DialogModel::edit(std::string_view name, std::string text) {
     Entry* entry = usable(name, {DialogKind::TextField});
     if (entry == nullptr) return false;
-    const DialogItem& described = description_.items[static_cast<size_t>(entry - entries_.data())];
-    if ((described.flags & Dialog_ReadOnly) != 0) return false;
+    if (entry->state.readOnly) return false;
     if (entry->state.text == text) return true;
     entry->state.text = text;
     call(onEdit, std::string(name), text);
@@ -347,6 +350,15 @@ bool DialogModel::revert(std::string_view name) {
 bool DialogModel::type(std::string_view name, std::string text) {
     const std::weak_ptr<bool> alive = alive_;
     return edit(name, std::move(text)) && !alive.expired() && commit(name);
+}
+
+bool DialogModel::pullDown(std::string_view name) {
+    Entry* entry = usable(name, {DialogKind::TextField});
+    if (entry == nullptr || entry->state.readOnly) return false;
+    const DialogItem& described = description_.items[static_cast<size_t>(entry - entries_.data())];
+    if ((described.flags & Dialog_PullsDown) == 0) return false;
+    call(onPullDown, nameOf(*entry));
+    return true;
 }
 
 bool DialogModel::select(std::string_view name, const std::set<int>& rows) {
@@ -427,6 +439,10 @@ bool DialogModel::key(DialogKey key, std::string_view focus) {
     const std::weak_ptr<bool> alive = alive_;
     const bool committed = commit(focus);
     if (alive.expired()) return true;
+    if (onEnter && usable(focus, {DialogKind::TextField}) != nullptr) {
+        call(onEnter, std::string(focus));
+        return true;
+    }
     const DialogItem* button = withFlag(Dialog_Default);
     return (button != nullptr && press(button->name)) || committed;
 }

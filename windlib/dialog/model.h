@@ -27,8 +27,9 @@ struct DialogItemState {
     std::string title;  // shown before the text of a Label; empty: none
     bool enabled = true;
     bool visible = true;
-    bool checked = false;  // CheckBox, or the pressed look of a Button
-    int choice = -1;       // of a PullDown or ButtonSet; -1: none
+    bool readOnly = false;  // a TextField
+    bool checked = false;   // CheckBox, or the pressed look of a Button
+    int choice = -1;        // of a PullDown or ButtonSet; -1: none
     std::vector<std::string> choices;
     std::set<int> disabledChoices;  // of a ButtonSet
     std::vector<std::string> columnTitles;
@@ -77,6 +78,7 @@ class DialogModel {
     void setMessage(std::string text);
     void setEnabled(std::string_view name, bool enabled);
     void setVisible(std::string_view name, bool visible);
+    void setReadOnly(std::string_view name, bool readOnly);
     void setChecked(std::string_view name, bool checked);
     void setChoices(std::string_view name, std::vector<std::string> choices, int choice);
     void setChoice(std::string_view name, int choice);
@@ -98,7 +100,9 @@ class DialogModel {
     std::function<void(const std::string& name)> onPress;                          // a button
     std::function<void(const std::string& name, const std::string& text)> onEdit;  // each change of a field
     std::function<void(const std::string& name, const std::string& text)>
-        onCommit;  // only when the text changed
+        onCommit;                                             // only when the text changed
+    std::function<void(const std::string& name)> onEnter;     // Enter in a field, after onCommit
+    std::function<void(const std::string& name)> onPullDown;  // what a field offers is to be shown
     std::function<void(const std::string& name)> onSelect;
     std::function<void(const std::string& name, int row)> onActivate;  // double click, or Enter on a row
     // Each click on a row, after onSelect and ahead of onActivate; row -1 below the last. A double click is a
@@ -117,6 +121,7 @@ class DialogModel {
     bool commit(std::string_view name);                  // the field is left, or Enter
     bool revert(std::string_view name);                  // what was typed since the last one is dropped
     bool type(std::string_view name, std::string text);  // both
+    bool pullDown(std::string_view name);                // the button at a field's end, or Down in it
     bool select(std::string_view name, const std::set<int>& rows);
     bool activate(std::string_view name, int row);  // Enter on a row
     // A click on a row with its selecting, as MScrollList::Click, and a right click.
@@ -128,8 +133,9 @@ class DialogModel {
     bool choose(std::string_view name, int choice);
     bool check(std::string_view name, bool checked);
     bool menu(std::string_view body);  // a row of the menu was chosen
-    // Enter commits the field that has the keyboard, if any, and presses the default button; Escape presses
-    // the cancel button. Without a button to cancel by, Escape closes with Dialog_Dismissed.
+    // Enter commits the field that has the keyboard, if any, and tells of it, or presses the default button
+    // where nobody is told; Escape presses the cancel button. Without a button to cancel by, Escape closes
+    // with Dialog_Dismissed.
     bool key(DialogKey key, std::string_view focus = {});
     // The window is closed by its frame: as Escape.
     void dismiss();

@@ -178,6 +178,32 @@ TEST(DialogModelTest, TheLogicSetsAndThePlatformIsTold) {
     EXPECT_EQ(r.model.shownText("ok"), "Total: OK");
 }
 
+TEST(DialogModelTest, FieldsTellOfEnterAndOfferTexts) {
+    DialogDescription description = sample();
+    description.items[0].flags = Dialog_PullsDown;
+    DialogModel model(description);
+    std::string told;
+    model.onPress = [&](const std::string& name) { told += "press " + name + ";"; };
+    model.onPullDown = [&](const std::string& name) { told += "offer " + name + ";"; };
+    model.key(DialogKey::Enter, "field");
+    EXPECT_EQ(std::exchange(told, ""), "press ok;") << "where nobody is told of Enter";
+    model.onEnter = [&](const std::string& name) { told += "enter " + name + ";"; };
+    model.onCommit = [&](const std::string&, const std::string& text) { told += text + ";"; };
+    model.edit("field", "x");
+    model.key(DialogKey::Enter, "field");
+    model.key(DialogKey::Enter, "field");
+    model.key(DialogKey::Enter, "list");
+    EXPECT_EQ(std::exchange(told, ""), "x;enter field;enter field;press ok;");
+    EXPECT_TRUE(model.pullDown("field"));
+    model.setReadOnly("field", true);
+    EXPECT_FALSE(model.edit("field", "y"));
+    for (const char* item : {"field", "fixed", "list", "ok", "nobody"})
+        EXPECT_FALSE(model.pullDown(item)) << item;
+    model.setReadOnly("field", false);
+    EXPECT_TRUE(model.edit("field", "y"));
+    EXPECT_EQ(told, "offer field;");
+}
+
 TEST(DialogModelTest, ARefillSelectsNothing) {
     Recorded r;
     r.model.setRows("list", {{{"x"}, 7}, {{"y"}, 8}});

@@ -69,8 +69,10 @@ struct laUpperFloor {
     std::function<void(const std::function<void()>& work)> draw;
     std::function<std::vector<std::string>()> recentFiles;  // newest first
     std::function<void()> refreshIntervalChanged;           // the timer starts anew
+    std::function<void()> refreshToggled;                   // liveRefresh is on or off now
     bool iconButtons = true;                                // tool buttons show icons, else texts
     bool serverConnected = false;                           // an event server is
+    bool targetPanelOpened = false;                         // the target's panel is, or was once
     bool eventTable = false;                                // the table of events is open
     bool sourceGrows = false;                               // the source can be read on
     bool sourceIsLive = false;                              // it is followed, or could be

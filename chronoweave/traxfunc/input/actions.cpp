@@ -70,6 +70,7 @@ std::string laCanvas_SortOrderLabel(const _LaCanvasData& canvas) {
 
 void laCanvas_ToggleFreeze(_LaCanvasData& canvas) {
     canvas.source.liveRefresh = !canvas.source.liveRefresh;
+    if (canvas.calls.upper.refreshToggled) canvas.calls.upper.refreshToggled();
     if (canvas.calls.buttonsChanged) canvas.calls.buttonsChanged();
 }
 

@@ -190,7 +190,8 @@ bool has_next(const Canvas& c) {
     return c.past.historyCurrent >= 0 && c.past.historyCurrent != c.past.historyNewest;
 }
 bool target_can_be_called(const Canvas& c) {
-    return c.source.store == nullptr || c.source.osKind == Os_Korvantis || c.calls.upper.serverConnected;
+    return c.source.store == nullptr || c.source.osKind == Os_Korvantis || c.calls.upper.serverConnected ||
+           c.calls.upper.targetPanelOpened;
 }
 bool never(const Canvas&) {
     return false;

@@ -13,4 +13,5 @@ struct LaOptions {
     int refreshInterval = 1000;          // milliseconds
     int maxRefreshedEvents = 600;
     int targetTimeout = 5000;  // milliseconds
+    bool followEnd = false;    // the end of a trace that grows stays at the view's right edge
 };
