@@ -1,11 +1,14 @@
 // Searches and reports over a whole trace, each against a plain walk of the store, and what a search holds in
 // memory.
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
+#include "chronoweave/engine/find.h"
+#include "chronoweave/engine/range_figures.h"
 #include "chronoweave/engine/report.h"
 #include "chronoweave/rtos/configure_reader.h"
 
@@ -107,6 +110,49 @@ Outcome search_memory(const BenchPlace& place, const BenchInput& input) {
     return outcome;
 }
 
+bool found(Searched& searched, const char* typed) {
+    const ObjectNames names;
+    FindWalk walk(searched.source, names, find_Parse(typed), 0, searched.source.totalLength / 100);
+    while (walk.Step(8192)) {
+    }
+    return walk.count() > 0;
+}
+
+bool figures_exact(Searched& searched) {
+    RangeTally tally(searched.source, {}, 0, searched.source.totalLength);
+    while (tally.Step()) {
+    }
+    return tally.Figures() != nullptr && tally.Figures()->exact;
+}
+
+// How long the figures of a selection take: until the first ones are there, or until they are exact, which
+// counts per million events.
+enum class FiguresUntil { First, Exact };
+Outcome figures_time(const BenchPlace& place, const BenchInput& input, FiguresUntil until) {
+    Searched searched(place, input);
+    if (!searched.good()) return outcome_OfTrouble("the trace can't be searched");
+    std::vector<double> seconds;
+    uint64_t events = 0;
+    for (int turn = 0; turn < 15; ++turn) {
+        const auto start = std::chrono::steady_clock::now();
+        RangeTally tally(searched.source, {}, 0, searched.source.totalLength * (1 - 0.001 * turn));
+        while (tally.Step() && !(until == FiguresUntil::First && tally.Figures())) {
+        }
+        seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        if (!tally.Figures() || tally.Figures()->events == 0)
+            return outcome_OfTrouble("there were no figures");
+        events = tally.Figures()->events;
+    }
+    Outcome outcome;
+    const bool first = until == FiguresUntil::First;
+    outcome.value =
+        measure_Median(seconds) * (first ? 1e3 : 1e6 / static_cast<double>(std::max<uint64_t>(1, events)));
+    outcome.unit = first ? "ms" : "s/M";
+    outcome.limit = Outcome::AtMost;
+    outcome.bound = first ? 50 : 1;
+    return outcome;
+}
+
 bool chosen(Searched& searched, int kind) {
     ChosenReport report;
     return report_ChosenObjects(searched.source, searched.request(kind).request, {}, report) ==
@@ -126,6 +172,9 @@ void register_AnalysisBenchmarks(const BenchPlace& place) {
         {"search pattern", event_limit, [](Searched& s) { return s.search(s.request(Search_Pattern)); }},
         {"search status", status_limit, [](Searched& s) { return s.search(s.request(Search_Status)); }},
         {"search switch", status_limit, [](Searched& s) { return s.search(s.request(Search_Switch)); }},
+        {"find event", event_limit, [](Searched& s) { return found(s, "event:UserEvent"); }},
+        {"find status", status_limit, [](Searched& s) { return found(s, "status:RUNNING"); }},
+        {"selection figures", status_limit, figures_exact},
         {"report objects", status_limit,
          [](Searched& s) {
              LegendStatistics statistics;
@@ -147,6 +196,15 @@ void register_AnalysisBenchmarks(const BenchPlace& place) {
                     ReportOutcome::Done;
          }},
     };
+    std::vector<BenchInput> selected = place.inputs;
+    if (!place.hundredTasks.empty()) selected.push_back({"hundred", place.hundredTasks});
+    if (!place.thousandTasks.empty()) selected.push_back({"thousand", place.thousandTasks});
+    for (const BenchInput& input : selected) {
+        measure_Register("selection figures, first/" + input.name,
+                         [&place, input] { return figures_time(place, input, FiguresUntil::First); });
+        measure_Register("selection figures, exact/" + input.name,
+                         [&place, input] { return figures_time(place, input, FiguresUntil::Exact); });
+    }
     for (const BenchInput& input : place.inputs) {
         for (const auto& one : all)
             measure_Register(std::string(one.name) + "/" + input.name, [&place, input, one] {

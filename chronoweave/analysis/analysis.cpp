@@ -54,7 +54,7 @@ bool report_general(const std::shared_ptr<CanvasFacts>& facts) {
 
 }  // namespace
 
-void analysis_Attach(_LaCanvasData& canvas) {
+std::shared_ptr<SearchDesk> analysis_Attach(_LaCanvasData& canvas) {
     const auto desk = std::make_shared<SearchDesk>();
     const auto add = [&canvas](const char* name, std::function<bool()> work) {
         canvas.calls.upper.commands[name] = [&canvas, work = std::move(work)](const std::string&) {
@@ -68,4 +68,5 @@ void analysis_Attach(_LaCanvasData& canvas) {
     add("ReportObjects", [&canvas] { return report<report_objects>(canvas); });
     add("ReportTask", [&canvas] { return report<report_task>(canvas); });
     add("ReportGeneral", [&canvas] { return report<report_general>(canvas); });
+    return desk;
 }

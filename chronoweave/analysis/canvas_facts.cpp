@@ -1,5 +1,7 @@
 #include "chronoweave/analysis/canvas_facts.h"
 
+#include <algorithm>
+
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -38,6 +40,38 @@ bool TimeField::IsEmpty() const {
     return text_trim(model_.item(name_).text).empty();
 }
 
+void TimeField::Set(std::string text, double value) {
+    filled_ = std::move(text);
+    value_ = value;
+    model_.setText(name_, filled_);
+}
+
+std::optional<TimeSpan> analysis_Selection(const _LaCanvasData& canvas) {
+    const auto [low, high] = std::minmax(canvas.marks.cursor[0], canvas.marks.cursor[1]);
+    if (low < 0 || low == high) return std::nullopt;
+    return TimeSpan{low, high};
+}
+
+void analysis_ReadyRange(DialogModel& model, const CanvasFacts& facts) {
+    model.setEnabled("r_selection", analysis_Selection(facts.canvas).has_value());
+}
+
+bool analysis_PressRange(const CanvasFacts& facts, std::string_view button, TimeField& from, TimeField& to) {
+    const double end = facts.source.totalLength;
+    TimeSpan span{0, end};
+    if (button == "r_view")
+        span = {facts.canvas.view.viewLow, facts.canvas.view.viewHigh};
+    else if (button == "r_selection")
+        span = analysis_Selection(facts.canvas).value_or(span);
+    else if (button != "r_all")
+        return false;
+    span.to = std::min(span.to, end);
+    span.from = std::min(span.from, span.to);
+    from.Set(laTime_TrimZeros(facts.Shown(span.from, 10)), span.from);
+    to.Set(laTime_TrimZeros(facts.Shown(span.to, 10)), span.to);
+    return true;
+}
+
 void analysis_FillObjects(DialogModel& model, std::string_view name, const TraceFacts& facts,
                           const std::vector<uint32_t>& objects, bool always) {
     const AnalysisWords& words = facts.words;
@@ -54,6 +88,10 @@ void analysis_FillObjects(DialogModel& model, std::string_view name, const Trace
     list.SetUnsignedKey(0, [](uint64_t id) { return id; });
     list.nameColumn = 1;
     list.SortBy(0);
+}
+
+void analysis_SelectObjects(DialogModel& model, std::string_view list, const std::vector<uint32_t>& objects) {
+    if (!objects.empty()) model.setSelectedIds(list, {objects.begin(), objects.end()});
 }
 
 std::vector<uint32_t> analysis_SelectedObjects(const DialogModel& model, std::string_view list) {

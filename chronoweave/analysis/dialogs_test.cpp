@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/analysis/find_line.h"
+#include "chronoweave/analysis/selection_panel.h"
 #include "windlib/dialog/dialog_testing.h"
 
 namespace {
@@ -12,7 +14,8 @@ TEST(DialogsTest, EveryLayoutSurvivesFontsAndSizes) {
     for (const DialogDescription& d :
          {dialogs_CanvasWindow(), dialogs_Hide(), dialogs_TimeUnit(), dialogs_GotoTime(), dialogs_GetValue(),
           dialogs_Options(), dialogs_ScrollPos(), dialogs_Bookmarks(), dialogs_KeySheet(), dialogs_Palette(),
-          dialogs_About(), dialogs_Print(), dialogs_PrintTable()})
+          dialogs_About(), dialogs_Print(), dialogs_PrintTable(), find_LineDescription(),
+          selection_PanelDescription()})
         EXPECT_EQ(dialog_CheckAll(d), sound) << d.name;
 }
 

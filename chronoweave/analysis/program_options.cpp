@@ -18,6 +18,7 @@ constexpr OptionName optionNames[] = {{"NewTrv", &ProgramOptions::newTrv},
                                       {"PlainSwitches", &ProgramOptions::plainSwitches},
                                       {"PlainMarks", &ProgramOptions::plainMarks},
                                       {"EventTable", &ProgramOptions::eventTable},
+                                      {"SelectionPanel", &ProgramOptions::selectionPanel},
                                       {"DarkColours", &ProgramOptions::darkColours}};
 
 }  // namespace

@@ -19,6 +19,7 @@ struct ProgramOptions {
     bool plainSwitches = false;   // context switches look the same however many stand close together
     bool plainMarks = false;      // marks of overlap are the legend's picture, else numbers
     bool eventTable = false;      // new windows show the table of events
+    bool selectionPanel = true;   // a panel tells what happened in the selection
     bool darkColours = false;     // windows are dark whatever the desktop's colours are
 
     bool operator==(const ProgramOptions&) const = default;

@@ -61,7 +61,7 @@ void lay_out_tables(LayoutBuilder& layout, const std::string& table, const Layou
 }  // namespace
 
 DialogDescription report_RangeDialog() {
-    const LayoutItems rows = {"t_prompt", "tf_from", "ts_info", "ok"};
+    const LayoutItems rows = {"t_prompt", "tf_from", "r_view", "ts_info", "ok"};
     const LayoutItems range = {"t_from", "tf_from", "t_to", "tf_to"};
     LayoutBuilder layout;
     layout.leastWidths({{.of = {"t_prompt"}, .pixels = 16},
@@ -69,13 +69,15 @@ DialogDescription report_RangeDialog() {
                         {.of = {"ok", "cancel"}, .pixels = 32},
                         {.pixels = 80, .letters = 40}});
     layout.firstWidths({{.pixels = 12, .letters = 48}});
-    layout.onlyHeight({.of = rows, .pixels = 40});
+    layout.onlyHeight({.of = rows, .pixels = 44});
     layout.fillWidth("ts_info", {.gaps = 16});
-    layout.left({.items = {"t_prompt", "t_from", "ts_info"}});
+    layout.left({.items = {"t_prompt", "t_from", "r_view", "ts_info"}});
     layout.top({.items = {"t_prompt"}});
     layout.below({.items = {"tf_from"}, .of = "t_prompt", .gap = 4});
-    layout.below({.items = {"ts_info"}, .of = "tf_from"});
+    layout.below({.items = {"r_view"}, .of = "tf_from", .gap = 4});
+    layout.below({.items = {"ts_info"}, .of = "r_view"});
     layout.textRow(range, "tf_from");
+    layout.textRow({"r_view", "r_selection", "r_all"}, "r_view");
     layout.corner({"cancel", "ok"});
     DialogDescription d = {.name = "SelectTimeRange", .title = "Select Time Range", .helpKey = "report"};
     d.items = {item_Label("t_prompt", "Please define a period (in Second):")};

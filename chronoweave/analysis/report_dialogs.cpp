@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/analysis/list_filter.h"
 #include "chronoweave/analysis/search_dialogs.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "windlib/dialog/host.h"
@@ -18,7 +19,10 @@ class RangeFields {
         : facts_(facts),
           model_(model),
           from_(model, facts, "tf_from", facts.Shown(0, 9), 0),
-          to_(model, facts, "tf_to", EndText(facts), facts.source.totalLength) {}
+          to_(model, facts, "tf_to", EndText(facts), facts.source.totalLength) {
+        analysis_ReadyRange(model, facts);
+    }
+    bool Press(const std::string& name) { return analysis_PressRange(facts_, name, from_, to_); }
     // None, and the user was told, for what is no range. Values behind the trace's end are cut to it.
     std::optional<ReportRange> Take() {
         const auto from = from_.value(), to = to_.value();
@@ -48,7 +52,7 @@ std::optional<ReportRange> report_AskRange(CanvasFacts& facts) {
     RangeFields fields(model, facts);
     std::optional<ReportRange> range;
     model.onPress = [&](const std::string& name) {
-        if (name == "ok" && !(range = fields.Take())) return;
+        if (fields.Press(name) || (name == "ok" && !(range = fields.Take()))) return;
         model.close(name == "ok" ? accepted : Dialog_Dismissed);
     };
     return facts.canvas.calls.host->run(model) == accepted ? range : std::nullopt;
@@ -65,10 +69,12 @@ std::optional<ReportObject> report_AskObject(CanvasFacts& facts) {
     model.setText("t_prompt", "Select one " + words.lowerTerm + ':');
     model.setText("t_period", "During period (in " + words.unit + "):");
     analysis_FillObjects(model, "list", facts, facts.objects, false);
+    const ListFilters filters(model, {"list"});
     RangeFields fields(model, facts);
     ReportObject chosen;
     model.onActivate = [&](const std::string&, int) { model.press("ok"); };
     model.onPress = [&](const std::string& name) {
+        if (fields.Press(name)) return;
         const auto objects = analysis_SelectedObjects(model, "list");
         if (name == "cancel" || objects.empty()) return model.close(Dialog_Dismissed);
         const auto range = fields.Take();

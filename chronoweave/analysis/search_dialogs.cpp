@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "chronoweave/analysis/list_filter.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
@@ -134,9 +135,26 @@ void select_all(DialogModel& model, std::string_view list) {
     model.list(list).SelectAll();
 }
 
+// The first row of a list that resolves to one of the legend's.
+template <class RowOf>
+void select_first(DialogModel& model, std::string_view name, const std::vector<int32_t>& wanted,
+                  RowOf rowOf) {
+    const MScrollList& list = model.list(name);
+    for (int row = 0; row < list.RowCount(); ++row) {
+        if (std::find(wanted.begin(), wanted.end(), rowOf(row)) == wanted.end()) continue;
+        model.setSelected(name, {row});
+        return model.list(name).ScrollToRow(row);
+    }
+}
+
+const char* button_of(int kind) {
+    constexpr const char* names[] = {"event", "event_pattern", "status", "ctx_switch"};
+    return kind >= Search_Event && kind <= Search_Switch ? names[kind] : names[0];
+}
+
 }  // namespace
 
-bool search_AskObjects(CanvasFacts& facts, SearchRequest& request) {
+bool search_AskObjects(CanvasFacts& facts, SearchRequest& request, const SearchSeed& seed) {
     const AnalysisWords& words = facts.words;
     if (facts.objects.empty()) {
         laCanvas_UpdateFields(facts.canvas, 0, ("There is no " + words.lowerTerm + '.').c_str());
@@ -148,30 +166,38 @@ bool search_AskObjects(CanvasFacts& facts, SearchRequest& request) {
     model.setText("t_period", "Or define period during which " + words.lowerTerm + "s are alive (in " +
                                   words.unit + "):");
     analysis_FillObjects(model, "list", facts, facts.objects, false);
-    const TimeField from(model, facts, "tf_from", "0.0", 0);
-    const TimeField to(model, facts, "tf_to", with_max(facts, "-1.0"), -1);
+    const ListFilters filters(model, {"list"});
+    analysis_SelectObjects(model, "list", seed.objects);
+    TimeField from(model, facts, "tf_from", "0.0", 0);
+    TimeField to(model, facts, "tf_to", with_max(facts, "-1.0"), -1);
+    analysis_ReadyRange(model, facts);
     model.onActivate = [&](const std::string&, int) { model.press("ok"); };
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
+        if (name == "all_rows") return select_all(model, "list");
+        if (analysis_PressRange(facts, name, from, to)) return;
         if (take_objects(facts, model, from, to, request)) model.close(accepted);
     };
     return facts.canvas.calls.host->run(model) == accepted;
 }
 
-bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport) {
-    DialogModel model(search_KindDialog((request.flags & Search_OfferPattern) != 0));
+bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport, const SearchSeed& seed) {
+    DialogModel model(search_KindDialog((request.flags & Search_OfferPattern) != 0,
+                                        button_of(seed.kind.value_or(Search_Event))));
     model.setText("t_range", "A period for searched object(s) (in " + facts.words.unit + ')');
-    const bool period = is_period(request);
-    const double end = period ? request.periodTo : facts.source.totalLength;
-    const TimeField from(model, facts, "tf_from",
-                         period ? laTime_TrimZeros(facts.Shown(request.periodFrom, 10)) : "0.0",
-                         period ? request.periodFrom : 0);
-    const TimeField to(model, facts, "tf_to",
-                       with_max(facts, period ? laTime_TrimZeros(facts.Shown(end, 10))
-                                              : laCanvas_TotalLengthText(facts.canvas)),
-                       end);
+    const std::optional<TimeSpan> period =
+        is_period(request) ? TimeSpan{request.periodFrom, request.periodTo} : seed.range;
+    const double end = period ? period->to : facts.source.totalLength;
+    TimeField from(model, facts, "tf_from", period ? laTime_TrimZeros(facts.Shown(period->from, 10)) : "0.0",
+                   period ? period->from : 0);
+    TimeField to(model, facts, "tf_to",
+                 with_max(facts, period ? laTime_TrimZeros(facts.Shown(end, 10))
+                                        : laCanvas_TotalLengthText(facts.canvas)),
+                 end);
+    analysis_ReadyRange(model, facts);
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
+        if (analysis_PressRange(facts, name, from, to)) return;
         const auto rangeFrom = from.value(), rangeTo = to.value();
         if (rangeFrom && rangeTo) {
             request.rangeFrom = *rangeFrom;
@@ -189,7 +215,7 @@ bool search_AskKind(CanvasFacts& facts, SearchRequest& request, bool asReport) {
     return facts.canvas.calls.host->run(model) == accepted;
 }
 
-bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
+bool search_AskTarget(CanvasFacts& facts, SearchRequest& request, const SearchSeed& seed) {
     if (request.kind == Search_Switch) return true;
     const Legend& legend = *facts.words.legend;
     const bool event = request.kind == Search_Event;
@@ -204,6 +230,10 @@ bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
         if (!event) return legend.statuses[row].code;
         return (static_cast<uint64_t>(legend.events[row].type) << 16) | legend.events[row].subtype;
     });
+    select_first(model, "list", event ? seed.events : seed.statuses, [&](int row) {
+        return resolved(legend, request.kind, static_cast<size_t>(model.rowId("list", row)));
+    });
+    const ListFilters filters(model, {"list"});
     model.onActivate = [&](const std::string&, int) { model.press("ok"); };
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
@@ -215,7 +245,7 @@ bool search_AskTarget(CanvasFacts& facts, SearchRequest& request) {
     return facts.canvas.calls.host->run(model) == accepted;
 }
 
-bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
+bool search_AskPattern(CanvasFacts& facts, SearchRequest& request, const SearchSeed& seed) {
     const AnalysisWords& words = facts.words;
     DialogModel model(search_PatternDialog());
     for (const char* list : {"begin", "end"}) model.setRows(list, event_names(*words.legend));
@@ -223,6 +253,10 @@ bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
         analysis_FillObjects(model, list, facts, request.objects, false);
         select_all(model, list);
     }
+    select_first(model, "begin", seed.events, [&](int row) {
+        return words.legend->EventByName(model.item("begin").rows[static_cast<size_t>(row)].data);
+    });
+    const ListFilters filters(model, {"begin", "end", "begin_objects", "end_objects"});
     model.setText("t_begin_objects", words.term + "s for begin event:");
     model.setText("t_end_objects", words.term + "s for end event:");
     model.setText("same", "&Match events on the same " + words.lowerTerm);
@@ -237,12 +271,13 @@ bool search_AskPattern(CanvasFacts& facts, SearchRequest& request) {
     return facts.canvas.calls.host->run(model) == accepted;
 }
 
-std::optional<SearchRequest> search_Ask(CanvasFacts& facts) {
+std::optional<SearchRequest> search_Ask(CanvasFacts& facts, const SearchSeed& seed) {
     SearchRequest request;
     request.flags = Search_OfferPattern;
-    if (!search_AskObjects(facts, request) || !search_AskKind(facts, request)) return std::nullopt;
-    const bool done =
-        request.kind == Search_Pattern ? search_AskPattern(facts, request) : search_AskTarget(facts, request);
+    if (!search_AskObjects(facts, request, seed) || !search_AskKind(facts, request, false, seed))
+        return std::nullopt;
+    const bool done = request.kind == Search_Pattern ? search_AskPattern(facts, request, seed)
+                                                     : search_AskTarget(facts, request, seed);
     return done ? std::optional(request) : std::nullopt;
 }
 
@@ -276,7 +311,7 @@ bool take_criteria(CanvasFacts& facts, DialogModel& model, const IntervalFields&
 
 }  // namespace
 
-std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts) {
+std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts, const SearchSeed& seed) {
     const Legend& legend = *facts.words.legend;
     const auto rows = search_IntervalEvents(legend, facts.canvas.options.allForIntervalSearch);
     if (rows.empty()) return std::nullopt;
@@ -287,20 +322,29 @@ std::optional<SearchRequest> search_AskInterval(CanvasFacts& facts) {
     DialogModel model(search_IntervalDialog());
     std::vector<std::string> names;
     for (const int32_t row : rows) names.push_back(text_utf8(legend.events[static_cast<size_t>(row)].name));
-    for (const char* list : {"begin", "end"}) model.setChoices(list, names, 0);
+    const auto first = std::find_first_of(rows.begin(), rows.end(), seed.events.begin(), seed.events.end());
+    model.setChoices("begin", names, first == rows.end() ? 0 : static_cast<int>(first - rows.begin()));
+    model.setChoices("end", names, 0);
     for (const char* list : {"begin_objects", "end_objects"}) {
         analysis_FillObjects(model, list, facts, facts.objects, true);
         model.list(list).SetMustSelect(true);
         model.setSelected(list, {0});
+        if (!seed.objects.empty()) model.setSelectedIds(list, {seed.objects.front()});
     }
+    const ListFilters filters(model, {"begin_objects", "end_objects"});
     model.setText("t_range", "&Within (in " + facts.words.unit + "):");
-    const TimeField from(model, facts, "tf_from", "0", 0);
-    const TimeField to(model, facts, "tf_to", facts.Shown(facts.source.totalLength, 6),
-                       facts.source.totalLength);
+    TimeField from(model, facts, "tf_from", "0", 0);
+    TimeField to(model, facts, "tf_to", facts.Shown(facts.source.totalLength, 6), facts.source.totalLength);
+    analysis_ReadyRange(model, facts);
+    if (seed.range) {
+        from.Set(laTime_TrimZeros(facts.Shown(seed.range->from, 10)), seed.range->from);
+        to.Set(laTime_TrimZeros(facts.Shown(seed.range->to, 10)), seed.range->to);
+    }
     IntervalCriteria criteria;
     bool empty = true;
     model.onPress = [&](const std::string& name) {
         if (name == "cancel") return model.close(Dialog_Dismissed);
+        if (analysis_PressRange(facts, name, from, to)) return;
         if (take_criteria(facts, model, {from, to}, criteria, empty))
             model.close(empty ? Dialog_Dismissed : accepted);
     };

@@ -22,7 +22,7 @@
 #include "windlib/dialog/host.h"
 
 // What stands behind a result window while it is open. A row's id in the list is its place in the result.
-class SearchWindow {
+class SearchWindow : public HitSource {
   public:
     SearchWindow(std::shared_ptr<SearchDesk> desk, std::shared_ptr<CanvasFacts> facts, SearchResult result,
                  DialogModel& model)
@@ -50,7 +50,8 @@ class SearchWindow {
     void RowMenu(int row);
     void Picture(int x);
     void Check(const std::string& name, bool on);
-    bool StepHit(bool forward);
+    void MarkHits() override;
+    bool StepHit(bool forward) override;
     void Close();
 
   private:
@@ -86,7 +87,7 @@ class SearchWindow {
     int histogramWidth_ = 0;      // as last painted
     bool closed_ = false;         // what the user did to the window ahead of its end may still come
     std::vector<uint32_t> hits_;  // rows of the result, by timeA; as canvas_.marks.hits while this leads
-    size_t hit_ = SIZE_MAX;       // last shown by a step
+    std::optional<size_t> hit_;   // last shown by a step
 };
 
 void SearchWindow::Fill() {
@@ -170,9 +171,10 @@ void SearchWindow::OrderHits() {
 
 // From now on this result's rows are the hits.
 void SearchWindow::Lead() {
-    if (closed_ || (!desk_->open.empty() && desk_->open.back() == this)) return;
-    std::erase(desk_->open, this);
-    desk_->open.push_back(this);
+    if (!closed_) desk_->hits.Lead(*this);
+}
+
+void SearchWindow::MarkHits() {
     std::vector<double> times;
     times.reserve(hits_.size());
     for (const uint32_t row : hits_) times.push_back(result_.rows[row].timeA);
@@ -280,34 +282,18 @@ void SearchWindow::LimitRows(bool on) {
 }
 
 bool SearchWindow::StepHit(bool forward) {
-    const std::vector<double>& times = canvas_.marks.hits;
-    const double cursor = canvas_.marks.cursor[0];
-    size_t next;  // SIZE_MAX ahead of the first
-    if (hit_ < times.size() && cursor == std::max(0.0, times[hit_])) {
-        next = forward ? hit_ + 1 : hit_ - 1;
-    } else if (forward) {
-        next = static_cast<size_t>(
-            (cursor >= 0 ? std::upper_bound(times.begin(), times.end(), cursor)
-                         : std::lower_bound(times.begin(), times.end(), canvas_.view.viewLow)) -
-            times.begin());
-    } else {
-        next = static_cast<size_t>(
-                   (cursor >= 0 ? std::lower_bound(times.begin(), times.end(), cursor)
-                                : std::upper_bound(times.begin(), times.end(), canvas_.view.viewHigh)) -
-                   times.begin()) -
-               1;
-    }
-    if (next >= times.size()) {
+    const auto next = laHits_Next(canvas_, hit_, forward);
+    if (!next) {
         laCanvas_Refuse(canvas_, forward ? "There is no later hit." : "There is no earlier hit.");
         return false;
     }
     hit_ = next;
-    const uint32_t id = hits_[next];
+    const uint32_t id = hits_[*next];
     MScrollList& list = model_.list("list");
     const int row = list.RowOfId(id);
     list.SelectOnly(row);
     list.ScrollToRow(row);
-    laCanvas_UpdateFields(canvas_, 0, gen_format("Hit %zu of %zu.", next + 1, times.size()).c_str());
+    laCanvas_UpdateFields(canvas_, 0, gen_format("Hit %zu of %zu.", *next + 1, hits_.size()).c_str());
     Show(result_.rows[id]);
     return true;
 }
@@ -316,15 +302,7 @@ void SearchWindow::Close() {
     closed_ = true;
     if (desk_->limiting == this) desk_->limiting = nullptr;
     limit_.Lift();
-    const bool led = desk_->open.back() == this;
-    std::erase(desk_->open, this);
-    if (led && !desk_->open.empty()) {
-        SearchWindow* next = desk_->open.back();
-        desk_->open.pop_back();
-        next->Lead();
-    } else if (led) {
-        laCanvas_Paint(canvas_, [&] { laHits_Set(canvas_, {}); });
-    }
+    desk_->hits.Leave(canvas_, *this);
 }
 
 int search_OpeningLetters(const AnalysisWords& words, const SearchResult& result) {
@@ -387,7 +365,7 @@ void search_RunAndShow(const std::shared_ptr<SearchDesk>& desk, const std::share
 }
 
 bool search_StepHit(_LaCanvasData& canvas, SearchDesk& desk, bool forward) {
-    if (!desk.open.empty()) return desk.open.back()->StepHit(forward);
+    if (HitSource* leading = desk.hits.leading()) return leading->StepHit(forward);
     laCanvas_Refuse(canvas, "There is no search result.");
     return false;
 }

@@ -8,14 +8,14 @@
 
 #include "chronoweave/analysis/canvas_facts.h"
 #include "chronoweave/analysis/histogram.h"
+#include "chronoweave/analysis/hit_desk.h"
 #include "windlib/dialog/description.h"
 
 class SearchWindow;
 
 // What the result windows of one canvas share.
 struct SearchDesk {
-    // The open ones, that which was worked with last behind: its rows are marked, and F3 steps through them.
-    std::vector<SearchWindow*> open;
+    HitDesk hits;
     SearchWindow* limiting = nullptr;               // that whose objects alone are shown
     HistogramScale scale = HistogramScale::Linear;  // as chosen last
 };

@@ -7,6 +7,7 @@
 #include <deque>
 
 #include "chronoweave/analysis/analysis.h"
+#include "chronoweave/analysis/search_window.h"
 #include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
@@ -18,7 +19,7 @@ class AnalysisWindowTest : public testing::Test {
     void SetUp() override {
         gen_set_console_sink([](std::string_view) {});
         canvas.calls.host = &host;
-        analysis_Attach(canvas);
+        desk = analysis_Attach(canvas);
         host.drive = [this](DialogModel& dialog) {
             shown.push_back(dialog.description().name);
             if (steps.empty()) return;
@@ -111,6 +112,7 @@ class AnalysisWindowTest : public testing::Test {
     RecordingHost host;
     TestCanvas test;
     _LaCanvasData& canvas = *test.canvas;
+    std::shared_ptr<SearchDesk> desk;
     std::deque<Step> steps;
     std::vector<std::string> shown;  // names of the dialogs that came up
 };

@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <filesystem>
 
 #include "chronoweave/analysis/analysis.h"
@@ -14,9 +15,11 @@
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/event_dock.h"
+#include "chronoweave/qt/find_strip.h"
 #include "chronoweave/qt/manual_window.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/selection_corner.h"
 #include "chronoweave/qt/start_card.h"
 #include "chronoweave/qt/tool_bar.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
@@ -132,6 +135,8 @@ void CanvasWindow::takeOptions() {
     canvas.list.processorRows = wanted.processorRows;
     canvas.options.snapCursors = wanted.cursorsSnap;
     canvas.calls.upper.iconButtons = wanted.iconButtons;
+    canvas.calls.upper.selectionPanel = wanted.selectionPanel;
+    selection_->setShown(wanted.selectionPanel);
     view_->setBareWheelZooms(wanted.bareWheelZooms);
     platform_SetDark(wanted.darkColours);
     tools_->showIcons(wanted.iconButtons);
@@ -231,7 +236,7 @@ void CanvasWindow::fillUpperFloor() {
     commands["TraxPrint"] = [this](const std::string&) { return print(), true; };
     legend_Attach(canvas);
     detail_Attach(canvas);
-    analysis_Attach(canvas);
+    makeFinding(analysis_Attach(canvas));
     upper.manual = [this](const std::string& entry) { return manual_Open(entry, this); };
     commands["Help"] = [this](const std::string&) {
         if (manual_Open("start", this)) return true;
@@ -263,6 +268,31 @@ void CanvasWindow::makeEventTable() {
     };
 }
 
+void CanvasWindow::makeFinding(std::shared_ptr<SearchDesk> desk) {
+    auto& commands = view_->canvas().calls.upper.commands;
+    find_ = new FindStrip(*view_, std::move(desk), this);
+    pane_->insertWidget(0, find_);
+    commands["Find"] = [this](const std::string&) {
+        find_->open();
+        return true;
+    };
+    selection_ = new SelectionCorner(*view_);
+    const auto toggle = [this] {
+        ProgramOptions wanted = options();
+        wanted.selectionPanel = !wanted.selectionPanel;
+        setOptions(wanted);
+        view_->setFocus();
+    };
+    selection_->panel().closed = [this, toggle] {
+        toggle();
+        laCanvas_UpdateFields(view_->canvas(), 0, "Ctrl+I shows the figures of the selection again.");
+    };
+    commands["SelectionPanel"] = [toggle](const std::string&) {
+        toggle();
+        return true;
+    };
+}
+
 // Enter was taken by the field already, Escape was not: both give the keyboard back to the picture, unless
 // what was typed is to be mended.
 bool CanvasWindow::keyOfField(const QKeyEvent& event) {
@@ -277,6 +307,7 @@ bool CanvasWindow::keyOfField(const QKeyEvent& event) {
 
 void CanvasWindow::keyPressEvent(QKeyEvent* event) {
     if (keyOfField(*event)) return;
+    if (event->key() == Qt::Key_Escape && find_->escape()) return;
     const laCommand* known = laCommands_OfKey(platform_KeyName(*event), KeyPlace::Window);
     if (!known) return QMainWindow::keyPressEvent(event);
     command(known->name);

@@ -9,14 +9,17 @@
 #include <QGridLayout>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QVBoxLayout>
 #include <filesystem>
 
 #include "chronoweave/analysis/bindings.h"
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/qt/event_dock.h"
+#include "chronoweave/qt/find_strip.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/selection_corner.h"
 #include "chronoweave/qt/start_card.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
@@ -123,6 +126,8 @@ CanvasWindow::~CanvasWindow() {
     // The widgets speak of losing the keyboard while they go, to what is a member here.
     dialog_ = nullptr;
     delete events_;
+    delete find_;
+    delete selection_;
     setMenuBar(nullptr);
     delete takeCentralWidget();
 }
@@ -205,7 +210,11 @@ QWidget* CanvasWindow::makePane() {
     horizontal_->setAccessibleName(QStringLiteral("Scroll in time"));
     vertical_->setObjectName(QStringLiteral("VScroll"));
     vertical_->setAccessibleName(QStringLiteral("Scroll over the rows"));
-    grid_ = new QGridLayout(pane);
+    pane_ = new QVBoxLayout(pane);
+    pane_->setContentsMargins(0, 0, 0, 0);
+    pane_->setSpacing(0);
+    grid_ = new QGridLayout;
+    pane_->addLayout(grid_, 1);
     grid_->setContentsMargins(0, 0, 0, 0);
     grid_->setSpacing(0);
     return pane;

@@ -17,14 +17,17 @@
 class ArrangementStore;
 class DialogView;
 class EventDock;
+class FindStrip;
 class LongWork;
 class MenuView;
 class OverviewStrip;
 class PictureView;
 class QGridLayout;
 class QScrollBar;
+class QVBoxLayout;
 class QtDialogHost;
 class QtEventService;
+class SelectionCorner;
 class StartCard;
 class ToolBarView;
 
@@ -88,6 +91,7 @@ class CanvasWindow : public QMainWindow {
     void makeMenus();
     void fillUpperFloor();
     void makeEventTable();
+    void makeFinding(std::shared_ptr<struct SearchDesk> desk);
     QWidget* makeItem(const DialogItem& item);
     QWidget* makePane();
     QWidget* makeTools();
@@ -132,11 +136,14 @@ class CanvasWindow : public QMainWindow {
     StartCard* start_ = nullptr;  // while there is no trace
     QScrollBar* horizontal_ = nullptr;
     QScrollBar* vertical_ = nullptr;
+    QVBoxLayout* pane_ = nullptr;  // what stands over the picture, and this
     QGridLayout* grid_ = nullptr;
     DialogView* dialog_ = nullptr;
     ToolBarView* tools_ = nullptr;
     MenuView* menus_ = nullptr;
     EventDock* events_ = nullptr;
+    FindStrip* find_ = nullptr;
+    SelectionCorner* selection_ = nullptr;
     std::vector<laButtonState> buttons_;
     std::string said_;  // last on the message line, but for the place of the pointer
     QElapsedTimer saidSince_;

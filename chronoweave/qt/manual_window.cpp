@@ -30,11 +30,12 @@ struct Page {
     const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 20> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 21> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
                                           {"legend", "The legend"},
+                                          {"find", "Finding"},
                                           {"search", "Searching"},
                                           {"intervals", "Intervals"},
                                           {"report", "Reports"},

@@ -48,6 +48,7 @@ struct DialogItem {
     std::string room = {};   // the item is never smaller than this text needs: for texts that change
     std::string buddy = {};  // of a Label: name of the item that its shortcut leads to
     std::string part = {};   // name of the item inside which it lives, which lays it out; empty: the window
+    std::string hint = {};   // shown in a TextField while it is empty
     std::vector<std::string> choiceNames = {};  // object names of a ButtonSet's choices; empty: NAME_0 and on
     std::string tip = {};  // shown while the pointer rests on it, and in a TextField that is empty
 };

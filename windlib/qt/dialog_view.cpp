@@ -182,6 +182,7 @@ QWidget* DialogView::make(const DialogItem& item) {
         case DialogKind::TextField: {
             auto* field = new QLineEdit;
             field->setReadOnly(item.flags & Dialog_ReadOnly);
+            field->setPlaceholderText(text(item.hint));
             connect(field, &QLineEdit::textEdited, this,
                     [this, name](const QString& typed) { model_.edit(name, typed.toStdString()); });
             connect(field, &QLineEdit::editingFinished, this, [this, field, name] {

@@ -74,6 +74,7 @@ struct laUpperFloor {
     bool serverConnected = false;                           // an event server is
     bool targetPanelOpened = false;                         // the target's panel is, or was once
     bool eventTable = false;                                // the table of events is open
+    bool selectionPanel = true;                             // figures of the selection are shown
     bool sourceGrows = false;                               // the source can be read on
     bool sourceIsLive = false;                              // it is followed, or could be
 };

@@ -54,7 +54,8 @@ constexpr Row file[] = {{"NewWindow"},
                         {"TraxPrint"},
                         {"-"},
                         {"Quit", nullptr, false, "Ctrl+Q"}};
-constexpr Row view[] = {{"Search"},
+constexpr Row view[] = {{"Find", nullptr, true},
+                        {"Search"},
                         {"SearchInterval"},
                         {"NextHit", nullptr, true},
                         {"PrevHit", nullptr, true},
@@ -77,6 +78,7 @@ constexpr Row view[] = {{"Search"},
                         {"ReadOn", nullptr, true},
                         {"ShowAll", nullptr, true},
                         {"EventTable", nullptr, true},
+                        {"SelectionPanel", nullptr, true},
                         {"OnlyActive", nullptr, true},
                         {"MostActiveFirst", nullptr, true}};
 constexpr Row report[] = {{"ReportObjects"}, {"-"}, {"ReportTask"}, {"-"}, {"ReportGeneral"}};
@@ -339,6 +341,7 @@ void laCanvas_MenuHook(MenuRegistry& menus, std::string_view name, const _LaCanv
         check_row(*menu, "OnlyActive", canvas.list.onlyActive);
         check_row(*menu, "MostActiveFirst", canvas.list.mostActiveFirst);
         check_row(*menu, "EventTable", canvas.calls.upper.eventTable);
+        check_row(*menu, "SelectionPanel", canvas.calls.upper.selectionPanel);
     } else if (name == "TraxReport") {
         label_row(menus, *menu, "ReportTask", report_label(canvas));
     } else if (name == "TraxConfig") {

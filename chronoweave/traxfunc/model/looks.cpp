@@ -83,6 +83,7 @@ bool laLooks_Load(LaLooks& looks, Legend legend, const std::function<void()>& be
     if (legend.empty() || legend.unknownStatus < 0 || legend.unknownEvent < 0 ||
         legend.contextSwitchStatus < 0 || legend.events.size() > UINT16_MAX)
         return false;
+    ++looks.legends;
     looks.legend = std::move(legend);
     looks.centerStatus = looks.legend.misc.centerStatus;
     make_looks(looks, [&](const LegendEvent& event) { tell_missing(event, beep); });
@@ -94,6 +95,7 @@ void laLooks_Touched(LaLooks& looks) {
 }
 
 void laLooks_Drop(LaLooks& looks, const LegendMisc& kept) {
+    ++looks.legends;
     looks.legend = Legend();
     looks.legend.misc = kept;
     looks.legendChanged = false;

@@ -1,6 +1,7 @@
 // How things look: the legend, what drawing needs of it, and the measures of a row that follow from it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct LaStatusLook {
 
 struct LaLooks {
     Legend legend;                          // empty until a source is opened
+    uint32_t legends = 0;                   // grows with each legend that is taken or dropped
     bool legendChanged = false;             // the configure file is to be offered for saving
     std::vector<LaEventLook> eventLooks;    // one per row of legend.events
     std::vector<LaStatusLook> statusLooks;  // one per row of legend.statuses
