@@ -65,8 +65,11 @@ void tool(std::vector<std::string> words) {
     if (!succeeds(words)) throw Robot::Fault{"xdotool " + words[1] + " failed"};
 }
 
+// Of the window in front where it has one of that name.
 QWidget* visible(const char* objectName) {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
+    QWidgetList windows = QApplication::topLevelWidgets();
+    if (QWidget* front = QApplication::activeWindow()) windows.prepend(front);
+    for (QWidget* window : windows) {
         if (!window->isVisible()) continue;
         if (window->objectName() == QLatin1String(objectName)) return window;
         for (QWidget* widget : window->findChildren<QWidget*>(QLatin1String(objectName)))

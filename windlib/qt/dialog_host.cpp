@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QColorDialog>
 #include <QDateTime>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QMenu>
@@ -291,7 +292,13 @@ int QtDialogHost::popUpMenu(const std::string& title, const std::vector<PopUpRow
     fillMenu(menu, title, rows);
     const Gate::Token open = gate_Begin(GateWork::ContextMenu);
     if (popUpShown) popUpShown(menu);
-    const QAction* chosen = menu.exec(menuPlace());
+    // QMenu::exec would wait on where keys that came before close the menu while it comes up.
+    const QAction* chosen = nullptr;
+    QEventLoop loop;
+    QObject::connect(&menu, &QMenu::triggered, &loop, [&](const QAction* action) { chosen = action; });
+    QObject::connect(&menu, &QMenu::aboutToHide, &loop, &QEventLoop::quit);
+    menu.popup(menuPlace());
+    if (menu.isVisible()) loop.exec();
     return chosen && chosen->data().isValid() ? chosen->data().toInt() : -1;
 }
 

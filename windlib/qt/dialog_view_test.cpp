@@ -5,10 +5,12 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QMenu>
 #include <QTimer>
 #include <functional>
 
 #include "windlib/qt/application_testing.h"
+#include "windlib/qt/dialog_host.h"
 
 namespace {
 
@@ -20,17 +22,20 @@ DialogDescription one_button() {
     return description;
 }
 
-// Does something when a dialog comes up, inside of the call that shows it.
+// Does something when a dialog or a menu comes up, inside of the call that shows it.
 class AtShow : public QObject {
   public:
-    explicit AtShow(std::function<void()> act) : act_(std::move(act)) { qApp->installEventFilter(this); }
+    explicit AtShow(std::function<void(QWidget&)> act) : act_(std::move(act)) {
+        qApp->installEventFilter(this);
+    }
     bool eventFilter(QObject* object, QEvent* event) override {
-        if (event->type() == QEvent::Show && qobject_cast<QDialog*>(object)) act_();
+        const bool ours = qobject_cast<QDialog*>(object) || qobject_cast<QMenu*>(object);
+        if (event->type() == QEvent::Show && ours) act_(static_cast<QWidget&>(*object));
         return false;
     }
 
   private:
-    std::function<void()> act_;
+    std::function<void(QWidget&)> act_;
 };
 
 // A dialog that waits although it is over is ended from outside, and said.
@@ -56,19 +61,36 @@ class DialogRun : public testing::Test {
 
 TEST_F(DialogRun, EndsThoughItIsClosedWhileItComesUp) {
     DialogModel model(one_button());
-    const AtShow close([&model] { model.dismiss(); });
+    const AtShow close([&model](QWidget&) { model.dismiss(); });
     EXPECT_EQ(run(model), Dialog_Dismissed);
 }
 
 TEST_F(DialogRun, EndsWithTheWindowThatItStandsOver) {
     DialogModel model(one_button());
-    const AtShow later([] {
+    const AtShow later([](QWidget&) {
         QTimer::singleShot(0, [] {
             for (QWidget* window : QApplication::topLevelWidgets())
                 if (auto* dialog = qobject_cast<QDialog*>(window)) delete dialog;
         });
     });
     EXPECT_EQ(run(model), Dialog_Dismissed);
+}
+
+TEST_F(DialogRun, AMenuEndsThoughItIsClosedWhileItComesUp) {
+    QWidget parent;
+    parent.show();
+    QtDialogHost host(&parent, nullptr);
+    host.popUpShown = [](QMenu&) {};
+    const AtShow close([](QWidget& menu) { menu.close(); });
+    QTimer late;
+    late.setSingleShot(true);
+    QObject::connect(&late, &QTimer::timeout, [] {
+        ADD_FAILURE() << "the menu waits on";
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (auto* menu = qobject_cast<QMenu*>(window)) menu->show(), menu->hide();
+    });
+    late.start(5000);
+    EXPECT_EQ(host.popUpMenu("Title", {{"One"}, {"Two"}}), -1);
 }
 
 }  // namespace
