@@ -43,13 +43,14 @@ class LiveCommandTest : public CliTest {
 };
 
 TEST_F(LiveCommandTest, AReplayedTraceIsTheTrace) {
-    const auto told = rows({"live", replay(), "-o", path("a.trr")}, 0);
+    const auto told = rows({"live", replay(), "-o", path("a.trr"), "--checkpoint", "500"}, 0);
     EXPECT_EQ(keys_of(told.back()), "seconds events dropped lost behind ended ");
     EXPECT_EQ(told.back()["events"], 25587);
     EXPECT_EQ(told.back()["behind"], 0);
     EXPECT_EQ(told.back()["ended"], "the target has ended");
     EXPECT_TRUE(content(path("a.trr")) == content(CW_SOURCE_DIR "/samples/build-2cpu.trr"));
     EXPECT_EQ(rows_of({"info", path("a")})[0]["events"], 25587);
+    // An interval of its own would depend on how much of the head there is at first.
     EXPECT_EQ(content(path("a.trs")).size(), content(sample() + ".trs").size());
 }
 

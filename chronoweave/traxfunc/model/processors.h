@@ -2,6 +2,7 @@
 // in the picture. Made from the lanes of the cached range, hidden ones too.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

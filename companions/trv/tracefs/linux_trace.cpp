@@ -157,8 +157,10 @@ struct LinuxTrace::Parts {
 
 size_t linux_RemoveStale() {
     size_t removed = 0;
-    char** const names = tracefs_instances(("^" + std::string(linux_InstancePrefix)).c_str());
+    // All of them: the library never frees an expression that it is given.
+    char** const names = tracefs_instances(nullptr);
     for (char** name = names; name && *name; ++name) {
+        if (!std::string_view(*name).starts_with(linux_InstancePrefix)) continue;
         if (is_running(std::string_view(*name).substr(sizeof linux_InstancePrefix - 1))) continue;
         tracefs_instance* const instance = tracefs_instance_create(*name);
         if (!instance) continue;
