@@ -39,7 +39,7 @@ Outcome merge_sources(const BenchPlace& place, bool large, MergeAlign align, dou
     const auto subject = [&] { good = merge_Files(request).result.ok() && good; };
     const auto baseline = [&] { good = import_OpenSource(whole, options).store != nullptr && good; };
     const Turns turns =
-        measure_Turns({.count = large ? 5 : 9, .clock = Clock::Processor}, before, subject, baseline);
+        measure_Turns({.count = large ? 5 : 9, .clock = Clock::Wall}, before, subject, baseline);
     before(true);
     std::filesystem::remove(whole, none);
     return good ? outcome_OfRatio(turns, atMost) : outcome_OfTrouble("a merge or an import failed");

@@ -218,8 +218,8 @@ class FullDevice : public FileDevice {
 };
 
 TEST_F(MergeFilesTest, aFullDiskLeavesNoOutput) {
-    write("a.trr", stream(1, std::vector<uint64_t>(50000, 10)));
-    for (const uint64_t room : {5u, 600'000u}) {
+    write("a.trr", stream(1, std::vector<uint64_t>(150000, 10)));
+    for (const uint64_t room : {5u, 600'000u, 2'400'000u}) {
         gf_WrapDevices([&](std::unique_ptr<FileDevice> device, const std::string& name) {
             if (name.find("out.trr") == std::string::npos) return device;
             return std::unique_ptr<FileDevice>(std::make_unique<FullDevice>(std::move(device), room));

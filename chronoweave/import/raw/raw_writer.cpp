@@ -95,10 +95,22 @@ Result RawFile::create(const std::string& name, const EventSourceHeader& header,
     return {};
 }
 
+Result RawFile::HandOn() {
+    if (Result before = Wait(); !before.ok()) return before;
+    writingBytes_ = writer_.exchange(handedOn_);
+    // Where the system has no thread to give it is written in Wait.
+    writing_ = std::async([this] { return device_->WriteAt(written_, {handedOn_.data(), writingBytes_}); });
+    return {};
+}
+
+Result RawFile::Wait() {
+    if (!writing_.valid()) return {};
+    const DeviceWrite done = writing_.get();
+    written_ += done.bytes;
+    return done.bytes == writingBytes_ ? Result() : Result::system(name_, done.error);
+}
+
 Result RawFile::flush() {
-    const size_t count = writer_.bytes().size();
-    const DeviceWrite written = device_->WriteAt(written_, writer_.bytes());
-    writer_.clear();
-    written_ += written.bytes;
-    return written.bytes == count ? Result() : Result::system(name_, written.error);
+    Result done = HandOn();
+    return done.ok() ? Wait() : done;
 }

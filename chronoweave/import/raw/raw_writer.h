@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <future>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -37,6 +38,11 @@ class RawWriter {
         return std::exchange(bytes_, {});
     }
     void clear() { used_ = 0; }  // keeps the room
+    // Gives its bytes away, as many as are returned, for a vector whose room it takes.
+    size_t exchange(std::vector<uint8_t>& bytes) {
+        bytes_.swap(bytes);
+        return std::exchange(used_, 0);
+    }
 
     // The header's byte order must be the writer's.
     void header(const EventSourceHeader& header, RawHeaderForm form);
@@ -83,27 +89,34 @@ class RawWriter {
 std::vector<uint8_t> raw_EncodeEvent(bool bigEndian, mt_Time time, uint16_t type, uint16_t subtype,
                                      std::span<const uint8_t> extra);
 
-// A file that a writer's bytes go to in large blocks.
+// A file that a writer's bytes go to in large blocks. A block is written while the next is filled, by a thread
+// that lasts as long; so a block that can't be written is told with the next one, or by flush.
 class RawFile {
   public:
     // Makes or empties the file, and puts the header there.
     static Result create(const std::string& name, const EventSourceHeader& header, RawHeaderForm form,
                          std::unique_ptr<RawFile>& file);
-    // What is put here reaches the file once it is much, at flush and at close.
+    // What is put here reaches the file once it is much, and at flush.
     RawWriter& writer() { return writer_; }
     // Call it after each event: hands the bytes on once they are much.
-    Result put() { return writer_.bytes().size() < block_ ? Result() : flush(); }
-    // Hands on all there is, whole records only, so that whoever reads the file as it grows sees them.
+    Result put() { return writer_.bytes().size() < block_ ? Result() : HandOn(); }
+    // All there is stands in the file behind it.
     Result flush();
 
   private:
-    static constexpr size_t block_ =
-        size_t{256} * 1024;  // bytes that are still in the cache when they are written
+    // So much that starting to write it costs little beside it.
+    static constexpr size_t block_ = size_t{1024} * 1024;
 
     RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);
+
+    Result HandOn();
+    Result Wait();
 
     std::unique_ptr<FileDevice> device_;
     std::string name_;
     RawWriter writer_;
     uint64_t written_ = 0;
+    std::vector<uint8_t> handedOn_;     // a block, the thread's until there is nothing to wait for
+    std::future<DeviceWrite> writing_;  // its destructor waits, and stands ahead of the others'
+    size_t writingBytes_ = 0;
 };
