@@ -89,8 +89,8 @@ class RawWriter {
 std::vector<uint8_t> raw_EncodeEvent(bool bigEndian, mt_Time time, uint16_t type, uint16_t subtype,
                                      std::span<const uint8_t> extra);
 
-// A file that a writer's bytes go to in large blocks. A block is written while the next is filled, by a thread
-// that lasts as long; so a block that can't be written is told with the next one, or by flush.
+// A file that a writer's bytes go to in large blocks. A block is written while the next is filled, by a
+// thread that lasts as long; so a block that can't be written is told with the next one, or by flush.
 class RawFile {
   public:
     // Makes or empties the file, and puts the header there.
