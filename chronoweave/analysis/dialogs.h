@@ -17,7 +17,7 @@ DialogDescription dialogs_GotoTime();
 // A value to be typed, "getValue": prompt "t_please", field "tf_val", what it is "t_what", "bs_ok", "cancel".
 DialogDescription dialogs_GetValue();
 // The options of the program: check boxes "wheel", "snap", "newtrv", "processors", "marks", "switches",
-// "prefetch", "kernel", "icons", "right", "bottom", "dark", and "ok", "cancel".
+// "prefetch", "kernel", "icons", "right", "bottom", "follow", "dark", and "ok", "cancel".
 DialogDescription dialogs_Options();
 // The sides of the scroll bars: choices "side" (left, right) and "end" (top, bottom), "ok", "cancel".
 DialogDescription dialogs_ScrollPos();

@@ -69,9 +69,10 @@ DialogDescription dialogs_Options() {
                       check_box("icons", "Tool buttons show &icons"),
                       check_box("right", "Vertical scroll bar on the &right"),
                       check_box("bottom", "Horizontal scroll bar at the &bottom"),
+                      check_box("follow", "&A trace that grows is followed at its end"),
                       check_box("dark", "&Dark colours"), item_Ok(), item_Cancel()},
             .layout = column({"wheel", "snap", "newtrv", "processors", "marks", "switches", "prefetch",
-                              "kernel", "icons", "right", "bottom", "dark"})};
+                              "kernel", "icons", "right", "bottom", "follow", "dark"})};
 }
 
 DialogDescription dialogs_ScrollPos() {

@@ -30,6 +30,7 @@ constexpr OptionBox optionBoxes[] = {{"wheel", &ProgramOptions::bareWheelZooms},
                                      {"icons", &ProgramOptions::iconButtons},
                                      {"right", &ProgramOptions::verticalBarRight},
                                      {"bottom", &ProgramOptions::horizontalBarBottom},
+                                     {"follow", &ProgramOptions::followEnd},
                                      {"dark", &ProgramOptions::darkColours}};
 
 }  // namespace

@@ -19,6 +19,7 @@ constexpr OptionName optionNames[] = {{"NewTrv", &ProgramOptions::newTrv},
                                       {"PlainMarks", &ProgramOptions::plainMarks},
                                       {"EventTable", &ProgramOptions::eventTable},
                                       {"SelectionPanel", &ProgramOptions::selectionPanel},
+                                      {"FollowEnd", &ProgramOptions::followEnd},
                                       {"DarkColours", &ProgramOptions::darkColours}};
 
 }  // namespace

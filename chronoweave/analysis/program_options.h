@@ -20,6 +20,7 @@ struct ProgramOptions {
     bool plainMarks = false;      // marks of overlap are the legend's picture, else numbers
     bool eventTable = false;      // new windows show the table of events
     bool selectionPanel = true;   // a panel tells what happened in the selection
+    bool followEnd = false;       // the view keeps the end of a trace that grows at its right edge
     bool darkColours = false;     // windows are dark whatever the desktop's colours are
 
     bool operator==(const ProgramOptions&) const = default;

@@ -13,6 +13,7 @@
 #include "chronoweave/analysis/merge_dialogs.h"
 #include "chronoweave/analysis/print_dialog.h"
 #include "chronoweave/analysis/program_dialogs.h"
+#include "chronoweave/live/live_target.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/event_dock.h"
 #include "chronoweave/qt/find_strip.h"
@@ -134,6 +135,7 @@ void CanvasWindow::takeOptions() {
     canvas.list.kernelGroup = wanted.kernel;
     canvas.list.processorRows = wanted.processorRows;
     canvas.options.snapCursors = wanted.cursorsSnap;
+    canvas.options.followEnd = wanted.followEnd;
     canvas.calls.upper.iconButtons = wanted.iconButtons;
     canvas.calls.upper.selectionPanel = wanted.selectionPanel;
     selection_->setShown(wanted.selectionPanel);
@@ -219,7 +221,11 @@ void CanvasWindow::fillUpperFloor() {
     auto& commands = upper.commands;
     commands["Quit"] = [this](const std::string&) { return close(); };
     commands["Open"] = [this](const std::string& name) { return openFile(name); };
-    commands["Close"] = [this](const std::string&) { return closeSource(), true; };
+    commands["Close"] = [this](const std::string&) {
+        if (target_) target_->reader().Forget();
+        closeSource();
+        return true;
+    };
     commands["NewWindow"] = [this](const std::string&) { return openAnother() != nullptr; };
     dialogs_Attach(
         canvas,

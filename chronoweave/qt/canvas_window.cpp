@@ -15,6 +15,7 @@
 #include "chronoweave/analysis/bindings.h"
 #include "chronoweave/analysis/dialogs.h"
 #include "chronoweave/import/import.h"
+#include "chronoweave/live/live_target.h"
 #include "chronoweave/qt/event_dock.h"
 #include "chronoweave/qt/find_strip.h"
 #include "chronoweave/qt/overview_strip.h"
@@ -107,6 +108,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
     build();
     connectItems();
     fillUpperFloor();
+    makeLive();
     makeMenus();
     takeOptions();
     makeEventTable();
@@ -122,6 +124,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
 CanvasWindow::~CanvasWindow() {
     gate_Program().Forget(this);
     std::erase(windows(), this);
+    target_.reset();
     host_.reset();  // with the windows about the canvas
     // The widgets speak of losing the keyboard while they go, to what is a member here.
     dialog_ = nullptr;
@@ -354,6 +357,7 @@ bool CanvasWindow::load(const std::string& name) {
         say("Invalid file name.");
         return false;
     }
+    if (!mayLoad(name, fileOf(name))) return false;
     keepArrangement();
     const std::string loadingText = gen_format("Loading data from file \"%s\" ...", name.c_str());
     say(loadingText);
@@ -373,6 +377,7 @@ bool CanvasWindow::load(const std::string& name) {
         overview_->rebuild();
         growing_ = std::move(opened.growing);
         view_->canvas().calls.upper.sourceGrows = growing_ != nullptr;
+        if (target_) target_->reader().Loaded(source_);
     }
     showButtons();
     busy.reset();

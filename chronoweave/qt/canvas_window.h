@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ class ArrangementStore;
 class DialogView;
 class EventDock;
 class FindStrip;
+class LiveTarget;
 class LongWork;
 class MenuView;
 class OverviewStrip;
@@ -30,12 +32,14 @@ class QtEventService;
 class SelectionCorner;
 class StartCard;
 class ToolBarView;
+class WaitWindows;
 
 // What all windows share; each may be null. All outlive the windows.
 struct CanvasServices {
     SettingsManager* settings = nullptr;
     ArrangementStore* arrangements = nullptr;
-    QtEventService* events = nullptr;  // tasks and watches of the program's loop
+    QtEventService* events = nullptr;  // tasks and watches of the program's loop; without, nothing is live
+    WaitWindows* waits = nullptr;      // what waits for a target's server sees of the windows
 };
 
 class CanvasWindow : public QMainWindow {
@@ -51,6 +55,8 @@ class CanvasWindow : public QMainWindow {
     // Draws the canvas with no data source, its cursor in the middle.
     void showEmpty();
     PictureView& view() { return *view_; }
+    // Live reading and the link to a target; null without tasks.
+    LiveTarget* target() { return target_.get(); }
     DialogModel& items() { return model_; }
     QtDialogHost& host() { return *host_; }
     // Menus, buttons and keys all end here: a command of the canvas by its text.
@@ -117,6 +123,9 @@ class CanvasWindow : public QMainWindow {
     void closeSource();
     void showNoSource();
     void endGrowing();
+    void makeLive();
+    bool mayLoad(const std::string& name, const std::string& path);
+    void showProgress(std::optional<double> share);
     bool openFile(const std::string& name);
     bool chooseCommand();
     bool keyOfField(const QKeyEvent& event);
@@ -150,4 +159,5 @@ class CanvasWindow : public QMainWindow {
     bool menusStale_ = false;             // they are renewed soon
     bool fieldRefused_ = false;           // what was last typed into a field
     std::unique_ptr<QtDialogHost> host_;  // its windows know the canvas
+    std::unique_ptr<LiveTarget> target_;  // its window is the host's
 };

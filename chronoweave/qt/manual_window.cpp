@@ -30,7 +30,7 @@ struct Page {
     const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 21> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 22> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
@@ -48,6 +48,7 @@ constexpr std::array<Page, 21> pageTable{{{"start", "Chronoweave"},
                                           {"configure", "Configure files"},
                                           {"commandline", "The command line"},
                                           {"checks", "Timing checks"},
+                                          {"live", "Live targets"},
                                           {"companions", "The event server"},
                                           {"formats", "File formats", "../formats.md"},
                                           {"messages", "Messages"}}};
@@ -64,7 +65,7 @@ constexpr Lead leadTable[] = {{"TRAXHelp", "start"},     {"TraxMenuBarHelp", "co
                               {"Palette", "commands"},   {"KeySheet", "commands"},
                               {"MergeOptions", "merge"}, {"getValue", "legend"},
                               {"About", "start"},        {"Print", "print"},
-                              {"PrintTable", "print"}};
+                              {"PrintTable", "print"},   {"KorvantisTarget", "live"}};
 
 QString folder() {
     return QString::fromStdString(path_join(path_installation_directory(), "docs/manual"));

@@ -21,6 +21,7 @@
 #include "windlib/qt/event_service.h"
 #include "windlib/qt/last_words.h"
 #include "windlib/qt/platform.h"
+#include "windlib/qt/qt_wait_windows.h"
 
 namespace {
 
@@ -37,7 +38,6 @@ void sayWhatIsNotThereYet(const StartOptions& options) {
     if (options.serviceMode) gen_warning("The service mode is not there yet; starting alone.");
     if (options.pluginPort)
         gen_warning("The plug-in mode is not there yet; port %d is not used.", *options.pluginPort);
-    if (options.live) gen_warning("Live reading is not there yet; the file is read once.");
 }
 
 bool installsHandlers(const StartOptions& options) {
@@ -104,15 +104,16 @@ int trvgui_Main(int argc, char** argv) {
     if (sigsetjmp(point, 1) != 0) last_Words("Cannot continue, exitting...");
     if (installsHandlers(options)) gen_install_signal_handlers();
     QtEventService events;
+    QtWaitWindows waits(events, QtWaitWindows::Questions::Modal);
     SettingsManager settings(program_Switches());
     ArrangementStore arrangements;
     settings.TakeDefaults(siteOptions());
     if (options.defaultsOnly) {
-        openFirstCanvas(options, {.events = &events});
+        openFirstCanvas(options, {.events = &events, .waits = &waits});
         runLoop();
     } else {
         settings.Load();
-        openFirstCanvas(options, {&settings, &arrangements, &events});
+        openFirstCanvas(options, {&settings, &arrangements, &events, &waits});
         runLoop();
         settings.Save();
     }

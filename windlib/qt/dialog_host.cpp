@@ -32,7 +32,8 @@ QString text(const std::string& utf8) {
 }
 
 std::string positionKey(const DialogModel& model) {
-    return "Trvgui." + model.description().name;
+    const DialogDescription& described = model.description();
+    return described.positionKey.empty() ? "Trvgui." + described.name : described.positionKey;
 }
 
 }  // namespace

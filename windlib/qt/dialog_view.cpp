@@ -1,5 +1,6 @@
 #include "windlib/qt/dialog_view.h"
 
+#include <QAction>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,6 +18,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "shared/libcxxutil/gate.h"
@@ -67,6 +69,7 @@ DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
         made->setParent(this);
         made->setObjectName(text(item.name));
         made->setAccessibleName(text(dialog_AccessibleName(item)));
+        made->setToolTip(text(item.tip).toHtmlEscaped());
         widgets_[item.name] = made;
     }
     for (const DialogItem& item : model_.description().items)
@@ -164,6 +167,33 @@ QWidget* DialogView::makeChoices(const DialogItem& item) {
     return set;
 }
 
+// What the field offers is shown by a button at its end, and by Down.
+void DialogView::offer(QLineEdit& field, const std::string& name) {
+    QAction* const shows =
+        field.addAction(style()->standardIcon(QStyle::SP_ArrowDown), QLineEdit::TrailingPosition);
+    shows->setObjectName(text(name + "_PullDown"));
+    shows->setToolTip(QStringLiteral("Show what can be entered"));
+    shows->setShortcut(Qt::Key_Down);
+    shows->setShortcutContext(Qt::WidgetShortcut);
+    field.addAction(shows);
+    connect(shows, &QAction::triggered, this, [this, name] { model_.pullDown(name); });
+}
+
+QWidget* DialogView::makeField(const DialogItem& item) {
+    const std::string name = item.name;
+    auto* field = new QLineEdit;
+    field->setReadOnly(item.flags & Dialog_ReadOnly);
+    field->setPlaceholderText(text(item.hint.empty() ? item.tip : item.hint));
+    if (item.flags & Dialog_PullsDown) offer(*field, name);
+    connect(field, &QLineEdit::textEdited, this,
+            [this, name](const QString& typed) { model_.edit(name, typed.toStdString()); });
+    connect(field, &QLineEdit::editingFinished, this, [this, field, name] {
+        model_.commit(name);
+        if (!field->hasFocus()) field->home(false);
+    });
+    return field;
+}
+
 QWidget* DialogView::make(const DialogItem& item) {
     const std::string name = item.name;
     switch (item.kind) {
@@ -179,18 +209,8 @@ QWidget* DialogView::make(const DialogItem& item) {
             connect(box, &QCheckBox::clicked, this, [this, name](bool on) { model_.check(name, on); });
             return box;
         }
-        case DialogKind::TextField: {
-            auto* field = new QLineEdit;
-            field->setReadOnly(item.flags & Dialog_ReadOnly);
-            field->setPlaceholderText(text(item.hint));
-            connect(field, &QLineEdit::textEdited, this,
-                    [this, name](const QString& typed) { model_.edit(name, typed.toStdString()); });
-            connect(field, &QLineEdit::editingFinished, this, [this, field, name] {
-                model_.commit(name);
-                if (!field->hasFocus()) field->home(false);
-            });
-            return field;
-        }
+        case DialogKind::TextField:
+            return makeField(item);
         case DialogKind::PullDown: {
             auto* choices = new QComboBox;
             connect(choices, &QComboBox::activated, this,
@@ -238,6 +258,7 @@ void DialogView::refresh(const std::string& name) {
     } else if (auto* field = qobject_cast<QLineEdit*>(made)) {
         if (field->text() != shown) field->setText(shown);
         if (!field->hasFocus()) field->home(false);  // of what is too long its first digits are seen
+        field->setReadOnly(state.readOnly);
     } else if (auto* button = qobject_cast<QAbstractButton*>(made)) {
         button->setText(shown);
         if (button->isCheckable()) button->setChecked(state.checked);

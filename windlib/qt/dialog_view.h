@@ -12,6 +12,7 @@
 #include "windlib/dialog/model.h"
 
 class QKeyEvent;
+class QLineEdit;
 
 // Properties of a view: the help key and the name of its description, by which help is found.
 constexpr const char* dialogView_HelpKey = "helpKey";
@@ -41,8 +42,10 @@ class DialogView : public QWidget {
 
   private:
     QWidget* make(const DialogItem& item);
+    QWidget* makeField(const DialogItem& item);
     QWidget* makeList(const DialogItem& item);
     QWidget* makeChoices(const DialogItem& item);
+    void offer(QLineEdit& field, const std::string& name);
     void orderFocus();
     void refresh(const std::string& name);
     void place(const PlacerOutcome& outcome);
