@@ -2,30 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include "chronoweave/analysis/detail_testing.h"
 #include "chronoweave/analysis/detail_walk.h"
 #include "chronoweave/analysis/object_tree.h"
 #include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/cursor.h"
-#include "chronoweave/traxfunc/session/canvas_testing.h"
-#include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
-#include "windlib/dialog/host_testing.h"
 
 namespace {
 
-class DetailTest : public testing::Test {
+class DetailTest : public CanvasWithDetails {
   protected:
-    void SetUp() override {
-        gen_set_console_sink([](std::string_view) {});
-        canvas.calls.host = &host;
-        detail_Attach(canvas);
-    }
-    void TearDown() override { gen_set_console_sink({}); }
     void Open(const std::vector<TestEvent>& events, const std::string& os = "KORVANTIS",
               Legend legend = test_legend()) {
-        ASSERT_TRUE(test.Open(events, os, std::move(legend)));
-        test.ShowAll();
+        OpenTrace(events, os, std::move(legend));
     }
     DialogModel& Window() { return *host.windows.back(); }
     std::string Text(const char* item) { return Window().item(item).text; }
@@ -40,10 +31,6 @@ class DetailTest : public testing::Test {
         FAIL() << "no stretch at " << time;
     }
     void OpenEvent(size_t icon) { canvas.calls.openDetail({laItemType::Bitmap, 0, icon}); }
-
-    RecordingHost host;
-    TestCanvas test;
-    _LaCanvasData& canvas = *test.canvas;
 };
 
 TEST(DetailDescriptions, SurviveFontsAndSizes) {

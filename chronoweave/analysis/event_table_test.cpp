@@ -2,15 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "chronoweave/analysis/detail_windows.h"
+#include "chronoweave/analysis/detail_testing.h"
 #include "chronoweave/engine/engine_testing.h"
 #include "chronoweave/traxfunc/input/legend_edit.h"
 #include "chronoweave/traxfunc/input/pointer.h"
 #include "chronoweave/traxfunc/model/geometry.h"
-#include "chronoweave/traxfunc/session/canvas_testing.h"
-#include "shared/libcxxutil/report.h"
 #include "windlib/dialog/dialog_testing.h"
-#include "windlib/dialog/host_testing.h"
 
 namespace {
 
@@ -34,25 +31,15 @@ std::vector<TestEvent> numbered(size_t count, mt_Time every = 100) {
     return events;
 }
 
-class EventTableTest : public testing::Test {
+class EventTableTest : public CanvasWithDetails {
   protected:
-    void SetUp() override {
-        gen_set_console_sink([](std::string_view) {});
-        canvas.calls.host = &host;
-        detail_Attach(canvas);
-    }
-    void TearDown() override { gen_set_console_sink({}); }
     void Open(const std::vector<TestEvent>& events) {
-        ASSERT_TRUE(test.Open(events, "KORVANTIS", text_legend()));
-        test.ShowAll();
+        OpenTrace(events, "KORVANTIS", text_legend());
         table.Sync();
     }
     std::string Cell(int row, int column) { return list.Text(row, column); }
     const std::string& Message() { return model.item("ts_info").text; }
 
-    RecordingHost host;
-    TestCanvas test;
-    _LaCanvasData& canvas = *test.canvas;
     EventTable table{canvas};
     DialogModel& model = table.model();
     MScrollList& list = model.list("list");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -66,6 +67,19 @@ std::optional<std::vector<uint32_t>> AnalysisLine::objectList(const std::string&
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
     return ids;
+}
+
+std::optional<SearchRequest> AnalysisLine::request() const {
+    SearchRequest request;
+    request.rangeFrom = from;
+    request.rangeTo = to;
+    request.objects = objects;
+    if (!line_.objects.empty()) {
+        auto ids = objectList(line_.objects, "--objects");
+        if (!ids) return std::nullopt;
+        request.objects = std::move(*ids);
+    }
+    return request;
 }
 
 std::optional<int32_t> AnalysisLine::event(const std::string& name, const char* option) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "chronoweave/cli/named_store.h"
+#include "chronoweave/engine/search.h"
 #include "chronoweave/engine/search_names.h"
 #include "chronoweave/engine/trace_facts.h"
 #include "shared/libcxxutil/progress_bar.h"
@@ -26,6 +27,9 @@ class AnalysisLine : public TraceFacts {
     // none.
     std::optional<std::vector<uint32_t>> objectList(const std::string& text, const char* option,
                                                     bool nameMeansAll = false) const;
+    // A request about the range and the line's objects, all when it names none; nothing, with the message
+    // said, when one is none.
+    std::optional<SearchRequest> request() const;
     // A name of an option as a row; nothing, with the message said, when there is none.
     std::optional<int32_t> event(const std::string& name, const char* option) const;
     std::optional<int32_t> status(const std::string& name, const char* option) const;

@@ -122,26 +122,19 @@ int report_statistics(const CommandLine& line, AnalysisLine& analysis) {
 }
 
 std::optional<SearchRequest> general_request(const CommandLine& line, const AnalysisLine& analysis) {
-    SearchRequest request;
-    request.rangeFrom = analysis.from;
-    request.rangeTo = analysis.to;
-    request.objects = analysis.objects;
-    if (!line.objects.empty()) {
-        const auto ids = analysis.objectList(line.objects, "--objects");
-        if (!ids) return std::nullopt;
-        request.objects = *ids;
-    }
-    request.kind = Search_Switch;
+    std::optional<SearchRequest> request = analysis.request();
+    if (!request) return request;
+    request->kind = Search_Switch;
     std::optional<int32_t> row = analysis.named.legend.contextSwitchStatus;
     if (!line.event.empty()) {
-        request.kind = Search_Event;
+        request->kind = Search_Event;
         row = analysis.event(line.event, "--event");
     } else if (!line.status.empty()) {
-        request.kind = Search_Status;
+        request->kind = Search_Status;
         row = analysis.status(line.status, "--status");
     }
     if (!row) return std::nullopt;
-    request.target = *row;
+    request->target = *row;
     return request;
 }
 

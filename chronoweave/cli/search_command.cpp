@@ -88,16 +88,10 @@ bool bounds_intervals(const CommandLine& line, const AnalysisLine& analysis) {
 }
 
 std::optional<SearchRequest> make_request(const CommandLine& line, const AnalysisLine& analysis) {
-    SearchRequest request;
+    std::optional<SearchRequest> asked = analysis.request();
+    if (!asked) return asked;
+    SearchRequest& request = *asked;
     request.kind = kind_of(line.subject);
-    request.rangeFrom = analysis.from;
-    request.rangeTo = analysis.to;
-    request.objects = analysis.objects;
-    if (!line.objects.empty()) {
-        const auto ids = analysis.objectList(line.objects, "--objects");
-        if (!ids) return std::nullopt;
-        request.objects = *ids;
-    }
     const auto take = [](std::optional<int32_t> row, int32_t& target) {
         if (row) target = *row;
         return row.has_value();
@@ -113,7 +107,7 @@ std::optional<SearchRequest> make_request(const CommandLine& line, const Analysi
     if (!good || (line.subject == "interval" && !bounds_intervals(line, analysis))) return std::nullopt;
     if (line.subject == "interval" && request.rangeFrom > request.rangeTo)
         std::swap(request.rangeFrom, request.rangeTo);
-    return request;
+    return asked;
 }
 
 // JSON has the same keys for every kind, tables the columns that tell something.

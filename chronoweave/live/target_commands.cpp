@@ -29,12 +29,7 @@ void change(TargetLink& link, TargetFlag flag, bool on, const std::string& comma
 // The first start of the server: what it says first must come.
 bool start_for_connect(TargetLink& link) {
     if (link.server) return true;
-    if (const Result started = TargetLinkSpawn(link); !started) {
-        gen_console("%s\n", started.text().c_str());
-        ShowPanelMessage(link, words_NoSpawn);
-        return false;
-    }
-    link.alive = true;
+    if (!TargetLinkStart(link)) return false;
     if (TargetLinkAwait(link) == LinkAnswer::Nothing) {
         TargetLinkClose(link, LinkEnd::ForNow);
         ShowPanelMessage(link, words_BadResponse);

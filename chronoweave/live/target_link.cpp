@@ -139,14 +139,19 @@ Result TargetLinkSpawn(TargetLink& link) {
     return started;
 }
 
-bool TargetLinkEnsureServer(TargetLink& link) {
-    if (link.server) return true;
+bool TargetLinkStart(TargetLink& link) {
     if (const Result started = TargetLinkSpawn(link); !started) {
         gen_console("%s\n", started.text().c_str());
         ShowPanelMessage(link, words_NoSpawn);
         return false;
     }
     link.alive = true;
+    return true;
+}
+
+bool TargetLinkEnsureServer(TargetLink& link) {
+    if (link.server) return true;
+    if (!TargetLinkStart(link)) return false;
     TargetLinkAwait(link);
     return true;
 }

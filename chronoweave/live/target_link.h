@@ -72,6 +72,8 @@ void ShowPanelMessage(TargetLink& link, const std::string& text);
 
 // Starts the server; there is none. The failure is nobody's but the caller's to tell.
 Result TargetLinkSpawn(TargetLink& link);
+// The same, and tells the failure: false.
+bool TargetLinkStart(TargetLink& link);
 // Starts it where there is none, and reads what it says first. False, which was told, when it can't be
 // started.
 bool TargetLinkEnsureServer(TargetLink& link);

@@ -17,6 +17,7 @@
 #include <fstream>
 
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/window_testing.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxfunc/input/cursor.h"
@@ -79,25 +80,12 @@ TEST_F(Window, ShowsThePixelsOfThePictureFile) {
     window->view().layOutAndPaint();
     const laPicture& shown = window->view().picture();
 
-    LaGraph graph;
-    std::unique_ptr<_LaCanvasData> other;
-    laPicture picture;
-    picture_Measure([&](Surface& surface) {
-        graph.font = surface.fontMetrics(Font_Application);
-        other = laCanvas_Create(graph, 0);
-        other->list.processorRows = true;
-        Legend legend;
-        ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
-        ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));
-        picture = laPicture_LayOut(*other, surface, size.width(),
-                                   size.height() + laPicture_FooterHeight(graph.font));
-        laCanvas_ShowAll(*other);
-        picture = laPicture_LayOut(*other, surface, size.width(),
-                                   size.height() + laPicture_FooterHeight(graph.font));
-    });
+    CanvasAlone other;
+    testing_OpenAlone(other, folder / "run", trace, size, true);
+    const laPicture& picture = other.picture;
     EXPECT_EQ(picture.graphLeft, shown.graphLeft);
     EXPECT_EQ(picture.graphHeight, shown.graphHeight);
-    const auto draw = [&](Surface& surface) { laPicture_Draw(*other, surface, picture, false); };
+    const auto draw = [&](Surface& surface) { laPicture_Draw(*other.canvas, surface, picture, false); };
     ASSERT_EQ(picture_Write(folder / "p.png", picture.width, picture.height, 1, draw).text(), "");
     const QImage file(QString::fromStdString(folder / "p.png"));
     // All but the line under the picture, whose texts the window shows beside its fields.

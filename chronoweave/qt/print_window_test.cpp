@@ -11,6 +11,7 @@
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/window_testing.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/navigate.h"
@@ -133,22 +134,12 @@ TEST_F(PrintWindow, ThePageIsThatOfTheCommandLine) {
                               options)
                   .end,
               TraxPrintEnd::Done);
-    LaGraph graph;
-    std::unique_ptr<_LaCanvasData> other;
-    laPicture picture;
-    picture_Measure([&](Surface& surface) {
-        graph.font = surface.fontMetrics(Font_Application);
-        other = laCanvas_Create(graph, 0);
-        other->list.processorRows = true;
-        Legend legend;
-        ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
-        ASSERT_TRUE(laCanvas_SetUpFromStore(*other, mt_OpenForRead(folder / "run"), legend, trace));
-        laPicture_LayOut(*other, surface, size.width(), size.height(), false);
-        laCanvas_ShowAll(*other);
-        picture = laPicture_LayOut(*other, surface, size.width(), size.height(), false);
-    });
-    other->axis.timeMode = Time_Second;
-    ASSERT_EQ(traxPrint_Pages(*other, theirs, traxPrint_SizesOf(*other, picture.graphLeft), options).end,
+    CanvasAlone other;
+    testing_OpenAlone(other, folder / "run", trace, size, false);
+    other.canvas->axis.timeMode = Time_Second;
+    ASSERT_EQ(traxPrint_Pages(*other.canvas, theirs,
+                              traxPrint_SizesOf(*other.canvas, other.picture.graphLeft), options)
+                  .end,
               TraxPrintEnd::Done);
     EXPECT_EQ(ours.pages.size(), 2u);
     EXPECT_EQ(ours.text(), theirs.text());

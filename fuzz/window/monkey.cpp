@@ -74,6 +74,14 @@ void Monkey::schedule() {
     QTimer::singleShot(0, this, [this] { step(); });
 }
 
+// Work goes on whose window may be gone: another window can't load while it does.
+bool Monkey::isAtWork() {
+    for (const GateWork work : {GateWork::Load, GateWork::Fetch, GateWork::Search, GateWork::Report,
+                                GateWork::Print, GateWork::Merge})
+        if (gate_Program().Runs(work)) return true;
+    return false;
+}
+
 bool Monkey::isQuiet() const {
     for (size_t i = 0; i < gateWorks; ++i)
         if (gate_Program().Runs(static_cast<GateWork>(i))) return false;
@@ -104,6 +112,8 @@ void Monkey::step() {
     ++depth_;
     if (left_ <= 0) {
         endStep();
+    } else if (CanvasWindow::all().empty() && isAtWork()) {
+        dismiss();
     } else if (CanvasWindow* window = canvas()) {
         --left_;
         QWidget* at = target();
@@ -141,13 +151,18 @@ void Monkey::endStep() {
     QWidget* const any = target();
     if (QGuiApplication::mouseButtons() != Qt::NoButton && any && handleOf(*any)) return release(*any);
     buttons_ = Qt::NoButton;
+    if (!dismiss() && isQuiet()) over_ = true;
+}
+
+// Closes what waits for an answer; false when nothing does.
+bool Monkey::dismiss() {
     if (QWidget* popup = QApplication::activePopupWidget()) {
         popup->close();
-    } else if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
-        dialog->reject();
-    } else if (isQuiet()) {
-        over_ = true;
+        return true;
     }
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog) dialog->reject();
+    return dialog != nullptr;
 }
 
 QPoint Monkey::somewhere(QWidget& window) {

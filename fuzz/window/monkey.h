@@ -34,6 +34,8 @@ class Monkey : public QObject {
     void step();
     void schedule();
     void endStep();
+    static bool dismiss();
+    static bool isAtWork();
     bool isQuiet() const;
     CanvasWindow* canvas();
     QWidget* target();
