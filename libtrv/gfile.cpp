@@ -19,6 +19,7 @@ constexpr size_t first_window = 4096;
 constexpr size_t largest_window = 256 * 1024;
 // A length from a file above this is held against the file's size before room is made for it.
 constexpr size_t trusted_length = 64 * 1024;
+constexpr const char* not_regular = "Not a regular file";
 
 class FileOnDisk : public FileDevice {
   public:
@@ -88,16 +89,13 @@ std::unique_ptr<FileDevice> wrapped(std::unique_ptr<FileDevice> device, const st
 }  // namespace
 
 Result gf_OpenDevice(const std::string& name, std::unique_ptr<FileDevice>& device) {
-    // Looked at ahead of opening, since opening alone can do something to a device; and opened without
-    // waiting, since the name may have changed hands in between.
+    // Without waiting, so that a pipe is seen to be none of ours; of a socket the opening itself fails.
+    const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (file < 0) return errno == ENXIO ? Result::failure(not_regular, name) : Result::system(name, errno);
     struct stat facts {};
-    if (::stat(name.c_str(), &facts) != 0) return Result::system(name, errno);
-    if (S_ISDIR(facts.st_mode)) return Result::system(name, EISDIR);
-    const int file = S_ISREG(facts.st_mode) ? ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
-    if (S_ISREG(facts.st_mode) && file < 0) return Result::system(name, errno);
-    if (file < 0 || ::fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) {
-        if (file >= 0) ::close(file);
-        return Result::failure("Not a regular file", name);
+    if (::fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) {
+        ::close(file);
+        return S_ISDIR(facts.st_mode) ? Result::system(name, EISDIR) : Result::failure(not_regular, name);
     }
     const auto size = static_cast<uint64_t>(facts.st_size);
     device = wrapped(std::make_unique<FileOnDisk>(file, size), name);
