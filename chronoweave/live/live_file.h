@@ -35,6 +35,8 @@ class LiveFile {
     State Look(uint64_t read);
     // It was read up to here.
     void Note(uint64_t read);
+    // Up to where; 0 before.
+    uint64_t seen() const { return seen_; }
 
   private:
     std::vector<uint8_t> Before(uint64_t offset) const;

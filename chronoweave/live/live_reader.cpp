@@ -183,6 +183,8 @@ LiveReader::Loading LiveReader::BeforeLoad(const std::string& path) {
 void LiveReader::Loaded(const std::string& path) {
     waitsFor_.clear();
     file_.Open(path);
+    if (ImportSession* const session = window_.growing())
+        file_.Note(static_cast<uint64_t>(session->source().extent().done));
 }
 
 void LiveReader::Forget() {

@@ -60,6 +60,8 @@ class LiveReader {
     bool IsReading() const { return next_.has_value(); }
     // The file that is waited for; empty for none.
     const std::string& WaitsFor() const { return waitsFor_; }
+    // Bytes of the file that were read.
+    uint64_t ReadUpTo() const { return file_.seen(); }
 
   private:
     struct CatchUp {

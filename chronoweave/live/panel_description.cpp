@@ -88,7 +88,7 @@ DialogDescription target_PanelDescription() {
     return {.name = "KorvantisTarget",
             .title = "Target Control for KORVANTIS",
             .helpKey = "live",
-            .offset = 40,
+            .offset = 80,  // the canvas's tool bar is still seen
             .positionKey = "TRVGUI KORVANTIS Control Panel",
             .items = items(),
             .layout = layout.lines()};

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
+#include <QToolButton>
 #include <filesystem>
 #include <fstream>
 
@@ -93,6 +94,8 @@ TEST_F(LiveWindowTest, ThePanelOpensOnceAndKeepsItsPlace) {
     EXPECT_EQ(target->placeholderText(), "<Target Name or IP Address> [-port <Port Number>]");
     QAction* arrow = target->findChild<QAction*>("ConnectToTarget_PullDown");
     ASSERT_TRUE(arrow);
+    const auto* button = target->findChild<QToolButton*>();
+    EXPECT_TRUE(button && button->defaultAction() == arrow && button->isVisible());
     int offered = 0;
     panel.onPullDown = [&](const std::string&) { ++offered; };
     arrow->trigger();

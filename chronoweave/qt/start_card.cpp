@@ -36,7 +36,9 @@ void StartCard::fill(const std::vector<std::string>& recent) {
     QString text = QStringLiteral("<h3>No trace is open</h3><p>") + linkTo("Open", "Open a trace...") +
                    QStringLiteral(
                        " (Ctrl+O), or drop a file here:<br>"
-                       "a raw event file (.trr), a core file (.core) or a store (.trs)</p>");
+                       "a raw event file (.trr), a core file (.core) or a store (.trs)</p><p>") +
+                   linkTo("Korvantis", "Watch a running system...") +
+                   QStringLiteral("<br>a target, this machine, or a simulation to try it</p>");
     if (!recent.empty()) text += QStringLiteral("<p>Open lately:</p><p>");
     for (size_t i = 0; i < std::min(recent.size(), mostShown); ++i)
         text += linkTo("Open " + recent[i], std::string(path_file(recent[i]))) + QStringLiteral(" &nbsp; ") +

@@ -1,69 +1,23 @@
 // A session at a real window: what a user does in a first quarter of an hour, by pointer and keys of an X
 // server. The pictures that it leaves in the build folder ("driven") are for readers.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <thread>
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/geometry.h"
-#include "chronoweave/traxmain/driven_robot.h"
-#include "chronoweave/traxmain/trvgui.h"
-#include "libtrv/test_store.h"
+#include "chronoweave/traxmain/driven_session.h"
 #include "windlib/qt/last_words.h"
 
 namespace {
-
-using Script = std::function<void(Robot&)>;
-
-// Runs the program in a process of its own, with a user who follows the script and then quits if he has not
-// yet. The exit status: that of the program, 99 after a fault, which standard error is told.
-int run_program(const std::vector<std::string>& arguments, const std::string& pictures,
-                const Script& script) {
-    const int child = ::fork();
-    if (child == 0) {
-        std::vector<std::string> words = arguments;
-        words.insert(words.begin(), "trvgui");
-        std::vector<char*> argv;
-        for (std::string& word : words) argv.push_back(word.data());
-        argv.push_back(nullptr);
-        std::thread user([&] {
-            Robot robot(pictures);
-            try {
-                robot.waitFor("the window",
-                              [] { return Robot::canvas() && Robot::canvas()->isActiveWindow(); });
-                script(robot);
-            } catch (const Robot::Fault& fault) {
-                std::fprintf(stderr, "driven: %s\n", fault.what.c_str());
-                robot.picture("fault");
-                ::_exit(99);
-            }
-        });
-        const int status = trvgui_Main(static_cast<int>(words.size()), argv.data());
-        user.join();
-        std::fflush(nullptr);
-        ::_exit(status);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-_LaCanvasData& canvas_data() {
-    return Robot::canvas()->view().canvas();
-}
 
 // A point of the drawing area on the screen.
 QPoint on_screen(int x, int y) {
@@ -206,24 +160,6 @@ void colour_in_legend(Robot& robot) {
     robot.key("Escape");
     robot.waitFor("the canvas", [] { return Robot::canvas()->isActiveWindow(); });
 }
-
-class DrivenSession : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (!screen.missing().empty()) GTEST_SKIP() << "not installed: " << screen.missing();
-        ::setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
-        ::setenv("XDG_CACHE_HOME", (folder / "cache").c_str(), 1);
-        ::setenv("CHRONOWEAVE_HOME", CW_SOURCE_DIR, 1);
-        trace = folder / "session.trr";
-        std::filesystem::copy_file(std::string(CW_SOURCE_DIR) + "/samples/build-2cpu.trr", trace);
-        const char* wanted = std::getenv("CHRONOWEAVE_PICTURES");
-        pictures = wanted ? wanted : std::filesystem::current_path() / "driven";
-    }
-
-    DrivenScreen screen;
-    TestFolder folder;
-    std::string trace, pictures;
-};
 
 // A window that can't be painted.
 class Broken : public QWidget {

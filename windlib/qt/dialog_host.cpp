@@ -36,12 +36,20 @@ std::string positionKey(const DialogModel& model) {
     return described.positionKey.empty() ? "Trvgui." + described.name : described.positionKey;
 }
 
+// What opens upon its parent stays over it; the window system then takes it for a dialog.
+Qt::WindowFlags kind_of(const DialogDescription& described) {
+    if (described.offset < 0) return Qt::Window;
+    return Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
+           Qt::WindowCloseButtonHint;
+}
+
 }  // namespace
 
 // A window beside the others: the items of its model under a menu bar, if it has one.
 class QtDialogHost::Window : public QWidget {
   public:
-    Window(QWidget* parent, DialogModel& model) : QWidget(parent, Qt::Window), model_(model) {
+    Window(QWidget* parent, DialogModel& model)
+        : QWidget(parent, kind_of(model.description())), model_(model) {
         setObjectName(text(model.description().name));
         setAccessibleName(text(model.title()));
         setWindowTitle(text(model.title()));

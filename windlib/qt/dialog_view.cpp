@@ -56,6 +56,17 @@ class PaintedStrip : public QWidget {
     std::string name_;
 };
 
+// An arrow down, as pull-downs have it.
+QIcon pullDownIcon(const QPalette& palette) {
+    QPixmap pixmap(32, 32);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette.color(QPalette::Text), 4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(QPolygon({{8, 12}, {16, 20}, {24, 12}}));
+    return QIcon(pixmap);
+}
+
 }  // namespace
 
 DialogView::DialogView(DialogModel& model, Factory factory, QWidget* parent)
@@ -169,13 +180,11 @@ QWidget* DialogView::makeChoices(const DialogItem& item) {
 
 // What the field offers is shown by a button at its end, and by Down.
 void DialogView::offer(QLineEdit& field, const std::string& name) {
-    QAction* const shows =
-        field.addAction(style()->standardIcon(QStyle::SP_ArrowDown), QLineEdit::TrailingPosition);
+    QAction* const shows = field.addAction(pullDownIcon(palette()), QLineEdit::TrailingPosition);
     shows->setObjectName(text(name + "_PullDown"));
     shows->setToolTip(QStringLiteral("Show what can be entered"));
     shows->setShortcut(Qt::Key_Down);
     shows->setShortcutContext(Qt::WidgetShortcut);
-    field.addAction(shows);
     connect(shows, &QAction::triggered, this, [this, name] { model_.pullDown(name); });
 }
 
