@@ -55,7 +55,7 @@ bool report_general(const std::shared_ptr<CanvasFacts>& facts) {
 }  // namespace
 
 std::shared_ptr<SearchDesk> analysis_Attach(_LaCanvasData& canvas) {
-    const auto desk = std::make_shared<SearchDesk>();
+    auto desk = std::make_shared<SearchDesk>();
     const auto add = [&canvas](const char* name, std::function<bool()> work) {
         canvas.calls.upper.commands[name] = [&canvas, work = std::move(work)](const std::string&) {
             return canvas.calls.host != nullptr && work();

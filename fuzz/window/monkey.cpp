@@ -85,8 +85,8 @@ bool Monkey::isAtWork() {
 bool Monkey::isQuiet() const {
     for (size_t i = 0; i < gateWorks; ++i)
         if (gate_Program().Runs(static_cast<GateWork>(i))) return false;
-    return depth_ == 1 && buttons_ == Qt::NoButton && !QApplication::activePopupWidget() &&
-           !QApplication::activeModalWidget();
+    return !gate_Program().Ready() && depth_ == 1 && buttons_ == Qt::NoButton &&
+           !QApplication::activePopupWidget() && !QApplication::activeModalWidget();
 }
 
 CanvasWindow* Monkey::canvas() {

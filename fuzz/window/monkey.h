@@ -27,7 +27,9 @@ class Monkey : public QObject {
     std::string trail() const;
     // What waits did not end when it was told to.
     bool stuck = false;
-    // Called now and then when nothing goes on: no work, dialog, menu or drag.
+    // Nothing goes on, and nothing waits for that: no work, dialog, menu or drag.
+    bool isQuiet() const;
+    // Called now and then when it is quiet.
     std::function<void(CanvasWindow&)> quiet;
 
   private:
@@ -36,7 +38,6 @@ class Monkey : public QObject {
     void endStep();
     static bool dismiss();
     static bool isAtWork();
-    bool isQuiet() const;
     CanvasWindow* canvas();
     QWidget* target();
     void pointer(QWidget& window);

@@ -87,6 +87,10 @@ class RandomInput : public testing::TestWithParam<unsigned> {
         Monkey monkey(seed, open);
         int looks = 0;
         monkey.quiet = [&](CanvasWindow& window) {
+            // What was put off until now is painted first; a fetch that it needs serves other acts.
+            const QPointer<CanvasWindow> alive = &window;
+            QCoreApplication::sendPostedEvents(&window.view(), QEvent::MetaCall);
+            if (!alive || !monkey.isQuiet()) return;
             ++looks;
             const QImage shown = window.view().image().copy();
             // In the unit that is shown: a repaint asked for by the canvas might take a smaller one.
