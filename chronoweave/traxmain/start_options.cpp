@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <string_view>
 
 #include "shared/libcxxutil/report.h"
@@ -29,66 +28,12 @@ constexpr const char* optionHelp =
     "-run, -rungui      no more options of the toolkit behind it\n"
     "--plugin PORT      connect to a plug-in host on this port\n"
     "-connect_servicerouter PORT, -sr_...\n"
-    "                   the options of the service framework\n"
+    "                   run as a service: other programs open and steer the windows\n"
     "-h                 the usage in a line\n"
     "--help, --version  this text, the version\n";
 
-// The options of the service framework, and whether an argument stands behind them.
-enum class Takes { Nothing, Text, Port };
-struct ServiceWord {
-    const char* name;
-    Takes takes;
-    bool router = false;  // means the service mode
-};
-constexpr ServiceWord serviceWords[] = {
-    {"-connect_servicerouter", Takes::Port, true},
-    {"-sr_connect_servicerouter_host", Takes::Text, true},
-    {"-sr_connect_servicerouter_port", Takes::Port, true},
-    {"-sr_log", Takes::Text},
-    {"-sr_log_router", Takes::Text},
-    {"-sr_log_all", Takes::Text},
-    {"-sr_log_router_internal", Takes::Text},
-    {"-sr_zone", Takes::Text},
-    {"-sr_client_start_cookie", Takes::Text},
-    {"-sr_shared", Takes::Nothing},
-    {"-sr_private", Takes::Nothing},
-    {"-sr_reuse", Takes::Nothing},
-    {"-sr_new", Takes::Nothing},
-    {"-sr_debug", Takes::Nothing},
-    {"-sr_debugger", Takes::Nothing},
-    {"-sr_debugger_opts", Takes::Nothing},
-    {"-sr_debug_startup", Takes::Nothing},
-    {"-sr_debug_debugger", Takes::Nothing},
-    {"-sr_debug_debugger_opts", Takes::Nothing},
-    {"-sr_dir", Takes::Text},
-};
 // The switches that -X and -Z know.
 constexpr std::array<const char*, 2> debugSwitches{"alternative_prefixes", "no_signal_handlers"};
-
-const ServiceWord* findServiceWord(const std::string& argument) {
-    for (const ServiceWord& word : serviceWords)
-        if (argument == word.name) return &word;
-    return nullptr;
-}
-
-bool namesService(const Arguments& arguments) {
-    for (size_t i = 0; i + 1 < arguments.size(); ++i)
-        if (const ServiceWord* word = findServiceWord(arguments[i]); word && word->router) return true;
-    return false;
-}
-
-// A port as typed: none for -1, and, with a warning in its place, for what is no port.
-enum class PortWord { Good, Absent, Wrong };
-PortWord takePort(const std::string& option, const std::string& text, int& port, StartOptions& options) {
-    if (text == "-1") return PortWord::Absent;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (error == std::errc() && end == text.data() + text.size() && port >= 1 && port <= 65535)
-        return PortWord::Good;
-    options.warnings.push_back(
-        gen_format("%s: the port \"%s\" is no whole number from 1 to 65535; starting without it",
-                   option.c_str(), text.c_str()));
-    return PortWord::Wrong;
-}
 
 void takeDebugSwitch(const std::string& argument, StartOptions& options) {
     const std::string name = argument.substr(2);
@@ -139,27 +84,11 @@ Arguments toolkitPass(const Arguments& arguments, StartOptions& options) {
     return left;
 }
 
-Arguments servicePass(const Arguments& arguments, StartOptions& options) {
-    Arguments left;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const ServiceWord* word = findServiceWord(arguments[i]);
-        if (!word) {
-            left.push_back(arguments[i]);
-            continue;
-        }
-        if (word->takes == Takes::Nothing) {
-            options.service.push_back({arguments[i], {}});
-            continue;
-        }
-        if (i + 1 == arguments.size()) break;  // its argument is missing
-        const std::string& argument = arguments[++i];
-        int port = 0;
-        if (word->takes == Takes::Port && takePort(word->name, argument, port, options) == PortWord::Wrong)
-            options.serviceMode = false;
-        else
-            options.service.push_back({word->name, argument});
-    }
-    return left;
+Arguments servicePass(Arguments arguments, StartOptions& options) {
+    options.router = sr_TakeOptions(arguments);
+    options.serviceMode = options.router.namesRouter;
+    for (const std::string& warning : options.router.warnings) options.warnings.push_back(warning);
+    return arguments;
 }
 
 Arguments pluginPass(const Arguments& arguments, StartOptions& options) {
@@ -169,30 +98,10 @@ Arguments pluginPass(const Arguments& arguments, StartOptions& options) {
             left.push_back(arguments[i]);
             continue;
         }
-        int port = 0;
-        if (takePort("--plugin", arguments[++i], port, options) == PortWord::Good) options.pluginPort = port;
+        if (const auto port = sr_Port("--plugin", arguments[++i], options.warnings))
+            options.pluginPort = port;
     }
     return left;
-}
-
-// Debug options that mean nothing on their own.
-void reviewService(StartOptions& options) {
-    const auto given = [&](std::string_view name) {
-        return std::any_of(options.service.begin(), options.service.end(),
-                           [name](const auto& option) { return option.name == name; });
-    };
-    const auto warn = [&](const char* text) { options.warnings.push_back(text); };
-    if (given("-sr_debugger") && !given("-sr_debug"))
-        warn("Must specify -sr_debug for -sr_debugger to have meaning.");
-    if (given("-sr_debugger_opts") && !given("-sr_debug"))
-        warn("Must specify -sr_debug for -sr_debugger_opts to have meaning.");
-    const bool debugger = given("-sr_debug_debugger"), opts = given("-sr_debug_debugger_opts");
-    if (given("-sr_debug_startup") && !(debugger && opts))
-        warn(
-            "Must specify both -sr_debug_debugger and -sr_debug_debugger_opts when -sr_debug_startup is "
-            "passed.");
-    if (!given("-sr_debug_startup") && (debugger || opts))
-        warn("Must specify -sr_debug_startup with -sr_debug_debugger and -sr_debug_debugger_opts.");
 }
 
 void ownPass(const Arguments& arguments, StartOptions& options) {
@@ -215,11 +124,9 @@ void ownPass(const Arguments& arguments, StartOptions& options) {
 
 StartOptions start_Parse(std::vector<std::string> arguments, bool noSplash) {
     StartOptions options;
-    options.serviceMode = namesService(arguments);
     options.splash = !noSplash;
     arguments = toolkitPass(arguments, options);
     arguments = servicePass(arguments, options);
-    reviewService(options);
     arguments = pluginPass(arguments, options);
     ownPass(arguments, options);
     return options;

@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "services/servicerouter_proxy/sr_options.h"
+
 // What the program answers in place of running.
 enum class StartAnswer { None, Usage, Help, Version };
 
 struct StartOptions {
-    // Recognised before all passes, from any argument but the last. A port that is none undoes it.
+    // An option names the service router, in any place but the last. A port that is none undoes it.
     bool serviceMode = false;
 
     // The toolkit's pass.
@@ -27,15 +29,11 @@ struct StartOptions {
     bool defaultsOnly = false;          // -nocfg
     std::vector<std::string> warnings;  // of all passes
 
-    // The pass of the service framework: its options as given, with their arguments.
-    struct ServiceOption {
-        std::string name, argument;
-        bool operator==(const ServiceOption&) const = default;
-    };
-    std::vector<ServiceOption> service;
+    // The pass of the service framework.
+    ServiceRouterOptions router;
 
     // The plug-in pass.
-    std::optional<int> pluginPort;
+    std::optional<uint16_t> pluginPort;
 
     // The program's own pass.
     StartAnswer answer = StartAnswer::None;

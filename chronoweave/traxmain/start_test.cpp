@@ -45,51 +45,18 @@ TEST(StartOptions, PluginAndServiceArgumentsCountInAnyPlaceButTheLast) {
     EXPECT_FALSE(start_Parse({"-sr_connect_servicerouter_port"}, false).serviceMode);
 }
 
-TEST(StartOptions, TheServiceFrameworksOptionsAreTakenWithTheirArguments) {
-    const char* const texts[] = {"-sr_connect_servicerouter_host",
-                                 "-sr_log",
-                                 "-sr_log_router",
-                                 "-sr_log_all",
-                                 "-sr_zone",
-                                 "-sr_log_router_internal",
-                                 "-sr_client_start_cookie",
-                                 "-sr_dir"};
-    const char* const ports[] = {"-connect_servicerouter", "-sr_connect_servicerouter_port"};
-    const char* const alone[] = {"-sr_shared", "-sr_private", "-sr_reuse", "-sr_new", "-sr_debug"};
-    const auto one = [](std::vector<std::string> arguments) {
-        arguments.push_back("run.trr");
-        return start_Parse(arguments, false);
-    };
-    using Given = std::vector<StartOptions::ServiceOption>;
-    for (const char* name : texts) {
-        EXPECT_EQ(one({name, "its"}).dataFile, "run.trr") << name;
-        EXPECT_EQ(one({name, "its"}).service, (Given{{name, "its"}})) << name;
-    }
-    for (const char* name : ports) {
-        EXPECT_EQ(one({name, "4711"}).service, (Given{{name, "4711"}})) << name;
-        EXPECT_TRUE(one({name, "4711"}).serviceMode);
-        EXPECT_EQ(one({name, "-1"}).dataFile, "run.trr") << name;
-    }
-    for (const char* name : alone) {
-        EXPECT_EQ(one({name}).dataFile, "run.trr") << name;
-        EXPECT_EQ(one({name}).service, (Given{{name, ""}})) << name;
-    }
-    EXPECT_EQ(start_Parse({"run.trr", "-sr_zone"}, false).service, Given{});
-    const std::pair<std::vector<std::string>, const char*> mistakes[] = {
-        {{"-sr_debugger"}, "Must specify -sr_debug for -sr_debugger to have meaning."},
-        {{"-sr_debugger_opts"}, "Must specify -sr_debug for -sr_debugger_opts to have meaning."},
-        {{"-sr_debug_startup", "-sr_debug_debugger"},
-         "Must specify both -sr_debug_debugger and -sr_debug_debugger_opts when -sr_debug_startup is "
-         "passed."},
-        {{"-sr_debug_debugger"},
-         "Must specify -sr_debug_startup with -sr_debug_debugger and -sr_debug_debugger_opts."},
-    };
-    for (const auto& [arguments, message] : mistakes) {
-        EXPECT_EQ(one(arguments).warnings, std::vector<std::string>{message});
-        EXPECT_EQ(one(arguments).dataFile, "run.trr");
-    }
-    EXPECT_EQ(one({"-sr_debug_startup", "-sr_debug_debugger", "-sr_debug_debugger_opts"}).warnings.size(),
-              0u);
+TEST(StartOptions, TheServiceFrameworksOptionsAreTakenBeforeTheProgramLooks) {
+    const StartOptions options =
+        start_Parse({"-sr_zone", "Live", "-sr_private", "-connect_servicerouter", "4711", "run.trr"}, false);
+    EXPECT_TRUE(options.serviceMode);
+    EXPECT_FALSE(options.live) << "the argument of an option is none of the program's";
+    EXPECT_EQ(options.router.zone, "Live");
+    EXPECT_EQ(options.router.port, 4711);
+    EXPECT_EQ(options.dataFile, "run.trr");
+    const StartOptions alone = start_Parse({"-sr_debugger", "run.trr"}, false);
+    EXPECT_FALSE(alone.serviceMode);
+    EXPECT_EQ(alone.warnings,
+              std::vector<std::string>{"Must specify -sr_debug for -sr_debugger to have meaning."});
 }
 
 TEST(StartOptions, APortThatIsNoneIsToldAndGivenUp) {

@@ -147,6 +147,15 @@ struct Plugin : ServiceRouter_plugin_Impl {
     void LocationEvent(const ServiceRouter_LocationEvent_Request& request) override {
         calls.push_back(request.hostname + ":" + std::to_string(request.port));
     }
+    void PluginId(const ServiceRouter_PluginId_Request&) override {}
+    void PluginIdForServiceReplyEvent(const ServiceRouter_PluginIdForServiceReplyEvent_Request&) override {}
+    void PluginConnectedEvent(const ServiceRouter_PluginConnectedEvent_Request&) override {}
+    void StartPlugin(const ServiceRouter_StartPlugin_Request&) override {}
+    void StartLogging(const ServiceRouter_StartLogging_Request&) override {}
+    void RNBlockReservedEvent(const ServiceRouter_RNBlockReservedEvent_Request&) override {}
+    void ForwardedRequestValueOfNameOnPlugin(
+        const ServiceRouter_ForwardedRequestValueOfNameOnPlugin_Request&) override {}
+    void ValueOfNameOnPluginEvent(const ServiceRouter_ValueOfNameOnPluginEvent_Request&) override {}
 };
 
 struct Router : ServiceRouter_router_Impl {
@@ -167,6 +176,17 @@ struct Router : ServiceRouter_router_Impl {
     void RequestLocation(const ServiceRouter_RequestLocation_Request&) override {
         LocationEvent({"here", 12});
     }
+    void UnregisterService(const ServiceRouter_UnregisterService_Request&) override {}
+    void RequestPluginIdForService(const ServiceRouter_RequestPluginIdForService_Request&) override {}
+    void RequestPluginConnect(const ServiceRouter_RequestPluginConnect_Request&) override {}
+    void RequestServiceRouterDisconnect(
+        const ServiceRouter_RequestServiceRouterDisconnect_Request&) override {}
+    void LogMessageEvent(const ServiceRouter_LogMessageEvent_Request&) override {}
+    void ReserveRNBlock(const ServiceRouter_ReserveRNBlock_Request&) override {}
+    void ReleaseRN(const ServiceRouter_ReleaseRN_Request&) override {}
+    void RequestValueOfNameOnPlugin(const ServiceRouter_RequestValueOfNameOnPlugin_Request&) override {}
+    void ValueOfNameOnPluginResponseEvent(
+        const ServiceRouter_ValueOfNameOnPluginResponseEvent_Request&) override {}
 };
 
 }  // namespace
@@ -177,6 +197,36 @@ TEST(GeneratedServiceRouter, BinaryMessagesAreAsDocumented) {
     message.finish();
     EXPECT_EQ(std::vector<uint8_t>(message.body.begin(), message.body.end()),
               documented_Bytes("bus-service-list"));
+}
+
+namespace {
+
+template <class Fields>
+void expectDocumented(const char* name, const Fields& fields) {
+    STPMessage message{{}, stp_WriteBody(STPBodyForm::Binary, name, fields)};
+    message.finish();
+    const std::vector<uint8_t> documented = documented_Bytes(std::string("bus-") + name);
+    EXPECT_EQ(std::vector<uint8_t>(message.body.begin(), message.body.end()), documented) << name;
+    const std::string bytes(documented.begin(), documented.end());
+    EXPECT_EQ(stp_FieldsAsText(stp_ReadBody<Fields>(STPBodyForm::Binary, bytes)), stp_FieldsAsText(fields));
+}
+
+}  // namespace
+
+#define EXPECT_DOCUMENTED(name, ...) expectDocumented(#name, ServiceRouter_##name##_Request __VA_ARGS__)
+
+TEST(GeneratedServiceRouter, EachMessageIsDocumentedByteByByte) {
+    EXPECT_DOCUMENTED(SetWorkingDir, {"/w"});
+    EXPECT_DOCUMENTED(StartPluginEvent, {7, 1, ""});
+    EXPECT_DOCUMENTED(RequestServiceConnection, {"TRA", 0, {{"a", "b"}}, "/w", 1, 7, 0, 1});
+    EXPECT_DOCUMENTED(ConnectionRequestedEvent, {3, 0x101, 0x100, {{"service", "TRA"}}});
+    EXPECT_DOCUMENTED(ConnectionAcceptedEvent, {0x101, 0x100, 1});
+    EXPECT_DOCUMENTED(ConnectionReplyEvent, {"TRA", 0x100, 1, 0, 1, 0x101});
+    EXPECT_DOCUMENTED(ConnectionDroppedEvent, {0x101, 0x100});
+    EXPECT_DOCUMENTED(DropServiceConnection, {0x100, 0x101});
+    EXPECT_DOCUMENTED(RequestPluginLaunch, {{{"x", "-a"}}, 7, 0, "/w"});
+    EXPECT_DOCUMENTED(RequestLocation, {});
+    EXPECT_DOCUMENTED(LocationEvent, {"localhost", 4711});
 }
 
 TEST(GeneratedServiceRouter, MessagesGoBothWays) {

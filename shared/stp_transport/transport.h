@@ -47,12 +47,23 @@ class STPHandler {
     virtual void transportClosed() {}
 };
 
+// Where a packet goes that is not looked into.
+struct STPRoute {
+    enum class To {
+        Here,     // to the handlers of the transport that it came to
+        Peer,     // to another connection
+        Nowhere,  // its ends are not connected any more
+    };
+    To to = To::Here;
+    STPTransport* peer = nullptr;  // with Peer
+};
+
 // Sends the packets of a channel on to another connection, without a look at them.
 class STPForwarder {
   public:
     virtual ~STPForwarder() = default;
-    // Where packets for this id go; null for the transport that they came to.
-    virtual STPTransport* transportFor(uint32_t secondId) = 0;
+    // The ids are the sender's and the receiver's.
+    virtual STPRoute routeOf(uint32_t firstId, uint32_t secondId) = 0;
 };
 
 // A pair of small numbers over which messages go. Made by createChannel, or by the peer's wish.
@@ -163,6 +174,9 @@ class STPTransport : public RefCounted {
     // All its entries.
     void unregisterHandler(STPHandler& handler);
     void setForwarder(STPForwarder* forwarder) { forwarder_ = forwarder; }
+    // The upper half of the contexts that begin here from now on, where more than two ends send to each
+    // other.
+    void setContextHigh(uint16_t high) { defaultFrame_.context.high = high; }
     // An unsolicited message of this channel and kind that nobody took; null when there is none.
     STPMessagePtr takeUnclaimed(uint32_t firstId, uint32_t secondId, STPKind kind);
 
@@ -239,7 +253,7 @@ class STPTransport : public RefCounted {
     bool processInput();
     bool processPackets(size_t pass);
     void takePacket(const FrameExtent& extent, size_t pass);
-    bool forward(const FrameExtent& extent, uint32_t secondId);
+    bool forward(const FrameExtent& extent, const STPHeader& header);
     bool handleDeferred(size_t pass);
     // What became of a message: Done, or it waits.
     enum class Taken { Done, Deferred };

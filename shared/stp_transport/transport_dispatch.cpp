@@ -62,7 +62,7 @@ bool STPTransport::processPackets(size_t pass) {
 void STPTransport::takePacket(const FrameExtent& extent, size_t pass) {
     const std::span<const uint8_t> packet = in_.bytes().first(extent.bytes());
     const STPHeader header = frame_ReadHeader(packet, extent.headerBytes);
-    if (forward(extent, header.secondId)) return;
+    if (forward(extent, header)) return;
     DeferredList::Entry entry{std::make_unique<STPMessage>(), pass, nullptr};
     entry.message->header = header;
     const auto body = packet.subspan(extent.headerBytes);
@@ -76,11 +76,12 @@ void STPTransport::takePacket(const FrameExtent& extent, size_t pass) {
 
 // The packet's bytes go to the other connection as they are. One that can't take them any more, because its
 // far end does not read, is closed; the packet is lost with it.
-bool STPTransport::forward(const FrameExtent& extent, uint32_t secondId) {
-    STPTransport* const far = forwarder_ ? forwarder_->transportFor(secondId) : nullptr;
-    if (!far) return false;
+bool STPTransport::forward(const FrameExtent& extent, const STPHeader& header) {
+    const STPRoute route = forwarder_ ? forwarder_->routeOf(header.firstId, header.secondId) : STPRoute{};
+    if (route.to == STPRoute::To::Here) return false;
+    STPTransport* const far = route.to == STPRoute::To::Peer ? route.peer : nullptr;
     const Ref<STPTransport> hold(far);
-    const bool taken = !far->bound() || far->appendOutput(in_.bytes().first(extent.bytes()), {});
+    const bool taken = !far || !far->bound() || far->appendOutput(in_.bytes().first(extent.bytes()), {});
     const size_t step = std::min<size_t>(extent.step(), in_.length);
     skip_ = extent.step() - step;
     in_.taken(step);

@@ -409,7 +409,10 @@ TEST(Transport, AForwarderMovesPacketsUnread) {
     ScriptedEnd near, far;
     struct Router : STPForwarder {
         STPTransport* to = nullptr;
-        STPTransport* transportFor(uint32_t secondId) override { return secondId == 1 ? to : nullptr; }
+        STPRoute routeOf(uint32_t, uint32_t secondId) override {
+            if (secondId == 7) return {STPRoute::To::Nowhere};
+            return secondId == 1 ? STPRoute{STPRoute::To::Peer, to} : STPRoute{};
+        }
     } router;
     router.to = far.transport.get();
     near->setForwarder(&router);
@@ -420,7 +423,9 @@ TEST(Transport, AForwarderMovesPacketsUnread) {
     odd.resize(52);
     STPHeader own = header_Text(3);
     own.secondId = 9;
-    near.come(longer + odd + packet_Of(own));
+    STPHeader gone = header_Text(5);
+    gone.secondId = 7;
+    near.come(longer + packet_Of(gone) + odd + packet_Of(own));
     far->handleWrite();
     std::string expected = odd;
     expected.replace(49, 3, 3, '\0');

@@ -1,0 +1,212 @@
+// The router as a process, and its clients as processes that are killed.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+#include "services/generated/tra_service_client_impl.h"
+#include "services/generated/tra_service_server_impl.h"
+#include "services/servicerouter_proxy/proxy.h"
+#include "services/servicerouter_proxy/router_place.h"
+#include "services/servicerouter_proxy/stp_child_process.h"
+#include "shared/libcxxutil/event_loop.h"
+#include "shared/libcxxutil/report.h"
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+namespace {
+
+struct Server : TRA_server_Impl {
+  protected:
+    TRA_OpenFile_Reply OpenFile(const TRA_OpenFile_Request& request) override {
+        const auto ability = CheckAbility({request.dataFile});
+        return {.win = ability ? ability->powerMmask : 0};
+    }
+    TRA_ScrollToPosition_Reply ScrollToPosition(const TRA_ScrollToPosition_Request&) override {
+        return {.win = 5};
+    }
+    void CloseFile(const TRA_CloseFile_Request&) override {}
+};
+
+struct Client : TRA_client_Impl {
+  protected:
+    TRA_CheckAbility_Reply CheckAbility(const TRA_CheckAbility_Request&) override {
+        return {.powerMmask = 7};
+    }
+    void RunCmdInDebugger(const TRA_RunCmdInDebugger_Request&) override {}
+    TRA_ShowPositionInDebugger_Reply ShowPositionInDebugger(
+        const TRA_ShowPositionInDebugger_Request&) override {
+        return {};
+    }
+};
+
+struct Factory : ServiceFactory {
+    using ServiceFactory::ServiceFactory;
+    Ref<STPSpecClass> create(const ServiceRequest& request) override {
+        const auto server = ref_Make<Server>();
+        server->attach(request.transport, request.localId, request.remoteId);
+        return Ref<STPSpecClass>(server.get());
+    }
+};
+
+// A zone of the test's own, so that no router of the user's is met.
+class Zone {
+  public:
+    Zone() : folder_(std::filesystem::temp_directory_path() / ("cw_zone_" + std::to_string(::getpid()))) {
+        std::filesystem::create_directories(folder_);
+        ::setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
+        options.zone = "test";
+        options.directory = std::filesystem::path(CW_SVC_ROUTER).parent_path();
+    }
+    ~Zone() { std::filesystem::remove_all(folder_); }
+    Zone(const Zone&) = delete;
+    Zone& operator=(const Zone&) = delete;
+
+    // Waits until no router has the zone any more.
+    bool ends() const {
+        for (int i = 0; i < 400 && routerPlace_Port(options.zone); ++i) std::this_thread::sleep_for(50ms);
+        return !routerPlace_Port(options.zone);
+    }
+
+    ServiceRouterOptions options;
+
+  private:
+    std::filesystem::path folder_;
+};
+
+struct Program {
+    EventLoop loop;
+    Ref<ServiceRouter_Proxy> proxy;
+    explicit Program(const ServiceRouterOptions& options) {
+        ServiceRouterHooks hooks;
+        hooks.watches = &loop.watches;
+        hooks.tasks = &loop.tasks;
+        proxy = ref_Make<ServiceRouter_Proxy>(options, hooks);
+    }
+    ~Program() { proxy->leave(); }
+    bool join() {
+        STPStatus status;
+        const bool joined = proxy->join(ServiceRouter_Proxy::WithoutRouter::Start, &status);
+        EXPECT_TRUE(joined) << status.text;
+        return joined;
+    }
+};
+
+// What a client of the soak does until it is killed: offers, asks, calls, gives up, in an order of chance.
+[[noreturn]] void runClient(const ServiceRouterOptions& options, unsigned seed) {
+    gen_set_report_sink([](int, const std::string&) {});
+    if (!std::freopen("/dev/null", "w", stderr)) ::_exit(1);
+    std::minstd_rand random(seed);
+    Program program(options);
+    Factory factory("TRA");
+    if (random() % 2 == 0) program.proxy->offer(factory);
+    if (!program.proxy->join(ServiceRouter_Proxy::WithoutRouter::Fail)) ::_exit(1);
+    while (program.proxy->alive()) {
+        const auto client = ref_Make<Client>();
+        ServiceWish wish{.name = "TRA"};
+        if (random() % 8 == 0)
+            wish.startCookie =
+                program.proxy->launchPlugin({"/bin/true"}, "", ServiceRouter_Proxy::StartedBy::Router);
+        else if (program.proxy->connectService(*client, wish, nullptr)) {
+            for (auto calls = random() % 20; calls > 0; --calls) client->OpenFile({.dataFile = "f"});
+            if (random() % 2 == 0) program.proxy->dropService(*client);
+        }
+        if (const auto id = program.proxy->pluginOfService("TRA", nullptr))
+            program.proxy->valueOnPlugin(*id, "x", nullptr);
+        program.loop.round(milliseconds(static_cast<long>(random() % 10)));
+    }
+    ::_exit(0);
+}
+
+// How long the soak lasts: short, unless the environment says otherwise.
+milliseconds soakLength() {
+    const char* const seconds = std::getenv("CW_ROUTER_SOAK_SECONDS");
+    return seconds ? std::chrono::seconds(std::atoi(seconds)) : 3s;
+}
+
+}  // namespace
+
+TEST(RouterProcess, IsStartedByItsFirstClientSharedAndEndsWithItsLast) {
+    const Zone zone;
+    Factory factory("TRA");
+    {
+        Program second(zone.options);
+        {
+            Program first(zone.options);
+            ASSERT_TRUE(first.join());
+            first.proxy->offer(factory);
+            const auto port = routerPlace_Port(zone.options.zone);
+            ASSERT_TRUE(port);
+            ASSERT_TRUE(second.join());
+            EXPECT_EQ(second.proxy->location(nullptr)->port, *port);
+        }
+        EXPECT_TRUE(second.proxy->alive()) << "who started it may leave";
+        STPStatus status;
+        const auto client = ref_Make<Client>();
+        EXPECT_FALSE(second.proxy->connectService(*client, {.name = "TRA"}, nullptr, &status));
+        EXPECT_EQ(status.text, "No program offers the service \"TRA\".");
+    }
+    EXPECT_TRUE(zone.ends());
+}
+
+TEST(RouterProcess, ASecondOneHandsItsClientToTheFirst) {
+    const Zone zone;
+    Program first(zone.options);
+    ASSERT_TRUE(first.join());
+    const auto port = first.proxy->location(nullptr)->port;
+    // One that does not look for a running router first.
+    ServiceRouterOptions eager = zone.options;
+    STPChildProcess child;
+    child.transport = ref_Make<STPTransport>();
+    child.arguments = {CW_SVC_ROUTER, "-connect_servicerouter", "-sr_zone", eager.zone};
+    child.portPosition = 2;
+    STPStatus status;
+    ASSERT_TRUE(child.launch(nullptr, status)) << status.text;
+    const auto proxy = ref_Make<ServiceRouter_Proxy>(eager);
+    ASSERT_TRUE(proxy->joinOver(child.transport, &status)) << status.text;
+    EXPECT_EQ(proxy->location(nullptr)->port, port);
+    EXPECT_TRUE(child.process().WaitForEnd(20s).has_value());
+    proxy->leave();
+}
+
+TEST(RouterProcess, OutlivesTwentyClientsThatAreKilledAtRandom) {
+    const Zone zone;
+    Program keeper(zone.options);
+    ASSERT_TRUE(keeper.join());
+    std::mt19937 random(1);
+    std::vector<pid_t> clients;
+    const auto add = [&] {
+        const auto seed = static_cast<unsigned>(random());
+        const pid_t child = ::fork();
+        if (child == 0) runClient(zone.options, seed);
+        clients.push_back(child);
+    };
+    const auto kill = [&](size_t which) {
+        ::kill(clients[which], SIGKILL);
+        ::waitpid(clients[which], nullptr, 0);
+        clients.erase(clients.begin() + static_cast<std::ptrdiff_t>(which));
+    };
+    for (int i = 0; i < 20; ++i) add();
+    const auto end = std::chrono::steady_clock::now() + soakLength();
+    while (std::chrono::steady_clock::now() < end) {
+        keeper.loop.round(milliseconds(random() % 60));
+        kill(random() % clients.size());
+        add();
+        ASSERT_TRUE(keeper.proxy->alive());
+    }
+    while (!clients.empty()) kill(clients.size() - 1);
+    // The router serves as before, and sees that nobody is there.
+    STPStatus status;
+    for (int i = 0; i < 200 && status.text != "No program offers the service \"TRA\"."; ++i) {
+        const auto client = ref_Make<Client>();
+        EXPECT_FALSE(keeper.proxy->connectService(*client, {.name = "TRA"}, nullptr, &status));
+    }
+    EXPECT_EQ(status.text, "No program offers the service \"TRA\".");
+    keeper.proxy->leave();
+    EXPECT_TRUE(zone.ends());
+}
