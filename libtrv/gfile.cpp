@@ -103,8 +103,17 @@ Result gf_OpenDevice(const std::string& name, std::unique_ptr<FileDevice>& devic
 }
 
 std::unique_ptr<FileDevice> gf_CreateDevice(const std::string& name) {
-    const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    // Emptied only where there is something: of a file that was ever emptied, closing it waits until all is
+    // on its way to the disk.
+    const int file = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0) return nullptr;
+    struct stat facts {};
+    if (::fstat(file, &facts) != 0 || (facts.st_size > 0 && ::ftruncate(file, 0) != 0)) {
+        const int error = errno;
+        ::close(file);
+        errno = error;
+        return nullptr;
+    }
     return wrapped(std::make_unique<FileOnDisk>(file), name);
 }
 

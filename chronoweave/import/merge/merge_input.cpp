@@ -1,6 +1,7 @@
 #include "chronoweave/import/merge/merge_input.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "chronoweave/import/merge/turn_words.h"
 
@@ -14,9 +15,14 @@ void MergeInput::SetTarget(const MergeTarget& target) {
 void MergeInput::Shift(mt_Time from, mt_Time to) {
     from_ = from;
     to_ = to;
-    if (newest_ == 0) return;
-    place_ = Shifted(newest_);
-    if (SourceRecord& record = records_[present_]; record.time != 0) record.time = place_;
+    // Those at hand were taken as they were.
+    for (size_t i = present_; i < std::max(atHand_, present_ + 1); ++i) {
+        if (places_[i] == 0) continue;
+        const mt_Time before = std::exchange(places_[i], Shifted(places_[i]));
+        if (records_[i].time == 0) continue;
+        records_[i].time = places_[i];
+        if (places_[i] == last_ && before != last_) ++counts_.far;
+    }
 }
 
 // Extra data of the other byte order, or too long for a stream.

@@ -42,15 +42,19 @@ class MergeInput {
         if (at_ == atHand_) {
             atHand_ = source_->NextAtHand(records_);
             at_ = 0;
+            for (size_t i = 0; i < atHand_; ++i) Take(i);
         }
         if (at_ < atHand_) {
             present_ = at_++;
-            Take();
+            FitPresent();
             return SourceStep::Record;
         }
         present_ = 0;
         const SourceStep step = source_->next(records_[0]);
-        if (step == SourceStep::Record) Take();
+        if (step == SourceStep::Record) {
+            Take(0);
+            FitPresent();
+        }
         return step;
     }
     // The present record. Its time is 0 where it has none of its own; no other becomes 0. It lasts until the
@@ -58,7 +62,7 @@ class MergeInput {
     const SourceRecord& record() const { return records_[present_]; }
     // Where the present record belongs: never below that of the one before. 0 ahead of the first that has a
     // time of its own.
-    mt_Time place() const { return place_; }
+    mt_Time place() const { return places_[present_]; }
 
     // The highest time there is, on the merged clock and unshifted; 0 when no event has one. Nothing where
     // the source can't be looked over, and where progress stopped it.
@@ -71,7 +75,10 @@ class MergeInput {
   private:
     static constexpr mt_Time last_ = UINT64_MAX;
 
-    void Take();
+    void Take(size_t at);
+    void FitPresent() {
+        if (turns_ || records_[present_].extra.size() > raw_LongestExtra) MakeFit();
+    }
     mt_Time Scaled(mt_Time time) const;
     mt_Time Shifted(mt_Time time) const;
     void MakeFit();
@@ -81,8 +88,9 @@ class MergeInput {
     uint64_t rate_ = 1, targetRate_ = 1;
     bool scales_ = false, turns_ = false;
     mt_Time from_ = 0, to_ = 0;             // of the shift
-    mt_Time newest_ = 0, place_ = 0;        // the former unshifted
+    mt_Time newest_ = 0;                    // unshifted
     std::array<SourceRecord, 32> records_;  // from the source
+    std::array<mt_Time, 32> places_{};      // where each belongs
     size_t at_ = 0, atHand_ = 0;            // of them
     size_t present_ = 0;
     MergeInputCounts counts_;
@@ -104,17 +112,19 @@ inline mt_Time MergeInput::Shifted(mt_Time time) const {
     return further > last_ - to_ ? last_ : to_ + further;
 }
 
-inline void MergeInput::Take() {
+// What the order of the inputs needs of a record; those at hand are taken together, ahead of their turns.
+inline void MergeInput::Take(size_t at) {
     ++counts_.events;
-    SourceRecord& record = records_[present_];
+    SourceRecord& record = records_[at];
     if (record.time != 0) {
         const mt_Time own = record.time, time = Scaled(own);
         if (time >= newest_)
             newest_ = time;
         else
             ++counts_.back;
-        place_ = record.time = Shifted(newest_);
-        if (place_ == last_ && (own != last_ || scales_)) ++counts_.far;
+        places_[at] = record.time = Shifted(newest_);
+        if (record.time == last_ && (own != last_ || scales_)) ++counts_.far;
+    } else {
+        places_[at] = newest_ != 0 ? Shifted(newest_) : 0;
     }
-    if (turns_ || record.extra.size() > raw_LongestExtra) MakeFit();
 }

@@ -73,16 +73,6 @@ SourceStep MergedSource::next(SourceRecord& record) {
     return step;
 }
 
-SourceStep MergedSource::Next(const SourceRecord*& record) {
-    switch (phase_) {
-        case Phase::Heads:
-            return NextOfHeads(record);
-        case Phase::InOrder:
-            return NextInOrder(record);
-    }
-    return SourceStep::End;
-}
-
 // The records ahead of each input's first time.
 SourceStep MergedSource::NextOfHeads(const SourceRecord*& record) {
     for (; head_ < inputs_.size(); ++head_) {

@@ -41,7 +41,9 @@ class MergedSource final : public EventSource {
     const SourceFacts& facts() const override { return facts_; }
     SourceStep next(SourceRecord& record) override;
     // The same without a copy: the record lasts until the next step.
-    SourceStep Next(const SourceRecord*& record);
+    SourceStep Next(const SourceRecord*& record) {
+        return phase_ == Phase::InOrder ? NextInOrder(record) : NextOfHeads(record);
+    }
     // One for each source that is read, and one for each that is looked through ahead.
     SourceExtent extent() const override;
     void settle() override;

@@ -83,7 +83,9 @@ std::vector<uint8_t> raw_EncodeEvent(bool bigEndian, mt_Time time, uint16_t type
 }
 
 RawFile::RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian)
-    : device_(std::move(device)), name_(name), writer_(bigEndian) {}
+    : device_(std::move(device)), name_(name), writer_(bigEndian), handedOn_(block_ + raw_RecordRoom) {
+    writer_.reserve(handedOn_.size());
+}
 
 Result RawFile::create(const std::string& name, const EventSourceHeader& header, RawHeaderForm form,
                        std::unique_ptr<RawFile>& file) {

@@ -1,6 +1,7 @@
 // Writes raw event files: for tests and benchmarks, and for programs that hand events on in this format.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <future>
 #include <initializer_list>
@@ -38,6 +39,7 @@ class RawWriter {
         return std::exchange(bytes_, {});
     }
     void clear() { used_ = 0; }  // keeps the room
+    void reserve(size_t room) { bytes_.resize(std::max(bytes_.size(), room)); }
     // Gives its bytes away, as many as are returned, for a vector whose room it takes.
     size_t exchange(std::vector<uint8_t>& bytes) {
         bytes_.swap(bytes);
@@ -105,7 +107,7 @@ class RawFile {
 
   private:
     // So much that starting to write it costs little beside it.
-    static constexpr size_t block_ = size_t{1024} * 1024;
+    static constexpr size_t block_ = size_t{512} * 1024;
 
     RawFile(std::unique_ptr<FileDevice> device, const std::string& name, bool bigEndian);
 
