@@ -74,12 +74,13 @@ bool take_pair_objects(const CommandLine& line, const AnalysisLine& analysis, Se
 bool bounds_intervals(const CommandLine& line, const AnalysisLine& analysis) {
     const Legend& legend = analysis.named.legend;
     const auto rows = search_IntervalEvents(legend, legend.misc.allForIntervalSearch);
-    for (const auto& [name, option] : {std::pair{&line.begin, "--begin"}, {&line.end, "--end"}}) {
-        if (std::any_of(rows.begin(), rows.end(), [&](int32_t row) {
-                return text_equal_nocase(legend.events[static_cast<size_t>(row)].name, *name);
-            }))
-            continue;
-        cli_UsageError(std::string(option) + ": the event \"" + *name +
+    for (const auto& [name, option] :
+         {std::pair<std::string, const char*>{line.begin, "--begin"}, {line.end, "--end"}}) {
+        const auto isNamed = [&legend, &wanted = name](int32_t row) {
+            return text_equal_nocase(legend.events[static_cast<size_t>(row)].name, wanted);
+        };
+        if (std::any_of(rows.begin(), rows.end(), isNamed)) continue;
+        cli_UsageError(std::string(option) + ": the event \"" + name +
                        "\" can't bound an interval: the configure file gives it no TRV_Interval_Search, and "
                        "TRV_All_For_Interval_Search is off");
         return false;
