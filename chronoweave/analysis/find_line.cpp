@@ -89,9 +89,17 @@ void FindLine::TakeTrace() {
     Drop();
     store_ = canvas_.source.store.get();
     legends_ = canvas_.looks.legends;
+    namedTo_.reset();
+}
+
+// A trace that has grown may have objects that it had not.
+void FindLine::TakeNames() {
+    if (namedTo_ == canvas_.source.totalLength) return;
+    namedTo_ = canvas_.source.totalLength;
     names_ = store_ ? ObjectNames(*canvas_.source.store,
                                   canvas_.list.separator.empty() ? '\0' : canvas_.list.separator[0])
                     : ObjectNames();
+    if (walk_) walk_->matcher().ForgetObjects();
 }
 
 void FindLine::Drop() {
@@ -118,6 +126,7 @@ void FindLine::Close() {
 void FindLine::Start() {
     Drop();
     TakeTrace();
+    TakeNames();
     stopped_ = false;
     const std::string typed(text_trim(model_.item("find").text));
     laGotoTarget unused;
@@ -137,6 +146,7 @@ void FindLine::Start() {
 void FindLine::Sync() {
     if (!open_) return;
     if (!IsOfTrace()) return Start();
+    TakeNames();
     if (walk_) walk_->Extend(canvas_.source.totalLength);
     if (!same_selection(selection_, canvas_.marks.cursor)) Tell();
     if (Works() && changed) changed();

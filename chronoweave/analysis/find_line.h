@@ -50,6 +50,7 @@ class FindLine : public HitSource {
     bool Works() const { return open_ && walk_ && !stopped_ && !walk_->Over(); }
     bool IsOfTrace() const;
     void TakeTrace();
+    void TakeNames();
     void Start();
     void Drop();
     void Tell();
@@ -69,6 +70,7 @@ class FindLine : public HitSource {
     // The trace that all below is of.
     const TraceStore* store_ = nullptr;
     uint32_t legends_ = 0;
+    std::optional<double> namedTo_;  // the trace's length when its names were read
     ObjectNames names_;
     std::unique_ptr<FindWalk> walk_;
     std::optional<size_t> current_;   // the hit shown last

@@ -60,6 +60,8 @@ class FindMatcher {
     std::vector<int32_t> EventRows() const;
     std::vector<int32_t> StatusRows() const;
     std::vector<uint32_t> ObjectsOf(const std::vector<uint32_t>& known);
+    // The names have changed: what was known of objects by them goes.
+    void ForgetObjects() { objects_.clear(); }
 
   private:
     using Bits = uint32_t;  // by word

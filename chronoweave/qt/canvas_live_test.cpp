@@ -11,8 +11,13 @@
 #include "chronoweave/live/live_target.h"
 #include "chronoweave/live/live_words.h"
 #include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/event_dock.h"
+#include "chronoweave/qt/find_strip.h"
 #include "chronoweave/qt/picture_view.h"
+#include "chronoweave/qt/selection_corner.h"
 #include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/view.h"
 #include "libtrv/test_store.h"
 #include "shared/libcxxutil/files.h"
 #include "windlib/config/settings.h"
@@ -42,6 +47,21 @@ class LiveWindowTest : public testing::Test {
         QApplication::processEvents();
     }
 
+    void readAll() {
+        tick();
+        for (int i = 0; i < 1000 && window->target()->reader().IsReading(); ++i)
+            QApplication::processEvents();
+    }
+    // What is done between the window's events is done.
+    static void rest(CanvasWindow& one) {
+        QApplication::processEvents();
+        while (one.findChild<FindStrip*>()->line().Step()) {
+        }
+        while (one.findChild<SelectionCorner*>()->panel().Step()) {
+        }
+        one.findChild<EventDock*>()->table().Sync();
+    }
+
     TestFolder folder;
     std::string trace = folder / "run.trr", whole;
     SettingsManager settings{{}, folder / "config"};
@@ -63,9 +83,7 @@ TEST_F(LiveWindowTest, WaitsForTheFirstRecordsAndFollows) {
     ASSERT_NE(canvas().source.store, nullptr);
     const uint32_t before = mt_GetEventCount(*canvas().source.store);
     append(whole.size() / 3 + 5, whole.size());
-    for (int i = 0; i < 100 && window->target()->reader().IsReading(); ++i) QApplication::processEvents();
-    tick();
-    for (int i = 0; i < 1000 && window->target()->reader().IsReading(); ++i) QApplication::processEvents();
+    readAll();
     EXPECT_GT(mt_GetEventCount(*canvas().source.store), before);
     EXPECT_GE(canvas().view.viewHigh, canvas().source.totalLength) << "the end is in view";
     const QImage grown = window->view().image().copy();
@@ -81,6 +99,55 @@ TEST_F(LiveWindowTest, WaitsForTheFirstRecordsAndFollows) {
     tick();
     EXPECT_NE(window->message().find("is gone"), std::string::npos) << window->message();
     EXPECT_FALSE(canvas().calls.upper.sourceGrows);
+}
+
+// What stands beside the picture is that of a window that has the whole trace.
+TEST_F(LiveWindowTest, FindingTheEventsTheSelectionAndDetailsGoAlong) {
+    const std::string done = folder / "done.trr";
+    std::ofstream(done, std::ios::binary) << whole;
+    write(whole.size() / 4);
+    ASSERT_TRUE(window->load(trace));
+    CanvasWindow* const other = window->openAnother();
+    ASSERT_TRUE(other->load(done));
+    const auto prepare = [](CanvasWindow& one) {
+        one.command("Find");
+        one.findChild<FindStrip*>()->line().model().edit("find", "task:cc1");
+        one.command("EventTable");
+        laCanvas_ShowRange(one.view().canvas(), 0.0, 0.1, {.paint = true});
+        laCanvas_SetSelection(one.view().canvas(), 0.02, 0.06);
+        one.view().layOutAndPaint();
+        rest(one);
+    };
+    for (CanvasWindow* one : {window.get(), other}) prepare(*one);
+    canvas().calls.openDetail({laItemType::Bitmap, 0, canvas().items.bitmaps.size() - 1});
+    DialogModel& detail = *canvas().calls.viewWindows.back();
+    const std::string newest = detail.item("tf_time").text;
+    detail.press("g_next");
+    EXPECT_EQ(detail.item("tf_time").text, newest) << "nothing is behind it yet";
+    for (const size_t share : {2, 1}) {
+        append(std::filesystem::file_size(trace), whole.size() / share);
+        readAll();
+    }
+    laCanvas_ShowRange(canvas(), 0.0, 0.1, {.paint = true});
+    window->view().layOutAndPaint();
+    const auto seen = [](CanvasWindow& one) {
+        rest(one);
+        EventTable& table = one.findChild<EventDock*>()->table();
+        const MScrollList& rows = table.model().list("list");
+        std::string text = one.findChild<FindStrip*>()->line().model().message() + '\n' +
+                           one.findChild<SelectionCorner*>()->panel().Text() + '\n' +
+                           std::to_string(rows.RowCount()) + ' ' + table.model().message() + '\n';
+        for (int row = 0; row < rows.RowCount(); row += 97)
+            for (int column = 0; column < rows.ColumnCount(); ++column) text += rows.Text(row, column) + '\t';
+        return text;
+    };
+    EXPECT_NE(seen(*other).find(" found"), std::string::npos);
+    EXPECT_TRUE(seen(*window) == seen(*other)) << seen(*window).substr(0, 200) << seen(*other).substr(0, 200);
+    EXPECT_TRUE(canvas().marks.hits == other->view().canvas().marks.hits);
+    EXPECT_FALSE(canvas().marks.hits.empty());
+    detail.press("g_next");
+    EXPECT_NE(detail.item("tf_time").text, newest) << "what came is walked to";
+    delete other;
 }
 
 TEST_F(LiveWindowTest, ThePanelOpensOnceAndKeepsItsPlace) {
