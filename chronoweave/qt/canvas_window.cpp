@@ -337,6 +337,9 @@ void CanvasWindow::setBusy(bool busy) {
         });
     } else if (busy_ == 0) {
         work_.reset();
+        // Qt takes a second request for none.
+        if (diesWhenIdle_)
+            return gate_Program().WhenMay(GateActivity::ServiceHandler, this, [this] { delete this; });
         if (!model_.item("Progress").visible) return;
         model_.setVisible("Progress", false);
         model_.setMessage(view_->canvas().fields.message);
@@ -529,7 +532,15 @@ void CanvasWindow::closeEvent(QCloseEvent* event) {
         services_.settings->Save();
     }
     QMainWindow::closeEvent(event);
+    setEnabled(false);            // what was typed ahead is for nobody
     std::erase(windows(), this);  // nobody finds it any more; it goes when the loop comes round
+}
+
+// A closed window can still be at work, which serves events: it does not go underneath.
+bool CanvasWindow::event(QEvent* event) {
+    if (event->type() != QEvent::DeferredDelete || busy_ == 0) return QMainWindow::event(event);
+    diesWhenIdle_ = true;
+    return true;
 }
 
 void CanvasWindow::chooseAndLoad() {

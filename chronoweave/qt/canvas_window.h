@@ -90,6 +90,7 @@ class CanvasWindow : public QMainWindow {
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:
@@ -137,6 +138,7 @@ class CanvasWindow : public QMainWindow {
     bool live_;
     CanvasServices services_;
     int busy_ = 0;
+    bool diesWhenIdle_ = false;       // it was to be deleted while busy
     std::unique_ptr<LongWork> work_;  // while busy
     std::string source_;              // full path of the data source; empty without one
     DialogModel model_;

@@ -391,6 +391,18 @@ TEST_F(Window, ADialogOfACommandLeavesThePictureUpToDate) {
     EXPECT_EQ(window->view().image(), meanwhile);
 }
 
+TEST_F(Window, ThatIsClosedDoesNotGoUnderWork) {
+    ASSERT_TRUE(window->load(trace));
+    const QPointer<CanvasWindow> closed = window.release();
+    closed->close();
+    closed->view().graph().setBusy(true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_FALSE(closed.isNull());
+    closed->view().graph().setBusy(false);
+    gate_Program().RunHeld();
+    EXPECT_TRUE(closed.isNull());
+}
+
 TEST_F(Window, ThatIsToldToCloseUnderItsDialogClosesBehindIt) {
     auto* const other = new CanvasWindow("VOREL Chronoweave", false);  // deletes itself when closed
     ASSERT_TRUE(other->load(trace));
