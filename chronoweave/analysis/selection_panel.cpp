@@ -10,6 +10,7 @@
 #include "shared/libcxxutil/text.h"
 #include "windlib/dialog/host.h"
 #include "windlib/dialog/layout_builder.h"
+#include "windlib/msl/object_list.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ DialogDescription selection_PanelDescription() {
     LayoutBuilder layout;
     layout.leastWidths({{.of = {"copy", "close"}, .pixels = 20}, {.pixels = 24, .letters = 32}});
     layout.leastHeight({.of = rows, .pixels = 28, .lines = 5});
-    layout.firstWidths({{.pixels = 12, .letters = 44}});
+    layout.firstWidths({{.pixels = 12, .letters = 54}});
     layout.firstHeight({.of = rows, .pixels = 24, .lines = 14});
     for (const char* wide : {"t_length", "t_wait", "list"}) layout.fillWidth(wide, {.gaps = 12});
     layout.fillHeight("list", {.less = rows, .gaps = 24});
@@ -70,7 +71,7 @@ SelectionPanel::SelectionPanel(_LaCanvasData& canvas)
     list.sortByHeader = false;
     for (const int column : {1, 2}) list.SetRightAligned(column, true);
     const int letter = std::max(1, canvas.graph->font.charWidth);
-    constexpr int widths[] = {17, 11, 8};
+    constexpr int widths[] = {24, 11, 8};
     for (int column = 0; column < 3; ++column) list.SetWidth(column, widths[column] * letter);
     model_.onPress = [this](const std::string& name) {
         if (name == "copy" && canvas_.calls.host) canvas_.calls.host->copyText(Text());
@@ -158,6 +159,17 @@ std::string SelectionPanel::WaitText() const {
            (name ? text_utf8(*name) : facts_->words.lowerTerm + gen_format(" 0x%x", wait.object)) + ')';
 }
 
+// As the picture has it: where the group of a processor's objects is its row, without the group.
+std::string SelectionPanel::NameOn(const ProcessorLoad& load, uint32_t object) const {
+    const auto& rows = canvas_.items.processors.list;
+    const auto row = std::ranges::find(rows, load.processor, &LaProcessor::key);
+    const laItem_Line* lane = laCanvas_FindLane(canvas_.items, object);
+    if (row != rows.end() && !row->own && lane != nullptr && lane->listEntry != nullptr)
+        return text_utf8(lane->listEntry->name);
+    const std::string* name = facts_->names.find(object);
+    return name ? text_utf8(*name) : facts_->words.term + gen_format(" 0x%x", object);
+}
+
 // Processors and who ran on them, longest first; then the events, most first.
 void SelectionPanel::Fill() {
     const std::string mark = figures_->exact ? "" : "~";
@@ -167,10 +179,8 @@ void SelectionPanel::Fill() {
         rows_.push_back(
             {"CPU " + std::to_string(load.processor), Time(load.busy), mark + share_text(load.busy, length)});
         for (const ObjectTime& one : load.objects) {
-            const std::string* name = facts_->names.find(one.object);
             rows_.push_back(
-                {"    " + (name ? text_utf8(*name) : facts_->words.term + gen_format(" 0x%x", one.object)),
-                 Time(one.time), mark + share_text(one.time, length)});
+                {"    " + NameOn(load, one.object), Time(one.time), mark + share_text(one.time, length)});
         }
     }
     rows_.push_back({"Events", mark + count_text(figures_->events), ""});

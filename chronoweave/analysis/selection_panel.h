@@ -52,6 +52,7 @@ class SelectionPanel {
     void Fill();
     std::string Time(double time) const;
     std::string WaitText() const;
+    std::string NameOn(const ProcessorLoad& load, uint32_t object) const;
     std::string Summary() const;
     void Say(const std::string& text);
 

@@ -39,6 +39,7 @@ class LoadSums {
         if (--processor.executing == 0) processor.busy += until - processor.since;
     }
     void TookOver(const Record&) {}
+    bool IsIdle(const Record& record) const { return idle_[record.place]; }
     // By number; each processor that one of the objects, which are those of the beginning, belongs to. end:
     // where the walk ended.
     std::vector<ProcessorLoad> Processors(const std::vector<uint32_t>& objects, double end);

@@ -24,7 +24,7 @@ class FigureSums {
     void entered(const Record& record) { load.entered(record); }
     void left(const Record& record, double until) {
         load.left(record, until);
-        if (record.status != ready_) return;
+        if (record.status != ready_ || load.IsIdle(record)) return;
         const double length = until - record.time;
         if (!longest || length > longest->length) longest = ReadyWait{record.object, record.time, length};
     }

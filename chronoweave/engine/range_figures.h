@@ -24,9 +24,10 @@ struct RangeFigures {
     uint64_t events = 0;
     std::vector<uint64_t> eventCounts;  // by row of the legend's event table; 0 for categories
     std::vector<ProcessorLoad> processors;
-    std::optional<ReadyWait> longestWait;  // none: nobody was ready, or the legend has no such status
-    bool damaged = false;                  // some of the range can't be read
-    TimeGap lost;                          // the first of it
+    std::optional<ReadyWait>
+        longestWait;       // of no idle one; none: nobody was ready, or there is no such status
+    bool damaged = false;  // some of the range can't be read
+    TimeGap lost;          // the first of it
     double Length() const { return to - from; }
 };
 

@@ -85,6 +85,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     graph_.showTip = [this](const std::string& text) { showTip(QCursor::pos(), text); };
     connect(&tipMore_, &QTimer::timeout, this, [this] { completeTip(); });
     canvas_ = laCanvas_Create(graph_, 0);
+    canvas_->view.pinEdges = LaPinEdges::Both;
     canvas_->calls.upper.draw = [this](const std::function<void()>& work) { draw(work); };
     pointer_ = std::make_unique<laPointer>(*canvas_);
     canvas_->calls.paintWanted = [this] { wantPaint(); };
@@ -507,8 +508,8 @@ void PictureView::drawSelectionLength(QPainter& painter) {
     const int column = picture_.graphLeft + laCanvas_TimeToPixel(canvas, last, Time_Second);
     const int textWidth = metrics.horizontalAdvance(shown) + 8;
     const int x = std::min(column + 4, picture_.graphLeft + picture_.graphWidth - textWidth);
-    const QRect box(x, picture_.graphTop + picture_.dataHeight - metrics.height() - 4, textWidth,
-                    metrics.height() + 2);
+    const LaFreeRows free = canvas.taskList->FreeRows(canvas.view, picture_.dataHeight);
+    const QRect box(x, picture_.graphTop + free.end - metrics.height() - 4, textWidth, metrics.height() + 2);
     painter.fillRect(box, palette().color(QPalette::ToolTipBase));
     painter.setPen(palette().color(QPalette::ToolTipText));
     painter.drawText(box, Qt::AlignCenter, shown);

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "chronoweave/qt/picture_view.h"
 #include "shared/libcxxutil/gate.h"
@@ -14,8 +15,16 @@ namespace {
 constexpr qint64 sliceLength = 8;  // milliseconds
 constexpr int beside = 8;          // pixels from the edges of the drawing area
 constexpr int under = 16;          // and from its top, where marks and lengths stand
+constexpr int mostUncovered = 3;   // rows of processors at the top that stay free
 constexpr int leastAround = 120;   // pixels that the picture must have more than the panel
 constexpr int leastHeight = 110;
+
+// Where the rows end that say who runs.
+int processorRowsEnd(const _LaCanvasData& canvas) {
+    const auto& rows = canvas.items.processors.list;
+    const auto own = static_cast<int>(std::ranges::count_if(rows, &LaProcessor::own));
+    return rows.empty() ? 0 : std::clamp(own, 1, mostUncovered) * canvas.looks.rowHeight;
+}
 
 }  // namespace
 
@@ -68,7 +77,8 @@ void SelectionCorner::slice() {
 void SelectionCorner::place() {
     const laPicture& graph = picture_.picture();
     const QSize wish = view_->sizeHint() + QSize(2 * frameWidth(), 2 * frameWidth());
-    const int height = std::min(wish.height(), graph.dataHeight - under - beside);
+    const int top = std::max(under, processorRowsEnd(picture_.canvas()) + beside / 2);
+    const int height = std::min(wish.height(), graph.dataHeight - top - beside);
     const bool room = graph.graphWidth > wish.width() + leastAround && height >= leastHeight;
     if (!on_ || !panel_.HasFigures() || !room) {
         if (isVisibleTo(&picture_)) hide();
@@ -78,7 +88,7 @@ void SelectionCorner::place() {
     const int end = graph.graphLeft +
                     laCanvas_TimeToPixel(picture_.canvas(), picture_.canvas().marks.cursor[1], Time_Second);
     const bool covered = end >= right - beside && end < graph.graphLeft + graph.graphWidth;
-    setGeometry(covered ? graph.graphLeft + beside : right, graph.graphTop + under, wish.width(), height);
+    setGeometry(covered ? graph.graphLeft + beside : right, graph.graphTop + top, wish.width(), height);
     if (!isVisibleTo(&picture_)) {
         show();
         raise();

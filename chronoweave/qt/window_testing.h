@@ -29,6 +29,7 @@ inline void testing_OpenAlone(CanvasAlone& alone, const std::string& base, const
         const int height = size.height() + (footer ? laPicture_FooterHeight(alone.graph.font) : 0);
         alone.canvas = laCanvas_Create(alone.graph, 0);
         alone.canvas->list.processorRows = true;
+        alone.canvas->view.pinEdges = LaPinEdges::Both;  // as in a window
         Legend legend;
         ASSERT_TRUE(configure_Read(legend, "KORVANTIS", configure_ConsoleCallbacks(), 0));
         ASSERT_TRUE(laCanvas_SetUpFromStore(*alone.canvas, mt_OpenForRead(base), legend, trace));

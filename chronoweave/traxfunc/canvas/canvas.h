@@ -111,6 +111,7 @@ struct LaHand {
     std::string hoverText;                // that tip
     std::optional<laItemRef> tipItem;     // that the last tip could not tell all of
     uint32_t tipItems = 0;                // the version of the items that it is one of
+    std::string tipAhead, tipBehind;      // of the times of tipItem, where the tip is not the item's own
     double dragStartView = -1.0;          // viewLow when a drag started; -1.0 for none
     std::optional<Gate::Token> heldView;  // the user holds the view: it goes to the history when let go
 };

@@ -171,8 +171,10 @@ void laPaint_PinnedProcessors(const laPaint& paint) {
             BandPainter(paint, scene.items.processors.list[row.processor], row.top).Draw();
         }
     });
-    surface.fillRect(left, pinned.back().top + scene.looks.rowHeight - 1, width, 1,
-                     colour_Mix(surface.foreground(), surface.background(), edgeInk));
+    const Colour edge = colour_Mix(surface.foreground(), surface.background(), edgeInk);
+    const LaFreeRows free = laPinned_Free(scene.items, scene.looks, scene.view, paint.dataHeight);
+    if (free.from > 0) surface.fillRect(left, free.from - 1, width, 1, edge);
+    if (free.end < paint.dataHeight) surface.fillRect(left, free.end, width, 1, edge);
 }
 
 Colour laProcessor_Colour(uint32_t objectId) {

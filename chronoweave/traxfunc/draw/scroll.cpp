@@ -86,10 +86,12 @@ std::optional<laScrollPlan> move_rows(const laScene& scene, int rows) {
     if (!marks.hits.empty() && rows < 0) plan.rows.push_back({-rows, -rows + laHits_Height});
     if (!marks.hits.empty()) plan.rows.push_back({0, laHits_Height});
     // So do rows at the edge, and what they were before.
-    const int pinned = laPinned_Height(scene.items, scene.looks, scene.view, height);
-    if (scene.view.painted.pinned > std::max(0, rows))
-        plan.rows.push_back({0, scene.view.painted.pinned - rows});
-    if (pinned > 0) plan.rows.push_back({0, pinned});
+    const LaFreeRows free = laPinned_Free(scene.items, scene.looks, scene.view, height);
+    const LaFreeRows& before = scene.view.painted.free;
+    if (before.from > std::max(0, rows)) plan.rows.push_back({0, before.from - rows});
+    if (before.end < height) plan.rows.push_back({before.end - rows, height});
+    if (free.from > 0) plan.rows.push_back({0, free.from});
+    if (free.end < height) plan.rows.push_back({free.end, height});
     // The dashes of bookmarks don't scroll.
     const laTimeScale scale = scene.scale();
     for (const LaBookmark& mark : marks.bookmarks) {
@@ -109,8 +111,9 @@ std::vector<laScrollPlan::Stretch> laScroll_ProcessorBands(const laScene& scene)
         const int top = one.row * rowHeight - scene.view.verticalOffset;
         if (one.row >= 0 && top < height && top + rowHeight > 0) bands.push_back({top, top + rowHeight});
     }
-    const int pinned = laPinned_Height(scene.items, scene.looks, scene.view, height);
-    if (pinned > 0) bands.push_back({0, pinned});
+    const LaFreeRows free = laPinned_Free(scene.items, scene.looks, scene.view, height);
+    if (free.from > 0) bands.push_back({0, free.from});
+    if (free.end < height) bands.push_back({free.end, height});
     return bands;
 }
 
@@ -136,5 +139,5 @@ void laScroll_NotePainted(LaView& view, const LaItems& items, const LaLooks& loo
     painted.height = graph.height;
     painted.dataHeight = laAxis_Top(graph);
     painted.absent = laItems_AbsentRows(items, view);
-    painted.pinned = laPinned_Height(items, looks, view, painted.dataHeight);
+    painted.free = laPinned_Free(items, looks, view, painted.dataHeight);
 }

@@ -1,7 +1,6 @@
 #include "chronoweave/traxfunc/input/pointer.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 
 #include "chronoweave/traxfunc/canvas/repaint.h"
@@ -12,7 +11,6 @@
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/processor_hit.h"
-#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/input/view.h"
 
 namespace {
@@ -24,18 +22,12 @@ bool inside(const _LaCanvasData& canvas, const laPointerEvent& event) {
     return event.x >= 0 && event.x < canvas.graph->width && event.y >= 0 && event.y < canvas.graph->height;
 }
 
-std::string processor_tip(_LaCanvasData& canvas, const laProcessorHit& hit) {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::milliseconds(laTip_Longest);
-    return laProcessor_Tip(canvas, hit, [end](double, double) { return Clock::now() < end; });
-}
-
 }  // namespace
 
 std::string laPointer_Tip(_LaCanvasData& canvas, int x, int y) {
     if (y >= laAxis_Top(*canvas.graph)) return {};
     canvas.hand.tipItem.reset();
-    if (const auto processor = laProcessor_HitTest(canvas, x, y)) return processor_tip(canvas, *processor);
+    if (const auto processor = laProcessor_HitTest(canvas, x, y)) return laProcessor_Tip(canvas, *processor);
     if (const auto crowd = laCrowd_At(canvas, x, y)) return laCrowd_Tip(canvas, *crowd);
     canvas.hand.hoverPass = true;
     canvas.hand.hoverText.clear();

@@ -8,7 +8,6 @@
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/draw_processors.h"
 #include "chronoweave/traxfunc/input/navigate.h"
-#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -39,14 +38,16 @@ std::optional<laItemRef> segment_of(const _LaCanvasData& canvas, const LaRun& ru
     return laItemRef{laItemType::Line, run.lane, static_cast<size_t>(at - segments.begin())};
 }
 
-std::string run_tip(_LaCanvasData& canvas, const LaProcessor& processor, size_t run, const Progress& goOn) {
+std::string run_tip(_LaCanvasData& canvas, const LaProcessor& processor, size_t run, int milliseconds) {
     const LaRun& one = processor.runs[run];
-    std::string text = canvas.list.objectTerm + ' ' + quoted_name(canvas, one.lane) + " runs on " +
-                       processor_name(canvas, processor);
-    if (const auto segment = segment_of(canvas, one)) text += laTip_Stretch(canvas, *segment, goOn);
+    std::string who = canvas.list.objectTerm + ' ' + quoted_name(canvas, one.lane) + " runs on " +
+                      processor_name(canvas, processor);
     size_t before = run;
     while (before > 0 && processor.runs[before - 1].lane == one.lane) --before;
-    return before == 0 ? text : text + "\nafter " + quoted_name(canvas, processor.runs[before - 1].lane);
+    std::string behind = before == 0 ? "" : "\nafter " + quoted_name(canvas, processor.runs[before - 1].lane);
+    const auto segment = segment_of(canvas, one);
+    if (!segment) return who + behind;
+    return laTip_AroundStretch(canvas, *segment, std::move(who), std::move(behind), milliseconds);
 }
 
 // Who takes how much of a strip of a load curve.
@@ -83,12 +84,12 @@ void open_groups(_LaCanvasData& canvas, const MslObjectEntry& entry) {
     if (opened) laCanvas_Relayout(canvas);
 }
 
-// Below the rows that stay at the edge.
+// Between the rows that stay at the edges.
 void bring_into_view(_LaCanvasData& canvas, int row) {
     const int rowHeight = canvas.looks.rowHeight, height = laAxis_Top(*canvas.graph);
     const int top = row * rowHeight - canvas.view.verticalOffset;
-    const int pinned = laPinned_Height(canvas.items, canvas.looks, canvas.view, height);
-    if (top < pinned || top + rowHeight > height) laCanvas_ScrollRows(canvas, top - height / 3);
+    const LaFreeRows free = laPinned_Free(canvas.items, canvas.looks, canvas.view, height);
+    if (top < free.from || top + rowHeight > free.end) laCanvas_ScrollRows(canvas, top - height / 3);
 }
 
 }  // namespace
@@ -108,10 +109,10 @@ std::optional<laProcessorHit> laProcessor_HitTest(const _LaCanvasData& canvas, i
     return hit;
 }
 
-std::string laProcessor_Tip(_LaCanvasData& canvas, const laProcessorHit& hit, const Progress& goOn) {
+std::string laProcessor_Tip(_LaCanvasData& canvas, const laProcessorHit& hit, int milliseconds) {
     const laLoadStrip strip = laProcessor_LoadAt(canvas.scene(), *hit.processor, hit.x);
     if (strip.from < strip.end) return load_tip(canvas, *hit.processor, strip);
-    return hit.run ? run_tip(canvas, *hit.processor, *hit.run, goOn) : std::string();
+    return hit.run ? run_tip(canvas, *hit.processor, *hit.run, milliseconds) : std::string();
 }
 
 bool laProcessor_SelectObject(_LaCanvasData& canvas, const laProcessorHit& hit) {

@@ -10,6 +10,7 @@
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/pointer.h"
 #include "chronoweave/traxfunc/input/processor_hit.h"
+#include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/names.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
@@ -222,6 +223,30 @@ TEST_F(ProcessorRows, ThePointerTellsWhoRunsAndFindsItsRow) {
     EXPECT_TRUE(opened.empty());
 }
 
+TEST_F(ProcessorRows, ATipThatCouldNotTellAllOfARunCompletesItself) {
+    std::vector<TestEvent> events = {name_event(0, 0x400, "a"), name_event(0, 0x800, "b"),
+                                     switch_to(50, 0x800), switch_to(100, 0x400)};
+    for (mt_Time tick = 101; tick < 30000; ++tick)
+        events.push_back(status_change(tick, 0x800, tick % 2 ? mt_Pend : mt_Ready));
+    events.push_back(switch_to(30000, 0x800));
+    ASSERT_TRUE(test.Open(events, "Korvantis"));
+    canvas.options.prefetch = false;
+    canvas.axis.timeMode = Time_Second;
+    laCanvas_ShowRange(canvas, 15, 15.01);
+    laCanvas_Resort(canvas);
+    const auto hit = laProcessor_HitTest(canvas, 500, 5);
+    ASSERT_TRUE(hit && hit->run);
+    const std::string first = laProcessor_Tip(canvas, *hit, 0);
+    EXPECT_EQ(first.find("Task \"a\" runs on CPU 0 from before "), 0u) << first;
+    std::optional<std::string> text;
+    for (int i = 0; i < 1000 && (text = laTip_More(canvas, 0)) && text->empty(); ++i) {
+    }
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->find("Task \"a\" runs on CPU 0 from 0.1 to 30 with length 29.9 (in "), 0u) << *text;
+    EXPECT_FALSE(laTip_More(canvas)) << "nothing is left";
+    EXPECT_EQ(laPointer_Tip(canvas, 500, 5), *text);
+}
+
 TEST_F(ProcessorRows, StayAtTheEdgeWhileTheirGroupIsScrolled) {
     std::vector<Object> objects;
     std::vector<std::string> names;
@@ -260,6 +285,62 @@ TEST_F(ProcessorRows, StayAtTheEdgeWhileTheirGroupIsScrolled) {
     names_of.Draw(column, 200, 5 * row);
     const auto texts = column.texts();
     EXPECT_NE(std::ranges::find(texts, "CPU0"), texts.end());
+}
+
+// Each processor is seen, wherever one scrolls.
+TEST_F(ProcessorRows, InAWindowThoseBelowStayAtTheLowerEdge) {
+    std::vector<Object> objects;
+    std::vector<std::string> names;
+    for (int i = 0; i < 60; ++i)
+        names.push_back("CPU" + std::to_string(i / 12) + "@t" + std::to_string(10 + i % 12));
+    for (size_t i = 0; i < names.size(); ++i)
+        objects.push_back({names[i].c_str(), static_cast<uint32_t>(i / 12)});
+    std::vector<uint32_t> turns;
+    for (uint32_t i = 0; i < 120; ++i) turns.push_back(i % 60);
+    Open(objects, turns);
+    const int row = canvas.looks.rowHeight,
+              height = 18 * row;  // three of them at most; heads are 13 rows apart
+    laCanvas_Resized(canvas, 1000, height + 40);
+    struct Case {
+        int offset;
+        const char* pinned;
+    };
+    const Case cases[] = {{0, "2:15 3:16 4:17"},
+                          {1 * row, "0:0 2:15 3:16 4:17"},
+                          {-row / 2 + 2 * row, "0:0 2:15 3:16 4:17"},
+                          {24 * row, "1:0 4:17"},
+                          {36 * row, "2:0"},
+                          {47 * row, "3:0"}};
+    const auto pinned_at = [&](int offset) {
+        canvas.view.verticalOffset = offset;
+        std::string all;
+        for (const laPinnedRow& one : laPinned_Rows(canvas.items, canvas.looks, canvas.view, height))
+            all += (all.empty() ? "" : " ") + std::to_string(one.processor) + ':' +
+                   std::to_string(one.top / row);
+        return all;
+    };
+    canvas.view.pinEdges = LaPinEdges::Both;
+    for (const Case& one : cases) EXPECT_EQ(pinned_at(one.offset), one.pinned) << one.offset;
+    // However it is scrolled, none stands lower than its own place, and none over another.
+    for (int offset = 0; offset <= 47 * row; offset += 3) {
+        canvas.view.verticalOffset = offset;
+        int free = INT_MIN;
+        for (const laPinnedRow& one : laPinned_Rows(canvas.items, canvas.looks, canvas.view, height)) {
+            const int own = canvas.items.processors.list[one.processor].row * row - offset;
+            EXPECT_GE(one.top, free);
+            if (one.top > height / 2) {
+                EXPECT_LT(one.top, own) << offset;
+            }
+            free = one.top + row;
+        }
+    }
+    canvas.view.verticalOffset = 0;
+    EXPECT_EQ(laProcessor_AtRow(canvas.items, canvas.looks, canvas.view, height, height - 1),
+              &canvas.items.processors.list[4]);
+    const laNames names_of(*canvas.taskList, canvas.looks, canvas.view, test.graph);
+    EXPECT_EQ(names_of.BandOf(*canvas.taskList->rows()[17]).end, 0) << "covered";
+    canvas.view.pinEdges = LaPinEdges::Upper;
+    EXPECT_EQ(pinned_at(0), "");
 }
 
 TEST_F(ProcessorRows, NamesOfObjectsWithNothingInTheViewAreWeak) {

@@ -26,6 +26,7 @@ class Walk {
         : random_(seed), painted_(painted), pixels_(width, height) {
         gen_set_console_sink([](std::string_view) {});
         test_.canvas->list.processorRows = seed % 2 == 0;
+        if (seed % 4 == 0) test_.canvas->view.pinEdges = LaPinEdges::Both;
         EXPECT_TRUE(test_.Open(events, "Korvantis", legend));
         test_.graph.surface = &pixels_;
         test_.graph.axisFont = pixels_.fontMetrics(Font_Axis);
@@ -162,6 +163,18 @@ class Walk {
     int copies_ = 0;
 };
 
+// Every object in the group of its processor, so that processors' rows head groups.
+std::vector<TestEvent> grouped_events(unsigned seed, size_t count) {
+    std::vector<TestEvent> events;
+    for (uint32_t task = 0; task < 20; ++task)
+        for (uint32_t processor = 0; processor < 3; ++processor)
+            events.push_back(name_event(0, task << 10 | processor,
+                                        "CPU" + std::to_string(processor) + "@task" + std::to_string(task)));
+    for (TestEvent& event : random_events(seed, count))
+        if (event.type != mt_Refresh) events.push_back(std::move(event));
+    return events;
+}
+
 // A legend whose switches all look the same, so that rows may be copied.
 Legend plain_legend() {
     Legend legend = test_legend();
@@ -200,6 +213,13 @@ TEST(Scroll, SoItIsWithSwitchesOfSeveralLooksAndFewEvents) {
 TEST(Scroll, SoItIsWithNumbersOnCrowdsOfIcons) {
     for (unsigned seed = 31; seed <= 34; ++seed)
         run(seed, marked_legend(seed % 2 == 0), random_events(seed, seed < 33 ? 4000 : 1200), 20);
+}
+
+TEST(Scroll, SoItIsWithProcessorsAtBothEdges) {
+    for (unsigned seed = 44; seed <= 52; seed += 4) {
+        run(seed, marked_legend(false), grouped_events(seed, 3000), 20);
+        run(seed, plain_legend(), grouped_events(seed, 3000), 10, Painted::WhenOver);
+    }
 }
 
 TEST(Scroll, WhatWasNotedIsPaintedAsTheWholeOne) {

@@ -90,6 +90,19 @@ std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
            object_text(canvas, line.fromLane) + " to " + object_text(canvas, line.toLane);
 }
 
+Progress for_so_long(int milliseconds) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    return [end](double, double) { return Clock::now() < end; };
+}
+
+// That there is more to tell of it, if there is.
+void note_rest(_LaCanvasData& canvas, const laItemRef& item) {
+    const bool open = item.itype == laItemType::Line && !laStretch_Of(canvas.items, item).settled();
+    canvas.hand.tipItem = open ? std::optional(item) : std::nullopt;
+    canvas.hand.tipItems = canvas.items.itemsVersion;
+}
+
 }  // namespace
 
 std::string laTip_Time(const _LaCanvasData& canvas, double time) {
@@ -144,12 +157,18 @@ std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item, const Progr
 }
 
 std::string laTip_TextWithin(_LaCanvasData& canvas, const laItemRef& item, int milliseconds) {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-    const std::string text = laTip_Text(canvas, item, [end](double, double) { return Clock::now() < end; });
-    const bool open = item.itype == laItemType::Line && !laStretch_Of(canvas.items, item).settled();
-    canvas.hand.tipItem = open ? std::optional(item) : std::nullopt;
-    canvas.hand.tipItems = canvas.items.itemsVersion;
+    const std::string text = laTip_Text(canvas, item, for_so_long(milliseconds));
+    canvas.hand.tipAhead.clear();
+    note_rest(canvas, item);
+    return text;
+}
+
+std::string laTip_AroundStretch(_LaCanvasData& canvas, const laItemRef& item, std::string ahead,
+                                std::string behind, int milliseconds) {
+    std::string text = ahead + laTip_Stretch(canvas, item, for_so_long(milliseconds)) + behind;
+    canvas.hand.tipAhead = std::move(ahead);
+    canvas.hand.tipBehind = std::move(behind);
+    note_rest(canvas, item);
     return text;
 }
 
@@ -158,6 +177,9 @@ std::optional<std::string> laTip_More(_LaCanvasData& canvas, int milliseconds) {
         canvas.hand.tipItem.reset();
         return std::nullopt;
     }
-    std::string text = laTip_TextWithin(canvas, *canvas.hand.tipItem, milliseconds);
+    LaHand& hand = canvas.hand;
+    std::string text = hand.tipAhead.empty() ? laTip_TextWithin(canvas, *hand.tipItem, milliseconds)
+                                             : laTip_AroundStretch(canvas, *hand.tipItem, hand.tipAhead,
+                                                                   hand.tipBehind, milliseconds);
     return canvas.hand.tipItem ? std::string() : std::move(text);
 }

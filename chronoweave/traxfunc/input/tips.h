@@ -17,6 +17,10 @@ std::string laTip_Stretch(_LaCanvasData& canvas, const laItemRef& item, const Pr
 std::string laTip_TextWithin(_LaCanvasData& canvas, const laItemRef& item, int milliseconds);
 constexpr int laTip_Longest = 50;  // milliseconds that a tip may take to come
 constexpr int laTip_Slice = 20;    // of a look for more when nothing else is to do
+// The same of what is no item but lasts as one does: the times of the item's stretch between two texts, of
+// which the first is not empty.
+std::string laTip_AroundStretch(_LaCanvasData& canvas, const laItemRef& item, std::string ahead,
+                                std::string behind, int milliseconds);
 // Looks on for a slice for what the last tip did not know. Gives the whole tip once it is known, and an empty
 // text until then; none when there is nothing to look for any more.
 std::optional<std::string> laTip_More(_LaCanvasData& canvas, int milliseconds = laTip_Slice);

@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/draw/pinned_rows.h"
 #include "shared/libcxxutil/gate.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/busy.h"
@@ -122,7 +123,9 @@ void laCanvas_MoveToTime(_LaCanvasData& canvas, double value, TimeMode mode, uin
     if (lane != nullptr && !lane->hidden) {
         LaGraph& graph = *canvas.graph;
         y = lane->y - canvas.view.verticalOffset;
-        if (y < 0 || y > static_cast<int>(graph.vertical.visible())) {
+        const LaFreeRows free = laPinned_Free(canvas.items, canvas.looks, canvas.view,
+                                              static_cast<int>(graph.vertical.visible()));
+        if (y < free.from || y > free.end) {
             graph.vertical.setPosition(static_cast<uint64_t>(std::max(0, lane->y - canvas.looks.rowHeight)));
             canvas.view.verticalOffset = static_cast<int>(graph.vertical.position());
             y = lane->y - canvas.view.verticalOffset;

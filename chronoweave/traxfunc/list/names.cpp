@@ -151,13 +151,11 @@ MslObjectEntry* laNames::RowAt(int y) const {
 laNames::Band laNames::BandOf(const MslObjectEntry& entry) const {
     if (entry.row < 0) return {};
     const int height = static_cast<int>(graph_.vertical.visible());
-    int free = 0;  // below the rows at the edge
-    for (const auto& [row, top] : objects_.PinnedRows(view_, height)) {
+    for (const auto& [row, top] : objects_.PinnedRows(view_, height))
         if (row == entry.row) return {top, std::min(height, top + looks_.rowHeight)};
-        free = top + looks_.rowHeight;
-    }
+    const LaFreeRows free = objects_.FreeRows(view_, height);
     const int top = TopOf(entry);
-    const Band band{std::max(free, top), std::min(height, top + looks_.rowHeight)};
+    const Band band{std::max(free.from, top), std::min(free.end, top + looks_.rowHeight)};
     return band.top < band.end ? band : Band{};
 }
 
@@ -171,7 +169,7 @@ template <class Work>
 void laNames::WithList(const Work& work) {
     MScrollList& list = objects_.list();
     if (list.RowHeight() != looks_.rowHeight) list.SetRowHeight(looks_.rowHeight, false);
-    list.SetViewHeight(static_cast<int>(graph_.vertical.visible()));
+    list.SetViewHeight(objects_.FreeRows(view_, static_cast<int>(graph_.vertical.visible())).end);
     list.ScrollTo(view_.verticalOffset);
     const int64_t before = list.ViewTop();
     work(list);

@@ -292,6 +292,10 @@ std::vector<std::pair<int, int>> TraxTaskList::PinnedRows(const LaView& view, in
     return rows;
 }
 
+LaFreeRows TraxTaskList::FreeRows(const LaView& view, int height) const {
+    return laPinned_Free(items_, looks_, view, height);
+}
+
 bool TraxTaskList::IsAbsent(const MslObjectEntry& entry, const LaView& view) const {
     return entry.payload < items_.lanes.size() && laLn_IsAbsent(items_.lanes[entry.payload], view);
 }

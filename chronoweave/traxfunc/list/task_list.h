@@ -74,8 +74,10 @@ class TraxTaskList : public MslObjectList {
     Colour RowColour(const MslObjectEntry& entry) const override;
     // What a group holds, or an object's name, id and priority; nothing for a lane that is gone.
     std::string RowTip(const MslObjectEntry& entry) const override;
-    // The rows that stay at the upper edge of a view of this height, by the row of the list.
+    // The rows that stay at the edges of a view of this height, by the row of the list, with their tops; and
+    // what they leave free.
     std::vector<std::pair<int, int>> PinnedRows(const LaView& view, int height) const;
+    LaFreeRows FreeRows(const LaView& view, int height) const;
     // Whether the row's object has nothing in the view: it does not exist yet, or no more.
     bool IsAbsent(const MslObjectEntry& entry, const LaView& view) const;
     std::string EntryKey(const MslObjectEntry& entry) const override;

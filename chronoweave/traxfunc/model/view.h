@@ -6,6 +6,15 @@
 #include <cstdint>
 #include <vector>
 
+// Where rows of processors stay while what they head is scrolled away: where the view begins, and in windows
+// also where it ends, so that each processor is always seen.
+enum class LaPinEdges { Upper, Both };
+
+// The rows of the data area that no such row covers. end is not included.
+struct LaFreeRows {
+    int from = 0, end = 0;
+};
+
 // What the surface shows, as of the last whole repaint or scroll: what a scroll may copy from.
 struct LaPainted {
     struct Place {
@@ -20,7 +29,7 @@ struct LaPainted {
     uint64_t position = 0;  // pixel of the virtual picture in column 0
     int verticalOffset = 0, width = 0, height = 0, dataHeight = 0;
     uint64_t absent = 0;  // which rows were those of absent objects, see absent.h
-    int pinned = 0;       // rows at the upper edge that lie over the lanes
+    LaFreeRows free;      // of rows that lie over the lanes at the edges
 };
 
 // The shown range. viewHigh - viewLow is viewLength but for the snapping to a pixel.
@@ -31,5 +40,6 @@ struct LaView {
     uint64_t scrollPosition = 0;  // position last given to the horizontal bar
     int verticalOffset = 0;       // first content row on screen
     int contentHeight = 0;        // pixels
+    LaPinEdges pinEdges = LaPinEdges::Upper;
     LaPainted painted;
 };

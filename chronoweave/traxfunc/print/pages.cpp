@@ -46,6 +46,7 @@ class PrintedCanvas {
         graph_.showTip = nullptr;
         canvas.marks.cursor[0] = canvas.marks.cursor[1] = unset;
         canvas.marks.pendingCursorX = -100;
+        canvas.view.pinEdges = LaPinEdges::Upper;  // what is below comes on paper where it stands
     }
     ~PrintedCanvas() {
         canvas_.list = list_;
