@@ -3,16 +3,11 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDir>
-#include <QEventLoop>
 #include <QStyle>
 #include <QTimer>
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <deque>
 #include <functional>
-#include <unordered_map>
-#include <vector>
 
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/picture_view.h"
@@ -21,33 +16,15 @@
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/items.h"
+#include "chronoweave/traxmain/kept_pictures.h"
 #include "windlib/qt/platform.h"
 
 namespace {
 
 QString folder;
 
-// Few colours are in these pictures; one of the 256 most frequent ones takes a third of the room.
-QImage indexed(const QImage& picture) {
-    std::unordered_map<QRgb, int> counts;
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) ++counts[picture.pixel(x, y)];
-    std::vector<std::pair<int, QRgb>> colours;
-    for (const auto& [colour, count] : counts) colours.emplace_back(count, colour);
-    std::sort(colours.rbegin(), colours.rend());
-    QList<QRgb> table;
-    for (size_t i = 0; i < std::min<size_t>(colours.size(), 256); ++i) table.append(colours[i].second);
-    return picture.convertToFormat(QImage::Format_Indexed8, table, Qt::AvoidDither | Qt::ThresholdDither);
-}
-
 void keep(QWidget* window, const char* name) {
-    // What follows a change a moment later is to be there, too.
-    QEventLoop loop;
-    QTimer::singleShot(400, &loop, &QEventLoop::quit);
-    loop.exec();
-    const QString file = folder + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png");
-    const QImage picture = indexed(window->grab().toImage().convertToFormat(QImage::Format_RGB32));
-    if (!picture.save(file)) std::fprintf(stderr, "%s: not written\n", qPrintable(file));
+    kept_Window(*window, folder, QLatin1String(name));
 }
 
 // What to do in the dialogs that a command opens, one after the other.

@@ -1,0 +1,154 @@
+// Pictures of the window at every zoom, for looking at what a change made of it: walk_pictures TRACE FOLDER.
+// In both sizes and schemes the whole trace, 1 s, 10 ms, 1 ms and 10 us of it, and in the millisecond the
+// answers to three questions: who ran, why one waited, how often something came. QT_SCALE_FACTOR holds.
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QStyle>
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "chronoweave/engine/range_figures.h"
+#include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/find_strip.h"
+#include "chronoweave/qt/picture_view.h"
+#include "chronoweave/traxfunc/canvas/repaint.h"
+#include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/navigate.h"
+#include "chronoweave/traxfunc/input/view.h"
+#include "chronoweave/traxmain/kept_pictures.h"
+#include "windlib/qt/platform.h"
+
+namespace {
+
+struct Zoom {
+    const char* name;
+    double length;  // seconds; 0: the whole trace
+};
+constexpr Zoom zooms[] = {{"whole", 0}, {"1s", 1}, {"10ms", 1e-2}, {"1ms", 1e-3}, {"10us", 1e-5}};
+constexpr double millisecond = 1e-3;
+
+class Walk {
+  public:
+    Walk(CanvasWindow& window, QString folder) : window_(window), folder_(std::move(folder)) {}
+
+    void take(const QString& prefix) {
+        prefix_ = prefix;
+        findMiddle();
+        for (const Zoom& zoom : zooms) {
+            show(zoom.length);
+            keep(zoom.name);
+        }
+        show(millisecond);
+        command("OnlyActive");
+        keep("who-ran");
+        keepLate();
+        keepHowOften();
+        command("OnlyActive");
+    }
+
+  private:
+    _LaCanvasData& canvas() { return window_.view().canvas(); }
+    // Of the millisecond in which most tasks began to run.
+    double middle() { return middle_; }
+    void findMiddle() {
+        const double whole = canvas().source.totalLength;
+        laCanvas_Paint(canvas(), [&] { laCanvas_ShowRange(canvas(), 0, whole); });
+        std::map<int64_t, std::set<uint32_t>> ran;
+        const auto& switches = canvas().items.ctxLines;
+        for (uint32_t i = 0; i < switches.size(); ++i)
+            ran[static_cast<int64_t>(switches[i].t0 / millisecond)].insert(switches[i].toLane);
+        const auto most = std::max_element(ran.begin(), ran.end(), [](const auto& a, const auto& b) {
+            return a.second.size() < b.second.size();
+        });
+        middle_ = most == ran.end() ? whole / 2 : (static_cast<double>(most->first) + 0.5) * millisecond;
+    }
+
+    void keep(const char* name) {
+        kept_Window(window_, folder_, prefix_ + QLatin1Char('-') + QLatin1String(name));
+    }
+    void command(const char* text) {
+        window_.command(text);
+        platform_ProcessPending();
+    }
+    void show(double length) {
+        const double whole = canvas().source.totalLength;
+        const double low =
+            length == 0 || length >= whole ? 0 : std::min(middle() - length / 2, whole - length);
+        const double high = length == 0 ? whole : std::min(low + length, whole);
+        laCanvas_Paint(canvas(), [&] { laCanvas_ShowRange(canvas(), low, high, {.paint = true}); });
+        platform_ProcessPending();
+    }
+    // The longest wait for a processor that begins and ends in the view, selected, its row in view.
+    void keepLate() {
+        const auto ready = analysis_ReadyStatus(canvas().looks.legend);
+        const auto& lanes = canvas().items.lanes;
+        LaLnSeg longest;
+        uint32_t object = 0;
+        for (uint32_t i = 0; i < lanes.size(); ++i)
+            for (const LaLnSeg& one : lanes[i].segments)
+                if (one.status == ready && one.t0 > canvas().view.viewLow &&
+                    one.t1 < canvas().view.viewHigh && one.t1 - one.t0 > longest.t1 - longest.t0) {
+                    longest = one;
+                    object = lanes[i].objectId;
+                }
+        laCanvas_Paint(canvas(), [&] {
+            laCanvas_SetSelection(canvas(), longest.t0, longest.t1);
+            laCanvas_Reveal(canvas(), longest.t0, object);
+        });
+        keep("why-late");
+    }
+    // The event in the middle, counted in the trace and in the selection.
+    void keepHowOften() {
+        const auto& icons = canvas().items.bitmaps;
+        const uint32_t icon = laBm_FirstAt(canvas().items, middle());
+        if (icon >= icons.size()) return;
+        command("Find");
+        if (auto* field = window_.findChild<QLineEdit*>(QStringLiteral("find")))
+            field->insert(QStringLiteral("event:") +
+                          QString::fromStdString(
+                              canvas().looks.legend.events[static_cast<size_t>(icons[icon].event)].name));
+        kept_Wait(1500);
+        keep("how-often");
+        if (auto* strip = window_.findChild<FindStrip*>(QStringLiteral("FindStrip")))
+            while (strip->escape()) {
+            }
+        laCanvas_Paint(canvas(), [&] { laCanvas_ClearCursors(canvas()); });
+    }
+
+    CanvasWindow& window_;
+    QString folder_, prefix_;
+    double middle_ = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: walk_pictures TRACE FOLDER\n");
+        return 2;
+    }
+    ::qputenv("QT_QPA_PLATFORM", "offscreen");
+    const auto application = platform_Start(argv[0]);
+    QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
+    const QString folder = QString::fromUtf8(argv[2]);
+    QDir().mkpath(folder);
+    for (const bool dark : {false, true}) {
+        for (const QSize size : {QSize(1280, 800), QSize(1920, 1080)}) {
+            auto* window = new CanvasWindow("VOREL Chronoweave", false);
+            platform_SetDark(dark);  // a new window has taken up the options of its user
+            window->resize(size);
+            window->show();
+            platform_ProcessPending();
+            if (!window->load(argv[1])) return 1;
+            Walk(*window, folder)
+                .take(QStringLiteral("%1-%2").arg(dark ? "dark" : "light").arg(size.width()));
+            delete window;
+        }
+    }
+    return 0;
+}
