@@ -23,7 +23,7 @@ std::string folder_mark(const std::string& base) {
 std::string file_that_is_source(const std::string& source, const std::string& base) {
     for (const char* extension : {".trs", ".tri", ".trv"}) {
         std::error_code error;
-        const std::string name = base + extension;
+        std::string name = base + extension;
         if (std::filesystem::equivalent(source, name, error)) return name;
     }
     return {};

@@ -57,20 +57,20 @@ bool log_Read(std::vector<uint8_t> bytes, bool bigEndian, RawLogImage& image) {
     image.bigEndian = bigEndian;
     const uint8_t* p = image.bytes.data();
     image.base = load_32(p + 8, bigEndian);
-    const auto offset_at = [&](size_t at) -> uint64_t { return load_32(p + at, bigEndian) - image.base; };
-    image.wrap = load_32(p + 12, bigEndian) == 0 ? 0 : offset_at(12);
-    image.end = offset_at(16);
-    image.start = offset_at(20);
+    const auto offsetAt = [&](size_t at) -> uint64_t { return load_32(p + at, bigEndian) - image.base; };
+    image.wrap = load_32(p + 12, bigEndian) == 0 ? 0 : offsetAt(12);
+    image.end = offsetAt(16);
+    image.start = offsetAt(20);
     const uint32_t tasks = load_16(p, bigEndian);
-    const size_t ring_at = task_table_at + size_t{task_EntrySize} * tasks;
-    if (image.bytes.size() < ring_at + 4) {
+    const size_t ringAt = task_table_at + size_t{task_EntrySize} * tasks;
+    if (image.bytes.size() < ringAt + 4) {
         const size_t whole = (image.bytes.size() - task_table_at) / task_EntrySize;
         image.taskCount = static_cast<uint32_t>(std::min<size_t>(whole, tasks));
         image.ringStands = false;
         tell_damage(image, gen_format(words_ImageTasks, tasks));
     } else {
         image.taskCount = tasks;
-        image.ring = offset_at(ring_at);
+        image.ring = offsetAt(ringAt);
     }
     return true;
 }
