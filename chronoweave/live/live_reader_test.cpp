@@ -2,6 +2,7 @@
 #include "chronoweave/live/live_reader.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -16,7 +17,9 @@
 #include "chronoweave/traxfunc/draw/pixel_surface_testing.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/session/canvas_testing.h"
+#include "libtrv/store_writer.h"
 #include "shared/libcxxutil/files.h"
+#include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
 
 namespace {
@@ -283,6 +286,57 @@ TEST_F(LiveReaderTest, AFileThatIsNoMoreWhatItWasEndsTheReading) {
         Write("live.trr", 12000);
         reading.Tick();
         EXPECT_EQ(Wrong(reading, 12000), 0u);
+    }
+}
+
+// The same where there is no room for what came.
+TEST_F(LiveReaderTest, AStoreThatTakesNoMoreEndsTheReading) {
+    process_LetWritesFail();
+    bytes = raw_file(random_events(2, 3000));
+    const std::string path = folder / "live.trr";
+    struct rlimit before {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const struct {
+        const char* name;
+        std::function<void(Reading&)> fill;
+        const char* why;
+    } rows[] = {{"the store is full",
+                 [](Reading& reading) {
+                     const_cast<StoreWriter*>(reading.growing->writer())->SetOffsetLimit(60'000);
+                 },
+                 "four gigabytes"},
+                {"the disk is full",
+                 [&](Reading& reading) {
+                     struct rlimit small = before;
+                     small.rlim_cur = std::filesystem::file_size(reading.base + ".trs") + 3000;
+                     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+                 },
+                 "File too large"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove(path);
+        Write("live.trr", 8000);
+        Reading reading;
+        ASSERT_TRUE(reading.Load(path));
+        Write("live.trr", bytes.size());
+        row.fill(reading);
+        reading.Tick();
+        reading.Tick();
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_TRUE(reading.test.message().starts_with("Live reading has ended")) << reading.test.message();
+        EXPECT_NE(reading.test.message().find(row.why), std::string::npos) << reading.test.message();
+        EXPECT_EQ(reading.growing, nullptr);
+        const uint32_t events = reading.Events();
+        EXPECT_GT(events, 100u);
+        EXPECT_LT(events, 3000u);
+        const auto pixels = reading.pixels.pixels();
+        reading.Tick();
+        EXPECT_EQ(reading.pixels.pixels(), pixels);
+        EXPECT_EQ(reading.Events(), events);
+        // The road back.
+        ASSERT_TRUE(reading.Load(path));
+        reading.Tick();
+        EXPECT_EQ(reading.Events(), 3000u);
     }
 }
 

@@ -22,12 +22,17 @@ constexpr size_t longestPath = 255;  // of the server; a longer one is left to t
 constexpr int replyNumber = 3;       // of the reply pipe in the child
 constexpr char semaphoreFolder[] = "/dev/shm", semaphoreFile[] = "sem.vrl:TRV:";
 
+bool is_own(const std::filesystem::path& file) {
+    struct stat facts {};
+    return ::stat(file.c_str(), &facts) == 0 && facts.st_uid == ::geteuid();
+}
+
 // Names that programs left which ended by force.
 void sweep_semaphores() {
     std::error_code none;
     for (const auto& entry : std::filesystem::directory_iterator(semaphoreFolder, none)) {
         const std::string name = entry.path().filename().string();
-        if (!name.starts_with(semaphoreFile)) continue;
+        if (!name.starts_with(semaphoreFile) || !is_own(entry.path())) continue;
         const char* const number = name.data() + sizeof semaphoreFile - 1;
         pid_t pid = 0;
         const auto [end, error] = std::from_chars(number, name.data() + name.size(), pid, 16);
