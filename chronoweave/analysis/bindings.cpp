@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/list_filter.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/input/goto.h"
 #include "chronoweave/traxfunc/input/time_unit.h"
 #include "chronoweave/traxfunc/list/hide_dialog.h"
+#include "shared/libcxxutil/text.h"
 
 namespace {
 
@@ -43,8 +45,11 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
         show();
         const auto self = shared_from_this();
         model_.onPress = [self](const std::string& name) { self->press(name); };
-        model_.onEdit = [self](const std::string&, const std::string& text) {
-            self->logic_.pattern = text;
+        model_.onEdit = [self](const std::string& name, const std::string& text) {
+            if (name == "pattern")
+                self->logic_.pattern = text;
+            else
+                self->showLists();
             self->enable();
         };
         model_.onSelect = [self](const std::string&) {
@@ -63,10 +68,32 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
     }
 
   private:
-    static std::vector<DialogRow> RowsOf(const std::vector<laHideRow>& rows) {
+    bool isFiltered(const std::string& list) { return !text_trim(model_.item("f_" + list).text).empty(); }
+    // Those that the list's filter leaves; one that is left alone is selected.
+    void showList(const std::string& list, const std::vector<laHideRow>& rows) {
+        const std::string& typed = model_.item("f_" + list).text;
         std::vector<DialogRow> shown;
-        for (const laHideRow& row : rows) shown.push_back({{row.name, row.id}, row.data});
-        return shown;
+        for (const laHideRow& row : rows)
+            if (DialogRow one{{row.name, row.id}, row.data}; filter_Fits(one, typed)) shown.push_back(one);
+        const bool alone = shown.size() == 1 && isFiltered(list);
+        std::vector<uint64_t> chosen = model_.selectedIds(list);
+        if (alone) chosen = {shown.front().id};
+        model_.setRows(list, std::move(shown));
+        if (isFiltered(list)) model_.setSelectedIds(list, chosen);
+    }
+    void showLists() {
+        showList("to_show", logic_.toShow);
+        showList("to_hide", logic_.toHide);
+        TakeSelection();
+    }
+    // "All" is what the filter leaves.
+    std::string TakeAll(const std::string& button) {
+        const std::string list = button == "hideall" ? "to_show" : "to_hide";
+        if ((button != "hideall" && button != "showall") || !isFiltered(list)) return button;
+        std::vector<uint64_t> all;
+        for (const DialogRow& row : model_.item(list).rows) all.push_back(row.id);
+        model_.setSelectedIds(list, all);
+        return button == "hideall" ? "hide" : "show";
     }
     void TakeSelection() {
         const auto take = [&](const char* list, std::vector<laHideRow>& rows) {
@@ -82,14 +109,14 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             model_.setEnabled(button, logic_.Enabled(button));
     }
     void show() {
-        model_.setRows("to_show", RowsOf(logic_.toShow));
-        model_.setRows("to_hide", RowsOf(logic_.toHide));
+        showLists();
         model_.setText("pattern", logic_.pattern);
         enable();
     }
     void press(const std::string& name) {
+        const std::string button = TakeAll(name);
         TakeSelection();
-        laCanvas_Paint(canvas_, [&] { logic_.Press(name); });
+        laCanvas_Paint(canvas_, [&] { logic_.Press(button); });
         if (logic_.IsOpen())
             show();
         else

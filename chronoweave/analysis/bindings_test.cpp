@@ -42,6 +42,38 @@ TEST_F(Bindings, HidingGoesThroughTheItemsOfTheDialog) {
     EXPECT_EQ(canvas.taskList->rows().size(), 1u);
 }
 
+// What the filter leaves out is neither hidden nor lost.
+TEST_F(Bindings, FiltersOfTheHideDialogLeaveWhatFits) {
+    const auto model = dialogs_OpenHide(canvas);
+    const auto shown = [&](const char* list) {
+        std::string all;
+        for (const DialogRow& row : model->item(list).rows) all += (all.empty() ? "" : " ") + row.cells[0];
+        return all;
+    };
+    EXPECT_TRUE(model->select("to_show", {0, 1, 2}));
+    EXPECT_TRUE(model->edit("f_to_show", "T"));
+    EXPECT_EQ(shown("to_show"), "Two Three");
+    EXPECT_TRUE(model->press("hide")) << "those that are still selected";
+    EXPECT_EQ(shown("to_show"), "");
+    EXPECT_EQ(shown("to_hide"), "Two Three");
+    EXPECT_TRUE(model->edit("f_to_show", ""));
+    EXPECT_EQ(shown("to_show"), "One");
+    EXPECT_TRUE(model->edit("f_to_hide", "0xc00"));
+    EXPECT_EQ(shown("to_hide"), "Three");
+    EXPECT_TRUE(model->press("show")) << "the one that is left";
+    EXPECT_TRUE(model->edit("f_to_hide", ""));
+    EXPECT_EQ(shown("to_hide"), "Two");
+    EXPECT_TRUE(model->edit("f_to_show", "e"));
+    EXPECT_TRUE(model->press("hideall"));
+    EXPECT_TRUE(model->edit("f_to_show", ""));
+    EXPECT_EQ(shown("to_show"), "");
+    EXPECT_TRUE(model->edit("f_to_hide", "t"));
+    EXPECT_TRUE(model->press("showall"));
+    EXPECT_EQ(shown("to_show"), "Two Three");
+    EXPECT_TRUE(model->press("ok"));
+    EXPECT_EQ(canvas.taskList->rows().size(), 2u);
+}
+
 TEST_F(Bindings, WhatIsHiddenFollowsTheRowsAsTheUserSortedThem) {
     const auto model = dialogs_OpenHide(canvas);
     EXPECT_TRUE(model->sortRows("to_show", 1));

@@ -17,10 +17,12 @@ DialogItem mover(const char* name, const char* text) {
 
 std::vector<DialogItem> items() {
     return {item_Label("t_show", "Objects to Show", "to_show"),
+            item_Filter("to_show"),
             half("to_show", "Objects to Show"),
             mover("hide", "&Hide"),
             mover("hideall", "Hide &All"),
             item_Label("t_hide", "Objects to Hide", "to_hide"),
+            item_Filter("to_hide"),
             half("to_hide", "Objects to Hide"),
             mover("show", "&Show"),
             mover("showall", "Sho&w All"),
@@ -36,7 +38,7 @@ std::vector<DialogItem> items() {
 
 // Two columns of half the window each, with 4 pixels left, right and between.
 std::vector<std::string> layout_lines() {
-    const LayoutItems rows = {"t_show", "hide", "pattern", "ts_info", "ok"};
+    const LayoutItems rows = {"t_show", "f_to_show", "hide", "pattern", "ts_info", "ok"};
     LayoutBuilder layout;
     layout.leastWidths({{.of = {"hide", "hideall"}, .pixels = 14, .times = 2},
                         {.of = {"show", "showall"}, .pixels = 14, .times = 2},
@@ -44,20 +46,21 @@ std::vector<std::string> layout_lines() {
                         {.of = {"t_hide"}, .pixels = 10, .times = 2},
                         {.pixels = 80, .letters = 64},
                         {.of = {"t_pattern", "pattern"}, .pixels = 24}});
-    layout.leastHeight({.of = rows, .pixels = 46, .lines = 6});
+    layout.leastHeight({.of = rows, .pixels = 50, .lines = 6});
     layout.firstWidths({{.pixels = 12, .letters = 96}});
     layout.firstHeight({.pixels = 46, .lines = 28});
     layout.fillWidth("to_show", {.gaps = 12, .parts = 2});
-    layout.fillHeight("to_show", {.less = rows, .gaps = 38});
-    layout.width("to_hide", {.of = {"to_show"}});
+    layout.fillHeight("to_show", {.less = rows, .gaps = 42});
+    for (const char* same : {"to_hide", "f_to_show", "f_to_hide"}) layout.width(same, {.of = {"to_show"}});
     layout.height("to_hide", {.of = {"to_show"}});
     layout.fillWidth("pattern", {.less = {"t_pattern"}, .gaps = 16});
     layout.fillWidth("ts_info", {.gaps = 8});
-    layout.left({.items = {"t_show", "to_show", "hide", "t_pattern", "ts_info"}, .gap = 4});
+    layout.left({.items = {"t_show", "f_to_show", "to_show", "hide", "t_pattern", "ts_info"}, .gap = 4});
     layout.top({.items = {"t_show", "t_hide"}, .gap = 4});
-    layout.below({.items = {"to_show", "to_hide"}, .of = "t_show", .gap = 2});
+    layout.below({.items = {"f_to_show", "f_to_hide"}, .of = "t_show", .gap = 2});
+    layout.below({.items = {"to_show", "to_hide"}, .of = "f_to_show", .gap = 4});
     layout.right({.items = {"to_hide"}, .gap = 4});
-    layout.align(PlacerEdge::Left, {"t_hide", "show"}, "to_hide");
+    layout.align(PlacerEdge::Left, {"t_hide", "f_to_hide", "show"}, "to_hide");
     layout.below({.items = {"hide", "hideall", "show", "showall"}, .of = "to_show", .gap = 4});
     layout.inRow({"hide", "hideall"}, 4);
     layout.inRow({"show", "showall"}, 4);

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/list_filter.h"
 #include "chronoweave/analysis/program_dialogs.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
@@ -26,7 +27,12 @@ class BookmarkList {
         model_.list("marks").SetRightAligned(timeColumn, true);
         model_.onSelect = [this](const std::string&) { enable(); };
         model_.onActivate = [this](const std::string&, int) { GoTo(); };
-        model_.onCommit = [this](const std::string&, const std::string&) { rename(); };
+        model_.onCommit = [this](const std::string& name, const std::string&) {
+            if (name == "label") rename();
+        };
+        model_.onEdit = [this](const std::string& name, const std::string&) {
+            if (name == "f_marks") fill(shownFirst());
+        };
         model_.onPress = [this](const std::string& name) { press(name); };
         fill(0);
     }
@@ -54,12 +60,20 @@ class BookmarkList {
             row.cells = {laBookmark_ShownLabel(canvas_, mark), laCanvas_TimeWithUnit(canvas_, mark.time),
                          ObjectOf(mark), gen_format("#%06X", static_cast<unsigned>(mark.colour & 0xFFFFFF))};
             row.id = i;
-            rows.push_back(std::move(row));
+            if (filter_Fits(row, model_.item("f_marks").text)) rows.push_back(std::move(row));
         }
-        const size_t count = rows.size();
+        const auto wanted =
+            std::ranges::find_if(rows, [&](const DialogRow& row) { return row.id >= select; });
+        const uint64_t chosen = rows.empty() ? 0 : wanted == rows.end() ? rows.back().id : wanted->id;
+        const bool any = !rows.empty();
         model_.setRows("marks", std::move(rows));
-        if (count > 0) model_.setSelected("marks", {static_cast<int>(std::min(select, count - 1))});
+        if (any) model_.setSelectedIds("marks", {chosen});
         enable();
+    }
+    // Of the selected one; the first without one.
+    size_t shownFirst() {
+        const LaBookmark* mark = selected();
+        return mark ? static_cast<size_t>(mark - canvas_.marks.bookmarks.data()) : 0;
     }
     void enable() {
         LaBookmark* mark = selected();

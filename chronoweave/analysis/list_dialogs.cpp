@@ -7,14 +7,15 @@ DialogDescription dialogs_Bookmarks() {
     layout.leastWidths({{.of = {"t_label", "label", "rename"}, .pixels = 40},
                         {.of = {"goto", "delete", "colour", "close"}, .pixels = 48},
                         {.pixels = 80, .letters = 48}});
-    layout.leastHeight({.of = {"label", "close"}, .pixels = 48, .lines = 6});
+    layout.leastHeight({.of = {"f_marks", "label", "close"}, .pixels = 56, .lines = 6});
     layout.firstWidths({{.pixels = 12, .letters = 64}});
     layout.firstHeight({.pixels = 46, .lines = 18});
-    layout.fillWidth("marks", {.gaps = 16});
-    layout.fillHeight("marks", {.less = {"label", "close"}, .gaps = 40});
+    for (const char* wide : {"f_marks", "marks"}) layout.fillWidth(wide, {.gaps = 16});
+    layout.fillHeight("marks", {.less = {"f_marks", "label", "close"}, .gaps = 48});
     layout.fillWidth("label", {.less = {"t_label", "rename"}, .gaps = 32});
-    layout.left({.items = {"marks", "t_label", "goto"}});
-    layout.top({.items = {"marks"}});
+    layout.left({.items = {"f_marks", "marks", "t_label", "goto"}});
+    layout.top({.items = {"f_marks"}});
+    layout.below({.items = {"marks"}, .of = "f_marks"});
     layout.rightOf({.items = {"label"}, .of = "t_label"});
     layout.below({.items = {"label"}, .of = "marks"});
     layout.baseline({"t_label", "rename"}, "label");
@@ -27,7 +28,8 @@ DialogDescription dialogs_Bookmarks() {
     };
     return {.name = "EditBookmarks",
             .title = "Bookmarks",
-            .items = {{.name = "marks",
+            .items = {item_Filter("marks"),
+                      {.name = "marks",
                        .kind = DialogKind::List,
                        .accessible = "Bookmarks",
                        .list = {"Label", "Time", "Object", "Colour"}},
@@ -48,19 +50,21 @@ DialogDescription dialogs_Bookmarks() {
 DialogDescription dialogs_KeySheet() {
     LayoutBuilder layout;
     layout.leastWidths({{.pixels = 80, .letters = 48}});
-    layout.leastHeight({.of = {"close"}, .pixels = 40, .lines = 8});
+    layout.leastHeight({.of = {"f_keys", "close"}, .pixels = 48, .lines = 8});
     layout.firstWidths({{.pixels = 12, .letters = 64}});
     layout.firstHeight({.pixels = 46, .lines = 28});
-    layout.fillWidth("keys", {.gaps = 16});
-    layout.fillHeight("keys", {.less = {"close"}, .gaps = 32});
-    layout.left({.items = {"keys"}});
-    layout.top({.items = {"keys"}});
+    for (const char* wide : {"f_keys", "keys"}) layout.fillWidth(wide, {.gaps = 16});
+    layout.fillHeight("keys", {.less = {"f_keys", "close"}, .gaps = 40});
+    layout.left({.items = {"f_keys", "keys"}});
+    layout.top({.items = {"f_keys"}});
+    layout.below({.items = {"keys"}, .of = "f_keys"});
     layout.corner({"close"});
     DialogItem close = item_Close();
     close.flags |= Dialog_Default;
     return {.name = "KeySheet",
             .title = "Keys",
-            .items = {{.name = "keys",
+            .items = {item_Filter("keys"),
+                      {.name = "keys",
                        .kind = DialogKind::List,
                        .accessible = "Keys",
                        .list = {"Keys", "What they do"}},

@@ -20,6 +20,11 @@ bool fits(const DialogRow& row, const std::string& word) {
 
 }  // namespace
 
+bool filter_Fits(const DialogRow& row, std::string_view typed) {
+    const std::string word = lowered(text_trim(typed));
+    return word.empty() || fits(row, word);
+}
+
 ListFilters::ListFilters(DialogModel& model, const std::vector<std::string>& lists) : model_(model) {
     for (const std::string& list : lists) lists_.push_back({list, model.item(list).rows});
     model.onEdit = [this](const std::string& name, const std::string& text) {

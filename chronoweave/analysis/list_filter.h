@@ -3,9 +3,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "windlib/dialog/model.h"
+
+// Whether a row stays where this is typed; all do for blanks.
+bool filter_Fits(const DialogRow& row, std::string_view typed);
 
 class ListFilters {
   public:

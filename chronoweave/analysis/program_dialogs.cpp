@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "chronoweave/analysis/dialogs.h"
+#include "chronoweave/analysis/list_filter.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -101,6 +102,7 @@ void dialogs_ShowKeys(DialogHost& host) {
     std::vector<DialogRow> rows;
     for (const laKeyLine& line : laCommands_KeySheet()) rows.push_back({{line.keys, line.what}});
     model.setRows("keys", std::move(rows));
+    const ListFilters filters(model, {"keys"});
     close_by_buttons(model, "close");
     host.run(model);
 }
