@@ -5,6 +5,7 @@
 #include "chronoweave/analysis/dialog_items.h"
 #include "chronoweave/engine/report_texts.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
@@ -155,8 +156,13 @@ std::string SelectionPanel::WaitText() const {
     if (!figures_->longestWait) return {};
     const ReadyWait& wait = *figures_->longestWait;
     const std::string* name = facts_->names.find(wait.object);
+    const laItem_Line* lane = laCanvas_FindLane(canvas_.items, wait.object);
+    const std::string shown = lane != nullptr && lane->hasName ? std::string(laTask_WithoutFake(lane->name))
+                              : name                           ? *name
+                                                               : "";
     return Time(wait.length) + " (" +
-           (name ? text_utf8(*name) : facts_->words.lowerTerm + gen_format(" 0x%x", wait.object)) + ')';
+           (shown.empty() ? facts_->words.lowerTerm + gen_format(" 0x%x", wait.object) : text_utf8(shown)) +
+           ')';
 }
 
 // As the picture has it: where the group of a processor's objects is its row, without the group.

@@ -18,12 +18,14 @@ constexpr int under = 16;          // and from its top, where marks and lengths 
 constexpr int mostUncovered = 3;   // rows of processors at the top that stay free
 constexpr int leastAround = 120;   // pixels that the picture must have more than the panel
 constexpr int leastHeight = 110;
+constexpr int readable = 170;  // a height that is worth standing under the rows
 
-// Where the rows end that say who runs.
-int processorRowsEnd(const _LaCanvasData& canvas) {
+// Below the rows that say who runs.
+int upper(const _LaCanvasData& canvas) {
     const auto& rows = canvas.items.processors.list;
     const auto own = static_cast<int>(std::ranges::count_if(rows, &LaProcessor::own));
-    return rows.empty() ? 0 : std::clamp(own, 1, mostUncovered) * canvas.looks.rowHeight;
+    const int end = rows.empty() ? 0 : std::clamp(own, 1, mostUncovered) * canvas.looks.rowHeight;
+    return std::max(under, end + beside / 2);
 }
 
 }  // namespace
@@ -73,12 +75,17 @@ void SelectionCorner::slice() {
     place();
 }
 
-// In the upper right corner, unless the selection's end that moves lies there.
+// In the upper right corner, or in the lower one where no rows are; on the left when the selection's end that
+// moves lies there.
 void SelectionCorner::place() {
     const laPicture& graph = picture_.picture();
     const QSize wish = view_->sizeHint() + QSize(2 * frameWidth(), 2 * frameWidth());
-    const int top = std::max(under, processorRowsEnd(picture_.canvas()) + beside / 2);
-    const int height = std::min(wish.height(), graph.dataHeight - top - beside);
+    const LaView& view = picture_.canvas().view;
+    const int bare = graph.dataHeight - (view.contentHeight - view.verticalOffset) - 2 * beside;
+    const int height = bare >= readable
+                           ? std::min(wish.height(), bare)
+                           : std::min(wish.height(), graph.dataHeight - upper(picture_.canvas()) - beside);
+    const int top = bare >= readable ? graph.dataHeight - height - beside : upper(picture_.canvas());
     const bool room = graph.graphWidth > wish.width() + leastAround && height >= leastHeight;
     if (!on_ || !panel_.HasFigures() || !room) {
         if (isVisibleTo(&picture_)) hide();

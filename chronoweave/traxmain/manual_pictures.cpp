@@ -92,6 +92,20 @@ void keep_first_screen(CanvasWindow& window) {
     laCanvas_Paint(canvas, [&] { laCanvas_ClearCursors(canvas); });
 }
 
+// The three questions of the first page, in one millisecond.
+void keep_questions(CanvasWindow& window) {
+    _LaCanvasData& canvas = window.view().canvas();
+    laCanvas_Paint(canvas, [&] { laCanvas_ShowRange(canvas, 0.0318, 0.0329, {.paint = true}); });
+    run(window, "OnlyActive");
+    keep(&window, "who");
+    kept_SelectWait(window);
+    keep(&window, "late");
+    kept_Find(window, QStringLiteral("event:TaskChange"));
+    keep(&window, "often");
+    kept_Clear(window);
+    run(window, "OnlyActive");
+}
+
 void keep_selection(CanvasWindow& window) {
     _LaCanvasData& canvas = window.view().canvas();
     laCanvas_Paint(canvas, [&] {
@@ -181,6 +195,8 @@ int main(int argc, char** argv) {
     platform_ProcessPending();
     if (!window->load(argv[1])) return 1;
     keep_first_screen(*window);
+    window->resize(1000, 680);
+    keep_questions(*window);
     window->resize(1000, 600);
     run(*window, "ShowAll");
     for (int i = 0; i < 2; ++i) run(*window, "ZoomIn");

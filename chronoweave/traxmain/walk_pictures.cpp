@@ -3,7 +3,6 @@
 // answers to three questions: who ran, why one waited, how often something came. QT_SCALE_FACTOR holds.
 #include <QApplication>
 #include <QDir>
-#include <QLineEdit>
 #include <QStyle>
 #include <algorithm>
 #include <cstdio>
@@ -11,14 +10,9 @@
 #include <set>
 #include <vector>
 
-#include "chronoweave/engine/range_figures.h"
 #include "chronoweave/qt/canvas_window.h"
-#include "chronoweave/qt/find_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
-#include "chronoweave/traxfunc/input/commands.h"
-#include "chronoweave/traxfunc/input/cursor.h"
-#include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxmain/kept_pictures.h"
 #include "windlib/qt/platform.h"
@@ -83,23 +77,8 @@ class Walk {
         laCanvas_Paint(canvas(), [&] { laCanvas_ShowRange(canvas(), low, high, {.paint = true}); });
         platform_ProcessPending();
     }
-    // The longest wait for a processor that begins and ends in the view, selected, its row in view.
     void keepLate() {
-        const auto ready = analysis_ReadyStatus(canvas().looks.legend);
-        const auto& lanes = canvas().items.lanes;
-        LaLnSeg longest;
-        uint32_t object = 0;
-        for (uint32_t i = 0; i < lanes.size(); ++i)
-            for (const LaLnSeg& one : lanes[i].segments)
-                if (one.status == ready && one.t0 > canvas().view.viewLow &&
-                    one.t1 < canvas().view.viewHigh && one.t1 - one.t0 > longest.t1 - longest.t0) {
-                    longest = one;
-                    object = lanes[i].objectId;
-                }
-        laCanvas_Paint(canvas(), [&] {
-            laCanvas_SetSelection(canvas(), longest.t0, longest.t1);
-            laCanvas_Reveal(canvas(), longest.t0, object);
-        });
+        kept_SelectWait(window_);
         keep("why-late");
     }
     // The event in the middle, counted in the trace and in the selection.
@@ -107,17 +86,11 @@ class Walk {
         const auto& icons = canvas().items.bitmaps;
         const uint32_t icon = laBm_FirstAt(canvas().items, middle());
         if (icon >= icons.size()) return;
-        command("Find");
-        if (auto* field = window_.findChild<QLineEdit*>(QStringLiteral("find")))
-            field->insert(QStringLiteral("event:") +
-                          QString::fromStdString(
-                              canvas().looks.legend.events[static_cast<size_t>(icons[icon].event)].name));
-        kept_Wait(1500);
+        const auto row = static_cast<size_t>(icons[icon].event);
+        kept_Find(window_,
+                  QStringLiteral("event:") + QString::fromStdString(canvas().looks.legend.events[row].name));
         keep("how-often");
-        if (auto* strip = window_.findChild<FindStrip*>(QStringLiteral("FindStrip")))
-            while (strip->escape()) {
-            }
-        laCanvas_Paint(canvas(), [&] { laCanvas_ClearCursors(canvas()); });
+        kept_Clear(window_);
     }
 
     CanvasWindow& window_;
