@@ -49,7 +49,7 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             if (name == "pattern")
                 self->logic_.pattern = text;
             else
-                self->showLists();
+                self->ShowLists();
             self->enable();
         };
         model_.onSelect = [self](const std::string&) {
@@ -68,28 +68,28 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
     }
 
   private:
-    bool isFiltered(const std::string& list) { return !text_trim(model_.item("f_" + list).text).empty(); }
+    bool IsFiltered(const std::string& list) { return !text_trim(model_.item("f_" + list).text).empty(); }
     // Those that the list's filter leaves; one that is left alone is selected.
-    void showList(const std::string& list, const std::vector<laHideRow>& rows) {
+    void ShowList(const std::string& list, const std::vector<laHideRow>& rows) {
         const std::string& typed = model_.item("f_" + list).text;
         std::vector<DialogRow> shown;
         for (const laHideRow& row : rows)
             if (DialogRow one{{row.name, row.id}, row.data}; filter_Fits(one, typed)) shown.push_back(one);
-        const bool alone = shown.size() == 1 && isFiltered(list);
+        const bool alone = shown.size() == 1 && IsFiltered(list);
         std::vector<uint64_t> chosen = model_.selectedIds(list);
         if (alone) chosen = {shown.front().id};
         model_.setRows(list, std::move(shown));
-        if (isFiltered(list)) model_.setSelectedIds(list, chosen);
+        if (IsFiltered(list)) model_.setSelectedIds(list, chosen);
     }
-    void showLists() {
-        showList("to_show", logic_.toShow);
-        showList("to_hide", logic_.toHide);
+    void ShowLists() {
+        ShowList("to_show", logic_.toShow);
+        ShowList("to_hide", logic_.toHide);
         TakeSelection();
     }
     // "All" is what the filter leaves.
     std::string TakeAll(const std::string& button) {
         const std::string list = button == "hideall" ? "to_show" : "to_hide";
-        if ((button != "hideall" && button != "showall") || !isFiltered(list)) return button;
+        if ((button != "hideall" && button != "showall") || !IsFiltered(list)) return button;
         std::vector<uint64_t> all;
         for (const DialogRow& row : model_.item(list).rows) all.push_back(row.id);
         model_.setSelectedIds(list, all);
@@ -109,7 +109,7 @@ class HideBinding : public std::enable_shared_from_this<HideBinding> {
             model_.setEnabled(button, logic_.Enabled(button));
     }
     void show() {
-        showLists();
+        ShowLists();
         model_.setText("pattern", logic_.pattern);
         enable();
     }

@@ -31,7 +31,7 @@ class BookmarkList {
             if (name == "label") rename();
         };
         model_.onEdit = [this](const std::string& name, const std::string&) {
-            if (name == "f_marks") fill(shownFirst());
+            if (name == "f_marks") fill(FirstShown());
         };
         model_.onPress = [this](const std::string& name) { press(name); };
         fill(0);
@@ -71,7 +71,7 @@ class BookmarkList {
         enable();
     }
     // Of the selected one; the first without one.
-    size_t shownFirst() {
+    size_t FirstShown() {
         const LaBookmark* mark = selected();
         return mark ? static_cast<size_t>(mark - canvas_.marks.bookmarks.data()) : 0;
     }

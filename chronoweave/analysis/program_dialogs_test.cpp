@@ -115,7 +115,8 @@ TEST_F(ProgramDialogs, BookmarksAreEdited) {
         EXPECT_EQ(cell(1, 0), "it's {late}");
         EXPECT_EQ(canvas.marks.bookmarks[1].label, "it\\'s {late}");
         EXPECT_TRUE(model.edit("f_marks", "late"));
-        EXPECT_EQ(model.item("marks").rows.size(), 1u) << "the one that fits, and it is the one that is changed";
+        EXPECT_EQ(model.item("marks").rows.size(), 1u)
+            << "the one that fits, and it is the one that is changed";
         EXPECT_TRUE(model.press("colour"));
         EXPECT_EQ(canvas.marks.bookmarks[1].colour, 0x00FF00u);
         EXPECT_TRUE(model.edit("f_marks", ""));
