@@ -5,6 +5,7 @@
 #include "chronoweave/analysis/object_tree.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -84,6 +85,7 @@ class EventDetail : public DetailWindow {
     EventDetail(_LaCanvasData& canvas, DialogModel& model, const DetailEvent& event)
         : DetailWindow(canvas, model), event_(event) {
         Fill();
+        AskDebugger();
     }
 
     void Press(const std::string& name) override {
@@ -110,10 +112,36 @@ class EventDetail : public DetailWindow {
         model_.setText("tf_taskid", ObjectText(event_.object));
         model_.setText("tf_time", TimeText(event_.time));
         model_.setText("tf_comments", laItem_EventText(canvas_, Icon()));
-        // There is no debugger to talk to yet.
-        model_.setChoiceEnabled("gotos", gotoDebugger, false);
+        ShowDebuggerChoice();
+    }
+    std::optional<uint64_t> Address() const { return laDebugger_Address(laItem_EventText(canvas_, Icon())); }
+    // The choice to go to the debugger is looked at anew for each event; a trace of ThreadX has none.
+    void ShowDebuggerChoice() {
+        if (canvas_.source.osKind == Os_ThreadX) return;
+        const bool can = (can_.link && Address()) || can_.shows;
+        model_.setChoiceEnabled("gotos", gotoDebugger, can);
+        if (!can && model_.item("gotos").choice == gotoDebugger) model_.setChoice("gotos", gotoCanvas);
+    }
+    // The answer may come when the window is gone.
+    void AskDebugger() {
+        laDebugger* const debugger = laDebugger_Of(canvas_);
+        if (!debugger) return;
+        debugger->AskLater(canvas_, [this, here = std::weak_ptr<int>(here_)](const laDebuggerCan& can) {
+            if (here.expired()) return;
+            can_ = can;
+            ShowDebuggerChoice();
+        });
+    }
+    void GoToDebugger(laDebugger& debugger) {
+        Say("");
+        debugger.GotoLater(canvas_, {event_.object, event_.time, Address()},
+                           [this, here = std::weak_ptr<int>(here_)](const std::string& problem) {
+                               if (!here.expired()) Refuse(problem);
+                           });
     }
     void Go() {
+        laDebugger* const debugger = laDebugger_Of(canvas_);
+        if (debugger && model_.item("gotos").choice == gotoDebugger) return GoToDebugger(*debugger);
         laCanvas_Paint(canvas_, [&] { detail_MoveCursor(canvas_, event_.time, event_.object); });
         const LegendEvent& row = canvas_.looks.legend.events[static_cast<size_t>(event_.event)];
         if (row.visibility() != 0)
@@ -123,6 +151,8 @@ class EventDetail : public DetailWindow {
     }
 
     DetailEvent event_;
+    laDebuggerCan can_;
+    std::shared_ptr<int> here_ = std::make_shared<int>();  // gone with the window
 };
 
 class SwitchDetail : public DetailWindow {

@@ -6,6 +6,7 @@
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "shared/libcxxutil/report.h"
 #include "windlib/qt/event_service.h"
 #include "windlib/qt/platform.h"
@@ -25,6 +26,12 @@ void CanvasWindow::makeLive() {
     target_ = std::make_unique<LiveTarget>(view_->canvas(), std::move(window),
                                            LiveServices{&services_.events->tasks, &services_.events->watches,
                                                         services_.waits, services_.settings});
+}
+
+void CanvasWindow::makeDebugger() {
+    if (!services_.debugger) return;
+    laDebugger_Set(view_->canvas(), services_.debugger);
+    laDebugger_Attach(view_->canvas(), *services_.debugger);
 }
 
 // Of reading that goes on between the window's events; busy work shows its own.

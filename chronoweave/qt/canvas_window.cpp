@@ -27,6 +27,7 @@
 #include "chronoweave/traxfunc/fetch/fetch.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "chronoweave/traxfunc/input/fields.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/life.h"
@@ -109,6 +110,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
     connectItems();
     fillUpperFloor();
     makeLive();
+    makeDebugger();
     makeMenus();
     takeOptions();
     makeEventTable();
@@ -124,6 +126,7 @@ CanvasWindow::CanvasWindow(const std::string& title, bool live, CanvasServices s
 CanvasWindow::~CanvasWindow() {
     gate_Program().Forget(this);
     std::erase(windows(), this);
+    laDebugger_Set(view_->canvas(), nullptr);
     target_.reset();
     host_.reset();  // with the windows about the canvas
     // The widgets speak of losing the keyboard while they go, to what is a member here.
@@ -153,21 +156,24 @@ void CanvasWindow::closeAll() {
 }
 
 bool CanvasWindow::showTime(const std::string& file, uint32_t objectId, const std::string& text) {
-    const auto time = scan_double(text);
-    if (!time) return false;
     bool any = false;
-    for (CanvasWindow* window : file.empty() ? windows() : windowsOf(file)) {
-        _LaCanvasData& canvas = window->view_->canvas();
-        if (!canvas.source.storeHasEvents || *time < 0 || *time > canvas.source.totalLength) continue;
-        canvas.source.liveRefresh = false;
-        window->view_->draw([&] {
-            laCanvas_MoveCursor(canvas, 0, *time);
-            laCanvas_Reveal(canvas, *time, objectId == 0 ? laAgentId : objectId);
-        });
-        window->showButtons();
-        any = true;
-    }
+    for (CanvasWindow* window : file.empty() ? windows() : windowsOf(file))
+        any = window->showTimeHere(objectId, text) || any;
     return any;
+}
+
+bool CanvasWindow::showTimeHere(uint32_t objectId, const std::string& text) {
+    const auto time = scan_double(text);
+    _LaCanvasData& canvas = view_->canvas();
+    if (!time || !canvas.source.storeHasEvents || *time < 0 || *time > canvas.source.totalLength)
+        return false;
+    canvas.source.liveRefresh = false;
+    view_->draw([&] {
+        laCanvas_MoveCursor(canvas, 0, *time);
+        laCanvas_Reveal(canvas, *time, objectId == 0 ? laAgentId : objectId);
+    });
+    showButtons();
+    return true;
 }
 
 void CanvasWindow::tellConsoleAll(const std::string& text) {

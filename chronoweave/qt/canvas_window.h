@@ -33,6 +33,7 @@ class SelectionCorner;
 class StartCard;
 class ToolBarView;
 class WaitWindows;
+class laDebugger;
 
 // What all windows share; each may be null. All outlive the windows.
 struct CanvasServices {
@@ -40,6 +41,7 @@ struct CanvasServices {
     ArrangementStore* arrangements = nullptr;
     QtEventService* events = nullptr;  // tasks and watches of the program's loop; without, nothing is live
     WaitWindows* waits = nullptr;      // what waits for a target's server sees of the windows
+    laDebugger* debugger = nullptr;    // what events are shown in
 };
 
 class CanvasWindow : public QMainWindow {
@@ -85,6 +87,8 @@ class CanvasWindow : public QMainWindow {
     // Says in every window whose message line is free that the console has something.
     static void tellConsoleAll(const std::string& text);
     static bool showTime(const std::string& file, uint32_t objectId, const std::string& text);
+    // The same in this window.
+    bool showTimeHere(uint32_t objectId, const std::string& text);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -125,6 +129,7 @@ class CanvasWindow : public QMainWindow {
     void showNoSource();
     void endGrowing();
     void makeLive();
+    void makeDebugger();
     bool mayLoad(const std::string& name, const std::string& path);
     void showProgress(std::optional<double> share);
     bool openFile(const std::string& name);

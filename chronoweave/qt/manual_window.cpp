@@ -30,7 +30,7 @@ struct Page {
     const char* file = nullptr;  // where it is not NAME.md
 };
 // In the order of the list.
-constexpr std::array<Page, 22> pageTable{{{"start", "Chronoweave"},
+constexpr std::array<Page, 23> pageTable{{{"start", "Chronoweave"},
                                           {"navigate", "Moving about"},
                                           {"measure", "Measuring"},
                                           {"objects", "Objects"},
@@ -50,6 +50,7 @@ constexpr std::array<Page, 22> pageTable{{{"start", "Chronoweave"},
                                           {"checks", "Timing checks"},
                                           {"live", "Live targets"},
                                           {"companions", "The event server"},
+                                          {"remote", "Steering from outside"},
                                           {"formats", "File formats", "../formats.md"},
                                           {"messages", "Messages"}}};
 

@@ -74,6 +74,7 @@ bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
                shift = event.modifiers() & Qt::ShiftModifier;
     focusNames(true);
     if (event.button() == Qt::RightButton) {
+        if (!askDebugger()) return true;
         MslObjectEntry* clicked = nullptr;
         draw([&] { clicked = names().RightClick(y); });
         listMenu(clicked);
@@ -143,17 +144,18 @@ bool PictureView::keyToNames(const QKeyEvent& event) {
 }
 
 void PictureView::listMenu(MslObjectEntry* clicked) {
-    if (canvas_->source.storeHasEvents) popUp(laCanvas_ListMenu(*canvas_, clicked));
+    if (canvas_->source.storeHasEvents) popUp(laCanvas_ListMenu(*canvas_, clicked, debuggerCan_));
 }
 
 // The menu key: about the selected rows, or the place of the first cursor.
 void PictureView::contextMenuEvent(QContextMenuEvent* event) {
-    if (event->reason() != QContextMenuEvent::Keyboard || !canvas_->source.storeHasEvents) return;
+    if (event->reason() != QContextMenuEvent::Keyboard || !askDebugger() || !canvas_->source.storeHasEvents)
+        return;
     const std::vector<MslObjectEntry*> selected = names().Selected();
     if (canvas_->taskList->focused) return listMenu(selected.empty() ? nullptr : selected.front());
     const int x = canvas_->marks.cursor[0] >= canvas_->view.viewLow &&
                           canvas_->marks.cursor[0] <= canvas_->view.viewHigh
                       ? laCanvas_TimeToPixel(*canvas_, canvas_->marks.cursor[0], Time_Second)
                       : picture_.graphWidth / 2;
-    popUp(laCanvas_CanvasMenu(*canvas_, x, canvas_->looks.rowHeight / 2));
+    popUp(laCanvas_CanvasMenu(*canvas_, x, canvas_->looks.rowHeight / 2, debuggerCan_));
 }

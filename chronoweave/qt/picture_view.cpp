@@ -416,7 +416,17 @@ void PictureView::mouseReleaseEvent(QMouseEvent* event) {
     const laPointerEvent released = pointerEvent(*event, 1);
     draw([&] { menu = pointer_->Release(released); });
     followDrag();
-    if (menu) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y));
+    if (menu && askDebugger()) popUp(laCanvas_CanvasMenu(*canvas_, released.x, released.y, debuggerCan_));
+}
+
+// Before anything is looked at that a menu is about: other programs are served within. False when the window
+// went meanwhile.
+bool PictureView::askDebugger() {
+    const QPointer<PictureView> self(this);
+    const laDebuggerCan can = laDebugger_Ask(*canvas_);
+    if (!self || !isVisible()) return false;
+    debuggerCan_ = can;
+    return true;
 }
 
 void PictureView::popUp(const laContextMenu& menu) {

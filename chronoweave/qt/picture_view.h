@@ -100,6 +100,7 @@ class PictureView : public QWidget {
     void completeTip();
     laPointerEvent pointerEvent(const QMouseEvent& event, int clicks) const;
     void popUp(const struct laContextMenu& menu);
+    bool askDebugger();
     QPoint inGraph(QPoint at) const { return at - QPoint(picture_.graphLeft, picture_.graphTop); }
     int pointerColumn() const;
 
@@ -126,4 +127,5 @@ class PictureView : public QWidget {
     std::optional<LaRowsView> shownRows_;  // that the rows were seen to be stale for
     QTimer tipMore_;                       // fires when nothing else is to do, while a tip could not tell all
     QPoint tipAt_;                         // of the screen
+    laDebuggerCan debuggerCan_;            // as of the last menu
 };

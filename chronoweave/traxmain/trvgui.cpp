@@ -8,6 +8,7 @@
 #include "chronoweave/analysis/program_options.h"
 #include "chronoweave/qt/canvas_window.h"
 #include "chronoweave/qt/manual_window.h"
+#include "chronoweave/traxmain/program_services.h"
 #include "chronoweave/traxmain/start_options.h"
 #include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
@@ -34,12 +35,6 @@ void applyToolkitOptions(const StartOptions& options) {
     config_UseDefaultsOnly(options.defaultsOnly);
 }
 
-void sayWhatIsNotThereYet(const StartOptions& options) {
-    if (options.serviceMode) gen_warning("The service mode is not there yet; starting alone.");
-    if (options.pluginPort)
-        gen_warning("The plug-in mode is not there yet; port %d is not used.", *options.pluginPort);
-}
-
 bool installsHandlers(const StartOptions& options) {
     bool install = true;
     for (const StartOptions::Switch& debug : options.debugSwitches) {
@@ -61,19 +56,49 @@ OptionTree siteOptions() {
     return tree;
 }
 
-void openFirstCanvas(const StartOptions& options, CanvasServices services) {
-    auto window = std::make_unique<CanvasWindow>(title, options.live, services);
+// A new window, shown and empty. It deletes itself when it is closed.
+CanvasWindow* openCanvas(bool live, const CanvasServices& services) {
+    auto* window = new CanvasWindow(title, live, services);
     window->show();
-    platform_ProcessPending();                // the window has its size before the first view is chosen
-    CanvasWindow* canvas = window.release();  // deletes itself when closed
+    platform_ProcessPending();  // the window has its size before the first view is chosen
+    return window;
+}
+
+void openFirstCanvas(const StartOptions& options, const CanvasServices& services) {
+    CanvasWindow* const canvas = openCanvas(options.live, services);
     if (options.dataFile.empty())
         canvas->showEmpty();
     else
         canvas->load(options.dataFile);
 }
 
-void runLoop() {
-    platform_Loop([] { return CanvasWindow::count() > 0; });
+constexpr const char* noRouter = "Warning: Unable to start IDE framework (svc_router).  Exiting.";
+
+// From the first window, or the first client, to the last. The exit status.
+int runWindows(const StartOptions& options, CanvasServices services) {
+    ProgramServices others(*services.events, *services.waits, [&services] {
+        CanvasWindow* const window = openCanvas(false, services);
+        window->showEmpty();
+        return window;
+    });
+    services.debugger = &others.debugger();
+    if (options.serviceMode && !others.joinRouter(options.router, title)) {
+        platform_MessageBox(nullptr, noRouter);
+        return 1;
+    }
+    if (options.pluginPort) others.connectPluginHost(*options.pluginPort);
+    if (!options.serviceMode) {
+        openFirstCanvas(options, services);
+        platform_Loop([] { return CanvasWindow::count() > 0; });
+        return 0;
+    }
+    if (!options.dataFile.empty())
+        gen_warning("As a service the program opens what it is asked to; %s is not opened.",
+                    options.dataFile.c_str());
+    platform_Loop([&others] { return others.goesOn(); });
+    CanvasWindow::closeAll();
+    platform_ProcessPending();
+    return 0;
 }
 
 }  // namespace
@@ -95,7 +120,6 @@ int trvgui_Main(int argc, char** argv) {
     console_Install();
     console_SetListener(CanvasWindow::tellConsoleAll);
     applyToolkitOptions(options);
-    sayWhatIsNotThereYet(options);
 
     // The loop is the outermost place to return to from a fault that nothing below caught. What stood on the
     // stack between is lost; the program only says so and ends.
@@ -108,16 +132,15 @@ int trvgui_Main(int argc, char** argv) {
     SettingsManager settings(program_Switches());
     ArrangementStore arrangements;
     settings.TakeDefaults(siteOptions());
+    int status = 0;
     if (options.defaultsOnly) {
-        openFirstCanvas(options, {.events = &events, .waits = &waits});
-        runLoop();
+        status = runWindows(options, {.events = &events, .waits = &waits});
     } else {
         settings.Load();
-        openFirstCanvas(options, {&settings, &arrangements, &events, &waits});
-        runLoop();
+        status = runWindows(options, {&settings, &arrangements, &events, &waits});
         settings.Save();
     }
     gen_pop_return_point();
     console_Close();
-    return 0;
+    return status;
 }

@@ -123,6 +123,9 @@ bool ServiceRouter_Proxy::joinOver(Ref<STPTransport> transport, STPStatus* given
     const Ref<ServiceRouter_Proxy> hold(this);
     transport_ = std::move(transport);
     attach(transport_);
+    // Waits among windows are served by the loop's watches.
+    if (hooks_.watches && hooks_.tasks)
+        listener_ = std::make_unique<STPSocketListener>(transport_, *hooks_.watches, *hooks_.tasks);
     const auto retry = joiningHandler(transport_);
     joined_ = true;
     if (!negotiate(retry.get(), &status)) {
@@ -136,8 +139,6 @@ bool ServiceRouter_Proxy::joinOver(Ref<STPTransport> transport, STPStatus* given
     }
     if (!joined_) return false;
     openLog();
-    if (hooks_.watches && hooks_.tasks)
-        listener_ = std::make_unique<STPSocketListener>(transport_, *hooks_.watches, *hooks_.tasks);
     return true;
 }
 

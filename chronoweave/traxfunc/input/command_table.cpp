@@ -7,6 +7,7 @@
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/actions.h"
 #include "chronoweave/traxfunc/input/bookmarks.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "chronoweave/traxfunc/input/history.h"
 #include "chronoweave/traxfunc/input/navigate.h"
 #include "chronoweave/traxfunc/input/time_unit.h"
@@ -670,6 +671,11 @@ constexpr laCommand table[] = {
     {.name = "SortAroundHere", .run = done<laPlace_SortAround>},
     {.name = "AddBookmarkHere", .run = add_bookmark_here},
     {.name = "DeleteBookmarkHere", .run = delete_bookmark_here},
+    {.name = laDebugger_AttachHere, .missing = "The debugger"},
+    {.name = laDebugger_AttachSelected, .missing = "The debugger"},
+    {.name = laDebugger_ShowHere, .missing = "The debugger"},
+    {.name = laDebugger_PastHere, .missing = "The debugger"},
+    {.name = laDebugger_PastSelected, .missing = "The debugger"},
 };
 
 // What the pointer and the window system's own keys do, for the sheet.

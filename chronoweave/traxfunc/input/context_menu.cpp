@@ -7,11 +7,14 @@
 #include "chronoweave/traxfunc/input/bookmarks.h"
 #include "chronoweave/traxfunc/input/command_table.h"
 #include "chronoweave/traxfunc/input/commands.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "chronoweave/traxfunc/input/hit.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
 namespace {
+
+constexpr const char* noDebugger = "No debugger is connected that could.";
 
 // Rows as they are put together.
 class Rows {
@@ -28,9 +31,10 @@ class Rows {
         Add(std::move(text), enabled, command);
         menu_.rows.back().checked = checked;
     }
-    void AddMissing(std::string text, const char* tip) {
-        Add(std::move(text), false);
-        menu_.rows.back().tip = tip;
+    // A row of the debugger's, which says why it can't be chosen.
+    void AddDebugger(std::string text, bool enabled, const char* command) {
+        Add(std::move(text), enabled, command);
+        if (!enabled) menu_.rows.back().tip = noDebugger;
     }
     void AddGap() { Add(popUpSeparator, false); }
     laContextMenu Menu() { return std::move(menu_); }
@@ -56,7 +60,9 @@ std::string hidden_list_row(const _LaCanvasData& canvas) {
     return "&Change Hidden " + canvas.list.objectTerm + " List";
 }
 
-constexpr const char* noDebugger = "The link to a debugger is not there yet.";
+bool shows_ticks(const _LaCanvasData& canvas) {
+    return canvas.axis.timeMode == Time_Tick;
+}
 
 bool is_selection(const _LaCanvasData& canvas) {
     return canvas.marks.cursor[0] >= 0 && canvas.marks.cursor[1] >= 0 &&
@@ -65,7 +71,7 @@ bool is_selection(const _LaCanvasData& canvas) {
 
 }  // namespace
 
-laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
+laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y, const laDebuggerCan& can) {
     laHit hit;
     const bool any = laCanvas_HitTest(canvas, x, y, false, &hit);
     const laItem_Line* lane = laHit_Object(canvas, hit) ? &canvas.items.lanes[hit.lane] : nullptr;
@@ -74,7 +80,7 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     const bool marked = laBookmark_Find(canvas, hit.time, laBookmarkMatch::Near) != nullptr;
     const std::string object = lane ? object_text(canvas, *lane) : "Clicked " + canvas.list.objectTerm;
     const char* inDebugger =
-        canvas.axis.timeMode == Time_Tick ? "Show Tick Position in &Debugger" : "Show Time in &Debugger";
+        shows_ticks(canvas) ? "Show Tick Position in &Debugger" : "Show Time in &Debugger";
     Rows rows("Please choose");
     rows.Add("Zoom into &Selection", is_selection(canvas), "ZoomToRange");
     rows.Add("Zoom &In", true, "ZoomInHere");
@@ -84,10 +90,11 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     rows.AddGap();
     rows.Add("&Hide " + object, lane != nullptr, "HideHere");
     rows.Add(hidden_list_row(canvas), true, "HideTasks");
-    rows.AddMissing("Debug " + object, noDebugger);
+    const bool attaches = can.attaches() && lane && laDebugger_IsTask(*lane) && !shows_ticks(canvas);
+    rows.AddDebugger("Debug " + object, attaches, laDebugger_AttachHere);
     rows.AddGap();
-    rows.AddMissing(inDebugger, noDebugger);
-    rows.AddMissing("Show &Rewindscope Debugger", noDebugger);
+    rows.AddDebugger(inDebugger, can.listens && can.shows, laDebugger_ShowHere);
+    rows.AddDebugger("Show &Rewindscope Debugger", can.listens && can.timeTravel, laDebugger_PastHere);
     rows.AddGap();
     rows.Add("Sort Around Clicked Event", hit.icon.has_value(), "SortAroundHere");
     rows.AddGap();
@@ -98,7 +105,8 @@ laContextMenu laCanvas_CanvasMenu(_LaCanvasData& canvas, int x, int y) {
     return rows.Menu();
 }
 
-laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntry* clicked) {
+laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntry* clicked,
+                                const laDebuggerCan& can) {
     const std::vector<MslObjectEntry*> selected = canvas.taskList->SelectedEntries();
     const bool group = clicked && clicked->payload == laNoLane;
     const bool hides = std::any_of(selected.begin(), selected.end(), [&](const MslObjectEntry* entry) {
@@ -117,9 +125,16 @@ laContextMenu laCanvas_ListMenu(const _LaCanvasData& canvas, const MslObjectEntr
     rows.AddGap();
     rows.Add("&Hide " + hide, clicked != nullptr && hides, "HideSelected");
     rows.Add(hidden_list_row(canvas), true, "HideTasks");
-    rows.AddMissing("D&ebug " + debug, noDebugger);  // D is the order's
+    const bool task =
+        clicked && !shows_ticks(canvas) &&
+        std::any_of(selected.begin(), selected.end(), [&](const MslObjectEntry* entry) {
+            return laList_IsObject(canvas, *entry) && laDebugger_IsTask(canvas.items.lanes[entry->payload]);
+        });
+    rows.AddDebugger("D&ebug " + debug, can.attaches() && task,
+                     laDebugger_AttachSelected);  // D is the order's
     rows.AddGap();
-    rows.AddMissing("Show &Rewindscope Debugger", noDebugger);
+    rows.AddDebugger("Show &Rewindscope Debugger", can.listens && can.timeTravel && task,
+                     laDebugger_PastSelected);
     rows.AddGap();
     rows.Add(laCanvas_SortFieldLabel(canvas), true, "SortField");
     rows.Add(laCanvas_SortOrderLabel(canvas), true, "SortOrder");

@@ -275,6 +275,41 @@ TEST_F(Pointing, TheMenuOfThePicture) {
     EXPECT_FALSE(Row(menu, 6).enabled);
 }
 
+TEST_F(Pointing, TheRowsOfTheDebuggerFollowWhatItCan) {
+    laHit hit;
+    const auto icon = Find(laItemType::Bitmap, &hit);
+    ASSERT_TRUE(icon);
+    canvas.items.lanes[hit.lane].objectId = 0x10;
+    const struct {
+        laDebuggerCan can;
+        bool attaches, shows, past;
+    } debuggers[] = {
+        {{.link = true}, true, false, false},
+        {{.listens = true, .commands = true}, true, false, false},
+        {{.listens = true, .shows = true}, false, true, false},
+        {{.listens = true, .timeTravel = true}, false, false, true},
+        {{.shows = true, .timeTravel = true}, false, false, false},
+    };
+    for (const auto& row : debuggers) {
+        const laContextMenu with = laCanvas_CanvasMenu(canvas, icon->first, icon->second, row.can);
+        EXPECT_EQ(Row(with, 8).enabled, row.attaches);
+        EXPECT_EQ(Row(with, 10).enabled, row.shows);
+        EXPECT_EQ(Row(with, 11).enabled, row.past);
+    }
+    laItem_Line task;
+    for (const uint32_t id : {0u, 0xFFFFFFFFu, 5u}) {
+        task.objectId = id;
+        EXPECT_EQ(laDebugger_IsTask(task), id == 5);
+    }
+    task.name = "__vrl_fake_x";
+    task.hasName = true;
+    EXPECT_FALSE(laDebugger_IsTask(task));
+    canvas.axis.timeMode = Time_Tick;
+    const laContextMenu menu = laCanvas_CanvasMenu(canvas, icon->first, icon->second, {.link = true});
+    EXPECT_FALSE(Row(menu, 8).enabled) << "no attaching where ticks are shown";
+    EXPECT_EQ(Row(menu, 10).text, "Show Tick Position in &Debugger");
+}
+
 TEST_F(Pointing, TheMenuOfTheList) {
     const auto& rows = canvas.taskList->rows();
     ASSERT_GE(rows.size(), 3u);
@@ -290,6 +325,11 @@ TEST_F(Pointing, TheMenuOfTheList) {
     EXPECT_EQ(Row(menu, 4).text, "D&ebug Task");
     EXPECT_FALSE(Row(menu, 0).enabled);
     EXPECT_FALSE(Row(menu, 2).enabled);
+    uint32_t& id = canvas.items.lanes[canvas.taskList->rows()[0]->payload].objectId;
+    const uint32_t own = std::exchange(id, 0x10);
+    menu = laCanvas_ListMenu(canvas, Select({0}), {.listens = true, .commands = true, .timeTravel = true});
+    EXPECT_TRUE(Row(menu, 4).enabled && Row(menu, 6).enabled);
+    id = own;
     menu = laCanvas_ListMenu(canvas, Select({0, 1}));
     EXPECT_EQ(Row(menu, 2).text, "&Hide Tasks");
     Choose(menu, "&View Info of Tasks");
@@ -308,7 +348,7 @@ TEST_F(Pointing, TheMenuOfTheList) {
         for (const char letter : letters)
             EXPECT_EQ(std::count(letters.begin(), letters.end(), letter), 1) << letters;
     }
-    EXPECT_EQ(Row(menu, 4).tip, "The link to a debugger is not there yet.");
+    EXPECT_EQ(Row(menu, 4).tip, "No debugger is connected that could.");
 
     laItem_Line& lane = canvas.items.lanes[canvas.taskList->rows()[0]->payload];
     lane.isAgent = true;

@@ -1,0 +1,100 @@
+#include "chronoweave/traxfunc/input/debugger.h"
+
+#include <charconv>
+#include <map>
+
+#include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/tips.h"
+#include "chronoweave/traxfunc/list/task_list.h"
+
+namespace {
+
+std::map<const _LaCanvasData*, laDebugger*>& debuggers() {
+    static std::map<const _LaCanvasData*, laDebugger*> map;
+    return map;
+}
+
+// The clicked place, with the address of the clicked event.
+laDebuggerPlace place_of(_LaCanvasData& canvas) {
+    const LaPlace& clicked = canvas.hand.place;
+    laDebuggerPlace place{clicked.objectId, clicked.time, {}};
+    if (clicked.icon && *clicked.icon < canvas.items.bitmaps.size()) {
+        const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(*clicked.icon)];
+        place.time = icon.time;
+        place.pc = laDebugger_Address(laItem_EventText(canvas, icon));
+    }
+    return place;
+}
+
+// The objects of the selected rows that can be attached to. Taken beforehand: the calls serve other programs.
+std::vector<uint32_t> selected_tasks(const _LaCanvasData& canvas) {
+    std::vector<uint32_t> tasks;
+    for (const MslObjectEntry* entry : canvas.taskList->SelectedEntries())
+        if (entry->payload < canvas.items.lanes.size() &&
+            laDebugger_IsTask(canvas.items.lanes[entry->payload]))
+            tasks.push_back(canvas.items.lanes[entry->payload].objectId);
+    return tasks;
+}
+
+using Step = bool (laDebugger::*)(const _LaCanvasData& canvas, uint32_t objectId);
+
+bool for_selected(const _LaCanvasData& canvas, Step step) {
+    for (const uint32_t task : selected_tasks(canvas)) {
+        laDebugger* const debugger = laDebugger_Of(canvas);
+        if (!debugger || !(debugger->*step)(canvas, task)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void laDebugger_Set(const _LaCanvasData& canvas, laDebugger* debugger) {
+    if (debugger)
+        debuggers()[&canvas] = debugger;
+    else
+        debuggers().erase(&canvas);
+}
+
+laDebugger* laDebugger_Of(const _LaCanvasData& canvas) {
+    const auto found = debuggers().find(&canvas);
+    return found == debuggers().end() ? nullptr : found->second;
+}
+
+std::optional<uint64_t> laDebugger_Address(std::string_view text) {
+    constexpr std::string_view marker = "PC=", prefix = "0x";
+    const size_t at = text.find(marker);
+    if (at == text.npos) return std::nullopt;
+    text.remove_prefix(at + marker.size());
+    const bool hexadecimal = text.starts_with(prefix);
+    if (hexadecimal) text.remove_prefix(prefix.size());
+    uint64_t address = 0;
+    const auto [end, error] =
+        std::from_chars(text.data(), text.data() + text.size(), address, hexadecimal ? 16 : 10);
+    if (error != std::errc()) return std::nullopt;
+    return address;
+}
+
+bool laDebugger_IsTask(const laItem_Line& lane) {
+    constexpr uint32_t none = 0xFFFFFFFF;
+    const bool fake = lane.hasName && laTask_WithoutFake(lane.name) != lane.name;
+    return !lane.isAgent && lane.objectId != 0 && lane.objectId != none && !fake;
+}
+
+void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger) {
+    auto& commands = canvas.calls.upper.commands;
+    commands[laDebugger_AttachHere] = [&](const std::string&) {
+        return debugger.Attach(canvas, canvas.hand.place.objectId);
+    };
+    commands[laDebugger_ShowHere] = [&](const std::string&) {
+        return debugger.Show(canvas, place_of(canvas));
+    };
+    commands[laDebugger_PastHere] = [&](const std::string&) {
+        return debugger.ShowPast(canvas, place_of(canvas));
+    };
+    commands[laDebugger_AttachSelected] = [&](const std::string&) {
+        return for_selected(canvas, &laDebugger::Attach);
+    };
+    commands[laDebugger_PastSelected] = [&](const std::string&) {
+        return for_selected(canvas, &laDebugger::Rewindscope);
+    };
+}

@@ -1,0 +1,70 @@
+// The debugger that events and objects of canvases are shown in. A canvas knows it by this interface alone;
+// which way leads to it, and whether there is one, is the business of the floors above.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chronoweave/traxfunc/canvas/canvas.h"
+
+// What the debugger can do for a canvas now.
+struct laDebuggerCan {
+    bool listens = false;  // a debugger has opened or scrolled the canvas, and is there
+    bool shows = false;    // it shows positions
+    bool commands = false;
+    bool timeTravel = false;
+    bool link = false;  // commands can go to the host program that started this one
+
+    bool attaches() const { return commands || link; }
+};
+
+// A place of the trace.
+struct laDebuggerPlace {
+    uint32_t objectId = 0;
+    double time = 0;
+    std::optional<uint64_t> pc = {};  // what the object was executing
+};
+
+class laDebugger {
+  public:
+    virtual ~laDebugger() = default;
+    // Asks the debugger. That waits, and serves other programs meanwhile: the canvas may be gone afterwards.
+    virtual laDebuggerCan Ask(const _LaCanvasData& canvas) = 0;
+    // Asks when the present work is over; told is not called for a canvas that is gone by then.
+    virtual void AskLater(const _LaCanvasData& canvas, std::function<void(const laDebuggerCan&)> told) = 0;
+    // These wait as well. False when the debugger did not take it, which was told.
+    virtual bool Attach(const _LaCanvasData& canvas, uint32_t objectId) = 0;
+    virtual bool Rewindscope(const _LaCanvasData& canvas, uint32_t objectId) = 0;
+    virtual bool Show(const _LaCanvasData& canvas, const laDebuggerPlace& place) = 0;
+    // Shows the place and opens the view of the past there.
+    virtual bool ShowPast(const _LaCanvasData& canvas, const laDebuggerPlace& place) = 0;
+    // An event's place, when the present work is over. A failure, if any, is given to the function unless the
+    // canvas is gone by then.
+    virtual void GotoLater(const _LaCanvasData& canvas, const laDebuggerPlace& place,
+                           std::function<void(const std::string& problem)> failed) = 0;
+};
+
+// The canvas's debugger, from when its window is there until it goes: null takes it away.
+void laDebugger_Set(const _LaCanvasData& canvas, laDebugger* debugger);
+// Null when the canvas has none, or is gone.
+laDebugger* laDebugger_Of(const _LaCanvasData& canvas);
+inline laDebuggerCan laDebugger_Ask(const _LaCanvasData& canvas) {
+    laDebugger* const debugger = laDebugger_Of(canvas);
+    return debugger ? debugger->Ask(canvas) : laDebuggerCan{};
+}
+
+// The number behind "PC=" in an event's text.
+std::optional<uint64_t> laDebugger_Address(std::string_view eventText);
+
+// The rows of context menus, by the names of their commands.
+inline constexpr char laDebugger_AttachHere[] = "DebugHere", laDebugger_AttachSelected[] = "DebugSelected",
+                      laDebugger_ShowHere[] = "ShowInDebugger", laDebugger_PastHere[] = "RewindscopeHere",
+                      laDebugger_PastSelected[] = "RewindscopeSelected";
+// Makes them commands of the canvas.
+void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger);
+// Whether an object can be attached to: 0 and -1 are none, and a fake one is made up for the picture.
+bool laDebugger_IsTask(const laItem_Line& lane);
