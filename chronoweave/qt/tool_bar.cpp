@@ -19,7 +19,7 @@ QIcon iconOf(const char* name) {
 
 }  // namespace
 
-ToolBarView::ToolBarView(std::function<void(const std::string&)> run,
+ToolBarView::ToolBarView(const std::function<void(const std::string&)>& run,
                          std::function<void(const std::string&)> help)
     : help_(std::move(help)) {
     setIconSize(QSize(iconSide, iconSide));

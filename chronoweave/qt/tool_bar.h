@@ -12,7 +12,7 @@
 class ToolBarView : public QToolBar {
   public:
     // run gets a pressed button's command; help a text for the message line, empty for none.
-    ToolBarView(std::function<void(const std::string& command)> run,
+    ToolBarView(const std::function<void(const std::string& command)>& run,
                 std::function<void(const std::string& text)> help);
 
     // Icons, or texts in their place.

@@ -20,7 +20,8 @@ bool has(const std::string& text, const std::string& part) {
 }
 
 std::vector<std::string> environment(const std::filesystem::path& folder) {
-    return {"QT_QPA_PLATFORM=offscreen", "XDG_RUNTIME_DIR=" + folder.string(),
+    // The platform without a display remarks on much.
+    return {"QT_QPA_PLATFORM=offscreen", "QT_LOGGING_RULES=*=false", "XDG_RUNTIME_DIR=" + folder.string(),
             "XDG_CONFIG_HOME=" + (folder / "config").string(),
             "XDG_CACHE_HOME=" + (folder / "cache").string()};
 }
@@ -33,6 +34,7 @@ struct Programs : testing::Test {
 
     void SetUp() override {
         std::filesystem::create_directories(folder);
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
         std::filesystem::copy_file(CW_SOURCE_DIR "/samples/build-2cpu.trr", trace);
     }
     void TearDown() override { std::filesystem::remove_all(folder); }

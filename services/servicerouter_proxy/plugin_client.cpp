@@ -119,6 +119,7 @@ uint8_t PluginClient::runRequest(const std::string& text, std::string& reply) {
     watch_.remove();
     const PluginFrame answer = exchange(text);
     startWatch();
+    if (!in_.empty()) poll();  // what came with the answer: the socket has no more to wake the loop with
     reply = answer.text;
     return answer.status;
 }

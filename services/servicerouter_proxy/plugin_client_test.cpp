@@ -109,6 +109,14 @@ TEST(PluginLink, RequestsThatComeMeanwhileAreAnsweredFirst) {
     EXPECT_TRUE(link.client.connected());
 }
 
+TEST(PluginLink, ARequestRightBehindTheAnswerIsAnsweredToo) {
+    Link link;
+    link.script->come(reply(0, 1, "yes") + request(0, "theirs"));
+    EXPECT_EQ(link.client.runRequest("ours", link.text), 1);
+    EXPECT_EQ(link.text, "yes");
+    EXPECT_EQ(link.script->takeWritten(), request(0, "ours") + reply(0, 0, "Unknown request:theirs"));
+}
+
 TEST(PluginLink, WhatDoesNotFitDropsTheConnection) {
     const std::string wrong[] = {reply(1, 1, "deeper"), reply(7, 1, "far"), request(2, "too deep"),
                                  std::string("\0\0\0\1", 4), std::string(9, '\xee')};
