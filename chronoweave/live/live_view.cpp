@@ -54,10 +54,16 @@ FollowFacts live_Facts(const _LaCanvasData& canvas, uint64_t previousBase) {
 
 bool live_Follow(_LaCanvasData& canvas) {
     const uint64_t previousBase = canvas.source.clock.baseTick;
-    laCanvas_SourceGrew(canvas);
+    mt_RefreshIndex(*canvas.source.store);
+    laCanvas_TakeBounds(canvas);
     const mt_Range range = mt_GetTimeRange(*canvas.source.store);
-    if (range.end <= range.first + 1) return true;  // one moment is no view
     const FollowFacts facts = live_Facts(canvas, previousBase);
     const auto view = canvas.options.followEnd ? std::optional(follow_End(facts)) : follow_View(facts);
-    return (view && show(canvas, *view)) || fail(canvas);
+    const bool isMoment = range.end <= range.first + 1;  // no view
+    if (view && !isMoment && !facts.originMoved && view->which != FollowCase::Stays &&
+        view->length == canvas.view.viewLength)
+        return laCanvas_SourceMovedOn(canvas, view->low) || fail(canvas);
+    canvas.source.clock.baseTick = previousBase;  // that it is another now is noticed there
+    laCanvas_SourceGrew(canvas);
+    return isMoment || (view && show(canvas, *view)) || fail(canvas);
 }

@@ -101,6 +101,27 @@ TEST_F(LiveWindowTest, WaitsForTheFirstRecordsAndFollows) {
     EXPECT_FALSE(canvas().calls.upper.sourceGrows);
 }
 
+// Followed at its end, the picture moves by copies.
+TEST_F(LiveWindowTest, AViewThatMovesAlongIsThatOfAWholeRepaint) {
+    write(whole.size() / 4);
+    ASSERT_TRUE(window->load(trace));
+    canvas().options.followEnd = true;
+    const double end = canvas().source.totalLength;
+    window->view().draw([&] { laCanvas_ShowRange(canvas(), end - 0.01, end, {.paint = true}); });
+    QApplication::processEvents();
+    for (int piece = 0; piece < 40; ++piece) {
+        const double low = canvas().view.viewLow;
+        append(std::filesystem::file_size(trace), std::filesystem::file_size(trace) + 3001);
+        readAll();
+        QApplication::processEvents();
+        const QImage moved = window->view().image().copy();
+        window->view().layOutAndPaint();
+        ASSERT_EQ(moved, window->view().image()) << piece;
+        EXPECT_GT(canvas().view.viewLow, low);
+        EXPECT_NEAR(canvas().view.viewHigh, canvas().source.totalLength, 0.0001);
+    }
+}
+
 // What stands beside the picture is that of a window that has the whole trace.
 TEST_F(LiveWindowTest, FindingTheEventsTheSelectionAndDetailsGoAlong) {
     const std::string done = folder / "done.trr";

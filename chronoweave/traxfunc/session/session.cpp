@@ -97,6 +97,24 @@ laGrown laCanvas_SourceGrew(_LaCanvasData& canvas) {
     return laGrown::WithRows;
 }
 
+bool laCanvas_SourceMovedOn(_LaCanvasData& canvas, double low) {
+    const LaView& view = canvas.view;
+    LaItems& items = canvas.items;
+    const uint32_t version = items.itemsVersion;
+    const double high = low + view.viewLength;
+    const auto extended = laCanvas_ExtendRange(canvas, low, high);
+    // What was fetched up to the old end may lack what came at that very time.
+    if (!extended) items.cachedLow = items.cachedHigh = 0;
+    if (!laCanvas_ShowRange(canvas, low, high, {.keepLength = true, .ahead = laFetchAhead::No})) return false;
+    laCanvas_UpdateTotal(canvas);
+    if (!extended || extended->rows || items.itemsVersion != version) return laCanvas_Repaint(canvas), true;
+    laScroll_Paint(canvas);
+    const double column = (extended->from - view.viewLow) * view.pixelsPerUnit - reach_left(canvas);
+    if (column < canvas.graph->width)
+        laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
+    return true;
+}
+
 std::optional<double> laSession_SampleSpan(const _LaCanvasData& canvas, uint32_t count) {
     EventWalk walk;
     if (!mt_StartWalkAtEvent(*canvas.source.store, 1, count, nullptr, walk)) return std::nullopt;

@@ -24,6 +24,9 @@ enum class laGrown {
     WithRows    // rows may have come or changed
 };
 laGrown laCanvas_SourceGrew(_LaCanvasData& canvas);
+// The same once the new bounds were taken, with the view moved along to begin at low: what stays in view is
+// copied where that can be done. False when nothing can be shown there.
+bool laCanvas_SourceMovedOn(_LaCanvasData& canvas, double low);
 
 // Seconds from the store's first event to the event count - 1 behind it; 0 when there are fewer, none
 // when there are none.
