@@ -3,11 +3,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <span>
 #include <string>
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
 #include "chronoweave/engine/find.h"
+#include "chronoweave/engine/lanes/lane_file.h"
 #include "chronoweave/engine/range_figures.h"
 #include "chronoweave/engine/report.h"
 #include "chronoweave/rtos/configure_reader.h"
@@ -29,6 +31,15 @@ class Searched {
         objects = analysis_ObjectsAlive(source, 0, source.totalLength);
     }
     bool good() const { return !objects.empty(); }
+    // From now on by the lane index, or by the store alone.
+    enum class Way { Index, Store };
+    bool go(Way way) {
+        Result why;
+        if (!index_) index_ = LaneIndex::Open(*store_, why);
+        source.lanes = way == Way::Index ? index_ : nullptr;
+        return index_ && index_->EndEvent() > mt_GetEventCount(*store_);
+    }
+    uint32_t events() const { return mt_GetEventCount(*store_); }
     bool walk() {
         uint64_t bytes = 0;
         mt_VisitEventsInTimeRange(*store_, 0, INT64_MAX, nullptr, [&bytes](const EventRecord& event) {
@@ -63,6 +74,7 @@ class Searched {
 
   private:
     TraceStorePtr store_;
+    std::shared_ptr<LaneIndex> index_;
     Legend legend_;
 };
 
@@ -77,6 +89,53 @@ Outcome against_walk(const BenchPlace& place, const BenchInput& input, double li
         measure_Turns({.count = 5, .least = 0.02, .clock = Clock::Processor}, {}, subject, baseline);
     if (!good) return outcome_OfTrouble("a search or report gave nothing");
     return outcome_OfRatio(turns, input.large ? std::optional(limit) : std::nullopt);
+}
+
+// The same question by the store and by its lane index.
+Outcome against_store(const BenchPlace& place, const BenchInput& input, std::optional<double> least,
+                      const std::function<bool(Searched&)>& work) {
+    Searched searched(place, input);
+    if (!searched.good() || !searched.go(Searched::Way::Index))
+        return outcome_OfTrouble("the trace has no index");
+    bool good = true;
+    const auto before = [&](bool store) { searched.go(store ? Searched::Way::Store : Searched::Way::Index); };
+    const auto ask = [&] { good = work(searched) && good; };
+    const Turns turns = measure_Turns({.count = 5, .clock = Clock::Processor}, before, ask, ask);
+    if (!good) return outcome_OfTrouble("a search or report gave nothing");
+    Outcome outcome = outcome_OfRatio(turns, std::nullopt);
+    if (least && input.large) {
+        outcome.limit = Outcome::AtLeast;
+        outcome.bound = *least;
+    }
+    return outcome;
+}
+
+// An event that stands in few places is found among all others.
+Outcome rare_event(const BenchPlace& place, const BenchInput& input) {
+    const auto rare = [](Searched& searched) {
+        SearchResult request = searched.request(Search_Event);
+        request.request.target = searched.source.legend->EventByName("Refresh");
+        return searched.search(request);
+    };
+    Outcome outcome = against_store(place, input, std::nullopt, rare);
+    outcome.value = outcome.turns.baseline * 1e3;
+    outcome.unit = "ms";
+    if (input.large) outcome.limit = Outcome::AtMost;
+    outcome.bound = 40;
+    return outcome;
+}
+
+Outcome index_size(const BenchPlace& place, const BenchInput& input) {
+    const std::string base = input_Store(place, input.file);
+    const TraceStorePtr store = base.empty() ? nullptr : mt_OpenForRead(base);
+    if (!store) return outcome_OfTrouble("the store can't be opened");
+    Outcome outcome;
+    outcome.value =
+        static_cast<double>(plain_Size(lane_NameBeside(base))) / std::max(1u, mt_GetEventCount(*store));
+    outcome.unit = "bytes an event";
+    if (input.large) outcome.limit = Outcome::AtMost;
+    outcome.bound = 12;
+    return outcome.value > 0 ? outcome : outcome_OfTrouble("there is no index");
 }
 
 uint64_t memory_bytes(const std::string& field) {
@@ -162,12 +221,30 @@ bool chosen(Searched& searched, int kind) {
 
 }  // namespace
 
+namespace {
+
+struct Question {
+    const char* name;
+    double limit;
+    std::function<bool(Searched&)> work;
+};
+
+// What the lane index is held to.
+void register_by_index(const BenchPlace& place, const BenchInput& input, std::span<const Question> all) {
+    for (const Question& one : all) {
+        const bool report = std::string(one.name).starts_with("report");
+        measure_Register(std::string(one.name) + ", by index/" + input.name, [&place, input, one, report] {
+            return against_store(place, input, report ? std::optional(5.0) : std::nullopt, one.work);
+        });
+    }
+    measure_Register("rare event/" + input.name, [&place, input] { return rare_event(place, input); });
+    measure_Register("lane index/" + input.name, [&place, input] { return index_size(place, input); });
+}
+
+}  // namespace
+
 void register_AnalysisBenchmarks(const BenchPlace& place) {
-    const struct {
-        const char* name;
-        double limit;
-        std::function<bool(Searched&)> work;
-    } all[] = {
+    const Question all[] = {
         {"search event", event_limit, [](Searched& s) { return s.search(s.request(Search_Event)); }},
         {"search pattern", event_limit, [](Searched& s) { return s.search(s.request(Search_Pattern)); }},
         {"search status", status_limit, [](Searched& s) { return s.search(s.request(Search_Status)); }},
@@ -210,6 +287,7 @@ void register_AnalysisBenchmarks(const BenchPlace& place) {
             measure_Register(std::string(one.name) + "/" + input.name, [&place, input, one] {
                 return against_walk(place, input, one.limit, one.work);
             });
+        register_by_index(place, input, all);
         if (input.large)
             measure_Register("search memory/" + input.name,
                              [&place, input] { return search_memory(place, input); });

@@ -15,7 +15,8 @@ constexpr uint64_t beyond_caches = 16 << 20;
 
 void remove_store(const std::string& base) {
     std::error_code none;
-    for (const char* extension : {".trv", ".tri", ".trs"}) std::filesystem::remove(base + extension, none);
+    for (const char* extension : {".trv", ".tri", ".trs", ".trl"})
+        std::filesystem::remove(base + extension, none);
 }
 
 Outcome import_trace(const BenchPlace& place, const BenchInput& input) {
@@ -37,6 +38,24 @@ Outcome import_trace(const BenchPlace& place, const BenchInput& input) {
     const Turns turns = measure_Turns({.count = input.large ? 5 : 15}, before, subject, baseline);
     before(true);
     return good ? outcome_OfRatio(turns, 3) : outcome_OfTrouble("an import or a copy failed");
+}
+
+// What the lane index adds to an import.
+Outcome import_indexed(const BenchPlace& place, const BenchInput& input) {
+    ImportOptions options;
+    options.outputBase = path_join(place.work, "import");
+    bool good = true;
+    const auto before = [&](bool indexed) {
+        remove_store(options.outputBase);
+        options.laneBlock = indexed ? lane_BlockEvents : 0;
+        good = plain_Read(input.file) && good;
+    };
+    const auto import = [&] { good = import_OpenSource(input.file, options).store != nullptr && good; };
+    const Turns turns =
+        measure_Turns({.count = input.large ? 5 : 15, .clock = Clock::Processor}, before, import, import);
+    before(true);
+    if (!good) return outcome_OfTrouble("an import failed");
+    return outcome_OfRatio(turns, input.large ? std::optional(1.4) : std::nullopt);
 }
 
 Outcome open_store(const BenchPlace& place, const BenchInput& input) {
@@ -110,6 +129,7 @@ int run_MeasuredImport(const std::string& file, const std::string& base) {
 void register_StoreBenchmarks(const BenchPlace& place) {
     using Run = Outcome (*)(const BenchPlace&, const BenchInput&);
     for (const auto& [name, run] : {std::pair<const char*, Run>{"import", import_trace},
+                                    {"import with index", import_indexed},
                                     {"import memory", import_memory},
                                     {"open, range and count", open_store},
                                     {"walk", walk_store},

@@ -73,7 +73,7 @@ bool measure(const std::string& trace, const std::string& base, Figures& figures
     figures.view =
         median_of(45, [&](int i) { good = view(*store, at(i), at(i) + length / 100) > 0 && good; });
     double bytes = 0;
-    for (const char* extension : {".trv", ".tri", ".trs"})
+    for (const char* extension : {".trv", ".tri", ".trs", ".trl"})
         bytes += static_cast<double>(std::filesystem::file_size(base + extension));
     mt_VisitEventsInTimeRange(*store, 0, INT64_MAX, nullptr, [&bytes](const EventRecord& event) {
         bytes -= static_cast<double>(event.extra.size());

@@ -9,18 +9,20 @@ namespace {
 constexpr uint64_t sync_portion = 4 << 20;
 }  // namespace
 
-Result CommittedFile::create(const std::string& fileName, uint32_t kind) {
+Result CommittedFile::create(const std::string& fileName, uint32_t kind, uint32_t kindVersion) {
     errno = 0;
     auto made = gf_CreateDevice(fileName);
     if (!made) return Result::system(fileName, errno);
-    return begin(std::move(made), fileName, kind);
+    return begin(std::move(made), fileName, kind, kindVersion);
 }
 
-Result CommittedFile::begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind) {
+Result CommittedFile::begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind,
+                            uint32_t kindVersion) {
     device = std::move(on);
     name = fileName;
     GFileHeader header;
     header.kind = kind;
+    header.kindVersion = kindVersion;
     std::vector<uint8_t> bytes = gf_EncodeHeader(header);
     bytes.push_back(mt_PacketEnd);
     terminator = bytes.size() - 1;

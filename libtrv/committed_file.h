@@ -18,10 +18,11 @@ struct CommittedFile {
     uint64_t terminator = 0;
     ByteBuffer pending;
 
-    // Makes the file of a name, with a header of this kind and its terminator.
-    Result create(const std::string& fileName, uint32_t kind);
+    // Makes the file of a name, with a header of this kind and version and its terminator.
+    Result create(const std::string& fileName, uint32_t kind, uint32_t kindVersion = 0);
     // The same on a device.
-    Result begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind);
+    Result begin(std::unique_ptr<FileDevice> on, const std::string& fileName, uint32_t kind,
+                 uint32_t kindVersion = 0);
 
     // Writes what is pending behind the terminator, a new terminator included. wrote: how many bytes of it
     // the device took. Nothing is visible to a reader yet.

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "libtrv/append_observer.h"
 #include "libtrv/committed_file.h"
 #include "libtrv/gfile.h"
+#include "libtrv/store_mark.h"
 #include "libtrv/trace_store_impl.h"
 #include "libtrv/writer_state.h"
 
@@ -41,10 +43,13 @@ struct StoreWriter::Impl {
     bool closed = false;
 
     WriterState state;
+    StoreMark mark;
+    AppendObserver* observer = nullptr;
 
     void take(const StoreFacts& wanted, mt_EventCallback with) {
         facts = wanted;
         facts.checkpointInterval = std::max(1u, wanted.checkpointInterval);
+        mark = StoreMark(facts);
         callback = with;
     }
     void CountEvent() {
@@ -54,6 +59,8 @@ struct StoreWriter::Impl {
     void PutCheckpoint();
     void BeginEvent(const mt_WriteRecord& record);
     void IndexCheckpoint(mt_Time time, size_t start);
+    void TellAppended(const mt_WriteRecord& record, size_t changes) const;
+    void TellRefused();
     bool PassEvent();
     bool RefuseUntracked(size_t start);
     bool RefuseAtLimit(size_t start);
@@ -100,6 +107,22 @@ void StoreWriter::Impl::IndexCheckpoint(mt_Time time, size_t start) {
     store_be64(at + 1, time);
     store_be32(at + 9, static_cast<uint32_t>(events.terminator + start));
     index.pending.took(index_record);
+    mark.Add(time, events.terminator + start);
+}
+
+// ---- The observer
+
+// changes: where those of the event begin, which go up to their end mark.
+void StoreWriter::Impl::TellAppended(const mt_WriteRecord& record, size_t changes) const {
+    const ByteBuffer& out = events.pending;
+    observer->Appended({record.time, eventsWritten, record.type, record.subtype, record.extra,
+                        ChangeList({out.data() + changes, out.size() - changes - 1})},
+                       mark.value());
+}
+
+void StoreWriter::Impl::TellRefused() {
+    if (observer) observer->Refused();
+    observer = nullptr;
 }
 
 // ---- Commit and recovery
@@ -121,7 +144,9 @@ Result StoreWriter::Impl::commit() {
     if (!result.ok() && !KeepWhatFitted(wrote)) return refusal = result;
     if (!pendingEvents.empty()) committedTime = pendingEvents.back().time;
     pendingEvents.clear();
-    return CommitIndex();
+    result = CommitIndex();
+    if (observer && result.ok()) observer->Committed(eventsWritten);
+    return result;
 }
 
 // The device took only so many bytes behind the terminator: the whole events among them are kept, the rest is
@@ -139,6 +164,7 @@ bool StoreWriter::Impl::KeepWhatFitted(size_t bytes) {
     const size_t lost = pendingEvents.size() - kept;
     if (kept > 0) committedTime = pendingEvents[kept - 1].time;
     if (lost == 0) return true;
+    TellRefused();
     refused += lost;
     eventsWritten -= static_cast<uint32_t>(lost);
     blockEvents = eventsWritten % facts.checkpointInterval;
@@ -211,6 +237,7 @@ bool StoreWriter::Impl::ReloadBlock(GFile& file) {
 
 // Takes back the event that was begun, commits those before it, and reads the state back.
 Result StoreWriter::Impl::RefuseEvent(size_t start, const Result& why) {
+    TellRefused();
     pendingEvents.pop_back();
     events.pending.cut(start);
     ++refused;
@@ -298,6 +325,7 @@ bool StoreWriter::append(mt_WriteRecord& record) {
     record.sequence = event_counter++;
     s.pendingEvents.push_back({start, record.time});
     s.BeginEvent(record);
+    const size_t changes = packets_.size();
     const bool tracked = s.callback(*this, record);
     packets_.put8(mt_ChangeEnd);
     if (!tracked) [[unlikely]]
@@ -306,11 +334,16 @@ bool StoreWriter::append(mt_WriteRecord& record) {
         return s.RefuseAtLimit(start);
     if (s.blockEvents == 0) s.IndexCheckpoint(record.time, start);
     s.CountEvent();
+    if (s.observer) s.TellAppended(record, changes);
     return packets_.size() < s.groupBytes || s.CommitGroup();
 }
 
 const Result& StoreWriter::outcome() const {
     return impl_->outcome;
+}
+
+void StoreWriter::SetObserver(AppendObserver* observer) {
+    impl_->observer = observer;
 }
 
 void StoreWriter::SetGrouping(size_t groupBytes) {

@@ -20,6 +20,7 @@
 #include "libtrv/writer_state.h"
 #include "shared/libcxxutil/result.h"
 
+class AppendObserver;
 class FileDevice;
 
 // What the callback learns of an event. sequence comes from one counter of the process and is not stored.
@@ -60,6 +61,8 @@ class StoreWriter {
     // Commit, and at the end. The files are the same bytes either way. With 0 each append is one commit, with
     // what may be pending.
     void SetGrouping(size_t groupBytes);
+    // Told of what goes in from now on; borrowed, null for none. It must outlive the writer or be taken away.
+    void SetObserver(AppendObserver* observer);
     // Commits what is pending. Events that the device did not take are refused, all behind the first of them.
     // An index record that it did not take stays pending and goes with the next commit.
     Result Commit();

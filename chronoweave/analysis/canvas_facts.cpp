@@ -9,6 +9,7 @@
 AnalysisSource analysis_SourceOfCanvas(const _LaCanvasData& canvas) {
     AnalysisSource source;
     source.store = canvas.source.store.get();
+    source.lanes = canvas.source.lanes;
     source.legend = &canvas.looks.legend;
     source.osKind = canvas.source.osKind;
     source.clock = canvas.source.clock;

@@ -10,6 +10,9 @@
 bool AnalysisLine::open(int& status) {
     if (!named.openWithLegend(line_, status)) return false;
     Take(analysis_SourceOfStore(named.store(), named.legend), named.separator);
+    Result why;
+    source.lanes = LaneIndex::Open(named.store(), why);
+    if (!why.ok()) cli_Say(why.text() + "; it is not used");
     source.progress = bar_.progress();
     if (line_.ticks) {
         words.inTicks = true;

@@ -22,7 +22,7 @@ std::vector<std::string> outputs_of(const CommandLine& line) {
 std::vector<std::string> files_of(const std::string& path) {
     std::vector<std::string> files{path};
     for (const std::string& base : {path, path_without_extension(path)})
-        for (const char* extension : {".trr", ".core", ".trs", ".tri", ".trv"})
+        for (const char* extension : {".trr", ".core", ".trs", ".tri", ".trv", ".trl"})
             files.push_back(base + extension);
     return files;
 }

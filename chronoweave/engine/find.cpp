@@ -69,6 +69,7 @@ FindMatcher::FindMatcher(const AnalysisSource& source, const ObjectNames& names,
         const FindField field = query_.words[i].field;
         all_ |= 1u << i;
         if (field == FindField::Any || field == FindField::Text) byText_ |= 1u << i;
+        if (field == FindField::Any || field == FindField::Object) byObject_ |= 1u << i;
     }
     for (const LegendEvent& event : source.legend->events)
         events_.push_back(event.IsCategory() ? 0 : BitsOf(FindField::Event, event.name));
@@ -113,6 +114,20 @@ bool FindMatcher::FitsText(const EventRecord& event, int32_t row, Bits missing) 
     for (size_t i = 0; i < query_.words.size(); ++i)
         if ((missing >> i & 1) != 0 && !find_Fits(query_.words[i].text, text)) return false;
     return true;
+}
+
+bool FindMatcher::HasText(int32_t row) const {
+    return !source_.legend->events[static_cast<size_t>(row)].extraFormat.empty();
+}
+
+bool FindMatcher::MayFit(int32_t row) const {
+    if (row < 0 || all_ == 0) return false;
+    const Bits missing = all_ & ~events_[static_cast<size_t>(row)];
+    return (missing & ~(byObject_ | (HasText(row) ? byText_ : 0))) == 0;
+}
+
+bool FindMatcher::ReadsText(int32_t row) const {
+    return MayFit(row) && HasText(row) && (all_ & ~events_[static_cast<size_t>(row)] & byText_) != 0;
 }
 
 bool FindMatcher::Fits(const EventRecord& event, int32_t row, uint32_t object) {
@@ -163,12 +178,24 @@ struct FindWalk::Part {
           low(source.clock.TimeOf(stretch.from)),
           high(source.clock.TimeOf(stretch.to)),
           followed(std::move(objects)),
-          walk(source, low, high, followed.empty() ? nullptr : &state),
+          walk(source, low, high, followed.empty() ? nullptr : &state, Wanted()),
           at(low) {
         if (followed.empty()) return;
         tracker.emplace(source, state, followed, Follow::Changes);
         // What is in force there begins there only where the trace does.
         if (!walk.gap()) Look(stretch.from == of.first_, low);
+    }
+    // What may be passed over: nothing, where the extra data of some event matters.
+    std::optional<LaneWants> Wanted() {
+        const Legend& legend = *source.legend;
+        for (size_t row = 0; row < legend.events.size(); ++row)
+            if (matcher.ReadsText(static_cast<int32_t>(row))) return std::nullopt;
+        const auto changes = followed.empty() ? LaneWants::Changes::PassedOver : LaneWants::Changes::Given;
+        return LaneWants{changes,
+                         [this](uint16_t type, uint16_t subtype) {
+                             return matcher.MayFit(source.legend->EventIndex(type, subtype));
+                         },
+                         {}};
     }
     void Look(bool counts, double time) {
         tracker->All([&](SearchTracker::Record& record, Cause) { return Visit(record, counts, time); });

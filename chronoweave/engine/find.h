@@ -52,6 +52,9 @@ class FindMatcher {
     bool WantsStatuses() const { return wantsStatuses_; }
     // Whether a status of the object could fit.
     bool MayFitStatus(uint32_t object);
+    // Whether an event of a row could fit, whatever its object; and whether its extra data would matter then.
+    bool MayFit(int32_t row) const;
+    bool ReadsText(int32_t row) const;
     // row: of the event table.
     bool Fits(const EventRecord& event, int32_t row, uint32_t object);
     bool FitsStatus(uint32_t object, int32_t row);
@@ -69,12 +72,14 @@ class FindMatcher {
     Bits BitsOf(FindField field, std::string_view name) const;
     Bits BitsOfObject(uint32_t object);
     bool FitsText(const EventRecord& event, int32_t row, Bits missing);
+    bool HasText(int32_t row) const;
 
     const AnalysisSource& source_;
     const ObjectNames& names_;
     FindQuery query_;
     Bits all_ = 0;
-    Bits byText_ = 0;  // words that a text may fit
+    Bits byText_ = 0;    // words that a text may fit
+    Bits byObject_ = 0;  // words that an object may fit
     bool wantsStatuses_ = false;
     std::vector<Bits> events_, statuses_;         // by row
     std::unordered_map<uint32_t, Bits> objects_;  // as they were asked for

@@ -48,27 +48,32 @@ std::optional<int32_t> analysis_ReadyStatus(const Legend& legend) {
 
 // A walk over a range that may be left and taken up again.
 struct RangeTally::Walk {
-    Walk(const AnalysisSource& of, const std::vector<uint32_t>& idle, double low, double high)
+    Walk(const AnalysisSource& of, const std::vector<uint32_t>& idle, double low, double high, Passed passed)
         : source(of),
           from(low),
           to(high),
           objects(analysis_ObjectsAlive(source, from, to)),
           sums(source, objects, idle),
-          walk(source, objects, from, to, sums),
+          walk(source, objects, from, to, sums, passed),
           counts(source.legend->events.size(), 0) {}
     // False when the range came to its end.
     bool Step(uint32_t events) {
-        EventRecord event;
         for (uint32_t i = 0; i < events; ++i) {
-            if (!walk.next(event)) return false;
-            ++seen;
-            const int32_t row = source.legend->EventIndex(event.type, event.subtype);
-            if (row >= 0) ++counts[static_cast<size_t>(row)];
+            if (!walk.next()) return false;
+            if (const EventRecord* event = walk.event()) Count(event->type, event->subtype, 1);
         }
         return true;
     }
-    // Of a walk that is over, or was cut at a time.
+    void Count(uint16_t type, uint16_t subtype, uint64_t events) {
+        seen += events;
+        const int32_t row = source.legend->EventIndex(type, subtype);
+        if (row >= 0) counts[static_cast<size_t>(row)] += events;
+    }
+    // Of a walk that is over, or was cut at a time. Called once.
     RangeFigures Figures(double end) {
+        analysis_CountEvents(source, walk.ByLanes(), [this](uint32_t, uint32_t kind, uint64_t events) {
+            Count(lane_TypeOf(kind), lane_SubtypeOf(kind), events);
+        });
         RangeFigures figures;
         figures.from = from;
         figures.to = end;
@@ -185,7 +190,7 @@ void RangeTally::Sample() {
     const uint32_t first = part(plan.next), end = part(plan.next + 1), chosen = first + (end - first) / 2;
     ++plan.next;
     const double length = begins(end) - begins(first), low = begins(chosen), high = begins(chosen + 1);
-    Walk walk(source_, idle_, low, high);
+    Walk walk(source_, idle_, low, high, Passed::None);
     if (!walk.walk.started()) return;
     const bool cut = walk.Step(sampleEvents);
     if (cut) walk.walk.cut();
@@ -205,7 +210,7 @@ bool RangeTally::Step() {
         return true;
     }
     if (!walk_) {
-        walk_ = std::make_unique<Walk>(source_, idle_, from_, to_);
+        walk_ = std::make_unique<Walk>(source_, idle_, from_, to_, Passed::Over);
         if (walk_->walk.started()) return true;
     } else if (walk_->Step(pieceEvents)) {
         return true;

@@ -9,17 +9,26 @@ namespace {
 
 using Record = SearchTracker::Record;
 
-// Walks the range with the objects tracked; onEvent(event) is called for each event. False when the store
-// gives nothing. The end of the range is where the walk ended.
+// Walks the range with the objects tracked. Each event is told to onEvent(event), or with others of its kind
+// and its object to onEvents(object, kind, count). False when the store gives nothing. The end of the range
+// is where the walk ended.
 template <class Sink, class OnEvent>
 bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
-           WalkEnd& end, OnEvent&& onEvent) {
-    TrackedWalk<Sink> walk(source, objects, from, to, sink);
+           WalkEnd& end, OnEvent&& onEvent, const LaneIndex::Visit& onEvents) {
+    TrackedWalk<Sink> walk(source, objects, from, to, sink, Passed::Over);
     end = walk.end();
     if (!walk.started()) return false;
-    for (EventRecord event; walk.next(event);) onEvent(event);
+    while (walk.next())
+        if (const EventRecord* event = walk.event()) onEvent(*event);
+    if (onEvents) analysis_CountEvents(source, walk.ByLanes(), onEvents);
     end = walk.end();
     return true;
+}
+// The same where the events themselves don't matter.
+template <class Sink>
+bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
+           WalkEnd& end) {
+    return track(source, objects, from, to, sink, end, [](const EventRecord&) {}, {});
 }
 
 class LegendSums {
@@ -30,9 +39,9 @@ class LegendSums {
         statistics_.statusCounts.assign(legend.statuses.size(), 0);
         statistics_.statusTimes.assign(legend.statuses.size(), 0.0);
     }
-    void event(const EventRecord& event) {
-        const int32_t row = legend_.EventIndex(event.type, event.subtype);
-        if (row >= 0) ++statistics_.eventCounts[static_cast<size_t>(row)];
+    void events(uint16_t type, uint16_t subtype, uint64_t count) {
+        const int32_t row = legend_.EventIndex(type, subtype);
+        if (row >= 0) statistics_.eventCounts[static_cast<size_t>(row)] += static_cast<uint32_t>(count);
     }
     void entered(const Record& record) { ++statistics_.statusCounts[static_cast<size_t>(record.status)]; }
     void left(const Record& record, double until) {
@@ -103,13 +112,18 @@ class ObjectSums {
             report.figures.push_back({object, 0, 0});
         }
     }
+    bool counts(uint16_t type, uint16_t subtype) const {
+        return source_.legend->EventMatches(type, subtype, request_.target);
+    }
     void event(const EventRecord& event) {
-        if (!source_.legend->EventMatches(event.type, event.subtype, request_.target)) return;
+        if (!counts(event.type, event.subtype)) return;
         uint16_t type = 0;
         uint32_t object = 0;
-        if (!mt_GetEventObject(*source_.store, event, type, object)) return;
+        if (mt_GetEventObject(*source_.store, event, type, object)) events(object, 1);
+    }
+    void events(uint32_t object, uint64_t count) {
         const uint32_t at = index_.find(object);
-        if (at != ObjectIndex::none) ++report_.figures[at].count;
+        if (at != ObjectIndex::none) report_.figures[at].count += static_cast<int32_t>(count);
     }
     void entered(const Record& record) {
         if (request_.kind == Search_Status && wanted(record)) ++of(record).count;
@@ -142,6 +156,17 @@ class ObjectSums {
     ObjectIndex index_;
 };
 
+// None has to be looked at one by one that the index covers.
+WalkEnd count_events(const AnalysisSource& source, double from, double to, ObjectSums& sums) {
+    RangeWalk walk(source, from, to, nullptr, LaneWants{});
+    EventRecord event;
+    for (double time = 0; walk.next(event, time);) sums.event(event);
+    analysis_CountEvents(source, walk.ByLanes(), [&sums](uint32_t object, uint32_t kind, uint64_t count) {
+        if (sums.counts(lane_TypeOf(kind), lane_SubtypeOf(kind))) sums.events(object, count);
+    });
+    return walk.end();
+}
+
 void sort_figures(ChosenReport& report) {
     const ReportOrder order = report.order;
     report.sorted.clear();
@@ -166,8 +191,11 @@ ReportOutcome report_AllObjects(AnalysisSource& source, double from, double to,
     if (objects.empty()) return ReportOutcome::NoObjects;
     LegendSums sums(*source.legend, statistics);
     WalkEnd end;
-    if (!track(source, objects, from, to, sums, end, [&](const EventRecord& event) { sums.event(event); }))
-        return ReportOutcome::Failed;
+    const auto count = [&](const EventRecord& event) { sums.events(event.type, event.subtype, 1); };
+    const auto counts = [&](uint32_t, uint32_t kind, uint64_t number) {
+        sums.events(lane_TypeOf(kind), lane_SubtypeOf(kind), number);
+    };
+    if (!track(source, objects, from, to, sums, end, count, counts)) return ReportOutcome::Failed;
     sums.finish(end);
     return ReportOutcome::Done;
 }
@@ -184,9 +212,13 @@ ReportOutcome report_OneObject(AnalysisSource& source, uint32_t object, double f
     const auto count = [&](const EventRecord& event) {
         uint16_t type = 0;
         uint32_t of = 0;
-        if (mt_GetEventObject(*source.store, event, type, of) && of == object) sums.event(event);
+        if (mt_GetEventObject(*source.store, event, type, of) && of == object)
+            sums.events(event.type, event.subtype, 1);
     };
-    if (!track(source, {object}, from, to, sums, end, count)) return ReportOutcome::Failed;
+    const auto counts = [&](uint32_t of, uint32_t kind, uint64_t number) {
+        if (of == object) sums.events(lane_TypeOf(kind), lane_SubtypeOf(kind), number);
+    };
+    if (!track(source, {object}, from, to, sums, end, count, counts)) return ReportOutcome::Failed;
     sums.finish(end);
     return ReportOutcome::Done;
 }
@@ -211,14 +243,10 @@ ReportOutcome report_ChosenObjects(AnalysisSource& source, const SearchRequest& 
     const bool backward = report.rangeFrom > report.rangeTo;
     end.started = backward;
     end.reached = report.rangeTo;
-    if (!backward && kind == Search_Event) {
-        RangeWalk walk(source, report.rangeFrom, report.rangeTo, nullptr);
-        EventRecord event;
-        for (double time = 0; walk.next(event, time);) sums.event(event);
-        end = walk.end();
-    } else if (!backward) {
-        track(source, objects, report.rangeFrom, report.rangeTo, sums, end, [](const EventRecord&) {});
-    }
+    if (!backward && kind == Search_Event)
+        end = count_events(source, report.rangeFrom, report.rangeTo, sums);
+    else if (!backward)
+        track(source, objects, report.rangeFrom, report.rangeTo, sums, end);
     if (!end.started) return ReportOutcome::Failed;
     sums.finish();
     report.stopped = end.stopped;
@@ -239,7 +267,7 @@ ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uin
     if (objects.empty()) return ReportOutcome::NoObjects;
     LoadSums sums(source, objects, idle);
     WalkEnd end;
-    if (!track(source, objects, from, to, sums, end, [](const EventRecord&) {})) return ReportOutcome::Failed;
+    if (!track(source, objects, from, to, sums, end)) return ReportOutcome::Failed;
     report.stopped = end.stopped;
     report.damaged = end.damaged;
     report.lost = end.lost;

@@ -59,30 +59,30 @@ template <class Sink>
 class TrackedWalk {
   public:
     TrackedWalk(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to,
-                Sink& sink)
-        : walk_(source, from, to, &state_),
-          tracker_(source, state_, objects, Follow::Executions),
-          tracking_(tracker_, sink) {
+                Sink& sink, Passed passed)
+        : range_(source, objects, from, to, Follow::Executions, passed), tracking_(range_.tracker(), sink) {
         source.running.clear();
-        known_ = walk_.started() && walk_.gap() == nullptr;
+        known_ = started() && range_.walk().gap() == nullptr;
         time_ = source.clock.OnTick(from);
         if (known_) tracking_.all(time_, false);
     }
-    TrackedWalk(const TrackedWalk&) = delete;
-    TrackedWalk& operator=(const TrackedWalk&) = delete;
 
-    bool started() const { return walk_.started(); }
-    const WalkEnd& end() const { return walk_.end(); }
+    bool started() const { return range_.walk().started(); }
+    const WalkEnd& end() const { return range_.walk().end(); }
     // Time of the last event, or of the range's start ahead of the first.
     double time() const { return time_; }
+    // The event last given, where the store gave it.
+    const EventRecord* event() const { return range_.walk().FromStore() ? &range_.event() : nullptr; }
+    // Those that a lane index has told of or passed over.
+    EventSpan ByLanes() const { return range_.walk().ByLanes(); }
     // False behind the last event; what was still open is closed then, and the sink is told no more.
-    bool next(EventRecord& event) {
-        if (!walk_.next(event, time_)) {
-            close(walk_.closing());
+    bool next() {
+        if (!range_.next(time_)) {
+            close(range_.walk().closing());
             return false;
         }
-        if (walk_.gap()) tracking_.interrupt(*walk_.gap(), time_);
-        tracker_.Take(event, state_);
+        if (const TimeGap* gap = range_.walk().gap()) tracking_.interrupt(*gap, time_);
+        range_.Take();
         tracking_.step(time_);
         known_ = true;
         return true;
@@ -96,9 +96,7 @@ class TrackedWalk {
         known_ = false;
     }
 
-    StateTable state_;
-    RangeWalk walk_;
-    SearchTracker tracker_;
+    TrackedRange range_;
     ReportTracking<Sink> tracking_;
     double time_ = 0;
     bool known_ = false;  // what the objects do

@@ -58,6 +58,13 @@ class EventSearch {
   public:
     EventSearch(const AnalysisSource& source, const SearchRequest& request, Rows& rows)
         : source_(source), target_(request.target), objects_(request.objects), rows_(rows) {}
+    LaneWants wants() const {
+        return {LaneWants::Changes::PassedOver,
+                [this](uint16_t type, uint16_t subtype) {
+                    return source_.legend->EventMatches(type, subtype, target_);
+                },
+                [this](uint32_t object) { return objects_.has(object); }};
+    }
     void interrupt() {}
     void take(const EventRecord& event, double time) {
         if (!source_.legend->EventMatches(event.type, event.subtype, target_)) return;
@@ -87,6 +94,14 @@ class PatternSearch {
           ends_(request.endObjects),
           rows_(rows) {}
 
+    LaneWants wants() const {
+        return {LaneWants::Changes::PassedOver,
+                [this](uint16_t type, uint16_t subtype) {
+                    return source_.legend->EventMatches(type, subtype, request_.target) ||
+                           source_.legend->EventMatches(type, subtype, request_.endTarget);
+                },
+                [this](uint32_t object) { return begins_.has(object) || ends_.has(object); }};
+    }
     // What began ahead of a stretch that can't be read may have ended within it.
     void interrupt() { open_.clear(); }
     void take(const EventRecord& event, double time) {
@@ -214,7 +229,7 @@ bool walk_events(const AnalysisSource& source, SearchResult& result) {
     const SearchRequest& request = result.request;
     Rows rows(result);
     Search search(source, request, rows);
-    RangeWalk walk(source, request.rangeFrom, request.rangeTo, nullptr);
+    RangeWalk walk(source, request.rangeFrom, request.rangeTo, nullptr, search.wants());
     EventRecord event;
     for (double time = 0; !rows.full() && walk.next(event, time);) {
         if (walk.gap()) search.interrupt();
@@ -229,21 +244,21 @@ bool walk_statuses(AnalysisSource& source, SearchResult& result) {
     const SearchRequest& request = result.request;
     Rows rows(result);
     StatusSearch search(request.target, rows);
-    StateTable state;
-    RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
-    SearchTracker tracker(source, state, request.objects, Follow::Changes);
+    TrackedRange range(source, request.objects, request.rangeFrom, request.rangeTo, Follow::Changes,
+                       Passed::Over);
+    const RangeWalk& walk = range.walk();
+    SearchTracker& tracker = range.tracker();
     double time = source.clock.OnTick(request.rangeFrom);
     bool final = false;
     const auto look = [&](Record& record, Cause) { return search.look(record, time, final); };
     // What is not known at the start of the range begins with its first event.
     if (!walk.gap()) tracker.All(look);
-    EventRecord event;
-    while (!rows.full() && walk.next(event, time)) {
+    while (!rows.full() && range.next(time)) {
         if (const TimeGap* gap = walk.gap()) {
             tracker.Forget([&](const Record& record) { search.close(record, gap->from); });
             tracker.All(look);
         }
-        tracker.Take(event, state);
+        range.Take();
         tracker.Step(look);
     }
     take_end(walk, result);
@@ -257,9 +272,10 @@ bool walk_statuses(AnalysisSource& source, SearchResult& result) {
 bool walk_switches(AnalysisSource& source, SearchResult& result) {
     const SearchRequest& request = result.request;
     Rows rows(result);
-    StateTable state;
-    RangeWalk walk(source, request.rangeFrom, request.rangeTo, &state);
-    SearchTracker tracker(source, state, request.objects, Follow::Executions);
+    TrackedRange range(source, request.objects, request.rangeFrom, request.rangeTo, Follow::Executions,
+                       Passed::Over);
+    const RangeWalk& walk = range.walk();
+    SearchTracker& tracker = range.tracker();
     SwitchSearch search(source.running, tracker, rows);
     double time = source.clock.OnTick(request.rangeFrom);
     bool detect = source.running.empty();
@@ -269,15 +285,14 @@ bool walk_switches(AnalysisSource& source, SearchResult& result) {
     else
         tracker.All(look);
     detect = true;
-    EventRecord event;
-    while (!rows.full() && walk.next(event, time)) {
+    while (!rows.full() && range.next(time)) {
         if (walk.gap()) {
             search.forget();
             detect = false;
             tracker.All(look);
             detect = true;
         }
-        tracker.Take(event, state);
+        range.Take();
         tracker.Step(look);
     }
     take_end(walk, result);

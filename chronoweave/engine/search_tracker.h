@@ -22,3 +22,41 @@ class SearchTracker : public ObjectTracker<SearchTracking, HeldStatus> {
         for (const uint32_t object : objects) Add(object);
     }
 };
+
+// With Over, events that change no status may be passed over where the source has a lane index, and others
+// are told by their changes alone.
+enum class Passed { None, Over };
+
+// A walk over a range with objects tracked, which come ascending and outlive it, as does the source.
+class TrackedRange {
+  public:
+    TrackedRange(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to,
+                 Follow follow, Passed passed);
+    TrackedRange(const TrackedRange&) = delete;
+    TrackedRange& operator=(const TrackedRange&) = delete;
+
+    // The next event, or as RangeWalk says; its changes are not in the tracker yet. False behind the last
+    // one, and then the tracker's state is that of the walk's end.
+    bool next(double& time);
+    // Takes the event's changes into the tracker.
+    void Take();
+    // The event last given; only where it comes from the store.
+    const EventRecord& event() const { return event_; }
+    const RangeWalk& walk() const { return walk_; }
+    SearchTracker& tracker() { return tracker_; }
+
+  private:
+    void Number();
+
+    const AnalysisSource& source_;
+    const std::vector<uint32_t>& objects_;
+    StateTable state_;
+    RangeWalk walk_;
+    SearchTracker tracker_;
+    EventRecord event_;
+    bool ofLanes_ = false;  // the event
+    // Of the index's block: its objects' places, or none, and its states' rows.
+    uint32_t block_ = 0;
+    std::vector<uint32_t> places_;
+    std::vector<int32_t> rows_;
+};

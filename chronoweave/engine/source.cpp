@@ -1,6 +1,7 @@
 #include "chronoweave/engine/source.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr uint32_t progress_mask = 0x3FFF;
@@ -24,13 +25,56 @@ std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double
                                           source.clock.NearestTick(to) + 1);
 }
 
-RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state)
-    : source_(source), from_(from), to_(to), last_(source.clock.OnTick(from)) {
+void analysis_CountEvents(const AnalysisSource& source, EventSpan span, const LaneIndex::Visit& visit) {
+    if (span.first >= span.end) return;
+    struct Portion {
+        uint32_t object, kind;
+        uint64_t count;
+    };
+    std::vector<Portion> portions;  // kept back until it is sure that there are all
+    const auto keep = [&portions](uint32_t object, uint32_t kind, uint64_t count) {
+        portions.push_back({object, kind, count});
+    };
+    if (source.lanes && span.end <= source.lanes->EndEvent() &&
+        source.lanes->Count(span.first, span.end, keep)) {
+        for (const Portion& portion : portions) visit(portion.object, portion.kind, portion.count);
+        return;
+    }
+    EventWalk walk;
+    EventRecord event;
+    if (!mt_StartWalkAtEvent(*source.store, span.first, span.end - span.first, nullptr, walk)) return;
+    while (mt_NextEvent(walk, event)) {
+        uint16_t type = 0;
+        uint32_t object = 0;
+        if (event.sequence < span.end && mt_GetEventObject(*source.store, event, type, object))
+            visit(object, lane_Kind(event.type, event.subtype), 1);
+    }
+}
+
+RangeWalk::RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state,
+                     std::optional<LaneWants> wants)
+    : source_(source), state_(state), from_(from), to_(to), last_(source.clock.OnTick(from)) {
     end_.reached = to;
-    if (!source.store) return;
-    end_.started = mt_StartWalkInTimeRange(*source.store, source.clock.NearestTick(from),
-                                           source.clock.NearestTick(to) + 1, state, walk_);
+    endTick_ = source.clock.NearestTick(to) + 1;
+    if (!source.store || (wants && StartByLanes(*std::move(wants), state))) return;
+    end_.started =
+        mt_StartWalkInTimeRange(*source.store, source.clock.NearestTick(from), endTick_, state, walk_);
     TakeGap();
+}
+
+bool RangeWalk::StartByLanes(LaneWants wants, StateTable* state) {
+    LaneIndex* const lanes = source_.lanes.get();
+    if (!lanes || mt_IsDamaged(*source_.store)) return false;
+    const auto first = lanes->FirstFrom(source_.clock.NearestTick(from_));
+    const auto end = lanes->FirstFrom(endTick_);
+    if (!first || !end || *first >= lanes->EndEvent()) return false;
+    lanesEnd_ = std::max(*first, *end);
+    laneWalk_ =
+        LaneWalk(*lanes, mt_IsBigEndianTarget(*source_.store), *first, lanesEnd_, std::move(wants), state);
+    if (!lanes->damage().ok()) return false;
+    spanned_ = {*first, *first};
+    goesOn_ = *end == lanes->EndEvent();
+    return byLanes_ = end_.started = true;
 }
 
 void RangeWalk::TakeGap() {
@@ -48,19 +92,68 @@ bool RangeWalk::finish() {
     return false;
 }
 
-bool RangeWalk::next(EventRecord& event, double& time) {
-    if (over_) return false;
-    const bool given = mt_NextEvent(walk_, event);
+// Behind the part that the index covers, and where it turned out to be damaged, the store's walk goes on.
+// Always false.
+bool RangeWalk::LeaveLanes() {
+    const uint32_t position = laneWalk_.position();
+    spanned_.end = position;
+    byLanes_ = false;
+    if (spanned_.first < position)
+        if (const auto tick = source_.lanes->TickOf(position - 1)) last_ = source_.clock.TimeOf(*tick);
+    const bool more = position < lanesEnd_ || goesOn_;
+    if (more) static_cast<void>(mt_StartWalkAtEvent(*source_.store, position, 0, nullptr, walk_));
+    return false;
+}
+
+void RangeWalk::Settle() {
+    if (state_ && spanned_.first < spanned_.end) laneWalk_.TakeState(*state_);
+}
+
+bool RangeWalk::NextOfLanes(double& time, Stop stop) {
+    if (over_ || !byLanes_) return false;
+    if (!laneWalk_.Advance(stop)) {
+        Settle();
+        return LeaveLanes();
+    }
+    const uint32_t sequence = laneWalk_.sequence();
+    time = last_ = source_.clock.TimeOf(laneWalk_.tick());
+    spanned_.end = sequence + 1;
+    if (!IsDue(sequence) || MayGoOn(time)) return true;
+    spanned_.end = sequence;
+    return finish();
+}
+
+bool RangeWalk::NextOfStore(EventRecord& event) {
+    bool given = mt_NextEvent(walk_, event);
+    // A walk that took over from the index has no end of its own.
+    if (given && static_cast<int64_t>(event.time) >= static_cast<int64_t>(endTick_)) given = false;
     if (!given || walk_.gap() || gap_) TakeGap();
-    if (!given) {
-        if (gap_) end_.reached = gap_->from;
-        return finish();
-    }
+    if (!given && gap_) end_.reached = gap_->from;
+    return given;
+}
+
+// False when progress stops the walk at an event's time.
+bool RangeWalk::MayGoOn(double time) {
+    if (!source_.progress || source_.progress(time - from_, to_ - from_)) return true;
+    end_.stopped = true;
+    end_.reached = time;
+    return false;
+}
+
+// Whether progress is to be asked, so many events having been seen.
+bool RangeWalk::IsDue(uint32_t seen) {
+    const bool due = (seen & ~progress_mask) != (seen_ & ~progress_mask);
+    seen_ = seen;
+    return due;
+}
+
+bool RangeWalk::next(EventRecord& event, double& time, Stop stop) {
+    if (over_) return false;
+    const bool byLanes = byLanes_ && (laneWalk_.next(event, stop) || LeaveLanes());
+    if (!byLanes && !NextOfStore(event)) return finish();
     time = last_ = source_.clock.TimeOf(event.time);
-    if ((++seen_ & progress_mask) == 0 && source_.progress && !source_.progress(time - from_, to_ - from_)) {
-        end_.stopped = true;
-        end_.reached = time;
-        return finish();
-    }
-    return true;
+    if (byLanes) spanned_.end = event.sequence + 1;
+    if (!IsDue(byLanes ? event.sequence : seen_ + 1) || MayGoOn(time)) return true;
+    if (byLanes) spanned_.end = event.sequence;
+    return finish();
 }

@@ -6,9 +6,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include "chronoweave/engine/lanes/lane_walk.h"
 #include "chronoweave/engine/running_objects.h"
 #include "chronoweave/engine/time_base.h"
 #include "chronoweave/rtos/legend.h"
@@ -17,6 +19,9 @@
 
 struct AnalysisSource {
     TraceStore* store = nullptr;
+    // The store's lane index, by which much can be answered; null for none. Work in slices keeps the one that
+    // it began with.
+    std::shared_ptr<LaneIndex> lanes;
     const Legend* legend = nullptr;
     int osKind = Os_Other;
     TimeBase clock;
@@ -49,14 +54,35 @@ struct WalkEnd {
     double reached = 0;
 };
 
+// Events that follow each other, by their sequence numbers; end is not included.
+struct EventSpan {
+    uint32_t first = 1, end = 1;
+};
+// How many events of each kind each object has among them, in portions, to be summed up.
+void analysis_CountEvents(const AnalysisSource& source, EventSpan span, const LaneIndex::Visit& visit);
+
 // The events from one time to another, the end's tick included, one after the other; nothing of them is kept.
 class RangeWalk {
   public:
-    // state becomes the state just before the range; it may be null.
-    RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state);
+    using Stop = LaneWalk::Stop;
+    // state becomes the state just before the range; it may be null. With wants, events that are not wanted
+    // may be passed over, and of the others and of the state no more may be told than a lane index knows
+    // (lane_walk.h); without, all is told.
+    RangeWalk(const AnalysisSource& source, double from, double to, StateTable* state,
+              std::optional<LaneWants> wants = {});
     bool started() const { return end_.started; }
-    // False behind the last event, and when progress asks to stop.
-    bool next(EventRecord& event, double& time);
+    // False behind the last event, and when progress asks to stop. With Every no event is passed over.
+    bool next(EventRecord& event, double& time, Stop stop = Stop::Wanted);
+    // As long as it gives true, the next event by the lane index, which is told by that index alone; behind
+    // the last one it gives false, and next goes on. The state is brought forward when that begins, and by
+    // Settle.
+    bool NextOfLanes(double& time, Stop stop);
+    LaneWalk& lanes() { return laneWalk_; }
+    void Settle();
+    // The event last given is whole, as the store has it, and none will be passed over any more.
+    bool FromStore() const { return !byLanes_; }
+    // The events that were given or passed over by a lane index, so far.
+    EventSpan ByLanes() const { return spanned_; }
     // The stretch that can't be read just ahead of the event last given, or behind the last one; ahead of the
     // first event, between the state and the range's start. Null when there is none. What an object's status
     // is within it is not known; behind it the state is that of its end.
@@ -70,11 +96,25 @@ class RangeWalk {
   private:
     bool finish();
     void TakeGap();
+    bool StartByLanes(LaneWants wants, StateTable* state);
+    bool LeaveLanes();
+    bool IsDue(uint32_t seen);
+    bool NextOfStore(EventRecord& event);
+    bool MayGoOn(double time);
     const AnalysisSource& source_;
     EventWalk walk_;
+    StateTable* state_;
     double from_, to_, last_;
     uint32_t seen_ = 0;
     bool over_ = false;
+    mt_Time endTick_ = 0;  // the first one behind the range
+
+    // The part of the range that is read by the lane index.
+    LaneWalk laneWalk_;
+    bool byLanes_ = false;
+    uint32_t lanesEnd_ = 1;  // the event behind that part
+    bool goesOn_ = false;    // events behind it may be in the range
+    EventSpan spanned_;
     std::optional<TimeGap> gap_;
     WalkEnd end_;
 };

@@ -55,6 +55,7 @@ class ObjectTracker {
         uint32_t position = StateTable::npos;  // in the state as last looked at; npos for not in it
         int32_t now = -1;                      // row of the status there; -1 for none
         bool executing = false;
+        bool told = false;  // now is newer than the state
     };
 
     // All are borrowed. The state changes by the events between the steps; running is read and updated.
@@ -91,6 +92,14 @@ class ObjectTracker {
             Touch(change.objectId);
         }
         mt_ApplyEventToState(state, event);
+    }
+
+    // The next step looks at an object, by its place, whose status has become another: its row, or -1 for
+    // none. The state need not say so yet.
+    void Tell(uint32_t place, int32_t statusRow) {
+        records_[place].now = statusRow;
+        records_[place].told = true;
+        Insert(touched_, place);
     }
 
     // A visit is visit(Record&, Cause) -> Pass.
@@ -137,6 +146,8 @@ class ObjectTracker {
         touched_.clear();
         EndPass();
     }
+    // Nothing would come of a step as long as nothing is touched.
+    bool IsSettled() const { return settled_ || follow_ == Follow::Changes; }
     // The object, which executes, runs on its processor from now on; false when it does already.
     bool TakeOver(const Record& record) {
         if (running_.on(record.processor) == record.object) return false;
@@ -188,15 +199,9 @@ class ObjectTracker {
     }
 
   private:
-    // Asks the state for the object's status.
+    // Asks the state for the object's status, unless it was told.
     void Look(Record& record) {
-        // A position holds until something is removed from the state.
-        uint32_t& position = record.position;
-        if (position >= state_.size() || state_.IdAt(position) != record.object ||
-            state_.entry(position).objectType != mt_ObjectTask)
-            position = state_.find(mt_ObjectTask, record.object);
-        const auto code = position == StateTable::npos ? std::nullopt : mt_TaskStatusAt(state_, position);
-        record.now = code ? legend_.StatusIndex(*code) : -1;
+        if (!std::exchange(record.told, false)) Ask(record);
         if (record.now < 0 && Tracking::holdsStatus) return;
         const bool executes = IsExecution(record.now);
         if (executes == record.executing) return;
@@ -205,6 +210,15 @@ class ObjectTracker {
             Insert(executing_, record.place);
         else
             executing_.erase(std::lower_bound(executing_.begin(), executing_.end(), record.place));
+    }
+    void Ask(Record& record) {
+        // A position holds until something is removed from the state.
+        uint32_t& position = record.position;
+        if (position >= state_.size() || state_.IdAt(position) != record.object ||
+            state_.entry(position).objectType != mt_ObjectTask)
+            position = state_.find(mt_ObjectTask, record.object);
+        const auto code = position == StateTable::npos ? std::nullopt : mt_TaskStatusAt(state_, position);
+        record.now = code ? legend_.StatusIndex(*code) : -1;
     }
     template <class Visit>
     Pass Call(Record& record, Cause cause, Visit& visit) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "chronoweave/engine/lanes/lane_block.h"
 #include "chronoweave/import/source/source.h"
 #include "libtrv/trace_store.h"
 #include "shared/libcxxutil/progress.h"
@@ -20,9 +21,10 @@ struct ImportCounts : SourceCounts {
 
 struct ImportOptions {
     std::string outputBase = {};  // where the store goes; empty: beside the source
-    uint32_t checkpoint = 0;   // events from one checkpoint to the next, a multiple of 100; 0: by the objects
-    bool keepGrowing = false;  // a source that may grow stays open to be read on
-    Progress progress = {};    // in any one unit
+    uint32_t checkpoint = 0;  // events from one checkpoint to the next, a multiple of 100; 0: by the objects
+    uint32_t laneBlock = lane_BlockEvents;  // events of a block of the lane index; 0: none is made
+    bool keepGrowing = false;               // a source that may grow stays open to be read on
+    Progress progress = {};                 // in any one unit
 };
 
 // A source that is read on as it grows, with the writer of its store (import_session.h).

@@ -28,6 +28,11 @@ int64_t import_SteadyClock() {
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
+ImportSession::~ImportSession() {
+    writer_.reset();
+    if (lanes_) lanes_->Finish();
+}
+
 Result ImportSession::open(std::unique_ptr<EventSource> source, uint32_t checkpoint,
                            const WriterMaker& make) {
     source_ = std::move(source);
@@ -42,6 +47,12 @@ Result ImportSession::open(std::unique_ptr<EventSource> source, uint32_t checkpo
     Result made = make({rate, facts.osName, facts.bigEndian, *interval}, facts.tracker, writer_);
     if (made.ok()) writer_->SetGrouping(group_bytes);
     return made;
+}
+
+void ImportSession::IndexLanes(uint32_t blockEvents) {
+    if (blockEvents == 0) return;
+    lanes_ = std::make_unique<LaneFeed>(writer_->base(), writer_->BigEndianTarget(), blockEvents);
+    writer_->SetObserver(lanes_.get());
 }
 
 // Progress is at a part of the way between two shares of all that is to be done.
@@ -72,7 +83,9 @@ ReadEnd ImportSession::read(int64_t limitMs) {
 }
 
 Result ImportSession::close() {
-    return trouble_ = settle(&StoreWriter::Close);
+    trouble_ = settle(&StoreWriter::Close);
+    if (lanes_) lanes_->Finish();
+    return trouble_;
 }
 
 ReadEnd ImportSession::TakeRecords(int64_t limitMs) {

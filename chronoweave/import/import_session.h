@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "chronoweave/engine/lanes/lane_feed.h"
 #include "chronoweave/import/import.h"
 #include "chronoweave/import/source/source.h"
 #include "libtrv/store_writer.h"
@@ -31,6 +32,12 @@ enum class ReadEnd {
 
 class ImportSession {
   public:
+    ImportSession() = default;
+    ImportSession(const ImportSession&) = delete;
+    ImportSession& operator=(const ImportSession&) = delete;
+    // Commits and closes without a word.
+    ~ImportSession();
+
     Progress progress;  // of the look ahead and the reading together; asked only without a time limit
     std::function<void(const char* text)> status;  // the status line; "" clears it
     int64_t (*clock)() = import_SteadyClock;
@@ -41,10 +48,12 @@ class ImportSession {
     // low word. Where progress stopped the look, no store is made, the failure says nothing, and the counts
     // say that it was stopped.
     Result open(std::unique_ptr<EventSource> source, uint32_t checkpoint, const WriterMaker& make);
+    // Makes a lane index beside the store, of so many events a block; 0 for none. Called ahead of any read.
+    void IndexLanes(uint32_t blockEvents);
     // Takes in records until there are no more, or the limit is over (milliseconds; 0 or below: none), and
     // commits them. A record cut by the source's end is not consumed.
     ReadEnd read(int64_t limitMs);
-    // Commits what was taken and closes the store's files.
+    // Commits what was taken and closes the store's files, then the lane index.
     Result close();
 
     EventSource& source() const { return *source_; }
@@ -73,7 +82,8 @@ class ImportSession {
     void TellCut(int64_t limitMs);
 
     std::unique_ptr<EventSource> source_;
-    std::unique_ptr<StoreWriter> writer_;
+    std::unique_ptr<LaneFeed> lanes_;
+    std::unique_ptr<StoreWriter> writer_;  // tells the lanes, so it goes ahead of them
     mt_Time firstRawTime_ = 0, lastRawTime_ = 0;
     double lookedShare_ = 0;  // of all that progress is told, what the look ahead was
     bool mayGrow_ = false;

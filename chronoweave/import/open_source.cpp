@@ -95,7 +95,10 @@ class Opening {
             [this](const StoreFacts& facts, mt_EventCallback tracker, std::unique_ptr<StoreWriter>& writer) {
                 return MakeWriter(facts, tracker, writer);
             });
-        if (made.ok()) return ReadSource();
+        if (made.ok()) {
+            session_->IndexLanes(options_.laneBlock);
+            return ReadSource();
+        }
         result_.counts = session_->counts();
         if (result_.counts.stopped) return;
         say(made.text());

@@ -1,6 +1,5 @@
 #include "chronoweave/import/store_place.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -9,16 +8,6 @@
 #include "shared/libcxxutil/report.h"
 
 namespace {
-
-// Tells apart the stores of equally named sources in different folders, which share the one cache directory.
-std::string folder_mark(const std::string& base) {
-    std::error_code error;
-    const std::filesystem::path full =
-        std::filesystem::absolute(path_directory(base), error).lexically_normal();
-    uint32_t hash = 2166136261u;
-    for (const char c : full.string()) hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;
-    return gen_format("-%08x", hash);
-}
 
 std::string file_that_is_source(const std::string& source, const std::string& base) {
     for (const char* extension : {".trs", ".tri", ".trv"}) {
@@ -33,7 +22,7 @@ std::string file_that_is_source(const std::string& source, const std::string& ba
 void go_to_cache(StorePlace& place) {
     const std::string cache = path_cache_directory();
     if (!path_make_directory(cache)) return;
-    place.base = path_join(cache, std::string(path_file(place.base)) + folder_mark(place.base));
+    place.base = path_in_cache(place.base);
     place.inCache = true;
 }
 

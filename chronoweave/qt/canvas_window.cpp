@@ -18,6 +18,7 @@
 #include "chronoweave/live/live_target.h"
 #include "chronoweave/qt/event_dock.h"
 #include "chronoweave/qt/find_strip.h"
+#include "chronoweave/qt/lanes_maker.h"
 #include "chronoweave/qt/overview_strip.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/qt/selection_corner.h"
@@ -196,6 +197,10 @@ CanvasWindow* CanvasWindow::openAnother() {
 void CanvasWindow::build() {
     dialog_ = new DialogView(model_, [this](const DialogItem& item) { return makeItem(item); });
     setCentralWidget(dialog_);
+    const auto tell = [this](std::optional<double> share) {
+        if (busy_ == 0) showProgress(share);
+    };
+    lanes_ = new LanesMaker(*view_, tell, this);
     view_->setFocus();
 }
 
@@ -398,6 +403,7 @@ bool CanvasWindow::load(const std::string& name) {
     if (shown) {
         say(message);
         restoreArrangement();
+        if (!growing_) lanes_->begin();
         laHistory_Add(view_->canvas());  // so that one comes back to the first picture
         if (services_.settings) services_.settings->AddRecent(source_, program_TraceFiles);
         showButtons();

@@ -22,6 +22,7 @@ class FindStrip;
 class LiveTarget;
 class LongWork;
 class MenuView;
+class LanesMaker;
 class OverviewStrip;
 class PictureView;
 class QGridLayout;
@@ -149,6 +150,7 @@ class CanvasWindow : public QMainWindow {
     DialogModel model_;
     PictureView* view_ = nullptr;
     OverviewStrip* overview_ = nullptr;
+    LanesMaker* lanes_ = nullptr;
     StartCard* start_ = nullptr;  // while there is no trace
     QScrollBar* horizontal_ = nullptr;
     QScrollBar* vertical_ = nullptr;

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -134,6 +136,16 @@ std::string path_temporary_directory() {
 
 std::string path_cache_directory() {
     return below_home("XDG_CACHE_HOME", ".cache");
+}
+// The folder's mark tells apart equally named files of different folders.
+std::string path_in_cache(const std::string& path) {
+    std::error_code error;
+    const fs::path folder = fs::absolute(path_directory(path), error).lexically_normal();
+    uint32_t hash = 2166136261u;
+    for (const char c : folder.string()) hash = (hash ^ static_cast<uint8_t>(c)) * 16777619u;
+    char mark[16];
+    std::snprintf(mark, sizeof mark, "-%08x", hash);
+    return path_join(path_cache_directory(), std::string(path_file(path)) + mark);
 }
 std::string path_user_config_directory() {
     return below_home("XDG_CONFIG_HOME", ".config");

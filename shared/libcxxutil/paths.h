@@ -28,6 +28,9 @@ bool path_make_directory(const std::string& directory);
 std::string path_temporary_directory();
 // $XDG_CACHE_HOME/chronoweave, else ~/.cache/chronoweave. Not created.
 std::string path_cache_directory();
+// The place in the cache directory of what would stand beside a file of this name: a name of its own,
+// whatever folder the file is in. Nothing is made.
+std::string path_in_cache(const std::string& path);
 // $XDG_CONFIG_HOME/chronoweave, else ~/.config/chronoweave. Not created.
 std::string path_user_config_directory();
 // The program of this name in the directory that this program is in, else the first on PATH; empty when there

@@ -3,6 +3,7 @@
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/fetch/lanes.h"
 #include "chronoweave/traxfunc/input/scroll.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "windlib/dialog/model.h"
@@ -79,6 +80,7 @@ void laCanvas_ReleaseSource(_LaCanvasData& canvas) {
     if (canvas.calls.legendWindow != nullptr) canvas.calls.legendWindow->close(Dialog_Dismissed);
     laCanvas_ClearItems(canvas);
     canvas.taskList->Clear(true);
+    laLanes_Close(canvas.source);
     canvas.source.store.reset();
     laLooks_Drop(canvas.looks, laLegend_Kept(canvas.options));
     take_settings(canvas);

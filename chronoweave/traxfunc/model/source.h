@@ -2,14 +2,19 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
+#include "chronoweave/engine/lanes/lane_build.h"
 #include "chronoweave/engine/time_base.h"
 #include "chronoweave/rtos/legend.h"
 #include "libtrv/trace_store.h"
 
 struct LaSource {
     TraceStorePtr store;  // null when the canvas is empty
+    // The store's lane index, null while there is none; and the making of one, while that goes on.
+    std::shared_ptr<LaneIndex> lanes;
+    std::unique_ptr<LaneBuild> lanesMade;
     bool storeHasEvents = false;
     bool liveRefresh = false;  // the view follows a source that grows
     int osKind = Os_Other;

@@ -8,6 +8,7 @@
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 #include "chronoweave/traxfunc/draw/scroll.h"
 #include "chronoweave/traxfunc/draw/switch_density.h"
+#include "chronoweave/traxfunc/fetch/lanes.h"
 #include "chronoweave/traxfunc/input/life.h"
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/model/time.h"
@@ -79,6 +80,7 @@ laGrown laCanvas_SourceGrew(_LaCanvasData& canvas) {
     const uint64_t base = canvas.source.clock.baseTick;
     const uint32_t version = items.itemsVersion;
     mt_RefreshIndex(*canvas.source.store);
+    if (canvas.source.lanes) canvas.source.lanes->Refresh(*canvas.source.store);
     laCanvas_TakeBounds(canvas);
     if (canvas.source.clock.baseTick != base) laCanvas_ClearItems(canvas);  // times count from another event
     const auto extended = laCanvas_ExtendRange(canvas, view.viewLow, view.viewHigh);
@@ -150,6 +152,7 @@ bool laCanvas_SetUpFromStore(_LaCanvasData& canvas, TraceStorePtr store, Legend 
     laCanvas_Reset(canvas, laResetOf::Source);
     if (store == nullptr || !laCanvas_LoadLegend(canvas, std::move(legend))) return fail(canvas, name);
     canvas.source.store = std::move(store);
+    laLanes_Open(canvas.source);
     const char* osName = mt_GetOsName(canvas.source.store.get());
     canvas.source.osKind = legend_OsKind(osName != nullptr ? osName : "");
     canvas.axis.timeMode = canvas.source.osKind == Os_TraceFunctionFlow ? Time_Tick : Time_Second;

@@ -1,0 +1,70 @@
+// Makes blocks of the lane index of events as they come, whether a store is being written or read.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "chronoweave/engine/lanes/lane_block.h"
+#include "libtrv/event.h"
+#include "libtrv/state_table.h"
+
+class LaneBlockBuilder {
+  public:
+    // bigEndian: the target's byte order. blockEvents: of a block, 1 to lane_BlockEvents.
+    LaneBlockBuilder(bool bigEndian, uint32_t blockEvents);
+    // Goes on behind events that others have indexed: the state is that behind them. False as with Take.
+    [[nodiscard]] bool Begin(const StateTable& state);
+
+    // Takes the next event; sequence numbers follow each other. False when a store that has it can't be
+    // indexed, and nothing must be taken any more: an event that names no object or goes back in time, or a
+    // task whose state is not of this system's form.
+    [[nodiscard]] bool Take(const EventRecord& event);
+    bool IsFull() const { return count_ == blockEvents_; }
+    bool IsEmpty() const { return count_ == 0; }
+    // Puts the block of the events taken behind what is in the buffer, head, summary and columns, and begins
+    // the next one.
+    LaneHead Seal(uint64_t mark, ByteBuffer& out);
+
+  private:
+    struct Lane {
+        uint32_t state = lane_Absent, start = lane_Absent;  // now, and just before the block
+        uint32_t before = lane_Absent;                      // ahead of the event that touched it
+        uint32_t touched = 0;                               // number of that event
+    };
+    uint32_t PlaceOf(uint32_t object) {
+        const Recent& recent = recent_[object >> 10 & (recent_.size() - 1)];
+        return recent.object == object && recent.place != StateTable::npos ? recent.place : Find(object);
+    }
+    uint32_t Find(uint32_t object);
+    uint32_t KindOf(uint16_t type, uint16_t subtype);
+    void MakeRoom();
+    [[nodiscard]] bool Change(const StateChange& change);
+    void KeepChanges();
+    void SummarizeObjects(LaneSummary& summary, std::vector<uint32_t>& rank);
+    void SummarizeStates(LaneSummary& summary, const std::vector<uint32_t>& order);
+    void SummarizeKinds(LaneSummary& summary);
+    void CountEvents(LaneSummary& summary);
+
+    static constexpr uint32_t directTypes = 8, directSubtypes = 64;
+    bool bigEndian_;
+    uint32_t blockEvents_;
+    StateTable ids_;  // places of lanes; the blocks are empty
+    std::vector<Lane> lanes_;
+    struct Recent {
+        uint32_t object = 0, place = StateTable::npos;
+    };
+    std::array<Recent, 64> recent_;  // of the objects that were asked for last
+    std::vector<uint32_t> touched_;  // places, of the event being taken
+    uint32_t serial_ = 0;            // of that event
+    std::vector<uint32_t> kinds_;    // all that were met
+    std::vector<uint32_t> directKinds_;
+    std::unordered_map<uint32_t, uint32_t> otherKinds_;
+
+    uint32_t first_ = 0, count_ = 0;
+    mt_Time firstTick_ = 0, lastTick_ = 0;
+    // Objects by place, kinds by their number in kinds_, states as such. Those by event have room for all of
+    // a block, of which count_ are taken.
+    LaneColumns columns_;
+};
