@@ -114,7 +114,7 @@ class EventDetail : public DetailWindow {
         model_.setText("tf_comments", laItem_EventText(canvas_, Icon()));
         ShowDebuggerChoice();
     }
-    std::optional<uint64_t> Address() const { return laDebugger_Address(laItem_EventText(canvas_, Icon())); }
+    std::optional<uint64_t> Address() const { return laDebugger_Address(laItem_EventData(canvas_, Icon())); }
     // The choice to go to the debugger is looked at anew for each event; a trace of ThreadX has none.
     void ShowDebuggerChoice() {
         if (canvas_.source.osKind == Os_ThreadX) return;

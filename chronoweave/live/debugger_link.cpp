@@ -1,6 +1,7 @@
 #include "chronoweave/live/debugger_link.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "shared/libcxxutil/report.h"
 
@@ -54,6 +55,19 @@ void DebuggerLink::AskLater(const _LaCanvasData& canvas, std::function<void(cons
         if (laDebugger_Of(*asked) != this) return;
         const laDebuggerCan can = Ask(*asked);
         if (laDebugger_Of(*asked) == this) told(can);
+    });
+}
+
+// Of several clicks before the debugger is told, the last one counts.
+void DebuggerLink::PointLater(const _LaCanvasData& canvas, const laDebuggerPlace& place) {
+    if (!around_.service(canvas)) return;
+    if (std::exchange(pointed_, place)) return;
+    const _LaCanvasData* const from = &canvas;
+    Later([this, from] {
+        const laDebuggerPlace last = *std::exchange(pointed_, std::nullopt);
+        if (laDebugger_Of(*from) != this || !Ask(*from).shows || laDebugger_Of(*from) != this) return;
+        if (const auto service = around_.service(*from))
+            service->ShowPosition(around_.file(*from), last.objectId, time_text(last.time), pc_of(last));
     });
 }
 

@@ -58,6 +58,7 @@ class DebuggerLink : public laDebugger {
     bool Rewindscope(const _LaCanvasData& canvas, uint32_t objectId) override;
     bool Show(const _LaCanvasData& canvas, const laDebuggerPlace& place) override;
     bool ShowPast(const _LaCanvasData& canvas, const laDebuggerPlace& place) override;
+    void PointLater(const _LaCanvasData& canvas, const laDebuggerPlace& place) override;
     void GotoLater(const _LaCanvasData& canvas, const laDebuggerPlace& place,
                    std::function<void(const std::string& problem)> failed) override;
 
@@ -81,8 +82,9 @@ class DebuggerLink : public laDebugger {
     void Later(std::function<void()> work);
 
     DebuggerSurroundings around_;
-    bool routeProbed_ = false;         // the probe was sent once
-    bool routeKnown_ = false;          // and taken: commands can be wrapped
-    bool autoConnectRefused_ = false;  // the user does not want to be asked again
+    bool routeProbed_ = false;                // the probe was sent once
+    bool routeKnown_ = false;                 // and taken: commands can be wrapped
+    bool autoConnectRefused_ = false;         // the user does not want to be asked again
+    std::optional<laDebuggerPlace> pointed_;  // and not told yet
     std::vector<int> tasks_;
 };

@@ -182,6 +182,23 @@ TEST(DebuggerRoutes, AreChosenAtEachCommand) {
     EXPECT_FALSE(desk.link->Attach(*desk.canvas, 0x10));
 }
 
+TEST(DebuggerRoutes, AClickIsShownInADebuggerThatHasTheCanvas) {
+    Desk desk;
+    desk.link->PointLater(*desk.canvas, {0x10, 0.5, {}});
+    desk.serve();
+    EXPECT_EQ(desk.take(), Texts{}) << "nobody has it";
+    desk.service = std::make_shared<Service>();
+    desk.service->calls = &desk.calls;
+    desk.link->PointLater(*desk.canvas, {0x10, 0.5, {}});
+    desk.serve();
+    EXPECT_EQ(desk.take(), Texts{}) << "it shows nothing";
+    desk.service->bits = 2;
+    desk.link->PointLater(*desk.canvas, {0x10, 0.5, {}});
+    desk.link->PointLater(*desk.canvas, {0x10, 1.5, 0x20});
+    desk.serve();
+    EXPECT_EQ(desk.take(), Texts{"show f.trr 16 1.5 32"});
+}
+
 TEST(DebuggerRoutes, ACanvasThatGoesWithinAQuestionIsNoHarm) {
     Desk desk;
     desk.service = std::make_shared<Service>();

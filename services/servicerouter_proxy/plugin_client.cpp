@@ -55,6 +55,7 @@ void PluginClient::watch(Watches& watches, std::function<void()> gone) {
     watches_ = &watches;
     gone_ = std::move(gone);
     startWatch();
+    poll();
 }
 
 // Off while an answer is waited for: what comes then is taken by that wait.

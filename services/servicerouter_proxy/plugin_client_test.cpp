@@ -107,6 +107,10 @@ TEST(PluginLink, RequestsThatComeMeanwhileAreAnsweredFirst) {
     link.client.poll();
     EXPECT_EQ(link.script->takeWritten(), request(1, "inner") + reply(0, 0, "Unknown request:theirs"));
     EXPECT_TRUE(link.client.connected());
+    // One that came together with the answer is not forgotten.
+    link.script->come(reply(0, 1, "yes") + request(0, "next"));
+    EXPECT_EQ(link.client.runRequest("x", link.text), 1);
+    EXPECT_EQ(link.script->takeWritten(), request(0, "x") + reply(0, 0, "Unknown request:next"));
 }
 
 TEST(PluginLink, ARequestRightBehindTheAnswerIsAnsweredToo) {

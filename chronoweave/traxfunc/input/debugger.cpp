@@ -4,6 +4,7 @@
 #include <map>
 
 #include "chronoweave/traxfunc/canvas/texts.h"
+#include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/tips.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 
@@ -14,16 +15,21 @@ std::map<const _LaCanvasData*, laDebugger*>& debuggers() {
     return map;
 }
 
-// The clicked place, with the address of the clicked event.
-laDebuggerPlace place_of(_LaCanvasData& canvas) {
-    const LaPlace& clicked = canvas.hand.place;
-    laDebuggerPlace place{clicked.objectId, clicked.time, {}};
-    if (clicked.icon && *clicked.icon < canvas.items.bitmaps.size()) {
-        const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(*clicked.icon)];
+// The place of an object and a time, or of an event, with the address that this tells.
+laDebuggerPlace place_at(_LaCanvasData& canvas, uint32_t objectId, double time, std::optional<size_t> event) {
+    laDebuggerPlace place{objectId, time, {}};
+    if (event && *event < canvas.items.bitmaps.size()) {
+        const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(*event)];
         place.time = icon.time;
-        place.pc = laDebugger_Address(laItem_EventText(canvas, icon));
+        place.pc = laDebugger_Address(laItem_EventData(canvas, icon));
     }
     return place;
+}
+
+// Where the menu was called up.
+laDebuggerPlace place_of(_LaCanvasData& canvas) {
+    const LaPlace& clicked = canvas.hand.place;
+    return place_at(canvas, clicked.objectId, clicked.time, clicked.icon);
 }
 
 // The objects of the selected rows that can be attached to. Taken beforehand: the calls serve other programs.
@@ -78,6 +84,15 @@ bool laDebugger_IsTask(const laItem_Line& lane) {
     constexpr uint32_t none = 0xFFFFFFFF;
     const bool fake = lane.hasName && laTask_WithoutFake(lane.name) != lane.name;
     return !lane.isAgent && lane.objectId != 0 && lane.objectId != none && !fake;
+}
+
+void laDebugger_Point(_LaCanvasData& canvas, int x, int y) {
+    laDebugger* const debugger = laDebugger_Of(canvas);
+    if (!debugger) return;
+    laHit hit;
+    laCanvas_HitTest(canvas, x, y, false, &hit);
+    debugger->PointLater(canvas,
+                         place_at(canvas, laHit_Object(canvas, hit).value_or(laAgentId), hit.time, hit.icon));
 }
 
 void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger) {

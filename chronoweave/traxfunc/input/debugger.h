@@ -42,6 +42,9 @@ class laDebugger {
     virtual bool Show(const _LaCanvasData& canvas, const laDebuggerPlace& place) = 0;
     // Shows the place and opens the view of the past there.
     virtual bool ShowPast(const _LaCanvasData& canvas, const laDebuggerPlace& place) = 0;
+    // The place was clicked: a debugger that has the canvas follows, when the present work is over. Nothing
+    // is told, whatever comes of it.
+    virtual void PointLater(const _LaCanvasData& canvas, const laDebuggerPlace& place) = 0;
     // An event's place, when the present work is over. A failure, if any, is given to the function unless the
     // canvas is gone by then.
     virtual void GotoLater(const _LaCanvasData& canvas, const laDebuggerPlace& place,
@@ -57,8 +60,8 @@ inline laDebuggerCan laDebugger_Ask(const _LaCanvasData& canvas) {
     return debugger ? debugger->Ask(canvas) : laDebuggerCan{};
 }
 
-// The number behind "PC=" in an event's text.
-std::optional<uint64_t> laDebugger_Address(std::string_view eventText);
+// The number behind "PC=" in an event's extra data.
+std::optional<uint64_t> laDebugger_Address(std::string_view extraData);
 
 // The rows of context menus, by the names of their commands.
 inline constexpr char laDebugger_AttachHere[] = "DebugHere", laDebugger_AttachSelected[] = "DebugSelected",
@@ -66,5 +69,8 @@ inline constexpr char laDebugger_AttachHere[] = "DebugHere", laDebugger_AttachSe
                       laDebugger_PastSelected[] = "RewindscopeSelected";
 // Makes them commands of the canvas.
 void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger);
+// A click at a point of the drawing area: the canvas's debugger, if it has one, is told the object and the
+// time there.
+void laDebugger_Point(_LaCanvasData& canvas, int x, int y);
 // Whether an object can be attached to: 0 and -1 are none, and a fake one is made up for the picture.
 bool laDebugger_IsTask(const laItem_Line& lane);

@@ -9,6 +9,7 @@
 #include "chronoweave/traxfunc/draw/draw.h"
 #include "chronoweave/traxfunc/input/crowd.h"
 #include "chronoweave/traxfunc/input/cursor.h"
+#include "chronoweave/traxfunc/input/debugger.h"
 #include "chronoweave/traxfunc/input/hit.h"
 #include "chronoweave/traxfunc/input/processor_hit.h"
 #include "chronoweave/traxfunc/input/view.h"
@@ -105,9 +106,10 @@ bool laPointer::Release(const laPointerEvent& event) {
         laCanvas_EraseCursor(canvas_, x);
     } else if (drag_ && event.button == laButton_Left) {
         // A release where the press was selects nothing between.
-        if (event.x != pressX_ || canvas_.marks.cursor[1] >= 0)
-            laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
+        const bool selects = event.x != pressX_ || canvas_.marks.cursor[1] >= 0;
+        if (selects) laCanvas_DragTo(canvas_, event.x, event.y, event.modifiers & laModifier_Alt);
         EndDrag();
+        if (!selects) laDebugger_Point(canvas_, event.x, event.y);
     }
     return event.button == laButton_Right && canvas_.source.storeHasEvents && inside(canvas_, event) &&
            (event.modifiers & (laModifier_Shift | laModifier_Control)) == 0;

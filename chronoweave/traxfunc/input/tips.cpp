@@ -126,20 +126,34 @@ std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& i
     return event.name + (codes ? gen_format("(Types=0x%x/0x%x)", icon.type, icon.subtype) : "");
 }
 
+namespace {
+
+// The event of an icon as the store has it; false when it is not there. The walk keeps its bytes.
+bool read_event(const _LaCanvasData& canvas, const laItem_Bitmap& icon, EventWalk& walk, EventRecord& event) {
+    const uint32_t wanted = laItem_StoreSequence(canvas.items, icon);
+    return canvas.source.store && mt_StartWalkAtEvent(*canvas.source.store, wanted, 1, nullptr, walk) &&
+           mt_NextEvent(walk, event) && event.sequence == wanted;
+}
+
+}  // namespace
+
 std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon) {
     const std::string& format = canvas.looks.legend.events[static_cast<size_t>(icon.event)].extraFormat;
-    if (format.empty() || !canvas.source.store) return {};
-    const uint32_t wanted = laItem_StoreSequence(canvas.items, icon);
     EventWalk walk;
     EventRecord event;
-    if (!mt_StartWalkAtEvent(*canvas.source.store, wanted, 1, nullptr, walk) || !mt_NextEvent(walk, event) ||
-        event.sequence != wanted)
-        return {};
+    if (format.empty() || !read_event(canvas, icon, walk, event)) return {};
     std::string text;
     bool problem = false;
     extra_Format(event, format, mt_IsBigEndianTarget(*canvas.source.store), canvas.options.extraDataWarning,
                  canvas.options.unusedExtraDataWarning, text, &problem);
     return text_utf8(text);
+}
+
+std::string laItem_EventData(const _LaCanvasData& canvas, const laItem_Bitmap& icon) {
+    EventWalk walk;
+    EventRecord event;
+    if (!read_event(canvas, icon, walk, event)) return {};
+    return {event.extra.begin(), event.extra.end()};
 }
 
 std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {

@@ -30,3 +30,5 @@ std::string laTip_Time(const _LaCanvasData& canvas, double time);
 std::string laItem_EventName(const _LaCanvasData& canvas, const laItem_Bitmap& icon);
 // The text of an event's extra data, read from the store; empty when the legend has no format for it.
 std::string laItem_EventText(_LaCanvasData& canvas, const laItem_Bitmap& icon);
+// Its extra data as it is in the trace.
+std::string laItem_EventData(const _LaCanvasData& canvas, const laItem_Bitmap& icon);
