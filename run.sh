@@ -27,7 +27,7 @@ esac
 
 "$root/scripts/setup.sh"
 # What it runs; tests, benchmarks, fuzzers and tools are built by ./test.sh.
-"$root/scripts/build.sh" release --target trvgui chronoweave trv_companion svc_router chronoweave_remote gdb_link
+"$root/scripts/build.sh" release --target trvgui chronoweave trv_companion gexec svc_router chronoweave_remote gdb_link
 [ "${1-}" != --build ] || exit 0
 
 file=${1-$root/samples/build-2cpu.trr}

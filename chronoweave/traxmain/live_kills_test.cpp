@@ -200,7 +200,8 @@ TEST(LiveKills, NothingIsLeftBehind) {
     std::vector<std::string> traces;
     for (const auto& entry : std::filesystem::directory_iterator(folder / "")) {
         const std::string extension = entry.path().extension();
-        EXPECT_TRUE(extension == ".trr" || extension == ".trs" || extension == ".tri" || extension == ".trv")
+        EXPECT_TRUE(extension == ".trr" || extension == ".trs" || extension == ".tri" ||
+                    extension == ".trv" || extension == ".trl")
             << entry.path();
         if (extension == ".trr") traces.push_back(entry.path());
     }
