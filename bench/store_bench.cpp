@@ -113,7 +113,7 @@ Outcome objects_of_range(const BenchPlace& place, const BenchInput& input) {
 
 Outcome import_memory(const BenchPlace& place, const BenchInput& input) {
     const std::string base = path_join(place.work, "import");
-    const Outcome outcome = outcome_OfMemory({"--measured-import", input.file, base}, 64);
+    Outcome outcome = outcome_OfMemory({"--measured-import", input.file, base}, 64);
     remove_store(base);
     return outcome;
 }

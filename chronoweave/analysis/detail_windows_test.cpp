@@ -316,7 +316,7 @@ TEST_F(DetailTest, NothingLiesBehindTheLastSwitchOrAheadOfTheFirst) {
         std::vector<TestEvent> events = {status_change(0, 0x400, mt_Ready),
                                          status_change(0, 0x800, mt_Ready)};
         for (uint32_t i = 0; i <= count; ++i)
-            events.push_back({10 * (i + 1), mt_TaskChange, 0, words({i % 2 ? 0x800u : 0x400u})});
+            events.push_back({mt_Time{10} * (i + 1), mt_TaskChange, 0, words({i % 2 ? 0x800u : 0x400u})});
         Open(events);
         ASSERT_EQ(canvas.items.ctxLines.size(), count);
         for (const auto& [place, forward] : {std::pair{count - 1, true}, std::pair{0u, false}}) {

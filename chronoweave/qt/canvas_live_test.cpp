@@ -145,7 +145,7 @@ TEST_F(LiveWindowTest, FindingTheEventsTheSelectionAndDetailsGoAlong) {
     const std::string newest = detail.item("tf_time").text;
     detail.press("g_next");
     EXPECT_EQ(detail.item("tf_time").text, newest) << "nothing is behind it yet";
-    for (const size_t share : {2, 1}) {
+    for (const size_t share : {2u, 1u}) {
         append(std::filesystem::file_size(trace), whole.size() / share);
         readAll();
     }

@@ -97,8 +97,8 @@ class LanesTest : public ::testing::Test {
 
 TEST(PackedColumns, GiveBackWhatWasPut) {
     std::mt19937_64 random(3);
-    for (const size_t count : {0, 1, 2, 63, 64, 65, 1000})
-        for (const unsigned width : {0, 1, 7, 8, 31, 32, 57, 63}) {
+    for (const size_t count : {0u, 1u, 2u, 63u, 64u, 65u, 1000u})
+        for (const unsigned width : {0u, 1u, 7u, 8u, 31u, 32u, 57u, 63u}) {
             std::vector<uint64_t> rising;
             std::vector<uint32_t> flat;
             for (size_t i = 0; i < count; ++i) {
