@@ -46,7 +46,7 @@ class PrintWindow : public testing::Test {
     QtPrintHost& printer() { return static_cast<QtPrintHost&>(*window->host().printHost()); }
     // Presses a button of the dialog that comes up next.
     void pressNext(const char* button) {
-        QTimer::singleShot(0, window.get(), [this, button] {
+        QTimer::singleShot(0, window.get(), [button] {
             QWidget* dialog = QApplication::activeModalWidget();
             ASSERT_NE(dialog, nullptr);
             auto* found = dialog->findChild<QPushButton*>(QLatin1String(button));

@@ -64,13 +64,13 @@ class TwoWindows {
         laCanvas_Command(window.view().canvas(), "Close");
         panel.edit("ConnectToTarget", "sim 10 20000");
         panel.edit("outputFile",
-                   gen_format("%s/live-%d-%d.trr", folder_.c_str(), static_cast<int>(::getpid()), ++files_));
+                   gen_format("%s/live-%d-%d.trr", folder_.c_str(), static_cast<int>(::getpid()), ++made));
         panel.commit("outputFile");
         for (const char* button : {"ConnectButton", "LiveMode", "ControlLogging"}) panel.press(button);
     }
 
     std::string folder_;
-    static inline int files_ = 0;
+    static inline int made = 0;
     QtEventService services_;
     QtWaitWindows waits_{services_, QtWaitWindows::Questions::Modal};
     CanvasWindow* windows_[2] = {};

@@ -87,7 +87,7 @@ bool scroll_columns(Canvas& canvas, const laArgument&) {
 }
 template <int rows>
 bool scroll_rows(Canvas& canvas, const laArgument&) {
-    laCanvas_ScrollRows(canvas, rows * canvas.looks.rowHeight);
+    laCanvas_ScrollRows(canvas, int64_t{rows} * canvas.looks.rowHeight);
     return true;
 }
 

@@ -184,8 +184,8 @@ TEST_F(ProcessorRows, WhereManyRunTheLoadShows) {
         return high;
     };
     const int full = canvas.looks.rowHeight - 5;
-    EXPECT_NEAR(height(240), full / 2, 1);
-    EXPECT_NEAR(height(740), full / 4, 1);
+    EXPECT_NEAR(height(240), full / 2.0, 1);
+    EXPECT_NEAR(height(740), full / 4.0, 1);
     const std::string tip = laPointer_Tip(canvas, 240, 5);
     EXPECT_EQ(tip.find("CPU0 is busy 5"), 0u) << tip;
     EXPECT_NE(tip.find("% \"CPU0@a\""), std::string::npos) << tip;
@@ -276,13 +276,13 @@ TEST_F(ProcessorRows, StayAtTheEdgeWhileTheirGroupIsScrolled) {
     }
     // Names and pointer go by what is seen.
     canvas.view.verticalOffset = 3 * row;
-    const laNames names_of(*canvas.taskList, canvas.looks, canvas.view, test.graph);
-    EXPECT_EQ(names_of.RowAt(3), canvas.taskList->rows()[0]);
-    EXPECT_EQ(names_of.RowAt(row + 3), canvas.taskList->rows()[4]);
+    const laNames shownNames(*canvas.taskList, canvas.looks, canvas.view, test.graph);
+    EXPECT_EQ(shownNames.RowAt(3), canvas.taskList->rows()[0]);
+    EXPECT_EQ(shownNames.RowAt(row + 3), canvas.taskList->rows()[4]);
     EXPECT_TRUE(laProcessor_HitTest(canvas, 10, 3));
     EXPECT_FALSE(laProcessor_HitTest(canvas, 10, row + 3));
     RecordingSurface column(200, 5 * row);
-    names_of.Draw(column, 200, 5 * row);
+    shownNames.Draw(column, 200, 5 * row);
     const auto texts = column.texts();
     EXPECT_NE(std::ranges::find(texts, "CPU0"), texts.end());
 }
@@ -311,7 +311,7 @@ TEST_F(ProcessorRows, InAWindowThoseBelowStayAtTheLowerEdge) {
                           {24 * row, "1:0 4:17"},
                           {36 * row, "2:0"},
                           {47 * row, "3:0"}};
-    const auto pinned_at = [&](int offset) {
+    const auto pinnedAt = [&](int offset) {
         canvas.view.verticalOffset = offset;
         std::string all;
         for (const laPinnedRow& one : laPinned_Rows(canvas.items, canvas.looks, canvas.view, height))
@@ -320,7 +320,7 @@ TEST_F(ProcessorRows, InAWindowThoseBelowStayAtTheLowerEdge) {
         return all;
     };
     canvas.view.pinEdges = LaPinEdges::Both;
-    for (const Case& one : cases) EXPECT_EQ(pinned_at(one.offset), one.pinned) << one.offset;
+    for (const Case& one : cases) EXPECT_EQ(pinnedAt(one.offset), one.pinned) << one.offset;
     // However it is scrolled, none stands lower than its own place, and none over another.
     for (int offset = 0; offset <= 47 * row; offset += 3) {
         canvas.view.verticalOffset = offset;
@@ -337,10 +337,10 @@ TEST_F(ProcessorRows, InAWindowThoseBelowStayAtTheLowerEdge) {
     canvas.view.verticalOffset = 0;
     EXPECT_EQ(laProcessor_AtRow(canvas.items, canvas.looks, canvas.view, height, height - 1),
               &canvas.items.processors.list[4]);
-    const laNames names_of(*canvas.taskList, canvas.looks, canvas.view, test.graph);
-    EXPECT_EQ(names_of.BandOf(*canvas.taskList->rows()[17]).end, 0) << "covered";
+    const laNames shownNames(*canvas.taskList, canvas.looks, canvas.view, test.graph);
+    EXPECT_EQ(shownNames.BandOf(*canvas.taskList->rows()[17]).end, 0) << "covered";
     canvas.view.pinEdges = LaPinEdges::Upper;
-    EXPECT_EQ(pinned_at(0), "");
+    EXPECT_EQ(pinnedAt(0), "");
 }
 
 TEST_F(ProcessorRows, NamesOfObjectsWithNothingInTheViewAreWeak) {

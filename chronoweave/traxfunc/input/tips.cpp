@@ -171,7 +171,7 @@ std::string laTip_Text(_LaCanvasData& canvas, const laItemRef& item, const Progr
 }
 
 std::string laTip_TextWithin(_LaCanvasData& canvas, const laItemRef& item, int milliseconds) {
-    const std::string text = laTip_Text(canvas, item, for_so_long(milliseconds));
+    std::string text = laTip_Text(canvas, item, for_so_long(milliseconds));
     canvas.hand.tipAhead.clear();
     note_rest(canvas, item);
     return text;

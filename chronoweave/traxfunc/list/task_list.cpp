@@ -75,7 +75,7 @@ laPath laTask_PatternPath(std::string_view pattern) {
 }
 
 std::string laTask_DisplayName(const LaList& list, const LaSource& source, const laItem_Line& lane) {
-    const std::string name = laCanvas_LaneName(list, lane);
+    std::string name = laCanvas_LaneName(list, lane);
     if ((lane.hasName || list.flatView) && laTask_UsesKernel(list, source) && !has_separator(list, name))
         return "Kernel" + list.separator + name;
     return name;
