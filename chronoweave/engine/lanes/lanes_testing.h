@@ -2,6 +2,8 @@
 // must keep.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <random>
 #include <string>
 #include <vector>
