@@ -1,12 +1,9 @@
 // The headless program.
 #include "chronoweave/cli/command_line.h"
 #include "shared/libcxxutil/process_start.h"
-#include "shared/libcxxutil/report.h"
 
 int main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
-    gen_set_short_name(argv[0]);
+    process_Begin(argv[0]);
     int status = Exit_Done;
     const auto line = cli_Parse(argc, argv, status);
     return line ? cli_Run(*line) : status;

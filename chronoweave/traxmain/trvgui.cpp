@@ -104,9 +104,7 @@ int runWindows(const StartOptions& options, CanvasServices services) {
 }  // namespace
 
 int trvgui_Main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
-    gen_set_short_name(argv[0]);
+    process_Begin(argv[0]);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.size() == 2 && arguments[0] == last_BoxOption) return last_ShowBox(argv[0], argv[2]);
     const StartOptions options = start_Parse(arguments, std::getenv("NOSPLASH") != nullptr);

@@ -91,10 +91,8 @@ int run(const Words& words, const RemoteOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
+    process_Begin(argv[0]);
     process_CatchStops();
-    gen_set_short_name(argv[0]);
     Words words;
     RemoteOptions options;
     Result parsed = takeWords({argv + 1, argv + argc}, words);

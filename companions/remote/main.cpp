@@ -7,10 +7,8 @@
 #include "shared/libcxxutil/report.h"
 
 int main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
+    process_Begin(argv[0]);
     process_CatchStops();
-    gen_set_short_name(argv[0]);
     RemoteOptions options;
     if (const Result parsed = remoteOptions_Parse({argv + 1, argv + argc}, options); !parsed) {
         gen_error("%s", parsed.text().c_str());

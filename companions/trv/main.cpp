@@ -6,7 +6,6 @@
 #include "companions/trv/merge_form.h"
 #include "companions/trv/server_form.h"
 #include "shared/libcxxutil/process_start.h"
-#include "shared/libcxxutil/report.h"
 
 namespace {
 
@@ -26,9 +25,7 @@ void print_usage(std::FILE* to) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
-    gen_set_short_name(argv[0]);
+    process_Begin(argv[0]);
     const std::vector<std::string> words(argv + 1, argv + argc);
     if (words.size() == 1 && words[0] == "--version") {
         std::puts("trv " CW_VERSION);

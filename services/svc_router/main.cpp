@@ -83,10 +83,8 @@ int run(const RouterOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    process_KeepStandardStreams();
-    process_LetWritesFail();
+    process_Begin(argv[0]);
     process_CatchStops();
-    gen_set_short_name(argv[0]);
     RouterOptions options;
     const Result parsed = routerOptions_Parse({argv + 1, argv + argc}, options);
     if (!parsed) {

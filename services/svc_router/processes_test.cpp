@@ -8,11 +8,10 @@
 #include <random>
 #include <thread>
 
-#include "services/generated/tra_service_client_impl.h"
-#include "services/generated/tra_service_server_impl.h"
 #include "services/servicerouter_proxy/proxy.h"
 #include "services/servicerouter_proxy/router_place.h"
 #include "services/servicerouter_proxy/stp_child_process.h"
+#include "services/svc_router/peers_testing.h"
 #include "shared/libcxxutil/event_loop.h"
 #include "shared/libcxxutil/report.h"
 
@@ -21,29 +20,8 @@ using std::chrono::milliseconds;
 
 namespace {
 
-struct Server : TRA_server_Impl {
-  protected:
-    TRA_OpenFile_Reply OpenFile(const TRA_OpenFile_Request& request) override {
-        const auto ability = CheckAbility({request.dataFile});
-        return {.win = ability ? ability->powerMmask : 0};
-    }
-    TRA_ScrollToPosition_Reply ScrollToPosition(const TRA_ScrollToPosition_Request&) override {
-        return {.win = 5};
-    }
-    void CloseFile(const TRA_CloseFile_Request&) override {}
-};
-
-struct Client : TRA_client_Impl {
-  protected:
-    TRA_CheckAbility_Reply CheckAbility(const TRA_CheckAbility_Request&) override {
-        return {.powerMmask = 7};
-    }
-    void RunCmdInDebugger(const TRA_RunCmdInDebugger_Request&) override {}
-    TRA_ShowPositionInDebugger_Reply ShowPositionInDebugger(
-        const TRA_ShowPositionInDebugger_Request&) override {
-        return {};
-    }
-};
+using Server = TestServer;
+using Client = TestClient;
 
 struct Factory : ServiceFactory {
     using ServiceFactory::ServiceFactory;

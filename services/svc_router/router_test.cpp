@@ -6,47 +6,15 @@
 #include <filesystem>
 #include <fstream>
 
-#include "services/generated/tra_service_client_impl.h"
-#include "services/generated/tra_service_server_impl.h"
+#include "services/svc_router/peers_testing.h"
 #include "services/svc_router/router_options.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 
-struct Server : TRA_server_Impl {
-    std::vector<std::string> calls;
-    int lost = 0;
-    void connectionLost() override { ++lost; }
-
-  protected:
-    TRA_OpenFile_Reply OpenFile(const TRA_OpenFile_Request& request) override {
-        calls.push_back(request.dataFile);
-        // Calls back within the call.
-        const auto ability = CheckAbility({request.dataFile});
-        return {.win = ability ? ability->powerMmask : 0};
-    }
-    TRA_ScrollToPosition_Reply ScrollToPosition(const TRA_ScrollToPosition_Request&) override { return {}; }
-    void CloseFile(const TRA_CloseFile_Request&) override {}
-};
-
-struct Client : TRA_client_Impl {
-    uint32_t ability = 6;
-    int lost = 0;
-    std::function<void()> asked;
-    void connectionLost() override { ++lost; }
-
-  protected:
-    TRA_CheckAbility_Reply CheckAbility(const TRA_CheckAbility_Request&) override {
-        if (asked) asked();
-        return {.powerMmask = ability};
-    }
-    void RunCmdInDebugger(const TRA_RunCmdInDebugger_Request&) override {}
-    TRA_ShowPositionInDebugger_Reply ShowPositionInDebugger(
-        const TRA_ShowPositionInDebugger_Request&) override {
-        return {};
-    }
-};
+using Server = TestServer;
+using Client = TestClient;
 
 struct Factory : ServiceFactory {
     using ServiceFactory::ServiceFactory;

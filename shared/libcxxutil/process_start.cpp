@@ -6,6 +6,8 @@
 #include <csignal>
 #include <initializer_list>
 
+#include "shared/libcxxutil/report.h"
+
 namespace {
 void do_nothing(int) {}
 
@@ -14,6 +16,12 @@ void note_stop(int) {
     stop_asked = 1;
 }
 }  // namespace
+
+void process_Begin(const char* program) {
+    process_KeepStandardStreams();
+    process_LetWritesFail();
+    gen_set_short_name(program);
+}
 
 void process_KeepStandardStreams() {
     // The lowest free number is given first, so one too many is opened, and closed again.

@@ -1,6 +1,10 @@
 // What a program does before anything else.
 #pragma once
 
+// The first line of a program's main: both of the next two, and the name ahead of its messages. program is
+// its argv[0].
+void process_Begin(const char* program);
+
 // Keeps the places of the standard streams: one that was closed by whoever started the program must not be
 // given to the next file that is opened, which would then take the messages. Reading from such a stream gives
 // nothing, writing fails.
