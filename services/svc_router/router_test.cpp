@@ -48,14 +48,14 @@ struct Suite {
 
 class PlugIn {
   public:
-    explicit PlugIn(Suite& suite, ServiceRouterOptions options = {}) : suite_(suite) {
+    explicit PlugIn(Suite& suite, const ServiceRouterOptions& options = {}) : suite_(suite) {
         const STPTransportOptions own{.calls = &calls_, .gate = &gate_};
         auto [near, far] =
             STPTransport::createInProcessPair(own, {.calls = &suite.routerCalls, .gate = &suite.routerGate});
         transport = near;
         far_ = far;
         ServiceRouterHooks hooks;
-        hooks.joining = [](Ref<STPTransport>) { return rounds(); };
+        hooks.joining = [](const Ref<STPTransport>&) { return rounds(); };
         hooks.calls = [](const STPSpecClass& service) {
             auto retry = rounds();
             retry->AddCondition([&service] { return service.localUp() || service.remoteUp(); });
@@ -123,7 +123,7 @@ struct TwoPlugIns : testing::Test {
         asker.join();
     }
     void TearDown() override { PlugIn::others.clear(); }
-    bool connect(ServiceWish wish = {.name = "TRA"}) {
+    bool connect(const ServiceWish& wish = {.name = "TRA"}) {
         return asker.proxy->connectService(*client, wish, nullptr, &status);
     }
     void turns() {
