@@ -153,8 +153,8 @@ TEST_F(TwoPlugIns, AreConnectedAndCallEachOtherAndBack) {
 }
 
 TEST_F(TwoPlugIns, WhatCannotBeConnectedIsSaid) {
-    const auto text = [&](ServiceWish wish) {
-        EXPECT_FALSE(connect(std::move(wish)));
+    const auto text = [&](const ServiceWish& wish) {
+        EXPECT_FALSE(connect(wish));
         return status.text;
     };
     EXPECT_EQ(text({.name = "None"}), "No program offers the service \"None\".");
