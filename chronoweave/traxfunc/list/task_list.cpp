@@ -187,16 +187,23 @@ laActivity TraxTaskList::ActivityOf(const MslObjectEntry& entry) const {
     return known == activity_.end() ? laActivity() : known->second;
 }
 
-// Gives how long the entry and all in it ran.
+// Gives how long the entry and all in it ran, where that decides.
 double TraxTaskList::Sort(MslObjectEntry& entry) {
-    std::unordered_map<const MslObjectEntry*, double> ran;
-    double sum = ActivityOf(entry).ran;
-    for (auto& child : entry.children) sum += ran[child.get()] = Sort(*child);
     const bool byActivity = settings_.mostActiveFirst && !settings_.sortAroundEvent;
-    std::stable_sort(entry.children.begin(), entry.children.end(), [&](const auto& a, const auto& b) {
-        const double ofA = byActivity ? ran[a.get()] : 0, ofB = byActivity ? ran[b.get()] : 0;
-        return ofA != ofB ? ofA > ofB : laTask_Compare(settings_, items_, *a, *b);
+    double sum = byActivity ? ActivityOf(entry).ran : 0;
+    if (entry.children.empty()) return sum;
+    std::vector<std::pair<double, std::unique_ptr<MslObjectEntry>>> ranked;
+    ranked.reserve(entry.children.size());
+    for (auto& child : entry.children) {
+        const double ran = Sort(*child);
+        sum += ran;
+        ranked.emplace_back(ran, std::move(child));
+    }
+    std::ranges::stable_sort(ranked, [&](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first > b.first
+                                  : laTask_Compare(settings_, items_, *a.second, *b.second);
     });
+    for (size_t i = 0; i < ranked.size(); ++i) entry.children[i] = std::move(ranked[i].second);
     return sum;
 }
 
