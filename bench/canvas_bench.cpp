@@ -83,8 +83,10 @@ Outcome view_memory(const BenchPlace& place, const BenchInput& input) {
     return outcome;
 }
 
+enum class Look { Window, Plain };  // Plain: no rows of processors, no tints and no numbers
+
 // A whole picture of a hundred lanes and a million events, against clearing the same pixels; processor time.
-Outcome repaint(const BenchPlace& place) {
+Outcome repaint(const BenchPlace& place, Look look) {
     Outcome outcome = outcome_OfTrouble("the trace can't be shown");
     bench_WithSurface([&](Surface& surface) {
         LaGraph graph;
@@ -92,7 +94,8 @@ Outcome repaint(const BenchPlace& place) {
         graph.font = surface.fontMetrics(Font_Application);
         const auto canvas = input_Canvas(place, place.hundredTasks, graph, view_width, view_height);
         if (!canvas) return;
-        canvas->list.processorRows = true;  // as in a window
+        canvas->list.processorRows = look == Look::Window;
+        canvas->options.plainMarks = canvas->options.plainSwitches = look == Look::Plain;
         if (!laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, {.paint = true})) return;
         laCanvas_Resort(*canvas);
         const auto subject = [&] { laCanvas_Repaint(*canvas); };
@@ -128,5 +131,6 @@ void register_CanvasBenchmarks(const BenchPlace& place) {
             measure_Register("view memory/" + input.name,
                              [&place, input] { return view_memory(place, input); });
     }
-    measure_Register("repaint/100 lanes", [&place] { return repaint(place); });
+    measure_Register("repaint/100 lanes", [&place] { return repaint(place, Look::Window); });
+    measure_Register("repaint, plain look/100 lanes", [&place] { return repaint(place, Look::Plain); });
 }
