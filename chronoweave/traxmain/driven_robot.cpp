@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr auto patience = std::chrono::seconds(20);
+constexpr auto patience = std::chrono::seconds(60);  // for a machine that has other things to do
 
 // Starts a program whose output nobody wants; its process, -1 when it is not there.
 int start(const std::vector<std::string>& command, int keptOpen = -1) {

@@ -139,6 +139,11 @@ void bookmark(Robot& robot) {
 void colour_in_legend(Robot& robot) {
     robot.key("alt+c");
     robot.choose("Legend");
+    // What is clicked or typed before the window has the keyboard would go to the canvas.
+    robot.waitFor("the legend", [] {
+        const QWidget* active = QApplication::activeWindow();
+        return active != nullptr && active->windowTitle().startsWith(QLatin1String("Legend for"));
+    });
     const QRect list = robot.placeOf("list");
     int row = 0, column = 0;
     robot.look([&] {
@@ -150,6 +155,10 @@ void colour_in_legend(Robot& robot) {
     robot.picture("6-legend");
     // Enter on the first row opens the dialog of its line.
     robot.click(QPoint(list.x() + column + 30, list.y() + row + 10));
+    robot.waitFor("the list's keyboard", [] {
+        const QWidget* focus = QApplication::focusWidget();
+        return focus != nullptr && focus->objectName() == QLatin1String("list");
+    });
     robot.key("Return");
     robot.click(robot.middleOf("tf_red"));
     robot.key("ctrl+a");
