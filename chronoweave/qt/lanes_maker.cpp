@@ -1,5 +1,6 @@
 #include "chronoweave/qt/lanes_maker.h"
 
+#include "chronoweave/engine/lanes/lane_build.h"
 #include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/fetch/lanes.h"
 #include "shared/libcxxutil/gate.h"

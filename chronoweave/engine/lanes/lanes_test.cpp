@@ -6,6 +6,7 @@
 #include <set>
 
 #include "chronoweave/engine/lanes/lane_build.h"
+#include "chronoweave/engine/lanes/lane_table.h"
 #include "chronoweave/engine/lanes/lane_walk.h"
 #include "chronoweave/engine/lanes/lanes_testing.h"
 #include "chronoweave/engine/lanes/packed_column.h"
@@ -316,6 +317,100 @@ TEST_F(LanesTest, StoresThatCantBeIndexedHaveNoIndex) {
         }
         EXPECT_FALSE(build.Made()) << c.what;
         EXPECT_TRUE(build.trouble().ok()) << build.trouble().text();
+    }
+}
+
+// What a lane gives by number, tick and sequence is what the events did to its object, one after the other.
+struct PlainLane {
+    std::vector<LaneStatus> statuses;
+    std::vector<LaneEvent> events;
+};
+std::map<uint32_t, PlainLane> lanes_of(const EventList& list) {
+    std::map<uint32_t, PlainLane> lanes;
+    StateTable state;
+    for (const EventRecord& event : list) {
+        Statuses before = statuses_of(state);
+        mt_ApplyEventToState(state, event);
+        Statuses after = statuses_of(state);
+        for (const auto& [object, status] : before) after.try_emplace(object, lane_Absent);
+        for (const auto& [object, status] : after)
+            if (before.try_emplace(object, lane_Absent).first->second != status)
+                lanes[object].statuses.push_back({event.time, status, event.sequence});
+        lanes[load_be32(event.extra.data())].events.push_back(
+            {event.time, lane_Kind(event.type, event.subtype), event.sequence});
+    }
+    return lanes;
+}
+
+template <class Entry>
+uint32_t count_ahead(const std::vector<Entry>& entries, mt_Time tick) {
+    return static_cast<uint32_t>(
+        std::count_if(entries.begin(), entries.end(), [tick](const Entry& e) { return e.tick < tick; }));
+}
+template <class Entry>
+uint32_t count_before(const std::vector<Entry>& entries, uint32_t sequence) {
+    return static_cast<uint32_t>(std::count_if(entries.begin(), entries.end(),
+                                               [sequence](const Entry& e) { return e.sequence < sequence; }));
+}
+
+class LaneTableTest : public LanesTest {
+  protected:
+    void ExpectLane(LaneReader reader, const PlainLane& plain) {
+        ASSERT_EQ(reader.StatusCount(), plain.statuses.size());
+        ASSERT_EQ(reader.EventCount(), plain.events.size());
+        for (uint32_t n = 0; n < reader.StatusCount(); ++n) ExpectStatus(reader, plain, n);
+        for (uint32_t n = 0; n < reader.EventCount(); ++n) ExpectEvent(reader, plain, n);
+        for (int turn = 0; turn < 30; ++turn) {
+            const mt_Time tick = below(static_cast<uint32_t>(list_[list_.size() - 1].time) + 3);
+            const uint32_t sequence = below(static_cast<uint32_t>(list_.size()) + 3);
+            EXPECT_EQ(reader.FirstStatusFrom(tick), count_ahead(plain.statuses, tick));
+            EXPECT_EQ(reader.FirstEventFrom(tick), count_ahead(plain.events, tick));
+            EXPECT_EQ(reader.FirstStatusAt(sequence), count_before(plain.statuses, sequence));
+            EXPECT_EQ(reader.FirstEventAt(sequence), count_before(plain.events, sequence));
+            if (reader.StatusCount() > 0) ExpectStatus(reader, plain, below(reader.StatusCount()));
+            if (reader.EventCount() > 0) ExpectEvent(reader, plain, below(reader.EventCount()));
+        }
+        EXPECT_EQ(reader.StateAhead(reader.StatusCount()),
+                  plain.statuses.empty() ? lane_Absent : plain.statuses.back().state);
+    }
+    static void ExpectStatus(LaneReader& reader, const PlainLane& plain, uint32_t n) {
+        const LaneStatus status = reader.status(n);
+        ASSERT_EQ(std::tie(status.tick, status.state, status.sequence),
+                  std::tie(plain.statuses[n].tick, plain.statuses[n].state, plain.statuses[n].sequence));
+    }
+    static void ExpectEvent(LaneReader& reader, const PlainLane& plain, uint32_t n) {
+        const LaneEvent event = reader.event(n);
+        ASSERT_EQ(std::tie(event.tick, event.kind, event.sequence),
+                  std::tie(plain.events[n].tick, plain.events[n].kind, plain.events[n].sequence));
+    }
+    void ExpectTable(const LaneTable& table) {
+        const auto lanes = lanes_of(list_);
+        ASSERT_EQ(table.EndEvent(), list_.size() + 1);
+        ASSERT_EQ(table.size(), lanes.size());
+        uint32_t at = 0;
+        for (const auto& [object, plain] : lanes) {
+            const uint32_t lane = table.find(object);
+            ASSERT_EQ(table.ById()[at++], lane);
+            ASSERT_EQ(table.ObjectOf(lane), object);
+            ASSERT_NO_FATAL_FAILURE(ExpectLane(LaneReader(table, lane), plain));
+            uint32_t seen = table.EndEvent();
+            if (!plain.statuses.empty()) seen = plain.statuses[0].sequence;
+            if (!plain.events.empty()) seen = std::min(seen, plain.events[0].sequence);
+            EXPECT_EQ(table.FirstSeen(lane), seen);
+        }
+        EXPECT_EQ(table.find(0xFFFFFFFE), LaneTable::none);
+        for (uint32_t sequence = 1; sequence < table.EndEvent(); ++sequence)
+            ASSERT_EQ(table.TickOf(sequence), list_[sequence - 1].time);
+        for (mt_Time tick = 0; tick < list_[list_.size() - 1].time + 2; tick += 1 + below(5))
+            ASSERT_EQ(table.FirstFrom(tick), *index_->FirstFrom(tick));
+    }
+};
+
+TEST_F(LaneTableTest, LanesAreWhatTheEventsDid) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        ASSERT_NO_FATAL_FAILURE(
+            open(random_events(seed, 20 + 60 * seed), seed % 4 == 0 ? 1000 : lanes_TestBlock));
+        ASSERT_NO_FATAL_FAILURE(ExpectTable(LaneTable(*index_))) << seed;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "chronoweave/traxfunc/fetch/lanes.h"
 
+#include "chronoweave/engine/lanes/lane_build.h"
 #include "shared/libcxxutil/report.h"
 
 void laLanes_Open(LaSource& source) {

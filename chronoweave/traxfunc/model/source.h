@@ -5,12 +5,19 @@
 #include <memory>
 #include <string>
 
-#include "chronoweave/engine/lanes/lane_build.h"
 #include "chronoweave/engine/time_base.h"
 #include "chronoweave/rtos/legend.h"
 #include "libtrv/trace_store.h"
 
+class LaneBuild;
+class LaneIndex;
+
 struct LaSource {
+    LaSource();
+    ~LaSource();
+    LaSource(const LaSource&) = delete;
+    LaSource& operator=(const LaSource&) = delete;
+
     TraceStorePtr store;  // null when the canvas is empty
     // The store's lane index, null while there is none; and the making of one, while that goes on.
     std::shared_ptr<LaneIndex> lanes;

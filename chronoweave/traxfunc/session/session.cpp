@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "chronoweave/engine/lanes/lane_index.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
