@@ -51,21 +51,21 @@ void DebuggerLink::Later(std::function<void()> work) {
 
 void DebuggerLink::AskLater(const _LaCanvasData& canvas, std::function<void(const laDebuggerCan&)> told) {
     const _LaCanvasData* const asked = &canvas;
-    Later([this, asked, told = std::move(told)] {
-        if (laDebugger_Of(*asked) != this) return;
+    Later([this, asked, watch = laDebuggerWatch(canvas), told = std::move(told)] {
+        if (!watch.holds()) return;
         const laDebuggerCan can = Ask(*asked);
-        if (laDebugger_Of(*asked) == this) told(can);
+        if (watch.holds()) told(can);
     });
 }
 
 // Of several clicks before the debugger is told, the last one counts.
 void DebuggerLink::PointLater(const _LaCanvasData& canvas, const laDebuggerPlace& place) {
     if (!around_.service(canvas)) return;
-    if (std::exchange(pointed_, place)) return;
     const _LaCanvasData* const from = &canvas;
-    Later([this, from] {
-        const laDebuggerPlace last = *std::exchange(pointed_, std::nullopt);
-        if (laDebugger_Of(*from) != this || !Ask(*from).shows || laDebugger_Of(*from) != this) return;
+    if (!pointed_.insert_or_assign(from, place).second) return;
+    Later([this, from, watch = laDebuggerWatch(canvas)] {
+        const laDebuggerPlace last = pointed_.extract(from).mapped();
+        if (!watch.holds() || !Ask(*from).shows || !watch.holds()) return;
         if (const auto service = around_.service(*from))
             service->ShowPosition(around_.file(*from), last.objectId, time_text(last.time), pc_of(last));
     });
@@ -74,30 +74,38 @@ void DebuggerLink::PointLater(const _LaCanvasData& canvas, const laDebuggerPlace
 void DebuggerLink::GotoLater(const _LaCanvasData& canvas, const laDebuggerPlace& place,
                              std::function<void(const std::string& problem)> failed) {
     const _LaCanvasData* const from = &canvas;
-    Later([this, from, place, failed = std::move(failed)] {
-        if (laDebugger_Of(*from) != this) return;
+    Later([this, from, watch = laDebuggerWatch(canvas), place, failed = std::move(failed)] {
+        if (!watch.holds()) return;
         const std::string problem = Goto(*from, place);
-        if (!problem.empty() && laDebugger_Of(*from) == this) failed(problem);
+        if (!problem.empty() && watch.holds()) failed(problem);
     });
 }
 
 std::string DebuggerLink::Goto(const _LaCanvasData& canvas, const laDebuggerPlace& place) {
     const uint32_t id = place.objectId;
     if (around_.plugin() && place.pc) {
-        const auto address = static_cast<uint32_t>(*place.pc);
-        around_.busy(true);
-        const bool shown = RunDebuggerCommand(canvas,
-                                              gen_format("attach 0x%x; route debugger.pid.%d e 0x%x", id,
-                                                         static_cast<int>(id), address),
-                                              ReportLost::Yes, AutoConnect::Allowed) ||
-                           RunDebuggerCommand(canvas, gen_format("__raisewindow; e 0x%x", address),
-                                              ReportLost::No, AutoConnect::Forbidden);
-        around_.busy(false);
-        return shown ? std::string() : gen_format("Failed to show task 0x%x at address 0x%x.", id, address);
+        const uint32_t address = pc_of(place);
+        return GotoByPlugin(canvas, id, address)
+                   ? std::string()
+                   : gen_format("Failed to show task 0x%x at address 0x%x.", id, address);
     }
+    const laDebuggerWatch watch(canvas);
     const laDebuggerCan can = Ask(canvas);
-    if (laDebugger_Of(canvas) != this) return {};
+    if (!watch.holds()) return {};
     return can.shows && Show(canvas, place) ? std::string() : "The debugger does not show positions.";
+}
+
+bool DebuggerLink::GotoByPlugin(const _LaCanvasData& canvas, uint32_t objectId, uint32_t address) {
+    const From from{canvas};
+    around_.busy(true);
+    const bool shown =
+        Run(from,
+            gen_format("attach 0x%x; route debugger.pid.%d e 0x%x", objectId, static_cast<int>(objectId),
+                       address),
+            ReportLost::Yes, AutoConnect::Allowed) ||
+        Run(from, gen_format("__raisewindow; e 0x%x", address), ReportLost::No, AutoConnect::Forbidden);
+    around_.busy(false);
+    return shown;
 }
 
 bool DebuggerLink::Show(const _LaCanvasData& canvas, const laDebuggerPlace& place) {
@@ -110,8 +118,8 @@ bool DebuggerLink::Show(const _LaCanvasData& canvas, const laDebuggerPlace& plac
 }
 
 bool DebuggerLink::ShowPast(const _LaCanvasData& canvas, const laDebuggerPlace& place) {
-    return Show(canvas, place) && laDebugger_Of(canvas) == this &&
-           RunByEitherRoute(canvas, "rewindscope", place);
+    const laDebuggerWatch watch(canvas);
+    return Show(canvas, place) && watch.holds() && RunByEitherRoute(canvas, "rewindscope", place);
 }
 
 bool DebuggerLink::Attach(const _LaCanvasData& canvas, uint32_t objectId) {
@@ -124,14 +132,15 @@ bool DebuggerLink::Rewindscope(const _LaCanvasData& canvas, uint32_t objectId) {
 
 bool DebuggerLink::RunByEitherRoute(const _LaCanvasData& canvas, const std::string& command,
                                     const laDebuggerPlace& place) {
+    const From from{canvas};
     if (const std::shared_ptr<DebuggerService> service = around_.service(canvas)) {
         const std::string file = around_.file(canvas);
         const bool takes = (service->Abilities(file) & Debugger_Commands) != 0;
-        if (laDebugger_Of(canvas) != this) return false;
+        if (!from.watch.holds()) return false;
         if (takes && service->RunCommand(file, command, place.objectId, time_text(place.time), pc_of(place)))
             return true;
     }
-    return RunDebuggerCommand(canvas, command, ReportLost::Yes, AutoConnect::Allowed);
+    return Run(from, command, ReportLost::Yes, AutoConnect::Allowed);
 }
 
 DebuggerLink::Sent DebuggerLink::Send(const std::string& command) {
@@ -150,6 +159,11 @@ void DebuggerLink::Probe() {
 
 bool DebuggerLink::RunDebuggerCommand(const _LaCanvasData& canvas, const std::string& command,
                                       ReportLost reportLost, AutoConnect autoConnect) {
+    return Run({canvas}, command, reportLost, autoConnect);
+}
+
+bool DebuggerLink::Run(const From& from, const std::string& command, ReportLost reportLost,
+                       AutoConnect autoConnect) {
     if (!around_.plugin()) {
         if (reportLost == ReportLost::Yes) around_.beep();
         return false;
@@ -166,20 +180,20 @@ bool DebuggerLink::RunDebuggerCommand(const _LaCanvasData& canvas, const std::st
         around_.error("Plugin connection to VOREL is lost.");
         return false;
     }
-    if (!autoConnectRefused_ && autoConnect == AutoConnect::Allowed && laDebugger_Of(canvas) == this)
-        if (const auto second = ConnectTarget(canvas, command, reportLost)) return *second;
+    if (!autoConnectRefused_ && autoConnect == AutoConnect::Allowed && from.watch.holds())
+        if (const auto second = ConnectTarget(from, command, reportLost)) return *second;
     if (reportLost == ReportLost::Yes) around_.beep();
     return false;
 }
 
 // The debugger may have refused because it is not connected to the target. What came of the second try;
 // nothing where there was none.
-std::optional<bool> DebuggerLink::ConnectTarget(const _LaCanvasData& canvas, const std::string& command,
+std::optional<bool> DebuggerLink::ConnectTarget(const From& from, const std::string& command,
                                                 ReportLost reportLost) {
-    const std::string target = around_.target(canvas);
+    const std::string target = around_.target(from.canvas);
     if (target.empty()) return std::nullopt;
     if (Send("remote -noprocess tgtlnk -port udp@" + target) == Sent::Done)
-        return RunDebuggerCommand(canvas, command, reportLost, AutoConnect::Forbidden);
+        return Run(from, command, reportLost, AutoConnect::Forbidden);
     autoConnectRefused_ = !around_.question("Cannot automatically connect to \"" + target +
                                             "\" with tgtlnk. Try again next time?");
     return std::nullopt;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -75,16 +76,23 @@ class DebuggerLink : public laDebugger {
     enum class Sent { Refused, Done, Lost };
     Sent Send(const std::string& command);
     void Probe();
-    std::optional<bool> ConnectTarget(const _LaCanvasData& canvas, const std::string& command,
-                                      ReportLost reportLost);
     bool RunByEitherRoute(const _LaCanvasData& canvas, const std::string& command,
                           const laDebuggerPlace& place);
+    // The canvas of a command, which may go while that is sent.
+    struct From {
+        const _LaCanvasData& canvas;
+        laDebuggerWatch watch{canvas};
+    };
+    bool Run(const From& from, const std::string& command, ReportLost reportLost, AutoConnect autoConnect);
+    std::optional<bool> ConnectTarget(const From& from, const std::string& command, ReportLost reportLost);
+    bool GotoByPlugin(const _LaCanvasData& canvas, uint32_t objectId, uint32_t address);
     void Later(std::function<void()> work);
 
     DebuggerSurroundings around_;
-    bool routeProbed_ = false;                // the probe was sent once
-    bool routeKnown_ = false;                 // and taken: commands can be wrapped
-    bool autoConnectRefused_ = false;         // the user does not want to be asked again
-    std::optional<laDebuggerPlace> pointed_;  // and not told yet
+    bool routeProbed_ = false;         // the probe was sent once
+    bool routeKnown_ = false;          // and taken: commands can be wrapped
+    bool autoConnectRefused_ = false;  // the user does not want to be asked again
+    // The last click of each canvas that is not told yet.
+    std::map<const _LaCanvasData*, laDebuggerPlace> pointed_;
     std::vector<int> tasks_;
 };

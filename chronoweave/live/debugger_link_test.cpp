@@ -68,7 +68,6 @@ struct Desk {
         link = std::make_unique<DebuggerLink>(around);
         laDebugger_Set(*canvas, link.get());
     }
-    ~Desk() { laDebugger_Set(*canvas, nullptr); }
     uint8_t answer(const std::string& text) {
         calls.push_back(text);
         if (answers.empty()) return 1;
@@ -199,25 +198,50 @@ TEST(DebuggerRoutes, AClickIsShownInADebuggerThatHasTheCanvas) {
     EXPECT_EQ(desk.take(), Texts{"show f.trr 16 1.5 32"});
 }
 
-TEST(DebuggerRoutes, ACanvasThatGoesWithinAQuestionIsNoHarm) {
+TEST(DebuggerRoutes, ClicksInTwoWindowsAreBothTold) {
     Desk desk;
     desk.service = std::make_shared<Service>();
     desk.service->calls = &desk.calls;
-    desk.service->bits = 15;
-    bool told = false;
-    desk.service->inCall = [&] { laDebugger_Set(*desk.canvas, nullptr); };
-    desk.link->AskLater(*desk.canvas, [&](const laDebuggerCan&) { told = true; });
-    desk.link->GotoLater(*desk.canvas, {}, [&](const std::string&) { told = true; });
+    desk.service->bits = Debugger_Shows;
+    _LaCanvasData second(desk.graph);
+    laDebugger_Set(second, desk.link.get());
+    desk.link->PointLater(*desk.canvas, {1, 0.5, {}});
+    desk.link->PointLater(second, {2, 1.5, {}});
     desk.serve();
-    EXPECT_FALSE(told);
-    laDebugger_Set(*desk.canvas, desk.link.get());
-    EXPECT_FALSE(desk.link->Attach(*desk.canvas, 1));
-    EXPECT_EQ(desk.take(), Texts{});
-    laDebugger_Set(*desk.canvas, desk.link.get());
-    desk.service->inCall = {};
-    desk.link->AskLater(*desk.canvas, [&](const laDebuggerCan& can) { told = can.shows; });
-    desk.serve();
-    EXPECT_TRUE(told);
+    EXPECT_EQ(desk.take(), (Texts{"show f.trr 1 0.5 0", "show f.trr 2 1.5 0"}));
+}
+
+TEST(DebuggerRoutes, ACanvasThatGoesWithinAQuestionIsNoHarm) {
+    const std::function<void(Desk&, bool& told)> asks[] = {
+        [](Desk& desk, bool& told) {
+            desk.link->AskLater(*desk.canvas, [&](const laDebuggerCan&) { told = true; });
+        },
+        [](Desk& desk, bool& told) {
+            desk.link->GotoLater(*desk.canvas, {}, [&](const std::string&) { told = true; });
+        },
+        [](Desk& desk, bool&) { desk.link->PointLater(*desk.canvas, {}); },
+        [](Desk& desk, bool& told) { told = desk.link->Attach(*desk.canvas, 1); },
+    };
+    for (const auto& ask : asks) {
+        Desk desk;
+        desk.service = std::make_shared<Service>();
+        desk.service->calls = &desk.calls;
+        desk.service->bits = 15;
+        desk.service->inCall = [&] { desk.canvas.reset(); };
+        bool told = false;
+        ask(desk, told);
+        desk.serve();
+        EXPECT_FALSE(told);
+        EXPECT_EQ(desk.canvas, nullptr);
+        EXPECT_EQ(desk.take(), Texts{});
+    }
+    Desk stays;
+    stays.service = std::make_shared<Service>();
+    stays.service->bits = Debugger_Shows;
+    bool shows = false;
+    stays.link->AskLater(*stays.canvas, [&](const laDebuggerCan& can) { shows = can.shows; });
+    stays.serve();
+    EXPECT_TRUE(shows);
 }
 
 TEST(DebuggerAddress, IsTheNumberBehindItsMark) {

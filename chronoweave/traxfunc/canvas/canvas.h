@@ -37,6 +37,7 @@ class DialogHost;
 class DialogModel;
 class LaFetch;
 class TraxTaskList;
+struct laDebuggerSeat;
 
 struct LaHistoryEntry {
     double low = 0, high = 0;
@@ -70,6 +71,7 @@ struct laUpperFloor {
     std::function<std::vector<std::string>()> recentFiles;  // newest first
     std::function<void()> refreshIntervalChanged;           // the timer starts anew
     std::function<void()> refreshToggled;                   // liveRefresh is on or off now
+    std::shared_ptr<laDebuggerSeat> debugger;               // null for none; see input/debugger.h
     bool iconButtons = true;                                // tool buttons show icons, else texts
     bool serverConnected = false;                           // an event server is
     bool targetPanelOpened = false;                         // the target's panel is, or was once

@@ -1,7 +1,6 @@
 #include "chronoweave/traxfunc/input/debugger.h"
 
 #include <charconv>
-#include <map>
 
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/hit.h"
@@ -9,11 +8,6 @@
 #include "chronoweave/traxfunc/list/task_list.h"
 
 namespace {
-
-std::map<const _LaCanvasData*, laDebugger*>& debuggers() {
-    static std::map<const _LaCanvasData*, laDebugger*> map;
-    return map;
-}
 
 // The place of an object and a time, or of an event, with the address that this tells.
 laDebuggerPlace place_at(_LaCanvasData& canvas, uint32_t objectId, double time, std::optional<size_t> event) {
@@ -44,26 +38,23 @@ std::vector<uint32_t> selected_tasks(const _LaCanvasData& canvas) {
 
 using Step = bool (laDebugger::*)(const _LaCanvasData& canvas, uint32_t objectId);
 
-bool for_selected(const _LaCanvasData& canvas, Step step) {
-    for (const uint32_t task : selected_tasks(canvas)) {
-        laDebugger* const debugger = laDebugger_Of(canvas);
-        if (!debugger || !(debugger->*step)(canvas, task)) return false;
-    }
+bool for_selected(const _LaCanvasData& canvas, laDebugger& debugger, Step step) {
+    const laDebuggerWatch watch(canvas);
+    for (const uint32_t task : selected_tasks(canvas))
+        if (!watch.holds() || !(debugger.*step)(canvas, task)) return false;
     return true;
 }
 
 }  // namespace
 
-void laDebugger_Set(const _LaCanvasData& canvas, laDebugger* debugger) {
-    if (debugger)
-        debuggers()[&canvas] = debugger;
-    else
-        debuggers().erase(&canvas);
+void laDebugger_Set(_LaCanvasData& canvas, laDebugger* debugger) {
+    canvas.calls.upper.debugger =
+        debugger ? std::make_shared<laDebuggerSeat>(laDebuggerSeat{*debugger}) : nullptr;
 }
 
 laDebugger* laDebugger_Of(const _LaCanvasData& canvas) {
-    const auto found = debuggers().find(&canvas);
-    return found == debuggers().end() ? nullptr : found->second;
+    const auto& seat = canvas.calls.upper.debugger;
+    return seat ? &seat->debugger : nullptr;
 }
 
 std::optional<uint64_t> laDebugger_Address(std::string_view text) {
@@ -107,9 +98,9 @@ void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger) {
         return debugger.ShowPast(canvas, place_of(canvas));
     };
     commands[laDebugger_AttachSelected] = [&](const std::string&) {
-        return for_selected(canvas, &laDebugger::Attach);
+        return for_selected(canvas, debugger, &laDebugger::Attach);
     };
     commands[laDebugger_PastSelected] = [&](const std::string&) {
-        return for_selected(canvas, &laDebugger::Rewindscope);
+        return for_selected(canvas, debugger, &laDebugger::Rewindscope);
     };
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,10 +52,24 @@ class laDebugger {
                            std::function<void(const std::string& problem)> failed) = 0;
 };
 
-// The canvas's debugger, from when its window is there until it goes: null takes it away.
-void laDebugger_Set(const _LaCanvasData& canvas, laDebugger* debugger);
-// Null when the canvas has none, or is gone.
+// That a canvas has a debugger. The canvas alone owns it.
+struct laDebuggerSeat {
+    laDebugger& debugger;
+};
+
+// The canvas's debugger, which outlives the canvas or is taken away before: by null.
+void laDebugger_Set(_LaCanvasData& canvas, laDebugger* debugger);
+// Null when the canvas has none.
 laDebugger* laDebugger_Of(const _LaCanvasData& canvas);
+// Tells, after something that serves other programs, whether a canvas is there and has its debugger still.
+class laDebuggerWatch {
+  public:
+    explicit laDebuggerWatch(const _LaCanvasData& canvas) : seat_(canvas.calls.upper.debugger) {}
+    bool holds() const { return !seat_.expired(); }
+
+  private:
+    std::weak_ptr<const laDebuggerSeat> seat_;
+};
 inline laDebuggerCan laDebugger_Ask(const _LaCanvasData& canvas) {
     laDebugger* const debugger = laDebugger_Of(canvas);
     return debugger ? debugger->Ask(canvas) : laDebuggerCan{};
