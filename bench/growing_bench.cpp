@@ -1,11 +1,14 @@
 // A trace that grows: what it costs to bring new events into the picture, against the import of their bytes.
 #include <algorithm>
+#include <climits>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
 #include "bench/inputs.h"
 #include "bench/measure.h"
 #include "chronoweave/import/import.h"
+#include "chronoweave/live/live_view.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/canvas/rows.h"
@@ -13,6 +16,7 @@
 #include "chronoweave/traxfunc/input/view.h"
 #include "chronoweave/traxfunc/session/session.h"
 #include "shared/libcxxutil/paths.h"
+#include "shared/libcxxutil/report.h"
 #include "windlib/lagraph/recording_surface.h"
 
 namespace {
@@ -56,12 +60,17 @@ class GrowingFile {
     OpenedSource opened_;
 };
 
-// The last second of the trace, or what there is of it, moves on with each tick; or the view stands.
-enum class Shown { AllThatIsThere, TheLastSecond };
+// The view stands and the trace grows into it, or the view goes along with the end of the trace.
+enum class Shown { AllThatIsThere, TheEnd };
 
+constexpr double lengthOfAll = 1, lengthOfEnd = 0.05;  // seconds
+constexpr uint64_t eventsOfEnd = 60'000;               // that are there before the first tick; more than fit
+
+// A canvas as a window has it: events of the program note what is to be painted, and then it is.
 class ShownFile {
   public:
-    ShownFile(GrowingFile& file, LaGraph& graph, Shown shown) : shown_(shown) {
+    ShownFile(GrowingFile& file, LaGraph& graph, Shown shown)
+        : shown_(shown), graph_(graph), surface_(graph.surface) {
         TraceStorePtr store = file.store();
         Legend legend;
         if (!store || !configure_Read(legend, mt_GetOsName(store.get()), configure_ConsoleCallbacks(), 0))
@@ -69,34 +78,36 @@ class ShownFile {
         canvas_ = laCanvas_Create(graph, 0);
         laCanvas_Resized(*canvas_, view_width, view_height);
         canvas_->options.prefetch = false;
-        if (!laCanvas_SetUpFromStore(*canvas_, std::move(store), std::move(legend), "live.trr"))
+        if (!laCanvas_SetUpFromStore(*canvas_, std::move(store), std::move(legend), "live.trr") || !show())
             canvas_.reset();
-        else if (shown_ == Shown::AllThatIsThere)
-            laCanvas_ShowRange(*canvas_, 0, 1e3, {.paint = true});
-        else
-            follow();
     }
     bool good() const { return canvas_ != nullptr; }
-    // Whether the items are all that the store has, where all of it is in view.
+    // Whether the view is where it is to be, with all that the store has where all of it is in view.
     bool whole() const {
-        return shown_ != Shown::AllThatIsThere ||
-               canvas_->items.bitmaps.size() == mt_GetEventCount(*canvas_->source.store);
+        if (shown_ == Shown::TheEnd)
+            return std::fabs(canvas_->view.viewHigh - canvas_->source.totalLength) < lengthOfEnd / 100;
+        return canvas_->items.bitmaps.size() == mt_GetEventCount(*canvas_->source.store);
     }
     void tick() {
-        laCanvas_SourceGrew(*canvas_);
-        if (shown_ == Shown::TheLastSecond) follow();
+        graph_.surface = nullptr;
+        live_Follow(*canvas_);
+        graph_.surface = surface_;
+        laCanvas_PaintWanted(*canvas_);
     }
 
   private:
-    void follow() {
-        const double total = canvas_->source.totalLength;
-        laCanvas_ShowRange(*canvas_, std::max(0.0, total - 1), std::max(1.0, total), {.keepLength = moved_});
-        laScroll_Paint(*canvas_);
-        moved_ = true;
+    bool show() {
+        const double end = canvas_->source.totalLength;
+        const bool all = shown_ == Shown::AllThatIsThere;
+        canvas_->options.followEnd = !all;
+        canvas_->options.maxRefreshedEvents = INT_MAX;
+        return laCanvas_ShowRange(*canvas_, all ? 0 : end - lengthOfEnd, all ? lengthOfAll : end,
+                                  {.paint = true});
     }
 
     Shown shown_;
-    bool moved_ = false;
+    LaGraph& graph_;
+    Surface* const surface_;
     std::unique_ptr<_LaCanvasData> canvas_;
 };
 
@@ -104,7 +115,8 @@ Outcome tick(const BenchPlace& place, const std::string& source, uint64_t events
              Shown shown) {
     Outcome outcome = outcome_OfTrouble("the trace can't be shown");
     const uint64_t piece = plain_Size(source) * eventsOfTick / events;
-    GrowingFile first(place, "growing-shown", source, piece), second(place, "growing-plain", source, piece);
+    const uint64_t begin = shown == Shown::TheEnd ? plain_Size(source) * eventsOfEnd / events : piece;
+    GrowingFile first(place, "growing-shown", source, begin), second(place, "growing-plain", source, begin);
     bench_WithSurface([&](Surface& surface) {
         LaGraph graph;
         graph.surface = &surface;
@@ -129,14 +141,17 @@ Outcome tick(const BenchPlace& place, const std::string& source, uint64_t events
 
 }  // namespace
 
+// 100,000 events a second, brought in as often as that many a tick say.
 void register_GrowingBenchmarks(const BenchPlace& place) {
     for (const auto& [shown, name] :
-         {std::pair{Shown::AllThatIsThere, "all"}, {Shown::TheLastSecond, "the last second"}}) {
-        measure_Register(std::string("tick/100 tasks, ") + name, [&place, shown = shown] {
-            return tick(place, place.hundredTasks, 1'000'000, 20'000, shown);
-        });
-        measure_Register(std::string("tick/1000 tasks, ") + name, [&place, shown = shown] {
-            return tick(place, place.thousandTasks, 200'000, 4000, shown);
-        });
-    }
+         {std::pair{Shown::AllThatIsThere, "all"}, {Shown::TheEnd, "the last 50 ms"}})
+        for (const uint32_t tasks : {100u, 1000u})
+            for (const auto& [eventsOfTick, each] :
+                 {std::pair<uint64_t, const char*>{4000, "40 ms"}, {20'000, "200 ms"}})
+                measure_Register(gen_format("tick/%u tasks, %s, each %s", tasks, name, each),
+                                 [&place, tasks, shown = shown, eventsOfTick = eventsOfTick] {
+                                     const uint64_t events = 1'000'000;
+                                     return tick(place, input_Generated(place.work, events, tasks), events,
+                                                 eventsOfTick, shown);
+                                 });
 }

@@ -101,11 +101,21 @@ void paint_strip(_LaCanvasData& canvas) {
     paint_part(canvas, {0, top, graph.width, graph.height}, laPaintReach::Part);
 }
 
-// False when the whole must be painted.
-bool paint_moved(_LaCanvasData& canvas) {
+// What is painted later need not be painted now.
+void leave_out(laScrollPlan::Stretch& columns, const std::vector<LaWanted::Part>& later) {
+    for (const LaWanted::Part& part : later) {
+        if (part.strip != LaWanted::Strip::Columns) continue;
+        if (part.from <= columns.from) columns.from = std::max(columns.from, part.end);
+        if (part.end >= columns.end) columns.end = std::min(columns.end, part.from);
+    }
+}
+
+// False when the whole must be painted. Some columns are painted later.
+bool paint_moved(_LaCanvasData& canvas, const std::vector<LaWanted::Part>& later) {
     const LaGraph& graph = *canvas.graph;
-    const auto plan = laScroll_Plan(canvas.scene());
+    auto plan = laScroll_Plan(canvas.scene());
     if (!plan) return false;
+    for (laScrollPlan::Stretch& columns : plan->columns) leave_out(columns, later);
     const laRect& from = plan->copied;
     const int width = from.right - from.left, height = from.bottom - from.top;
     if (width > 0 && !graph.surface->copyRect(from.left, from.top, width, height, plan->dx, plan->dy))
@@ -141,7 +151,7 @@ void laCanvas_Paint(_LaCanvasData& canvas, const std::function<void()>& work) {
 
 void laCanvas_PaintWanted(_LaCanvasData& canvas) {
     const LaWanted wanted = std::exchange(canvas.wanted, {});
-    if (wanted.whole || (wanted.moved && !paint_moved(canvas))) return paint_whole(canvas);
+    if (wanted.whole || (wanted.moved && !paint_moved(canvas, wanted.parts))) return paint_whole(canvas);
     for (const LaWanted::Part& part : wanted.parts) paint_noted(canvas, part);
     if (wanted.labels) paint_strip(canvas);
 }
@@ -169,7 +179,7 @@ void laCanvas_RepaintRows(_LaCanvasData& canvas, int y0, int y1) {
 void laScroll_Paint(_LaCanvasData& canvas) {
     const bool labels = settle(canvas);
     if (canvas.graph->surface) {
-        if (!paint_moved(canvas)) laCanvas_Repaint(canvas);
+        if (!paint_moved(canvas, {})) laCanvas_Repaint(canvas);
         return;
     }
     note(canvas, laWanted_Moved);

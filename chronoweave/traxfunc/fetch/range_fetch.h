@@ -78,6 +78,7 @@ class LaFetch {
     bool GoOn(uint32_t count, double time, const Progress& progress) const;
     bool ContinueWalk();
     Ended TakeRest(uint64_t end, const Progress& progress, laFetchGrowth& growth);
+    void Warm() const;
     bool MakesLanes(const EventRecord& event) const;
     bool IsNew(uint32_t objectId) const;
     void AddLanes(uint32_t sequence, uint64_t end);

@@ -288,6 +288,13 @@ TEST_F(GrowingTest, PaintsNoMoreThanTheNewColumns) {
     EXPECT_EQ(laCanvas_SourceGrew(grown.canvas), laGrown::InPicture);
     EXPECT_LT(grown.Touched(), whole / 2);
     EXPECT_EQ(grown.Wrong(Cut()), "");
+    // Neither is what no event has reached yet.
+    grown.Show(0, 4 * end);
+    grown.Touched();
+    Write(3060);
+    EXPECT_EQ(laCanvas_SourceGrew(grown.canvas), laGrown::InPicture);
+    EXPECT_LT(grown.Touched(), size_t{width} * height / 2);
+    EXPECT_EQ(grown.Wrong(Cut()), "");
     // What lies behind the view changes no picture.
     grown.Show(0, end / 2);
     Write(3100);

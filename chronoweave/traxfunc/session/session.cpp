@@ -1,6 +1,7 @@
 #include "chronoweave/traxfunc/session/session.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "chronoweave/engine/lanes/lane_index.h"
 #include "chronoweave/traxfunc/canvas/repaint.h"
@@ -41,10 +42,25 @@ bool show_first_view(_LaCanvasData& canvas, uint32_t count) {
            canvas.view.viewHigh > canvas.view.viewLow;
 }
 
-// How many columns an item may reach to the left of its own: an icon, a mark about many, and what is counted
-// by columns.
+// How many columns a new item may change to the left of its own: those of an icon that it hides under, of the
+// mark about many there, and what is counted by columns. To the right it is the item alone.
 int reach_left(const _LaCanvasData& canvas) {
-    return 2 * laIcons_Reach(canvas.looks, canvas.graph->axisFont) + 2 * laSwitches_Strip;
+    return 2 * (laIcons_Reach(canvas.looks, canvas.graph->axisFont) + laSwitches_Strip);
+}
+int reach_right(const _LaCanvasData& canvas) {
+    return laIcons_Reach(canvas.looks, canvas.graph->axisFont) + laSwitches_Strip;
+}
+
+// The columns from a time on to the end of the data, behind which there was and is nothing. False when none
+// of them is in view.
+bool paint_new(_LaCanvasData& canvas, double time) {
+    const auto column = [&](double at) { return (at - canvas.view.viewLow) * canvas.view.pixelsPerUnit; };
+    const double width = canvas.graph->width;
+    const double from = std::max(0.0, column(time) - reach_left(canvas));
+    const double end = std::min(width, std::ceil(column(canvas.source.totalLength)) + reach_right(canvas));
+    if (from >= end) return false;
+    laCanvas_RepaintColumns(canvas, static_cast<int>(from), static_cast<int>(end));
+    return true;
 }
 
 // The picture from a time on; all of it where it isn't one of the items as they were.
@@ -53,9 +69,7 @@ void paint_from(_LaCanvasData& canvas, double time, uint32_t version) {
     if (!painted.valid || painted.itemsVersion != version || painted.low != canvas.view.viewLow ||
         painted.pixelsPerUnit != canvas.view.pixelsPerUnit)
         return laCanvas_Repaint(canvas);
-    const double column = (time - canvas.view.viewLow) * canvas.view.pixelsPerUnit - reach_left(canvas);
-    if (column >= canvas.graph->width) return;
-    laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
+    if (!paint_new(canvas, time)) return;
     // The names of what runs stand where their room is.
     for (const auto& band : laScroll_ProcessorBands(canvas.scene()))
         laCanvas_RepaintRows(canvas, band.from, band.end);
@@ -112,9 +126,7 @@ bool laCanvas_SourceMovedOn(_LaCanvasData& canvas, double low) {
     laCanvas_UpdateTotal(canvas);
     if (!extended || extended->rows || items.itemsVersion != version) return laCanvas_Repaint(canvas), true;
     laScroll_Paint(canvas);
-    const double column = (extended->from - view.viewLow) * view.pixelsPerUnit - reach_left(canvas);
-    if (column < canvas.graph->width)
-        laCanvas_RepaintColumns(canvas, static_cast<int>(std::max(0.0, column)), canvas.graph->width);
+    paint_new(canvas, extended->from);
     return true;
 }
 
