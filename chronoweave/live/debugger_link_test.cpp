@@ -244,6 +244,26 @@ TEST(DebuggerRoutes, ACanvasThatGoesWithinAQuestionIsNoHarm) {
     EXPECT_TRUE(shows);
 }
 
+TEST(DebuggerRoutes, ACommandThatNobodyTakesIsSaidInTheWindow) {
+    Desk desk;
+    desk.plugin = false;
+    laDebugger_Attach(*desk.canvas, *desk.link);
+    const auto run = [&](const char* command) {
+        const auto step = desk.canvas->calls.upper.commands.find(command)->second;
+        return step("");
+    };
+    for (const char* command : {laDebugger_AttachHere, laDebugger_ShowHere, laDebugger_PastHere}) {
+        desk.canvas->fields.message.clear();
+        EXPECT_FALSE(run(command));
+        EXPECT_EQ(desk.canvas->fields.message, "The debugger did not take the command.");
+        EXPECT_EQ(desk.take(), Texts{"beep"});
+    }
+    desk.service = std::make_shared<Service>();
+    desk.service->inCall = [&] { desk.canvas.reset(); };
+    EXPECT_FALSE(run(laDebugger_AttachHere));
+    EXPECT_EQ(desk.canvas, nullptr);
+}
+
 TEST(DebuggerAddress, IsTheNumberBehindItsMark) {
     const struct {
         const char* text;

@@ -54,7 +54,7 @@ class Robot {
     void wheel(QPoint at, int notches, const char* withKey = nullptr);
     void key(const char* chord);  // "ctrl+o"
     void type(const std::string& text);
-    void pause(int milliseconds);
+    static void pause(int milliseconds);
     // Clicks the row of the open menu whose text begins so; '&' is left out.
     void choose(const char* text);
     // Waits for a window with this title, of any program, by what the window system knows.

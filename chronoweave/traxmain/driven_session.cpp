@@ -14,6 +14,14 @@
 
 int run_program(const std::vector<std::string>& arguments, const std::string& pictures,
                 const Script& script) {
+    return run_service(arguments, pictures, [&](Robot& robot) {
+        robot.waitFor("the window", [] { return Robot::canvas() && Robot::canvas()->isActiveWindow(); });
+        script(robot);
+    });
+}
+
+int run_service(const std::vector<std::string>& arguments, const std::string& pictures,
+                const Script& script) {
     const int child = ::fork();
     if (child == 0) {
         std::vector<std::string> words = arguments;
@@ -24,8 +32,6 @@ int run_program(const std::vector<std::string>& arguments, const std::string& pi
         std::thread user([&] {
             Robot robot(pictures);
             try {
-                robot.waitFor("the window",
-                              [] { return Robot::canvas() && Robot::canvas()->isActiveWindow(); });
                 script(robot);
             } catch (const Robot::Fault& fault) {
                 std::fprintf(stderr, "driven: %s\n", fault.what.c_str());

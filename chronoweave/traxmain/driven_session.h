@@ -17,6 +17,8 @@ using Script = std::function<void(Robot&)>;
 // Runs the program in a process of its own, with a user who follows the script, which ends with quitting.
 // The exit status: that of the program, 99 after a fault, which standard error is told.
 int run_program(const std::vector<std::string>& arguments, const std::string& pictures, const Script& script);
+// The same for a program that shows a window only when another program asks for it.
+int run_service(const std::vector<std::string>& arguments, const std::string& pictures, const Script& script);
 
 // Of the first window.
 _LaCanvasData& canvas_data();

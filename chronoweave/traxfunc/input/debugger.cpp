@@ -45,6 +45,15 @@ bool for_selected(const _LaCanvasData& canvas, laDebugger& debugger, Step step) 
     return true;
 }
 
+// The debugger has beeped where it did not take the command; here it is said in words. The canvas, and with
+// it the command, may be gone when that is over.
+bool run_told(_LaCanvasData& canvas, const std::function<bool()>& command) {
+    const laDebuggerWatch watch(canvas);
+    const bool taken = command();
+    if (!taken && watch.holds()) laCanvas_UpdateFields(canvas, 0, "The debugger did not take the command.");
+    return taken;
+}
+
 }  // namespace
 
 void laDebugger_Set(_LaCanvasData& canvas, laDebugger* debugger) {
@@ -87,20 +96,18 @@ void laDebugger_Point(_LaCanvasData& canvas, int x, int y) {
 }
 
 void laDebugger_Attach(_LaCanvasData& canvas, laDebugger& debugger) {
-    auto& commands = canvas.calls.upper.commands;
-    commands[laDebugger_AttachHere] = [&](const std::string&) {
-        return debugger.Attach(canvas, canvas.hand.place.objectId);
+    const auto add = [&](const char* name, auto command) {
+        canvas.calls.upper.commands[name] = [&canvas, &debugger, command](const std::string&) {
+            return run_told(canvas, [&canvas, &debugger, command] { return command(canvas, debugger); });
+        };
     };
-    commands[laDebugger_ShowHere] = [&](const std::string&) {
-        return debugger.Show(canvas, place_of(canvas));
-    };
-    commands[laDebugger_PastHere] = [&](const std::string&) {
-        return debugger.ShowPast(canvas, place_of(canvas));
-    };
-    commands[laDebugger_AttachSelected] = [&](const std::string&) {
-        return for_selected(canvas, debugger, &laDebugger::Attach);
-    };
-    commands[laDebugger_PastSelected] = [&](const std::string&) {
-        return for_selected(canvas, debugger, &laDebugger::Rewindscope);
-    };
+    using Canvas = _LaCanvasData;
+    add(laDebugger_AttachHere,
+        [](Canvas& from, laDebugger& to) { return to.Attach(from, from.hand.place.objectId); });
+    add(laDebugger_ShowHere, [](Canvas& from, laDebugger& to) { return to.Show(from, place_of(from)); });
+    add(laDebugger_PastHere, [](Canvas& from, laDebugger& to) { return to.ShowPast(from, place_of(from)); });
+    add(laDebugger_AttachSelected,
+        [](Canvas& from, laDebugger& to) { return for_selected(from, to, &laDebugger::Attach); });
+    add(laDebugger_PastSelected,
+        [](Canvas& from, laDebugger& to) { return for_selected(from, to, &laDebugger::Rewindscope); });
 }
