@@ -74,7 +74,7 @@ Outcome view_memory(const BenchPlace& place, const BenchInput& input) {
     size_t bytes =
         canvas->items.lanes.bytes() + canvas->items.bitmaps.bytes() + canvas->items.ctxLines.bytes();
     for (uint32_t lane = 0; lane < canvas->items.lanes.size(); ++lane)
-        bytes += canvas->items.lanes[lane].segments.capacity() * sizeof(LaLnSeg);
+        bytes += canvas->items.lanes[lane].segments.bytes();
     Outcome outcome;
     outcome.value = static_cast<double>(bytes) / canvas->items.bitmaps.size();
     outcome.unit = "bytes/event";

@@ -21,6 +21,11 @@ bool same(double a, double b) {
     return std::fabs(a - b) <= sameInstant;
 }
 
+// The first segment that may begin at an instant.
+size_t first_near(const LaSegments& segments, double time) {
+    return segments.FirstEndingFrom(time - 2 * sameInstant);
+}
+
 // The place of a stretch in its lane: for a walk forward the last that fits, for one backward the first.
 // Where the lane has been loaded anew it may be cut elsewhere, or no more.
 std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& wanted, bool forward) {
@@ -31,8 +36,11 @@ std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& 
         whole.time = begin.time;
         if (const auto place = find_stretch(lane, whole, forward)) return place;
     }
-    for (size_t i = 0; i < lane.segments.size() && lane.segments[i].t0 <= wanted.time + sameInstant; ++i) {
-        if (!same(lane.segments[i].t0, wanted.time) || lane.segments[i].status != wanted.status) continue;
+    const LaSegments& segments = lane.segments;
+    for (size_t i = first_near(segments, wanted.time); i < segments.size(); i = segments.Next(i)) {
+        const LaLnSeg segment = segments[i];
+        if (segment.t0 > wanted.time + sameInstant) break;
+        if (!same(segment.t0, wanted.time) || segment.status != wanted.status) continue;
         if (forward || !found) found = i;
     }
     return found;
@@ -40,15 +48,16 @@ std::optional<size_t> find_stretch(const laItem_Line& lane, const DetailStatus& 
 
 // From a place along the lane to one of the status (-1 for any).
 std::optional<size_t> follow(const laItem_Line& lane, size_t from, int32_t status, bool forward) {
-    for (size_t i = from; forward ? i + 1 < lane.segments.size() : i > 0;) {
-        i = forward ? i + 1 : i - 1;
-        if (status < 0 || lane.segments[i].status == status) return i;
+    const LaSegments& segments = lane.segments;
+    for (size_t i = from; forward ? segments.Next(i) < segments.size() : i > 0;) {
+        i = forward ? segments.Next(i) : segments.Previous(i);
+        if (status < 0 || segments[i].status == status) return i;
     }
     return std::nullopt;
 }
 
 DetailStatus stretch_at(const LaItems& items, uint32_t lane, size_t place) {
-    const LaLnSeg& segment = items.lanes[lane].segments[place];
+    const LaLnSeg segment = items.lanes[lane].segments[place];
     return {items.lanes[lane].objectId, segment.status, segment.t0, segment.t1,
             laStretch_Of(items, {laItemType::Line, lane, place})};
 }
@@ -56,8 +65,11 @@ DetailStatus stretch_at(const LaItems& items, uint32_t lane, size_t place) {
 // The stretch that the store found, in the lane as it is loaded now.
 std::optional<size_t> find_found(const laItem_Line& lane, double time, int32_t status, bool forward) {
     std::optional<size_t> found;
-    for (size_t i = 0; i < lane.segments.size() && lane.segments[i].t0 <= time + sameInstant; ++i) {
-        if (!same(lane.segments[i].t0, time) || (status >= 0 && lane.segments[i].status != status)) continue;
+    const LaSegments& segments = lane.segments;
+    for (size_t i = first_near(segments, time); i < segments.size(); i = segments.Next(i)) {
+        const LaLnSeg segment = segments[i];
+        if (segment.t0 > time + sameInstant) break;
+        if (!same(segment.t0, time) || (status >= 0 && segment.status != status)) continue;
         found = i;
         if (forward) break;
     }
@@ -140,7 +152,7 @@ void detail_FindEnds(_LaCanvasData& canvas, DetailStatus& stretch) {
 }
 
 DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
-    const laItem_Bitmap& item = canvas.items.bitmaps[static_cast<uint32_t>(icon)];
+    const laItem_Bitmap item = canvas.items.bitmaps[static_cast<uint32_t>(icon)];
     return {item.time,
             item.lane == laNoLane ? laAgentId : canvas.items.lanes[item.lane].objectId,
             laItem_StoreSequence(canvas.items, item),
@@ -150,7 +162,7 @@ DetailEvent detail_EventOf(const _LaCanvasData& canvas, size_t icon) {
 }
 
 DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line) {
-    const laItem_Ctx& item = canvas.items.ctxLines[static_cast<uint32_t>(line)];
+    const laItem_Ctx item = canvas.items.ctxLines[static_cast<uint32_t>(line)];
     uint32_t first = static_cast<uint32_t>(line);
     while (first > 0 && same(canvas.items.ctxLines[first - 1].t0, item.t0)) --first;
     return {item.t0, canvas.items.lanes[item.fromLane].objectId, canvas.items.lanes[item.toLane].objectId,
@@ -186,7 +198,7 @@ std::optional<DetailStatus> detail_StepStatus(_LaCanvasData& canvas, const Detai
     uint32_t at = laNoLane;
     if (const laItem_Line* lane = laCanvas_FindLane(canvas.items, from.object, &at)) {
         const auto present = find_stretch(*lane, from, forward);
-        const size_t edge = forward ? lane->segments.size() - 1 : 0;
+        const size_t edge = forward && !lane->segments.empty() ? lane->segments.Last() : 0;
         const size_t next = present ? follow(*lane, *present, target, forward).value_or(edge) : edge;
         if (next != edge) {
             const DetailStatus found = stretch_at(canvas.items, at, next);

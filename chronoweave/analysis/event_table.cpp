@@ -236,7 +236,7 @@ std::vector<uint32_t> EventTable::Candidates() const {
     const uint32_t end = canvas_.items.bitmaps.size();
     for (uint32_t i = laBm_FirstAt(canvas_.items, canvas_.view.viewLow);
          i < end && canvas_.items.bitmaps[i].time <= canvas_.view.viewHigh; ++i) {
-        const laItem_Bitmap& icon = canvas_.items.bitmaps[i];
+        const laItem_Bitmap icon = canvas_.items.bitmaps[i];
         if (icon.lane == laNoLane || !lanes[icon.lane]) continue;
         const uint8_t named = rows[static_cast<size_t>(icon.event)];
         if (named == 1 || (named == askEach && event.fits(event_text(canvas_, icon)))) ids.push_back(i);
@@ -340,7 +340,7 @@ void EventTable::FollowCursor() {
 std::string EventTable::Cell(uint32_t icon, int column) {
     // A view may ask for rows of items that are gone, until it is told of the new ones.
     if (icon >= canvas_.items.bitmaps.size() || basis_.items != canvas_.items.itemsVersion) return {};
-    const laItem_Bitmap& item = canvas_.items.bitmaps[icon];
+    const laItem_Bitmap item = canvas_.items.bitmaps[icon];
     switch (static_cast<Column>(column)) {
         case Column_Time:
             return laCanvas_ExactTime(canvas_, item.time);

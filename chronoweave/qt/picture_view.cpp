@@ -531,7 +531,7 @@ void PictureView::drawMarkedEvent(QPainter& painter) {
     const auto icon =
         canvas_->marks.markedEvent ? detail_FindIcon(*canvas_, canvas_->marks.markedEvent) : std::nullopt;
     if (!icon) return;
-    const laItem_Bitmap& item = canvas_->items.bitmaps[static_cast<uint32_t>(*icon)];
+    const laItem_Bitmap item = canvas_->items.bitmaps[static_cast<uint32_t>(*icon)];
     const bool seen = item.time >= canvas_->view.viewLow && item.time <= canvas_->view.viewHigh;
     if (!seen || item.lane == laNoLane || canvas_->items.lanes[item.lane].hidden) return;
     const laRect box = laItem_Rect(canvas_->items, canvas_->looks,

@@ -62,7 +62,7 @@ void kept_SelectWait(CanvasWindow& window) {
     uint32_t object = 0;
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
         if (std::ranges::find(idle, canvas.items.lanes[i].objectId) != idle.end()) continue;
-        for (const LaLnSeg& one : canvas.items.lanes[i].segments)
+        for (const LaLnSeg one : canvas.items.lanes[i].segments)
             if (one.status == ready && one.t0 > canvas.view.viewLow && one.t1 < canvas.view.viewHigh &&
                 one.t1 - one.t0 > longest.t1 - longest.t0) {
                 longest = one;

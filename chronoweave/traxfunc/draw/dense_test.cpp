@@ -40,7 +40,7 @@ class Dense : public testing::Test {
 
     void Switch(int x, int count = 1) {
         const int32_t plain = canvas.looks.legend.contextSwitchStatus;
-        for (int i = 0; i < count; ++i) canvas.items.ctxLines.push_back({x * unit, 0, 1, plain});
+        for (int i = 0; i < count; ++i) canvas.items.ctxLines.kept().push_back({x * unit, 0, 1, plain});
     }
     void Icon(int x, int32_t event = 0) {
         laBm_Append(canvas.items, {x * unit, 0, canvas.items.bitmaps.size(), event, 1, 0});
@@ -120,7 +120,7 @@ TEST_F(Dense, HiddenRowsMakeNoStripDense) {
     Switch(19, 5);
     canvas.items.lanes[1].hidden = false;
     canvas.looks.statusLooks[9].shown = false;
-    for (int i = 0; i < 5; ++i) canvas.items.ctxLines.push_back({35 * unit, 0, 1, 9});
+    for (int i = 0; i < 5; ++i) canvas.items.ctxLines.kept().push_back({35 * unit, 0, 1, 9});
     Switch(35);
     EXPECT_NE(Between(19), SwitchColour());
     EXPECT_EQ(Between(35), SwitchColour());
@@ -142,8 +142,7 @@ TEST_F(Dense, AMarkCountsWhatItHides) {
          {{0, 12}, {11, 28}, {0, 46}}},
     };
     for (const Case& one : cases) {
-        canvas.items.lanes[0].iconTimes.clear();
-        canvas.items.lanes[0].iconEvents.clear();
+        canvas.items.lanes[0].icons.Clear();
         for (const int x : one.columns) Icon(x);
         EXPECT_EQ(Shown(), one.shown) << one.what;
     }
@@ -166,16 +165,18 @@ TEST_F(Dense, ImportantEventsAreWholeAndNoIconIsLost) {
     for (laShownIcon one; walk.Next(one);) {
         if (one.hidden == 0) {
             ++whole;
-            if (lane.iconEvents[one.number] == 1) ++important;
+            if (lane.icons.event(one.number) == 1) ++important;
             EXPECT_LE(end, one.left) << "a number lies under nothing";
         } else {
             hidden += one.hidden;
             end = one.left + laMark_Width(scene, one.hidden);
         }
     }
-    EXPECT_EQ(important, static_cast<size_t>(std::count(lane.iconEvents.begin(), lane.iconEvents.end(), 1)));
-    EXPECT_GE(whole + hidden + 4, lane.iconEvents.size()) << "but the last crowd, if nothing follows it";
-    EXPECT_LE(whole + hidden, lane.iconEvents.size());
+    size_t all = 0;
+    for (size_t i = 0; i < lane.icons.size(); ++i) all += lane.icons.event(i) == 1 ? 1 : 0;
+    EXPECT_EQ(important, all);
+    EXPECT_GE(whole + hidden + 4, lane.icons.size()) << "but the last crowd, if nothing follows it";
+    EXPECT_LE(whole + hidden, lane.icons.size());
 }
 
 TEST_F(Dense, NumbersStayShort) {
@@ -208,7 +209,8 @@ TEST_F(Dense, ADoubleClickOnANumberPartsItsIcons) {
     EXPECT_EQ(Shown().size(), 5u) << "all five, and no number";
     EXPECT_GT(canvas.view.viewLength, 0.12);
     // What happened at one time can't be parted.
-    canvas.items.lanes[0].iconTimes.assign(5, 3.0);
+    canvas.items.lanes[0].icons.Clear();
+    for (int i = 0; i < 5; ++i) canvas.items.lanes[0].icons.Append(3.0, 0);
     laCanvas_ShowRange(canvas, 0, 1000 * unit);
     const auto same = laCrowd_At(canvas, 310, y);
     ASSERT_TRUE(same);

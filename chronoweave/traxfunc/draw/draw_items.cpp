@@ -34,17 +34,16 @@ class LanePainter {
         const laScene& scene = paint_.scene;
         const double low = std::max(scene.view.viewLow, paint_.scale.ToTime(paint_.rect.left - 2));
         const double high = std::min(scene.view.viewHigh, paint_.scale.ToTime(paint_.rect.right + 2));
-        const auto first = std::partition_point(segments_.begin(), segments_.end(),
-                                                [&](const LaLnSeg& segment) { return segment.t1 < low; });
-        for (size_t at = static_cast<size_t>(first - segments_.begin()); at < segments_.size();) {
-            const LaLnSeg& segment = segments_[at];
+        LaLnSeg made;
+        for (size_t at = segments_.FirstEndingFrom(low); at < segments_.size();) {
+            const LaLnSeg& segment = segments_.At(at, made);
             if (segment.t0 > high) break;
             const int x1 = paint_.scale.ToPixel(segment.t1);
             const int x0 = paint_.scale.ToPixel(segment.t0);
             if (x0 < x1) Add(scene.looks.statusLooks[static_cast<size_t>(segment.status)], x0, x1);
             // What ends in the same column is shorter than a pixel and isn't drawn.
             at = laPaint_FirstRightOf(at + 1, segments_.size(), x1,
-                                      [&](size_t i) { return paint_.scale.ToPixel(segments_[i].t1); });
+                                      [&](size_t i) { return paint_.scale.ToPixel(segments_.EndAt(i)); });
         }
         Flush();
     }
@@ -82,7 +81,7 @@ class LanePainter {
     }
 
     const laPaint& paint_;
-    const std::vector<LaLnSeg>& segments_;
+    const LaSegments& segments_;
     int y_, width_;
     const LaStatusLook* look_ = nullptr;  // of the stretch not drawn yet
     int start_ = 0, end_ = 0;
@@ -109,7 +108,7 @@ void draw_icons(const laPaint& paint, const laItem_Line& lane) {
             draw_count(paint, shown, centre);
             continue;
         }
-        const LaEventLook& look = scene.looks.eventLooks[lane.iconEvents[shown.number]];
+        const LaEventLook& look = scene.looks.eventLooks[lane.icons.event(shown.number)];
         const int right = shown.left + std::max(look.width, shown.mark ? icon_Width(shown.icon) : 0);
         if (right <= paint.rect.left || shown.left >= paint.rect.right) continue;
         const int top = centre - look.height / 2;

@@ -91,17 +91,19 @@ class SwitchPainter {
     }
 
     void DrawInOrder() {
-        const Table<laItem_Ctx>& lines = scene_.items.ctxLines;
+        const LaItemList<laItem_Ctx>& lines = scene_.items.ctxLines;
+        laItem_Ctx made;
         const double high = High();
-        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;)
-            if (OfLayer(i, [this] { Flush(); })) Add(lines[i++]);
+        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines.TimeAt(i) <= high;)
+            if (OfLayer(i, [this] { Flush(); })) Add(lines.At(i++, made));
         Flush();
     }
 
     // With one look for all, a column is the union of its lines, and once that reaches from the first row to
     // the last the rest of the column is skipped.
     void DrawUnions() {
-        const Table<laItem_Ctx>& lines = scene_.items.ctxLines;
+        const LaItemList<laItem_Ctx>& lines = scene_.items.ctxLines;
+        laItem_Ctx made;
         const double high = High();
         int top = noRow, bottom = -1;
         for (const End& end : ends_) {
@@ -110,16 +112,16 @@ class SwitchPainter {
             bottom = std::max(bottom, end.y);
         }
         const auto column = [&](size_t at) {
-            return paint_.scale.ToPixel(lines[static_cast<uint32_t>(at)].t0);
+            return paint_.scale.ToPixel(lines.TimeAt(static_cast<uint32_t>(at)));
         };
-        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines[i].t0 <= high;) {
+        for (uint32_t i = laCtx_FirstAt(scene_.items, Low()); i < lines.size() && lines.TimeAt(i) <= high;) {
             if (!OfLayer(i, [] {})) continue;
             lastX_ = column(i);
             const auto end = static_cast<uint32_t>(laPaint_FirstRightOf(i + 1, lines.size(), lastX_, column));
             // Two that take turns cross the same rows each time.
             uint32_t from = laNoLane, to = laNoLane;
-            for (; i < end && lines[i].t0 <= high; ++i) {
-                const laItem_Ctx& line = lines[i];
+            for (; i < end && lines.TimeAt(i) <= high; ++i) {
+                const laItem_Ctx& line = lines.At(i, made);
                 if ((line.fromLane == to && line.toLane == from) ||
                     (line.fromLane == from && line.toLane == to))
                     continue;
@@ -257,7 +259,8 @@ class SwitchPainter {
     void Draw(const Span& span) const {
         const LaStatusLook& look = *span.look;
         // Dashes stand still in the content while it scrolls.
-        const auto start = static_cast<uint64_t>(span.top() + scene_.view.verticalOffset);
+        const int top = span.top() + scene_.view.verticalOffset;
+        const auto start = static_cast<uint64_t>(top);
         paint_.surface.drawStyledLine(lastX_, span.top(), lastX_, span.bottom(), ColourOf(look),
                                       look.thickness, look.style,
                                       laPaint_DashPhase(start, look.thickness, look.style));

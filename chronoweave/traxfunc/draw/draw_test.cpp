@@ -98,7 +98,7 @@ TEST_F(Clusters, SwitchesOfAColumnAreDrawnOnlyAsFarAsTheyShow) {
     const int32_t plain = canvas.looks.legend.contextSwitchStatus;
     for (const auto& [x, from, to] :
          {std::tuple{10, 0u, 1u}, {10, 0u, 1u}, {10, 0u, 3u}, {11, 1u, 2u}, {11, 3u, 2u}})
-        canvas.items.ctxLines.push_back({x * unit, from, to, plain});
+        canvas.items.ctxLines.kept().push_back({x * unit, from, to, plain});
     laCanvas_Repaint(canvas);
     std::map<int, std::vector<std::pair<int, int>>> columns;
     for (const SurfaceOp& op : test.surface.of(SurfaceOp::StyledLine))
@@ -110,7 +110,7 @@ TEST_F(Clusters, SwitchesOfAColumnAreDrawnOnlyAsFarAsTheyShow) {
 
 TEST_F(Clusters, SwitchOfAHiddenObjectRunsToTheAgentAndIsInvisibleWithoutOne) {
     _LaCanvasData& canvas = *test.canvas;
-    canvas.items.ctxLines.push_back({1, 0, 1, canvas.looks.legend.contextSwitchStatus});
+    canvas.items.ctxLines.kept().push_back({1, 0, 1, canvas.looks.legend.contextSwitchStatus});
     int y0 = 0, y1 = 0;
     EXPECT_TRUE(laCtx_Ends(canvas.items, canvas.looks, canvas.items.ctxLines[0], y0, y1));
     canvas.items.lanes[1].hidden = true;

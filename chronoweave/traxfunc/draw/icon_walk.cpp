@@ -51,8 +51,7 @@ laSpaceWalk::laSpaceWalk(const laScene& scene, const laItem_Line& lane, const la
       lane_(lane),
       scale_(scale),
       counted_(laMark_IsCounted(scene)),
-      at_(static_cast<size_t>(std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), from) -
-                              lane.iconTimes.begin())) {}
+      at_(lane.icons.FirstFrom(from)) {}
 
 bool laSpaceWalk::Step(laShownIcon& shown) {
     const LaEventLook& look = LookOf(at_);
@@ -66,8 +65,8 @@ bool laSpaceWalk::Step(laShownIcon& shown) {
     ++at_;
     // The rest of a cluster shows nothing, unless something important is in it.
     if (overlapped_ && !counted_ && !looks_.anyImportantEvent)
-        at_ = laPaint_FirstRightOf(at_, lane_.iconTimes.size(), nextFree_,
-                                   [this](size_t i) { return Column(i); });
+        at_ =
+            laPaint_FirstRightOf(at_, lane_.icons.size(), nextFree_, [this](size_t i) { return Column(i); });
     return seen;
 }
 
@@ -120,7 +119,7 @@ bool laSpaceWalk::Count(laShownIcon& shown) {
 // Goes on to the first icon right of nextFree_, or an important one. How many that are shown were passed.
 uint32_t laSpaceWalk::Pass() {
     const size_t end =
-        laPaint_FirstRightOf(at_, lane_.iconTimes.size(), nextFree_, [this](size_t i) { return Column(i); });
+        laPaint_FirstRightOf(at_, lane_.icons.size(), nextFree_, [this](size_t i) { return Column(i); });
     uint32_t passed = 0;
     for (; at_ < end; ++at_) {
         const LaEventLook& look = LookOf(at_);
@@ -156,12 +155,12 @@ bool laIconWalk::Next(laShownIcon& shown) {
 }
 
 bool laIconWalk::NextByRectangles(laShownIcon& shown) {
-    const std::vector<double>& times = lane_.iconTimes;
-    while (at_ < times.size() && times[at_] <= last_) {
-        const LaEventLook& look = scene_.looks.eventLooks[lane_.iconEvents[at_]];
+    const LaLaneIcons& icons = lane_.icons;
+    while (at_ < icons.size() && icons.time(at_) <= last_) {
+        const LaEventLook& look = scene_.looks.eventLooks[icons.event(at_)];
         const size_t at = at_++;
         if (!look.shown) continue;
-        const int x = scale_.ToPixel(times[at]);
+        const int x = scale_.ToPixel(icons.time(at));
         shown = {at, x, look.icon, false, x - look.width / 2};
         if (ByRectangles(look, shown)) return true;
     }
@@ -192,8 +191,7 @@ laIconGroup laIcons_Group(const laScene& scene, const laItem_Line& lane, size_t 
         found = shown.number == number;
     }
     // The last one shown stands for the rest of the view.
-    const auto end = std::upper_bound(lane.iconTimes.begin(), lane.iconTimes.end(), scene.view.viewHigh);
-    return {number, found ? static_cast<size_t>(end - lane.iconTimes.begin()) : number + 1};
+    return {number, found ? lane.icons.FirstBehind(scene.view.viewHigh) : number + 1};
 }
 
 std::optional<laShownIcon> laMark_At(const laScene& scene, const laItem_Line& lane, int x) {

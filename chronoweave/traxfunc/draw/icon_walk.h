@@ -34,9 +34,9 @@ class laSpaceWalk {
     // All outlive it.
     laSpaceWalk(const laScene& scene, const laItem_Line& lane, const laTimeScale& scale, double from);
 
-    bool done() const { return at_ >= lane_.iconTimes.size(); }
+    bool done() const { return at_ >= lane_.icons.size(); }
     size_t at() const { return at_; }
-    double time() const { return lane_.iconTimes[at_]; }
+    double time() const { return lane_.icons.time(at_); }
     int column() const { return Column(at_); }
     // Goes behind the next icon, and those that surely show nothing. False when there is nothing to show.
     bool Step(laShownIcon& shown);
@@ -44,8 +44,8 @@ class laSpaceWalk {
     bool Meets(const laSpaceWalk& other) const;
 
   private:
-    int Column(size_t at) const { return scale_.ToPixel(lane_.iconTimes[at]); }
-    const LaEventLook& LookOf(size_t at) const { return looks_.eventLooks[lane_.iconEvents[at]]; }
+    int Column(size_t at) const { return scale_.ToPixel(lane_.icons.time(at)); }
+    const LaEventLook& LookOf(size_t at) const { return looks_.eventLooks[lane_.icons.event(at)]; }
     bool Takes(const LaEventLook& look, laShownIcon& shown);
     bool Count(laShownIcon& shown);
     uint32_t Pass();

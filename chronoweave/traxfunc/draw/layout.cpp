@@ -13,17 +13,18 @@ void build_agent(const LaItems& items, const LaLooks& looks, laItem_Line& agent)
     for (uint32_t i = 0; i < items.lanes.size(); ++i) {
         const laItem_Line& lane = items.lanes[i];
         if (!lane.hidden || lane.isAgent) continue;
-        for (const LaLnSeg& segment : lane.segments)
+        for (const LaLnSeg segment : lane.segments)
             if (looks.statusLooks[static_cast<size_t>(segment.status)].isExecution)
                 stretches.push_back(segment);
     }
     std::stable_sort(stretches.begin(), stretches.end(),
                      [](const LaLnSeg& a, const LaLnSeg& b) { return a.t0 < b.t0; });
+    std::vector<LaLnSeg>& joined = agent.segments.kept();
     for (const LaLnSeg& segment : stretches) {
-        if (!agent.segments.empty() && segment.t0 <= agent.segments.back().t1)
-            agent.segments.back().t1 = std::max(agent.segments.back().t1, segment.t1);
+        if (!joined.empty() && segment.t0 <= joined.back().t1)
+            joined.back().t1 = std::max(joined.back().t1, segment.t1);
         else
-            agent.segments.push_back(segment);
+            joined.push_back(segment);
     }
 }
 
@@ -36,7 +37,7 @@ void laLayout_Lanes(LaItems& items, const LaLooks& looks) {
     }
     if (items.hiddenAgent == laNoLane) return;
     laItem_Line& agent = items.lanes[items.hiddenAgent];
-    agent.segments.clear();
+    agent.segments.Clear();
     if (!agent.hidden) build_agent(items, looks, agent);
 }
 

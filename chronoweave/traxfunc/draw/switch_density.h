@@ -30,7 +30,7 @@ class laSwitchDensity {
 
     // Of a switch, by its place in the list. Strips rise with time; they have numbers of no further meaning.
     int StripOf(size_t at) const {
-        const int column = scale_.ToColumn(lines_[static_cast<uint32_t>(at)].t0) + phase_;
+        const int column = scale_.ToColumn(lines_.TimeAt(static_cast<uint32_t>(at))) + phase_;
         return (column >= 0 ? column : column - laSwitches_Strip + 1) / laSwitches_Strip;
     }
     // The first switch behind a switch's strip.
@@ -43,15 +43,16 @@ class laSwitchDensity {
     uint32_t Count(uint32_t at, const Seen& seen) const {
         const int strip = StripOf(at);
         uint32_t count = 0;
+        laItem_Ctx made;
         for (uint32_t i = at; i-- > 0 && StripOf(i) == strip && count < laSwitches_Enough;)
-            count += seen(lines_[i]) ? 1u : 0u;
+            count += seen(lines_.At(i, made)) ? 1u : 0u;
         for (uint32_t i = at; i < lines_.size() && StripOf(i) == strip && count < laSwitches_Enough; ++i)
-            count += seen(lines_[i]) ? 1u : 0u;
+            count += seen(lines_.At(i, made)) ? 1u : 0u;
         return count;
     }
 
   private:
-    const Table<laItem_Ctx>& lines_;
+    const LaItemList<laItem_Ctx>& lines_;
     const laTimeScale& scale_;
     int phase_;  // columns of the strip in the first column that lie left of it
 };

@@ -306,8 +306,7 @@ TEST(Fetch, ItemsStaySmall) {
     ASSERT_TRUE(laCanvas_FetchRange(*test.canvas, 0, test.canvas->source.totalLength));
     size_t bytes = test.canvas->items.bitmaps.bytes() + test.canvas->items.ctxLines.bytes();
     for (uint32_t i = 0; i < test.canvas->items.lanes.size(); ++i)
-        bytes += test.canvas->items.lanes[i].segments.capacity() * sizeof(LaLnSeg) +
-                 test.canvas->items.lanes[i].iconTimes.capacity() * (sizeof(uint16_t) + sizeof(double));
+        bytes += test.canvas->items.lanes[i].segments.bytes() + test.canvas->items.lanes[i].icons.bytes();
     EXPECT_LT(bytes, 50000u * 100);
 }
 

@@ -25,7 +25,7 @@ class LeftDrop {
             TakeFacts(items_.lanes[i], facts_[i]);
             CutLane(items_.lanes[i]);
         }
-        items_.bitmaps.DropFront(laBm_FirstAt(items_, low_));
+        items_.bitmaps.kept().DropFront(laBm_FirstAt(items_, low_));
         CutSwitches();
         ForgetRunning();
         items_.cachedLow = low_;
@@ -81,23 +81,20 @@ class LeftDrop {
     }
 
     void CutLane(laItem_Line& lane) const {
-        std::vector<LaLnSeg>& segments = lane.segments;
+        std::vector<LaLnSeg>& segments = lane.segments.kept();
         const auto first = std::partition_point(segments.begin(), segments.end(),
                                                 [&](const LaLnSeg& one) { return one.t1 < low_; });
         segments.erase(segments.begin(), first);
         if (!segments.empty()) segments.front().t0 = std::max(segments.front().t0, low_);
         lane.firstBegin = {};
-        const auto icon = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), low_);
-        const auto icons = icon - lane.iconTimes.begin();
-        lane.iconEvents.erase(lane.iconEvents.begin(), lane.iconEvents.begin() + icons);
-        lane.iconTimes.erase(lane.iconTimes.begin(), icon);
+        lane.icons.DropFront(lane.icons.FirstFrom(low_));
     }
 
     bool IsBehindStart(uint32_t sequence) const { return items_.firstSequence + sequence >= first_; }
 
     // A processor that was idle at low has no switch from the one that ran before.
     void CutSwitches() {
-        Table<laItem_Ctx>& lines = items_.ctxLines;
+        Table<laItem_Ctx>& lines = items_.ctxLines.kept();
         lines.DropFront(laCtx_FirstAt(items_, low_));
         uint32_t end = 0;  // behind the last one that goes
         for (uint32_t i = 0; i < lines.size(); ++i)
@@ -146,7 +143,7 @@ class LeftDrop {
         if (ordered >= items_.lanes.size()) return;
         std::vector<std::pair<uint32_t, uint32_t>> rest;  // first icon, lane
         for (uint32_t i = ordered; i < items_.lanes.size(); ++i)
-            if (!items_.lanes[i].iconTimes.empty()) rest.emplace_back(laBm_OfLane(items_, i, 0), i);
+            if (!items_.lanes[i].icons.empty()) rest.emplace_back(laBm_OfLane(items_, i, 0), i);
         std::sort(rest.begin(), rest.end());
         moved.assign(items_.lanes.size(), laNoLane);
         for (uint32_t i = 0; i < ordered; ++i) moved[i] = i;

@@ -130,7 +130,7 @@ void LaFetch::Step(double time, uint32_t sequence) {
     uint32_t made = items_.ctxLines.size();
     sweep_.Step(time);
     for (; made < items_.ctxLines.size(); ++made) {
-        laItem_Ctx& line = items_.ctxLines[made];
+        laItem_Ctx& line = items_.ctxLines.kept()[made];
         const laItem_Line& from = items_.lanes[line.fromLane];
         line.leftAt = Executing(from) ? sequence : from.ranUntil;
     }

@@ -133,7 +133,7 @@ bool cut_before(const LaItems& items, const laItem_Line& lane, size_t index) {
     return index == 0 && lane.segments[0].t0 <= items.cachedLow;
 }
 bool cut_behind(const LaItems& items, const laItem_Line& lane, size_t index) {
-    return index + 1 == lane.segments.size() && lane.segments[index].t1 >= items.cachedHigh;
+    return lane.segments.Next(index) == lane.segments.size() && lane.segments[index].t1 >= items.cachedHigh;
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ bool laStretch_Find(const LaSource& source, const Legend& legend, const LaStretc
 
 LaStretch laStretch_Of(const LaItems& items, const laItemRef& segment) {
     const laItem_Line& lane = items.lanes[segment.lane];
-    const LaLnSeg& shown = lane.segments[segment.index];
+    const LaLnSeg shown = lane.segments[segment.index];
     LaStretch stretch{{LaEndKnown::Exact, shown.t0}, {LaEndKnown::Exact, shown.t1}};
     const auto cut = [](const LaStretchEnd& kept, double time) {
         return kept.sequence > 0 || kept.settled() ? kept : LaStretchEnd{LaEndKnown::NotYet, time};

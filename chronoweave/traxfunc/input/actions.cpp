@@ -78,7 +78,7 @@ void laCanvas_SortAroundEvent(_LaCanvasData& canvas, uint32_t sequence) {
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i)
         canvas.items.lanes[i].eventDistance = laFarFromEvent;
     for (uint32_t i = 0; i < canvas.items.bitmaps.size(); ++i) {
-        const laItem_Bitmap& icon = canvas.items.bitmaps[i];
+        const laItem_Bitmap icon = canvas.items.bitmaps[i];
         if (icon.lane == laNoLane || !canvas.looks.eventLooks[static_cast<size_t>(icon.event)].shown)
             continue;
         const auto distance = static_cast<int32_t>(icon.sequence - sequence);

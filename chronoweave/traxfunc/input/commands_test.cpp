@@ -328,22 +328,21 @@ TEST_F(Commands, CursorsSnapToWhatThePointerMeans) {
     // An icon with room around it, in a lane on screen.
     for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) {
         laItem_Line& lane = canvas.items.lanes[i];
-        lane.iconTimes.clear();
-        lane.iconEvents.clear();
-        lane.segments.clear();
+        lane.icons.Clear();
+        lane.segments.Clear();
     }
     laItem_Line& lane = canvas.items.lanes[2];
-    lane.iconTimes = {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(500) +
-                      0.1 / canvas.view.pixelsPerUnit};
-    lane.iconEvents = {0};
-    lane.segments = {
+    lane.icons.Append(laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(500) +
+                          0.1 / canvas.view.pixelsPerUnit,
+                      0);
+    lane.segments.kept() = {
         {canvas.view.viewLow, laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(700), 0},
         {laTimeScale(canvas.view, canvas.axis, canvas.graph->width).ToTime(700), canvas.view.viewHigh, 4}};
     const int y = lane.y - canvas.view.verticalOffset, other = y + canvas.looks.rowHeight;
     const auto at = [&](int x, int row, bool free) {
         return laCanvas_TimeToPixel(canvas, laCanvas_PointerTime(canvas, x, row, free), Time_Second);
     };
-    EXPECT_EQ(laCanvas_PointerTime(canvas, 497, y, false), lane.iconTimes[0]);
+    EXPECT_EQ(laCanvas_PointerTime(canvas, 497, y, false), lane.icons.time(0));
     EXPECT_EQ(at(503, y, false), 500);
     EXPECT_EQ(at(504, y, false), 504);
     EXPECT_EQ(at(496, y, false), 496);

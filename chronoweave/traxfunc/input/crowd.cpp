@@ -26,17 +26,17 @@ struct Spread {
 };
 
 bool is_shown(const _LaCanvasData& canvas, const laItem_Line& lane, size_t number) {
-    return canvas.looks.eventLooks[lane.iconEvents[number]].shown;
+    return canvas.looks.eventLooks[lane.icons.event(number)].shown;
 }
 
 Spread spread_of(const _LaCanvasData& canvas, const laCrowd& crowd) {
     const laItem_Line& lane = canvas.items.lanes[crowd.lane];
     size_t first = crowd.icons.first;
-    while (first > 0 && lane.iconTimes[first - 1] >= canvas.view.viewLow)
+    while (first > 0 && lane.icons.time(first - 1) >= canvas.view.viewLow)
         if (is_shown(canvas, lane, --first)) break;
     Spread spread;
     for (size_t i = first; i < crowd.icons.end; ++i)
-        if (is_shown(canvas, lane, i)) spread.Take(lane.iconTimes[i]);
+        if (is_shown(canvas, lane, i)) spread.Take(lane.icons.time(i));
     return spread;
 }
 
@@ -61,9 +61,9 @@ std::string laCrowd_Tip(const _LaCanvasData& canvas, const laCrowd& crowd) {
     std::string text = laIcons_CountText(canvas, lane, crowd.icons);
     for (size_t i = crowd.icons.first; text.empty() && i < crowd.icons.end; ++i)
         if (is_shown(canvas, lane, i))
-            text = "1 event: \"" + text_utf8(canvas.looks.legend.events[lane.iconEvents[i]].name) + '"';
-    return text + "\nfrom " + laTip_Time(canvas, lane.iconTimes[crowd.icons.first]) + " to " +
-           laTip_Time(canvas, lane.iconTimes[crowd.icons.end - 1]) + " (in " +
+            text = "1 event: \"" + text_utf8(canvas.looks.legend.events[lane.icons.event(i)].name) + '"';
+    return text + "\nfrom " + laTip_Time(canvas, lane.icons.time(crowd.icons.first)) + " to " +
+           laTip_Time(canvas, lane.icons.time(crowd.icons.end - 1)) + " (in " +
            laTime_UnitName(canvas.axis, true) + "s); a double click parts them";
 }
 

@@ -94,19 +94,21 @@ class Nearest {
 };
 
 void offer_lane(const _LaCanvasData& canvas, const laItem_Line& lane, Nearest& nearest) {
-    const auto first = std::partition_point(lane.segments.begin(), lane.segments.end(),
-                                            [&](const LaLnSeg& one) { return one.t1 < nearest.from(); });
-    for (auto at = first; at != lane.segments.end() && at->t0 <= nearest.to(); ++at) {
-        if (!canvas.looks.statusLooks[static_cast<size_t>(at->status)].shown) continue;
+    const LaSegments& segments = lane.segments;
+    for (size_t at = segments.FirstEndingFrom(nearest.from()); at < segments.size(); at = segments.Next(at)) {
+        const LaLnSeg segment = segments[at];
+        if (segment.t0 > nearest.to()) break;
+        if (!canvas.looks.statusLooks[static_cast<size_t>(segment.status)].shown) continue;
         // Where the items are cut nothing happened.
         const LaItems& items = canvas.items;
-        if (items.cachedLow <= 0 || at->t0 > items.cachedLow) nearest.Offer(at->t0);
-        if (items.cachedHigh >= canvas.source.totalLength || at->t1 < items.cachedHigh) nearest.Offer(at->t1);
+        if (items.cachedLow <= 0 || segment.t0 > items.cachedLow) nearest.Offer(segment.t0);
+        if (items.cachedHigh >= canvas.source.totalLength || segment.t1 < items.cachedHigh)
+            nearest.Offer(segment.t1);
     }
-    const auto icon = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), nearest.from());
-    for (auto at = icon; at != lane.iconTimes.end() && *at <= nearest.to(); ++at)
-        if (canvas.looks.eventLooks[lane.iconEvents[static_cast<size_t>(at - lane.iconTimes.begin())]].shown)
-            nearest.Offer(*at);
+    const LaLaneIcons& icons = lane.icons;
+    for (size_t at = icons.FirstFrom(nearest.from()); at < icons.size() && icons.time(at) <= nearest.to();
+         ++at)
+        if (canvas.looks.eventLooks[icons.event(at)].shown) nearest.Offer(icons.time(at));
 }
 
 // Whether a drag to beyond this end of the view still shows the second cursor.

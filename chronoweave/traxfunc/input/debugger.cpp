@@ -13,7 +13,7 @@ namespace {
 laDebuggerPlace place_at(_LaCanvasData& canvas, uint32_t objectId, double time, std::optional<size_t> event) {
     laDebuggerPlace place{objectId, time, {}};
     if (event && *event < canvas.items.bitmaps.size()) {
-        const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(*event)];
+        const laItem_Bitmap icon = canvas.items.bitmaps[static_cast<uint32_t>(*event)];
         place.time = icon.time;
         place.pc = laDebugger_Address(laItem_EventData(canvas, icon));
     }

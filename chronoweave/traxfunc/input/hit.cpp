@@ -28,14 +28,15 @@ class HitSearch {
             if (lane.hidden || y_ < lane.y - half || y_ > lane.y + half) continue;
             hit.lane = i;
             const auto [low, high] = TimesAround(std::max(nearLine, canvas_.looks.maxLineThickness / 2));
-            auto at = std::partition_point(lane.segments.begin(), lane.segments.end(),
-                                           [&, low = low](const LaLnSeg& one) { return one.t1 < low; });
-            for (; at != lane.segments.end() && at->t0 <= high; ++at) {
-                const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(at->status)];
-                if (!look.shown || !Holds(laItem_Rect(canvas_.looks, scale_, lane, *at),
+            const LaSegments& segments = lane.segments;
+            for (size_t at = segments.FirstEndingFrom(low); at < segments.size(); at = segments.Next(at)) {
+                const LaLnSeg segment = segments[at];
+                if (segment.t0 > high) break;
+                const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(segment.status)];
+                if (!look.shown || !Holds(laItem_Rect(canvas_.looks, scale_, lane, segment),
                                           std::max(nearLine, look.thickness / 2)))
                     continue;
-                hit.item = {laItemType::Line, i, static_cast<size_t>(at - lane.segments.begin())};
+                hit.item = {laItemType::Line, i, at};
                 return true;
             }
         }
@@ -46,9 +47,9 @@ class HitSearch {
     bool Icons(laHit& hit) const {
         const auto [low, high] = TimesAround(canvas_.looks.maxIconWidth + 1);
         const uint32_t end = canvas_.items.bitmaps.size();
-        for (uint32_t i = laBm_FirstAt(canvas_.items, low); i < end && canvas_.items.bitmaps[i].time <= high;
-             ++i) {
-            const laItem_Bitmap& icon = canvas_.items.bitmaps[i];
+        for (uint32_t i = laBm_FirstAt(canvas_.items, low); i < end; ++i) {
+            const laItem_Bitmap icon = canvas_.items.bitmaps[i];
+            if (icon.time > high) break;
             if (icon.lane == laNoLane || canvas_.items.lanes[icon.lane].hidden) continue;
             if (!canvas_.looks.eventLooks[static_cast<size_t>(icon.event)].shown) continue;
             if (icon.time < canvas_.view.viewLow || icon.time > canvas_.view.viewHigh) continue;
@@ -63,13 +64,15 @@ class HitSearch {
 
     bool Switches(laHit& hit) const {
         const auto [low, high] = TimesAround(std::max(nearLine, canvas_.looks.maxExtent));
-        const Table<laItem_Ctx>& lines = canvas_.items.ctxLines;
-        for (uint32_t i = laCtx_FirstAt(canvas_.items, low); i < lines.size() && lines[i].t0 <= high; ++i) {
-            const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(lines[i].status)];
+        const LaItemList<laItem_Ctx>& lines = canvas_.items.ctxLines;
+        for (uint32_t i = laCtx_FirstAt(canvas_.items, low); i < lines.size(); ++i) {
+            const laItem_Ctx line = lines[i];
+            if (line.t0 > high) break;
+            const LaStatusLook& look = canvas_.looks.statusLooks[static_cast<size_t>(line.status)];
             int y0 = 0, y1 = 0;
-            if (!look.shown || !laCtx_Ends(canvas_.items, canvas_.looks, lines[i], y0, y1)) continue;
-            if (lines[i].t0 < canvas_.view.viewLow || lines[i].t0 > canvas_.view.viewHigh) continue;
-            const int column = scale_.ToPixel(lines[i].t0), reach = std::max(nearLine, look.thickness / 2);
+            if (!look.shown || !laCtx_Ends(canvas_.items, canvas_.looks, line, y0, y1)) continue;
+            if (line.t0 < canvas_.view.viewLow || line.t0 > canvas_.view.viewHigh) continue;
+            const int column = scale_.ToPixel(line.t0), reach = std::max(nearLine, look.thickness / 2);
             if (x_ < column - reach || x_ > column + reach) continue;
             if (y_ < std::min(y0, y1) - reach || y_ > std::max(y0, y1) + reach) continue;
             hit.item = {laItemType::Ctx, laNoLane, i};

@@ -14,7 +14,7 @@ std::string laIcons_CountText(const _LaCanvasData& canvas, const laItem_Line& la
     std::map<std::string, size_t> counts;
     size_t total = 0;
     for (size_t i = icons.first; i < icons.end; ++i) {
-        const uint16_t row = lane.iconEvents[i];
+        const uint16_t row = lane.icons.event(i);
         if (!canvas.looks.eventLooks[row].shown) continue;
         ++counts[canvas.looks.legend.events[row].name];
         ++total;

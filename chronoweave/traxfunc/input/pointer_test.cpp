@@ -99,9 +99,9 @@ TEST_F(Pointing, EveryKindOfItemIsHitHasATipAndOpensItsWindow) {
         EXPECT_EQ(opened[0].itype, kind);
         EXPECT_EQ(opened[0].index, hit.item.index);
     }
-    for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) canvas.items.lanes[i].segments.clear();
-    canvas.items.bitmaps.clear();
-    canvas.items.ctxLines.clear();
+    for (uint32_t i = 0; i < canvas.items.lanes.size(); ++i) canvas.items.lanes[i].segments.Clear();
+    canvas.items.bitmaps.Clear();
+    canvas.items.ctxLines.Clear();
     tip = "none";
     pointer.Press({5, 5});
     EXPECT_EQ(tip, "");
@@ -111,8 +111,8 @@ TEST_F(Pointing, EveryKindOfItemIsHitHasATipAndOpensItsWindow) {
 TEST_F(Pointing, AStretchShorterThanAPixelIsHitFromThreePixelsAround) {
     laItem_Line& lane = canvas.items.lanes[0];
     const double middle = (canvas.view.viewLow + canvas.view.viewHigh) / 2;
-    lane.segments = {{middle, middle, 3}};
-    lane.iconTimes.clear();
+    lane.segments.kept() = {{middle, middle, 3}};
+    lane.icons.Clear();
     const int x = laCanvas_TimeToPixel(canvas, middle, Time_Second), y = laLn_LineY(canvas.looks, lane);
     laHit hit;
     EXPECT_TRUE(laCanvas_HitTest(canvas, x - 3, y + 2, false, &hit));
@@ -146,10 +146,11 @@ TEST_F(Pointing, TipsSpeakInTheUnitAndNameWhatAMarkHides) {
             EXPECT_GE(group.first, next) << "groups don't overlap";
             next = group.end;
             for (size_t k = group.first; k < group.end; ++k)
-                visible += canvas.looks.eventLooks[lane.iconEvents[k]].shown ? 1u : 0u;
+                visible += canvas.looks.eventLooks[lane.icons.event(k)].shown ? 1u : 0u;
         }
         size_t all = 0;
-        for (const uint16_t event : lane.iconEvents) all += canvas.looks.eventLooks[event].shown ? 1u : 0u;
+        for (size_t k = 0; k < lane.icons.size(); ++k)
+            all += canvas.looks.eventLooks[lane.icons.event(k)].shown ? 1u : 0u;
         EXPECT_EQ(visible, all) << "with no mark to draw, hidden events belong to the icon before them";
     }
 }
@@ -167,9 +168,9 @@ TEST_F(Pointing, AnImportantEventIsNeverHidden) {
             std::vector<size_t> whole;
             for (laShownIcon shown; walk.Next(shown);)
                 if (!shown.mark && shown.visibleFrom < 0) whole.push_back(shown.number);
-            for (size_t k = 0; k < lane.iconEvents.size(); ++k) {
+            for (size_t k = 0; k < lane.icons.size(); ++k) {
                 const bool isWhole = std::binary_search(whole.begin(), whole.end(), k);
-                EXPECT_TRUE(isWhole || lane.iconEvents[k] != 0) << "icon " << k;
+                EXPECT_TRUE(isWhole || lane.icons.event(k) != 0) << "icon " << k;
             }
         }
     }

@@ -31,11 +31,10 @@ std::string processor_name(const _LaCanvasData& canvas, const LaProcessor& proce
 
 // The segment of the lane that a run is.
 std::optional<laItemRef> segment_of(const _LaCanvasData& canvas, const LaRun& run) {
-    const auto& segments = canvas.items.lanes[run.lane].segments;
-    const auto at =
-        std::ranges::partition_point(segments, [&](const LaLnSeg& segment) { return segment.t0 < run.t0; });
-    if (at == segments.end() || at->t0 != run.t0) return std::nullopt;
-    return laItemRef{laItemType::Line, run.lane, static_cast<size_t>(at - segments.begin())};
+    const LaSegments& segments = canvas.items.lanes[run.lane].segments;
+    const size_t at = segments.FirstFrom(run.t0);
+    if (at == segments.size() || segments[at].t0 != run.t0) return std::nullopt;
+    return laItemRef{laItemType::Line, run.lane, at};
 }
 
 std::string run_tip(_LaCanvasData& canvas, const LaProcessor& processor, size_t run, int milliseconds) {

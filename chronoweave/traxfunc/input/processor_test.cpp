@@ -357,9 +357,10 @@ TEST_F(ProcessorRows, NamesOfObjectsWithNothingInTheViewAreWeak) {
     EXPECT_EQ(ink("a"), column.foreground());
     // As if it had ended early: only its first status, no event behind it.
     laItem_Line& lane = canvas.items.lanes[0];
-    lane.segments.resize(1);
-    lane.iconTimes.resize(1);
-    lane.iconEvents.resize(1);
+    lane.segments.kept().resize(1);
+    const double first = lane.icons.time(0);
+    lane.icons.Clear();
+    lane.icons.Append(first, 0);
     int lists = 0;
     test.graph.listChanged = [&] { ++lists; };
     laCanvas_ShowRange(canvas, 0, 0.2, {.paint = true});

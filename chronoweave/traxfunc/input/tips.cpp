@@ -57,7 +57,7 @@ std::string end_text(const _LaCanvasData& canvas, const LaStretchEnd& to) {
 
 std::string status_tip(_LaCanvasData& canvas, const laItemRef& item, const Progress& goOn) {
     const laItem_Line& lane = canvas.items.lanes[item.lane];
-    const LaLnSeg& segment = lane.segments[item.index];
+    const LaLnSeg segment = lane.segments[item.index];
     std::string text =
         "Status " + quoted(canvas.looks.legend.statuses[static_cast<size_t>(segment.status)].name);
     if (canvas.axis.timeMode == Time_Tick)
@@ -68,23 +68,22 @@ std::string status_tip(_LaCanvasData& canvas, const laItemRef& item, const Progr
 // How many events an icon stands for, and of which names, the most frequent first.
 std::string group_text(const _LaCanvasData& canvas, const laItem_Bitmap& icon, size_t index) {
     const laItem_Line& lane = canvas.items.lanes[icon.lane];
-    const auto first = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), icon.time);
-    auto number = static_cast<size_t>(first - lane.iconTimes.begin());
-    while (number < lane.iconTimes.size() && laBm_OfLane(canvas.items, icon.lane, number) != index) ++number;
+    size_t number = lane.icons.FirstFrom(icon.time);
+    while (number < lane.icons.size() && laBm_OfLane(canvas.items, icon.lane, number) != index) ++number;
     const laIconGroup group = laIcons_Group(canvas.scene(), lane, number);
     const std::string counts = laIcons_CountText(canvas, lane, group);
     return counts.empty() ? counts : '\n' + counts;
 }
 
 std::string event_tip(_LaCanvasData& canvas, const laItemRef& item) {
-    const laItem_Bitmap& icon = canvas.items.bitmaps[static_cast<uint32_t>(item.index)];
+    const laItem_Bitmap icon = canvas.items.bitmaps[static_cast<uint32_t>(item.index)];
     const std::string extra = laItem_EventText(canvas, icon);
     return "Event " + quoted(laItem_EventName(canvas, icon)) + (extra.empty() ? "" : ", " + extra) +
            group_text(canvas, icon, item.index);
 }
 
 std::string switch_tip(const _LaCanvasData& canvas, const laItemRef& item) {
-    const laItem_Ctx& line = canvas.items.ctxLines[static_cast<uint32_t>(item.index)];
+    const laItem_Ctx line = canvas.items.ctxLines[static_cast<uint32_t>(item.index)];
     const std::string& name = canvas.looks.legend.statuses[static_cast<size_t>(line.status)].name;
     return (name.empty() ? "Context Switch" : text_utf8(name)) + " from " +
            object_text(canvas, line.fromLane) + " to " + object_text(canvas, line.toLane);

@@ -12,26 +12,27 @@ bool is_execution(const LaLooks& looks, int32_t status) {
 laActivity of_segments(const LaItems& items, const LaLooks& looks, const laItem_Line& lane, double low,
                        double high) {
     laActivity activity;
-    const auto& segments = lane.segments;
-    auto at = std::partition_point(segments.begin(), segments.end(),
-                                   [&](const LaLnSeg& segment) { return segment.t1 <= low; });
-    for (; at != segments.end() && at->t0 < high; ++at) {
-        const bool began = at->t0 > low && at->t0 > items.cachedLow;
-        const bool ended = at->t1 < high && at->t1 < items.cachedHigh;
+    const LaSegments& segments = lane.segments;
+    for (size_t at = segments.FirstEndingFrom(low); at < segments.size(); at = segments.Next(at)) {
+        const LaLnSeg segment = segments[at];
+        if (segment.t1 <= low) continue;
+        if (segment.t0 >= high) break;
+        const bool began = segment.t0 > low && segment.t0 > items.cachedLow;
+        const bool ended = segment.t1 < high && segment.t1 < items.cachedHigh;
         if (began || ended) activity.active = true;
-        if (!is_execution(looks, at->status)) continue;
+        if (!is_execution(looks, segment.status)) continue;
         activity.active = true;
-        activity.ran += std::min(at->t1, high) - std::max(at->t0, low);
+        activity.ran += std::min(segment.t1, high) - std::max(segment.t0, low);
     }
     return activity;
 }
 
 bool has_event(const LaLooks& looks, const laItem_Line& lane, double low, double high) {
-    const auto& times = lane.iconTimes;
-    const auto from = std::lower_bound(times.begin(), times.end(), low) - times.begin();
-    const auto end = std::upper_bound(times.begin() + from, times.end(), high) - times.begin();
-    return std::any_of(lane.iconEvents.begin() + from, lane.iconEvents.begin() + end,
-                       [&](uint16_t event) { return looks.eventLooks[event].shown; });
+    const LaLaneIcons& icons = lane.icons;
+    const size_t end = icons.FirstBehind(high);
+    for (size_t at = icons.FirstFrom(low); at < end; ++at)
+        if (looks.eventLooks[icons.event(at)].shown) return true;
+    return false;
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Objects with nothing in the view: they do not exist yet, or no more.
 #pragma once
 
-#include <algorithm>
-
 #include "chronoweave/traxfunc/model/items.h"
 #include "chronoweave/traxfunc/model/view.h"
 
@@ -12,8 +10,8 @@ inline bool laLn_IsAbsent(const laItem_Line& lane, const LaView& view) {
     if (!lane.segments.empty() && lane.segments.front().t0 <= view.viewHigh &&
         lane.segments.back().t1 >= view.viewLow)
         return false;
-    const auto event = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), view.viewLow);
-    return event == lane.iconTimes.end() || *event > view.viewHigh;
+    const size_t event = lane.icons.FirstFrom(view.viewLow);
+    return event == lane.icons.size() || lane.icons.time(event) > view.viewHigh;
 }
 
 // Changes when other rows are those of absent objects.

@@ -17,8 +17,9 @@ uint32_t laLn_New(LaItems& items, uint32_t objectId) {
 bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status) {
     lane.openStatus = status;
     lane.openSince = t1;
-    if (!lane.segments.empty()) {
-        LaLnSeg& last = lane.segments.back();
+    std::vector<LaLnSeg>& segments = lane.segments.kept();
+    if (!segments.empty()) {
+        LaLnSeg& last = segments.back();
         if (lane.broken ? last.t1 > t0 : last.t1 != t0) {
             gen_console("[laLn_AddSegment] discontinous line segments(%f, %f) not supported yet!\n", last.t1,
                         t0);
@@ -30,7 +31,7 @@ bool laLn_AppendSegment(laItem_Line& lane, double t0, double t1, int32_t status)
         }
     }
     lane.broken = false;
-    lane.segments.push_back({t0, t1, status});
+    segments.push_back({t0, t1, status});
     return true;
 }
 
@@ -43,62 +44,45 @@ void laLn_Break(laItem_Line& lane) {
 // The open status is never that of the last stretch, but where the range's end closed it.
 void laLn_Reopen(laItem_Line& lane, double rangeEnd) {
     lane.lastEnd = {};
-    if (lane.openStatus < 0 || lane.segments.empty()) return;
-    const LaLnSeg& last = lane.segments.back();
+    std::vector<LaLnSeg>& segments = lane.segments.kept();
+    if (lane.openStatus < 0 || segments.empty()) return;
+    const LaLnSeg& last = segments.back();
     if (last.status != lane.openStatus || last.t1 != rangeEnd) return;
     lane.openSince = last.t0;
-    lane.segments.pop_back();
+    segments.pop_back();
 }
 
 void laBm_Append(LaItems& items, const laItem_Bitmap& icon) {
-    laItem_Line& lane = items.lanes[icon.lane];
-    items.bitmaps.push_back(icon);
-    lane.iconTimes.push_back(icon.time);
-    lane.iconEvents.push_back(static_cast<uint16_t>(icon.event));
+    items.bitmaps.kept().push_back(icon);
+    items.lanes[icon.lane].icons.Append(icon.time, static_cast<uint16_t>(icon.event));
 }
-
-namespace {
-
-// Position of the first item of a list in time order that is not before a time.
-template <class Item, class Time>
-uint32_t first_at(const Table<Item>& items, double time, const Time& timeOf) {
-    uint32_t first = 0;
-    for (uint32_t end = items.size(); first < end;) {
-        const uint32_t middle = first + (end - first) / 2;
-        if (timeOf(items[middle]) < time)
-            first = middle + 1;
-        else
-            end = middle;
-    }
-    return first;
-}
-
-}  // namespace
 
 uint32_t laBm_FirstAt(const LaItems& items, double time) {
-    return first_at(items.bitmaps, time, [](const laItem_Bitmap& icon) { return icon.time; });
+    return items.bitmaps.FirstFrom(time);
 }
 
 uint32_t laCtx_FirstAt(const LaItems& items, double time) {
-    return first_at(items.ctxLines, time, [](const laItem_Ctx& line) { return line.t0; });
+    return items.ctxLines.FirstFrom(time);
 }
 
 uint32_t laBm_OfLane(const LaItems& items, uint32_t lane, size_t number) {
-    const std::vector<double>& times = items.lanes[lane].iconTimes;
+    const LaLaneIcons& icons = items.lanes[lane].icons;
+    const double time = icons.time(number);
     // Several of the lane's may share the time; count those ahead of it.
     size_t ahead = 0;
-    while (ahead < number && times[number - ahead - 1] == times[number]) ++ahead;
-    uint32_t at = laBm_FirstAt(items, times[number]);
+    while (ahead < number && icons.time(number - ahead - 1) == time) ++ahead;
+    uint32_t at = laBm_FirstAt(items, time);
     while (items.bitmaps[at].lane != lane || ahead-- > 0) ++at;
     return at;
 }
 
 bool laCtx_Append(LaItems& items, const laItem_Ctx& line) {
-    if (!items.ctxLines.empty()) {
-        const laItem_Ctx& last = items.ctxLines.back();
+    Table<laItem_Ctx>& lines = items.ctxLines.kept();
+    if (!lines.empty()) {
+        const laItem_Ctx& last = lines.back();
         if (last.toLane == line.toLane && std::fabs(last.t0 - line.t0) <= 1e-12) return false;
     }
-    items.ctxLines.push_back(line);
+    lines.push_back(line);
     return true;
 }
 
@@ -106,8 +90,8 @@ void laItems_Clear(LaItems& items) {
     items.lanes.clear();
     items.laneIndex.clear();
     items.hiddenAgent = laNoLane;
-    items.bitmaps.clear();
-    items.ctxLines.clear();
+    items.bitmaps.Clear();
+    items.ctxLines.Clear();
     items.processors = {};
     items.running.clear();
     items.cachedLow = items.cachedHigh = 0;

@@ -3,7 +3,7 @@
 // (geometry.h), from its time by the conversions of time.h and from its lane's y. So no item ever holds a
 // stale pixel, a zoom or a scroll touches no item, and hiding a lane hides its icons and switches with it.
 //
-// Memory: an icon takes 34 bytes, a segment and a switch 24 each.
+// Memory, where items are kept: an icon takes 34 bytes, a segment and a switch 24 each.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 #include "chronoweave/engine/object_index.h"
 #include "chronoweave/engine/running_objects.h"
+#include "chronoweave/traxfunc/model/item_lists.h"
 #include "chronoweave/traxfunc/model/processors.h"
 #include "chronoweave/traxfunc/model/stretch.h"
 #include "shared/libcxxutil/table.h"
@@ -24,12 +25,6 @@ constexpr uint32_t laNoLane = ObjectIndex::none;  // no lane, as a position in t
 constexpr uint32_t laAgentId = 0xFFFFFFFF;        // the object id of the agent lane
 constexpr int32_t laFarFromEvent = 0x7fffffff;
 
-// A stretch of a lane in one status. t0 <= t1, in the time base.
-struct LaLnSeg {
-    double t0 = 0, t1 = 0;
-    int32_t status = -1;  // row of the legend's status table
-};
-
 // A lane: one object, its row on screen, and its segments, which never overlap and are ordered by time.
 struct laItem_Line {
     static constexpr laItemType itype = laItemType::Line;
@@ -41,12 +36,9 @@ struct laItem_Line {
     bool isAgent = false;  // stands for all hidden objects, and has no object itself
     int32_t y = 0;         // centre of the lane, content pixels; meaningful while not hidden
     int32_t row = -1;      // row of the object list
-    std::vector<LaLnSeg> segments;
+    LaSegments segments;
     LaStretchEnd firstBegin, lastEnd;  // of the first and the last stretch, where the cached range cuts them
-    // Its events again, in time order, times and rows of the event table: what drawing and hits read lies
-    // together.
-    std::vector<double> iconTimes;
-    std::vector<uint16_t> iconEvents;
+    LaLaneIcons icons;                 // its events again, as drawing and hits read them
     int32_t openStatus = -1;    // status row that the object is in at the present of a fetch; -1 for none
     double openSince = -100.0;  // when it began; negative for none
     bool broken = false;        // what follows the last segment is not known
@@ -65,6 +57,10 @@ struct laItem_Bitmap {
     uint16_t type = 0, subtype = 0;  // as logged
 };
 
+inline double laItem_Time(const laItem_Bitmap& icon) {
+    return icon.time;
+}
+
 // A context switch: at one instant, from one lane to another.
 struct laItem_Ctx {
     static constexpr laItemType itype = laItemType::Ctx;
@@ -76,6 +72,10 @@ struct laItem_Ctx {
     uint32_t leftAt = 0;
     double t1() const { return t0; }
 };
+
+inline double laItem_Time(const laItem_Ctx& line) {
+    return line.t0;
+}
 
 static_assert(sizeof(LaLnSeg) == 24 && sizeof(laItem_Bitmap) == 24 && sizeof(laItem_Ctx) == 24);
 
@@ -89,11 +89,11 @@ struct laItemRef {
 
 // Items of the cached range.
 struct LaItems {
-    Table<laItem_Line> lanes;              // in order of first appearance
-    ObjectIndex laneIndex;                 // positions in lanes, by object id
-    uint32_t hiddenAgent = laNoLane;       // the agent's position in lanes
-    Table<laItem_Bitmap> bitmaps;          // in time order
-    Table<laItem_Ctx> ctxLines;            // in time order
+    Table<laItem_Line> lanes;         // in order of first appearance
+    ObjectIndex laneIndex;            // positions in lanes, by object id
+    uint32_t hiddenAgent = laNoLane;  // the agent's position in lanes
+    LaItemList<laItem_Bitmap> bitmaps;
+    LaItemList<laItem_Ctx> ctxLines;
     uint32_t firstSequence = 1;            // store sequence number of the event with item sequence 0
     LaProcessors processors;               // made for the rows that they have; else none
     RunningObjects running;                // as far as the fetch has come

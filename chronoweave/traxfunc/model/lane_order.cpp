@@ -18,10 +18,12 @@ void laItems_MoveLanes(LaItems& items, std::span<const uint32_t> to) {
         if (!moved[at].isAgent) items.laneIndex.add(moved[at].objectId, at);
     }
     items.lanes = std::move(moved);
-    for (uint32_t i = 0; i < items.bitmaps.size(); ++i) place(items.bitmaps[i].lane);
-    for (uint32_t i = 0; i < items.ctxLines.size(); ++i) {
-        place(items.ctxLines[i].fromLane);
-        place(items.ctxLines[i].toLane);
+    Table<laItem_Bitmap>& icons = items.bitmaps.kept();
+    for (uint32_t i = 0; i < icons.size(); ++i) place(icons[i].lane);
+    Table<laItem_Ctx>& lines = items.ctxLines.kept();
+    for (uint32_t i = 0; i < lines.size(); ++i) {
+        place(lines[i].fromLane);
+        place(lines[i].toLane);
     }
     place(items.hiddenAgent);
     items.processors = {};

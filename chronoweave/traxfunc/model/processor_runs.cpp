@@ -48,8 +48,9 @@ class Maker {
             const laItem_Line& lane = items_.lanes[i];
             if (lane.isAgent) continue;
             double& cut = cuts_.try_emplace(KeyOf(lane), known).first->second;
-            for (auto at = lane.segments.rbegin(); at != lane.segments.rend() && at->t1 >= known; ++at)
-                if (Executes(*at)) cut = std::min(cut, at->t0);
+            const LaSegments& segments = lane.segments;
+            for (size_t at = segments.FirstEndingFrom(known); at < segments.size(); at = segments.Next(at))
+                if (Executes(segments[at])) cut = std::min(cut, segments[at].t0);
         }
         if (known < 0) all_ = true;
     }
@@ -69,16 +70,16 @@ class Maker {
         const double cut = CutOf(key);
         const bool idle = lane.hasName && report_IsIdleName(lane.name, separator_);
         std::vector<LaRun>* runs = nullptr;
-        for (auto at = std::ranges::partition_point(
-                 lane.segments, [cut](const LaLnSeg& segment) { return segment.t0 < cut; });
-             at != lane.segments.end(); ++at) {
-            if (!Executes(*at)) continue;
+        const LaSegments& segments = lane.segments;
+        for (size_t at = segments.FirstFrom(cut); at < segments.size(); at = segments.Next(at)) {
+            const LaLnSeg segment = segments[at];
+            if (!Executes(segment)) continue;
             if (runs == nullptr) {
                 LaProcessor& one = made_[key];
                 one.key = key;
                 runs = &one.runs;
             }
-            runs->push_back({at->t0, at->t1, 0, position, idle});
+            runs->push_back({segment.t0, segment.t1, 0, position, idle});
         }
     }
 

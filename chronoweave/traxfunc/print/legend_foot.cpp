@@ -18,13 +18,11 @@ struct Seen {
 
 void see_lane(const laScene& scene, const laItem_Line& lane, Seen& seen) {
     const double low = scene.view.viewLow, high = scene.view.viewHigh;
-    for (const LaLnSeg& segment : lane.segments)
+    for (const LaLnSeg segment : lane.segments)
         if (segment.t1 > low && segment.t0 < high && segment.status >= 0)
             seen.statuses[static_cast<size_t>(segment.status)] = 1;
-    const auto first = std::lower_bound(lane.iconTimes.begin(), lane.iconTimes.end(), low);
-    const auto end = std::upper_bound(first, lane.iconTimes.end(), high);
-    for (auto at = first; at != end; ++at)
-        seen.events[lane.iconEvents[static_cast<size_t>(at - lane.iconTimes.begin())]] = 1;
+    const size_t end = lane.icons.FirstBehind(high);
+    for (size_t at = lane.icons.FirstFrom(low); at < end; ++at) seen.events[lane.icons.event(at)] = 1;
 }
 
 Seen see(const laScene& scene) {
@@ -34,7 +32,7 @@ Seen see(const laScene& scene) {
         if (!scene.items.lanes[i].hidden) see_lane(scene, scene.items.lanes[i], seen);
     const LaItems& items = scene.items;
     for (uint32_t i = laCtx_FirstAt(items, scene.view.viewLow); i < items.ctxLines.size(); ++i) {
-        const laItem_Ctx& line = items.ctxLines[i];
+        const laItem_Ctx line = items.ctxLines[i];
         if (line.t0 > scene.view.viewHigh) break;
         if (line.status >= 0) seen.statuses[static_cast<size_t>(line.status)] = 1;
     }

@@ -62,8 +62,8 @@ std::string text_of(const LaItems& items) {
                            lane.row, lane.hidden ? -1 : lane.y);
         for (const LaLnSeg& one : lane.segments)
             text += gen_format(" %a %a %d\n", one.t0, one.t1, one.status);
-        for (size_t k = 0; k < lane.iconTimes.size(); ++k)
-            text += gen_format(" icon %a %d\n", lane.iconTimes[k], lane.iconEvents[k]);
+        for (size_t k = 0; k < lane.icons.size(); ++k)
+            text += gen_format(" icon %a %d\n", lane.icons.time(k), lane.icons.event(k));
         EXPECT_EQ(laCanvas_FindLane(items, lane.objectId), &lane);
     }
     for (uint32_t i = 0; i < items.bitmaps.size(); ++i) {
