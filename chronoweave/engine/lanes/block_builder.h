@@ -3,10 +3,13 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "chronoweave/engine/lanes/lane_block.h"
+#include "chronoweave/engine/lanes/lane_facts.h"
+#include "chronoweave/engine/lanes/lane_sums.h"
 #include "libtrv/event.h"
 #include "libtrv/state_table.h"
 
@@ -14,7 +17,10 @@ class LaneBlockBuilder {
   public:
     // bigEndian: the target's byte order. blockEvents: of a block, 1 to lane_BlockEvents.
     LaneBlockBuilder(bool bigEndian, uint32_t blockEvents);
-    // Goes on behind events that others have indexed: the state is that behind them. False as with Take.
+    // Goes on behind blocks that stand already: of each of them, in order, its head, its summary and its own
+    // sums, not those of a higher level.
+    void PassOver(const LaneHead& head, const LaneSummary& summary, LaneSums sums);
+    // Then the state behind them, or the empty one. False as with Take.
     [[nodiscard]] bool Begin(const StateTable& state);
 
     // Takes the next event; sequence numbers follow each other. False when a store that has it can't be
@@ -23,35 +29,49 @@ class LaneBlockBuilder {
     [[nodiscard]] bool Take(const EventRecord& event);
     bool IsFull() const { return count_ == blockEvents_; }
     bool IsEmpty() const { return count_ == 0; }
-    // Puts the block of the events taken behind what is in the buffer, head, summary and columns, and begins
-    // the next one.
+    // Puts the block of the events taken behind what is in the buffer, its head and its parts, and begins the
+    // next one.
     LaneHead Seal(uint64_t mark, ByteBuffer& out);
 
   private:
+    using TaskBlock = std::array<uint8_t, mt_TaskBlockSize>;
     struct Lane {
         uint32_t state = lane_Absent, start = lane_Absent;  // now, and just before the block
-        uint32_t before = lane_Absent;                      // ahead of the event that touched it
-        uint32_t touched = 0;                               // number of that event
+        uint32_t touched = 0;                               // serial of the event that touched it
+        // Of that event: what was ahead of it, and what it did.
+        uint32_t before = lane_Absent;
+        LanePriority priorityBefore;
+        bool named = false, made = false;
+        TaskBlock block = {};  // all zeros while there is no such object
     };
+    // Bounds by object of what its lists hold, in the order of the ids.
+    using Begins = std::vector<uint32_t>;
+
     uint32_t PlaceOf(uint32_t object) {
         const Recent& recent = recent_[object >> 10 & (recent_.size() - 1)];
         return recent.object == object && recent.place != StateTable::npos ? recent.place : Find(object);
     }
     uint32_t Find(uint32_t object);
     uint32_t KindOf(uint16_t type, uint16_t subtype);
-    void MakeRoom();
     [[nodiscard]] bool Change(const StateChange& change);
+    void Modify(Lane& lane, const StateChange& change);
     void KeepChanges();
-    void SummarizeObjects(LaneSummary& summary, std::vector<uint32_t>& rank);
-    void SummarizeStates(LaneSummary& summary, const std::vector<uint32_t>& order);
-    void SummarizeKinds(LaneSummary& summary);
-    void CountEvents(LaneSummary& summary);
+    void KeepFacts(uint32_t place);
+    void OrderObjects(LaneSummary& summary);
+    void NumberStates(LaneSummary& summary);
+    void NumberKinds(LaneSummary& summary);
+    Begins ListStatuses(LaneSummary& summary);
+    Begins ListEvents(LaneSummary& summary);
+    void SumEvents(const LaneSummary& summary, const Begins& begins, LaneSums& sums);
+    void SumStatuses(const LaneSummary& summary, const Begins& begins, LaneSums& sums);
+    void StartNext();
 
     static constexpr uint32_t directTypes = 8, directSubtypes = 64;
     bool bigEndian_;
     uint32_t blockEvents_;
     StateTable ids_;  // places of lanes; the blocks are empty
     std::vector<Lane> lanes_;
+    std::vector<uint32_t> order_, rank_;  // places by id, and the other way round; of all but the newest
     struct Recent {
         uint32_t object = 0, place = StateTable::npos;
     };
@@ -61,10 +81,16 @@ class LaneBlockBuilder {
     std::vector<uint32_t> kinds_;    // all that were met
     std::vector<uint32_t> directKinds_;
     std::unordered_map<uint32_t, uint32_t> otherKinds_;
+    std::vector<uint32_t> stateNumbers_;  // by state; room to work in, all none between blocks
 
     uint32_t first_ = 0, count_ = 0;
     mt_Time firstTick_ = 0, lastTick_ = 0;
-    // Objects by place, kinds by their number in kinds_, states as such. Those by event have room for all of
-    // a block, of which count_ are taken.
+    std::optional<mt_Time> sumsFrom_;  // the block before's last tick
+    // What was taken of the block: objects by place, kinds by their number in kinds_, states as such. Those
+    // by event have room for all of a block, of which count_ are taken.
     LaneColumns columns_;
+    LaneLists lists_;
+    LaneFactsBuilder facts_;
+    LaneLevels levels_;
+    ByteBuffer parts_;
 };

@@ -1,8 +1,9 @@
 #include "chronoweave/engine/lanes/lane_block.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
-#include "chronoweave/engine/lanes/packed_column.h"
 #include "libtrv/byte_order.h"
 
 namespace {
@@ -33,101 +34,132 @@ uint64_t lane_CheckSum(std::span<const uint8_t> bytes) {
 }
 
 void lane_EncodeHead(const LaneHead& head, ByteBuffer& out) {
-    uint8_t* at = out.room(lane_HeadBytes);
-    store_be64(at, head.mark);
-    store_be32(at + 8, head.first);
-    store_be32(at + 12, head.count);
-    store_be64(at + 16, head.firstTick);
-    store_be64(at + 24, head.lastTick);
-    store_be32(at + 32, head.summaryBytes);
-    store_be32(at + 36, head.columnBytes);
-    store_be64(at + 40, head.summaryCheck);
-    store_be64(at + 48, head.columnCheck);
-    store_be64(at + checked_bytes, lane_CheckSum({at, checked_bytes}));
+    uint8_t* const begin = out.room(lane_HeadBytes);
+    uint8_t* at = begin + 32;
+    store_be64(begin, head.mark);
+    store_be32(begin + 8, head.first);
+    store_be32(begin + 12, head.count);
+    store_be64(begin + 16, head.firstTick);
+    store_be64(begin + 24, head.lastTick);
+    for (size_t part = 0; part < lane_PartCount; ++part, at += 12) {
+        store_be32(at, head.bytes[part]);
+        store_be64(at + 4, head.checks[part]);
+    }
+    store_be64(at, lane_CheckSum({begin, checked_bytes}));
     out.took(lane_HeadBytes);
 }
 
 bool lane_DecodeHead(std::span<const uint8_t> bytes, LaneHead& head) {
     const uint8_t* at = bytes.data();
     if (load_be64(at + checked_bytes) != lane_CheckSum(bytes.first(checked_bytes))) return false;
-    head = {load_be64(at),      load_be32(at + 8),  load_be32(at + 12),
-            load_be64(at + 16), load_be64(at + 24), load_be32(at + 32),
-            load_be32(at + 36), load_be64(at + 40), load_be64(at + 48)};
+    head.mark = load_be64(at);
+    head.first = load_be32(at + 8);
+    head.count = load_be32(at + 12);
+    head.firstTick = load_be64(at + 16);
+    head.lastTick = load_be64(at + 24);
+    at += 32;
+    for (size_t part = 0; part < lane_PartCount; ++part, at += 12) {
+        head.bytes[part] = load_be32(at);
+        head.checks[part] = load_be64(at + 4);
+    }
     return head.first > 0 && head.count > 0 && head.count <= lane_BlockEvents &&
            head.first <= UINT32_MAX - head.count && head.firstTick <= head.lastTick &&
            head.lastTick <= most_ticks;
 }
 
 void lane_EncodeSummary(const LaneSummary& summary, ByteBuffer& out) {
-    for (const size_t size :
-         {summary.objects.size(), summary.kinds.size(), summary.states.size(), summary.count.size()})
+    for (const size_t size : {summary.objects.size(), summary.kinds.size(), summary.states.size()})
         out.put32(static_cast<uint32_t>(size));
-    out.put32(summary.changes);
-    column_PutRising(out, summary.objects);
     for (const uint32_t kind : summary.kinds) out.put32(kind);
     for (const uint32_t state : summary.states) out.put32(state);
-    column_PutFlat(out, summary.start);
-    column_PutFlat(out, summary.ofObject);
-    column_PutFlat(out, summary.ofKind);
-    column_PutFlat(out, summary.count);
+    column_PutRising(out, summary.objects);
+    for (const std::vector<uint32_t>* column :
+         {&summary.start, &summary.statuses, &summary.events, &summary.priorities, &summary.names})
+        column_PutFlat(out, *column);
 }
 
 bool lane_DecodeSummary(const LaneHead& head, std::span<const uint8_t> bytes, LaneSummary& summary) {
     ColumnReader reader(bytes);
-    const uint32_t objects = reader.Number(), kinds = reader.Number(), states = reader.Number(),
-                   counts = reader.Number();
-    summary.changes = reader.Number();
-    if (!reader.ok() || objects == 0 || kinds == 0 || states == 0 || kinds > head.count ||
-        counts > head.count || kinds > bytes.size() / 4 || states > bytes.size() / 4)
-        return false;
+    const uint32_t objects = reader.Number(), kinds = reader.Number(), states = reader.Number();
+    const auto numbers = [&reader](uint32_t count, std::vector<uint32_t>& values) {
+        const uint8_t* at = reader.Numbers(count);
+        values.resize(reader.ok() ? count : 0);
+        for (uint32_t& value : values) value = load_be32(std::exchange(at, at + 4));
+    };
+    if (objects == 0 || kinds == 0 || states == 0 || kinds > head.count) return false;
+    numbers(kinds, summary.kinds);
+    numbers(states, summary.states);
     reader.Rising(objects, UINT32_MAX, summary.objects);
-    summary.kinds.resize(kinds);
-    for (uint32_t& kind : summary.kinds) kind = reader.Number();
-    summary.states.resize(states);
-    for (uint32_t& state : summary.states) state = reader.Number();
     if (!reader.ok()) return false;
     reader.Flat(objects, states, summary.start);
-    reader.Flat(counts, objects, summary.ofObject);
-    reader.Flat(counts, kinds, summary.ofKind);
-    reader.Flat(counts, uint64_t{head.count} + 1, summary.count);
+    for (std::vector<uint32_t>* column :
+         {&summary.statuses, &summary.events, &summary.priorities, &summary.names})
+        reader.Flat(objects, uint64_t{head.count} + 1, *column);
     const bool statesFit = std::all_of(summary.states.begin(), summary.states.end(),
                                        [](uint32_t state) { return state <= lane_Absent; });
-    return reader.AtEnd() && statesFit && ascends(summary.objects);
+    return reader.AtEnd() && statesFit && ascends(summary.objects) &&
+           std::accumulate(summary.events.begin(), summary.events.end(), uint64_t{0}) == head.count;
 }
 
-void LaneColumns::clear() {
-    for (std::vector<uint64_t>* column : {&ticks, &changeAt}) column->clear();
-    for (std::vector<uint32_t>* column : {&kinds, &objects, &changeObject, &changeState}) column->clear();
-}
-
-void lane_EncodeColumns(const LaneColumns& columns, ByteBuffer& out) {
-    column_PutRising(out, columns.ticks);
-    column_PutRising(out, columns.changeAt);
-    column_PutFlat(out, columns.changeObject);
-    column_PutFlat(out, columns.changeState);
-    column_PutFlat(out, columns.kinds);
-    column_PutFlat(out, columns.objects);
-}
-
-bool lane_DecodeColumns(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
-                        LaneColumnSet set, LaneColumns& columns) {
+bool lane_DecodeTimes(const LaneHead& head, std::span<const uint8_t> bytes, std::vector<uint64_t>& ticks) {
     ColumnReader reader(bytes);
-    const size_t objects = summary.objects.size();
-    if (summary.changes / column_Group > bytes.size()) return false;
-    reader.Rising(head.count, head.lastTick - head.firstTick, columns.ticks);
-    reader.Rising(summary.changes, head.count - 1, columns.changeAt);
-    reader.Flat(summary.changes, objects, columns.changeObject);
-    reader.Flat(summary.changes, summary.states.size(), columns.changeState);
-    switch (set) {
-        case LaneColumnSet::Times:
-            reader.SkipFlat(head.count);
-            reader.SkipFlat(head.count);
-            break;
-        case LaneColumnSet::All:
-            reader.Flat(head.count, summary.kinds.size(), columns.kinds);
-            reader.Flat(head.count, objects, columns.objects);
-            break;
+    reader.Stepped(head.count, head.lastTick - head.firstTick, ticks);
+    return reader.AtEnd() && ticks.front() == 0 && ticks.back() == head.lastTick - head.firstTick;
+}
+
+// An object's own events rise; those of all are put in order by counting.
+bool lane_DecodeStatuses(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
+                         LaneLists& lists, LaneColumns& columns) {
+    const uint64_t count = std::accumulate(summary.statuses.begin(), summary.statuses.end(), uint64_t{0});
+    ColumnReader reader(bytes);
+    reader.Flat(count, head.count, lists.statusAt);
+    reader.Flat(count, summary.states.size(), lists.statusState);
+    if (!reader.AtEnd()) return false;
+    std::vector<uint32_t> next(size_t{head.count} + 1, 0);
+    for (const uint32_t at : lists.statusAt) ++next[at + 1];
+    for (size_t at = 1; at < next.size(); ++at) next[at] += next[at - 1];
+    for (std::vector<uint32_t>* column : {&columns.changeAt, &columns.changeObject, &columns.changeState})
+        column->resize(count);
+    size_t place = 0;
+    for (uint32_t object = 0; object < summary.statuses.size(); ++object) {
+        uint32_t before = 0;  // event behind the last one
+        for (const size_t end = place + summary.statuses[object]; place < end; ++place) {
+            const uint32_t at = lists.statusAt[place], to = next[at]++;
+            if (at < before) return false;
+            before = at + 1;
+            columns.changeAt[to] = at;
+            columns.changeObject[to] = object;
+            columns.changeState[to] = lists.statusState[place];
+        }
     }
-    return reader.AtEnd() && columns.ticks.front() == 0 &&
-           columns.ticks.back() == head.lastTick - head.firstTick;
+    return true;
+}
+
+// Each event is some object's, and of no other one.
+bool lane_DecodeEvents(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
+                       LaneLists& lists, LaneColumns& columns) {
+    ColumnReader reader(bytes);
+    reader.Flat(head.count, head.count, lists.eventAt);
+    reader.Flat(head.count, summary.kinds.size(), lists.eventKind);
+    if (!reader.AtEnd()) return false;
+    columns.objects.resize(head.count);
+    columns.kinds.assign(head.count, UINT32_MAX);
+    size_t place = 0;
+    bool fits = true;
+    for (uint32_t object = 0; object < summary.events.size(); ++object) {
+        int64_t before = -1;
+        for (const size_t end = place + summary.events[object]; place < end; ++place) {
+            const uint32_t at = lists.eventAt[place];
+            fits = fits && at > before && columns.kinds[at] == UINT32_MAX;
+            before = at;
+            columns.objects[at] = object;
+            columns.kinds[at] = lists.eventKind[place];
+        }
+    }
+    return fits;
+}
+
+void lane_EncodePairs(std::span<const uint32_t> first, std::span<const uint32_t> second, ByteBuffer& out) {
+    column_PutFlat(out, first);
+    column_PutFlat(out, second);
 }

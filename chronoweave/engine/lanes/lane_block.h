@@ -1,14 +1,16 @@
-// A block of the lane index: what so many events in a row tell of who did what when, in columns. It holds
-// three parts: the head, which alone is kept in memory; the summary, which tells of the objects, of their
-// status just before the block, and how many events of each kind each had; and the columns, event by event.
+// A block of the lane index: what so many events in a row tell of who did what when. Its head, which alone is
+// kept in memory, tells where its parts stand. All of them but the times go object by object, so that one
+// object's share is read without the others'.
 //
-// Within a block, objects and kinds are numbered in the order of their ids and codes.
+// Within a block, objects, kinds and states are numbered in the order of their ids and codes.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
+#include "chronoweave/engine/lanes/packed_column.h"
 #include "libtrv/byte_buffer.h"
 #include "libtrv/store_format.h"
 #include "shared/libcxxutil/result.h"
@@ -32,16 +34,35 @@ constexpr uint16_t lane_SubtypeOf(uint32_t kind) {
     return static_cast<uint16_t>(kind);
 }
 
+enum class LanePart : uint8_t {
+    Summary,   // of the objects and of what there is of each
+    Times,     // of the events
+    Statuses,  // that the objects got
+    Events,    // that they had
+    Sums,      // of both
+    Facts      // names and priorities
+};
+constexpr size_t lane_PartCount = 6;
+constexpr size_t lane_Number(LanePart part) {
+    return static_cast<size_t>(part);
+}
+
 struct LaneHead {
     uint64_t mark = 0;   // of the store up to the block's last event
     uint32_t first = 0;  // sequence number of the first event
     uint32_t count = 0;  // of events; at least 1
     mt_Time firstTick = 0, lastTick = 0;
-    uint32_t summaryBytes = 0, columnBytes = 0;
-    uint64_t summaryCheck = 0, columnCheck = 0;     // sums over the bytes of the two parts
-    uint32_t end() const { return first + count; }  // sequence number behind the last event
+    std::array<uint32_t, lane_PartCount> bytes = {};   // of the parts
+    std::array<uint64_t, lane_PartCount> checks = {};  // sums over them
+    uint32_t end() const { return first + count; }     // sequence number behind the last event
+    // Where a part stands behind the head; of the number of parts, where the block ends.
+    uint64_t OffsetOf(size_t part) const {
+        uint64_t offset = 0;
+        for (size_t i = 0; i < part; ++i) offset += bytes[i];
+        return offset + (part == lane_PartCount ? column_Slack : 0);
+    }
 };
-constexpr size_t lane_HeadBytes = 64;  // with a check sum over the others
+constexpr size_t lane_HeadBytes = 40 + lane_PartCount * 12;  // with a check sum over the others
 
 void lane_EncodeHead(const LaneHead& head, ByteBuffer& out);
 // False when the bytes, which are lane_HeadBytes, are no head.
@@ -49,30 +70,41 @@ void lane_EncodeHead(const LaneHead& head, ByteBuffer& out);
 uint64_t lane_CheckSum(std::span<const uint8_t> bytes);
 
 struct LaneSummary {
-    std::vector<uint64_t> objects;  // ids, ascending: all that were known up to the block's end
-    std::vector<uint32_t> kinds;    // of its events, ascending
-    std::vector<uint32_t> states;   // that occur, ascending
-    std::vector<uint32_t> start;    // by object, number of the state just before the block
-    uint32_t changes = 0;           // entries of the columns
-    // How many events of a kind an object had, for those that had any; by object, then by kind.
-    std::vector<uint32_t> ofObject, ofKind, count;
+    std::vector<uint64_t> objects;            // ids, ascending: all that were known up to the block's end
+    std::vector<uint32_t> kinds;              // of its events, ascending
+    std::vector<uint32_t> states;             // that occur, ascending
+    std::vector<uint32_t> start;              // by object, number of the state just before the block
+    std::vector<uint32_t> statuses, events;   // how many each object has
+    std::vector<uint32_t> priorities, names;  // likewise; of the facts
 };
 
+// Event by event.
 struct LaneColumns {
     std::vector<uint64_t> ticks;           // from the block's first one
     std::vector<uint32_t> kinds, objects;  // numbers of the summary
     // Statuses that another event left; of one event by object.
-    std::vector<uint64_t> changeAt;  // event of the block
+    std::vector<uint32_t> changeAt;  // event of the block
     std::vector<uint32_t> changeObject, changeState;
-    void clear();
 };
-enum class LaneColumnSet { Times, All };  // Times: without kinds and objects
 
-// The bytes must be followed by column_Slack more. False when they can't be parts of such a block.
+// Object by object.
+struct LaneLists {
+    std::vector<uint32_t> statusAt, statusState;  // event of the block, and number of the state
+    std::vector<uint32_t> eventAt, eventKind;
+};
+
+// Reading. The bytes must be followed by column_Slack more. False when they can't be parts of such a block.
 [[nodiscard]] bool lane_DecodeSummary(const LaneHead& head, std::span<const uint8_t> bytes,
                                       LaneSummary& summary);
-[[nodiscard]] bool lane_DecodeColumns(const LaneHead& head, const LaneSummary& summary,
-                                      std::span<const uint8_t> bytes, LaneColumnSet set,
-                                      LaneColumns& columns);
+[[nodiscard]] bool lane_DecodeTimes(const LaneHead& head, std::span<const uint8_t> bytes,
+                                    std::vector<uint64_t>& ticks);
+// Both put into columns what the lists have, in the order of the events. Lists are room to work in.
+[[nodiscard]] bool lane_DecodeStatuses(const LaneHead& head, const LaneSummary& summary,
+                                       std::span<const uint8_t> bytes, LaneLists& lists,
+                                       LaneColumns& columns);
+[[nodiscard]] bool lane_DecodeEvents(const LaneHead& head, const LaneSummary& summary,
+                                     std::span<const uint8_t> bytes, LaneLists& lists, LaneColumns& columns);
+
+// Writing.
 void lane_EncodeSummary(const LaneSummary& summary, ByteBuffer& out);
-void lane_EncodeColumns(const LaneColumns& columns, ByteBuffer& out);
+void lane_EncodePairs(std::span<const uint32_t> first, std::span<const uint32_t> second, ByteBuffer& out);

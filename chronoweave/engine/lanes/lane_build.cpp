@@ -31,13 +31,18 @@ bool LaneBuild::Place() {
     return trouble_.ok();
 }
 
-// The whole blocks of an index that covers less.
+// The whole blocks of an index that covers less, up to one that is damaged.
 bool LaneBuild::Copy(LaneIndex& before) {
     std::vector<uint8_t> bytes;
+    LaneSummary summary;
+    LaneSums sums;
     for (size_t block = 0; block < before.BlockCount(); ++block) {
         const LaneHead& head = before.head(block);
-        if (head.count != blockEvents_) break;
-        if (!before.ReadWhole(block, bytes) || !Append(bytes)) return false;
+        if (head.count != blockEvents_ || !before.ReadWhole(block, bytes) ||
+            !before.ReadSummary(block, summary) || !before.ReadSums(block, 0, sums))
+            break;
+        if (!Append(bytes)) return false;
+        builder_.PassOver(head, summary, std::move(sums));
         next_ = head.end();
     }
     return true;

@@ -11,7 +11,7 @@
 #include "shared/libcxxutil/result.h"
 
 constexpr uint32_t lane_FileKind = 7;
-constexpr uint32_t lane_FileVersion = 1;
+constexpr uint32_t lane_FileVersion = 2;
 
 // By the store's base name.
 std::string lane_NameBeside(const std::string& base);

@@ -1,11 +1,10 @@
 #include "chronoweave/engine/lanes/lane_index.h"
 
 #include <algorithm>
-#include <array>
+#include <numeric>
 
 #include "chronoweave/engine/lanes/lane_file.h"
-#include "chronoweave/engine/lanes/packed_column.h"
-#include "libtrv/byte_order.h"
+#include "libtrv/gfile.h"
 #include "libtrv/store_mark.h"
 #include "shared/libcxxutil/paths.h"
 
@@ -22,35 +21,31 @@ std::string place_text(const std::string& name, uint64_t offset) {
 
 // ---- Opening
 
-Result LaneIndex::Begin(std::unique_ptr<FileDevice> device, const std::string& name,
+Result LaneIndex::Begin(std::unique_ptr<MappedFile> file, const std::string& name,
                         std::unique_ptr<LaneIndex>& index) {
     std::unique_ptr<LaneIndex> begun(new LaneIndex);
-    begun->device_ = std::move(device);
-    begun->name_ = name;
-    std::array<uint8_t, mt_HeaderSize> bytes;
+    const auto bytes = file->bytes();
     GFileHeader header;
-    if (begun->device_->ReadAt(0, bytes) != mt_HeaderSize)
-        return Result::failure(damaged_words, place_text(name, 0));
-    if (Result decoded = gf_DecodeHeader(bytes, header); !decoded.ok())
+    if (bytes.size() < mt_HeaderSize) return Result::failure(damaged_words, place_text(name, 0));
+    if (Result decoded = gf_DecodeHeader(bytes.first(mt_HeaderSize), header); !decoded.ok())
         return Result::failure(decoded.what(), name, decoded.reason());
     if (header.kind != lane_FileKind || header.kindVersion != lane_FileVersion)
         return Result::failure("the lane index is of a form that is not known", name);
+    begun->file_ = std::move(file);
+    begun->name_ = name;
     begun->tail_ = mt_HeaderSize;
     index = std::move(begun);
-    return {};
+    return index->TakeHeads(nullptr);
 }
 
 Result LaneIndex::OpenFile(const std::string& name, std::unique_ptr<LaneIndex>& index) {
-    std::unique_ptr<FileDevice> device;
-    Result opened = gf_OpenDevice(name, device);
-    if (!opened.ok()) return opened;
-    opened = Begin(std::move(device), name, index);
-    return opened.ok() ? index->TakeHeads(nullptr) : opened;
+    std::unique_ptr<MappedFile> file;
+    Result opened = MappedFile::Open(name, file);
+    return opened.ok() ? Begin(std::move(file), name, index) : opened;
 }
 
-Result LaneIndex::OnDevice(std::unique_ptr<FileDevice> device, std::unique_ptr<LaneIndex>& index) {
-    Result begun = Begin(std::move(device), "index", index);
-    return begun.ok() ? index->TakeHeads(nullptr) : begun;
+Result LaneIndex::OfBytes(std::vector<uint8_t> bytes, std::unique_ptr<LaneIndex>& index) {
+    return Begin(MappedFile::OfBytes(std::move(bytes)), "index", index);
 }
 
 std::unique_ptr<LaneIndex> LaneIndex::Open(TraceStore& store, Result& why) {
@@ -70,26 +65,27 @@ std::unique_ptr<LaneIndex> LaneIndex::Open(TraceStore& store, Result& why) {
 // Reads the heads of the blocks behind those that are known; with a store, of those that it has the events
 // of.
 Result LaneIndex::TakeHeads(TraceStore* store) {
-    const uint64_t size = device_->size();
+    file_->Refresh();
+    const auto bytes = file_->bytes();
     const uint32_t events = store ? mt_GetEventCount(*store) : UINT32_MAX;
-    std::array<uint8_t, 1 + lane_HeadBytes> bytes;
     for (;;) {
-        const int64_t got = device_->ReadAt(tail_, bytes);
-        if (got >= 1 && bytes[0] == mt_PacketEnd) return {};
+        const auto rest = bytes.subspan(std::min<uint64_t>(tail_, bytes.size()));
+        if (!rest.empty() && rest[0] == mt_PacketEnd) return {};
         LaneHead head;
-        const bool read = got == static_cast<int64_t>(bytes.size()) && bytes[0] == 1 &&
-                          lane_DecodeHead(std::span(bytes).subspan(1), head);
-        const uint64_t end = tail_ + bytes.size() + head.summaryBytes + head.columnBytes;
-        const bool follows = read && head.first == EndEvent() && end < size &&
+        const bool read = rest.size() > lane_HeadBytes && rest[0] == 1 &&
+                          lane_DecodeHead(rest.subspan(1, lane_HeadBytes), head);
+        const uint64_t size = 1 + lane_HeadBytes + head.OffsetOf(lane_PartCount);
+        const bool follows = read && head.first == EndEvent() && size < rest.size() &&
                              (heads_.empty() || head.firstTick >= heads_.back().lastTick);
         if (!follows) {
-            static_cast<void>(Fail(damaged_words, tail_));
+            static_cast<void>(FailAt(tail_));
             return damage_;
         }
         if (head.end() - 1 > events || (store && head.mark != mt_MarkOf(*store, head.end() - 1))) return {};
         heads_.push_back(head);
         offsets_.push_back(tail_ + 1);
-        tail_ = end;
+        checked_.push_back(0);
+        tail_ += size;
     }
 }
 
@@ -112,7 +108,7 @@ bool LaneIndex::Fits(TraceStore& store) {
     uint32_t object = 0;
     return event.sequence == sequence && event.time == last.lastTick &&
            ReadSummary(heads_.size() - 1, summary) &&
-           ReadColumns(heads_.size() - 1, summary, LaneColumnSet::All, columns) &&
+           ReadColumns(heads_.size() - 1, summary, Columns::All, columns) &&
            event.extra.size() >= sizeof object && mt_GetEventObject(store, event, type, object) &&
            summary.objects[columns.objects.back()] == object &&
            summary.kinds[columns.kinds.back()] == lane_Kind(event.type, event.subtype);
@@ -120,42 +116,74 @@ bool LaneIndex::Fits(TraceStore& store) {
 
 // ---- Reading
 
-bool LaneIndex::Fail(const char* what, uint64_t offset) {
-    if (damage_.ok()) damage_ = Result::failure(what, place_text(name_, offset));
+bool LaneIndex::FailAt(uint64_t offset) {
+    if (damage_.ok()) damage_ = Result::failure(damaged_words, place_text(name_, offset));
     return false;
 }
 
-// Into bytes_.
-bool LaneIndex::ReadPart(uint64_t offset, size_t size, uint64_t check) {
-    if (!damage_.ok()) return false;
-    bytes_.resize(size + column_Slack);
-    const bool whole = device_->ReadAt(offset, std::span(bytes_).first(size)) == static_cast<int64_t>(size);
-    if (whole && lane_CheckSum(std::span(bytes_).first(size)) == check) return true;
-    return Fail(damaged_words, offset);
+bool LaneIndex::Fail(size_t block, LanePart part) {
+    return FailAt(offsets_[block] + lane_HeadBytes + heads_[block].OffsetOf(lane_Number(part)));
+}
+
+std::optional<std::span<const uint8_t>> LaneIndex::Part(size_t block, LanePart part) {
+    if (!damage_.ok()) return std::nullopt;
+    const LaneHead& head = heads_[block];
+    const size_t number = lane_Number(part);
+    const auto bytes =
+        file_->bytes().subspan(offsets_[block] + lane_HeadBytes + head.OffsetOf(number), head.bytes[number]);
+    const auto bit = static_cast<uint8_t>(1u << number);
+    if ((checked_[block] & bit) == 0 && lane_CheckSum(bytes) != head.checks[number]) {
+        Fail(block, part);
+        return std::nullopt;
+    }
+    checked_[block] |= bit;
+    return bytes;
 }
 
 bool LaneIndex::ReadSummary(size_t block, LaneSummary& summary) {
-    const LaneHead& head = heads_[block];
-    const uint64_t offset = offsets_[block] + lane_HeadBytes;
-    if (!ReadPart(offset, head.summaryBytes, head.summaryCheck)) return false;
-    return lane_DecodeSummary(head, std::span(bytes_).first(head.summaryBytes), summary) ||
-           Fail(damaged_words, offset);
+    const auto bytes = Part(block, LanePart::Summary);
+    return bytes && (lane_DecodeSummary(heads_[block], *bytes, summary) || Fail(block, LanePart::Summary));
 }
 
-bool LaneIndex::ReadColumns(size_t block, const LaneSummary& summary, LaneColumnSet set,
-                            LaneColumns& columns) {
+bool LaneIndex::ReadColumns(size_t block, const LaneSummary& summary, Columns wanted, LaneColumns& columns) {
     const LaneHead& head = heads_[block];
-    const uint64_t offset = offsets_[block] + lane_HeadBytes + head.summaryBytes;
-    if (!ReadPart(offset, head.columnBytes, head.columnCheck)) return false;
-    return lane_DecodeColumns(head, summary, std::span(bytes_).first(head.columnBytes), set, columns) ||
-           Fail(damaged_words, offset);
+    const auto times = Part(block, LanePart::Times);
+    if (!times) return false;
+    if (!lane_DecodeTimes(head, *times, columns.ticks)) return Fail(block, LanePart::Times);
+    if (wanted == Columns::Times) return true;
+    const auto statuses = Part(block, LanePart::Statuses);
+    if (!statuses) return false;
+    if (!lane_DecodeStatuses(head, summary, *statuses, lists_, columns))
+        return Fail(block, LanePart::Statuses);
+    if (wanted == Columns::Statuses) return true;
+    const auto events = Part(block, LanePart::Events);
+    return events &&
+           (lane_DecodeEvents(head, summary, *events, lists_, columns) || Fail(block, LanePart::Events));
+}
+
+bool LaneIndex::ReadSums(size_t block, size_t level, LaneSums& sums) {
+    LaneSummary summary;
+    if (!ReadSummary(block, summary)) return false;
+    const auto bytes = Part(block, LanePart::Sums);
+    return bytes && (lane_DecodeSums(*bytes, summary.objects, level, sums) || Fail(block, LanePart::Sums));
+}
+
+bool LaneIndex::ReadFacts(size_t block, const LaneSummary& summary, LaneFacts& facts) {
+    const auto bytes = Part(block, LanePart::Facts);
+    const auto all = [](const std::vector<uint32_t>& counts) {
+        return std::accumulate(counts.begin(), counts.end(), size_t{0});
+    };
+    return bytes && (lane_DecodeFacts(*bytes, heads_[block].count, all(summary.priorities),
+                                      all(summary.names), facts) ||
+                     Fail(block, LanePart::Facts));
 }
 
 bool LaneIndex::ReadWhole(size_t block, std::vector<uint8_t>& bytes) {
-    const LaneHead& head = heads_[block];
-    bytes.resize(lane_HeadBytes + size_t{head.summaryBytes} + head.columnBytes);
-    const int64_t got = device_->ReadAt(offsets_[block], bytes);
-    return got == static_cast<int64_t>(bytes.size()) || Fail(damaged_words, offsets_[block]);
+    const auto all =
+        file_->bytes().subspan(offsets_[block], lane_HeadBytes + heads_[block].OffsetOf(lane_PartCount));
+    bytes.assign(all.begin(), all.end());
+    LaneHead head;
+    return lane_DecodeHead(std::span(bytes).first(lane_HeadBytes), head) || FailAt(offsets_[block]);
 }
 
 // ---- Positions and counts
@@ -166,57 +194,64 @@ size_t LaneIndex::BlockOf(uint32_t sequence) const {
     return static_cast<size_t>(behind - heads_.begin()) - 1;
 }
 
+// Of nothing where it is damaged.
+SteppedView LaneIndex::TimesOf(size_t block) {
+    const auto bytes = Part(block, LanePart::Times);
+    if (!bytes) return {};
+    ColumnReader reader(*bytes);
+    const SteppedView times = reader.SteppedAt(heads_[block].count);
+    if (!reader.AtEnd()) Fail(block, LanePart::Times);
+    return times;
+}
+
 std::optional<uint32_t> LaneIndex::FirstFrom(mt_Time tick) {
     if (static_cast<int64_t>(tick) < 0) tick = 0;
     const auto block = std::partition_point(heads_.begin(), heads_.end(),
                                             [tick](const LaneHead& head) { return head.lastTick < tick; });
     if (block == heads_.end()) return EndEvent();
     if (tick <= block->firstTick) return block->first;
-    LaneSummary summary;
-    LaneColumns columns;
-    const auto number = static_cast<size_t>(block - heads_.begin());
-    if (!ReadSummary(number, summary) || !ReadColumns(number, summary, LaneColumnSet::Times, columns))
-        return std::nullopt;
-    const auto at = std::lower_bound(columns.ticks.begin(), columns.ticks.end(), tick - block->firstTick);
-    return block->first + static_cast<uint32_t>(at - columns.ticks.begin());
+    const auto at = TimesOf(static_cast<size_t>(block - heads_.begin())).FirstFrom(tick - block->firstTick);
+    if (!damage_.ok()) return std::nullopt;
+    return block->first + static_cast<uint32_t>(at);
 }
 
 std::optional<mt_Time> LaneIndex::TickOf(uint32_t sequence) {
     const size_t block = BlockOf(sequence);
     const LaneHead& head = heads_[block];
-    if (sequence == head.first) return head.firstTick;
-    if (sequence == head.end() - 1) return head.lastTick;
-    LaneSummary summary;
-    LaneColumns columns;
-    if (!ReadSummary(block, summary) || !ReadColumns(block, summary, LaneColumnSet::Times, columns))
-        return std::nullopt;
-    return head.firstTick + columns.ticks[sequence - head.first];
+    const mt_Time tick = head.firstTick + TimesOf(block).at(sequence - head.first);
+    if (!damage_.ok()) return std::nullopt;
+    return std::min(tick, head.lastTick);
 }
 
-// Blocks that lie inside are counted by their summaries.
+// Blocks that lie inside are counted by the sums.
 bool LaneIndex::Count(uint32_t first, uint32_t end, const Visit& visit) {
-    LaneSummary summary;
+    LaneSums sums;
     for (uint32_t at = first; at < end;) {
         const size_t block = BlockOf(at);
         const LaneHead& head = heads_[block];
         const uint32_t upTo = std::min(end, head.end());
-        if (!ReadSummary(block, summary)) return false;
         if (at != head.first || upTo != head.end()) {
-            if (!CountInBlock(block, summary, at, upTo, visit)) return false;
-        } else {
-            for (size_t i = 0; i < summary.count.size(); ++i)
-                visit(static_cast<uint32_t>(summary.objects[summary.ofObject[i]]),
-                      summary.kinds[summary.ofKind[i]], summary.count[i]);
+            if (!CountInBlock(block, at, upTo, visit)) return false;
+            at = upTo;
+            continue;
         }
-        at = upTo;
+        const size_t behind = end == EndEvent() ? heads_.size() : BlockOf(end);
+        const LaneStride stride = lane_StrideAt(block, behind);
+        const size_t last = block + stride.blocks - 1;
+        if (!ReadSums(last, stride.level, sums)) return false;
+        for (const LaneSums::Events& cell : sums.events) visit(cell.object, cell.kind, cell.count);
+        at = heads_[last].end();
     }
     return true;
 }
 
-bool LaneIndex::CountInBlock(size_t block, const LaneSummary& summary, uint32_t first, uint32_t end,
-                             const Visit& visit) {
+bool LaneIndex::CountInBlock(size_t block, uint32_t first, uint32_t end, const Visit& visit) {
+    LaneSummary summary;
+    const auto events = ReadSummary(block, summary) ? Part(block, LanePart::Events) : std::nullopt;
+    if (!events) return false;
     LaneColumns columns;
-    if (!ReadColumns(block, summary, LaneColumnSet::All, columns)) return false;
+    if (!lane_DecodeEvents(heads_[block], summary, *events, lists_, columns))
+        return Fail(block, LanePart::Events);
     for (uint32_t i = first - heads_[block].first; i < end - heads_[block].first; ++i)
         visit(static_cast<uint32_t>(summary.objects[columns.objects[i]]), summary.kinds[columns.kinds[i]], 1);
     return true;

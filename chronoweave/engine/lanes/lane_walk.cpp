@@ -60,8 +60,8 @@ bool LaneWalk::Enter(Stop stop) {
     ChooseWanted(freshSummary_);
     const bool passed =
         stop == Stop::Wanted && !wantsKinds_ && wants_.changes == LaneWants::Changes::PassedOver;
-    const LaneColumnSet set = wants_.kind ? LaneColumnSet::All : LaneColumnSet::Times;
-    if (!passed && !index_->ReadColumns(block, freshSummary_, set, freshColumns_)) return false;
+    const auto wanted = wants_.kind ? LaneIndex::Columns::All : LaneIndex::Columns::Statuses;
+    if (!passed && !index_->ReadColumns(block, freshSummary_, wanted, freshColumns_)) return false;
     std::swap(summary_, freshSummary_);
     std::swap(columns_, freshColumns_);
     ++blocks_;

@@ -33,6 +33,23 @@ Statuses statuses_of(const StateTable& state) {
     return statuses;
 }
 
+// What an event did to objects: the states that it left otherwise than it found them, and lane_Absent for one
+// that it made and took away.
+Statuses statuses_left(StateTable& state, const EventRecord& event) {
+    Statuses before = statuses_of(state), left;
+    mt_ApplyEventToState(state, event);
+    Statuses after = statuses_of(state);
+    for (const auto& [object, status] : before) after.try_emplace(object, lane_Absent);
+    for (const auto& [object, status] : after)
+        if (before.try_emplace(object, lane_Absent).first->second != status) left[object] = status;
+    StateChange change;
+    for (ChangeList list = event.changes; list.next(change);)
+        if (change.kind == mt_ChangeCreate && !before.contains(change.objectId) &&
+            !after.contains(change.objectId))
+            left[change.objectId] = lane_Absent;
+    return left;
+}
+
 // A store with its index, and the store's events as a plain list.
 class LanesTest : public ::testing::Test {
   protected:
@@ -64,9 +81,8 @@ class LanesTest : public ::testing::Test {
         EventRecord given;
         for (uint32_t i = first; i < end; ++i) {
             const EventRecord& event = list_[i - 1];
-            const Statuses before = statuses_of(state);
-            mt_ApplyEventToState(state, event);
-            const bool changed = wants.changes == LaneWants::Changes::Given && before != statuses_of(state);
+            const bool left = !statuses_left(state, event).empty();
+            const bool changed = wants.changes == LaneWants::Changes::Given && left;
             const bool kind = wants.kind && wants.kind(event.type, event.subtype) &&
                               (!wants.object || wants.object(ObjectOf(event)));
             if (!every && !changed && !kind) continue;
@@ -287,7 +303,7 @@ TEST_F(LanesTest, DamageIsFound) {
             else
                 (*bytes)[at] ^= 0x11;
             std::unique_ptr<LaneIndex> index;
-            if (!LaneIndex::OnDevice(std::make_unique<MemoryDevice>(bytes), index).ok()) continue;
+            if (!LaneIndex::OfBytes(*bytes, index).ok()) continue;
             const auto [seen, position] = all(*index);
             ASSERT_TRUE(std::equal(seen.begin(), seen.end(), wanted.begin())) << at;
             EXPECT_TRUE(position == index->EndEvent() || !index->damage().ok());
@@ -329,13 +345,8 @@ std::map<uint32_t, PlainLane> lanes_of(const EventList& list) {
     std::map<uint32_t, PlainLane> lanes;
     StateTable state;
     for (const EventRecord& event : list) {
-        Statuses before = statuses_of(state);
-        mt_ApplyEventToState(state, event);
-        Statuses after = statuses_of(state);
-        for (const auto& [object, status] : before) after.try_emplace(object, lane_Absent);
-        for (const auto& [object, status] : after)
-            if (before.try_emplace(object, lane_Absent).first->second != status)
-                lanes[object].statuses.push_back({event.time, status, event.sequence});
+        for (const auto& [object, status] : statuses_left(state, event))
+            lanes[object].statuses.push_back({event.time, status, event.sequence});
         lanes[load_be32(event.extra.data())].events.push_back(
             {event.time, lane_Kind(event.type, event.subtype), event.sequence});
     }
