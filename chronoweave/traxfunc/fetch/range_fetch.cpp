@@ -218,9 +218,8 @@ LaFetch::Ended LaFetch::TakeRest(uint64_t end, const Progress& progress, laFetch
 void LaFetch::Warm() const {
     for (uint32_t i = 0; i < items_.lanes.size(); ++i) {
         const laItem_Line& lane = items_.lanes[i];
-        if (!lane.segments.empty()) __builtin_prefetch(&lane.segments.back(), 1);
-        __builtin_prefetch(lane.iconTimes.data() + lane.iconTimes.size(), 1);
-        __builtin_prefetch(lane.iconEvents.data() + lane.iconEvents.size(), 1);
+        lane.segments.Warm();
+        lane.icons.Warm();
     }
 }
 
