@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "chronoweave/qt/canvas_window.h"
@@ -155,7 +156,9 @@ QPoint Robot::middleOf(const char* objectName) {
     return placeOf(objectName).center();
 }
 
+// xdotool waits long for a pointer that is there already to move.
 void Robot::moveTo(QPoint at) {
+    if (std::exchange(pointer_, at) == at) return;
     tool({"mousemove", "--sync", std::to_string(at.x()), std::to_string(at.y())});
 }
 void Robot::click(QPoint at, int button, int times) {

@@ -64,4 +64,5 @@ class Robot {
 
   private:
     std::string pictures_;
+    QPoint pointer_{-1, -1};
 };

@@ -1,62 +1,19 @@
 // The window as a service at a real screen: what other programs ask of it while the user has it in hand, or
 // while it works, waits its turn and is answered.
-#include <fcntl.h>
+#include "chronoweave/traxmain/driven_service.h"
 
 #include <QApplication>
 #include <QBasicTimer>
 #include <QEventLoop>
 #include <QTimer>
 #include <QTimerEvent>
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 #include "chronoweave/qt/canvas_window.h"
-#include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
-#include "chronoweave/traxmain/driven_session.h"
-#include "services/servicerouter_proxy/router_place.h"
-#include "shared/libcxxutil/child_process.h"
-#include "shared/libcxxutil/files.h"
 #include "shared/libcxxutil/gate.h"
-#include "windlib/qt/long_work.h"
 
 namespace {
-
-using std::chrono::milliseconds;
-
-constexpr milliseconds patience{60'000};
-
-// A run of the remote control; what it prints goes to a file.
-class Call {
-  public:
-    Call(const std::string& file, const std::vector<std::string>& words) : file_(file) {
-        const FileDescriptor output(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-        const Result started =
-            child_.start({.arguments = words, .descriptors = {{1, output.number()}, {2, output.number()}}});
-        if (!started) throw Robot::Fault{started.text()};
-    }
-    bool ended() { return !child_.IsRunning(); }
-    // Its exit status; -1 when it does not end.
-    int status() {
-        const auto end = child_.WaitForEnd(patience);
-        return end ? end->number : -1;
-    }
-    std::string printed() const {
-        std::ifstream file(file_);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    bool says(const std::string& words) const { return printed().find(words) != std::string::npos; }
-    void interrupt() { child_.signal(SIGTERM); }
-
-  private:
-    std::string file_;
-    ChildProcess child_;
-};
 
 // Does something once, in the program's thread, from within the work that is named, as soon as that runs.
 class Within : public QObject {
@@ -84,11 +41,6 @@ void let_arrive() {
     QEventLoop loop;
     QTimer::singleShot(500, &loop, &QEventLoop::quit);
     loop.exec();
-}
-
-QPoint point_of_picture(CanvasWindow& window, int x, int y) {
-    PictureView& view = window.view();
-    return view.mapToGlobal(QPoint(x + view.picture().graphLeft, y + view.picture().graphTop));
 }
 
 // What the window is doing, or its user, when a call comes.
@@ -141,72 +93,15 @@ const Busy states[] = {
      Busy::Calls::AreAnswered},
 };
 
-class DrivenService : public DrivenSession {
+class BusyService : public DrivenService {
   protected:
-    void SetUp() override {
-        DrivenSession::SetUp();
-        if (IsSkipped()) return;
-        ::setenv("XDG_RUNTIME_DIR", (folder / "").c_str(), 1);
-        LongWork::setPace(0);
-        std::filesystem::copy_file(CW_BIN "/chronoweave-remote", remote);
-        ASSERT_TRUE(router.start({.arguments = {CW_BIN "/svc_router"}}).ok());
-        std::optional<uint16_t> port;
-        for (int i = 0; i < 1000 && !(port = routerPlace_Port("")); ++i) Robot::pause(20);
-        ASSERT_TRUE(port);
-        service = {"-connect_servicerouter", std::to_string(*port)};
-    }
-    void TearDown() override {
-        LongWork::setPace(40);
-        if (!router.WasStarted()) return;
-        EXPECT_TRUE(router.IsRunning());
-        router.signal(SIGTERM);
-        const auto end = router.WaitForEnd(patience);
-        ASSERT_TRUE(end);
-        EXPECT_EQ(end->number, 0);
-    }
-    std::unique_ptr<Call> call(std::vector<std::string> words) {
-        words.insert(words.begin(), remote);
-        return std::make_unique<Call>(folder / ("call" + std::to_string(++calls)), words);
-    }
-    void done(Robot& robot, const std::vector<std::string>& words) {
-        const auto made = call(words);
-        robot.expect(made->status() == 0, words[0] + ": " + made->printed());
-    }
-    // The window of the trace, with the keyboard.
-    CanvasWindow* open(Robot& robot) {
-        done(robot, {"open", trace});
-        CanvasWindow* window = nullptr;
-        robot.waitFor("the window", [&] {
-            window = CanvasWindow::find(trace);
-            if (window) window->activateWindow();
-            return window && window->isActiveWindow();
-        });
-        return window;
-    }
-    // A client that stays, so that the service outlives its windows.
-    std::unique_ptr<Call> keeper(Robot& robot) {
-        std::unique_ptr<Call> stays;
-        const auto refused = [&] { return stays->ended() && stays->says("No program offers the service"); };
-        robot.waitFor("the first window", [&] {
-            if (!stays || refused()) stays = call({"open", trace, "--listen", "--json"});
-            CanvasWindow* const window = CanvasWindow::find(trace);
-            return window && window->isActiveWindow() && stays->says("\"window\"");
-        });
-        return stays;
-    }
     void callDuring(Robot& robot, const Busy& busy, const std::vector<std::string>& words);
-
-    // In a folder of its own, where it finds no window program to start.
-    std::string remote = folder / "chronoweave-remote";
-    ChildProcess router;
-    std::vector<std::string> service;
-    int calls = 0;
 };
 
-void DrivenService::callDuring(Robot& robot, const Busy& busy, const std::vector<std::string>& words) {
+void BusyService::callDuring(Robot& robot, const Busy& busy, const std::vector<std::string>& words) {
     const std::string what = words[0] + " during a " + busy.name;
     CanvasWindow* const window = open(robot);
-    std::unique_ptr<Call> made;
+    std::unique_ptr<DrivenCall> made;
     bool early = false;
     std::unique_ptr<Within> within;
     robot.look([&] {
@@ -228,7 +123,7 @@ void DrivenService::callDuring(Robot& robot, const Busy& busy, const std::vector
     });
 }
 
-TEST_F(DrivenService, CallsThatComeWhileTheWindowIsBusyAreAnsweredInTheEnd) {
+TEST_F(BusyService, CallsThatComeWhileTheWindowIsBusyAreAnsweredInTheEnd) {
     const int status = run_service(service, pictures, [&](Robot& robot) {
         const auto stays = keeper(robot);
         for (const Busy& busy : states) {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "companions/gdb_link/recorded_process.h"
 #include "shared/libcxxutil/report.h"
 #include "shared/libcxxutil/text.h"
 
@@ -28,8 +29,12 @@ std::optional<uint32_t> gdb_AttachedObject(const std::string& command) {
 }
 
 GdbClient::GdbClient(GdbSession& gdb, std::string program, EventTasks& tasks,
-                     std::function<void(const std::string& line)> say)
-    : gdb_(gdb), program_(std::move(program)), tasks_(tasks), say_(std::move(say)) {}
+                     std::function<void(const std::string& line)> say, std::function<void()> shown)
+    : gdb_(gdb),
+      program_(std::move(program)),
+      tasks_(tasks),
+      say_(std::move(say)),
+      shown_(std::move(shown)) {}
 
 GdbClient::~GdbClient() {
     if (task_) tasks_.Remove(*task_);
@@ -51,28 +56,35 @@ TRA_CheckAbility_Reply GdbClient::CheckAbility(const TRA_CheckAbility_Request&) 
 }
 
 void GdbClient::RunCmdInDebugger(const TRA_RunCmdInDebugger_Request& request) {
-    later([this, command = request.multiCmd] { runCommand(command); });
+    later([this, request] { runCommand(request.dataFile, request.multiCmd); });
 }
 
 TRA_ShowPositionInDebugger_Reply GdbClient::ShowPositionInDebugger(
     const TRA_ShowPositionInDebugger_Request& request) {
-    later([this, request] { show(request.oid, request.pc); });
+    later([this, request] { show(request.dataFile, request.oid, request.pc); });
     return {};
 }
 
-void GdbClient::show(uint32_t object, uint64_t address) {
+void GdbClient::show(const std::string& trace, uint32_t object, uint64_t address) {
     if (address == 0) return say_("This event has no program counter (\"PC=...\").");
+    constexpr int ended = 0;
+    const int pid = gdb_ProcessOf(object);
     SourcePlace place;
-    if (const Result shown = gdb_.show(gdb_ProcessOf(object), program_, address, place); !shown)
+    if (const Result shown = gdb_.show(recorded_MayBe(pid, trace) ? pid : ended, program_, address, place);
+        !shown)
         return say_(shown.text());
+    shown_();
     say_(gen_format("0x%llx: %s (%s:%d)", static_cast<unsigned long long>(address), place.function.c_str(),
                     place.file.c_str(), place.line));
 }
 
-void GdbClient::runCommand(const std::string& command) {
+void GdbClient::runCommand(const std::string& trace, const std::string& command) {
     const auto object = gdb_AttachedObject(command);
     if (!object) return say_("Not known here: " + text_printable(command));
     const int pid = gdb_ProcessOf(*object);
+    if (!recorded_MayBe(pid, trace))
+        return say_(
+            gen_format("Process %d began after the recording: its number is another program's now.", pid));
     const Result attached = gdb_.attach(pid);
     say_(attached.ok() ? gen_format("Attached to process %d.", pid) : attached.text());
 }

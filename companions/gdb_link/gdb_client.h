@@ -13,9 +13,10 @@
 
 class GdbClient : public TRA_client_Impl {
   public:
-    // program: the file of what was recorded, for when the process has ended. All outlive this.
+    // program: the file of what was recorded, for when the process has ended. shown is called when a place
+    // was shown. All outlive this.
     GdbClient(GdbSession& gdb, std::string program, EventTasks& tasks,
-              std::function<void(const std::string& line)> say);
+              std::function<void(const std::string& line)> say, std::function<void()> shown);
 
   protected:
     ~GdbClient() override;
@@ -26,13 +27,14 @@ class GdbClient : public TRA_client_Impl {
 
   private:
     void later(std::function<void()> work);
-    void show(uint32_t object, uint64_t address);
-    void runCommand(const std::string& command);
+    void show(const std::string& trace, uint32_t object, uint64_t address);
+    void runCommand(const std::string& trace, const std::string& command);
 
     GdbSession& gdb_;
     std::string program_;
     EventTasks& tasks_;
     std::function<void(const std::string& line)> say_;
+    std::function<void()> shown_;
     std::deque<std::function<void()>> work_;
     std::optional<int> task_;
 };

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "companions/gdb_link/gdb_client.h"
+#include "companions/gdb_link/recorded_process.h"
 #include "shared/libcxxutil/captured_run.h"
 #include "shared/libcxxutil/paths.h"
 #include "shared/libcxxutil/report.h"
@@ -78,6 +79,20 @@ TEST(GdbClient, ReadsProcessesAndCommands) {
         EXPECT_EQ(gdb_AttachedObject(other), std::nullopt) << other;
 }
 
+TEST(GdbClient, KnowsAProcessThatBeganAfterTheRecordingAsAnotherOne) {
+    namespace fs = std::filesystem;
+    const fs::path trace = fs::temp_directory_path() / ("cw_recorded_" + std::to_string(::getpid()));
+    std::ofstream(trace) << "x";
+    constexpr int nobody = 0x7FFFFFF0;
+    EXPECT_TRUE(recorded_MayBe(::getpid(), trace));
+    fs::last_write_time(trace, fs::last_write_time(trace) - std::chrono::hours(24 * 365));
+    EXPECT_NE(recorded_Begin(::getpid()).has_value(), recorded_MayBe(::getpid(), trace));
+    EXPECT_EQ(recorded_Begin(nobody), std::nullopt);
+    EXPECT_TRUE(recorded_MayBe(nobody, trace)) << "that it has ended is said elsewhere";
+    fs::remove(trace);
+    EXPECT_TRUE(recorded_MayBe(::getpid(), trace));
+}
+
 TEST(GdbSession, AttachesToAProcessThatLivesElseLoadsItsProgram) {
     const FakeGdb fake(listsWork);
     std::string said;
@@ -96,6 +111,21 @@ TEST(GdbSession, AttachesToAProcessThatLivesElseLoadsItsProgram) {
     EXPECT_TRUE(has(fake.told(), "-file-exec-and-symbols \"/p/prog\""));
     const Result none = gdb.show(nobody, "", 1, place);
     EXPECT_EQ(none.text(), "the process has ended, and no program file is named");
+}
+
+TEST(GdbSession, WhatGdbSaysUnaskedIsHeard) {
+    const FakeGdb fake(
+        "  *continue*) echo \"$t^running\"; echo '*stopped'; sleep 0.1; echo '~\"Breakpoint 1\"';;\n"
+        "  *quit*) exit 0;;");
+    EventLoop loop;
+    std::string said;
+    GdbSession gdb(
+        fake.program(), [&](const std::string& text) { said += text; }, &loop.watches);
+    ASSERT_TRUE(gdb.command("continue"));
+    for (int i = 0; i < 100 && said.empty(); ++i) loop.round(std::chrono::milliseconds(100));
+    EXPECT_EQ(said, "Breakpoint 1");
+    EXPECT_FALSE(gdb.command("quit")) << "its end is seen";
+    EXPECT_TRUE(gdb.command("help")) << "and another one is started";
 }
 
 TEST(GdbSession, FailuresSayWhatDidNotWork) {

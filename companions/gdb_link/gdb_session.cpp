@@ -36,8 +36,8 @@ std::optional<SourcePlace> gdb_PlaceOf(const std::string& text) {
     return place;
 }
 
-GdbSession::GdbSession(std::string gdb, std::function<void(const std::string&)> print)
-    : gdb_(std::move(gdb)), print_(std::move(print)) {}
+GdbSession::GdbSession(std::string gdb, std::function<void(const std::string&)> print, Watches* watches)
+    : gdb_(std::move(gdb)), print_(std::move(print)), watches_(watches) {}
 
 GdbSession::~GdbSession() {
     // One that is attached lets its process go on.
@@ -48,12 +48,8 @@ GdbSession::~GdbSession() {
     }
 }
 
-std::optional<int> GdbSession::descriptor() const {
-    if (!from_.IsOpen()) return std::nullopt;
-    return from_.number();
-}
-
 void GdbSession::stop() {
+    watch_.remove();
     to_.close();
     from_.close();
     in_.clear();
@@ -65,15 +61,16 @@ Result GdbSession::start() {
     if (process_.IsRunning()) return {};
     stop();
     BytePipe in, out;
-    if (const Result made = result_First(pipe_Make(in), pipe_Make(out)); !made) return made;
-    const Result started = process_.start({.arguments = {gdb_, "--interpreter=mi3", "-q", "-nx"},
-                                           .descriptors = {{0, in.read.number()}, {1, out.write.number()}}});
+    if (Result made = result_First(pipe_Make(in), pipe_Make(out)); !made) return made;
+    Result started = process_.start({.arguments = {gdb_, "--interpreter=mi3", "-q", "-nx"},
+                                     .descriptors = {{0, in.read.number()}, {1, out.write.number()}}});
     if (!started) return started;
     in.read.close();  // so that its end is seen
     out.write.close();
     to_ = std::move(in.write);
     from_ = std::move(out.read);
     from_.SetNonBlocking();
+    if (watches_) watch_ = Watch(*watches_, from_.number(), WatchFor::Input, [this] { readUnasked(); });
     MiRecord answer;
     // What it would ask its user nobody answers.
     return result_First(run("-gdb-set confirm off", answer), run("-gdb-set pagination off", answer));
@@ -131,6 +128,7 @@ Result GdbSession::run(const std::string& miCommand, MiRecord& answer) {
         take(*record);
         if (record->kind != MiRecord::Kind::Result || record->token != token_) continue;
         answer = *record;
+        readUnasked();  // what came with it announces itself no more
         if (answer.name != "error") return {};
         return Result::failure(mi_Field(answer, "msg").value_or("gdb refused"), miCommand);
     }
@@ -146,11 +144,11 @@ Result GdbSession::detach() {
 }
 
 Result GdbSession::attach(int pid) {
-    if (const Result started = start(); !started) return started;
+    if (Result started = start(); !started) return started;
     if (attached_ == pid) return {};
     if (!lives(pid)) return Result::failure(gen_format("process %d has ended", pid));
     MiRecord answer;
-    const Result result = result_First(detach(), run(gen_format("-target-attach %d", pid), answer));
+    Result result = result_First(detach(), run(gen_format("-target-attach %d", pid), answer));
     if (result.ok()) attached_ = pid;
     return result;
 }
@@ -159,19 +157,19 @@ Result GdbSession::load(const std::string& program) {
     if (program.empty()) return Result::failure("the process has ended, and no program file is named");
     if (program == program_) return {};
     MiRecord answer;
-    const Result loaded = result_First(detach(), run("-file-exec-and-symbols " + mi_Quote(program), answer));
+    Result loaded = result_First(detach(), run("-file-exec-and-symbols " + mi_Quote(program), answer));
     if (loaded.ok()) program_ = program;
     return loaded;
 }
 
 Result GdbSession::show(int pid, const std::string& program, uint64_t address, SourcePlace& place) {
-    if (const Result started = start(); !started) return started;
+    if (Result started = start(); !started) return started;
     Result ready = lives(pid) ? attach(pid) : Result::failure("");
     // A process that may not be watched is as good as one that has ended: its program file says the same.
     if (!ready && lives(pid)) gen_warning("%s", ready.text().c_str());
     if (!ready) ready = load(program);
     if (!ready) return ready;
-    const Result shown = command(gen_format("list *0x%llx", static_cast<unsigned long long>(address)));
+    Result shown = command(gen_format("list *0x%llx", static_cast<unsigned long long>(address)));
     if (!shown) return shown;
     const auto found = gdb_PlaceOf(said_);
     if (!found)
@@ -182,7 +180,7 @@ Result GdbSession::show(int pid, const std::string& program, uint64_t address, S
 }
 
 Result GdbSession::command(const std::string& text) {
-    if (const Result started = start(); !started) return started;
+    if (Result started = start(); !started) return started;
     MiRecord answer;
     return run("-interpreter-exec console " + mi_Quote(text), answer);
 }

@@ -8,6 +8,7 @@
 #include "companions/gdb_link/mi_record.h"
 #include "shared/libcxxutil/byte_pipe.h"
 #include "shared/libcxxutil/child_process.h"
+#include "shared/libcxxutil/watches.h"
 
 // Where an address lies in the sources.
 struct SourcePlace {
@@ -17,8 +18,9 @@ struct SourcePlace {
 
 class GdbSession {
   public:
-    // gdb: the program, looked for on PATH. print takes what gdb says to its user.
-    GdbSession(std::string gdb, std::function<void(const std::string&)> print);
+    // gdb: the program, looked for on PATH. print takes what gdb says to its user; what that is while no
+    // command runs is heard by the watches, which may be null and outlive this.
+    GdbSession(std::string gdb, std::function<void(const std::string&)> print, Watches* watches = nullptr);
     GdbSession(const GdbSession&) = delete;
     GdbSession& operator=(const GdbSession&) = delete;
     ~GdbSession();
@@ -31,9 +33,6 @@ class GdbSession {
     // A command as its user types it.
     Result command(const std::string& text);
     bool isRunning() { return process_.IsRunning(); }
-    // To be watched for what gdb says unasked; nothing while it does not run.
-    std::optional<int> descriptor() const;
-    void readUnasked();
 
     static constexpr std::chrono::seconds patience{30};
 
@@ -45,12 +44,15 @@ class GdbSession {
     enum class Wait { No, Yes };
     std::optional<MiRecord> next(Wait wait, std::chrono::steady_clock::time_point until);
     void take(const MiRecord& record);
+    void readUnasked();
     void stop();
 
     std::string gdb_;
     std::function<void(const std::string&)> print_;
+    Watches* watches_;
     ChildProcess process_;
     FileDescriptor to_, from_;
+    Watch watch_;  // of from_
     std::string in_;
     std::string said_;  // to its user, since the last command began
     uint32_t token_ = 0;

@@ -49,6 +49,11 @@ void say(const std::string& text) {
     std::fflush(stdout);
 }
 
+// The terminal's window comes to the front, where it is one that understands this.
+void raiseTerminal() {
+    if (::isatty(STDOUT_FILENO)) say("\033[5t");
+}
+
 // Lines that the user types, for gdb.
 class Typing {
   public:
@@ -75,11 +80,11 @@ class Typing {
 };
 
 int run(const Words& words, const RemoteOptions& options) {
-    GdbSession gdb(words.gdb, say);
     EventLoop loop;
+    GdbSession gdb(words.gdb, say, &loop.watches);
     const RemoteOutput line = [](const std::string& text) { say(text + '\n'); };
     Remote remote(options, path_find_program("trvgui"), line, loop, [&]() -> Ref<TRA_client_Impl> {
-        const auto client = ref_Make<GdbClient>(gdb, words.program, loop.tasks, line);
+        const auto client = ref_Make<GdbClient>(gdb, words.program, loop.tasks, line, raiseTerminal);
         return Ref<TRA_client_Impl>(client.get());
     });
     const Typing typing(gdb, loop);

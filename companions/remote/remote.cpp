@@ -28,7 +28,7 @@ bool json(RemoteOptions::Form form) {
 // The next part of a line, up to a tab.
 std::string takePart(std::string_view& line) {
     const size_t tab = std::min(line.find('\t'), line.size());
-    const std::string part(line.substr(0, tab));
+    std::string part(line.substr(0, tab));
     line.remove_prefix(std::min(tab + 1, line.size()));
     return part;
 }
@@ -138,7 +138,7 @@ Result Remote::run() {
     const bool opens = options_.command == RemoteCommand::Open;
     // Where no router runs there is no window that is served: nothing to list or to close.
     if (!opens && !options_.router.namesRouter && !routerPlace_Port(options_.router.zone)) return {};
-    if (const Result joined = join(); !joined) return joined;
+    if (Result joined = join(); !joined) return joined;
     switch (options_.command) {
         case RemoteCommand::Open:
             return open();
@@ -151,7 +151,7 @@ Result Remote::run() {
 }
 
 Result Remote::open() {
-    if (const Result connected = connect(); !connected) return connected;
+    if (Result connected = connect(); !connected) return connected;
     STPStatus status;
     const uint32_t isNew = options_.window == RemoteOptions::Window::New ? 1 : 0;
     const uint32_t reload = options_.load == RemoteOptions::Load::Again ? 1 : 0;
@@ -164,8 +164,12 @@ Result Remote::open() {
             {options_.file, 0, 0, 0, 0, options_.object.value_or(0), options_.time}, nullptr, &status);
         if (!scrolled) return failure(status);
     }
-    if (json(options_.form)) print_(remote_Json({{"file", options_.file}}, {{"window", opened->win}}));
-    if (options_.after == RemoteOptions::After::Listen) listen();
+    const bool listens = options_.after == RemoteOptions::After::Listen;
+    if (json(options_.form))
+        print_(remote_Json({{"file", options_.file}}, {{"window", opened->win}}));
+    else if (listens)
+        print_(gen_format("window 0x%x ", opened->win) + text_printable(options_.file));
+    if (listens) listen();
     return {};
 }
 
