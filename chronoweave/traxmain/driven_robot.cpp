@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -22,6 +23,7 @@
 namespace {
 
 constexpr auto patience = std::chrono::seconds(60);  // for a machine that has other things to do
+constexpr int attempts = 3;
 
 // Starts a program whose output nobody wants; its process, -1 when it is not there.
 int start(const std::vector<std::string>& command, int keptOpen = -1) {
@@ -85,8 +87,16 @@ DrivenScreen::DrivenScreen() {
     for (const char* program : {"Xvfb", "openbox", "xdotool"})
         if (!installed(program)) missing_ += std::string(missing_.empty() ? "" : ", ") + program;
     if (!missing_.empty()) return;
+    // Either can end while it begins, on a machine where others begin and end, too.
+    for (int attempt = 1; !beginScreen(); ++attempt) {
+        endScreen();
+        if (attempt == attempts) throw std::runtime_error("Xvfb or openbox did not start");
+    }
+}
+
+bool DrivenScreen::beginScreen() {
     int tell[2];
-    if (::pipe2(tell, O_CLOEXEC) != 0) throw Robot::Fault{"pipe"};
+    if (::pipe2(tell, O_CLOEXEC) != 0) return false;
     server_ = start(
         {"Xvfb", "-displayfd", std::to_string(tell[1]), "-screen", "0", "1400x900x24", "-nolisten", "tcp"},
         tell[1]);
@@ -94,21 +104,29 @@ DrivenScreen::DrivenScreen() {
     std::string number;
     for (char c = 0; ::read(tell[0], &c, 1) == 1 && c != '\n';) number += c;
     ::close(tell[0]);
-    if (number.empty()) throw Robot::Fault{"Xvfb did not start"};
+    if (number.empty()) return false;
     ::setenv("DISPLAY", (":" + number).c_str(), 1);
     ::setenv("QT_QPA_PLATFORM", "xcb", 1);
     manager_ = start({"openbox"});
     // A window that comes before the manager would stay without one. Only a manager tells the desktop.
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!succeeds({"xdotool", "get_desktop"})) {
-        if (std::chrono::steady_clock::now() > end) throw Robot::Fault{"openbox did not start"};
+        const bool gone = ::waitpid(manager_, nullptr, WNOHANG) != 0;
+        if (gone) manager_ = -1;
+        if (gone || std::chrono::steady_clock::now() > end) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
+    return true;
+}
+
+void DrivenScreen::endScreen() {
+    stop(manager_);
+    stop(server_);
+    manager_ = server_ = -1;
 }
 
 DrivenScreen::~DrivenScreen() {
-    stop(manager_);
-    stop(server_);
+    endScreen();
 }
 
 void Robot::waitForTitle(const char* title) {

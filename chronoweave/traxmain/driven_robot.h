@@ -21,6 +21,9 @@ class DrivenScreen {
     const std::string& missing() const { return missing_; }
 
   private:
+    bool beginScreen();
+    void endScreen();
+
     int server_ = -1, manager_ = -1;  // processes
     std::string missing_;
 };
