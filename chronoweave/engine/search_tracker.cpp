@@ -11,22 +11,11 @@ TrackedRange::TrackedRange(AnalysisSource& source, const std::vector<uint32_t>& 
                                    : std::nullopt),
       tracker_(source, state_, objects, follow) {}
 
-bool TrackedRange::next(double& time) {
-    using Stop = RangeWalk::Stop;
-    ofLanes_ = walk_.NextOfLanes(time, tracker_.IsSettled() ? Stop::Wanted : Stop::Every);
-    if (ofLanes_) return true;
+bool TrackedRange::NextOfStore(double& time) {
     const bool stopped = !walk_.FromStore();
     if (!stopped && walk_.next(event_, time)) return true;
     if (stopped) walk_.Settle();
     return false;
-}
-
-void TrackedRange::Take() {
-    if (!ofLanes_) return tracker_.Take(event_, state_);
-    if (block_ != walk_.lanes().BlockNumber()) Number();
-    walk_.lanes().TakeChanges([this](uint32_t object, uint32_t state) {
-        if (places_[object] != ObjectIndex::none) tracker_.Tell(places_[object], rows_[state]);
-    });
 }
 
 // The numbers of the block that the walk has come to.

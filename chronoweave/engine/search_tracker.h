@@ -37,15 +37,26 @@ class TrackedRange {
 
     // The next event, or as RangeWalk says; its changes are not in the tracker yet. False behind the last
     // one, and then the tracker's state is that of the walk's end.
-    bool next(double& time);
+    bool next(double& time) {
+        using Stop = RangeWalk::Stop;
+        ofLanes_ = walk_.NextOfLanes(time, tracker_.IsSettled() ? Stop::Wanted : Stop::Every);
+        return ofLanes_ || NextOfStore(time);
+    }
     // Takes the event's changes into the tracker.
-    void Take();
+    void Take() {
+        if (!ofLanes_) return tracker_.Take(event_, state_);
+        if (block_ != walk_.lanes().BlockNumber()) Number();
+        walk_.lanes().TakeChanges([this](uint32_t object, uint32_t state) {
+            if (places_[object] != ObjectIndex::none) tracker_.Tell(places_[object], rows_[state]);
+        });
+    }
     // The event last given; only where it comes from the store.
     const EventRecord& event() const { return event_; }
     const RangeWalk& walk() const { return walk_; }
     SearchTracker& tracker() { return tracker_; }
 
   private:
+    bool NextOfStore(double& time);
     void Number();
 
     const AnalysisSource& source_;

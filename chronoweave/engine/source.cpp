@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
-constexpr uint32_t progress_mask = 0x3FFF;
-}  // namespace
+#include "chronoweave/engine/lanes/lane_table.h"
 
 AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {
     AnalysisSource source;
@@ -20,7 +18,33 @@ AnalysisSource analysis_SourceOfStore(TraceStore& store, const Legend& legend) {
     return source;
 }
 
+namespace {
+
+// By the lane index; nothing where it can't say.
+std::optional<std::vector<uint32_t>> alive_by_lanes(const AnalysisSource& source, mt_Time from, mt_Time end) {
+    if (!source.lanes || mt_IsDamaged(*source.store)) return std::nullopt;
+    const LaneTable table(*source.lanes);
+    const uint32_t first = table.FirstFrom(from), behind = table.FirstFrom(end);
+    if (first >= table.EndEvent() ||
+        (behind == table.EndEvent() && behind <= mt_GetEventCount(*source.store)))
+        return std::nullopt;
+    std::vector<uint32_t> objects;
+    for (const uint32_t lane : table.ById()) {
+        LaneReader reader(table, lane);
+        const uint32_t number = reader.FirstStatusAt(first);
+        if (reader.StateAhead(number) != lane_Absent || reader.FirstStatusAt(behind) > number)
+            objects.push_back(reader.object());
+    }
+    if (!table.damage().ok()) return std::nullopt;
+    return objects;
+}
+
+}  // namespace
+
 std::vector<uint32_t> analysis_ObjectsAlive(const AnalysisSource& source, double from, double to) {
+    if (auto objects =
+            alive_by_lanes(source, source.clock.NearestTick(from), source.clock.NearestTick(to) + 1))
+        return *std::move(objects);
     return mt_GetObjectIdsUsedInTimeRange(*source.store, mt_ObjectTask, source.clock.NearestTick(from),
                                           source.clock.NearestTick(to) + 1);
 }
@@ -109,16 +133,14 @@ void RangeWalk::Settle() {
     if (state_ && spanned_.first < spanned_.end) laneWalk_.TakeState(*state_);
 }
 
-bool RangeWalk::NextOfLanes(double& time, Stop stop) {
-    if (over_ || !byLanes_) return false;
-    if (!laneWalk_.Advance(stop)) {
-        Settle();
-        return LeaveLanes();
-    }
-    const uint32_t sequence = laneWalk_.sequence();
-    time = last_ = source_.clock.TimeOf(laneWalk_.tick());
-    spanned_.end = sequence + 1;
-    if (!IsDue(sequence) || MayGoOn(time)) return true;
+bool RangeWalk::EndLanes() {
+    Settle();
+    return LeaveLanes();
+}
+
+// False when progress stops the walk at an event of the index, which is then not seen.
+bool RangeWalk::GoesOnAt(uint32_t sequence, double time) {
+    if (MayGoOn(time)) return true;
     spanned_.end = sequence;
     return finish();
 }
@@ -140,20 +162,13 @@ bool RangeWalk::MayGoOn(double time) {
     return false;
 }
 
-// Whether progress is to be asked, so many events having been seen.
-bool RangeWalk::IsDue(uint32_t seen) {
-    const bool due = (seen & ~progress_mask) != (seen_ & ~progress_mask);
-    seen_ = seen;
-    return due;
-}
-
 bool RangeWalk::next(EventRecord& event, double& time, Stop stop) {
     if (over_) return false;
     const bool byLanes = byLanes_ && (laneWalk_.next(event, stop) || LeaveLanes());
     if (!byLanes && !NextOfStore(event)) return finish();
     time = last_ = source_.clock.TimeOf(event.time);
     if (byLanes) spanned_.end = event.sequence + 1;
-    if (!IsDue(byLanes ? event.sequence : seen_ + 1) || MayGoOn(time)) return true;
-    if (byLanes) spanned_.end = event.sequence;
-    return finish();
+    if (!IsDue(byLanes ? event.sequence : seen_ + 1)) return true;
+    if (byLanes) return GoesOnAt(event.sequence, time);
+    return MayGoOn(time) || finish();
 }

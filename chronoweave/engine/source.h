@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "chronoweave/engine/lanes/lane_walk.h"
@@ -76,7 +77,14 @@ class RangeWalk {
     // As long as it gives true, the next event by the lane index, which is told by that index alone; behind
     // the last one it gives false, and next goes on. The state is brought forward when that begins, and by
     // Settle.
-    bool NextOfLanes(double& time, Stop stop);
+    bool NextOfLanes(double& time, Stop stop) {
+        if (over_ || !byLanes_) return false;
+        if (!laneWalk_.Advance(stop)) return EndLanes();
+        const uint32_t sequence = laneWalk_.sequence();
+        time = last_ = source_.clock.TimeOf(laneWalk_.tick());
+        spanned_.end = sequence + 1;
+        return !IsDue(sequence) || GoesOnAt(sequence, time);
+    }
     LaneWalk& lanes() { return laneWalk_; }
     void Settle();
     // The event last given is whole, as the store has it, and none will be passed over any more.
@@ -98,7 +106,13 @@ class RangeWalk {
     void TakeGap();
     bool StartByLanes(LaneWants wants, StateTable* state);
     bool LeaveLanes();
-    bool IsDue(uint32_t seen);
+    bool EndLanes();
+    bool GoesOnAt(uint32_t sequence, double time);
+    // Whether progress is to be asked, so many events having been seen.
+    bool IsDue(uint32_t seen) {
+        constexpr uint32_t progressMask = 0x3FFF;
+        return (std::exchange(seen_, seen) ^ seen) > progressMask;
+    }
     bool NextOfStore(EventRecord& event);
     bool MayGoOn(double time);
     const AnalysisSource& source_;

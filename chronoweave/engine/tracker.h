@@ -127,7 +127,8 @@ class ObjectTracker {
         if (touched_.empty() && (settled_ || follow_ == Follow::Changes)) return;
         settled_ = true;
         // Both lists are walked at once, in order. A look may put an object among the executing ones or take
-        // it away, so that list is searched afresh each time; both are short.
+        // it away, so that list is searched afresh each time; both are short, the executing ones most often
+        // very much so.
         size_t nextTouched = 0;
         for (uint32_t from = 0;;) {
             const uint32_t touched =
@@ -226,10 +227,21 @@ class ObjectTracker {
     }
     uint32_t NextExecuting(uint32_t from) const {
         if (follow_ == Follow::Changes) return ObjectIndex::none;
-        const auto at = std::lower_bound(executing_.begin(), executing_.end(), from);
-        return at == executing_.end() ? ObjectIndex::none : *at;
+        constexpr size_t few = 8;
+        if (executing_.size() > few) {
+            const auto at = std::lower_bound(executing_.begin(), executing_.end(), from);
+            return at == executing_.end() ? ObjectIndex::none : *at;
+        }
+        for (const uint32_t place : executing_)
+            if (place >= from) return place;
+        return ObjectIndex::none;
     }
+    // A pass that no one is touched for changes nothing unless someone who executes takes over.
     void EndPass() {
+        settled_ = settled_ || std::all_of(executing_.begin(), executing_.end(), [this](uint32_t place) {
+                       const Record& record = records_[place];
+                       return running_.on(record.processor) == record.object;
+                   });
         if (!Tracking::remembersRunning && follow_ == Follow::Executions && executing_.empty())
             running_.clear();
     }
@@ -247,7 +259,7 @@ class ObjectTracker {
     const StateTable& state_;
     RunningObjects& running_;
     Follow follow_;
-    bool settled_ = false;  // the last pass saw no one take over
+    bool settled_ = false;  // nothing would come of a pass that no one is touched for
     std::vector<Record> records_;
     ObjectIndex index_;                // of records, by object
     std::vector<uint32_t> touched_;    // places in order, each once

@@ -27,9 +27,7 @@ LaneBlockBuilder::LaneBlockBuilder(bool bigEndian, uint32_t blockEvents)
       blockEvents_(std::clamp(blockEvents, 1u, lane_BlockEvents)),
       directKinds_(size_t{directTypes} * directSubtypes, none),
       stateNumbers_(lane_Absent + 1, none) {
-    columns_.ticks.resize(blockEvents_);
-    columns_.kinds.resize(blockEvents_);
-    columns_.objects.resize(blockEvents_);
+    ticks_.resize(blockEvents_);
 }
 
 void LaneBlockBuilder::PassOver(const LaneHead& head, const LaneSummary& summary, LaneSums sums) {
@@ -56,11 +54,11 @@ uint32_t LaneBlockBuilder::Find(uint32_t object) {
         place = ids_.create(mt_ObjectTask, object, {});
         lanes_.emplace_back();
     }
-    recent_[object >> 10 & (recent_.size() - 1)] = {object, place};
+    RecentOf(object) = {object, place};
     return place;
 }
 
-uint32_t LaneBlockBuilder::KindOf(uint16_t type, uint16_t subtype) {
+uint32_t LaneBlockBuilder::NoteKind(uint16_t type, uint16_t subtype) {
     const uint32_t kind = lane_Kind(type, subtype);
     const bool direct = type < directTypes && subtype < directSubtypes;
     uint32_t& known = direct ? directKinds_[size_t{type} * directSubtypes + subtype]
@@ -86,9 +84,9 @@ bool LaneBlockBuilder::Take(const EventRecord& event) {
     StateChange change;
     for (ChangeList list = event.changes; list.next(change);)
         if (change.objectType == mt_ObjectTask && !Change(change)) return false;
-    columns_.ticks[count_] = event.time - firstTick_;
-    columns_.objects[count_] = PlaceOf(load_32(event.extra.data(), bigEndian_));
-    columns_.kinds[count_] = KindOf(event.type, event.subtype);
+    ticks_[count_] = event.time - firstTick_;
+    lanes_[PlaceOf(load_32(event.extra.data(), bigEndian_))].events.push_back(
+        {count_, KindOf(event.type, event.subtype)});
     if (!touched_.empty()) KeepChanges();
     lastTick_ = event.time;
     ++count_;
@@ -102,57 +100,63 @@ bool LaneBlockBuilder::Change(const StateChange& change) {
     if (lane.touched != serial_) {
         lane.touched = serial_;
         lane.before = lane.state;
-        lane.priorityBefore = priority_of(lane.block.data());
-        lane.named = lane.made = false;
+        lane.made = lane.ranked = lane.named = false;
         touched_.push_back(place);
     }
     const bool there = lane.state != lane_Absent;
     if (change.kind == mt_ChangeModify) {
         if (there && change.offset + change.bytes.size() <= mt_TaskBlockSize) Modify(lane, change);
-        return true;
-    }
-    if (change.kind == mt_ChangeCreate && there) return true;
-    lane.named = true;
-    if (change.kind == mt_ChangeCreate) {
-        std::copy(change.bytes.begin(), change.bytes.end(), lane.block.begin());
-        lane.state = state_of(lane.block.data());
-        lane.made = true;
-    } else {
-        lane.block = {};
-        lane.state = lane_Absent;
+    } else if (change.kind != mt_ChangeCreate || !there) {
+        Replace(lane, change);
     }
     return true;
 }
 
+// Most set a status alone.
 void LaneBlockBuilder::Modify(Lane& lane, const StateChange& change) {
-    bytes_Copy(lane.block.data() + change.offset, change.bytes);
+    uint8_t* const block = lane.block.data();
+    if (change.offset == mt_TaskStatus && change.bytes.size() == 2) {
+        std::memcpy(block, change.bytes.data(), 2);
+        lane.state = load_be16(change.bytes.data()) | (block[mt_TaskStatusValid] != 0 ? 0 : lane_NotValid);
+        return;
+    }
     const size_t end = change.offset + change.bytes.size();
-    if (change.offset <= mt_TaskStatusValid) lane.state = state_of(lane.block.data());
+    if (change.offset <= mt_TaskPriorityValid && end > mt_TaskPriority) NoteRank(lane);
+    bytes_Copy(block + change.offset, change.bytes);
+    if (change.offset <= mt_TaskStatusValid) lane.state = state_of(block);
     lane.named = lane.named || (change.offset < lane_NameEnd && end > lane_NameAt);
+}
+
+// The object is made or taken away.
+void LaneBlockBuilder::Replace(Lane& lane, const StateChange& change) {
+    NoteRank(lane);
+    lane.named = true;
+    lane.block = {};
+    lane.state = lane_Absent;
+    if (change.kind != mt_ChangeCreate) return;
+    std::copy(change.bytes.begin(), change.bytes.end(), lane.block.begin());
+    lane.state = state_of(lane.block.data());
+    lane.made = true;
+}
+
+void LaneBlockBuilder::NoteRank(Lane& lane) {
+    if (!std::exchange(lane.ranked, true)) lane.priorityBefore = priority_of(lane.block.data());
 }
 
 // What the event left otherwise than it found it. An object that it made and took away again has been there.
 void LaneBlockBuilder::KeepChanges() {
-    if (touched_.size() == 2 && ids_.IdAt(touched_[0]) > ids_.IdAt(touched_[1]))
-        std::swap(touched_[0], touched_[1]);
-    else if (touched_.size() > 2)
-        std::sort(touched_.begin(), touched_.end(),
-                  [this](uint32_t a, uint32_t b) { return ids_.IdAt(a) < ids_.IdAt(b); });
     for (const uint32_t place : touched_) {
-        const Lane& lane = lanes_[place];
-        if (lane.state != lane.before || (lane.made && lane.state == lane_Absent)) {
-            columns_.changeAt.push_back(count_);
-            columns_.changeObject.push_back(place);
-            columns_.changeState.push_back(lane.state);
-        }
-        KeepFacts(place);
+        Lane& lane = lanes_[place];
+        if (lane.state != lane.before || (lane.made && lane.state == lane_Absent))
+            lane.statuses.push_back({count_, lane.state});
+        if (lane.ranked || lane.named) KeepFacts(place);
     }
     touched_.clear();
 }
 
 void LaneBlockBuilder::KeepFacts(uint32_t place) {
     const Lane& lane = lanes_[place];
-    if (const LanePriority now = priority_of(lane.block.data()); !(now == lane.priorityBefore))
+    if (const LanePriority now = priority_of(lane.block.data()); lane.ranked && !(now == lane.priorityBefore))
         facts_.Add(count_, place, now);
     if (lane.named) facts_.Add(count_, place, name_of(lane.block.data()));
 }
@@ -174,82 +178,69 @@ void LaneBlockBuilder::OrderObjects(LaneSummary& summary) {
     }
 }
 
-void LaneBlockBuilder::NumberStates(LaneSummary& summary) {
+namespace {
+
+// Numbers codes that are met by their order.
+void number_codes(std::vector<uint32_t>& codes, std::vector<uint32_t>& numbers) {
+    std::sort(codes.begin(), codes.end());
+    for (size_t i = 0; i < codes.size(); ++i) numbers[codes[i]] = static_cast<uint32_t>(i);
+}
+
+}  // namespace
+
+void LaneBlockBuilder::ListStatuses(LaneSummary& summary) {
     const auto note = [&](uint32_t state) {
-        if (stateNumbers_[state] != none) return;
-        stateNumbers_[state] = 0;
-        summary.states.push_back(state);
+        if (std::exchange(stateNumbers_[state], 0) == none) summary.states.push_back(state);
     };
+    lists_.statusAt.clear();
+    lists_.statusState.clear();
     for (const uint32_t state : summary.start) note(state);
-    for (const uint32_t state : columns_.changeState) note(state);
-    std::sort(summary.states.begin(), summary.states.end());
-    for (size_t i = 0; i < summary.states.size(); ++i)
-        stateNumbers_[summary.states[i]] = static_cast<uint32_t>(i);
+    for (const uint32_t place : order_) {
+        const std::vector<Entry>& statuses = lanes_[place].statuses;
+        summary.statuses.push_back(static_cast<uint32_t>(statuses.size()));
+        for (const Entry& entry : statuses) {
+            note(entry.value);
+            lists_.statusAt.push_back(entry.at);
+            lists_.statusState.push_back(entry.value);
+        }
+    }
+    number_codes(summary.states, stateNumbers_);
     for (uint32_t& state : summary.start) state = stateNumbers_[state];
-    for (uint32_t& state : columns_.changeState) state = stateNumbers_[state];
+    for (uint32_t& state : lists_.statusState) state = stateNumbers_[state];
     for (const uint32_t state : summary.states) stateNumbers_[state] = none;
 }
 
-void LaneBlockBuilder::NumberKinds(LaneSummary& summary) {
-    std::vector<uint32_t> number(kinds_.size(), none);
-    for (uint32_t event = 0; event < count_; ++event) number[columns_.kinds[event]] = 0;
-    std::vector<uint32_t> used;
-    for (uint32_t kind = 0; kind < number.size(); ++kind)
-        if (number[kind] == 0) used.push_back(kind);
+void LaneBlockBuilder::ListEvents(LaneSummary& summary) {
+    std::vector<uint8_t> met(kinds_.size(), 0);
+    lists_.eventAt.resize(count_);
+    lists_.eventKind.resize(count_);
+    size_t to = 0;
+    for (const uint32_t place : order_) {
+        const std::vector<Entry>& events = lanes_[place].events;
+        summary.events.push_back(static_cast<uint32_t>(events.size()));
+        for (const Entry& entry : events) {
+            met[entry.value] = 1;
+            lists_.eventAt[to] = entry.at;
+            lists_.eventKind[to++] = entry.value;
+        }
+    }
+    std::vector<uint32_t> used, number(kinds_.size(), 0);
+    for (uint32_t kind = 0; kind < met.size(); ++kind)
+        if (met[kind] != 0) used.push_back(kind);
     std::sort(used.begin(), used.end(), [this](uint32_t a, uint32_t b) { return kinds_[a] < kinds_[b]; });
     for (uint32_t at = 0; at < used.size(); ++at) {
         number[used[at]] = at;
         summary.kinds.push_back(kinds_[used[at]]);
     }
-    for (uint32_t event = 0; event < count_; ++event) columns_.kinds[event] = number[columns_.kinds[event]];
+    for (uint32_t& kind : lists_.eventKind) kind = number[kind];
 }
 
-namespace {
-
-// Of what stands in the order of events, where each object's share begins, in the order of the objects; and
-// how much each has.
-std::vector<uint32_t> begins_of(std::span<const uint32_t> places, const std::vector<uint32_t>& rank,
-                                std::vector<uint32_t>& counts) {
-    counts.assign(rank.size(), 0);
-    for (const uint32_t place : places) ++counts[rank[place]];
-    std::vector<uint32_t> begins(rank.size() + 1, 0);
-    std::partial_sum(counts.begin(), counts.end(), begins.begin() + 1);
-    return begins;
-}
-
-}  // namespace
-
-LaneBlockBuilder::Begins LaneBlockBuilder::ListStatuses(LaneSummary& summary) {
-    Begins begins = begins_of(columns_.changeObject, rank_, summary.statuses), next = begins;
-    const size_t count = columns_.changeAt.size();
-    lists_.statusAt.resize(count);
-    lists_.statusState.resize(count);
-    for (size_t i = 0; i < count; ++i) {
-        const uint32_t to = next[rank_[columns_.changeObject[i]]]++;
-        lists_.statusAt[to] = columns_.changeAt[i];
-        lists_.statusState[to] = columns_.changeState[i];
-    }
-    return begins;
-}
-
-LaneBlockBuilder::Begins LaneBlockBuilder::ListEvents(LaneSummary& summary) {
-    Begins begins = begins_of(std::span(columns_.objects).first(count_), rank_, summary.events),
-           next = begins;
-    lists_.eventAt.resize(count_);
-    lists_.eventKind.resize(count_);
-    for (uint32_t event = 0; event < count_; ++event) {
-        const uint32_t to = next[rank_[columns_.objects[event]]]++;
-        lists_.eventAt[to] = event;
-        lists_.eventKind[to] = columns_.kinds[event];
-    }
-    return begins;
-}
-
-void LaneBlockBuilder::SumEvents(const LaneSummary& summary, const Begins& begins, LaneSums& sums) {
+void LaneBlockBuilder::SumEvents(const LaneSummary& summary, LaneSums& sums) {
     std::vector<uint32_t> counts(summary.kinds.size(), 0);
-    for (size_t object = 0; object + 1 < begins.size(); ++object) {
-        if (begins[object] == begins[object + 1]) continue;
-        for (uint32_t at = begins[object]; at < begins[object + 1]; ++at) ++counts[lists_.eventKind[at]];
+    size_t at = 0;
+    for (size_t object = 0; object < summary.events.size(); ++object) {
+        if (summary.events[object] == 0) continue;
+        for (const size_t end = at + summary.events[object]; at < end; ++at) ++counts[lists_.eventKind[at]];
         for (size_t kind = 0; kind < counts.size(); ++kind)
             if (const uint32_t count = std::exchange(counts[kind], 0); count > 0)
                 sums.events.push_back(
@@ -257,18 +248,19 @@ void LaneBlockBuilder::SumEvents(const LaneSummary& summary, const Begins& begin
     }
 }
 
-void LaneBlockBuilder::SumStatuses(const LaneSummary& summary, const Begins& begins, LaneSums& sums) {
+void LaneBlockBuilder::SumStatuses(const LaneSummary& summary, LaneSums& sums) {
     struct Sum {
         uint64_t entered = 0, ticks = 0;
     };
     std::vector<Sum> of(summary.states.size());
     // Ticks count from the block's first one, and wrap where the time ahead of that is meant.
     const uint64_t from = sumsFrom_.value_or(firstTick_) - firstTick_, to = lastTick_ - firstTick_;
-    for (size_t object = 0; object + 1 < begins.size(); ++object) {
+    size_t at = 0;
+    for (size_t object = 0; object < summary.statuses.size(); ++object) {
         uint32_t state = summary.start[object];
         uint64_t since = from;
-        for (uint32_t at = begins[object]; at < begins[object + 1]; ++at) {
-            const uint64_t tick = columns_.ticks[lists_.statusAt[at]];
+        for (const size_t end = at + summary.statuses[object]; at < end; ++at) {
+            const uint64_t tick = ticks_[lists_.statusAt[at]];
             of[state].ticks += tick - since;
             since = tick;
             state = lists_.statusState[at];
@@ -294,21 +286,29 @@ LaneHead LaneBlockBuilder::Seal(uint64_t mark, ByteBuffer& out) {
     LaneSummary summary;
     LaneSums sums;
     OrderObjects(summary);
-    NumberStates(summary);
-    NumberKinds(summary);
-    SumStatuses(summary, ListStatuses(summary), sums);
-    SumEvents(summary, ListEvents(summary), sums);
-    ByteBuffer facts;
-    facts_.Seal(rank_, summary.priorities, summary.names, facts);
+    ListStatuses(summary);
+    ListEvents(summary);
+    SumStatuses(summary, sums);
+    SumEvents(summary, sums);
+    PutParts(summary, std::move(sums), head);
+    lane_EncodeHead(head, out);
+    out.put({parts_.data(), parts_.size()});
+    StartNext();
+    return head;
+}
+
+void LaneBlockBuilder::PutParts(LaneSummary& summary, LaneSums sums, LaneHead& head) {
     parts_.cut(0);
     const auto end = [&](LanePart part) {
         const size_t from = head.OffsetOf(lane_Number(part));
         head.bytes[lane_Number(part)] = static_cast<uint32_t>(parts_.size() - from);
         head.checks[lane_Number(part)] = lane_CheckSum(std::span(parts_.data(), parts_.size()).subspan(from));
     };
+    ByteBuffer facts;  // which the summary counts
+    facts_.Seal(rank_, summary.priorities, summary.names, facts);
     lane_EncodeSummary(summary, parts_);
     end(LanePart::Summary);
-    column_PutStepped(parts_, std::span(columns_.ticks).first(count_));
+    column_PutStepped(parts_, std::span(ticks_).first(count_));
     end(LanePart::Times);
     lane_EncodePairs(lists_.statusAt, lists_.statusState, parts_);
     end(LanePart::Statuses);
@@ -320,16 +320,14 @@ LaneHead LaneBlockBuilder::Seal(uint64_t mark, ByteBuffer& out) {
     end(LanePart::Facts);
     constexpr uint8_t slack[column_Slack] = {};
     parts_.put(slack);
-    lane_EncodeHead(head, out);
-    out.put({parts_.data(), parts_.size()});
-    StartNext();
-    return head;
 }
 
 void LaneBlockBuilder::StartNext() {
-    for (Lane& lane : lanes_) lane.start = lane.state;
-    for (std::vector<uint32_t>* column : {&columns_.changeAt, &columns_.changeObject, &columns_.changeState})
-        column->clear();
+    for (Lane& lane : lanes_) {
+        lane.start = lane.state;
+        lane.events.clear();
+        lane.statuses.clear();
+    }
     sumsFrom_ = lastTick_;
     count_ = 0;
 }

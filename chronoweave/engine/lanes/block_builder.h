@@ -35,35 +35,46 @@ class LaneBlockBuilder {
 
   private:
     using TaskBlock = std::array<uint8_t, mt_TaskBlockSize>;
+    // Of a lane: an event of the block, and the number of its kind in kinds_ or the state that it left.
+    struct Entry {
+        uint32_t at, value;
+    };
     struct Lane {
         uint32_t state = lane_Absent, start = lane_Absent;  // now, and just before the block
         uint32_t touched = 0;                               // serial of the event that touched it
         // Of that event: what was ahead of it, and what it did.
         uint32_t before = lane_Absent;
         LanePriority priorityBefore;
-        bool named = false, made = false;
+        bool made = false, ranked = false, named = false;
         TaskBlock block = {};  // all zeros while there is no such object
+        std::vector<Entry> events, statuses;
     };
-    // Bounds by object of what its lists hold, in the order of the ids.
-    using Begins = std::vector<uint32_t>;
 
     uint32_t PlaceOf(uint32_t object) {
-        const Recent& recent = recent_[object >> 10 & (recent_.size() - 1)];
+        const Recent& recent = RecentOf(object);
         return recent.object == object && recent.place != StateTable::npos ? recent.place : Find(object);
     }
     uint32_t Find(uint32_t object);
-    uint32_t KindOf(uint16_t type, uint16_t subtype);
+    uint32_t KindOf(uint16_t type, uint16_t subtype) {
+        if (type < directTypes && subtype < directSubtypes)
+            if (const uint32_t known = directKinds_[size_t{type} * directSubtypes + subtype];
+                known != UINT32_MAX)
+                return known;
+        return NoteKind(type, subtype);
+    }
+    uint32_t NoteKind(uint16_t type, uint16_t subtype);
     [[nodiscard]] bool Change(const StateChange& change);
-    void Modify(Lane& lane, const StateChange& change);
+    static void Modify(Lane& lane, const StateChange& change);
+    static void Replace(Lane& lane, const StateChange& change);
+    static void NoteRank(Lane& lane);
     void KeepChanges();
     void KeepFacts(uint32_t place);
     void OrderObjects(LaneSummary& summary);
-    void NumberStates(LaneSummary& summary);
-    void NumberKinds(LaneSummary& summary);
-    Begins ListStatuses(LaneSummary& summary);
-    Begins ListEvents(LaneSummary& summary);
-    void SumEvents(const LaneSummary& summary, const Begins& begins, LaneSums& sums);
-    void SumStatuses(const LaneSummary& summary, const Begins& begins, LaneSums& sums);
+    void ListStatuses(LaneSummary& summary);
+    void ListEvents(LaneSummary& summary);
+    void SumEvents(const LaneSummary& summary, LaneSums& sums);
+    void SumStatuses(const LaneSummary& summary, LaneSums& sums);
+    void PutParts(LaneSummary& summary, LaneSums sums, LaneHead& head);
     void StartNext();
 
     static constexpr uint32_t directTypes = 8, directSubtypes = 64;
@@ -75,10 +86,12 @@ class LaneBlockBuilder {
     struct Recent {
         uint32_t object = 0, place = StateTable::npos;
     };
-    std::array<Recent, 64> recent_;  // of the objects that were asked for last
-    std::vector<uint32_t> touched_;  // places, of the event being taken
-    uint32_t serial_ = 0;            // of that event
-    std::vector<uint32_t> kinds_;    // all that were met
+    // Tasks are told apart by the upper bits of their ids, and those of two processors by the lower ones.
+    Recent& RecentOf(uint32_t object) { return recent_[(object >> 10 ^ object * 37) & (recent_.size() - 1)]; }
+    std::array<Recent, 256> recent_;  // of the objects that were asked for last
+    std::vector<uint32_t> touched_;   // places, of the event being taken
+    uint32_t serial_ = 0;             // of that event
+    std::vector<uint32_t> kinds_;     // all that were met
     std::vector<uint32_t> directKinds_;
     std::unordered_map<uint32_t, uint32_t> otherKinds_;
     std::vector<uint32_t> stateNumbers_;  // by state; room to work in, all none between blocks
@@ -86,10 +99,8 @@ class LaneBlockBuilder {
     uint32_t first_ = 0, count_ = 0;
     mt_Time firstTick_ = 0, lastTick_ = 0;
     std::optional<mt_Time> sumsFrom_;  // the block before's last tick
-    // What was taken of the block: objects by place, kinds by their number in kinds_, states as such. Those
-    // by event have room for all of a block, of which count_ are taken.
-    LaneColumns columns_;
-    LaneLists lists_;
+    std::vector<uint64_t> ticks_;      // of the block's events, from its first one; room for all of them
+    LaneLists lists_;                  // room to work in
     LaneFactsBuilder facts_;
     LaneLevels levels_;
     ByteBuffer parts_;

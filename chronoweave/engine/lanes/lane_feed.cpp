@@ -1,6 +1,7 @@
 #include "chronoweave/engine/lanes/lane_feed.h"
 
 #include <cstdio>
+#include <utility>
 
 LaneFeed::LaneFeed(const std::string& base, bool bigEndian, uint32_t blockEvents)
     : builder_(bigEndian, blockEvents) {
@@ -26,6 +27,8 @@ void LaneFeed::Appended(const EventRecord& event, uint64_t mark) {
 
 void LaneFeed::Seal() {
     Sealed& block = sealed_.emplace_back();
+    block.bytes = std::exchange(spare_, {});
+    block.bytes.cut(0);
     block.last = builder_.Seal(mark_, block.bytes).end() - 1;
 }
 
@@ -34,6 +37,7 @@ void LaneFeed::Committed(uint32_t events) {
     while (file_ && !sealed_.empty() && sealed_.front().last <= events) {
         const ByteBuffer& bytes = sealed_.front().bytes;
         if (!file_->Append({bytes.data(), bytes.size()}).ok()) return GiveUp();
+        spare_ = std::move(sealed_.front().bytes);
         sealed_.pop_front();
     }
 }

@@ -35,6 +35,7 @@ class LaneFeed : public AppendObserver {
     LaneBlockBuilder builder_;
     std::unique_ptr<LaneFile> file_;  // null once given up
     std::deque<Sealed> sealed_;       // not in the file yet
+    ByteBuffer spare_;                // of a block that is, for the next one
     uint32_t taken_ = 0, committed_ = 0;
     uint64_t mark_ = 0;
 };

@@ -21,17 +21,24 @@ void add(LaneSums::Status& to, const LaneSums::Status& cell) {
     to.ticks += cell.ticks;
 }
 
-// Puts cells in order, and those of one key together.
+// Cells of both, in order, and those of one key together.
 template <class Cell>
-void settle(std::vector<Cell>& cells) {
-    std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) { return key_of(a) < key_of(b); });
-    size_t kept = 0;
-    for (size_t at = 0; at < cells.size(); ++at)
-        if (kept > 0 && key_of(cells[kept - 1]) == key_of(cells[at]))
-            add(cells[kept - 1], cells[at]);
-        else
-            cells[kept++] = cells[at];
-    cells.resize(kept);
+std::vector<Cell> join(const std::vector<Cell>& a, const std::vector<Cell>& b) {
+    std::vector<Cell> cells;
+    auto ofA = a.begin(), ofB = b.begin();
+    while (ofA != a.end() && ofB != b.end()) {
+        if (key_of(*ofA) < key_of(*ofB)) {
+            cells.push_back(*ofA++);
+        } else if (key_of(*ofB) < key_of(*ofA)) {
+            cells.push_back(*ofB++);
+        } else {
+            cells.push_back(*ofA++);
+            add(cells.back(), *ofB++);
+        }
+    }
+    cells.insert(cells.end(), ofA, a.end());
+    cells.insert(cells.end(), ofB, b.end());
+    return cells;
 }
 
 // A column of each member of the cells; objects by their numbers.
@@ -85,14 +92,11 @@ bool take_level(ColumnReader& reader, std::span<const uint64_t> objects, LaneSum
 }  // namespace
 
 LaneSums lane_Merge(std::span<const LaneSums> parts) {
-    LaneSums sums;
-    for (const LaneSums& part : parts) {
-        sums.events.insert(sums.events.end(), part.events.begin(), part.events.end());
-        sums.statuses.insert(sums.statuses.end(), part.statuses.begin(), part.statuses.end());
-    }
-    settle(sums.events);
-    settle(sums.statuses);
-    return sums;
+    if (parts.empty()) return {};
+    if (parts.size() == 1) return parts[0];
+    const LaneSums a = lane_Merge(parts.first(parts.size() / 2)),
+                   b = lane_Merge(parts.subspan(parts.size() / 2));
+    return {join(a.events, b.events), join(a.statuses, b.statuses)};
 }
 
 std::vector<LaneSums> LaneLevels::Add(LaneSums sums) {

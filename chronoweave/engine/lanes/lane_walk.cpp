@@ -139,7 +139,7 @@ void LaneWalk::Give(EventRecord& event) {
     event.changes = ChangeList({changes_.data(), changes_.size()});
 }
 
-bool LaneWalk::Advance(Stop stop) {
+bool LaneWalk::Seek(Stop stop) {
     while (at_ < end_) {
         if (next_ == last_ && !Enter(stop)) return false;
         if (Find(stop)) {

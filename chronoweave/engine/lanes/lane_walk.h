@@ -31,7 +31,9 @@ class LaneWalk {
     // and where the index is damaged.
     [[nodiscard]] bool next(EventRecord& event, Stop stop);
     // The same without making up the event: what is asked of it is asked below.
-    [[nodiscard]] bool Advance(Stop stop);
+    [[nodiscard]] bool Advance(Stop stop) {
+        return (stop == Stop::Wanted && !wantsKinds_ && GoToChange()) || Seek(stop);
+    }
     uint32_t sequence() const { return at_ - 1; }
     mt_Time tick() const { return firstTick_ + columns_.ticks[next_ - 1]; }
     // The statuses that it changed: each(object, state), numbers of the summary's. Once for an event, and for
@@ -54,6 +56,17 @@ class LaneWalk {
     uint32_t position() const { return at_; }
 
   private:
+    // To the next event that changed something, where there is one in the block; only where no kind is wanted
+    // there.
+    bool GoToChange() {
+        if (change_ >= columns_.changeAt.size() || columns_.changeAt[change_] >= last_ ||
+            wants_.changes == LaneWants::Changes::PassedOver)
+            return false;
+        next_ = columns_.changeAt[change_] + 1;
+        at_ = first_ + next_;
+        return true;
+    }
+    [[nodiscard]] bool Seek(Stop stop);
     [[nodiscard]] bool Enter(Stop stop);
     void ChooseWanted(const LaneSummary& summary);
     bool IsWanted(uint32_t number) const {
