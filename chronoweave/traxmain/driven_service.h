@@ -21,6 +21,7 @@ class DrivenCall {
     std::string printed() const;
     bool says(const std::string& words) const { return printed().find(words) != std::string::npos; }
     void interrupt() { child_.signal(SIGTERM); }
+    pid_t process() const { return child_.pid().value_or(0); }
 
   private:
     std::string file_;

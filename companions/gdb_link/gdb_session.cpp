@@ -58,7 +58,7 @@ void GdbSession::stop() {
 }
 
 Result GdbSession::start() {
-    if (process_.IsRunning()) return {};
+    if (process_.IsRunning() && to_.IsOpen()) return {};  // else it is ending
     stop();
     BytePipe in, out;
     if (Result made = result_First(pipe_Make(in), pipe_Make(out)); !made) return made;
