@@ -250,7 +250,7 @@ TEST_F(GrowingTest, GivesTheItemsAndPixelsOfAFetchAtEveryCut) {
     for (unsigned seed = 1; seed <= 14; ++seed) {
         const Way& way = ways[seed % std::size(ways)];
         SCOPED_TRACE(testing::Message() << way.os << ", seed " << seed);
-        std::mt19937 random(seed * 77);
+        std::mt19937 random(uint64_t{seed} * 77);
         const auto events = coming_tasks(seed, 1500);
         uint32_t count = 1 + static_cast<uint32_t>(random() % 60);
         Begin(events, count, way.os);
