@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "windlib/waits/wait_windows.h"
 
@@ -42,6 +43,11 @@ void WindowLinkWait::End() {
     windows_.ended(*handle_);
     waitHandle_Free(*handle_);
     handle_.reset();
+    if (std::exchange(isLong_, false) && onLong) onLong(Long::Ends);
+}
+
+void WindowLinkWait::NoteLong() {
+    if (!std::exchange(isLong_, true) && onLong) onLong(Long::Begins);
 }
 
 // False when the user, or the end of the program, stopped the wait.
@@ -67,6 +73,7 @@ LinkWait::Came WindowLinkWait::ForInput(const FileDescriptor& from, std::optiona
     while (!came) {
         const auto spent = std::chrono::floor<milliseconds>(Now() - begin);
         if (longest && spent >= *longest) return Came::Nothing;
+        if (spent >= longestServe) NoteLong();
         if (!Serve(longest ? std::min(longestServe, *longest - spent) : longestServe)) return Came::Stopped;
     }
     return Came::Input;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -28,6 +29,10 @@ class LinkWait {
     virtual Came ForInput(const FileDescriptor& from, std::optional<std::chrono::milliseconds> longest) = 0;
     // Asked now and then while an answer keeps coming: false when the user stopped it.
     virtual bool GoesOn() { return true; }
+
+    // A wait between Begin and End has become one that the user notices; such a wait is over.
+    enum class Long { Begins, Ends };
+    std::function<void(Long)> onLong;
 };
 
 // Where there are no windows.
@@ -48,8 +53,10 @@ class WindowLinkWait : public LinkWait {
 
   private:
     bool Serve(std::chrono::milliseconds longest);
+    void NoteLong();
 
     Watches& watches_;
     WaitWindows& windows_;
     std::optional<int> handle_;  // of the wait under way
+    bool isLong_ = false;
 };

@@ -165,6 +165,20 @@ TEST_F(WindowLinkWaitTest, LastsFromBeginToEnd) {
     EXPECT_EQ(windows.served, served);
 }
 
+TEST_F(WindowLinkWaitTest, AWaitThatLastsIsToldOnce) {
+    std::string told;
+    wait.onLong = [&](LinkWait::Long what) { told += what == LinkWait::Long::Begins ? "long " : "over "; };
+    const auto waitFor = [&](milliseconds longest) {
+        wait.Begin();
+        wait.ForInput(pipe.read, longest);
+        wait.End();
+        return std::exchange(told, {});
+    };
+    EXPECT_EQ(waitFor(milliseconds(300)), "");
+    EXPECT_EQ(waitFor(milliseconds(3000)), "long over ");
+    EXPECT_EQ(waitFor(milliseconds(300)), "");
+}
+
 TEST_F(WindowLinkWaitTest, WithoutADisplayTheRestIsServed) {
     windows.display = false;
     windows.meanwhile = [this] { say(); };

@@ -1,4 +1,4 @@
-// What the link to the event server says, in one place; all of it stands in the panel's output.
+// What the link to the event server says, in one place; it stands in the panel's output.
 #pragma once
 
 inline constexpr char words_NoSpawn[] = "Chronoweave: Unable to spawn trv server!\n";
@@ -16,6 +16,11 @@ inline constexpr char words_ConnectTimeOut[] =
 inline constexpr char words_BadMask[] =
     "Chronoweave: Mask string is invalid (should be an integer string).\n";
 inline constexpr char words_BadFileName[] = "Invalid file name.\n";
+
+// These stand on the message line: the output has no words for them.
+inline constexpr char words_WaitsForServer[] =
+    "Waiting for the event server to answer. Escape stops the wait.";
+inline constexpr char words_NoAnswer[] = "The event server has not answered.";
 
 // In a line of the server: what follows it is the target's mask.
 inline constexpr char words_MaskLine[] = "Target Event Log Mask:";

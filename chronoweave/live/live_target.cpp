@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "chronoweave/live/link_words.h"
 #include "chronoweave/rtos/configure_reader.h"
 #include "chronoweave/traxfunc/canvas/texts.h"
 #include "chronoweave/traxfunc/input/life.h"
@@ -50,6 +51,10 @@ LiveTarget::LiveTarget(_LaCanvasData& canvas, LiveWindow window, const LiveServi
                             canvas_.calls.upper.serverConnected = link_.Has(Target_Connected);
                             laCanvas_UpdateFields(canvas_, 0, std::string(text_trim(text)).c_str());
                         }};
+    wait_->onLong = [this](LinkWait::Long what) {
+        const bool begins = what == LinkWait::Long::Begins;
+        laCanvas_UpdateFields(canvas_, 0, begins ? words_WaitsForServer : " ");
+    };
     laUpperFloor& upper = canvas_.calls.upper;
     upper.commands["Korvantis"] = [this](const std::string&) { return OpenPanel(), true; };
     upper.refreshIntervalChanged = [this] { reader_.CreateRefreshTimer(); };

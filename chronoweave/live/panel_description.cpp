@@ -88,7 +88,7 @@ DialogDescription target_PanelDescription() {
     return {.name = "KorvantisTarget",
             .title = "Target Control for KORVANTIS",
             .helpKey = "live",
-            .offset = 80,  // the canvas's tool bar is still seen
+            .offset = 320,  // names and the first rows of the canvas are still seen
             .positionKey = "TRVGUI KORVANTIS Control Panel",
             .items = items(),
             .layout = layout.lines()};

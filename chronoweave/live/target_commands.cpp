@@ -19,10 +19,17 @@ LinkAnswer ask(TargetLink& link, const std::string& command, std::string_view ex
     return TargetLinkAwait(link, expected);
 }
 
+// The same for one whose answer may stay away without more than that.
+LinkAnswer ask_told(TargetLink& link, const std::string& command, std::string_view expected = {}) {
+    const LinkAnswer answer = ask(link, command, expected);
+    if (answer == LinkAnswer::Nothing && link.server && link.around.tell) link.around.tell(words_NoAnswer);
+    return answer;
+}
+
 // The flag is as wanted once the server said so.
 void change(TargetLink& link, TargetFlag flag, bool on, const std::string& command,
             std::string_view expected) {
-    if (ask(link, command, expected) == LinkAnswer::Expected) link.Set(flag, on);
+    if (ask_told(link, command, expected) == LinkAnswer::Expected) link.Set(flag, on);
     if (link.panel) link.panel->Refresh();
 }
 
@@ -40,7 +47,7 @@ bool start_for_connect(TargetLink& link) {
 }
 
 void disconnect(TargetLink& link) {
-    if (ask(link, "d\n", words_Disconnected) == LinkAnswer::Expected) link.Set(Target_Connected, false);
+    if (ask_told(link, "d\n", words_Disconnected) == LinkAnswer::Expected) link.Set(Target_Connected, false);
     if (link.panel) link.panel->ShowMask(words_NoMask);
 }
 
@@ -117,9 +124,9 @@ void TargetSetMask(TargetLink& link, const std::string& text) {
     if (!TargetIsConnected(link)) return;
     const auto mask = mask_Leading(text);
     if (!mask) return ShowPanelMessage(link, words_BadMask);
-    ask(link, gen_format("M 0x%x\n", *mask));
+    ask_told(link, gen_format("M 0x%x\n", *mask));
 }
 
 void TargetInfo(TargetLink& link) {
-    if (TargetIsConnected(link)) ask(link, "info\n");
+    if (TargetIsConnected(link)) ask_told(link, "info\n");
 }

@@ -122,6 +122,29 @@ TEST_F(LiveWindowTest, AViewThatMovesAlongIsThatOfAWholeRepaint) {
     }
 }
 
+// Names that come make the column wider, and none that go out of view make it narrower, until another trace
+// is loaded.
+TEST_F(LiveWindowTest, ThePictureDoesNotMoveToAndFro) {
+    const auto names = [this] { return window->view().picture().nameWidth; };
+    write(whole.size() / 8);
+    ASSERT_TRUE(window->load(trace));
+    QApplication::processEvents();
+    const int first = names();
+    int widest = first;
+    for (int piece = 0; piece < 60; ++piece) {
+        append(std::filesystem::file_size(trace), std::filesystem::file_size(trace) + 9001);
+        readAll();
+        ASSERT_GE(names(), widest) << piece;
+        widest = names();
+    }
+    EXPECT_GT(widest, first);
+    const std::string other = folder / "other.trr";
+    std::ofstream(other, std::ios::binary) << whole.substr(0, whole.size() / 8);
+    ASSERT_TRUE(window->load(other));
+    QApplication::processEvents();
+    EXPECT_EQ(names(), first);
+}
+
 // What stands beside the picture is that of a window that has the whole trace.
 TEST_F(LiveWindowTest, FindingTheEventsTheSelectionAndDetailsGoAlong) {
     const std::string done = folder / "done.trr";

@@ -62,6 +62,7 @@ bool PictureView::pressNames(const QMouseEvent& event, int clicks) {
     if (event.button() == Qt::LeftButton && overDivider(at)) {
         if (clicks == 2) {
             canvas_->list.nameWidth = 0;
+            measuredOf_.clear();  // narrower, too
             layOutAndPaint();
         } else {
             held_ = Held::Divider;

@@ -25,11 +25,16 @@
 #include "chronoweave/traxfunc/model/geometry.h"
 #include "chronoweave/traxfunc/model/time.h"
 #include "shared/libcxxutil/gate.h"
+#include "shared/libcxxutil/paths.h"
 #include "windlib/lagraph/translated_surface.h"
 #include "windlib/qt/platform.h"
 #include "windlib/qt/qt_surface.h"
 
 namespace {
+
+std::string sourceOf(const _LaCanvasData& canvas) {
+    return path_join(canvas.source.sourcePath, canvas.source.sourceFile);
+}
 
 constexpr double notch = 120.0;  // of a wheel
 constexpr double zoomPerNotch = 1.25;
@@ -165,16 +170,22 @@ void PictureView::settleRows() {
     draw([&] { laRows_Settle(*canvas_, over ? at.y() - picture_.graphTop : 0); });
 }
 
+// Whether names come and go with the trace.
+bool PictureView::goesOn() const {
+    return canvas_->source.liveRefresh && measuredOf_ == sourceOf(*canvas_);
+}
+
 // Whether the names in view need another width than the column has. A scroll over the rows makes it only
-// wider: the picture does not move to and fro.
+// wider, and so does a live trace: the picture does not move to and fro.
 bool PictureView::namesNeedRoom() {
     const bool others = laidOut_ != canvas_->list.layouts;
     if (!others && measuredAt_ == canvas_->view.verticalOffset) return false;
-    laidOut_ = canvas_->list.layouts;
-    measuredAt_ = canvas_->view.verticalOffset;
+    const bool narrows = others && !goesOn();
+    noteMeasured();
     Measure measure(palette());
     const int needed = laPicture_NameWidth(*canvas_, measure.surface, width(), picture_.dataHeight);
-    return others ? needed != picture_.nameWidth : needed > picture_.nameWidth;
+    if (narrows) leastNames_ = needed;
+    return narrows ? needed != picture_.nameWidth : needed > picture_.nameWidth;
 }
 
 // A new size may show what must be fetched first, and a fetch serves events: there is no surface open.
@@ -183,10 +194,17 @@ void PictureView::layOut() {
     stale_ = true;
     Measure measure(palette());
     ++drawing_;
-    picture_ = laPicture_LayOut(*canvas_, measure.surface, width(), height(), false);
+    picture_ =
+        laPicture_LayOut(*canvas_, measure.surface, width(), height(), false, goesOn() ? leastNames_ : 0);
     --drawing_;
+    leastNames_ = picture_.nameWidth;
+    noteMeasured();
+}
+
+void PictureView::noteMeasured() {
     laidOut_ = canvas_->list.layouts;
     measuredAt_ = canvas_->view.verticalOffset;
+    measuredOf_ = sourceOf(*canvas_);
 }
 
 void PictureView::paintWanted() {

@@ -77,6 +77,8 @@ class PictureView : public QWidget {
     void catchUp();
     void layOut();
     bool namesNeedRoom();
+    void noteMeasured();
+    bool goesOn() const;
     void paintWanted();
     void paintAll();
     bool handleKey(const QKeyEvent& event);
@@ -113,7 +115,9 @@ class PictureView : public QWidget {
     bool namesStale_ = false;  // the list must be painted
     bool stale_ = false;       // the parts must be placed anew
     uint32_t laidOut_ = 0;     // the layout of rows that the names were measured for,
-    int measuredAt_ = 0;       // and the vertical offset
+    int measuredAt_ = 0;       // the vertical offset,
+    std::string measuredOf_;   // and the source
+    int leastNames_ = 0;       // width that the column keeps while the source goes on
     bool bareWheelZooms_ = false;
     bool space_ = false;  // held: a drag pans
     std::unique_ptr<laPointer> pointer_;

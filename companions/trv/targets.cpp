@@ -34,8 +34,7 @@ Result connect_target(std::string_view text, std::unique_ptr<Target>& target) {
     const std::string word = words_TakeFirst(text);
     for (const Kind& kind : kinds)
         if (word == kind.name) return kind.connect(text, target);
-    return Result::failure("there is no target \"" + word + "\"", "",
-                           "a target begins with one of " + names());
+    return Result::failure("\"" + word + "\" is none of " + names());
 }
 
 // A ring is no target but a way to keep what one gives.

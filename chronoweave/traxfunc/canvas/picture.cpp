@@ -36,7 +36,8 @@ int laPicture_GraphLeft(const _LaCanvasData& canvas, Surface& surface, int width
     return laPicture_NameWidth(canvas, surface, width, {}) + divider;
 }
 
-laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer) {
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer,
+                           int leastNames) {
     laPicture picture;
     picture.width = width;
     picture.height = height;
@@ -46,6 +47,8 @@ laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, i
     picture.dataHeight =
         std::max(0, picture.graphHeight - laAxis_StripHeight(surface.fontMetrics(Font_Axis)));
     picture.nameWidth = laPicture_NameWidth(canvas, surface, width, picture.dataHeight);
+    if (canvas.list.nameWidth <= 0)
+        picture.nameWidth = std::max(picture.nameWidth, std::min(leastNames, width / 3));
     picture.graphLeft = picture.nameWidth + divider;
     picture.graphWidth = std::max(0, width - picture.graphLeft);
     picture.rowHeight = canvas.looks.rowHeight;

@@ -29,9 +29,10 @@ int laPicture_NameWidth(const _LaCanvasData& canvas, Surface& surface, int width
 int laPicture_GraphLeft(const _LaCanvasData& canvas, Surface& surface, int width);
 // Places the parts for a total size and gives the canvas its drawing area. So show the range first, then lay
 // out: the times shown stay as they are. The surface is only asked for the sizes of texts. Without a footer
-// the drawing area goes down to the lower edge: a window has labels for those texts.
-laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height,
-                           bool footer = true);
+// the drawing area goes down to the lower edge: a window has labels for those texts. A name column that the
+// user did not set has leastNames pixels at least, as far as there is room.
+laPicture laPicture_LayOut(_LaCanvasData& canvas, Surface& surface, int width, int height, bool footer = true,
+                           int leastNames = 0);
 // Draws everything. The canvas keeps its own surface. Cursors and their band, and the selection of
 // the names, only when asked for.
 void laPicture_Draw(_LaCanvasData& canvas, Surface& surface, const laPicture& picture, bool withCursors);
