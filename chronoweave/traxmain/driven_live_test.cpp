@@ -2,13 +2,16 @@
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QPushButton>
+#include <QTimer>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 
 #include "chronoweave/live/live_target.h"
 #include "chronoweave/qt/canvas_window.h"
+#include "chronoweave/qt/picture_view.h"
 #include "chronoweave/traxfunc/canvas/canvas.h"
+#include "chronoweave/traxfunc/input/commands.h"
 #include "chronoweave/traxmain/driven_session.h"
 #include "libtrv/trace_store.h"
 
@@ -163,6 +166,67 @@ TEST_F(DrivenLive, ANewcomerWatchesASimulation) {
     });
     EXPECT_EQ(status, 0);
     EXPECT_GT(std::filesystem::file_size(file), 10'000u);
+}
+
+// Of windows beside the first one; for use inside look and waitFor.
+CanvasWindow& window_at(size_t at) {
+    return *CanvasWindow::all().at(at);
+}
+TargetLink& link_of(size_t window) {
+    return window_at(window).target()->link();
+}
+uint32_t events_of(size_t window) {
+    const _LaCanvasData& canvas = window_at(window).view().canvas();
+    return canvas.source.store ? mt_GetEventCount(*canvas.source.store) : 0;
+}
+
+void follow(Robot& robot, size_t window, const std::string& to, const std::string& file) {
+    robot.look([&] {
+        CanvasWindow& one = window_at(window);
+        laCanvas_Command(one.view().canvas(), "Korvantis");
+        DialogModel& panel = *one.target()->panel().model();
+        panel.edit("ConnectToTarget", to);
+        panel.edit("outputFile", file);
+        panel.commit("outputFile");
+        for (const char* button : {"ConnectButton", "LiveMode", "ControlLogging"}) panel.press(button);
+    });
+    robot.waitFor("events", [&] { return events_of(window) > 0; });
+}
+
+TEST_F(DrivenLive, TwoWindowsHaveTwoServers) {
+    const int status = run_program({}, pictures, [&](Robot& robot) {
+        robot.key("ctrl+n");
+        robot.waitFor("a second window", [] { return CanvasWindow::count() == 2; });
+        follow(robot, 0, "sim", file);
+        follow(robot, 1, "sim 20 5000", folder / "other.trr");
+        robot.picture("two-1-both");
+        robot.look([&] {
+            robot.expect(link_of(0).server->child.pid() != link_of(1).server->child.pid(), "two servers");
+            link_of(0).server->child.signal(SIGKILL);
+        });
+        robot.waitFor("the loss of one", [] { return !link_of(0).server; });
+        uint32_t before = 0;
+        robot.look([&] { before = events_of(1); });
+        robot.waitFor("the other to go on", [&] { return events_of(1) > before + 1000; });
+        robot.look([&] { robot.expect(link_of(1).Has(Target_LoggingStarted), "it stays connected"); });
+        robot.picture("two-2-one-lost");
+        // One that stands still is waited for, and that is told.
+        robot.look([] {
+            link_of(1).server->child.signal(SIGSTOP);
+            QTimer::singleShot(0, &window_at(1),
+                               [] { window_at(1).target()->panel().model()->press("Info"); });
+        });
+        const auto says = [](const char* words) {
+            return window_at(1).message().find(words) != std::string::npos;
+        };
+        robot.waitFor("the wait to be told", [&] { return says("Escape stops the wait"); });
+        robot.picture("two-3-waits");
+        robot.waitFor("its end to be told", [&] { return says("has not answered"); });
+        robot.picture("two-4-unanswered");
+        robot.look([] { link_of(1).server->child.signal(SIGCONT); });
+        quit(robot);
+    });
+    EXPECT_EQ(status, 0);
 }
 
 }  // namespace
