@@ -177,8 +177,8 @@ class ServiceRouter_Proxy : public ServiceRouter_plugin_Impl, public LoopLink {
     Ref<STPSpecClass> createFor(ServiceFactory* factory,
                                 const ServiceRouter_ConnectionRequestedEvent_Request& request);
     ServiceFactory* factoryFor(const std::vector<std::string>& pairs);
-    void keepServing(const ServiceRouter_ConnectionRequestedEvent_Request& request, Ref<STPSpecClass> service,
-                     const ServiceFactory& factory);
+    void keepServing(const ServiceRouter_ConnectionRequestedEvent_Request& request,
+                     const Ref<STPSpecClass>& service, const ServiceFactory& factory);
     void prepare(STPSpecClass& service);
     void sendNext(const std::string& name);
     bool askForConnection(const Pending& pending, RetryHandler& retry, STPStatus& status);

@@ -76,7 +76,7 @@ void ServiceRouter_Proxy::ConnectionRequestedEvent(
 }
 
 void ServiceRouter_Proxy::keepServing(const ServiceRouter_ConnectionRequestedEvent_Request& request,
-                                      Ref<STPSpecClass> service, const ServiceFactory& factory) {
+                                      const Ref<STPSpecClass>& service, const ServiceFactory& factory) {
     prepare(*service);
     Connection& connection = connections_[request.serviceRN];
     connection.service = service;
@@ -117,14 +117,16 @@ bool ServiceRouter_Proxy::connectService(STPSpecClass& service, const ServiceWis
     if (!askForConnection(pending, retry, status) || !acceptReply(pending, status)) return false;
     const uint32_t local = pending->reply.localRN, far = pending->reply.serviceRN;
     Connection connection{object, local, far};
-    if (pending->reply.is_shared_object != 0) {
+    const bool inProcess = pending->reply.is_shared_object != 0;
+    if (inProcess) {
         if (!attachShared(connection, service, pending, status)) return false;
     } else {
         service.attach(transport_, local, far);
     }
     prepare(service);
     connections_[local] = std::move(connection);
-    if (service.negotiate(&retry, &status)) return true;
+    // A handler that was given serves the router's transport, on which nothing of a shared object comes.
+    if (service.negotiate(inProcess ? service.getRetryHandler() : &retry, &status)) return true;
     dropService(service);
     return false;
 }

@@ -1,10 +1,13 @@
 // The router as a process, and its clients as processes that are killed.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <thread>
 
@@ -12,6 +15,7 @@
 #include "services/servicerouter_proxy/router_place.h"
 #include "services/servicerouter_proxy/stp_child_process.h"
 #include "services/svc_router/peers_testing.h"
+#include "shared/libcxxutil/child_process.h"
 #include "shared/libcxxutil/event_loop.h"
 #include "shared/libcxxutil/report.h"
 
@@ -50,6 +54,8 @@ class Zone {
         for (int i = 0; i < 400 && routerPlace_Port(options.zone); ++i) std::this_thread::sleep_for(50ms);
         return !routerPlace_Port(options.zone);
     }
+
+    const std::filesystem::path& folder() const { return folder_; }
 
     ServiceRouterOptions options;
 
@@ -154,6 +160,106 @@ TEST(RouterProcess, ASecondOneHandsItsClientToTheFirst) {
     EXPECT_EQ(proxy->location(nullptr)->port, port);
     EXPECT_TRUE(child.process().WaitForEnd(20s).has_value());
     proxy->leave();
+}
+
+// A number that the shared object counts in.
+int counted(void* library, const char* name) {
+    const auto* number = static_cast<const int*>(::dlsym(library, name));
+    return number ? *number : -1;
+}
+
+TEST(RouterProcess, ServicesInSharedObjectsLieBesideItAndAreLoadedByWhoAsks) {
+    namespace fs = std::filesystem;
+    Zone zone;
+    // A router of its own, with services beside it.
+    const fs::path place = zone.folder() / "router", services = place / "services";
+    fs::create_directories(services);
+    fs::copy_file(CW_SVC_ROUTER, place / "svc_router");
+    for (const char* name : {"Sample.so", "Lacking.so"})
+        fs::copy_file(fs::path(CW_SAMPLES) / name, services / name);
+    std::ofstream(services / "Broken.so") << "no shared object";
+    zone.options.directory = place;
+    Program program(zone.options);
+    ASSERT_TRUE(program.join());
+
+    STPStatus status;
+    void* const library = ::dlopen((services / "Sample.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << ::dlerror();
+    {
+        const auto client = ref_Make<Client>();
+        ASSERT_TRUE(program.proxy->connectService(*client, {.name = "Sample"}, nullptr, &status))
+            << status.text;
+        EXPECT_EQ(counted(library, "sampleStarts"), 1);
+        const auto opened = client->OpenFile({.dataFile = "f.trr"}, nullptr, &status);
+        ASSERT_TRUE(opened) << status.text;
+        EXPECT_EQ(opened->win, 6u) << "the answer of its call back";
+        for (int i = 0; i < 200 && counted(library, "sampleIdles") == 0; ++i) program.loop.round(50ms);
+        EXPECT_GT(counted(library, "sampleIdles"), 0);
+        program.proxy->dropService(*client);
+        EXPECT_EQ(client->lost, 1);
+        EXPECT_EQ(counted(library, "sampleEnds"), 1);
+        EXPECT_FALSE(client->OpenFile({.dataFile = "f.trr"}, nullptr, &status));
+    }
+    ::dlclose(library);
+
+    const auto refused = [&](const char* name) {
+        const auto client = ref_Make<Client>();
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(program.proxy->connectService(*client, {.name = name}, nullptr, &status)) << name;
+        testing::internal::GetCapturedStderr();
+        return status.text;
+    };
+    EXPECT_EQ(refused("Lacking"), "Failed to get pointer to driveIdle function.");
+    EXPECT_NE(refused("Broken").find("Broken.so"), std::string::npos) << status.text;
+    EXPECT_EQ(refused("Missing"), "No program offers the service \"Missing\".");
+    EXPECT_EQ(refused("../services/Sample"), "No program offers the service \"../services/Sample\".");
+}
+
+// What this process has open, and how many children.
+struct Held {
+    std::ptrdiff_t descriptors = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    size_t children = countChildren();
+
+  private:
+    static size_t countChildren() {
+        child_Reap();
+        const std::string self = std::to_string(::getpid());
+        std::ifstream file("/proc/self/task/" + self + "/children");
+        return static_cast<size_t>(std::distance(std::istream_iterator<int>(file), {}));
+    }
+};
+
+TEST(RouterProcess, NoDescriptorAndNoChildIsLeftWhenAllHaveGone) {
+    const Zone zone;
+    const Held before;
+    for (int round = 0; round < 3; ++round) {
+        Program server(zone.options), asker(zone.options);
+        ASSERT_TRUE(server.join());
+        Factory factory("TRA");
+        server.proxy->offer(factory);
+        ASSERT_TRUE(asker.join());
+        // A start that fails, a service that nobody has, a peer that goes within its connection.
+        STPStatus status;
+        const uint32_t start =
+            asker.proxy->launchPlugin({"/bin/true"}, "", ServiceRouter_Proxy::StartedBy::Router, &status);
+        EXPECT_FALSE(asker.proxy->awaitPlugin(start, nullptr, &status));
+        const auto client = ref_Make<Client>();
+        EXPECT_FALSE(asker.proxy->connectService(*client, {.name = "None"}, nullptr, &status));
+        server.proxy->leave();
+        for (int i = 0; i < 100 && status.text != "No program offers the service \"TRA\"."; ++i) {
+            asker.proxy->connectService(*client, {.name = "TRA"}, nullptr, &status);
+            asker.loop.round(10ms);
+        }
+    }
+    EXPECT_TRUE(zone.ends());
+    Held after;
+    // The router, and what was started, end in their own time.
+    for (int i = 0; i < 400 && after.children != before.children; ++i) {
+        std::this_thread::sleep_for(25ms);
+        after = Held();
+    }
+    EXPECT_EQ(after.descriptors, before.descriptors);
+    EXPECT_EQ(after.children, before.children);
 }
 
 TEST(RouterProcess, OutlivesTwentyClientsThatAreKilledAtRandom) {
