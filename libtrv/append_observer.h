@@ -14,6 +14,9 @@ class AppendObserver {
     virtual void Appended(const EventRecord& event, uint64_t mark) = 0;
     // Readers see the first so many events.
     virtual void Committed(uint32_t events) = 0;
+    // The disk takes no more of the store. What the observer keeps there goes, and is not kept any more; the
+    // store then tries again. False when it keeps nothing.
+    [[nodiscard]] virtual bool GiveRoom() { return false; }
     // Some that were appended did not go in after all.
     virtual void Refused() = 0;
 };

@@ -67,6 +67,8 @@ struct StoreWriter::Impl {
     Result RefuseEvent(size_t start, const Result& why);
     bool CommitGroup();
     Result commit();
+    template <class Write>
+    Result WithRoom(Write&& write);
     Result CommitIndex();
     bool KeepWhatFitted(size_t bytes);
     void CutIndex();
@@ -127,10 +129,19 @@ void StoreWriter::Impl::TellRefused() {
 
 // ---- Commit and recovery
 
+// Once more, where the observer had room to give.
+template <class Write>
+Result StoreWriter::Impl::WithRoom(Write&& write) {
+    Result result = write();
+    return result.ok() || !observer || !observer->GiveRoom() ? result : write();
+}
+
 Result StoreWriter::Impl::CommitIndex() {
     if (index.pending.size() == 0) return {};
-    size_t wrote = 0;
-    Result result = index.WriteBehind(wrote);
+    Result result = WithRoom([this] {
+        size_t wrote = 0;
+        return index.WriteBehind(wrote);
+    });
     if (result.ok()) result = index.TurnTerminator(index.pending.size());
     if (!result.ok()) index.CutBack();  // the records stay pending and go with the next commit
     return result;
@@ -139,7 +150,7 @@ Result StoreWriter::Impl::CommitIndex() {
 Result StoreWriter::Impl::commit() {
     if (events.pending.size() == 0) return CommitIndex();
     size_t wrote = 0;
-    Result result = events.WriteBehind(wrote);
+    Result result = WithRoom([this, &wrote] { return events.WriteBehind(wrote); });
     if (result.ok()) result = events.TurnTerminator(events.pending.size());
     if (!result.ok() && !KeepWhatFitted(wrote)) return refusal = result;
     if (!pendingEvents.empty()) committedTime = pendingEvents.back().time;
@@ -152,14 +163,14 @@ Result StoreWriter::Impl::commit() {
 // The device took only so many bytes behind the terminator: the whole events among them are kept, the rest is
 // dropped, and the state is read back from what is kept. True when all could be kept after all.
 bool StoreWriter::Impl::KeepWhatFitted(size_t bytes) {
-    const auto end_of = [this](size_t event) {
+    const auto endOf = [this](size_t event) {
         return event + 1 < pendingEvents.size() ? pendingEvents[event + 1].start : events.pending.size();
     };
     // A terminator needs one byte behind the last event kept, and pending's first byte is not among those
     // written.
     size_t kept = 0;
-    while (kept < pendingEvents.size() && end_of(kept) <= bytes) ++kept;
-    const size_t size = kept == 0 ? 0 : end_of(kept - 1);
+    while (kept < pendingEvents.size() && endOf(kept) <= bytes) ++kept;
+    const size_t size = kept == 0 ? 0 : endOf(kept - 1);
     if (kept > 0 && !(events.EndBehind(size).ok() && events.TurnTerminator(size).ok())) kept = 0;
     const size_t lost = pendingEvents.size() - kept;
     if (kept > 0) committedTime = pendingEvents[kept - 1].time;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "libtrv/append_observer.h"
 #include "libtrv/store_writer.h"
 #include "libtrv/test_store.h"
 #include "libtrv/trace_store.h"
@@ -56,9 +57,9 @@ TEST(StoreWriter, OneEventIsTheseBytes) {
 
 TEST(StoreWriter, GroupingChangesNoByte) {
     const auto events = random_events(1, 1234);
-    const auto one_by_one = store_of(events, events.size(), 0);
+    const auto oneByOne = store_of(events, events.size(), 0);
     for (const size_t group : {1u, 500u, 1u << 20})
-        EXPECT_EQ(store_of(events, events.size(), group), one_by_one);
+        EXPECT_EQ(store_of(events, events.size(), group), oneByOne);
 }
 
 TEST(StoreWriter, KeepsWholeEventsAndTheirStateWhenTheDeviceIsFull) {
@@ -104,6 +105,34 @@ TEST(StoreWriter, IndexRecordsThatFoundNoRoomFollowLater) {
     store.indexDevice->SetRoom(SIZE_MAX);
     EXPECT_TRUE(store.writer->Commit());
     EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, events.size(), 0));
+}
+
+// Of either file of the store.
+TEST(StoreWriter, TakesTheRoomThatItsObserverGives) {
+    struct Giving : AppendObserver {
+        MemoryDevice* full = nullptr;
+        int gave = 0;
+        void Appended(const EventRecord&, uint64_t) override {}
+        void Committed(uint32_t) override {}
+        void Refused() override { ADD_FAILURE(); }
+        bool GiveRoom() override {
+            full->SetRoom(SIZE_MAX);
+            return gave++ == 0;
+        }
+    };
+    const auto events = random_events(2, 300);
+    for (MemoryDevice* InMemory::*device : {&InMemory::device, &InMemory::indexDevice}) {
+        InMemory store;
+        Giving observer;
+        observer.full = store.*device;
+        observer.full->SetRoom(40);
+        store.writer->SetObserver(&observer);
+        store.writer->SetGrouping(5000);
+        for (const TestEvent& event : events) EXPECT_TRUE(store.append(event));
+        EXPECT_TRUE(store.writer->Commit());
+        EXPECT_EQ(observer.gave, 1);
+        EXPECT_EQ(std::make_pair(*store.events, *store.index), store_of(events, events.size(), 0));
+    }
 }
 
 TEST(StoreWriter, RefusesWhatLiesPastTheLastOffset) {

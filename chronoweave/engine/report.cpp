@@ -3,18 +3,24 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "chronoweave/engine/lane_figures.h"
 #include "chronoweave/engine/report_tracking.h"
 
 namespace {
 
 using Record = SearchTracker::Record;
 
+// A progress that stops a walk where it first asks.
+bool stop_at_once(double, double) {
+    return false;
+}
+
 // Walks the range with the objects tracked. Each event is told to onEvent(event), or with others of its kind
 // and its object to onEvents(object, kind, count). False when the store gives nothing. The end of the range
 // is where the walk ended.
 template <class Sink, class OnEvent>
-bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
-           WalkEnd& end, OnEvent&& onEvent, const LaneIndex::Visit& onEvents) {
+bool walk_tracked(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to,
+                  Sink& sink, WalkEnd& end, OnEvent&& onEvent, const LaneIndex::Visit& onEvents) {
     TrackedWalk<Sink> walk(source, objects, from, to, sink, Passed::Over);
     end = walk.end();
     if (!walk.started()) return false;
@@ -23,6 +29,32 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     if (onEvents) analysis_CountEvents(source, walk.ByLanes(), onEvents);
     end = walk.end();
     return true;
+}
+// The same, for sinks that take figures as well: by the lane index alone where that has them. A walk follows
+// where progress stopped those, to be stopped in its turn and to say what was seen.
+template <class Sink, class OnEvent>
+bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double from, double to, Sink& sink,
+           WalkEnd& end, OnEvent&& onEvent, const LaneIndex::Visit& onEvents) {
+    Progress progress = source.progress;
+    if (from <= to) {
+        LaneFigures figures;
+        switch (analysis_LaneFigures(source, objects, from, to, sink.turns(), figures)) {
+            case LaneAnswer::Given:
+                sink.take(figures);
+                if (onEvents) analysis_CountEvents(source, figures.span, onEvents);
+                end.started = true;
+                end.reached = to;
+                return true;
+            case LaneAnswer::Stopped:
+                source.progress = stop_at_once;
+                break;
+            case LaneAnswer::None:
+                break;
+        }
+    }
+    const bool went = walk_tracked(source, objects, from, to, sink, end, onEvent, onEvents);
+    source.progress = std::move(progress);
+    return went;
 }
 // The same where the events themselves don't matter.
 template <class Sink>
@@ -33,11 +65,14 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
 
 class LegendSums {
   public:
-    LegendSums(const Legend& legend, LegendStatistics& statistics)
-        : legend_(legend), statistics_(statistics) {
-        statistics_.eventCounts.assign(legend.events.size(), 0);
-        statistics_.statusCounts.assign(legend.statuses.size(), 0);
-        statistics_.statusTimes.assign(legend.statuses.size(), 0.0);
+    LegendSums(const AnalysisSource& source, LegendStatistics& statistics)
+        : source_(source),
+          legend_(*source.legend),
+          statistics_(statistics),
+          ticks_(legend_.statuses.size(), 0) {
+        statistics_.eventCounts.assign(legend_.events.size(), 0);
+        statistics_.statusCounts.assign(legend_.statuses.size(), 0);
+        statistics_.statusTimes.assign(legend_.statuses.size(), 0.0);
     }
     void events(uint16_t type, uint16_t subtype, uint64_t count) {
         const int32_t row = legend_.EventIndex(type, subtype);
@@ -45,22 +80,44 @@ class LegendSums {
     }
     void entered(const Record& record) { ++statistics_.statusCounts[static_cast<size_t>(record.status)]; }
     void left(const Record& record, double until) {
-        statistics_.statusTimes[static_cast<size_t>(record.status)] += until - record.time;
+        const double length = source_.clock.OnTick(until) - record.time;
+        ticks_[static_cast<size_t>(record.status)] += static_cast<int64_t>(source_.clock.TicksIn(length));
+        close(record.status, until);
     }
-    // A switch counts under the context-switch status of whoever took over before.
     void TookOver(const Record& record) {
-        const int32_t row = lastStatus_ < 0 ? legend_.contextSwitchStatus : legend_.LinkedStatus(lastStatus_);
-        if (row >= 0 && static_cast<size_t>(row) < legend_.statuses.size())
-            ++statistics_.statusCounts[static_cast<size_t>(row)];
+        CountSwitches(lastStatus_, 1);
         lastStatus_ = record.status;
+    }
+    static LaneTurns turns() { return LaneTurns::Wanted; }
+    void take(const LaneFigures& figures) {
+        for (size_t cell = 0; cell < figures.entered.size(); ++cell) {
+            statistics_.statusCounts[cell % figures.rows] += figures.entered[cell];
+            ticks_[cell % figures.rows] += figures.ticks[cell];
+        }
+        for (const int32_t row : figures.open)
+            if (row >= 0) close(row, figures.closing);
+        for (size_t at = 0; at < figures.tookOverAfter.size(); ++at)
+            CountSwitches(static_cast<int32_t>(at) - 1, figures.tookOverAfter[at]);
     }
     void finish(const WalkEnd& end);
 
   private:
     void SumCategories();
+    // What the range's end lies beside its tick is all that is no whole tick.
+    void close(int32_t row, double until) {
+        statistics_.statusTimes[static_cast<size_t>(row)] += until - source_.clock.OnTick(until);
+    }
+    // A switch counts under the context-switch status of whoever took over before.
+    void CountSwitches(int32_t before, uint32_t count) {
+        const int32_t row = before < 0 ? legend_.contextSwitchStatus : legend_.LinkedStatus(before);
+        if (row >= 0 && static_cast<size_t>(row) < legend_.statuses.size())
+            statistics_.statusCounts[static_cast<size_t>(row)] += count;
+    }
+    const AnalysisSource& source_;
     const Legend& legend_;
     LegendStatistics& statistics_;
-    int32_t lastStatus_ = -1;  // with which the last object took over
+    std::vector<int64_t> ticks_;  // by row of the status
+    int32_t lastStatus_ = -1;     // with which the last object took over
 };
 
 // Of each category the counts of the events behind it, each found by its name: two events of one name count
@@ -91,6 +148,7 @@ void LegendSums::finish(const WalkEnd& end) {
     for (const uint32_t count : statistics_.eventCounts)
         statistics_.totalEvents += static_cast<int32_t>(count);
     for (size_t row = 0; row < legend_.statuses.size(); ++row) {
+        statistics_.statusTimes[row] += source_.clock.LengthOf(static_cast<double>(ticks_[row]));
         if (legend_.statuses[row].isContextSwitch) continue;
         statistics_.totalStatusCount += statistics_.statusCounts[row];
         statistics_.totalStatusTime += statistics_.statusTimes[row];
@@ -134,6 +192,23 @@ class ObjectSums {
             static_cast<int64_t>(source_.clock.NearestTick(until) - source_.clock.NearestTick(record.time));
         // What the range's end lies beside its tick is all that is no whole tick.
         of(record).time += until - source_.clock.OnTick(until);
+    }
+    LaneTurns turns() const {
+        return request_.kind == Search_Switch ? LaneTurns::Wanted : LaneTurns::PassedOver;
+    }
+    void take(const LaneFigures& figures) {
+        for (size_t place = 0; place < figures.open.size(); ++place) {
+            if (request_.kind == Search_Switch)
+                report_.figures[place].count = static_cast<int32_t>(figures.tookOver[place]);
+            for (size_t row = 0; request_.kind == Search_Status && row < figures.rows; ++row) {
+                if (request_.target >= 0 && static_cast<int32_t>(row) != request_.target) continue;
+                report_.figures[place].count +=
+                    static_cast<int32_t>(figures.entered[place * figures.rows + row]);
+                ticks_[place] += figures.ticks[place * figures.rows + row];
+                if (figures.open[place] == static_cast<int32_t>(row))
+                    report_.figures[place].time += figures.closing - source_.clock.OnTick(figures.closing);
+            }
+        }
     }
     // Times are sums of ticks, so that objects of the same time compare equal.
     void finish() {
@@ -189,7 +264,7 @@ ReportOutcome report_AllObjects(AnalysisSource& source, double from, double to,
     statistics.rangeTo = to;
     const auto objects = analysis_ObjectsAlive(source, from, to);
     if (objects.empty()) return ReportOutcome::NoObjects;
-    LegendSums sums(*source.legend, statistics);
+    LegendSums sums(source, statistics);
     WalkEnd end;
     const auto count = [&](const EventRecord& event) { sums.events(event.type, event.subtype, 1); };
     const auto counts = [&](uint32_t, uint32_t kind, uint64_t number) {
@@ -207,7 +282,7 @@ ReportOutcome report_OneObject(AnalysisSource& source, uint32_t object, double f
     statistics.rangeFrom = from;
     statistics.rangeTo = to;
     statistics.object = object;
-    LegendSums sums(*source.legend, statistics);
+    LegendSums sums(source, statistics);
     WalkEnd end;
     const auto count = [&](const EventRecord& event) {
         uint16_t type = 0;
@@ -267,7 +342,8 @@ ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uin
     if (objects.empty()) return ReportOutcome::NoObjects;
     LoadSums sums(source, objects, idle);
     WalkEnd end;
-    if (!track(source, objects, from, to, sums, end)) return ReportOutcome::Failed;
+    const auto passOver = [](const EventRecord&) {};
+    if (!walk_tracked(source, objects, from, to, sums, end, passOver, {})) return ReportOutcome::Failed;
     report.stopped = end.stopped;
     report.damaged = end.damaged;
     report.lost = end.lost;

@@ -107,14 +107,20 @@ bool lane_DecodeTimes(const LaneHead& head, std::span<const uint8_t> bytes, std:
     return reader.AtEnd() && ticks.front() == 0 && ticks.back() == head.lastTick - head.firstTick;
 }
 
-// An object's own events rise; those of all are put in order by counting.
-bool lane_DecodeStatuses(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
-                         LaneLists& lists, LaneColumns& columns) {
+bool lane_DecodeStatusLists(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
+                            LaneLists& lists) {
     const uint64_t count = std::accumulate(summary.statuses.begin(), summary.statuses.end(), uint64_t{0});
     ColumnReader reader(bytes);
     reader.Flat(count, head.count, lists.statusAt);
     reader.Flat(count, summary.states.size(), lists.statusState);
-    if (!reader.AtEnd()) return false;
+    return reader.AtEnd();
+}
+
+// An object's own events rise; those of all are put in order by counting.
+bool lane_DecodeStatuses(const LaneHead& head, const LaneSummary& summary, std::span<const uint8_t> bytes,
+                         LaneLists& lists, LaneColumns& columns) {
+    if (!lane_DecodeStatusLists(head, summary, bytes, lists)) return false;
+    const size_t count = lists.statusAt.size();
     std::vector<uint32_t> next(size_t{head.count} + 1, 0);
     for (const uint32_t at : lists.statusAt) ++next[at + 1];
     for (size_t at = 1; at < next.size(); ++at) next[at] += next[at - 1];

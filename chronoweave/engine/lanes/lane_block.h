@@ -98,6 +98,9 @@ struct LaneLists {
                                       LaneSummary& summary);
 [[nodiscard]] bool lane_DecodeTimes(const LaneHead& head, std::span<const uint8_t> bytes,
                                     std::vector<uint64_t>& ticks);
+// The lists of statuses alone; whether an object's events rise is not looked at.
+[[nodiscard]] bool lane_DecodeStatusLists(const LaneHead& head, const LaneSummary& summary,
+                                          std::span<const uint8_t> bytes, LaneLists& lists);
 // Both put into columns what the lists have, in the order of the events. Lists are room to work in.
 [[nodiscard]] bool lane_DecodeStatuses(const LaneHead& head, const LaneSummary& summary,
                                        std::span<const uint8_t> bytes, LaneLists& lists,

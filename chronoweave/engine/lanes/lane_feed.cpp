@@ -17,6 +17,12 @@ void LaneFeed::GiveUp() {
     sealed_.clear();
 }
 
+bool LaneFeed::GiveRoom() {
+    const bool had = file_ != nullptr;
+    GiveUp();
+    return had;
+}
+
 void LaneFeed::Appended(const EventRecord& event, uint64_t mark) {
     if (!file_) return;
     if (!builder_.Take(event)) return GiveUp();

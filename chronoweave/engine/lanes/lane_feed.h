@@ -20,6 +20,7 @@ class LaneFeed : public AppendObserver {
 
     void Appended(const EventRecord& event, uint64_t mark) override;
     void Committed(uint32_t events) override;
+    bool GiveRoom() override;
     void Refused() override { GiveUp(); }
     // All is committed that is to go in: what is left goes into a block of its own.
     void Finish();

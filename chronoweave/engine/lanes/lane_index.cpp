@@ -161,6 +161,15 @@ bool LaneIndex::ReadColumns(size_t block, const LaneSummary& summary, Columns wa
            (lane_DecodeEvents(head, summary, *events, lists_, columns) || Fail(block, LanePart::Events));
 }
 
+bool LaneIndex::ReadStatusLists(size_t block, const LaneSummary& summary, std::vector<uint64_t>& ticks,
+                                LaneLists& lists) {
+    const auto times = Part(block, LanePart::Times), statuses = Part(block, LanePart::Statuses);
+    if (!times || !statuses) return false;
+    if (!lane_DecodeTimes(heads_[block], *times, ticks)) return Fail(block, LanePart::Times);
+    return lane_DecodeStatusLists(heads_[block], summary, *statuses, lists) ||
+           Fail(block, LanePart::Statuses);
+}
+
 bool LaneIndex::ReadSums(size_t block, size_t level, LaneSums& sums) {
     LaneSummary summary;
     if (!ReadSummary(block, summary)) return false;

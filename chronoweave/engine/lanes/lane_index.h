@@ -58,6 +58,9 @@ class LaneIndex {
     enum class Columns { Times, Statuses, All };
     [[nodiscard]] bool ReadColumns(size_t block, const LaneSummary& summary, Columns wanted,
                                    LaneColumns& columns);
+    // The times of the block's events, from its first one, and the statuses object by object.
+    [[nodiscard]] bool ReadStatusLists(size_t block, const LaneSummary& summary, std::vector<uint64_t>& ticks,
+                                       LaneLists& lists);
     // Sums of a level that end with the block, which has them.
     [[nodiscard]] bool ReadSums(size_t block, size_t level, LaneSums& sums);
     [[nodiscard]] bool ReadFacts(size_t block, const LaneSummary& summary, LaneFacts& facts);

@@ -425,4 +425,102 @@ TEST_F(LaneTableTest, LanesAreWhatTheEventsDid) {
     }
 }
 
+// What the state has of objects besides their statuses, at any event.
+TEST_F(LaneTableTest, NamesAndPrioritiesAreThoseOfTheState) {
+    for (unsigned seed = 1; seed <= 6; ++seed) {
+        ASSERT_NO_FATAL_FAILURE(open(random_events(seed, 300)));
+        const LaneTable table(*index_);
+        StateTable state;
+        std::set<LaneNameBytes> names;
+        for (const EventRecord& event : list_) {
+            mt_ApplyEventToState(state, event);
+            for (uint32_t lane = 0; lane < table.size(); ++lane) {
+                LanePriority priority;
+                LaneNameBytes name = {};
+                for (const auto& set : table.Priorities(lane))
+                    if (set.sequence <= event.sequence) priority = set.priority;
+                for (const auto& set : table.Names(lane))
+                    if (set.sequence <= event.sequence) name = set.name;
+                const uint32_t at = state.find(mt_ObjectTask, table.ObjectOf(lane));
+                LaneNameBytes wanted = {};
+                if (at != StateTable::npos)
+                    std::copy_n(state.BlockAt(at) + lane_NameAt, wanted.size(), wanted.begin());
+                const auto known = at == StateTable::npos ? std::nullopt : mt_TaskPriorityAt(state, at);
+                ASSERT_EQ(name, wanted) << seed << ' ' << event.sequence;
+                ASSERT_EQ(priority.known, known.has_value());
+                ASSERT_EQ(priority.known ? priority.value : 0, known.value_or(0));
+                names.insert(name);
+            }
+        }
+        EXPECT_GT(names.size(), 5u);
+    }
+}
+
+// Each level's sums are those of the statuses between the last event ahead of its blocks and its own last.
+TEST_F(LaneTableTest, SumsAreThoseOfTheStatuses) {
+    ASSERT_NO_FATAL_FAILURE(open(random_events(8, 700), 2));
+    const auto lanes = lanes_of(list_);
+    size_t levels = 0;
+    for (size_t size = 1, level = 0; size <= index_->BlockCount(); size *= lane_SumsOf, ++level, ++levels)
+        for (size_t end = size; end <= index_->BlockCount(); end += size) {
+            const LaneHead &first = index_->head(end - size), &last = index_->head(end - 1);
+            const mt_Time from = end == size ? first.firstTick : index_->head(end - size - 1).lastTick;
+            std::map<std::pair<uint32_t, uint32_t>, std::pair<uint64_t, uint64_t>> wanted, summed;
+            for (const auto& [object, lane] : lanes)
+                for (size_t i = 0; i < lane.statuses.size(); ++i) {
+                    const LaneStatus& status = lane.statuses[i];
+                    const mt_Time until =
+                        i + 1 < lane.statuses.size() ? lane.statuses[i + 1].tick : last.lastTick;
+                    const bool within = status.sequence >= first.first && status.sequence < last.end();
+                    const mt_Time low = std::max(from, status.tick), high = std::min(last.lastTick, until);
+                    auto& sum = wanted[{object, status.state}];
+                    sum.first += within ? 1 : 0;
+                    sum.second += high > low ? high - low : 0;
+                }
+            std::erase_if(wanted, [](const auto& cell) {
+                return cell.first.second == lane_Absent || cell.second == std::pair<uint64_t, uint64_t>{};
+            });
+            LaneSums sums;
+            ASSERT_TRUE(index_->ReadSums(end - 1, level, sums));
+            for (const LaneSums::Status& cell : sums.statuses)
+                summed[{cell.object, cell.state}] = {cell.entered, cell.ticks};
+            ASSERT_EQ(summed, wanted) << level << ' ' << end;
+        }
+    EXPECT_EQ(levels, 3u);
+}
+
+TEST_F(LaneTableTest, TakesInWhatTheIndexTakesIn) {
+    const auto events = random_events(4, 500);
+    ASSERT_NO_FATAL_FAILURE(open({events.begin(), events.begin() + 208}));
+    const Bytes part = file_bytes(index_->name());
+    ASSERT_NO_FATAL_FAILURE(open(events));
+    const Bytes whole = file_bytes(index_->name());
+    write_file(index_->name(), part);
+    OpenIndex();
+    LaneTable table(*index_);
+    EXPECT_EQ(table.EndEvent(), 209u);
+    LaneReader reader(table, table.ById()[0]);
+    const uint32_t before = reader.EventCount();
+    if (before > 0) static_cast<void>(reader.event(before - 1));
+    write_file(index_->name(), whole);
+    index_->Refresh(*store_);
+    table.Refresh();
+    ExpectTable(table);
+    EXPECT_GE(reader.EventCount(), before);
+}
+
+TEST_F(LanesTest, IndexGivesItsRoomToTheStore) {
+    auto writer = StoreWriter::OpenForWrite(base_, 1000, "korvantis", true, lanes_TestTracker);
+    LaneFeed feed(base_, true, lanes_TestBlock);
+    writer->SetObserver(&feed);
+    for (const TestEvent& event : random_events(2, 100))
+        ASSERT_TRUE(writer->AppendEvent(event.time, event.type, event.subtype, event.extra).ok());
+    EXPECT_TRUE(std::filesystem::exists(lane_NameBeside(base_)));
+    EXPECT_TRUE(feed.GiveRoom());
+    EXPECT_FALSE(std::filesystem::exists(lane_NameBeside(base_)));
+    EXPECT_FALSE(feed.GiveRoom());
+    feed.Finish();
+    EXPECT_FALSE(std::filesystem::exists(lane_NameBeside(base_)));
+}
+
 }  // namespace
