@@ -100,15 +100,15 @@ LinkAnswer read_answer(TargetLink& link, std::string_view expected, std::optiona
     return LinkAnswer::Nothing;
 }
 
-// A fault in the middle of the reading is told, and is not the server's end.
-template <class Read>
-LinkAnswer guarded(TargetLink& link, Read read) {
+// A fault in the middle of the work is told, and is not the server's end.
+template <class Work, class Failed>
+Failed guarded(TargetLink& link, const char* words, Failed failed, Work work) {
     try {
-        return read();
+        return work();
     } catch (const std::exception&) {
-        ShowPanelMessage(link, words_ReplyFailed);
+        if (*words != '\0') ShowPanelMessage(link, words);
         TargetLinkServerLost(link, LinkNotifies::No);
-        return LinkAnswer::Refused;
+        return failed;
     }
 }
 
@@ -116,6 +116,14 @@ bool short_write(TargetLink& link, LinkTells tells, int error) {
     if (tells == LinkTells::Panel) ShowPanelMessage(link, gen_format(words_ShortWrite, error));
     TargetLinkServerLost(link, LinkNotifies::No);
     return false;
+}
+
+bool write_command(TargetLink& link, const std::string& text, LinkTells tells) {
+    if (!TargetLinkMaySend(text)) return short_write(link, tells, 0);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    const MovedBytes moved = pipe_Write(link.server->commands, {bytes, text.size()});
+    if (moved.what == Moved::Some && moved.bytes == text.size()) return true;
+    return short_write(link, tells, moved.what == Moved::End ? EPIPE : moved.error);
 }
 
 }  // namespace
@@ -163,11 +171,8 @@ bool TargetLinkMaySend(std::string_view text) {
 bool TargetLinkSend(TargetLink& link, const std::string& text, LinkTells tells) {
     if (!link.server || text.empty()) return false;
     if (tells == LinkTells::Panel && !link.alive) return false;
-    if (!TargetLinkMaySend(text)) return short_write(link, tells, 0);
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const MovedBytes moved = pipe_Write(link.server->commands, {bytes, text.size()});
-    if (moved.what == Moved::Some && moved.bytes == text.size()) return true;
-    return short_write(link, tells, moved.what == Moved::End ? EPIPE : moved.error);
+    return guarded(link, tells == LinkTells::Panel ? words_SendFailed : "", false,
+                   [&] { return write_command(link, text, tells); });
 }
 
 LinkLine TargetLinkReadLine(TargetLink& link, std::string& line, std::optional<milliseconds> each) {
@@ -194,7 +199,7 @@ LinkAnswer TargetLinkAwait(TargetLink& link, std::string_view expected, int time
     const auto each = timeoutMs > 0 ? std::optional(milliseconds(timeoutMs)) : std::nullopt;
     const Waiting waiting(link, Waiting::For::Answer);
     LinkWait& wait = *link.around.wait;
-    return guarded(link, [&] {
+    return guarded(link, words_ReplyFailed, LinkAnswer::Refused, [&] {
         auto served = wait.Now();
         return read_answer(link, expected, each, [&] {
             if (wait.Now() - served < serveEvery) return true;
@@ -208,7 +213,7 @@ void TargetLinkPoll(TargetLink& link) {
     server_Reap();
     if (!link.alive || !link.server || link.waits) return;
     const Waiting waiting(link, Waiting::For::Poll);
-    guarded(link, [&] {
+    guarded(link, words_ReplyFailed, LinkAnswer::Refused, [&] {
         const auto until = link.around.wait->Now() + pollLongest;
         int lines = 0;
         return read_answer(link, {}, pollWait,

@@ -199,6 +199,38 @@ TEST_F(TargetLinkTest, AServerThatCantBeStartedIsToldByEveryButton) {
     EXPECT_EQ(semaphores_left(), 0u);
 }
 
+// A fault while a command is sent, or its answer read, is told and changes nothing else.
+TEST_F(TargetLinkTest, AFaultInTheMiddleIsTold) {
+    class FaultyPanel : public RecordingPanel {
+      public:
+        using RecordingPanel::RecordingPanel;
+        void AddLine(const std::string& line) override {
+            if (std::exchange(fault, false)) throw std::runtime_error("a fault");
+            RecordingPanel::AddLine(line);
+        }
+        bool fault = false;
+    };
+    installation.Script({});
+    ScriptedLink scripted(installation);
+    TargetLink& link = scripted.link;
+    FaultyPanel panel(link);
+    ASSERT_TRUE(TargetLinkEnsureServer(link));
+    link.Set(Target_Connected, true);
+    panel.text.clear();
+    panel.fault = true;
+    EXPECT_FALSE(TargetLinkSend(link, "100%\n"));
+    EXPECT_EQ(std::exchange(panel.text, {}), words_SendFailed);
+    installation.Script({{"info", script_Says("of much\n> ")}});
+    TargetLinkClose(link, LinkEnd::ForNow);
+    ASSERT_TRUE(TargetLinkEnsureServer(link));
+    link.Set(Target_Connected, true);
+    panel.text.clear();
+    panel.fault = true;
+    TargetInfo(link);
+    EXPECT_EQ(panel.text, words_ReplyFailed);
+    EXPECT_TRUE(link.server && link.alive && link.Has(Target_Connected));
+}
+
 TEST_F(TargetLinkTest, APollShowsWhatCameUnaskedAndNoticesTheEnd) {
     installation.Script(
         {{"c ", script_Says("established\\n> and more\\nTarget Event Log Mask: \\t0x3f \\nhal")},
