@@ -1,5 +1,7 @@
 #include "companions/remote/remote.h"
 
+#include <cstdlib>
+
 #include "services/servicerouter_proxy/router_place.h"
 #include "shared/libcxxutil/process_start.h"
 #include "shared/libcxxutil/report.h"
@@ -122,8 +124,15 @@ Result Remote::connect() {
     return connectStarted();
 }
 
+// The window comes to the display of who asks for it, not to that of the router.
+void Remote::handOnDisplay() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "QT_QPA_PLATFORM"})
+        if (const char* const value = std::getenv(name)) proxy_->setEnvironment(name, value);
+}
+
 Result Remote::connectStarted() {
     STPStatus status;
+    handOnDisplay();
     std::vector<std::string> argv{window_};
     if (!options_.router.zone.empty()) argv.insert(argv.end(), {"-sr_zone", options_.router.zone});
     const uint32_t cookie = proxy_->launchPlugin(argv, {}, ServiceRouter_Proxy::StartedBy::Router, &status);

@@ -47,6 +47,7 @@ class Remote {
   private:
     Result join();
     Result connect();
+    void handOnDisplay();
     Result connectStarted();
     Result open();
     Result close();

@@ -177,6 +177,7 @@ struct Router : ServiceRouter_router_Impl {
         LocationEvent({"here", 12});
     }
     void UnregisterService(const ServiceRouter_UnregisterService_Request&) override {}
+    void SetEnvironmentVariable(const ServiceRouter_SetEnvironmentVariable_Request&) override {}
     void RequestPluginIdForService(const ServiceRouter_RequestPluginIdForService_Request&) override {}
     void RequestPluginConnect(const ServiceRouter_RequestPluginConnect_Request&) override {}
     void RequestServiceRouterDisconnect(

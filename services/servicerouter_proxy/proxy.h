@@ -100,6 +100,8 @@ class ServiceRouter_Proxy : public ServiceRouter_plugin_Impl, public LoopLink {
     // failure.
     uint32_t launchPlugin(const std::vector<std::string>& argv, const std::string& workingDirectory,
                           StartedBy by, STPStatus* status = nullptr);
+    // What programs that the router starts for this one have in their environment, from now on.
+    bool setEnvironment(const std::string& name, const std::string& value, STPStatus* status = nullptr);
     // The number of the plug-in, when it has joined; nothing with the reason in the status.
     std::optional<uint32_t> awaitPlugin(uint32_t cookie, RetryHandler* retry, STPStatus* status = nullptr);
 

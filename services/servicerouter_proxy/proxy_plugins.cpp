@@ -81,6 +81,13 @@ uint32_t ServiceRouter_Proxy::launchPlugin(const std::vector<std::string>& argv,
     return lastCookie_;
 }
 
+bool ServiceRouter_Proxy::setEnvironment(const std::string& name, const std::string& value,
+                                         STPStatus* given) {
+    STPStatus own;
+    STPStatus& status = given ? *given : own;
+    return ready(status) && SetEnvironmentVariable({name, value}, STPSend::NonBlocking, nullptr, &status);
+}
+
 std::optional<uint32_t> ServiceRouter_Proxy::awaitPlugin(uint32_t cookie, RetryHandler* retry,
                                                          STPStatus* given) {
     STPStatus own;

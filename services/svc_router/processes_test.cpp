@@ -262,6 +262,25 @@ TEST(RouterProcess, NoDescriptorAndNoChildIsLeftWhenAllHaveGone) {
     EXPECT_EQ(after.children, before.children);
 }
 
+TEST(RouterProcess, StartsProgramsInTheEnvironmentOfWhoAsks) {
+    const Zone zone;
+    Program asker(zone.options), other(zone.options);
+    ASSERT_TRUE(asker.join());
+    ASSERT_TRUE(other.join());
+    const auto status = [](Program& program) {
+        STPStatus told;
+        const uint32_t start = program.proxy->launchPlugin({"/bin/sh", "-c", "exit ${CW_TOLD:-9}"}, "",
+                                                           ServiceRouter_Proxy::StartedBy::Router, &told);
+        EXPECT_FALSE(program.proxy->awaitPlugin(start, nullptr, &told));
+        return told.text;
+    };
+    EXPECT_TRUE(asker.proxy->setEnvironment("CW_TOLD", "3"));
+    for (const char* none : {"", "CW_TOLD=4", "CW_TOLD=4;"})
+        EXPECT_TRUE(asker.proxy->setEnvironment(none, "4")) << "sent, and no variable";
+    EXPECT_EQ(status(asker), "Unable to launch plugin. /bin/sh ended with status 3 before it joined.");
+    EXPECT_EQ(status(other), "Unable to launch plugin. /bin/sh ended with status 9 before it joined.");
+}
+
 TEST(RouterProcess, OutlivesTwentyClientsThatAreKilledAtRandom) {
     const Zone zone;
     Program keeper(zone.options);

@@ -1,8 +1,10 @@
 // The router's side of its connection with one plug-in: what comes goes to the router, with who sent it.
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "services/generated/servicerouter_service_router_impl.h"
 
@@ -50,6 +52,8 @@ class RouterPlugin : public ServiceRouter_router_Impl, private STPForwarder {
     uint32_t id() const { return id_; }
     const std::set<std::string>& services() const { return services_; }
     const std::string& workingDirectory() const { return workingDirectory_; }
+    // Of programs that are started for it, "NAME=value" each.
+    std::vector<std::string> environment() const;
     bool isOnThisHost() const;
     // A message to the plug-in was put into its outgoing buffer, or was not: one that does not read loses its
     // connection.
@@ -63,6 +67,7 @@ class RouterPlugin : public ServiceRouter_router_Impl, private STPForwarder {
     void RegisterServiceList(const ServiceRouter_RegisterServiceList_Request& request) override;
     void UnregisterService(const ServiceRouter_UnregisterService_Request& request) override;
     void SetWorkingDir(const ServiceRouter_SetWorkingDir_Request& request) override;
+    void SetEnvironmentVariable(const ServiceRouter_SetEnvironmentVariable_Request& request) override;
     void StartPluginEvent(const ServiceRouter_StartPluginEvent_Request& request) override;
     void RequestServiceConnection(const ServiceRouter_RequestServiceConnection_Request& request) override {
         router_.connect(*this, request);
@@ -114,4 +119,5 @@ class RouterPlugin : public ServiceRouter_router_Impl, private STPForwarder {
     bool introduced_ = false;
     std::set<std::string> services_;
     std::string workingDirectory_;
+    std::map<std::string, std::string> environment_;
 };

@@ -26,7 +26,8 @@ void Router::launch(RouterPlugin& from, const ServiceRouter_RequestPluginLaunch_
         return;
     }
     const Result started = start.process.start(
-        {.arguments = std::move(argv), .directory = std::move(directory)}, ChildProcess::AtEnd::Leave);
+        {.arguments = std::move(argv), .directory = std::move(directory), .environment = from.environment()},
+        ChildProcess::AtEnd::Leave);
     if (!started) startFailed(start, started.text());
 }
 
