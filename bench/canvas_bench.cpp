@@ -37,6 +37,7 @@ Outcome fetch_view(const BenchPlace& place, const BenchInput& input) {
     LaGraph graph;
     const auto canvas = input_Canvas(place, input.file, graph, view_width, view_height);
     if (!canvas) return outcome_OfTrouble("the trace can't be shown");
+    canvas->options.leastFromLanes = UINT32_MAX;
     const View view = first_view(*canvas);
     bool good = true;
     const auto subject = [&] {
@@ -69,6 +70,7 @@ Outcome view_memory(const BenchPlace& place, const BenchInput& input) {
     LaGraph graph;
     const auto canvas = input_Canvas(place, input.file, graph, view_width, view_height);
     if (!canvas) return outcome_OfTrouble("the trace can't be shown");
+    canvas->options.leastFromLanes = UINT32_MAX;
     const View view = first_view(*canvas);
     if (!laCanvas_FetchRange(*canvas, 0, view.high)) return outcome_OfTrouble("the fetch failed");
     size_t bytes =
@@ -94,6 +96,7 @@ Outcome repaint(const BenchPlace& place, Look look) {
         graph.font = surface.fontMetrics(Font_Application);
         const auto canvas = input_Canvas(place, place.hundredTasks, graph, view_width, view_height);
         if (!canvas) return;
+        canvas->options.leastFromLanes = UINT32_MAX;  // of kept items; others are lanes_bench.cpp's
         canvas->list.processorRows = look == Look::Window;
         canvas->options.plainMarks = canvas->options.plainSwitches = look == Look::Plain;
         if (!laCanvas_ShowRange(*canvas, 0, canvas->source.totalLength, {.paint = true})) return;

@@ -44,6 +44,7 @@ std::unique_ptr<_LaCanvasData> input_Canvas(const BenchPlace& place, const std::
 void register_StoreBenchmarks(const BenchPlace& place);
 void register_MergeBenchmarks(const BenchPlace& place);
 void register_CanvasBenchmarks(const BenchPlace& place);
+void register_LaneBenchmarks(const BenchPlace& place);
 void register_GrowingBenchmarks(const BenchPlace& place);
 void register_NavigationBenchmarks(const BenchPlace& place);
 void register_AnalysisBenchmarks(const BenchPlace& place);

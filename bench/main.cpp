@@ -96,6 +96,7 @@ int main(int argc, char** argv) {
     register_StoreBenchmarks(place);
     register_MergeBenchmarks(place);
     register_CanvasBenchmarks(place);
+    register_LaneBenchmarks(place);
     register_GrowingBenchmarks(place);
     register_NavigationBenchmarks(place);
     register_AnalysisBenchmarks(place);

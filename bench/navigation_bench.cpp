@@ -94,6 +94,7 @@ void register_NavigationBenchmarks(const BenchPlace& place) {
                              return step_cost(
                                  place, place.hundredTasks, view_of(events),
                                  [events](_LaCanvasData& canvas) {
+                                     canvas.options.leastFromLanes = UINT32_MAX;
                                      laCanvas_ClearItems(canvas);  // so that the step must fetch
                                      view_of(events * 0.8)(canvas);
                                      laCanvas_ClearItems(canvas);

@@ -256,6 +256,20 @@ uint32_t LaneReader::StateOf(uint32_t number) {
     return load_be32(block.states + 4 * std::min<uint64_t>(state, block.stateCount - 1));
 }
 
+mt_Time LaneReader::StatusTick(uint32_t number) {
+    if (number - status_.begin >= status_.end - status_.begin) Enter<StatusRow>(status_, number);
+    const Block& block = *status_.block;
+    const uint64_t event = block.statusAt.at(status_.at + (number - status_.begin));
+    return table_->TickIn(block, std::min<uint64_t>(event, block.count - 1));
+}
+
+mt_Time LaneReader::EventTick(uint32_t number) {
+    if (number - event_.begin >= event_.end - event_.begin) Enter<EventRow>(event_, number);
+    const Block& block = *event_.block;
+    const uint64_t event = block.eventAt.at(event_.at + (number - event_.begin));
+    return table_->TickIn(block, std::min<uint64_t>(event, block.count - 1));
+}
+
 LaneStatus LaneReader::status(uint32_t number) {
     const uint32_t state = StateOf(number);
     const Block& block = *status_.block;

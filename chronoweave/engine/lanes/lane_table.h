@@ -139,12 +139,14 @@ class LaneReader {
     // What the object was in just ahead of a status, number up to StatusCount(): lane_Absent ahead of the
     // first.
     uint32_t StateAhead(uint32_t number) { return number == 0 ? lane_Absent : StateOf(number - 1); }
-    // A status's state alone.
+    // A status's state alone, and its tick.
     uint32_t StateOf(uint32_t number);
+    mt_Time StatusTick(uint32_t number);
 
     // Likewise of events.
     uint32_t EventCount() const { return table_->lanes_[lane_].events; }
     LaneEvent event(uint32_t number);
+    mt_Time EventTick(uint32_t number);
     uint32_t FirstEventFrom(mt_Time tick);
     uint32_t FirstEventAt(uint32_t sequence);
 

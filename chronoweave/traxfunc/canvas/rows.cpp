@@ -4,6 +4,7 @@
 
 #include "chronoweave/traxfunc/draw/axis.h"
 #include "chronoweave/traxfunc/draw/layout.h"
+#include "chronoweave/traxfunc/fetch/lane_items.h"
 #include "chronoweave/traxfunc/fetch/range_fetch.h"
 #include "chronoweave/traxfunc/list/task_list.h"
 #include "chronoweave/traxfunc/model/processor_runs.h"
@@ -55,6 +56,9 @@ bool laCanvas_FetchRange(_LaCanvasData& canvas, double low, double high, laFetch
     if (range.low > range.high) return true;
     laCanvas_ClearItems(canvas);
     canvas.list.sortAroundEvent = false;
+    if (laLaneItems_Make(canvas.items, source, canvas.looks, canvas.list, range,
+                         canvas.options.leastFromLanes))
+        return true;
     canvas.fetch = std::make_unique<LaFetch>(canvas.items, source, canvas.looks, canvas.list);
     const bool fetched = canvas.fetch->Run(range, canvas.calls.progress);
     if (!canvas.fetch->CanExtend()) canvas.fetch.reset();

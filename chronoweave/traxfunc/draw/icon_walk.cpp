@@ -1,6 +1,8 @@
 #include "chronoweave/traxfunc/draw/icon_walk.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
 #include "chronoweave/traxfunc/draw/columns.h"
 
@@ -13,6 +15,13 @@ int mark_letters(uint32_t hidden) {
     int letters = 1;
     for (; hidden >= 1000; hidden /= 1000) letters = 2;
     return letters + (hidden >= 10) + (hidden >= 100);
+}
+
+// Rows of all events there are, if any are given, look like each other to those who count.
+bool all_alike(const LaLooks& looks, std::span<const uint16_t> rows) {
+    return !rows.empty() && std::ranges::all_of(rows, [&](uint16_t row) {
+        return looks.eventLooks[row].shown && !looks.eventLooks[row].important;
+    });
 }
 
 // The widest that a number gets.
@@ -51,6 +60,7 @@ laSpaceWalk::laSpaceWalk(const laScene& scene, const laItem_Line& lane, const la
       lane_(lane),
       scale_(scale),
       counted_(laMark_IsCounted(scene)),
+      allAlike_(all_alike(scene.looks, lane.icons.Rows())),
       at_(lane.icons.FirstFrom(from)) {}
 
 bool laSpaceWalk::Step(laShownIcon& shown) {
@@ -120,6 +130,7 @@ bool laSpaceWalk::Count(laShownIcon& shown) {
 uint32_t laSpaceWalk::Pass() {
     const size_t end =
         laPaint_FirstRightOf(at_, lane_.icons.size(), nextFree_, [this](size_t i) { return Column(i); });
+    if (allAlike_) return static_cast<uint32_t>(end - std::exchange(at_, end));
     uint32_t passed = 0;
     for (; at_ < end; ++at_) {
         const LaEventLook& look = LookOf(at_);

@@ -56,6 +56,7 @@ class laSpaceWalk {
     const laItem_Line& lane_;
     const laTimeScale& scale_;
     const bool counted_;
+    const bool allAlike_;  // all icons of the lane are shown, and none is important
     size_t at_;
     int nextFree_ = -1;  // icons up to this column lie over what is drawn
     bool overlapped_ = false;

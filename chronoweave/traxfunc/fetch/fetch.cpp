@@ -14,6 +14,10 @@ laFetchRange laFetch_RangeFor(const LaSource& source, laFetchRange asked, laFetc
     return asked;
 }
 
+uint64_t laFetch_EndTick(const LaSource& source, laFetchRange range) {
+    return source.clock.TickFrom(range.high) + (range.high >= source.totalLength ? 1 : 0);
+}
+
 std::string laSource_TellDamage(LaSource& source) {
     if (source.store == nullptr) return {};
     const std::vector<Result> damage = mt_TakeDamage(*source.store);

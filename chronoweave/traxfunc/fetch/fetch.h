@@ -15,6 +15,9 @@ enum class laFetchAhead { No, Yes };
 // high, and there is nothing to fetch.
 laFetchRange laFetch_RangeFor(const LaSource& source, laFetchRange asked, laFetchAhead ahead);
 
+// The first tick behind a range.
+uint64_t laFetch_EndTick(const LaSource& source, laFetchRange range);
+
 // What was found to be damaged in the source's store since the last call goes to the console; the result is a
 // sentence for the message line, empty when there is nothing new, which the source keeps.
 std::string laSource_TellDamage(LaSource& source);

@@ -5,12 +5,14 @@
 
 void laLanes_Open(LaSource& source) {
     Result why;
+    source.laneTable.reset();
     source.lanes = LaneIndex::Open(*source.store, why);
     if (!why.ok()) gen_console("%s; it is not used.\n", why.text().c_str());
 }
 
 void laLanes_Close(LaSource& source) {
     source.lanesMade.reset();
+    source.laneTable.reset();
     source.lanes.reset();
 }
 

@@ -48,7 +48,7 @@ bool LaFetch::Run(laFetchRange range, const Progress& progress) {
 bool LaFetch::Begin(EventWalk& walk) {
     TraceStore& store = *source_.store;
     const uint64_t first = source_.clock.TickFrom(range_.low);
-    const uint64_t end = EndTick();
+    const uint64_t end = laFetch_EndTick(source_, range_);
     const auto objects = mt_GetObjectIdsUsedInTimeRange(store, mt_ObjectTask, first, end);
     if (!mt_StartWalkInTimeRange(store, first, end, &state_, walk)) return false;
     if (list_.showHiddenAgent) make_agent(items_, list_);
@@ -56,11 +56,6 @@ bool LaFetch::Begin(EventWalk& walk) {
         if (items_.laneIndex.find(id) == laNoLane) laLn_New(items_, id);
     ordered_ = items_.lanes.size();
     return true;
-}
-
-// The first tick behind the range.
-uint64_t LaFetch::EndTick() const {
-    return source_.clock.TickFrom(range_.high) + (range_.high >= source_.totalLength ? 1 : 0);
 }
 
 // Gives where the fetch ended: the range's end, or earlier when it was stopped.
@@ -175,7 +170,7 @@ std::optional<laFetchGrowth> LaFetch::Extend(double high, const Progress& progre
     range_ = {items_.cachedLow, std::max(before, std::min(high, source_.totalLength))};
     laFetchGrowth growth{before};
     for (uint32_t i = 0; i < items_.lanes.size(); ++i) laLn_Reopen(items_.lanes[i], before);
-    const uint64_t end = EndTick();
+    const uint64_t end = laFetch_EndTick(source_, range_);
     const Ended ended = TakeRest(end, progress, growth);
     if (ended == Ended::Damaged) return std::nullopt;
     open_ = ended == Ended::AtRangeEnd;

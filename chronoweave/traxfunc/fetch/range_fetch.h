@@ -71,7 +71,6 @@ class LaFetch {
   private:
     enum class Ended { AtRangeEnd, Stopped, Damaged };
     bool Begin(EventWalk& walk);
-    uint64_t EndTick() const;
     double TakeRange(EventWalk& walk, const Progress& progress);
     double EndAhead(const mt_Gap& gap) const;
     void Bridge(const mt_Gap& gap, double time);

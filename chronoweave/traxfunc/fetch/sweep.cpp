@@ -15,23 +15,24 @@ void LaneSweep::AddLane(uint32_t lane) {
     if (!items_.lanes[lane].isAgent) tracker_.Add(items_.lanes[lane].objectId).lane = lane;
 }
 
-void LaneSweep::LearnFacts(laItem_Line& lane, uint32_t position) {
+void laLn_LearnFacts(laItem_Line& lane, const TraceStore& store, const StateTable& state, uint32_t position,
+                     char separator) {
     if (!lane.hasName) {
-        auto name = mt_TaskNameAt(*source_.store, state_, position, separator_);
+        auto name = mt_TaskNameAt(store, state, position, separator);
         if (name && !text_trim(*name).empty()) {
             lane.name = std::move(*name);
             lane.hasName = true;
         }
     }
     if (lane.priority == -1)
-        if (const auto priority = mt_TaskPriorityAt(state_, position))
+        if (const auto priority = mt_TaskPriorityAt(state, position))
             lane.priority = static_cast<int32_t>(*priority);
 }
 
 void LaneSweep::Look(const Tracker::Record& record, double time, Ends ends) {
     if (record.position == StateTable::npos) return;
     laItem_Line& lane = items_.lanes[record.lane];
-    LearnFacts(lane, record.position);
+    laLn_LearnFacts(lane, *source_.store, state_, record.position, separator_);
     if (record.now < 0 || (lane.openStatus == record.now && ends == Ends::Changed)) return;
     if (lane.openStatus >= 0)
         laLn_AppendSegment(lane, lane.openSince, time, lane.openStatus);

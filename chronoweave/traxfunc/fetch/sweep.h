@@ -12,6 +12,11 @@
 #include "chronoweave/traxfunc/model/looks.h"
 #include "chronoweave/traxfunc/model/source.h"
 
+// Takes from the state what a lane doesn't know yet: its object's name, the bytes of a task's joined by the
+// separator (0 for none), and its priority. position: of the object.
+void laLn_LearnFacts(laItem_Line& lane, const TraceStore& store, const StateTable& state, uint32_t position,
+                     char separator);
+
 class LaneSweep {
   public:
     // The table changes between steps by the events applied to it. All outlive the sweep. Names of tasks are
@@ -54,7 +59,6 @@ class LaneSweep {
     // Takes the lane's facts and status, and ends a segment when the status changed; or in any case.
     void Look(const Tracker::Record& record, double time, Ends ends);
     void TakeProcessor(const Tracker::Record& record, double time);
-    void LearnFacts(laItem_Line& lane, uint32_t position);
 
     LaItems& items_;
     const LaSource& source_;

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -125,6 +126,7 @@ class LaLaneIconReader {
     virtual size_t size() const = 0;
     virtual double TimeAt(size_t place) const = 0;
     virtual uint16_t EventAt(size_t place) const = 0;
+    virtual std::span<const uint16_t> Rows() const = 0;  // that any of them may have
     virtual size_t FirstFrom(double time) const = 0;
 };
 
@@ -135,6 +137,8 @@ class LaLaneIcons {
     bool empty() const { return size() == 0; }
     double time(size_t place) const { return reader_ ? reader_->TimeAt(place) : times_[place]; }
     uint16_t event(size_t place) const { return reader_ ? reader_->EventAt(place) : events_[place]; }
+    // The rows that any of them may have, where that is known; else none.
+    std::span<const uint16_t> Rows() const { return reader_ ? reader_->Rows() : std::span<const uint16_t>(); }
     // The first at or behind a time, the first behind one; size() when there is none.
     size_t FirstFrom(double time) const {
         if (reader_) return reader_->FirstFrom(time);

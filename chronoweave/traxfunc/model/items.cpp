@@ -72,7 +72,7 @@ uint32_t laBm_OfLane(const LaItems& items, uint32_t lane, size_t number) {
     size_t ahead = 0;
     while (ahead < number && icons.time(number - ahead - 1) == time) ++ahead;
     uint32_t at = laBm_FirstAt(items, time);
-    while (items.bitmaps[at].lane != lane || ahead-- > 0) ++at;
+    while (at + 1 < items.bitmaps.size() && (items.bitmaps[at].lane != lane || ahead-- > 0)) ++at;
     return at;
 }
 

@@ -1,6 +1,8 @@
 // Options of the program, and those that the configure file gives it.
 #pragma once
 
+#include <cstdint>
+
 struct LaOptions {
     bool newTrv = true;          // the overlap rule by free space, else by rectangles
     bool prefetch = true;        // a fetch takes twice the range
@@ -13,5 +15,7 @@ struct LaOptions {
     int refreshInterval = 1000;          // milliseconds
     int maxRefreshedEvents = 600;
     int targetTimeout = 5000;  // milliseconds
-    bool followEnd = false;    // the end of a trace that grows stays at the view's right edge
+    // A view of at least so many events is read from the lane index, where that can tell all of it.
+    uint32_t leastFromLanes = 200'000;
+    bool followEnd = false;  // the end of a trace that grows stays at the view's right edge
 };

@@ -11,6 +11,7 @@
 
 class LaneBuild;
 class LaneIndex;
+class LaneTable;
 
 struct LaSource {
     LaSource();
@@ -22,6 +23,7 @@ struct LaSource {
     // The store's lane index, null while there is none; and the making of one, while that goes on.
     std::shared_ptr<LaneIndex> lanes;
     std::unique_ptr<LaneBuild> lanesMade;
+    std::shared_ptr<LaneTable> laneTable;  // of lanes; null until a range was read from it
     bool storeHasEvents = false;
     bool liveRefresh = false;  // the view follows a source that grows
     int osKind = Os_Other;

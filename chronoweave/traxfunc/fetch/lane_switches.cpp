@@ -1,0 +1,165 @@
+#include "chronoweave/traxfunc/fetch/lane_switches.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr uint32_t laneBits = 12, mostLanes = 1u << laneBits, mostLinks = 1u << (32 - 2 * laneBits);
+
+class SwitchReader : public LaItemReader<laItem_Ctx> {
+  public:
+    uint32_t size() const override { return times_.size(); }
+    double TimeAt(uint32_t place) const override { return times_[place]; }
+    uint32_t FirstFrom(double time) const override {
+        return static_cast<uint32_t>(laPlaces_First(
+            times_.size(), [&](size_t place) { return times_[static_cast<uint32_t>(place)] >= time; }));
+    }
+    laItem_Ctx At(uint32_t place) const override {
+        const uint32_t what = what_[place];
+        return {times_[place], what >> laneBits & (mostLanes - 1), what & (mostLanes - 1),
+                links_[what >> 2 * laneBits]};
+    }
+
+    // False when there are too many links.
+    bool Append(double time, uint32_t from, uint32_t to, int32_t link) {
+        const auto known = std::find(links_.begin(), links_.end(), link);
+        const auto number = static_cast<uint32_t>(known - links_.begin());
+        if (known == links_.end()) links_.push_back(link);
+        times_.push_back(time);
+        what_.push_back(number << 2 * laneBits | from << laneBits | to);
+        return links_.size() <= mostLinks;
+    }
+
+  private:
+    Table<double> times_;
+    Table<uint32_t> what_;        // link, from, to
+    std::vector<int32_t> links_;  // rows
+};
+
+// What happens at an event is what the sweep of a fetch makes of it (sweep.h, tracker.h), as long as no two
+// execute at once on a processor: then only who is touched can take over.
+class SwitchPass {
+  public:
+    SwitchPass(LaItems& items, const LaLaneRange& range, const LaLooks& looks, int osKind)
+        : items_(items), range_(range), looks_(looks), osKind_(osKind), lanes_(items.lanes.size()) {}
+
+    bool Run() {
+        if (lanes_.size() > mostLanes) return false;
+        Begin();
+        for (uint32_t at = range_.first; at < range_.end && crowded_ == 0;)
+            if (!TakeBlock(at)) return false;
+        if (crowded_ > 0) return false;
+        for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
+            items_.lanes[lane].openStatus = lanes_[lane].status;
+            if (lanes_[lane].status >= 0) items_.lanes[lane].openSince = range_.range.high;
+        }
+        return true;
+    }
+    std::unique_ptr<const SwitchReader> Made() { return std::move(made_); }
+    std::vector<laStatusRow> Rows() const {
+        std::vector<laStatusRow> rows;
+        for (const Lane& lane : lanes_) rows.push_back(lane.row);
+        return rows;
+    }
+
+  private:
+    struct Lane {
+        int32_t status = -1;  // row
+        laStatusRow row = laStatusRow::Plain;
+        bool executing = false;
+        uint32_t processor = 0;
+    };
+
+    void Begin() {
+        for (uint32_t i = 0; i < lanes_.size(); ++i) {
+            const uint32_t object = items_.lanes[i].objectId;
+            lanes_[i].processor = RunningObjects::ProcessorOf(osKind_, object);
+            if (lanes_[i].processor >= executing_.size()) executing_.resize(lanes_[i].processor + 1);
+            const uint32_t known = range_.table->find(object);
+            if (known == LaneTable::none) continue;
+            LaneReader reader(*range_.table, known);
+            static_cast<void>(
+                Take(i, reader.StateAhead(reader.FirstStatusAt(range_.first)), range_.range.low));
+        }
+    }
+
+    // The block of an event, which becomes the first one behind it.
+    bool TakeBlock(uint32_t& at) {
+        const size_t block = range_.index->BlockOf(at);
+        const LaneHead& head = range_.index->head(block);
+        if (!range_.index->ReadSummary(block, summary_) ||
+            !range_.index->ReadColumns(block, summary_, LaneIndex::Columns::Statuses, columns_))
+            return false;
+        const uint32_t from = at - head.first, end = std::min(range_.end, head.end()) - head.first;
+        const auto& events = columns_.changeAt;
+        size_t next =
+            static_cast<size_t>(std::lower_bound(events.begin(), events.end(), from) - events.begin());
+        while (next < events.size() && events[next] < end && crowded_ == 0)
+            if (!TakeEvent(next, head.firstTick)) return false;
+        at = head.first + end;
+        return true;
+    }
+
+    // All that one event changed: by object, and so in the order of the lanes.
+    bool TakeEvent(size_t& next, mt_Time firstTick) {
+        const uint32_t event = columns_.changeAt[next];
+        const double time = range_.clock.TimeOf(firstTick + columns_.ticks[event]);
+        for (; next < columns_.changeAt.size() && columns_.changeAt[next] == event; ++next) {
+            const auto object = static_cast<uint32_t>(summary_.objects[columns_.changeObject[next]]);
+            const uint32_t lane = items_.laneIndex.find(object);
+            if (lane == laNoLane || !Take(lane, summary_.states[columns_.changeState[next]], time))
+                return false;
+        }
+        return true;
+    }
+
+    bool Take(uint32_t number, uint32_t state, double time) {
+        Lane& lane = lanes_[number];
+        const int32_t row = range_.RowOf(state);
+        if (lane.status >= 0 && (row == CodeRows::none || row == lane.status)) lane.row = laStatusRow::Gapped;
+        if (row != CodeRows::none) {
+            lane.status = row;
+            SetExecuting(lane, looks_.statusLooks[static_cast<size_t>(row)].isExecution);
+        }
+        if (!lane.executing) return true;
+        const int64_t left = items_.running.on(lane.processor);
+        const uint32_t object = items_.lanes[number].objectId;
+        if (left == object) return true;
+        items_.running.enter(lane.processor, object);
+        if (left == RunningObjects::none) return true;
+        const uint32_t from = items_.laneIndex.find(static_cast<uint32_t>(left));
+        return made_->Append(time, from, number, looks_.legend.LinkedStatus(lanes_[from].status));
+    }
+
+    void SetExecuting(Lane& lane, bool executing) {
+        if (executing == lane.executing) return;
+        lane.executing = executing;
+        uint32_t& count = executing_[lane.processor];
+        if (executing && ++count == 2) ++crowded_;
+        if (!executing && --count == 1) --crowded_;
+    }
+
+    LaItems& items_;
+    const LaLaneRange& range_;
+    const LaLooks& looks_;
+    const int osKind_;
+    std::vector<Lane> lanes_;
+    std::vector<uint32_t> executing_;  // how many, by processor
+    uint32_t crowded_ = 0;             // processors on which more than one does
+    std::unique_ptr<SwitchReader> made_ = std::make_unique<SwitchReader>();
+    LaneSummary summary_;
+    LaneColumns columns_;
+};
+
+}  // namespace
+
+bool laLaneSwitches_Make(LaItems& items, const std::shared_ptr<const LaLaneRange>& range,
+                         const LaLooks& looks, int osKind, std::vector<laStatusRow>& rows) {
+    SwitchPass pass(items, *range, looks, osKind);
+    if (!pass.Run()) return false;
+    items.ctxLines.ReadFrom(pass.Made());
+    rows = pass.Rows();
+    return true;
+}
