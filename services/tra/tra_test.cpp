@@ -197,11 +197,34 @@ TEST_F(Analyzer, TheListHoldsEveryServerUntilTheProgramEnds) {
     EXPECT_TRUE(TRA_Server::all().empty());
 }
 
+namespace {
+
+struct TextLog : STPLog {
+    std::string text;
+    void write(const char* bytes, size_t length) override { text.append(bytes, length); }
+};
+
+}  // namespace
+
+TEST_F(Analyzer, LogsWhatIsSentOverATransportThatHasFailed) {
+    TextLog log;
+    server->setLog(&log);
+    const auto fail = [&] {
+        EXPECT_FALSE(near->bindFD(-1)) << "it is bound: the misuse stays in its status";
+    };
+    fail();
+    server->abilities("a");
+    fail();
+    server->ShowPositionInDebugger({.dataFile = "a"});
+    fail();
+    server->RunCmdInDebugger({.dataFile = "a"});
+    for (const char* words : {"SEND FAILED: CheckAbility\n", "SEND FAILED: ShowPositionInDebugger\n",
+                              "SEND FAILED: RunCmdInDebugger\n"})
+        EXPECT_NE(log.text.find(words), std::string::npos) << words << " in " << log.text;
+}
+
 TEST_F(Analyzer, LogsEveryMessageByItsWords) {
-    struct TextLog : STPLog {
-        std::string text;
-        void write(const char* bytes, size_t length) override { text.append(bytes, length); }
-    } log;
+    TextLog log;
     server->setLog(&log);
     client->OpenFile({.dataFile = "a"});
     client->ScrollToPosition({.dataFile = "a"});
