@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr size_t longest_command = 16 * 1024;
+constexpr size_t longest_command = size_t{16} * 1024;
 // Nobody need read what nobody asked for; beyond so much it is not kept.
-constexpr size_t most_unread = 64 * 1024;
+constexpr size_t most_unread = size_t{64} * 1024;
 // A user event of this subtype says what the target could not keep.
 constexpr uint16_t lost_subtype = 0xFFFE;
 
@@ -146,6 +146,7 @@ void Server::startLogging(std::string_view, Instant now) {
         polled_ = {TargetPoll::State::More, now, 0, {}};
     }
     answer("Target " + std::string(reply_LoggingOn));
+    if (!connection_.recorder->isEnabled()) tell("Live mode is off: nothing is written until it is on");
 }
 
 void Server::stopLogging(std::string_view, Instant now) {

@@ -138,6 +138,15 @@ TEST_F(ServerTest, AnswersWithTheWordsAndOnePrompt) {
     EXPECT_EQ(script_.gone, 1);
 }
 
+// Who starts the logging alone would wait for events in vain.
+TEST_F(ServerTest, SaysWhereTheEventsGoWhileLiveModeIsOff) {
+    const std::string hint = "nothing is written";
+    ask("c t");
+    EXPECT_NE(ask("g").find(hint), std::string::npos);
+    ask("l " + path("live.trr"));
+    EXPECT_EQ(ask("g").find(hint), std::string::npos);
+}
+
 TEST_F(ServerTest, SaysNothingUnaskedButWhatHappened) {
     EXPECT_EQ(ask("c t").find("ready"), std::string::npos);
     ask("g");
