@@ -95,7 +95,7 @@ class TurnTracker {
 
 class LanePass {
   public:
-    LanePass(const AnalysisSource& source, const std::vector<uint32_t>& objects, LaneTurns wants,
+    LanePass(const AnalysisSource& source, const std::vector<uint32_t>& objects, const LaneAsk& ask,
              LaneFigures& figures)
         : source_(source),
           index_(*source.lanes),
@@ -103,7 +103,7 @@ class LanePass {
           objects_(objects),
           figures_(figures),
           turns_(source, objects, figures),
-          wantsTurns_(wants == LaneTurns::Wanted),
+          ask_(ask),
           of_(objects.size()) {
         for (const LegendStatus& status : legend_.statuses) executes_.push_back(status.isExecution ? 1 : 0);
     }
@@ -129,6 +129,20 @@ class LanePass {
         mt_Time since = 0;              // of the one held
     };
     bool Executes(int32_t row) const { return row >= 0 && executes_[static_cast<size_t>(row)] != 0; }
+    bool IsLoad(uint32_t place) const { return ask_.turns == LaneAsk::Turns::Load && !(*ask_.idle)[place]; }
+    LaneFigures::Load& LoadOf(uint32_t place) {
+        const uint32_t processor = source_.ProcessorOf(objects_[place]);
+        if (processor >= figures_.loads.size()) figures_.loads.resize(processor + 1);
+        return figures_.loads[processor];
+    }
+    void Begin(uint32_t place, mt_Time tick) {
+        LaneFigures::Load& load = LoadOf(place);
+        if (load.executing++ == 0) load.since = tick;
+    }
+    void End(uint32_t place, mt_Time tick) {
+        LaneFigures::Load& load = LoadOf(place);
+        if (--load.executing == 0) load.ticks += static_cast<int64_t>(tick - load.since);
+    }
     int32_t RowOf(uint32_t state) const { return state < lane_NotValid ? legend_.StatusIndex(state) : -1; }
     size_t CellOf(uint32_t place, int32_t row) const {
         return place * figures_.rows + static_cast<size_t>(row);
@@ -146,7 +160,9 @@ class LanePass {
             if (row < 0) continue;
             of_[place] = {row, row, from};
             ++figures_.entered[CellOf(place, row)];
-            if (Executes(row)) turns.push_back({0, place, row});
+            if (!Executes(row)) continue;
+            turns.push_back({0, place, row});
+            if (IsLoad(place)) Begin(place, from);
         }
         turns_.All(turns);
         turns_.Start(first);
@@ -186,9 +202,12 @@ class LanePass {
             const uint32_t at = lists_.statusAt[i];
             if (at < from || at >= to) continue;
             const int32_t before = std::exchange(one.now, rows_[lists_.statusState[i]]);
-            if (wantsTurns_ && before != one.now && (Executes(one.now) || Executes(before)))
+            if (ask_.turns == LaneAsk::Turns::Switches && before != one.now &&
+                (Executes(one.now) || Executes(before)))
                 blockTurns_.push_back({at, place, Executes(one.now) ? one.now : -1});
             if (one.now < 0 || one.now == one.status) continue;
+            if (Executes(one.now) != Executes(one.status) && IsLoad(place))
+                blockTurns_.push_back({at, place, Executes(one.now) ? one.now : -1});
             const mt_Time tick = firstTick + ticks_[at];
             if (one.status >= 0) ticks[one.status] += static_cast<int64_t>(tick - one.since);
             ++entered[one.now];
@@ -205,10 +224,21 @@ class LanePass {
         for (size_t at = 1; at < next_.size(); ++at) next_[at] += next_[at - 1];
         ordered_.resize(blockTurns_.size());
         for (const Turn& turn : blockTurns_) ordered_[next_[turn.at]++] = turn;
+        if (ask_.turns == LaneAsk::Turns::Load) return TakeLoads(head);
         for (size_t at = 0, behind = 0; at < ordered_.size(); at = behind) {
             for (behind = at + 1; behind < ordered_.size() && ordered_[behind].at == ordered_[at].at;)
                 ++behind;
             turns_.Event(head.first + ordered_[at].at, std::span(ordered_).subspan(at, behind - at));
+        }
+    }
+
+    void TakeLoads(const LaneHead& head) {
+        for (const Turn& turn : ordered_) {
+            const mt_Time tick = head.firstTick + ticks_[turn.at];
+            if (turn.row >= 0)
+                Begin(turn.place, tick);
+            else
+                End(turn.place, tick);
         }
     }
 
@@ -220,6 +250,7 @@ class LanePass {
             if (one.now < 0) continue;
             figures_.ticks[CellOf(place, one.status)] += static_cast<int64_t>(end - one.since);
             figures_.open[place] = one.status;
+            if (Executes(one.status) && IsLoad(place)) ++LoadOf(place).closed;
         }
         return LaneAnswer::Given;
     }
@@ -230,7 +261,7 @@ class LanePass {
     const std::vector<uint32_t>& objects_;
     LaneFigures& figures_;
     TurnTracker turns_;
-    const bool wantsTurns_;
+    const LaneAsk ask_;
     std::vector<uint8_t> executes_;  // by row of the status
     std::vector<One> of_;            // by place
     // Of a block.
@@ -245,7 +276,7 @@ class LanePass {
 }  // namespace
 
 LaneAnswer analysis_LaneFigures(const AnalysisSource& source, const std::vector<uint32_t>& objects,
-                                double from, double to, LaneTurns wants, LaneFigures& figures) {
+                                double from, double to, const LaneAsk& ask, LaneFigures& figures) {
     if (!source.lanes || mt_IsDamaged(*source.store)) return LaneAnswer::None;
     LaneIndex& index = *source.lanes;
     const mt_Time low = source.clock.NearestTick(from);
@@ -268,6 +299,6 @@ LaneAnswer analysis_LaneFigures(const AnalysisSource& source, const std::vector<
         last = source.clock.TimeOf(*tick);
     }
     figures.closing = std::max(to, last);
-    LanePass pass(source, objects, wants, figures);
+    LanePass pass(source, objects, ask, figures);
     return pass.Run(low, *first, *end, source.progress, to - from);
 }

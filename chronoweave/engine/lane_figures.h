@@ -19,8 +19,17 @@ struct LaneFigures {
     // How often someone took over when the one who had done so before, on any processor, was in a row then:
     // at row + 1; at 0 for the first.
     std::vector<uint32_t> tookOverAfter;
-    EventSpan span;      // of the range
-    double closing = 0;  // where what was open is closed; ticks are up to the one nearest to it
+    // Of the objects that are no idle ones, on a processor: for how long some of them was held to execute,
+    // but for what is not over where the range's end finds it: how many are then, since when some of them
+    // is, and how many of them the end closes.
+    struct Load {
+        int64_t ticks = 0;
+        uint32_t executing = 0, closed = 0;
+        mt_Time since = 0;
+    };
+    std::vector<Load> loads;  // by number of the processor
+    EventSpan span;           // of the range
+    double closing = 0;       // where what was open is closed; ticks are up to the one nearest to it
 };
 
 enum class LaneAnswer {
@@ -28,8 +37,11 @@ enum class LaneAnswer {
     None,    // the index can't tell, as it does not cover the range, or is damaged
     Stopped  // progress asked for it; the figures are of no use
 };
-// Whether it is asked who took over; else nobody did.
-enum class LaneTurns { Wanted, PassedOver };
+// What is asked beside the statuses.
+struct LaneAsk {
+    enum class Turns { PassedOver, Switches, Load } turns = Turns::PassedOver;
+    const std::vector<bool>* idle = nullptr;  // of a load, by place
+};
 // Objects ascending; from <= to.
 LaneAnswer analysis_LaneFigures(const AnalysisSource& source, const std::vector<uint32_t>& objects,
-                                double from, double to, LaneTurns wants, LaneFigures& figures);
+                                double from, double to, const LaneAsk& ask, LaneFigures& figures);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "chronoweave/engine/lane_figures.h"
 #include "chronoweave/engine/search_tracker.h"
 
 struct ObjectTime {
@@ -32,12 +33,14 @@ class LoadSums {
     }
     void left(const Record& record, double until) {
         if (!executes(record)) return;
-        const uint32_t at = record.place;
-        times_[at] += until - record.time;
-        if (idle_[at]) return;
+        times_[record.place].add(source_.clock, record.time, until);
+        if (idle_[record.place]) return;
         Processor& processor = processors_[record.processor];
-        if (--processor.executing == 0) processor.busy += until - processor.since;
+        if (--processor.executing == 0) processor.busy.add(source_.clock, processor.since, until);
     }
+    // What the lane index has of a whole range, in place of all that is told.
+    LaneAsk ask() const { return {LaneAsk::Turns::Load, &idle_}; }
+    void take(const LaneFigures& figures);
     void TookOver(const Record&) {}
     bool IsIdle(const Record& record) const { return idle_[record.place]; }
     // By number; each processor that one of the objects, which are those of the beginning, belongs to. end:
@@ -45,16 +48,28 @@ class LoadSums {
     std::vector<ProcessorLoad> Processors(const std::vector<uint32_t>& objects, double end);
 
   private:
+    // In ticks, so that it does not matter in which order times are added; what an end lies beside its tick
+    // is all that is no whole tick.
+    struct Sum {
+        int64_t ticks = 0;
+        double rest = 0;
+        void add(const TimeBase& clock, double from, double until) {
+            ticks += static_cast<int64_t>(clock.TicksIn(clock.OnTick(until) - from));
+            rest += until - clock.OnTick(until);
+        }
+        double time(const TimeBase& clock) const { return clock.LengthOf(static_cast<double>(ticks)) + rest; }
+    };
     struct Processor {
         bool there = false;
         uint32_t executing = 0;  // objects, idle ones left out
-        double since = 0, busy = 0;
+        double since = 0;
+        Sum busy;
     };
     bool executes(const Record& record) const {
         return source_.legend->statuses[static_cast<size_t>(record.status)].isExecution;
     }
     const AnalysisSource& source_;
-    std::vector<double> times_;
+    std::vector<Sum> times_;
     std::vector<bool> idle_;
     std::vector<Processor> processors_;
 };

@@ -38,7 +38,7 @@ bool track(AnalysisSource& source, const std::vector<uint32_t>& objects, double 
     Progress progress = source.progress;
     if (from <= to) {
         LaneFigures figures;
-        switch (analysis_LaneFigures(source, objects, from, to, sink.turns(), figures)) {
+        switch (analysis_LaneFigures(source, objects, from, to, sink.ask(), figures)) {
             case LaneAnswer::Given:
                 sink.take(figures);
                 if (onEvents) analysis_CountEvents(source, figures.span, onEvents);
@@ -88,7 +88,7 @@ class LegendSums {
         CountSwitches(lastStatus_, 1);
         lastStatus_ = record.status;
     }
-    static LaneTurns turns() { return LaneTurns::Wanted; }
+    static LaneAsk ask() { return {LaneAsk::Turns::Switches}; }
     void take(const LaneFigures& figures) {
         for (size_t cell = 0; cell < figures.entered.size(); ++cell) {
             statistics_.statusCounts[cell % figures.rows] += figures.entered[cell];
@@ -193,8 +193,9 @@ class ObjectSums {
         // What the range's end lies beside its tick is all that is no whole tick.
         of(record).time += until - source_.clock.OnTick(until);
     }
-    LaneTurns turns() const {
-        return request_.kind == Search_Switch ? LaneTurns::Wanted : LaneTurns::PassedOver;
+    LaneAsk ask() const {
+        using Turns = LaneAsk::Turns;
+        return {request_.kind == Search_Switch ? Turns::Switches : Turns::PassedOver};
     }
     void take(const LaneFigures& figures) {
         for (size_t place = 0; place < figures.open.size(); ++place) {
@@ -342,8 +343,7 @@ ReportOutcome report_ProcessorLoad(AnalysisSource& source, const std::vector<uin
     if (objects.empty()) return ReportOutcome::NoObjects;
     LoadSums sums(source, objects, idle);
     WalkEnd end;
-    const auto passOver = [](const EventRecord&) {};
-    if (!walk_tracked(source, objects, from, to, sums, end, passOver, {})) return ReportOutcome::Failed;
+    if (!track(source, objects, from, to, sums, end)) return ReportOutcome::Failed;
     report.stopped = end.stopped;
     report.damaged = end.damaged;
     report.lost = end.lost;
