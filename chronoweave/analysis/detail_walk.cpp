@@ -170,6 +170,9 @@ DetailSwitch detail_SwitchOf(const _LaCanvasData& canvas, size_t line) {
 }
 
 std::optional<size_t> detail_FindIcon(const _LaCanvasData& canvas, uint32_t sequence) {
+    // Where every event has an icon it is known at once.
+    const uint32_t place = sequence - canvas.items.firstSequence;
+    if (place < canvas.items.bitmaps.size() && canvas.items.bitmaps[place].sequence == place) return place;
     uint32_t first = 0;
     for (uint32_t end = canvas.items.bitmaps.size(); first < end;) {
         const uint32_t middle = first + (end - first) / 2;
