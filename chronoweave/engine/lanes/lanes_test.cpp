@@ -6,6 +6,7 @@
 #include <set>
 
 #include "chronoweave/engine/lanes/lane_build.h"
+#include "chronoweave/engine/lanes/lane_merge.h"
 #include "chronoweave/engine/lanes/lane_table.h"
 #include "chronoweave/engine/lanes/lane_walk.h"
 #include "chronoweave/engine/lanes/lanes_testing.h"
@@ -521,6 +522,40 @@ TEST_F(LanesTest, IndexGivesItsRoomToTheStore) {
     EXPECT_FALSE(feed.GiveRoom());
     feed.Finish();
     EXPECT_FALSE(std::filesystem::exists(lane_NameBeside(base_)));
+}
+
+// From any event on, the turns of the lanes of one processor are those that the list has.
+TEST_F(LaneTableTest, TurnsOfSeveralLanesComeInTheOrderOfTheEvents) {
+    const auto chosen = [](uint32_t state) { return state == mt_Running || state == mt_EvWait; };
+    for (unsigned seed = 1; seed <= 6; ++seed) {
+        ASSERT_NO_FATAL_FAILURE(open(random_events(seed, 400)));
+        const LaneTable table(*index_);
+        std::vector<uint32_t> lanes;
+        for (uint32_t lane = 0; lane < table.size(); ++lane)
+            if ((table.ObjectOf(lane) & mt_GroupMask) != 1) lanes.push_back(lane);
+        LaneMerge merge(table, lanes, chosen);
+        LaneTurn turn;
+        EXPECT_FALSE(merge.next(turn));
+        for (int turns = 0; turns < 4; ++turns) {
+            const uint32_t from = turns == 0 ? 1 : 1 + below(table.EndEvent());
+            merge.GoTo(from);
+            StateTable state;
+            Statuses now;
+            for (const EventRecord& event : list_)
+                for (const auto& [object, left] : statuses_left(state, event)) {
+                    const uint32_t ahead =
+                        std::exchange(now.try_emplace(object, lane_Absent).first->second, left);
+                    const bool told = (chosen(ahead) || chosen(left)) && (object & mt_GroupMask) != 1;
+                    if (!told || event.sequence < from) continue;
+                    ASSERT_TRUE(merge.next(turn));
+                    ASSERT_EQ(table.ObjectOf(turn.lane), object);
+                    ASSERT_EQ(turn.ahead, ahead);
+                    ASSERT_EQ(turn.status.state, left);
+                    ASSERT_EQ(turn.status.sequence, event.sequence);
+                }
+            EXPECT_FALSE(merge.next(turn));
+        }
+    }
 }
 
 }  // namespace
