@@ -49,13 +49,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: drag_figures TRACE\n");
         return 2;
     }
-    ::qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = platform_Start(argv[0]);
-    auto* window = new CanvasWindow("VOREL Chronoweave", false);
-    window->resize(1920, 1080);
-    window->show();
-    platform_ProcessPending();
-    if (!window->load(argv[1])) return 1;
+    const auto application = kept_Start(argv[0]);
+    const auto window = kept_Open(argv[1], {1920, 1080});
+    if (!window) return 1;
     PictureView& view = window->view();
     view.draw([&] { laCanvas_ShowAll(view.canvas()); });
     kept_Wait(500);
@@ -75,6 +71,5 @@ int main(int argc, char** argv) {
     pointer.print();
     turn.print();
     std::printf("%s\n", window->message().c_str());
-    delete window;
     return 0;
 }

@@ -1,9 +1,11 @@
 #include "chronoweave/traxmain/kept_pictures.h"
 
+#include <QApplication>
 #include <QEventLoop>
 #include <QImage>
 #include <QLineEdit>
 #include <QPixmap>
+#include <QStyle>
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
@@ -21,6 +23,7 @@
 #include "chronoweave/traxfunc/canvas/repaint.h"
 #include "chronoweave/traxfunc/input/cursor.h"
 #include "chronoweave/traxfunc/input/view.h"
+#include "windlib/qt/platform.h"
 
 namespace {
 
@@ -39,6 +42,23 @@ QImage indexed(const QImage& picture) {
 constexpr int searched = 1500;  // milliseconds
 
 }  // namespace
+
+std::unique_ptr<QApplication> kept_Start(const char* program) {
+    ::qputenv("QT_QPA_PLATFORM", "offscreen");
+    auto application = platform_Start(program);
+    QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
+    return application;
+}
+
+std::unique_ptr<CanvasWindow> kept_Open(const char* trace, QSize size, const std::function<void()>& made) {
+    auto window = std::make_unique<CanvasWindow>("VOREL Chronoweave", false);
+    if (made) made();
+    window->resize(size);
+    window->show();
+    platform_ProcessPending();
+    if (!window->load(trace)) return nullptr;
+    return window;
+}
 
 void kept_Wait(int milliseconds) {
     QEventLoop loop;

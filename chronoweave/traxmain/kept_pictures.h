@@ -1,10 +1,21 @@
 // Pictures of the program's own windows, in files: for the manual and for looking at what was changed.
 #pragma once
 
+#include <QSize>
 #include <QString>
+#include <functional>
+#include <memory>
 
 class CanvasWindow;
+class QApplication;
 class QWidget;
+
+// The program with no display: its windows are drawn into memory, in the colours of their style.
+std::unique_ptr<QApplication> kept_Start(const char* program);
+// A window of this size that shows the trace; null when it can't be read, which was told. made is called when
+// the window is there and not yet shown: it has taken up the options of its user.
+std::unique_ptr<CanvasWindow> kept_Open(const char* trace, QSize size,
+                                        const std::function<void()>& made = {});
 
 // Turns the event loop for so long, for what follows a change a moment later.
 void kept_Wait(int milliseconds);

@@ -3,7 +3,6 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDir>
-#include <QStyle>
 #include <QTimer>
 #include <cstdio>
 #include <deque>
@@ -173,9 +172,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: manual_pictures TRACE FOLDER\n");
         return 2;
     }
-    ::qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = platform_Start(argv[0]);
-    QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
+    const auto application = kept_Start(argv[0]);
     folder = QString::fromUtf8(argv[2]);
     QDir().mkpath(folder);
     QTimer timer;
@@ -189,11 +186,8 @@ int main(int argc, char** argv) {
     });
     timer.start(60);
 
-    auto* window = new CanvasWindow("VOREL Chronoweave", false);
-    window->resize(1200, 760);
-    window->show();
-    platform_ProcessPending();
-    if (!window->load(argv[1])) return 1;
+    const auto window = kept_Open(argv[1], {1200, 760});
+    if (!window) return 1;
     keep_first_screen(*window);
     window->resize(1000, 680);
     keep_questions(*window);
@@ -201,7 +195,7 @@ int main(int argc, char** argv) {
     run(*window, "ShowAll");
     for (int i = 0; i < 2; ++i) run(*window, "ZoomIn");
     run(*window, "ScrollHome");
-    keep(window, "window");
+    keep(window.get(), "window");
     keep_selection(*window);
     keep_bookmarks(*window);
     keep_details(*window);
@@ -212,7 +206,6 @@ int main(int argc, char** argv) {
     keep_searches(*window);
     keep_reports(*window);
     run(*window, "EventTable");
-    keep(window, "eventtable");
-    delete window;
+    keep(window.get(), "eventtable");
     return 0;
 }

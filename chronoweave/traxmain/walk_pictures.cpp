@@ -3,7 +3,6 @@
 // answers to three questions: who ran, why one waited, how often something came. QT_SCALE_FACTOR holds.
 #include <QApplication>
 #include <QDir>
-#include <QStyle>
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -105,22 +104,15 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: walk_pictures TRACE FOLDER\n");
         return 2;
     }
-    ::qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = platform_Start(argv[0]);
-    QApplication::setPalette(QApplication::style()->standardPalette());  // the platform itself has white only
+    const auto application = kept_Start(argv[0]);
     const QString folder = QString::fromUtf8(argv[2]);
     QDir().mkpath(folder);
     for (const bool dark : {false, true}) {
         for (const QSize size : {QSize(1280, 800), QSize(1920, 1080)}) {
-            auto* window = new CanvasWindow("VOREL Chronoweave", false);
-            platform_SetDark(dark);  // a new window has taken up the options of its user
-            window->resize(size);
-            window->show();
-            platform_ProcessPending();
-            if (!window->load(argv[1])) return 1;
+            const auto window = kept_Open(argv[1], size, [&] { platform_SetDark(dark); });
+            if (!window) return 1;
             Walk(*window, folder)
                 .take(QStringLiteral("%1-%2").arg(dark ? "dark" : "light").arg(size.width()));
-            delete window;
         }
     }
     return 0;
