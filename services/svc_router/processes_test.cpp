@@ -254,12 +254,12 @@ TEST(RouterProcess, NoDescriptorAndNoChildIsLeftWhenAllHaveGone) {
     EXPECT_TRUE(zone.ends());
     Held after;
     // The router, and what was started, end in their own time.
-    for (int i = 0; i < 400 && after.children != before.children; ++i) {
+    for (int i = 0; i < 400 && after.children > 0; ++i) {
         std::this_thread::sleep_for(25ms);
         after = Held();
     }
     EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.children, before.children);
+    EXPECT_EQ(after.children, 0u);
 }
 
 TEST(RouterProcess, StartsProgramsInTheEnvironmentOfWhoAsks) {
