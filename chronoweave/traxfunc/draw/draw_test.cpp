@@ -186,7 +186,8 @@ class Raster {
     void Box(const laRect& clip, int x, int y, int w, int h, Colour colour) {
         for (int row = std::max(y, clip.top); row < std::min(y + h, clip.bottom); ++row)
             for (int column = std::max(x, clip.left); column < std::min(x + w, clip.right); ++column)
-                pixels_[static_cast<size_t>(row * width_ + column)] = colour;
+                pixels_[static_cast<size_t>(row) * static_cast<size_t>(width_) +
+                        static_cast<size_t>(column)] = colour;
     }
     int width_;
     std::vector<Colour> pixels_;
