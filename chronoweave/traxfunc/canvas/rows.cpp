@@ -76,10 +76,13 @@ std::optional<laExtended> laCanvas_ExtendRange(_LaCanvasData& canvas, double low
     }
     laExtended extended{growth->from, growth->lanes || left == LeftSide::Dropped};
     if (!extended.rows && make_processors(canvas, growth->from)) extended.rows = true;
-    if (extended.rows)
+    if (extended.rows) {
+        // Lanes may have names, and other places.
+        laProcessors_Clear(canvas.items);
         laCanvas_Resort(canvas);
-    else
+    } else {
         laLayout_Lanes(canvas.items, canvas.looks);
+    }
     return extended;
 }
 
@@ -106,8 +109,8 @@ void laCanvas_TakeActivity(_LaCanvasData& canvas) {
 
 // Rows that follow the view stay those of the objects that they were made for.
 void laCanvas_Resort(_LaCanvasData& canvas) {
-    laProcessors_Clear(canvas.items);
-    make_processors(canvas, -1);
+    if (!canvas.list.processorRows) laProcessors_Clear(canvas.items);
+    if (!laProcessors_Stand(canvas.items, canvas.list.separator)) make_processors(canvas, -1);
     if (!canvas.list.madeFor) laCanvas_TakeActivity(canvas);
     canvas.taskList->Fill();
     laCanvas_Layout(canvas);

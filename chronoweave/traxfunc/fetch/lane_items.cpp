@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "chronoweave/traxfunc/fetch/lane_names.h"
 #include "chronoweave/traxfunc/fetch/lane_readers.h"
 #include "chronoweave/traxfunc/fetch/lane_switches.h"
+#include "chronoweave/traxfunc/model/processor_runs.h"
 
 namespace {
 
@@ -25,15 +27,18 @@ class Maker {
     bool Run(uint32_t least) {
         if (!MayBe() || !FindEvents(least) || !FindRows()) return false;
         MakeLanes();
-        std::vector<laStatusRow> rows;
-        if (!laLaneSwitches_Make(items_, made_, looks_, source_.osKind, rows)) return false;
+        const auto separator =
+            list_.processorRows ? std::optional<std::string_view>(list_.separator) : std::nullopt;
+        LaLanePass pass;
+        if (!laLaneSwitches_Make(items_, made_, looks_, source_.osKind, separator, pass)) return false;
         for (uint32_t i = 0; i < items_.lanes.size(); ++i)
             if (const uint32_t known = made_->table->find(items_.lanes[i].objectId); known != LaneTable::none)
-                items_.lanes[i].segments.ReadFrom(laSegments_Reader(made_, known, rows[i]));
+                items_.lanes[i].segments.ReadFrom(laSegments_Reader(made_, known, pass.rows[i]));
         items_.bitmaps.ReadFrom(laBitmaps_Reader(made_, items_.laneIndex));
         items_.firstSequence = made_->first;
         items_.cachedLow = made_->range.low;
         items_.cachedHigh = made_->range.high;
+        if (separator) laProcessors_Take(items_, std::move(pass.runs), *separator);
         return made_->table->damage().ok();
     }
 

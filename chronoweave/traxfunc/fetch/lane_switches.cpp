@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "chronoweave/engine/report_texts.h"
+
 namespace {
 
 constexpr uint32_t laneBits = 12, mostLanes = 1u << laneBits, mostLinks = 1u << (32 - 2 * laneBits);
@@ -42,8 +44,14 @@ class SwitchReader : public LaItemReader<laItem_Ctx> {
 // execute at once on a processor: then only who is touched can take over.
 class SwitchPass {
   public:
-    SwitchPass(LaItems& items, const LaLaneRange& range, const LaLooks& looks, int osKind)
-        : items_(items), range_(range), looks_(looks), osKind_(osKind), lanes_(items.lanes.size()) {}
+    SwitchPass(LaItems& items, const LaLaneRange& range, const LaLooks& looks, int osKind,
+               std::optional<std::string_view> separator)
+        : items_(items),
+          range_(range),
+          looks_(looks),
+          osKind_(osKind),
+          separator_(separator),
+          lanes_(items.lanes.size()) {}
 
     bool Run() {
         if (lanes_.size() > mostLanes) return false;
@@ -58,25 +66,42 @@ class SwitchPass {
         return true;
     }
     std::unique_ptr<const SwitchReader> Made() { return std::move(made_); }
-    std::vector<laStatusRow> Rows() const {
-        std::vector<laStatusRow> rows;
-        for (const Lane& lane : lanes_) rows.push_back(lane.row);
-        return rows;
+    LaLanePass Found() {
+        LaLanePass found;
+        for (const Lane& lane : lanes_) {
+            found.rows.push_back(lane.row);
+            // How long it was in the status that it is in no more, nobody knows.
+            if (lane.run != none && lane.lost) runs_[lane.processor][lane.run].lane = laNoLane;
+        }
+        for (uint32_t key = 0; key < runs_.size(); ++key) {
+            std::erase_if(runs_[key], [](const LaRun& run) { return run.lane == laNoLane; });
+            if (!runs_[key].empty()) found.runs.push_back({.key = key, .runs = std::move(runs_[key])});
+        }
+        return found;
     }
 
   private:
+    static constexpr uint32_t none = UINT32_MAX;
     struct Lane {
         int32_t status = -1;  // row
         laStatusRow row = laStatusRow::Plain;
         bool executing = false;
+        bool lost = false;  // the status is not valid any more
+        bool idle = false;  // runs when there is nothing to do
         uint32_t processor = 0;
+        uint32_t run = none;  // its open one, by number
     };
 
     void Begin() {
         for (uint32_t i = 0; i < lanes_.size(); ++i) {
             const uint32_t object = items_.lanes[i].objectId;
             lanes_[i].processor = RunningObjects::ProcessorOf(osKind_, object);
-            if (lanes_[i].processor >= executing_.size()) executing_.resize(lanes_[i].processor + 1);
+            if (lanes_[i].processor >= executing_.size()) {
+                executing_.resize(lanes_[i].processor + 1);
+                runs_.resize(executing_.size());
+            }
+            const laItem_Line& shown = items_.lanes[i];
+            lanes_[i].idle = separator_ && shown.hasName && report_IsIdleName(shown.name, *separator_);
             const uint32_t known = range_.table->find(object);
             if (known == LaneTable::none) continue;
             LaneReader reader(*range_.table, known);
@@ -119,9 +144,12 @@ class SwitchPass {
         Lane& lane = lanes_[number];
         const int32_t row = range_.RowOf(state);
         if (lane.status >= 0 && (row == CodeRows::none || row == lane.status)) lane.row = laStatusRow::Gapped;
-        if (row != CodeRows::none) {
+        lane.lost = row == CodeRows::none;
+        if (!lane.lost && row != lane.status) {
+            EndRun(lane, time);
             lane.status = row;
             SetExecuting(lane, looks_.statusLooks[static_cast<size_t>(row)].isExecution);
+            if (lane.executing) BeginRun(number, time);
         }
         if (!lane.executing) return true;
         const int64_t left = items_.running.on(lane.processor);
@@ -131,6 +159,18 @@ class SwitchPass {
         if (left == RunningObjects::none) return true;
         const uint32_t from = items_.laneIndex.find(static_cast<uint32_t>(left));
         return made_->Append(time, from, number, looks_.legend.LinkedStatus(lanes_[from].status));
+    }
+
+    void BeginRun(uint32_t number, double time) {
+        if (!separator_) return;
+        Lane& lane = lanes_[number];
+        std::vector<LaRun>& runs = runs_[lane.processor];
+        lane.run = static_cast<uint32_t>(runs.size());
+        runs.push_back({time, range_.range.high, 0, number, lane.idle});
+    }
+    void EndRun(Lane& lane, double time) {
+        if (lane.run != none) runs_[lane.processor][lane.run].t1 = time;
+        lane.run = none;
     }
 
     void SetExecuting(Lane& lane, bool executing) {
@@ -145,9 +185,11 @@ class SwitchPass {
     const LaLaneRange& range_;
     const LaLooks& looks_;
     const int osKind_;
+    const std::optional<std::string_view> separator_;
     std::vector<Lane> lanes_;
-    std::vector<uint32_t> executing_;  // how many, by processor
-    uint32_t crowded_ = 0;             // processors on which more than one does
+    std::vector<std::vector<LaRun>> runs_;  // by processor
+    std::vector<uint32_t> executing_;       // how many, by processor
+    uint32_t crowded_ = 0;                  // processors on which more than one does
     std::unique_ptr<SwitchReader> made_ = std::make_unique<SwitchReader>();
     LaneSummary summary_;
     LaneColumns columns_;
@@ -156,10 +198,11 @@ class SwitchPass {
 }  // namespace
 
 bool laLaneSwitches_Make(LaItems& items, const std::shared_ptr<const LaLaneRange>& range,
-                         const LaLooks& looks, int osKind, std::vector<laStatusRow>& rows) {
-    SwitchPass pass(items, *range, looks, osKind);
-    if (!pass.Run()) return false;
-    items.ctxLines.ReadFrom(pass.Made());
-    rows = pass.Rows();
+                         const LaLooks& looks, int osKind, std::optional<std::string_view> separator,
+                         LaLanePass& pass) {
+    SwitchPass made(items, *range, looks, osKind, separator);
+    if (!made.Run()) return false;
+    items.ctxLines.ReadFrom(made.Made());
+    pass = made.Found();
     return true;
 }

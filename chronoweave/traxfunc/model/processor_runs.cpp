@@ -8,6 +8,23 @@
 
 namespace {
 
+// From a run on: in order, none reaching into the next, and with what was busy ahead of each.
+void settle(LaProcessor& one, size_t first) {
+    const auto place = [](const LaRun& run) { return std::pair(run.t0, run.lane); };
+    const auto fresh = one.runs.begin() + static_cast<std::ptrdiff_t>(first);
+    if (!std::ranges::is_sorted(fresh, one.runs.end(), {}, place))
+        std::ranges::stable_sort(fresh, one.runs.end(), {}, place);
+    for (size_t i = std::max<size_t>(first, 1); i < one.runs.size(); ++i) {
+        LaRun& last = one.runs[i - 1];
+        last.t1 = std::min(last.t1, one.runs[i].t0);
+        one.runs[i].before = last.before + (last.idle ? 0 : last.t1 - last.t0);
+    }
+}
+
+void take(LaItems& items, std::vector<LaProcessor> list, std::string_view separator) {
+    items.processors = {std::move(list), items.itemsVersion, items.cachedHigh, std::string(separator)};
+}
+
 class Maker {
   public:
     Maker(LaItems& items, const LaLooks& looks, int osKind, std::string_view separator)
@@ -24,12 +41,13 @@ class Maker {
         FindCuts(goesOn ? from : -1);
         for (auto& [key, one] : made_) Cut(one);
         for (uint32_t i = 0; i < items_.lanes.size(); ++i) Gather(i);
-        for (auto& [key, one] : made_) Settle(one);
-        std::erase_if(made_, [](const auto& one) { return one.second.runs.empty(); });
-        all.list.clear();
-        for (auto& [key, one] : made_) all.list.push_back(std::move(one));
-        all.version = items_.itemsVersion;
-        all.high = items_.cachedHigh;
+        std::vector<LaProcessor> list;
+        for (auto& [key, one] : made_) {
+            const auto kept = kept_.find(key);
+            settle(one, kept == kept_.end() ? 0 : kept->second);
+            if (!one.runs.empty()) list.push_back(std::move(one));
+        }
+        take(items_, std::move(list), separator_);
         return !std::ranges::equal(before, all.list, {}, {}, &LaProcessor::key);
     }
 
@@ -83,19 +101,6 @@ class Maker {
         }
     }
 
-    void Settle(LaProcessor& one) const {
-        const auto kept = kept_.find(one.key);
-        const size_t first = kept == kept_.end() ? 0 : kept->second;
-        const auto fresh = one.runs.begin() + static_cast<std::ptrdiff_t>(first);
-        if (!std::ranges::is_sorted(fresh, one.runs.end(), {}, &LaRun::t0))
-            std::ranges::stable_sort(fresh, one.runs.end(), {}, &LaRun::t0);
-        for (size_t i = std::max<size_t>(first, 1); i < one.runs.size(); ++i) {
-            LaRun& last = one.runs[i - 1];
-            last.t1 = std::min(last.t1, one.runs[i].t0);
-            one.runs[i].before = last.before + (last.idle ? 0 : last.t1 - last.t0);
-        }
-    }
-
     LaItems& items_;
     const LaLooks& looks_;
     const int osKind_;
@@ -111,6 +116,18 @@ class Maker {
 bool laProcessors_Make(LaItems& items, const LaLooks& looks, int osKind, std::string_view separator,
                        double from) {
     return Maker(items, looks, osKind, separator).Make(from);
+}
+
+bool laProcessors_Stand(const LaItems& items, std::string_view separator) {
+    const LaProcessors& all = items.processors;
+    return all.version == items.itemsVersion && all.high == items.cachedHigh && all.separator == separator;
+}
+
+void laProcessors_Take(LaItems& items, std::vector<LaProcessor> made, std::string_view separator) {
+    for (LaProcessor& one : made) settle(one, 0);
+    std::erase_if(made, [](const LaProcessor& one) { return one.runs.empty(); });
+    std::ranges::sort(made, {}, &LaProcessor::key);
+    take(items, std::move(made), separator);
 }
 
 void laProcessors_Clear(LaItems& items) {

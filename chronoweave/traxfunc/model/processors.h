@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 // A stretch in which one object executed. t0 <= t1, in the time base.
@@ -26,8 +27,10 @@ struct LaProcessor {
 
 struct LaProcessors {
     std::vector<LaProcessor> list;  // ascending by key: those that anything executed on
-    uint32_t version = 0;           // of the items that they were made from, with the end of their range
+    // Of what they were made from: the items' version, the end of their range, and what separates names.
+    uint32_t version = 0;
     double high = 0;
+    std::string separator;
 };
 
 // Positions of runs, by halving: the first that ends behind a time, the first that begins at or behind it.

@@ -48,6 +48,7 @@ std::vector<TestEvent> random_trace(Random& random, bool processors) {
     const uint32_t tasks = 2 + random.below(12), still = 1 + random.below(4), rare = 100 + random.below(900);
     std::vector<TestEvent> events;
     mt_Time time = random.below(50);
+    uint32_t running = 0;
     for (uint32_t i = 0; i < count; ++i) {
         if (random.chance(still)) time += random.chance(40) ? 400 : random.below(12);
         const uint32_t number = random.below(std::min(tasks, 2 + i / 16));
@@ -63,7 +64,7 @@ std::vector<TestEvent> random_trace(Random& random, bool processors) {
                  refresh_extra(id, random.below(50), random.chance(5) ? "" : "task" + std::to_string(number),
                                random.chance(3) ? "group" : nullptr)});
         else if (what < 8)
-            events.push_back(switch_to(time, id));
+            events.push_back(switch_to(time, running = id));
         else if (what < 13)
             events.push_back(status_change(time, id, codes[random.below(8)]));
         else if (what < 16)
@@ -71,6 +72,9 @@ std::vector<TestEvent> random_trace(Random& random, bool processors) {
         else
             events.push_back(user(time, id, static_cast<uint16_t>(random.below(9))));
     }
+    // In the end nobody knows how long who ran last did so.
+    if (running != 0 && random.chance(3))
+        events.push_back(user(time, running, static_cast<uint16_t>(9 + random.below(2))));
     return events;
 }
 
