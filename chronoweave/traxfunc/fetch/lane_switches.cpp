@@ -63,6 +63,8 @@ class SwitchPass {
             items_.lanes[lane].openStatus = lanes_[lane].status;
             if (lanes_[lane].status >= 0) items_.lanes[lane].openSince = range_.range.high;
         }
+        for (uint32_t key = 0; key < running_.size(); ++key)
+            if (running_[key] != laNoLane) items_.running.enter(key, items_.lanes[running_[key]].objectId);
         return true;
     }
     std::unique_ptr<const SwitchReader> Made() { return std::move(made_); }
@@ -93,11 +95,14 @@ class SwitchPass {
     };
 
     void Begin() {
+        for (int32_t row = 0; row < static_cast<int32_t>(looks_.statusLooks.size()); ++row)
+            linkOfRow_.push_back(looks_.legend.LinkedStatus(row));
         for (uint32_t i = 0; i < lanes_.size(); ++i) {
             const uint32_t object = items_.lanes[i].objectId;
             lanes_[i].processor = RunningObjects::ProcessorOf(osKind_, object);
             if (lanes_[i].processor >= executing_.size()) {
                 executing_.resize(lanes_[i].processor + 1);
+                running_.resize(executing_.size(), laNoLane);
                 runs_.resize(executing_.size());
             }
             const laItem_Line& shown = items_.lanes[i];
@@ -105,8 +110,8 @@ class SwitchPass {
             const uint32_t known = range_.table->find(object);
             if (known == LaneTable::none) continue;
             LaneReader reader(*range_.table, known);
-            static_cast<void>(
-                Take(i, reader.StateAhead(reader.FirstStatusAt(range_.first)), range_.range.low));
+            static_cast<void>(Take(i, range_.RowOf(reader.StateAhead(reader.FirstStatusAt(range_.first))),
+                                   range_.range.low));
         }
     }
 
@@ -117,6 +122,7 @@ class SwitchPass {
         if (!range_.index->ReadSummary(block, summary_) ||
             !range_.index->ReadColumns(block, summary_, LaneIndex::Columns::Statuses, columns_))
             return false;
+        NumberBlock();
         const uint32_t from = at - head.first, end = std::min(range_.end, head.end()) - head.first;
         const auto& events = columns_.changeAt;
         size_t next =
@@ -127,22 +133,28 @@ class SwitchPass {
         return true;
     }
 
+    // What the block's numbers of objects and states stand for.
+    void NumberBlock() {
+        laneOfObject_.clear();
+        for (const uint64_t object : summary_.objects)
+            laneOfObject_.push_back(items_.laneIndex.find(static_cast<uint32_t>(object)));
+        rowOfState_.clear();
+        for (const uint32_t state : summary_.states) rowOfState_.push_back(range_.RowOf(state));
+    }
+
     // All that one event changed: by object, and so in the order of the lanes.
     bool TakeEvent(size_t& next, mt_Time firstTick) {
         const uint32_t event = columns_.changeAt[next];
         const double time = range_.clock.TimeOf(firstTick + columns_.ticks[event]);
         for (; next < columns_.changeAt.size() && columns_.changeAt[next] == event; ++next) {
-            const auto object = static_cast<uint32_t>(summary_.objects[columns_.changeObject[next]]);
-            const uint32_t lane = items_.laneIndex.find(object);
-            if (lane == laNoLane || !Take(lane, summary_.states[columns_.changeState[next]], time))
-                return false;
+            const uint32_t lane = laneOfObject_[columns_.changeObject[next]];
+            if (lane == laNoLane || !Take(lane, rowOfState_[columns_.changeState[next]], time)) return false;
         }
         return true;
     }
 
-    bool Take(uint32_t number, uint32_t state, double time) {
+    bool Take(uint32_t number, int32_t row, double time) {
         Lane& lane = lanes_[number];
-        const int32_t row = range_.RowOf(state);
         if (lane.status >= 0 && (row == CodeRows::none || row == lane.status)) lane.row = laStatusRow::Gapped;
         lane.lost = row == CodeRows::none;
         if (!lane.lost && row != lane.status) {
@@ -152,13 +164,9 @@ class SwitchPass {
             if (lane.executing) BeginRun(number, time);
         }
         if (!lane.executing) return true;
-        const int64_t left = items_.running.on(lane.processor);
-        const uint32_t object = items_.lanes[number].objectId;
-        if (left == object) return true;
-        items_.running.enter(lane.processor, object);
-        if (left == RunningObjects::none) return true;
-        const uint32_t from = items_.laneIndex.find(static_cast<uint32_t>(left));
-        return made_->Append(time, from, number, looks_.legend.LinkedStatus(lanes_[from].status));
+        const uint32_t left = std::exchange(running_[lane.processor], number);
+        return left == number || left == laNoLane ||
+               made_->Append(time, left, number, linkOfRow_[static_cast<size_t>(lanes_[left].status)]);
     }
 
     void BeginRun(uint32_t number, double time) {
@@ -189,7 +197,12 @@ class SwitchPass {
     std::vector<Lane> lanes_;
     std::vector<std::vector<LaRun>> runs_;  // by processor
     std::vector<uint32_t> executing_;       // how many, by processor
-    uint32_t crowded_ = 0;                  // processors on which more than one does
+    std::vector<uint32_t> running_;         // lane that executed last, by processor
+    std::vector<int32_t> linkOfRow_;        // of switches away from a status
+    // Of the block at hand, by its numbers.
+    std::vector<uint32_t> laneOfObject_;
+    std::vector<int32_t> rowOfState_;
+    uint32_t crowded_ = 0;  // processors on which more than one does
     std::unique_ptr<SwitchReader> made_ = std::make_unique<SwitchReader>();
     LaneSummary summary_;
     LaneColumns columns_;
