@@ -107,6 +107,16 @@ class DrivenGdb : public DrivenService {
         terminals_.push_back(run(words));
         return {said, pid};
     }
+    // An adapter that comes before the program has joined the router would have another one started.
+    void waitUntilJoined(Robot& robot) {
+        std::unique_ptr<DrivenCall> asked;
+        robot.waitFor("the program at the router", [&] {
+            if (asked && !asked->ended()) return false;
+            if (asked && asked->status() == 0) return true;
+            asked = call({"list"});
+            return false;
+        });
+    }
     CanvasWindow* opened(Robot& robot, const Adapter& adapter) {
         CanvasWindow* window = nullptr;
         robot.waitFor("the adapter's window", [&] {
@@ -142,6 +152,7 @@ TEST_F(DrivenGdb, AClickShowsTheLineOfTheEventAndAKilledAdapterIsNoHarm) {
     // The program and its user are another process, which started no recording.
     const pid_t recorder = recording_->process();
     const int status = run_service(service, pictures, [&](Robot& robot) {
+        waitUntilJoined(robot);
         const Adapter first = start("first");
         CanvasWindow* const window = opened(robot, first);
         const Clickable icon = find(robot, *window);
